@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace Bench {
+
+/// The message that every logger writes, and the line that it must make of it, for example
+/// "2013.05.07 14:03:27:123000 net.tcp Socket.cpp:120 INFO connected to the backend server, session 12345".
+namespace SampleLine {
+
+constexpr const char* TEXT = "connected to the backend server, session 12345";
+constexpr const char* FILE = "Socket.cpp";
+constexpr int LINE = 120;
+
+/// The pieces of the regular expressions that the lines are checked against.
+constexpr const char* TIME_PATTERN = R"(\d{4}\.\d\d\.\d\d \d\d:\d\d:\d\d:\d{6})";
+constexpr const char* PROCESS_PATTERN = R"( [\w.-]+ \d+ [\w.-]+)";
+constexpr const char* MESSAGE_PATTERN =
+    R"( net\.tc[p0-9] Socket\.cpp:120 INFO connected to the backend server, session 12345)";
+
+inline std::string pattern() {
+    return std::string(TIME_PATTERN) + MESSAGE_PATTERN;
+}
+
+/// The line that also shows the program's name, the process id and the host's name.
+inline std::string patternWithProcess() {
+    return std::string(TIME_PATTERN) + PROCESS_PATTERN + MESSAGE_PATTERN;
+}
+
+/// The name of the logger that all threads share.
+inline std::string sharedLoggerName() {
+    return "net.tcp";
+}
+
+/// The name of a thread's own logger, as long as the shared one's.
+inline std::string ownLoggerName(std::size_t thread) {
+    return "net.tc" + std::to_string(thread);
+}
+
+} // namespace SampleLine
+} // namespace Bench

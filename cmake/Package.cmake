@@ -1,0 +1,20 @@
+# What "cmake --install" gives: headers, the shared library, CMake package files and a pkg-config file.
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
+
+install(TARGETS zav-log-dll EXPORT zav-log-targets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log)
+install(EXPORT zav-log-targets NAMESPACE zav-log:: DESTINATION ${package_dir})
+
+configure_package_config_file(cmake/zav-log-config.cmake.in ${PROJECT_BINARY_DIR}/zav-log-config.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
+    DESTINATION ${package_dir})
+
+configure_file(cmake/zav-log.pc.in ${PROJECT_BINARY_DIR}/zav-log.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zav-log.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

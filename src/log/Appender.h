@@ -1,0 +1,61 @@
+#pragma once
+
+#include "log/MessageFilter.h"
+#include "platform/Export.h"
+
+#include <boost/shared_ptr.hpp>
+#include <list>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+class LogMessage;
+
+/// A destination of log messages. An application derives its own by supplying `doOutput`, attaches it with
+/// `Logger::addAppender` and keeps it alive until `Logger::removeAppender` has returned.
+class ZAV_LOG_API Appender {
+public:
+    /// Filters in the order in which they are asked; shared with whoever made them.
+    using Filters = std::list<boost::shared_ptr<MessageFilter>>;
+
+    /// Unregisters every command listener whose command name equals the appender's name.
+    virtual ~Appender();
+    Appender(const Appender&) = delete;
+    Appender& operator=(const Appender&) = delete;
+
+    const std::string& getName() const noexcept { return name_; }
+
+    /// \return true if messages are written in the thread that logs; false if they go through the queue of
+    /// the
+    ///         asynchronous dispatcher, which serves the appenders of the configuration only
+    bool isSynchronous() const noexcept { return synchronous_; }
+
+    /// Writes a message that all filters accept, in the calling thread.
+    ///
+    /// A failure of `doOutput` becomes the command "EXCEPTION" with a report as its argument. What a listener
+    /// of that command or a filter throws reaches the caller. While a thread delivers such a report, failures
+    /// of messages that the listener itself logs are not reported again, which would never end.
+    void output(const LogMessage& message);
+
+protected:
+    /// \param name unique among the appenders; a name that no command has
+    /// \param synchronous whether to write in the thread that logs
+    explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
+
+    /// Writes one message. Called by any number of threads at once, each holding the lock of the logger that
+    /// logged the message.
+    ///
+    /// It may log through other loggers or, where that finds an end, through the same one. It must not add or
+    /// remove appenders.
+    /// \throw LogException to have its text reported; any other exception is reported without a text
+    virtual void doOutput(const LogMessage& message) = 0;
+
+private:
+    std::string name_;
+    bool synchronous_;
+    Filters filters_;
+};
+
+} // namespace Log
+} // namespace ZAV

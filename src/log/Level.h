@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstdint>
+#include <string>
+
+// Other headers define some of these names as macros, as does a build with -DDEBUG; here they are
+// enumerators.
+#pragma push_macro("AUDIT")
+#pragma push_macro("ERROR")
+#pragma push_macro("WARNING")
+#pragma push_macro("INFO")
+#pragma push_macro("DEBUG")
+#pragma push_macro("TRACE")
+#undef AUDIT
+#undef ERROR
+#undef WARNING
+#undef INFO
+#undef DEBUG
+#undef TRACE
+
+namespace ZAV {
+namespace Log {
+namespace Level {
+
+/// The severity of a message; a higher number is more severe. A logger at one level passes the messages of
+/// that level and of all higher ones.
+enum LogLevel : std::int32_t { AUDIT = 60, ERROR = 50, WARNING = 40, INFO = 30, DEBUG = 20, TRACE = 10 };
+
+/// The same levels, for code in which a macro takes one of the names above.
+constexpr LogLevel LEVEL_AUDIT = AUDIT;
+constexpr LogLevel LEVEL_ERROR = ERROR;
+constexpr LogLevel LEVEL_WARNING = WARNING;
+constexpr LogLevel LEVEL_INFO = INFO;
+constexpr LogLevel LEVEL_DEBUG = DEBUG;
+constexpr LogLevel LEVEL_TRACE = TRACE;
+
+/// \return the level's name in upper case; "ERROR" for a number that is none of the six levels
+ZAV_LOG_API const std::string& toString(LogLevel level);
+
+/// \param name a level's name, exact and in upper case
+/// \throw LogException if no level has that name
+ZAV_LOG_API LogLevel fromString(const std::string& name);
+
+} // namespace Level
+} // namespace Log
+} // namespace ZAV
+
+#pragma pop_macro("TRACE")
+#pragma pop_macro("DEBUG")
+#pragma pop_macro("INFO")
+#pragma pop_macro("WARNING")
+#pragma pop_macro("ERROR")
+#pragma pop_macro("AUDIT")

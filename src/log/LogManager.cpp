@@ -1,0 +1,68 @@
+#include "log/LogManager.h"
+
+#include "log/LogException.h"
+#include "log/LoggerFactory.h"
+#include "log/appenders/AppenderRegistry.h"
+#include "log/async/AsynchronousDispatcher.h"
+#include "log/commands/CommandBus.h"
+#include "zav-util/Properties.h"
+
+namespace ZAV {
+namespace Log {
+namespace LogManager {
+
+namespace {
+
+bool initialised = false;
+
+void configure(const Util::Properties& properties) {
+    LoggerFactory::initLoggers(properties);
+    AppenderRegistry::instance().initAppenders(properties);
+    AsynchronousDispatcher::instance().configure(properties);
+}
+
+} // namespace
+
+bool init(const Util::Properties& properties) {
+    if (initialised) {
+        return false;
+    }
+    try {
+        configure(properties);
+    } catch (...) {
+        finish();
+        throw;
+    }
+    initialised = true;
+    return true;
+}
+
+bool init(const std::string& fileName) {
+    if (fileName.empty()) {
+        throw LogException("File name parameter is empty.");
+    }
+    return init(Util::Properties(fileName));
+}
+
+void finish() {
+    CommandBus::instance().clearCommandListeners();
+    AsynchronousDispatcher::instance().stop();
+    AppenderRegistry::instance().destroyAppenders();
+    initialised = false;
+}
+
+void registerCommandListener(const std::string& name, CommandListener* listener) {
+    CommandBus::instance().registerListener(name, listener);
+}
+
+void unregisterCommandListener(const std::string& name) {
+    CommandBus::instance().unregisterListeners(name);
+}
+
+void command(const std::string& name, const std::string& argument) {
+    CommandBus::instance().deliver(name, argument);
+}
+
+} // namespace LogManager
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <string>
+
+namespace ZAV {
+namespace Util {
+class Properties;
+}
+
+namespace Log {
+
+class CommandListener;
+
+/// The library's life cycle, and the command bus: named commands with a text argument, delivered to the
+/// listeners that are registered under the name.
+namespace LogManager {
+
+/// Sets the loggers, the appenders and the asynchronous dispatcher up as the properties say.
+///
+/// Calls of `init` and `finish` must not overlap; other threads may log meanwhile.
+/// \return false if the library is set up already; the properties are then ignored
+/// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
+///        arrives, and a later `init` may succeed.
+ZAV_LOG_API bool init(const Util::Properties& properties);
+
+/// Reads a property file and sets the library up as it says. The file is checked in any case.
+/// \throw UtilException if the file cannot be read or breaks the format
+/// \throw LogException if the file name is empty, and as the other `init` does
+ZAV_LOG_API bool init(const std::string& fileName);
+
+/// Takes down what `init` set up: empties the command bus, stops the consumer thread after the round that it
+/// is in, detaches and destroys the appenders. Loggers and their levels stay. It may be called in any state,
+/// but not from an appender or a command listener.
+ZAV_LOG_API void finish();
+
+/// Registers a listener behind those that the name already has, without a look for duplicates.
+/// \param listener not null, not owned; must live until its name is unregistered or `finish` was called
+ZAV_LOG_API void registerCommandListener(const std::string& name, CommandListener* listener);
+
+/// Removes all listeners of a name; a name without listeners is no error.
+ZAV_LOG_API void unregisterCommandListener(const std::string& name);
+
+/// Calls the listeners of a name, in the order of their registration and in the calling thread.
+/// \throw whatever a listener throws; the listeners behind it are then not called
+ZAV_LOG_API void command(const std::string& name, const std::string& argument);
+
+} // namespace LogManager
+} // namespace Log
+} // namespace ZAV

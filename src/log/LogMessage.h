@@ -1,0 +1,42 @@
+#pragma once
+
+#include "log/Level.h"
+#include "log/MessageType.h"
+#include "platform/Export.h"
+#include "zav-util/TimeUtils.h"
+
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// The record of one logging event. It never changes, so any number of threads may read it.
+class ZAV_LOG_API LogMessage {
+public:
+    /// \param loggerName full name of the logger; "root" for the root logger
+    /// \param time when the logger accepted the event
+    /// \param line source line; 0 or less if none is given
+    /// \param file source file; empty if none is given
+    LogMessage(const std::string& loggerName, Util::TimeUtils::Time time, Level::LogLevel level,
+               const std::string& text, int line, const std::string& file, MessageType type);
+
+    const std::string& getLoggerName() const noexcept { return loggerName_; }
+    Util::TimeUtils::Time getTime() const noexcept { return time_; }
+    Level::LogLevel getLevel() const noexcept { return level_; }
+    const std::string& getText() const noexcept { return text_; }
+    int getLine() const noexcept { return line_; }
+    const std::string& getFile() const noexcept { return file_; }
+    MessageType getType() const noexcept { return type_; }
+
+private:
+    std::string loggerName_;
+    Util::TimeUtils::Time time_;
+    Level::LogLevel level_;
+    std::string text_;
+    int line_;
+    std::string file_;
+    MessageType type_;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,215 @@
+#include "log/Logger.h"
+
+#include "log/Appender.h"
+#include "log/ConfigurationMessage.h"
+#include "log/LogManager.h"
+#include "log/LogMessage.h"
+#include "log/async/AsynchronousDispatcher.h"
+#include "log/commands/DeferredCalls.h"
+
+#include <exception>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ADOPT_LOCK;
+using Platform::ScopedLock;
+using Util::TimeUtils::Time;
+
+// The road of a message
+
+void Logger::logLoggable(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
+    if (!lockUnlessDeliveringCommand()) {
+        DeferredCalls::add([this, level, text, line, file] { log(level, text, line, file); });
+        return;
+    }
+    const ScopedLock lock(criticalSection_, ADOPT_LOCK);
+    const Time now = Time::now();
+    if (isExpired(now)) {
+        level_.store(Level::LEVEL_WARNING, std::memory_order_relaxed);
+        if (level < Level::LEVEL_WARNING) {
+            return;
+        }
+    }
+    dispatchMessage(std::make_unique<const LogMessage>(name_, now, level, text, line, file, LOG));
+}
+
+void Logger::config(const ConfigurationMessage& message) {
+    if (!lockUnlessDeliveringCommand()) {
+        DeferredCalls::add([this, message] { config(message); });
+        return;
+    }
+    const ScopedLock lock(criticalSection_, ADOPT_LOCK);
+    dispatchMessage(std::make_unique<const LogMessage>(name_, Time::now(), Level::LEVEL_AUDIT,
+                                                       message.getText(), 0, std::string(), CFG));
+}
+
+void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
+    bool hasAsynchronousAppender = false;
+    std::exception_ptr exception;
+    for (Appender* const appender : appenders_) {
+        if (!appender->isSynchronous()) {
+            hasAsynchronousAppender = true;
+            continue;
+        }
+        try {
+            appender->output(*message);
+        } catch (...) {
+            // A listener that fails on one appender's report must not keep the message from the others.
+            exception = std::current_exception();
+        }
+    }
+    if (hasAsynchronousAppender) {
+        AsynchronousDispatcher::instance().enqueue(std::move(message));
+    }
+    if (exception) {
+        std::rethrow_exception(exception);
+    }
+}
+
+bool Logger::isExpired(Time now) const {
+    return expirationTime_ != Time() && getLevel() < Level::LEVEL_WARNING &&
+           now > levelSetTime_ + expirationTime_;
+}
+
+/// Takes the lock. Gives false, without it, if a command listener logs and another thread holds the lock:
+/// that thread may be waiting for the command bus, which the listener's thread holds.
+bool Logger::lockUnlessDeliveringCommand() {
+    if (criticalSection_.tryLock()) {
+        return true;
+    }
+    if (DeferredCalls::areCollected()) {
+        return false;
+    }
+    criticalSection_.lock();
+    return true;
+}
+
+// Settings, which spread to the subtree
+
+void Logger::setLevel(Level::LogLevel level, bool notify) {
+    if (notify) {
+        LogManager::command("DynamicLogLevelFilterSoft", Level::toString(level));
+    }
+    const ScopedLock lock(criticalSection_);
+    level_.store(level, std::memory_order_relaxed);
+    levelSetTime_ = Time::now();
+    for (const auto& child : children_) {
+        child.second->setLevel(level, false);
+    }
+}
+
+void Logger::setExpirationTime(const Time& duration) {
+    const ScopedLock lock(criticalSection_);
+    expirationTime_ = duration;
+    for (const auto& child : children_) {
+        child.second->setExpirationTime(duration);
+    }
+}
+
+Time Logger::getExpirationTime() const {
+    const ScopedLock lock(criticalSection_);
+    return expirationTime_;
+}
+
+void Logger::addAppender(Appender* appender) {
+    const ScopedLock lock(criticalSection_);
+    appenders_.push_back(appender);
+    for (const auto& child : children_) {
+        child.second->addAppender(appender);
+    }
+}
+
+void Logger::removeAppender(Appender* appender) {
+    const ScopedLock lock(criticalSection_);
+    appenders_.remove(appender);
+    for (const auto& child : children_) {
+        child.second->removeAppender(appender);
+    }
+}
+
+// The tree
+
+Logger::Logger(Logger* parent, const std::string& shortName)
+    : parent_(parent), name_(shortName), level_(Level::LEVEL_WARNING), levelSetTime_(Time::now()) {
+    if (parent_ == nullptr) {
+        return;
+    }
+    // A child is only made by its parent, which holds its own lock meanwhile.
+    parent_->criticalSection_.assumeExclusive();
+    level_.store(parent_->getLevel(), std::memory_order_relaxed);
+    expirationTime_ = parent_->expirationTime_;
+    appenders_ = parent_->appenders_;
+    const bool parentIsRoot = parent_->parent_ == nullptr;
+    if (!parentIsRoot) {
+        name_ = parent_->name_ + "." + shortName;
+    }
+}
+
+Logger::~Logger() {
+    const ScopedLock lock(criticalSection_);
+    children_.clear();
+}
+
+namespace {
+
+struct SplitPath {
+    std::string head; ///< what stands before the first dot; empty if there is none
+    std::string rest;
+    bool hasDot;
+};
+
+SplitPath splitAtFirstDot(const std::string& path) {
+    const std::string::size_type dot = path.find('.');
+    if (dot == std::string::npos) {
+        return {std::string(), path, false};
+    }
+    return {path.substr(0, dot), path.substr(dot + 1), true};
+}
+
+} // namespace
+
+Logger& Logger::getLogger(const std::string& path) {
+    const SplitPath split = splitAtFirstDot(path);
+    const ScopedLock lock(criticalSection_);
+    return split.hasDot ? getChild(split.head).getLogger(split.rest) : getChild(path);
+}
+
+const Logger* Logger::findLogger(const std::string& path) const {
+    const SplitPath split = splitAtFirstDot(path);
+    const ScopedLock lock(criticalSection_);
+    if (split.head.empty()) {
+        return findChild(split.rest);
+    }
+    const Logger* const child = findChild(split.head);
+    return child == nullptr ? nullptr : child->findLogger(split.rest);
+}
+
+std::vector<std::string> Logger::getLoggerNames() const {
+    std::vector<std::string> names;
+    const ScopedLock lock(criticalSection_);
+    for (const auto& child : children_) {
+        names.push_back(child.second->getName());
+        const std::vector<std::string> below = child.second->getLoggerNames();
+        names.insert(names.end(), below.begin(), below.end());
+    }
+    return names;
+}
+
+Logger& Logger::getChild(const std::string& shortName) {
+    const auto entry = children_.find(shortName);
+    if (entry != children_.end()) {
+        return *entry->second;
+    }
+    std::unique_ptr<Logger> child(new Logger(this, shortName));
+    return *children_.emplace(shortName, std::move(child)).first->second;
+}
+
+const Logger* Logger::findChild(const std::string& shortName) const {
+    const auto entry = children_.find(shortName);
+    return entry == children_.end() ? nullptr : entry->second.get();
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "log/Logger.h"
+#include "platform/Export.h"
+
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Util {
+class Properties;
+}
+
+namespace Log {
+
+/// Hands out the loggers of the process. All operations may be called from any thread.
+///
+/// A name may be a path of a source file: only what follows its last "/" or "\" counts.
+class ZAV_LOG_API LoggerFactory {
+public:
+    LoggerFactory& operator=(const LoggerFactory&) { return *this; }
+
+    static Logger& getRootLogger();
+
+    /// \return the logger with that dotted name, made together with its missing ancestors if need be
+    static Logger& getLogger(const std::string& name);
+
+    /// \return the logger `name`, of which only the last path component counts, below `parentName`
+    static Logger& getLogger(const std::string& parentName, const std::string& name);
+
+    /// \return whether that logger exists; none is made
+    static bool loggerExists(const std::string& name);
+
+    /// \return whether that logger exists; none is made
+    static bool loggerExists(const std::string& parentName, const std::string& name);
+
+    /// \return the full names of all loggers but the root, parents before their children
+    static std::vector<std::string> getLoggerNames();
+
+    /// Applies the keys `logger.<name>.level` and `logger.<name>.expiration`, parents before their children.
+    /// A bad value is reported on the standard error stream and leaves its setting as it was.
+    static void initLoggers(const Util::Properties& properties);
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Export.h"
+
+namespace ZAV {
+namespace Log {
+
+class LogMessage;
+
+/// Decides for one appender whether it writes a message.
+class ZAV_LOG_API MessageFilter {
+public:
+    virtual ~MessageFilter();
+
+    /// Called by any number of threads at once. It should not throw: `Appender::output` catches nothing here.
+    /// \return true to let the message through
+    virtual bool accept(const LogMessage& message) = 0;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// The kind of a message.
+enum MessageType : std::int32_t {
+    LOG = 0, ///< an ordinary message
+    CFG = 1  ///< a configuration message, from `Logger::config`
+};
+
+/// \param name "LOG" or "CFG", exact
+/// \throw LogException if no message type has that name
+ZAV_LOG_API MessageType messageTypeFromString(const std::string& name);
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "log/appenders/AbstractAppenderFactory.h"
+#include "platform/CriticalSection.h"
+
+#include <boost/shared_ptr.hpp>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// Makes the appenders that a configuration declares, owns them and takes them down again.
+///
+/// Its locks come before all others of the library: nothing takes them while it holds a logger's lock, a lock
+/// of the dispatcher or the command bus.
+class AppenderRegistry {
+public:
+    /// Never destroyed, since threads may still log while the process ends.
+    static AppenderRegistry& instance();
+
+    /// \param factory owned from now on; an earlier factory of that class name is destroyed
+    void registerFactory(const std::string& className, AbstractAppenderFactory* factory);
+
+    /// Puts an appender into service: attaches it to every logger, and to the dispatcher if it is
+    /// asynchronous. \param appender owned from now on \throw LogException if an appender of that name is in
+    /// service; the new one is destroyed by then
+    void registerAppender(Appender* appender);
+
+    /// Makes every appender that the properties declare by a key "appender.<name>".
+    /// \throw LogException for an unknown class name, a name that is declared twice, or a bad setting; the
+    ///        appenders made by then stay in service
+    void initAppenders(const Util::Properties& properties);
+
+    /// Takes all appenders out of service and destroys them.
+    void destroyAppenders();
+
+private:
+    AppenderRegistry() = default;
+
+    void createAppender(const Util::Properties& properties, const std::string& name);
+    bool hasAppender(const std::string& name) const ZAV_LOG_REQUIRES(createdAppendersLock_);
+
+    Platform::CriticalSection factoriesLock_; ///< outermost lock of the library
+    std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
+        factories_ ZAV_LOG_GUARDED_BY(factoriesLock_);
+
+    Platform::CriticalSection createdAppendersLock_; ///< taken after factoriesLock_
+    std::list<std::unique_ptr<Appender>> createdAppenders_ ZAV_LOG_GUARDED_BY(createdAppendersLock_);
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "log/Appender.h"
+#include "platform/CriticalSection.h"
+#include "zav-util/TimeUtils.h"
+
+#include <cstdint>
+#include <deque>
+#include <fstream>
+
+namespace ZAV {
+namespace Log {
+
+/// Writes each message as one flushed line to a live file and keeps a bounded series of older files beside
+/// it.
+///
+/// A file is named by the base name and one digit: 0 is the live file, 1 the most recent of the older ones.
+/// The live file gives way to a new one when the next line would make it too large, or when it has been open
+/// too long; each older file then moves up by one, and the one beyond the highest index is deleted.
+class FileAppender : public Appender {
+public:
+    /// \param dir directory of the files; it is never created
+    /// \param file base name of the files
+    /// \param fileNumber highest index of an older file; numbers above 9 count as 9
+    /// \param fileMaxSize bytes that the live file may have, each end of line counted as one
+    /// \param fileMaxLifetime how long the live file may be open; 0 for ever
+    FileAppender(const std::string& name, bool synchronous, const Filters& filters, const std::string& dir,
+                 const std::string& file, std::uint64_t fileNumber, std::uint64_t fileMaxSize,
+                 const Util::TimeUtils::Time& fileMaxLifetime);
+
+protected:
+    /// \throw LogException if the directory cannot be listed (the next message tries again), or if the live
+    ///        file cannot be opened or written (every later message fails as well)
+    void doOutput(const LogMessage& message) override;
+
+private:
+    void write(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
+    void checkStream() const ZAV_LOG_REQUIRES(criticalSection_);
+    void prepareFile(std::uint64_t newSize) ZAV_LOG_REQUIRES(criticalSection_);
+    bool isTooOld() const ZAV_LOG_REQUIRES(criticalSection_);
+    void browseFiles() ZAV_LOG_REQUIRES(criticalSection_);
+    bool isInSeries(const std::string& fileName) const;
+    void rotateFiles() ZAV_LOG_REQUIRES(criticalSection_);
+    void openFile() ZAV_LOG_REQUIRES(criticalSection_);
+    std::string pathOf(const std::string& fileName) const;
+
+    std::string dir_;
+    std::string file_;
+    std::uint64_t fileNumber_;
+    std::uint64_t fileMaxSize_;
+    std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;
+    Util::TimeUtils::Time openTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Util::TimeUtils::Time fileMaxLifetime_;
+    /// Without the directory, in ascending index order; the live file is the front.
+    std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    std::ofstream outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Platform::CriticalSection criticalSection_; ///< one message at a time
+};
+
+} // namespace Log
+} // namespace ZAV

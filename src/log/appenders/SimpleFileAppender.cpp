@@ -1,0 +1,37 @@
+#include "log/appenders/SimpleFileAppender.h"
+
+#include "log/LogException.h"
+#include "log/LogLine.h"
+
+#include <fstream>
+
+namespace ZAV {
+namespace Log {
+
+SimpleFileAppender::SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
+                                       const std::string& dir, const std::string& file)
+    : Appender(name, synchronous, filters), dir_(dir), file_(file) {}
+
+void SimpleFileAppender::doOutput(const LogMessage& message) {
+    if (isSynchronous()) {
+        const Platform::ScopedLock lock(criticalSection_);
+        append(message);
+    } else {
+        criticalSection_.assumeExclusive(); // the consumer thread is the only caller
+        append(message);
+    }
+}
+
+void SimpleFileAppender::append(const LogMessage& message) const {
+    const std::string path = dir_ + "/" + file_;
+    std::ofstream stream(path, std::ios::app);
+    if (!stream) {
+        throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
+    }
+    std::string line = formatLogLineWithProcess(message);
+    line += '\n';
+    stream.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "log/Appender.h"
+#include "platform/CriticalSection.h"
+
+namespace ZAV {
+namespace Log {
+
+/// Appends each message, with process details, to a single file. The file is opened and closed for every
+/// message, so that other programs may move or delete it in between.
+class SimpleFileAppender : public Appender {
+public:
+    /// \param dir directory of the file; it is never created
+    SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
+                       const std::string& dir, const std::string& file);
+
+protected:
+    /// \throw LogException if the file cannot be opened; the next message tries again
+    void doOutput(const LogMessage& message) override;
+
+private:
+    void append(const LogMessage& message) const ZAV_LOG_REQUIRES(criticalSection_);
+
+    std::string dir_;
+    std::string file_;
+    Platform::CriticalSection criticalSection_; ///< one message at a time
+};
+
+} // namespace Log
+} // namespace ZAV

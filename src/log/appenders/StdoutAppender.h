@@ -1,0 +1,24 @@
+#pragma once
+
+#include "log/Appender.h"
+
+#include <iosfwd>
+
+namespace ZAV {
+namespace Log {
+
+/// Writes each message as one flushed line to a standard stream.
+class StdoutAppender : public Appender {
+public:
+    /// \param stream not owned; it must serialise its writes itself, as the standard streams do
+    StdoutAppender(const std::string& name, bool synchronous, const Filters& filters, std::ostream* stream);
+
+protected:
+    void doOutput(const LogMessage& message) override;
+
+private:
+    std::ostream* stream_;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,37 @@
+#include "log/appenders/StdoutAppenderBuilder.h"
+
+#include "log/appenders/StdoutAppender.h"
+
+#include <iostream>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+std::ostream* streamNamed(const std::string& name) {
+    if (name == "cerr") {
+        return &std::cerr;
+    }
+    return name == "clog" ? &std::clog : &std::cout;
+}
+
+} // namespace
+
+StdoutAppenderBuilder::StdoutAppenderBuilder(const std::string& name)
+    : AppenderBuilder(name), stream_(&std::cout) {}
+
+Appender* StdoutAppenderBuilder::build() {
+    return new StdoutAppender(name_, synchronous_, filters_, stream_);
+}
+
+StdoutAppenderBuilder& StdoutAppenderBuilder::configure(const Util::Properties& properties) {
+    AppenderBuilder::configure(properties);
+    std::string streamName = "cout";
+    getSetting(properties, "ostream", streamName);
+    stream_ = streamNamed(streamName);
+    return *this;
+}
+
+} // namespace Log
+} // namespace ZAV

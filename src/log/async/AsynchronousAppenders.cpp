@@ -1,0 +1,47 @@
+#include "log/async/AsynchronousAppenders.h"
+
+#include "log/Appender.h"
+#include "log/LogMessage.h"
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+namespace {
+
+void deliverTo(Appender& appender, const MessageQueue::Batch& batch) {
+    for (const boost::shared_ptr<const LogMessage>& message : batch) {
+        try {
+            appender.output(*message);
+        } catch (...) {
+            // Thrown by a listener that was just told of a failed write: it must not end the consumer thread,
+            // and with it the log.
+            continue;
+        }
+    }
+}
+
+} // namespace
+
+void AsynchronousAppenders::add(Appender* appender) {
+    const ScopedLock lock(appendersLock_);
+    asynchronousAppenders_.push_back(appender);
+}
+
+bool AsynchronousAppenders::remove(Appender* appender) {
+    const ScopedLock lock(appendersLock_);
+    asynchronousAppenders_.remove(appender);
+    return asynchronousAppenders_.empty();
+}
+
+bool AsynchronousAppenders::deliver(const MessageQueue::Batch& batch) {
+    const ScopedLock lock(appendersLock_);
+    for (Appender* const appender : asynchronousAppenders_) {
+        deliverTo(*appender, batch);
+    }
+    return !asynchronousAppenders_.empty();
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "log/async/MessageQueue.h"
+#include "platform/CriticalSection.h"
+
+#include <list>
+
+namespace ZAV {
+namespace Log {
+
+class Appender;
+
+/// The appenders that the consumer thread writes to, in the order of their registration. It does not own
+/// them.
+class AsynchronousAppenders {
+public:
+    void add(Appender* appender);
+
+    /// Removes every entry of an appender. Waits for a running delivery: once it returns, the appender is not
+    /// called any more.
+    /// \return true if no appender is left
+    bool remove(Appender* appender);
+
+    /// Gives every message of the batch to the first appender, then to the next, and so on. Nothing is
+    /// thrown. \return false if there is no appender
+    bool deliver(const MessageQueue::Batch& batch);
+
+private:
+    Platform::CriticalSection appendersLock_; ///< held for a whole delivery
+    std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
+};
+
+} // namespace Log
+} // namespace ZAV

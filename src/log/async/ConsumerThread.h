@@ -1,0 +1,39 @@
+#pragma once
+
+#include "log/async/DispatcherSettings.h"
+
+#include <IceUtil/Handle.h>
+#include <IceUtil/Thread.h>
+#include <atomic>
+
+namespace ZAV {
+namespace Log {
+
+class AsynchronousAppenders;
+class MessageQueue;
+
+/// The thread that takes the queued messages, a batch a round, and writes them to the asynchronous appenders.
+class ConsumerThread : public IceUtil::Thread {
+public:
+    /// \param queue must outlive the thread, as must `appenders`
+    ConsumerThread(MessageQueue& queue, AsynchronousAppenders& appenders);
+
+    /// Has the thread return after the round that it is in, and waits for that.
+    void stop();
+
+    /// The thread's own function.
+    void run() override;
+
+private:
+    void applyPriority();
+
+    MessageQueue& queue_;
+    AsynchronousAppenders& appenders_;
+    int appliedPriority_ = DEFAULT_PRIORITY_MARK; ///< used by the thread itself alone
+    std::atomic<bool> stopped_{false};            ///< set under the queue's monitor
+};
+
+using ConsumerThreadPtr = IceUtil::Handle<ConsumerThread>;
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,63 @@
+#include "log/async/DispatcherSettings.h"
+
+#include "platform/ThreadPriority.h"
+#include "zav-util/Conversions.h"
+#include "zav-util/Properties.h"
+#include "zav-util/StandardError.h"
+#include "zav-util/UtilException.h"
+
+#include <optional>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+/// The middle of the configured scale; every other number means the lowest or the highest priority.
+constexpr std::int32_t NORMAL_PRIORITY = 25;
+
+std::optional<std::int32_t> readInteger(const Util::Properties& properties, const std::string& option) {
+    const std::string key = "zav.log.AsynchronousDispatcher." + option;
+    std::string value;
+    if (!properties.getProperty(key, value)) {
+        return std::nullopt;
+    }
+    try {
+        return Util::toInteger(value);
+    } catch (const Util::UtilException& exception) {
+        Util::writeErrorLine("AsynchronousDispatcher::configure failure for option " + key +
+                             ". Exception: " + exception.what());
+        return std::nullopt;
+    }
+}
+
+Util::TimeUtils::Time toWaitingPeriod(std::int32_t seconds) {
+    const std::uint64_t count = seconds < 0 ? 0 : static_cast<std::uint64_t>(seconds);
+    return Util::TimeUtils::Time(count, Util::TimeUtils::SEC);
+}
+
+int toThreadPriority(std::int32_t number) {
+    if (number == NORMAL_PRIORITY) {
+        return Platform::THREAD_PRIORITY_NORMAL_VALUE;
+    }
+    return number < NORMAL_PRIORITY ? Platform::THREAD_PRIORITY_LOWEST_VALUE
+                                    : Platform::THREAD_PRIORITY_HIGHEST_VALUE;
+}
+
+} // namespace
+
+void DispatcherSettings::read(const Util::Properties& properties) {
+    if (const auto number = readInteger(properties, "maxQueueSize")) {
+        maxQueueSize = static_cast<std::uint64_t>(std::int64_t{*number});
+    }
+    if (const auto number = readInteger(properties, "waitingPeriod")) {
+        waitingPeriod = toWaitingPeriod(*number);
+    }
+    if (const auto number = readInteger(properties, "priority")) {
+        priority = toThreadPriority(*number);
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

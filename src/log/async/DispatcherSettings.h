@@ -1,0 +1,36 @@
+#pragma once
+
+#include "zav-util/TimeUtils.h"
+
+#include <cstdint>
+
+namespace ZAV {
+namespace Util {
+class Properties;
+}
+
+namespace Log {
+
+/// Stands for a consumer thread that keeps the priority it was created with.
+constexpr int DEFAULT_PRIORITY_MARK = 1000;
+
+/// The tuning of the asynchronous dispatcher.
+struct DispatcherSettings {
+    /// How many waiting messages make the next one push the oldest out. A negative configured number is a
+    /// huge one here, so that nothing is ever pushed out.
+    std::uint64_t maxQueueSize = 1024;
+
+    /// How long the consumer waits between two rounds when nobody wakes it, in whole seconds; 0 if each
+    /// message is to wake it.
+    Util::TimeUtils::Time waitingPeriod = Util::TimeUtils::Time(2, Util::TimeUtils::SEC);
+
+    /// What the consumer thread asks `Platform::setCurrentThreadPriority` for, or `DEFAULT_PRIORITY_MARK`.
+    int priority = DEFAULT_PRIORITY_MARK;
+
+    /// Takes the settings that the properties name. A value that is no number is reported on the standard
+    /// error stream and leaves its setting as it was.
+    void read(const Util::Properties& properties);
+};
+
+} // namespace Log
+} // namespace ZAV

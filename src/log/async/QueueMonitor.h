@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/ThreadAnnotations.h"
+#include "zav-util/TimeUtils.h"
+
+#include <IceUtil/Monitor.h>
+#include <IceUtil/RecMutex.h>
+
+namespace ZAV {
+namespace Log {
+
+/// The lock over the message queue with the condition that the consumer waits on, in a form that the
+/// thread-safety analysis knows.
+class ZAV_LOG_CAPABILITY("monitor") QueueMonitor {
+public:
+    QueueMonitor() = default;
+    QueueMonitor(const QueueMonitor&) = delete;
+    QueueMonitor& operator=(const QueueMonitor&) = delete;
+
+    void lock() ZAV_LOG_ACQUIRE();
+    void unlock() ZAV_LOG_RELEASE();
+
+    /// Releases the monitor until it is notified, or for no reason; holds it again on return.
+    void wait() ZAV_LOG_REQUIRES(this);
+
+    /// The same, but no longer than a duration.
+    /// \param duration counted in whole seconds
+    void timedWait(Util::TimeUtils::Time duration) ZAV_LOG_REQUIRES(this);
+
+    /// Wakes the consumer, if it is waiting, once the monitor is released.
+    void notify() ZAV_LOG_REQUIRES(this);
+
+private:
+    IceUtil::Monitor<IceUtil::RecMutex> monitor_;
+};
+
+/// Holds a `QueueMonitor` to the end of its scope.
+class ZAV_LOG_SCOPED_CAPABILITY QueueMonitorLock {
+public:
+    explicit QueueMonitorLock(QueueMonitor& monitor) ZAV_LOG_ACQUIRE(monitor) : monitor_(monitor) {
+        monitor_.lock();
+    }
+    ~QueueMonitorLock() ZAV_LOG_RELEASE() { monitor_.unlock(); }
+    QueueMonitorLock(const QueueMonitorLock&) = delete;
+    QueueMonitorLock& operator=(const QueueMonitorLock&) = delete;
+
+private:
+    QueueMonitor& monitor_;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,49 @@
+#include "log/config/LoggerKeys.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+const std::string::size_type PREFIX_LENGTH = std::string("logger.").size();
+
+bool beginsWith(const std::string& text, const char* prefix) {
+    return text.rfind(prefix, 0) == 0;
+}
+
+std::string withoutLastComponent(const std::string& key) {
+    return key.substr(0, key.rfind('.'));
+}
+
+std::vector<std::string> selectAndOrder(const std::vector<std::string>& keys) {
+    std::vector<std::string> ordered;
+    std::copy_if(keys.begin(), keys.end(), std::back_inserter(ordered),
+                 [](const std::string& key) { return beginsWith(key, "logger."); });
+    const auto firstOther = std::stable_partition(ordered.begin(), ordered.end(), [](const std::string& key) {
+        return beginsWith(key, "logger.root");
+    });
+    std::sort(firstOther, ordered.end(), [](const std::string& a, const std::string& b) {
+        return withoutLastComponent(a) < withoutLastComponent(b);
+    });
+    return ordered;
+}
+
+} // namespace
+
+std::vector<LoggerKey> orderLoggerKeys(const std::vector<std::string>& keys) {
+    std::vector<LoggerKey> loggerKeys;
+    for (const std::string& key : selectAndOrder(keys)) {
+        const std::string rest = key.substr(PREFIX_LENGTH);
+        const std::string::size_type dot = rest.rfind('.');
+        if (dot != std::string::npos) {
+            loggerKeys.push_back({key, rest.substr(0, dot), rest.substr(dot + 1)});
+        }
+    }
+    return loggerKeys;
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,114 @@
+#include "log/filters/FilterLogLevelDynamic.h"
+
+#include "log/LogException.h"
+#include "log/LogMessage.h"
+#include "zav-util/Conversions.h"
+#include "zav-util/Properties.h"
+#include "zav-util/StringUtils.h"
+#include "zav-util/UtilException.h"
+
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+using namespace Util::TimeUtils;
+
+namespace {
+
+Level::LogLevel readLevel(const std::string& appenderName, const Util::Properties& properties) {
+    std::string value;
+    if (!properties.getProperty("appender." + appenderName + ".level", value)) {
+        throw LogException("Properties do not specify level for appender '" + appenderName + "'");
+    }
+    return Level::fromString(value);
+}
+
+TimeUnit toUnit(const std::string& word) {
+    if (word == "msec") {
+        return MSEC;
+    }
+    if (word == "sec") {
+        return SEC;
+    }
+    if (word == "hour") {
+        return HOUR;
+    }
+    return word == "day" ? DAY : MIN;
+}
+
+Time toDuration(const std::string& value) {
+    const std::vector<std::string> pieces = Util::split(value, ' ');
+    if (pieces.empty()) {
+        throw Util::UtilException("Can't convert " + value + " to integer");
+    }
+    const TimeUnit unit = pieces.size() > 1 ? toUnit(pieces[1]) : MIN;
+    const std::int64_t count = Util::toInteger(pieces[0]);
+    return Time(static_cast<std::uint64_t>(count), unit);
+}
+
+Time readExpiration(const std::string& appenderName, const Util::Properties& properties) {
+    std::string value;
+    if (!properties.getProperty("appender." + appenderName + ".expiration", value)) {
+        return Time();
+    }
+    try {
+        return toDuration(value);
+    } catch (const Util::UtilException& exception) {
+        throw LogException("Wrong value for the " + appenderName +
+                           ".expiration property: " + exception.what());
+    }
+}
+
+} // namespace
+
+FilterLogLevelDynamic::FilterLogLevelDynamic(const std::string& appenderName,
+                                             const Util::Properties& properties)
+    : level_(readLevel(appenderName, properties)), defaultLevel_(level_),
+      levelSetTime_(Time::now().microseconds()), expiration_(readExpiration(appenderName, properties)) {}
+
+bool FilterLogLevelDynamic::accept(const LogMessage& message) {
+    if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {
+        bool isStillLater = false;
+        {
+            const ScopedLock lock(criticalSection_);
+            isStillLater = isLaterThanPeriod(message.getTime());
+        }
+        if (isStillLater) {
+            setLevel(defaultLevel_);
+        }
+    }
+    return level_.load(std::memory_order_relaxed) <= message.getLevel();
+}
+
+bool FilterLogLevelDynamic::isLowered() const {
+    return level_.load(std::memory_order_relaxed) < defaultLevel_;
+}
+
+bool FilterLogLevelDynamic::isLaterThanPeriod(Time time) const {
+    return time > Time(levelSetTime_.load(std::memory_order_relaxed), USEC) + expiration_;
+}
+
+void FilterLogLevelDynamic::onCommand(const std::string& argument) {
+    const Level::LogLevel level = Level::fromString(argument);
+    if (isNotAbove(level)) {
+        setLevel(level);
+    }
+}
+
+bool FilterLogLevelDynamic::isNotAbove(Level::LogLevel level) {
+    const ScopedLock lock(criticalSection_);
+    return level <= level_.load(std::memory_order_relaxed);
+}
+
+void FilterLogLevelDynamic::setLevel(Level::LogLevel level) {
+    const ScopedLock lock(criticalSection_);
+    level_.store(level, std::memory_order_relaxed);
+    if (expiration_ != Time()) {
+        levelSetTime_.store(Time::now().microseconds(), std::memory_order_relaxed);
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

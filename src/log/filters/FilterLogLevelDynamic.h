@@ -1,0 +1,54 @@
+#pragma once
+
+#include "log/CommandListener.h"
+#include "log/Level.h"
+#include "log/MessageFilter.h"
+#include "platform/CriticalSection.h"
+#include "zav-util/TimeUtils.h"
+
+#include <atomic>
+#include <string>
+
+namespace ZAV {
+namespace Util {
+class Properties;
+}
+
+namespace Log {
+
+/// Passes messages at or above a level that a command can lower for a while. The first message later than the
+/// expiration period takes the level back to the configured one.
+class FilterLogLevelDynamic : public MessageFilter, public CommandListener {
+public:
+    /// Reads the keys "appender.<appenderName>.level" and "appender.<appenderName>.expiration": a count and a
+    /// unit, "msec", "sec", "min" (which any other word means too), "hour" or "day". Without the second key,
+    /// or with the count 0, a lowered level stays. \throw LogException if the level is missing, or for a
+    /// value that cannot be read
+    FilterLogLevelDynamic(const std::string& appenderName, const Util::Properties& properties);
+
+    bool accept(const LogMessage& message) override;
+
+    /// Lowers the level to the one that the argument names, or starts its period anew; a higher level is
+    /// ignored.
+    /// \throw LogException if the argument is no level name
+    void onCommand(const std::string& argument) override;
+
+    void setLevel(Level::LogLevel level);
+
+private:
+    using Time = Util::TimeUtils::Time;
+
+    bool isLowered() const;
+    bool isLaterThanPeriod(Time time) const;
+    bool isNotAbove(Level::LogLevel level);
+
+    // Changed under the lock, read without it; an expiry is confirmed under the lock.
+    std::atomic<Level::LogLevel> level_;
+    const Level::LogLevel defaultLevel_;
+    std::atomic<std::uint64_t> levelSetTime_;   ///< microseconds since 1970
+    const Time expiration_;                     ///< 0: a lowered level stays
+    Platform::CriticalSection criticalSection_; ///< always the innermost lock
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,14 @@
+#pragma once
+
+/// \file
+/// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports; everything else stays inside it.
+
+#if defined(_WIN32)
+#if defined(ZAV_LOG_BUILDING)
+#define ZAV_LOG_API __declspec(dllexport)
+#else
+#define ZAV_LOG_API __declspec(dllimport)
+#endif
+#else
+#define ZAV_LOG_API __attribute__((visibility("default")))
+#endif

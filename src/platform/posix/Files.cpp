@@ -1,0 +1,44 @@
+#include "platform/Files.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+/// For file systems that cannot rename without overwriting in one step: a second name is only given if it is
+/// free, and the first is taken away afterwards.
+bool renameByLink(const char* from, const char* to) {
+    return link(from, to) == 0 && unlink(from) == 0;
+}
+
+/// For file systems that know no hard links either. A name that appears between the two calls is overwritten.
+bool renameIfAbsent(const char* from, const char* to) {
+    return access(to, F_OK) != 0 && errno == ENOENT && std::rename(from, to) == 0;
+}
+
+} // namespace
+
+bool renameFile(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    if (renameByLink(from.c_str(), to.c_str())) {
+        return true;
+    }
+    return errno == EPERM && renameIfAbsent(from.c_str(), to.c_str());
+}
+
+bool removeFile(const std::string& path) {
+    return unlink(path.c_str()) == 0;
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+namespace ZAV {
+namespace Util {
+
+/// \return the computer's name up to its first "."; "UNKNOWN" if the system gives none
+std::string getHostName();
+
+/// \return the file name of the running program's executable, without its directory
+std::string getProgramName();
+
+} // namespace Util
+} // namespace ZAV

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace ZAV {
+namespace Util {
+
+/// A failure of the utilities: an unreadable or malformed property file, or a text that is no number.
+class ZAV_LOG_API UtilException : public std::runtime_error {
+public:
+    /// \param message the text that `what()` gives
+    explicit UtilException(const std::string& message);
+
+    /// `what()` gives the message, " from ", the file, ":" and the line.
+    /// \param message what went wrong
+    /// \param file name of the source file that reports it
+    /// \param line line of that source file, counted from 1
+    UtilException(const std::string& message, const std::string& file, int line);
+
+    ~UtilException() override;
+};
+
+} // namespace Util
+} // namespace ZAV
