@@ -19,6 +19,10 @@ public:
     /// Filters in the order in which they are asked; shared with whoever made them.
     using Filters = std::list<boost::shared_ptr<MessageFilter>>;
 
+    /// \param name unique among the appenders; a name that no command has
+    /// \param synchronous whether to write in the thread that logs
+    explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
+
     /// Unregisters every command listener whose command name equals the appender's name.
     virtual ~Appender();
     Appender(const Appender&) = delete;
@@ -39,10 +43,6 @@ public:
     void output(const LogMessage& message);
 
 protected:
-    /// \param name unique among the appenders; a name that no command has
-    /// \param synchronous whether to write in the thread that logs
-    explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
-
     /// Writes one message. Called by any number of threads at once, each holding the lock of the logger that
     /// logged the message.
     ///

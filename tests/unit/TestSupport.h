@@ -1,0 +1,110 @@
+#pragma once
+
+#include "log/Appender.h"
+#include "log/CommandListener.h"
+#include "log/LogMessage.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace TestSupport {
+
+/// A message whose fields but a few do not matter.
+inline Log::LogMessage makeMessage(const std::string& text, Log::Level::LogLevel level = Log::Level::INFO,
+                                   const std::string& loggerName = "net.tcp",
+                                   Util::TimeUtils::Time time = Util::TimeUtils::Time::now(),
+                                   Log::MessageType type = Log::LOG) {
+    return Log::LogMessage(loggerName, time, level, text, 0, "", type);
+}
+
+/// Keeps the texts of the messages that it receives.
+class RecordingAppender : public Log::Appender {
+public:
+    using Appender::Appender;
+    std::vector<std::string> texts;
+
+protected:
+    void doOutput(const Log::LogMessage& message) override { texts.push_back(message.getText()); }
+};
+
+/// Keeps the arguments of the commands that it receives.
+class RecordingListener : public Log::CommandListener {
+public:
+    void onCommand(const std::string& argument) override { arguments.push_back(argument); }
+    std::vector<std::string> arguments;
+};
+
+/// Redirects a standard stream to memory while it lives.
+class StreamCapture {
+public:
+    explicit StreamCapture(std::ostream& stream)
+        : stream_(stream), original_(stream.rdbuf(memory_.rdbuf())) {}
+    ~StreamCapture() { stream_.rdbuf(original_); }
+    StreamCapture(const StreamCapture&) = delete;
+    StreamCapture& operator=(const StreamCapture&) = delete;
+    std::string text() const { return memory_.str(); }
+
+private:
+    std::ostream& stream_;
+    std::ostringstream memory_;
+    std::streambuf* original_;
+};
+
+/// A directory of the running test's own, removed with everything in it.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    std::string path() const { return path_.generic_string(); }
+    std::string operator/(const std::string& name) const { return (path_ / name).generic_string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+inline TemporaryDirectory::TemporaryDirectory() {
+    const std::string pattern = (std::filesystem::temp_directory_path() / "zav-log-test-").string();
+    for (int number = 0;; ++number) {
+        path_ = pattern + std::to_string(number);
+        if (std::filesystem::create_directory(path_)) {
+            return;
+        }
+    }
+}
+
+inline void writeFile(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// The content with every end of line as one line feed.
+inline std::string readFile(const std::string& path) {
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
+
+inline bool fileExists(const std::string& path) {
+    return std::filesystem::exists(path);
+}
+
+/// Runs a statement that must throw and gives the exception's text.
+template <typename Exception, typename Statement>
+std::string textThrownBy(Statement statement) {
+    try {
+        statement();
+    } catch (const Exception& exception) {
+        return exception.what();
+    }
+    return "nothing was thrown";
+}
+
+} // namespace TestSupport
+} // namespace ZAV
