@@ -1,0 +1,44 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+/// Hands values from some threads to others, in their order.
+template <typename Value>
+class Channel {
+public:
+    void send(Value value) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        values_.push_back(std::move(value));
+        changed_.notify_one();
+    }
+
+    /// Lets the receivers go once they have taken what was sent.
+    void close() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        closed_ = true;
+        changed_.notify_all();
+    }
+
+    /// Waits for a value.
+    /// \return nothing once the channel is closed and empty
+    std::optional<Value> receive() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return closed_ || !values_.empty(); });
+        if (values_.empty()) {
+            return std::nullopt;
+        }
+        std::optional<Value> value(std::move(values_.front()));
+        values_.pop_front();
+        return value;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Value> values_;
+    bool closed_ = false;
+};

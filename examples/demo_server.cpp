@@ -1,0 +1,135 @@
+/// A toy order server: two connections hand orders to a database thread, which hands them to a billing
+/// thread. It shows what a server does with the library: named loggers, several threads, a property file
+/// that decides which line goes where, a logger made verbose for a while, and a listener that hears of
+/// appenders that fail.
+
+#include "Channel.h"
+
+#include "log/CommandListener.h"
+#include "log/ConfigurationMessage.h"
+#include "log/LogMacros.h"
+#include "log/LogManager.h"
+#include "log/LoggerFactory.h"
+
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Log = ZAV::Log;
+
+namespace {
+
+struct Order {
+    int number;
+    int euros;
+};
+
+/// Hears of every line that an appender could not write.
+class FailureListener : public Log::CommandListener {
+public:
+    void onCommand(const std::string& report) override {
+        std::cerr << "[demo] an appender failed:\n" << report << std::endl;
+    }
+};
+
+void tell(const std::string& text) {
+    std::cout << "[demo] " << text << std::endl;
+}
+
+void receiveOrders(int connection, int firstNumber, int count, Channel<Order>& received) {
+    Log::Logger& logger = Log::LoggerFactory::getLogger("net.tcp");
+    ZAV_LOG_INFO(logger, "connection " << connection << " open");
+    for (int number = firstNumber; number < firstNumber + count; ++number) {
+        ZAV_LOG_DEBUG(logger, "connection " << connection << ": 64 bytes for order " << number);
+        received.send({number, 10 * number});
+    }
+    ZAV_LOG_INFO(logger, "connection " << connection << " closed, orders: " << count);
+}
+
+void storeOrders(Channel<Order>& received, Channel<Order>& stored) {
+    constexpr int LARGE_ORDER = 50;
+    Log::Logger& logger = Log::LoggerFactory::getLogger("db");
+    while (const auto order = received.receive()) {
+        ZAV_LOG_INFO(logger, "order " << order->number << " stored");
+        if (order->euros > LARGE_ORDER) {
+            ZAV_LOG_WARNING(logger, "order " << order->number << " waits for a review");
+        }
+        stored.send(*order);
+    }
+    stored.close();
+}
+
+void chargeOrders(Channel<Order>& stored) {
+    constexpr int REJECTED_ORDER = 3;
+    Log::Logger& logger = Log::LoggerFactory::getLogger("billing");
+    while (const auto order = stored.receive()) {
+        if (order->number == REJECTED_ORDER) {
+            ZAV_LOG_ERROR(logger, "order " << order->number << ": card rejected");
+        } else {
+            ZAV_LOG_INFO(logger, "order " << order->number << ": " << order->euros << " EUR charged");
+        }
+    }
+}
+
+/// Serves two connections and returns when the last of their orders is charged.
+void serve(int firstNumber, int ordersPerConnection) {
+    Channel<Order> received;
+    Channel<Order> stored;
+    std::thread database([&] { storeOrders(received, stored); });
+    std::thread billing([&] { chargeOrders(stored); });
+    std::vector<std::thread> connections;
+    for (int connection = 1; connection <= 2; ++connection) {
+        const int first = firstNumber + (connection - 1) * ordersPerConnection;
+        connections.emplace_back(
+            [=, &received] { receiveOrders(connection, first, ordersPerConnection, received); });
+    }
+    for (std::thread& connection : connections) {
+        connection.join();
+    }
+    received.close();
+    database.join();
+    billing.join();
+}
+
+void run(const std::string& propertyFile) {
+    // Longer than the expiration of the console's level in demo.properties.
+    constexpr std::chrono::milliseconds UNTIL_LEVEL_EXPIRES(400);
+
+    Log::LoggerFactory::getRootLogger().config(Log::ConfigurationMessage("configured by " + propertyFile));
+    // The call behind the macros.
+    Log::LoggerFactory::getLogger("billing").audit("price list 12 in force", __LINE__, __FILE__);
+    serve(1, 2);
+
+    // From here on the logger "net" passes DEBUG; the console takes DEBUG, from all loggers, for a while.
+    tell("net is made verbose");
+    Log::LoggerFactory::getLogger("net").setLevel(Log::Level::LEVEL_DEBUG, true);
+    serve(5, 1);
+
+    std::this_thread::sleep_for(UNTIL_LEVEL_EXPIRES);
+    tell("the console's level has expired");
+    serve(7, 1);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: " << argv[0] << " PROPERTY_FILE" << std::endl;
+        return 2;
+    }
+    FailureListener failureListener;
+    try {
+        Log::LogManager::registerCommandListener("EXCEPTION", &failureListener);
+        Log::LogManager::init(argv[1]);
+        run(argv[1]);
+        Log::LogManager::finish();
+        return 0;
+    } catch (const std::exception& exception) {
+        std::cerr << exception.what() << std::endl;
+        Log::LogManager::finish();
+        return 1;
+    }
+}

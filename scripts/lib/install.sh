@@ -1,0 +1,36 @@
+# Sourced by the scripts beside this folder.
+
+# Installs the Debian packages among its arguments that are missing; without one it does nothing.
+install_missing() {
+    local package missing=() as_root=()
+    if ! command -v dpkg-query >/dev/null; then
+        echo "This is no Debian machine. Please see to these packages yourself: $*" >&2
+        return
+    fi
+    for package in "$@"; do
+        if [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+            missing+=("$package")
+        fi
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        return
+    fi
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "Missing packages. Please run as root: apt-get install ${missing[*]}" >&2
+            return 1
+        fi
+        as_root=(sudo)
+    fi
+    local log
+    log=$(mktemp)
+    if ! { "${as_root[@]}" apt-get update &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install --yes --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        echo "Could not install: ${missing[*]}. Is the package mirror in reach?" >&2
+        return 1
+    fi
+    rm -f "$log"
+}
