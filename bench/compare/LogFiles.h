@@ -62,8 +62,8 @@ private:
             }
             length_ = line.size();
         }
-        // A line that several threads have written into is longer or shorter, or ends otherwise. Only a thread
-        // id may be a digit longer than another one.
+        // A line that several threads have written into is longer or shorter, or ends otherwise. Only a
+        // thread id may be a digit longer than another one.
         const std::string text(SampleLine::TEXT);
         const bool complete = line.size() + 1 >= length_ && line.size() <= length_ + 1;
         if (!complete || line.compare(line.size() - text.size(), text.size(), text) != 0) {
@@ -71,7 +71,9 @@ private:
         }
     }
 
-    [[noreturn]] void fail(const std::string& reason) const { throw std::runtime_error(path_ + " " + reason); }
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw std::runtime_error(path_ + " " + reason);
+    }
 
     std::string path_;
     FileFormat format_;

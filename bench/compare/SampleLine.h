@@ -10,8 +10,8 @@ namespace Bench {
 namespace SampleLine {
 
 constexpr const char* TEXT = "connected to the backend server, session 12345";
-constexpr const char* FILE = "Socket.cpp";
-constexpr int LINE = 120;
+constexpr const char* SOURCE_FILE = "Socket.cpp";
+constexpr int SOURCE_LINE = 120;
 
 /// The pieces of the regular expressions that the lines are checked against.
 constexpr const char* TIME_PATTERN = R"(\d{4}\.\d\d\.\d\d \d\d:\d\d:\d\d:\d{6})";

@@ -49,9 +49,9 @@ struct Calls {
 };
 
 struct Timing {
-    Clock::time_point start; ///< when the first thread started
-    Clock::time_point end;   ///< when the last thread ended
-    double nanosecondsPerCall; ///< what a call costs its caller: the mean over the threads
+    Clock::time_point start;      ///< when the first thread started
+    Clock::time_point end;        ///< when the last thread ended
+    double nanosecondsPerCall;    ///< what a call costs its caller: the mean over the threads
     double nanosecondsPerMessage; ///< from the start to the end, divided by the calls of all threads
 };
 
@@ -60,7 +60,8 @@ struct ThreadTiming {
     Clock::time_point end;
 };
 
-/// Keeps the compiler from carrying what it has read over to the next call: no caller logs in so tight a loop.
+/// Keeps the compiler from carrying what it has read over to the next call: no caller logs in so tight a
+/// loop.
 inline void forgetMemory() {
     asm volatile("" ::: "memory");
 }
@@ -88,8 +89,8 @@ inline Timing summarise(const std::vector<ThreadTiming>& timings, std::size_t ca
 }
 
 /// The one loop that all loggers are measured in.
-/// \param makeCall given the index of a thread, and run in it, makes what the thread calls with a count from 0
-/// \param settle called between the warm-up of all threads and the measured calls
+/// \param makeCall given the index of a thread, and run in it, makes what the thread calls with a count from
+/// 0 \param settle called between the warm-up of all threads and the measured calls
 template <typename MakeCall, typename Settle>
 Timing runThreads(std::size_t threads, Calls calls, MakeCall makeCall, Settle settle) {
     std::vector<ThreadTiming> timings(threads);

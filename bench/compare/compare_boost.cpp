@@ -1,0 +1,257 @@
+// Boost.Log: it has no function that takes a ready string; opening and pushing a record by hand comes
+// nearest.
+
+#include "Workload.h"
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+#include <boost/log/attributes/clock.hpp>
+#include <boost/log/attributes/constant.hpp>
+#include <boost/log/attributes/current_process_id.hpp>
+#include <boost/log/attributes/current_process_name.hpp>
+#include <boost/log/core.hpp>
+#include <boost/log/expressions.hpp>
+#include <boost/log/sinks/async_frontend.hpp>
+#include <boost/log/sinks/sync_frontend.hpp>
+#include <boost/log/sinks/text_file_backend.hpp>
+#include <boost/log/sinks/text_ostream_backend.hpp>
+#include <boost/log/sources/record_ostream.hpp>
+#include <boost/log/sources/severity_channel_logger.hpp>
+#include <boost/log/support/date_time.hpp>
+#include <boost/log/utility/manipulators/add_value.hpp>
+#include <boost/make_shared.hpp>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Bench;
+namespace expressions = boost::log::expressions;
+namespace keywords = boost::log::keywords;
+namespace sinks = boost::log::sinks;
+
+enum Severity { INFO, WARNING };
+
+std::ostream& operator<<(std::ostream& stream, Severity severity) {
+    return stream << (severity == INFO ? "INFO" : "WARNING");
+}
+
+using OwnLogger = boost::log::sources::severity_channel_logger<Severity, std::string>;
+using SharedLogger = boost::log::sources::severity_channel_logger_mt<Severity, std::string>;
+using Backend = sinks::text_ostream_backend;
+
+auto timeFormatter() {
+    return expressions::format_date_time<boost::posix_time::ptime>("TimeStamp", "%Y.%m.%d %H:%M:%S:%f");
+}
+
+template <typename Start>
+auto appendMessage(const Start& start) {
+    return start << ' ' << expressions::attr<std::string>("Channel") << ' '
+                 << expressions::attr<std::string>("File") << ':' << expressions::attr<int>("Line") << ' '
+                 << expressions::attr<Severity>("Severity") << ' ' << expressions::smessage;
+}
+
+boost::log::formatter makeFormatter() {
+    return appendMessage(expressions::stream << timeFormatter());
+}
+
+boost::log::formatter makeFormatterWithProcess() {
+    char host[256] = {};
+    ::gethostname(host, sizeof host - 1);
+    using boost::log::attributes::current_process_id;
+    return appendMessage(expressions::stream
+                         << timeFormatter() << ' ' << expressions::attr<std::string>("ProcessName") << ' '
+                         << expressions::attr<current_process_id::value_type>("ProcessId") << ' '
+                         << std::string(host));
+}
+
+/// Process ids come as hexadecimal numbers; the line needs another form.
+std::string patternWithHexadecimalProcessId() {
+    return std::string(SampleLine::TIME_PATTERN) + R"( [\w.-]+ 0x[0-9a-f]+ [\w.-]+)" +
+           SampleLine::MESSAGE_PATTERN;
+}
+
+void addAttributes() {
+    const auto core = boost::log::core::get();
+    core->add_global_attribute("TimeStamp", boost::log::attributes::local_clock());
+    core->add_global_attribute("ProcessId", boost::log::attributes::current_process_id());
+    core->add_global_attribute("ProcessName", boost::log::attributes::current_process_name());
+}
+
+boost::shared_ptr<Backend> makeFileBackend(const Task& task) {
+    const auto backend = boost::make_shared<Backend>();
+    backend->add_stream(boost::make_shared<std::ofstream>(task.file()));
+    backend->auto_flush(true);
+    return backend;
+}
+
+template <typename Sink>
+boost::shared_ptr<Sink> attach(const boost::shared_ptr<Sink>& sink) {
+    addAttributes();
+    sink->set_formatter(makeFormatter());
+    boost::log::core::get()->add_sink(sink);
+    return sink;
+}
+
+void attachFile(const Task& task) {
+    attach(boost::make_shared<sinks::synchronous_sink<Backend>>(makeFileBackend(task)));
+}
+
+template <typename Logger>
+void logLine(Logger& logger, const std::string& text) {
+    boost::log::record record = logger.open_record(keywords::severity = INFO);
+    if (record) {
+        boost::log::record_ostream stream(record);
+        stream << boost::log::add_value("File", SampleLine::SOURCE_FILE)
+               << boost::log::add_value("Line", SampleLine::SOURCE_LINE) << text;
+        stream.flush();
+        logger.push_record(boost::move(record));
+    }
+}
+
+auto callOfOwnLogger(std::size_t thread) {
+    const auto logger = std::make_shared<OwnLogger>(keywords::channel = SampleLine::ownLoggerName(thread));
+    return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(*logger, text); };
+}
+
+/// Only a single thread may go without the lock of the logger for several threads.
+template <typename Logger>
+auto makeCallOf(Logger& logger) {
+    return [&logger](std::size_t) {
+        return [&logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(logger, text); };
+    };
+}
+
+/// Calls a function with the logger that suits the number of threads.
+template <typename Function>
+void withSharedLogger(const Task& task, Function function) {
+    if (task.oneThread()) {
+        OwnLogger logger(keywords::channel = SampleLine::sharedLoggerName());
+        function(makeCallOf(logger));
+    } else {
+        SharedLogger logger(keywords::channel = SampleLine::sharedLoggerName());
+        function(makeCallOf(logger));
+    }
+}
+
+template <typename MakeCall>
+void measureRejected(const Task& task, MakeCall makeCall) {
+    attachFile(task);
+    boost::log::core::get()->set_filter(expressions::attr<Severity>("Severity") >= WARNING);
+    const auto logAccepted = [] {
+        boost::log::core::get()->reset_filter();
+        callOfOwnLogger(0)(0);
+    };
+    measureRejectedCalls(task, makeCall, logAccepted, [&task] { return task.file(); });
+}
+
+void rejectedFunction(const Task& task) {
+    measureRejected(task, callOfOwnLogger);
+}
+
+void rejectedMacro(const Task& task) {
+    measureRejected(task, [](std::size_t thread) {
+        const auto logger =
+            std::make_shared<OwnLogger>(keywords::channel = SampleLine::ownLoggerName(thread));
+        return [logger](std::size_t id) { BOOST_LOG_SEV(*logger, INFO) << "user " << id << " left"; };
+    });
+}
+
+void ownLoggers(const Task& task) {
+    attachFile(task);
+    measureSynchronous(task, callOfOwnLogger);
+}
+
+void sharedLogger(const Task& task) {
+    attachFile(task);
+    withSharedLogger(task, [&task](auto makeCall) { measureSynchronous(task, makeCall); });
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    const auto sink = attach(boost::make_shared<sinks::asynchronous_sink<Backend>>(makeFileBackend(task)));
+    measureAsynchronous(task, makeCall, task.file());
+    boost::log::core::get()->remove_all_sinks();
+    sink->stop();
+}
+
+void asynchronousOwnLoggers(const Task& task) {
+    measureQueue(task, callOfOwnLogger);
+}
+
+void asynchronousSharedLogger(const Task& task) {
+    withSharedLogger(task, [&task](auto makeCall) { measureQueue(task, makeCall); });
+}
+
+void rotation(const Task& task) {
+    const auto backend = boost::make_shared<sinks::text_file_backend>(
+        keywords::file_name = task.file(), keywords::target_file_name = task.file() + ".%N",
+        keywords::rotation_size = ROTATION_BYTES, keywords::auto_flush = true);
+    backend->enable_final_rotation(false);
+    backend->set_file_collector(sinks::file::make_collector(keywords::target = task.folder,
+                                                            keywords::max_files = ROTATION_FILES - 1));
+    attach(boost::make_shared<sinks::synchronous_sink<sinks::text_file_backend>>(backend));
+    withSharedLogger(task, [&task](auto makeCall) { measureRotation(task, makeCall); });
+}
+
+boost::log::record_view makeRecord(OwnLogger& logger) {
+    boost::log::record record = logger.open_record(keywords::severity = INFO);
+    boost::log::record_ostream stream(record);
+    stream << boost::log::add_value("File", SampleLine::SOURCE_FILE)
+           << boost::log::add_value("Line", SampleLine::SOURCE_LINE) << SampleLine::TEXT;
+    stream.flush();
+    return record.lock();
+}
+
+std::vector<boost::log::record_view> makeRecords() {
+    OwnLogger logger(keywords::channel = SampleLine::sharedLoggerName());
+    std::vector<boost::log::record_view> records;
+    for (std::size_t i = 0; i < RENDERED_RING; ++i) {
+        records.push_back(makeRecord(logger));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return records;
+}
+
+void measureFormatter(const Task& task, const boost::log::formatter& formatter, const std::string& pattern) {
+    addAttributes();
+    const std::vector<boost::log::record_view> records = makeRecords();
+    std::string line;
+    boost::log::formatting_ostream stream(line);
+    measureRendering(task, pattern, [&](std::size_t i) -> const std::string& {
+        line.clear();
+        formatter(records[i % RENDERED_RING], stream);
+        stream.flush();
+        return line;
+    });
+}
+
+void rendering(const Task& task) {
+    measureFormatter(task, makeFormatter(), SampleLine::pattern());
+}
+
+void renderingWithProcess(const Task& task) {
+    measureFormatter(task, makeFormatterWithProcess(), patternWithHexadecimalProcessId());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runWorkloads(argc, argv,
+                        {{"rejected-function", rejectedFunction},
+                         {"rejected-macro", rejectedMacro},
+                         {"sync-own", ownLoggers},
+                         {"sync-shared", sharedLogger},
+                         {"async-own", asynchronousOwnLoggers},
+                         {"async-shared", asynchronousSharedLogger},
+                         {"rotation", rotation},
+                         {"rendering", rendering},
+                         {"rendering-process", renderingWithProcess}});
+}

@@ -1,0 +1,168 @@
+// log4cxx: its time has three digits of fractions, so the pattern adds the zeros. It has no pattern for the
+// process and the host: the layout gets them as text, which is the cheapest that it can do.
+
+#include "Workload.h"
+
+#include <log4cxx/asyncappender.h>
+#include <log4cxx/fileappender.h>
+#include <log4cxx/helpers/pool.h>
+#include <log4cxx/logger.h>
+#include <log4cxx/patternlayout.h>
+#include <log4cxx/rolling/rollingfileappender.h>
+#include <log4cxx/spi/loggingevent.h>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Bench;
+using log4cxx::Logger;
+using log4cxx::LoggerPtr;
+
+const log4cxx::spi::LocationInfo LOCATION(SampleLine::SOURCE_FILE, SampleLine::SOURCE_FILE, "connect",
+                                          SampleLine::SOURCE_LINE);
+
+log4cxx::LayoutPtr makeLayout(const std::string& process = std::string()) {
+    return std::make_shared<log4cxx::PatternLayout>("%d{yyyy.MM.dd HH:mm:ss:SSS}000" + process +
+                                                    " %c %F:%L %p %m%n");
+}
+
+/// An appender that was not told otherwise flushes every line.
+log4cxx::AppenderPtr makeFileAppender(const Task& task) {
+    return std::make_shared<log4cxx::FileAppender>(makeLayout(), task.file(), false);
+}
+
+void attach(const log4cxx::AppenderPtr& appender,
+            const log4cxx::LevelPtr& level = log4cxx::Level::getInfo()) {
+    Logger::getRootLogger()->addAppender(appender);
+    Logger::getRootLogger()->setLevel(level);
+}
+
+auto loggingCall(const std::string& loggerName) {
+    return [logger = Logger::getLogger(loggerName), text = std::string(SampleLine::TEXT)](std::size_t) {
+        logger->info(text, LOCATION);
+    };
+}
+
+auto callOfSharedLogger(std::size_t) {
+    return loggingCall(SampleLine::sharedLoggerName());
+}
+
+auto callOfOwnLogger(std::size_t thread) {
+    return loggingCall(SampleLine::ownLoggerName(thread));
+}
+
+template <typename MakeCall>
+void measureRejected(const Task& task, MakeCall makeCall) {
+    attach(makeFileAppender(task), log4cxx::Level::getWarn());
+    const auto logAccepted = [] {
+        Logger::getRootLogger()->setLevel(log4cxx::Level::getInfo());
+        callOfSharedLogger(0)(0);
+    };
+    measureRejectedCalls(task, makeCall, logAccepted, [&task] { return task.file(); });
+}
+
+void rejectedFunction(const Task& task) {
+    measureRejected(task, callOfOwnLogger);
+}
+
+void rejectedMacro(const Task& task) {
+    measureRejected(task, [](std::size_t thread) {
+        return [logger = Logger::getLogger(SampleLine::ownLoggerName(thread))](std::size_t id) {
+            LOG4CXX_INFO(logger, "user " << id << " left");
+        };
+    });
+}
+
+void ownLoggers(const Task& task) {
+    attach(makeFileAppender(task));
+    measureSynchronous(task, callOfOwnLogger);
+}
+
+void sharedLogger(const Task& task) {
+    attach(makeFileAppender(task));
+    measureSynchronous(task, callOfSharedLogger);
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    const auto appender = std::make_shared<log4cxx::AsyncAppender>();
+    appender->addAppender(makeFileAppender(task));
+    appender->setBufferSize(static_cast<int>(ASYNCHRONOUS_MESSAGES * 2));
+    attach(appender);
+    measureAsynchronous(task, makeCall, task.file());
+}
+
+void asynchronousOwnLoggers(const Task& task) {
+    measureQueue(task, callOfOwnLogger);
+}
+
+void asynchronousSharedLogger(const Task& task) {
+    measureQueue(task, callOfSharedLogger);
+}
+
+void rotation(const Task& task) {
+    const auto appender = std::make_shared<log4cxx::rolling::RollingFileAppender>();
+    appender->setLayout(makeLayout());
+    appender->setFile(task.file());
+    appender->setMaximumFileSize(ROTATION_BYTES);
+    appender->setMaxBackupIndex(static_cast<int>(ROTATION_FILES - 1));
+    log4cxx::helpers::Pool pool;
+    appender->activateOptions(pool);
+    attach(appender);
+    measureRotation(task, callOfSharedLogger);
+}
+
+std::vector<log4cxx::spi::LoggingEventPtr> makeEvents() {
+    std::vector<log4cxx::spi::LoggingEventPtr> events;
+    for (std::size_t i = 0; i < RENDERED_RING; ++i) {
+        events.push_back(std::make_shared<log4cxx::spi::LoggingEvent>(
+            SampleLine::sharedLoggerName(), log4cxx::Level::getInfo(), SampleLine::TEXT, LOCATION));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return events;
+}
+
+void measureLayout(const Task& task, const std::string& process, const std::string& pattern) {
+    const auto layout = makeLayout(process);
+    const auto events = makeEvents();
+    std::string line;
+    measureRendering(task, pattern, [&](std::size_t i) -> const std::string& {
+        log4cxx::helpers::Pool pool;
+        line.clear();
+        layout->format(line, events[i % RENDERED_RING], pool);
+        return line;
+    });
+}
+
+void rendering(const Task& task) {
+    measureLayout(task, "", SampleLine::pattern());
+}
+
+void renderingWithProcess(const Task& task) {
+    char host[256] = {};
+    ::gethostname(host, sizeof host - 1);
+    measureLayout(task, " compare_log4cxx " + std::to_string(::getpid()) + " " + host,
+                  SampleLine::patternWithProcess());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runWorkloads(argc, argv,
+                        {{"rejected-function", rejectedFunction},
+                         {"rejected-macro", rejectedMacro},
+                         {"sync-own", ownLoggers},
+                         {"sync-shared", sharedLogger},
+                         {"async-own", asynchronousOwnLoggers},
+                         {"async-shared", asynchronousSharedLogger},
+                         {"rotation", rotation},
+                         {"rendering", rendering},
+                         {"rendering-process", renderingWithProcess}});
+}

@@ -1,0 +1,198 @@
+// spdlog: thread-safe sinks throughout, as an application with several threads has them. Its asynchronous
+// queue is always bounded; here it has room for all messages and would block rather than lose one.
+
+#include "Workload.h"
+
+#include <spdlog/async.h>
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace Bench;
+using LoggerPointer = std::shared_ptr<spdlog::logger>;
+
+constexpr spdlog::source_loc LOCATION{SampleLine::SOURCE_FILE, SampleLine::SOURCE_LINE, "connect"};
+
+/// The level in upper case, which the built-in flags do not offer.
+class UpperCaseLevel : public spdlog::custom_flag_formatter {
+public:
+    void format(const spdlog::details::log_msg& message, const std::tm&,
+                spdlog::memory_buf_t& line) override {
+        static const std::string_view names[] = {"TRACE", "DEBUG",    "INFO", "WARNING",
+                                                 "ERROR", "CRITICAL", "OFF"};
+        const std::string_view name = names[message.level];
+        line.append(name.data(), name.data() + name.size());
+    }
+
+    std::unique_ptr<custom_flag_formatter> clone() const override {
+        return std::make_unique<UpperCaseLevel>();
+    }
+};
+
+std::unique_ptr<spdlog::pattern_formatter> makeFormatter(const std::string& process = std::string()) {
+    auto formatter = std::make_unique<spdlog::pattern_formatter>();
+    formatter->add_flag<UpperCaseLevel>('*');
+    formatter->set_pattern("%Y.%m.%d %H:%M:%S:%f" + process + " %n %@ %* %v");
+    return formatter;
+}
+
+std::string hostName() {
+    char name[256] = {};
+    ::gethostname(name, sizeof name - 1);
+    return name;
+}
+
+template <typename Logger = spdlog::logger, typename... Arguments>
+LoggerPointer makeLogger(const std::string& name, Arguments&&... arguments) {
+    auto logger = std::make_shared<Logger>(name, std::forward<Arguments>(arguments)...);
+    logger->set_formatter(makeFormatter());
+    logger->set_level(spdlog::level::info);
+    logger->flush_on(spdlog::level::info);
+    return logger;
+}
+
+void logLine(spdlog::logger& logger, const std::string& text) {
+    logger.log(LOCATION, spdlog::level::info, spdlog::string_view_t(text));
+}
+
+auto loggingCall(const LoggerPointer& logger) {
+    return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(*logger, text); };
+}
+
+auto makeFileSink(const Task& task) {
+    return std::make_shared<spdlog::sinks::basic_file_sink_mt>(task.file());
+}
+
+template <typename MakeCall>
+void measureRejected(const Task& task, MakeCall makeCall) {
+    const auto sink = makeFileSink(task);
+    std::vector<LoggerPointer> loggers;
+    for (std::size_t i = 0; i < task.threads; ++i) {
+        loggers.push_back(makeLogger(SampleLine::ownLoggerName(i), sink));
+        loggers.back()->set_level(spdlog::level::warn);
+    }
+    const auto logAccepted = [&loggers] {
+        loggers.front()->set_level(spdlog::level::info);
+        logLine(*loggers.front(), SampleLine::TEXT);
+    };
+    measureRejectedCalls(
+        task, [&](std::size_t thread) { return makeCall(loggers[thread]); }, logAccepted,
+        [&task] { return task.file(); });
+}
+
+void rejectedFunction(const Task& task) {
+    measureRejected(task, loggingCall);
+}
+
+void rejectedMacro(const Task& task) {
+    measureRejected(task, [](const LoggerPointer& logger) {
+        return [logger](std::size_t id) { SPDLOG_LOGGER_INFO(logger, "user {} left", id); };
+    });
+}
+
+void ownLoggers(const Task& task) {
+    const auto sink = makeFileSink(task);
+    measureSynchronous(task, [&sink](std::size_t thread) {
+        return loggingCall(makeLogger(SampleLine::ownLoggerName(thread), sink));
+    });
+}
+
+void sharedLogger(const Task& task) {
+    const LoggerPointer logger = makeLogger(SampleLine::sharedLoggerName(), makeFileSink(task));
+    measureSynchronous(task, [&logger](std::size_t) { return loggingCall(logger); });
+}
+
+/// The loggers of one queue, which write to one file.
+class Queue {
+public:
+    explicit Queue(const Task& task) : sink_(makeFileSink(task)) {}
+
+    LoggerPointer makeLogger(const std::string& name) const {
+        return ::makeLogger<spdlog::async_logger>(name, sink_, pool_, spdlog::async_overflow_policy::block);
+    }
+
+private:
+    std::shared_ptr<spdlog::details::thread_pool> pool_ =
+        std::make_shared<spdlog::details::thread_pool>(ASYNCHRONOUS_MESSAGES * 2, 1);
+    spdlog::sink_ptr sink_;
+};
+
+void asynchronousOwnLoggers(const Task& task) {
+    const Queue queue(task);
+    std::vector<LoggerPointer> loggers;
+    for (std::size_t i = 0; i < task.threads; ++i) {
+        loggers.push_back(queue.makeLogger(SampleLine::ownLoggerName(i)));
+    }
+    measureAsynchronous(
+        task, [&](std::size_t thread) { return loggingCall(loggers[thread]); }, task.file());
+}
+
+void asynchronousSharedLogger(const Task& task) {
+    const Queue queue(task);
+    const LoggerPointer logger = queue.makeLogger(SampleLine::sharedLoggerName());
+    measureAsynchronous(
+        task, [&logger](std::size_t) { return loggingCall(logger); }, task.file());
+}
+
+void rotation(const Task& task) {
+    const auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(task.file(), ROTATION_BYTES,
+                                                                             ROTATION_FILES - 1);
+    const LoggerPointer logger = makeLogger(SampleLine::sharedLoggerName(), sink);
+    measureRotation(task, [&logger](std::size_t) { return loggingCall(logger); });
+}
+
+std::vector<spdlog::details::log_msg> makeMessages(spdlog::string_view_t loggerName) {
+    std::vector<spdlog::details::log_msg> messages;
+    const auto now = spdlog::log_clock::now();
+    for (std::size_t i = 0; i < RENDERED_RING; ++i) {
+        messages.emplace_back(now + std::chrono::milliseconds(i), LOCATION, loggerName, spdlog::level::info,
+                              SampleLine::TEXT);
+    }
+    return messages;
+}
+
+void measureFormatter(const Task& task, const std::string& process, const std::string& pattern) {
+    const auto formatter = makeFormatter(process);
+    const std::string loggerName = SampleLine::sharedLoggerName();
+    const auto messages = makeMessages(loggerName);
+    spdlog::memory_buf_t line;
+    measureRendering(task, pattern, [&](std::size_t i) {
+        line.clear();
+        formatter->format(messages[i % RENDERED_RING], line);
+        return std::string_view(line.data(), line.size());
+    });
+}
+
+void rendering(const Task& task) {
+    measureFormatter(task, "", SampleLine::pattern());
+}
+
+void renderingWithProcess(const Task& task) {
+    measureFormatter(task, " compare_spdlog %P " + hostName(), SampleLine::patternWithProcess());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runWorkloads(argc, argv,
+                        {{"rejected-function", rejectedFunction},
+                         {"rejected-macro", rejectedMacro},
+                         {"sync-own", ownLoggers},
+                         {"sync-shared", sharedLogger},
+                         {"async-own", asynchronousOwnLoggers},
+                         {"async-shared", asynchronousSharedLogger},
+                         {"rotation", rotation},
+                         {"rendering", rendering},
+                         {"rendering-process", renderingWithProcess}});
+}

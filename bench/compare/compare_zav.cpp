@@ -1,0 +1,212 @@
+// ZAV Log itself.
+
+#include "Workload.h"
+
+#include "log/LogLine.h"
+#include "log/LogManager.h"
+#include "log/LogMessage.h"
+#include "log/Logger.h"
+#include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
+#include "zav-util/TimeUtils.h"
+
+#if __has_include("log/LogMacros.h")
+#include "log/LogMacros.h"
+#endif
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Bench;
+using ZAV::Log::Logger;
+using ZAV::Log::LoggerFactory;
+using ZAV::Log::LogMessage;
+using ZAV::Util::Properties;
+
+const std::string TEXT = SampleLine::TEXT;
+const std::string SOURCE_FILE = SampleLine::SOURCE_FILE;
+
+/// The library, set up and taken down.
+class Library {
+public:
+    explicit Library(const Properties& properties) { ZAV::Log::LogManager::init(properties); }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() { ZAV::Log::LogManager::finish(); }
+};
+
+/// An appender that writes to "<folder>/log0" and does not rotate.
+Properties fileProperties(const Task& task) {
+    Properties properties;
+    properties["logger.root.level"] = "INFO";
+    properties["appender.file"] = "FileAppender";
+    properties["appender.file.dir"] = task.folder;
+    properties["appender.file.file"] = "log";
+    properties["appender.file.fileNumber"] = std::to_string(ROTATION_FILES - 1);
+    properties["appender.file.fileMaxSize"] = "4";
+    properties["appender.file.fileMaxSizeUnit"] = "GB";
+    return properties;
+}
+
+Properties asynchronousProperties(const Task& task) {
+    Properties properties = fileProperties(task);
+    properties["appender.file.asynchronous"] = "true";
+    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
+    return properties;
+}
+
+Properties rotationProperties(const Task& task) {
+    Properties properties = fileProperties(task);
+    properties["appender.file.fileMaxSize"] = std::to_string(ROTATION_BYTES);
+    properties["appender.file.fileMaxSizeUnit"] = "B";
+    return properties;
+}
+
+std::string liveFile(const Task& task) {
+    return task.file() + "0";
+}
+
+auto loggingCall(const std::string& loggerName) {
+    return [&logger = LoggerFactory::getLogger(loggerName)](std::size_t) {
+        logger.info(TEXT, SampleLine::SOURCE_LINE, SOURCE_FILE);
+    };
+}
+
+auto callOfSharedLogger(std::size_t) {
+    return loggingCall(SampleLine::sharedLoggerName());
+}
+
+auto callOfOwnLogger(std::size_t thread) {
+    return loggingCall(SampleLine::ownLoggerName(thread));
+}
+
+template <typename MakeCall>
+void measureRejected(const Task& task, MakeCall makeCall) {
+    Properties properties = fileProperties(task);
+    properties["logger.root.level"] = "WARNING";
+    const Library library(properties);
+    const auto logAccepted = [] {
+        LoggerFactory::getRootLogger().setLevel(ZAV::Log::Level::LEVEL_INFO, false);
+        callOfSharedLogger(0)(0);
+    };
+    measureRejectedCalls(task, makeCall, logAccepted, [&task] { return liveFile(task); });
+}
+
+void rejectedFunction(const Task& task) {
+    measureRejected(task, callOfOwnLogger);
+}
+
+template <typename MakeCall>
+void measureFile(const Task& task, MakeCall makeCall) {
+    const Library library(fileProperties(task));
+    measureWritingCalls(task, SYNCHRONOUS_MESSAGES, makeCall, [&task] { return liveFile(task); });
+}
+
+void ownLoggers(const Task& task) {
+    measureFile(task, callOfOwnLogger);
+}
+
+void sharedLogger(const Task& task) {
+    measureFile(task, callOfSharedLogger);
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    const Library library(asynchronousProperties(task));
+    measureAsynchronous(task, makeCall, liveFile(task));
+}
+
+void asynchronousOwnLoggers(const Task& task) {
+    measureQueue(task, callOfOwnLogger);
+}
+
+void asynchronousSharedLogger(const Task& task) {
+    measureQueue(task, callOfSharedLogger);
+}
+
+void rotation(const Task& task) {
+    const Library library(rotationProperties(task));
+    measureRotation(task, callOfSharedLogger);
+}
+
+void reopenedFile(const Task& task) {
+    Properties properties;
+    properties["logger.root.level"] = "INFO";
+    properties["appender.single"] = "SimpleFileAppender";
+    properties["appender.single.dir"] = task.folder;
+    properties["appender.single.file"] = "log";
+    const Library library(properties);
+    FileFormat format;
+    format.pattern = SampleLine::patternWithProcess();
+    measureWritingCalls(
+        task, REOPENED_MESSAGES, callOfSharedLogger, [&task] { return task.file(); }, format);
+}
+
+std::vector<LogMessage> makeMessages() {
+    using ZAV::Util::TimeUtils::MSEC;
+    using ZAV::Util::TimeUtils::Time;
+    std::vector<LogMessage> messages;
+    const Time now = Time::now();
+    for (std::uint64_t i = 0; i < RENDERED_RING; ++i) {
+        messages.emplace_back(SampleLine::sharedLoggerName(), now + Time(i, MSEC),
+                              ZAV::Log::Level::LEVEL_INFO, TEXT, SampleLine::SOURCE_LINE, SOURCE_FILE,
+                              ZAV::Log::LOG);
+    }
+    return messages;
+}
+
+template <typename Format>
+void measureFormat(const Task& task, const std::string& pattern, Format format) {
+    const std::vector<LogMessage> messages = makeMessages();
+    measureRendering(task, pattern, [&](std::size_t i) { return format(messages[i % RENDERED_RING]); });
+}
+
+void rendering(const Task& task) {
+    measureFormat(task, SampleLine::pattern(), ZAV::Log::formatLogLine);
+}
+
+void renderingWithProcess(const Task& task) {
+    measureFormat(task, SampleLine::patternWithProcess(), ZAV::Log::formatLogLineWithProcess);
+}
+
+Workloads workloads() {
+    return {{"rejected-function", rejectedFunction},
+            {"sync-own", ownLoggers},
+            {"sync-shared", sharedLogger},
+            {"async-own", asynchronousOwnLoggers},
+            {"async-shared", asynchronousSharedLogger},
+            {"rotation", rotation},
+            {"rendering", rendering},
+            {"rendering-process", renderingWithProcess},
+            {"reopen", reopenedFile}};
+}
+
+#if defined(ZAV_LOG_INFO)
+void rejectedMacro(const Task& task) {
+    measureRejected(task, [](std::size_t thread) {
+        return [&logger = LoggerFactory::getLogger(SampleLine::ownLoggerName(thread))](std::size_t id) {
+            ZAV_LOG_INFO(logger, "user " << id << " left");
+        };
+    });
+}
+
+Workloads workloadsWithMacro() {
+    Workloads all = workloads();
+    all["rejected-macro"] = rejectedMacro;
+    return all;
+}
+#else
+Workloads workloadsWithMacro() {
+    return workloads();
+}
+#endif
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runWorkloads(argc, argv, workloadsWithMacro());
+}
