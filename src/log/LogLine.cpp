@@ -15,6 +15,13 @@ namespace {
 constexpr std::size_t ROOM_FOR_FIELDS = 59;
 constexpr std::size_t ROOM_FOR_FIELDS_WITH_PROCESS = 123;
 
+/// The program stays the same, and asking the system for it costs as much as opening a file. Never destroyed,
+/// since threads may still log while the process ends.
+const std::string& programName() {
+    static const std::string& name = *new std::string(Util::getProgramName());
+    return name;
+}
+
 std::string startLine(const LogMessage& message, std::size_t roomForFields) {
     std::string line;
     line.reserve(message.getLoggerName().size() + message.getText().size() + roomForFields);
@@ -57,7 +64,7 @@ std::string formatLogLine(const LogMessage& message) {
 
 std::string formatLogLineWithProcess(const LogMessage& message) {
     std::string line = startLine(message, ROOM_FOR_FIELDS_WITH_PROCESS);
-    appendField(line, Util::getProgramName());
+    appendField(line, programName());
     appendField(line, Util::toString(std::int64_t{Platform::processId()}));
     appendField(line, Util::getHostName());
     appendMessage(line, message);

@@ -95,16 +95,16 @@ void Logger::setLevel(Level::LogLevel level, bool notify) {
     const ScopedLock lock(criticalSection_);
     level_.store(level, std::memory_order_relaxed);
     levelSetTime_ = Time::now();
-    for (const auto& child : children_) {
-        child.second->setLevel(level, false);
+    for (Logger* const child : getChildren()) {
+        child->setLevel(level, false);
     }
 }
 
 void Logger::setExpirationTime(const Time& duration) {
     const ScopedLock lock(criticalSection_);
     expirationTime_ = duration;
-    for (const auto& child : children_) {
-        child.second->setExpirationTime(duration);
+    for (Logger* const child : getChildren()) {
+        child->setExpirationTime(duration);
     }
 }
 
@@ -116,16 +116,16 @@ Time Logger::getExpirationTime() const {
 void Logger::addAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
     appenders_.push_back(appender);
-    for (const auto& child : children_) {
-        child.second->addAppender(appender);
+    for (Logger* const child : getChildren()) {
+        child->addAppender(appender);
     }
 }
 
 void Logger::removeAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
     appenders_.remove(appender);
-    for (const auto& child : children_) {
-        child.second->removeAppender(appender);
+    for (Logger* const child : getChildren()) {
+        child->removeAppender(appender);
     }
 }
 
@@ -145,11 +145,6 @@ Logger::Logger(Logger* parent, const std::string& shortName)
     if (!parentIsRoot) {
         name_ = parent_->name_ + "." + shortName;
     }
-}
-
-Logger::~Logger() {
-    const ScopedLock lock(criticalSection_);
-    children_.clear();
 }
 
 namespace {
@@ -172,13 +167,11 @@ SplitPath splitAtFirstDot(const std::string& path) {
 
 Logger& Logger::getLogger(const std::string& path) {
     const SplitPath split = splitAtFirstDot(path);
-    const ScopedLock lock(criticalSection_);
     return split.hasDot ? getChild(split.head).getLogger(split.rest) : getChild(path);
 }
 
 const Logger* Logger::findLogger(const std::string& path) const {
     const SplitPath split = splitAtFirstDot(path);
-    const ScopedLock lock(criticalSection_);
     if (split.head.empty()) {
         return findChild(split.rest);
     }
@@ -188,27 +181,44 @@ const Logger* Logger::findLogger(const std::string& path) const {
 
 std::vector<std::string> Logger::getLoggerNames() const {
     std::vector<std::string> names;
-    const ScopedLock lock(criticalSection_);
-    for (const auto& child : children_) {
-        names.push_back(child.second->getName());
-        const std::vector<std::string> below = child.second->getLoggerNames();
+    for (const Logger* const child : getChildren()) {
+        names.push_back(child->getName());
+        const std::vector<std::string> below = child->getLoggerNames();
         names.insert(names.end(), below.begin(), below.end());
     }
     return names;
 }
 
 Logger& Logger::getChild(const std::string& shortName) {
-    const auto entry = children_.find(shortName);
-    if (entry != children_.end()) {
-        return *entry->second;
+    Logger* const child = findChild(shortName);
+    return child == nullptr ? createChild(shortName) : *child;
+}
+
+/// The lock keeps what the child copies from changing until the child is there to hear of changes.
+Logger& Logger::createChild(const std::string& shortName) {
+    const ScopedLock lock(criticalSection_);
+    if (Logger* const madeMeanwhile = findChild(shortName)) {
+        return *madeMeanwhile;
     }
-    std::unique_ptr<Logger> child(new Logger(this, shortName));
+    Children::mapped_type child(new Logger(this, shortName));
+    const ScopedLock childrenLock(childrenLock_);
     return *children_.emplace(shortName, std::move(child)).first->second;
 }
 
-const Logger* Logger::findChild(const std::string& shortName) const {
+Logger* Logger::findChild(const std::string& shortName) const {
+    const ScopedLock lock(childrenLock_);
     const auto entry = children_.find(shortName);
     return entry == children_.end() ? nullptr : entry->second.get();
+}
+
+std::vector<Logger*> Logger::getChildren() const {
+    std::vector<Logger*> children;
+    const ScopedLock lock(childrenLock_);
+    children.reserve(children_.size());
+    for (const auto& child : children_) {
+        children.push_back(child.second.get());
+    }
+    return children;
 }
 
 } // namespace Log

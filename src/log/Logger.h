@@ -25,7 +25,7 @@ class LogMessage;
 /// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree at that
 /// moment, and a new logger copies them from its parent; a logging call asks this logger alone. All
 /// operations may be called from any thread. Locks are taken from a parent to its children, never the other
-/// way.
+/// way. A look-up of a logger that exists never waits for one that is writing.
 class Logger {
 public:
     Logger(const Logger&) = delete;
@@ -99,10 +99,15 @@ public:
 
 private:
     friend class LoggerFactory;
-    friend struct std::default_delete<Logger>;
+
+    /// Lets the map of children destroy them, and nobody else.
+    struct Deleter {
+        void operator()(Logger* logger) const { delete logger; }
+    };
+    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>>;
 
     Logger(Logger* parent, const std::string& shortName);
-    ~Logger();
+    ~Logger() = default;
 
     void log(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
         if (isLoggable(level)) {
@@ -119,8 +124,10 @@ private:
     Logger& getLogger(const std::string& path);
     const Logger* findLogger(const std::string& path) const;
     std::vector<std::string> getLoggerNames() const;
-    Logger& getChild(const std::string& shortName) ZAV_LOG_REQUIRES(criticalSection_);
-    const Logger* findChild(const std::string& shortName) const ZAV_LOG_REQUIRES(criticalSection_);
+    Logger& getChild(const std::string& shortName);
+    Logger& createChild(const std::string& shortName);
+    Logger* findChild(const std::string& shortName) const;
+    std::vector<Logger*> getChildren() const;
 
     Logger* const parent_;
     std::string name_; ///< never changes after the construction
@@ -129,9 +136,13 @@ private:
     Util::TimeUtils::Time expirationTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Util::TimeUtils::Time levelSetTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     std::list<Appender*> appenders_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    /// Held while a message is dispatched, while a setting changes and spreads, and while a child is made.
     mutable Platform::CriticalSection criticalSection_;
-    /// By the short name: one component of the dotted name.
-    std::map<std::string, std::unique_ptr<Logger>> children_ ZAV_LOG_GUARDED_BY(criticalSection_);
+
+    /// Taken after `criticalSection_` or alone, and only for a look: nothing is waited for while it is held.
+    mutable Platform::CriticalSection childrenLock_;
+    /// By the short name: one component of the dotted name. None is removed.
+    Children children_ ZAV_LOG_GUARDED_BY(childrenLock_);
 };
 
 } // namespace Log

@@ -2,8 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/LogLine.h"
-
-#include <fstream>
+#include "platform/AppendedFile.h"
 
 namespace ZAV {
 namespace Log {
@@ -24,13 +23,13 @@ void SimpleFileAppender::doOutput(const LogMessage& message) {
 
 void SimpleFileAppender::append(const LogMessage& message) const {
     const std::string path = dir_ + "/" + file_;
-    std::ofstream stream(path, std::ios::app);
-    if (!stream) {
+    Platform::AppendedFile file(path);
+    if (!file.isOpen()) {
         throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
     }
     std::string line = formatLogLineWithProcess(message);
     line += '\n';
-    stream.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    file.write(line);
 }
 
 } // namespace Log
