@@ -2,7 +2,6 @@
 
 #include "platform/LocalTime.h"
 
-#include <cstddef>
 #include <cstring>
 
 namespace ZAV {
@@ -28,10 +27,7 @@ char* writeField(char* field, char separator, std::size_t width, int number) {
     return writeDigits(field + 1, width, static_cast<unsigned>(number));
 }
 
-constexpr std::size_t SECONDS_LENGTH = 19;
-constexpr std::size_t TIME_LENGTH = 26;
-
-void writeSeconds(char* field, std::uint64_t seconds) {
+void writeCalendarTime(char* field, std::uint64_t seconds) {
     const Platform::CalendarTime local = Platform::toLocalTime(static_cast<std::int64_t>(seconds));
     field = writeDigits(field, 4, static_cast<unsigned>(local.year));
     field = writeField(field, '.', 2, local.month);
@@ -56,7 +52,7 @@ const char* textOfSecond(std::uint64_t seconds) {
     RenderedSecond& last = lastSecond;
     const Platform::TimeZone zone = Platform::currentTimeZone();
     if (!last.isValid || last.seconds != seconds || !(last.zone == zone)) {
-        writeSeconds(last.text, seconds);
+        writeCalendarTime(last.text, seconds);
         last.seconds = seconds;
         last.zone = zone;
         // Another thread may have changed the zone while the text was made, which then shows the one or the
@@ -68,16 +64,14 @@ const char* textOfSecond(std::uint64_t seconds) {
 
 } // namespace
 
-void appendSeconds(std::string& text, Time time) {
-    text.append(textOfSecond(time.microseconds() / MICROSECONDS_PER_SECOND), SECONDS_LENGTH);
+char* writeSeconds(char* field, Time time) {
+    std::memcpy(field, textOfSecond(time.microseconds() / MICROSECONDS_PER_SECOND), SECONDS_LENGTH);
+    return field + SECONDS_LENGTH;
 }
 
-void appendTime(std::string& text, Time time) {
-    char field[TIME_LENGTH];
-    std::memcpy(field, textOfSecond(time.microseconds() / MICROSECONDS_PER_SECOND), SECONDS_LENGTH);
-    writeField(field + SECONDS_LENGTH, ':', 6,
-               static_cast<int>(time.microseconds() % MICROSECONDS_PER_SECOND));
-    text.append(field, sizeof field);
+char* writeTime(char* field, Time time) {
+    const std::uint64_t microseconds = time.microseconds() % MICROSECONDS_PER_SECOND;
+    return writeField(writeSeconds(field, time), ':', 6, static_cast<int>(microseconds));
 }
 
 } // namespace TimeUtils

@@ -1,8 +1,8 @@
 #include "log/appenders/SimpleFileAppender.h"
 
 #include "log/LogException.h"
-#include "log/LogLine.h"
-#include "platform/AppendedFile.h"
+#include "log/layout/LineLayout.h"
+#include "platform/OutputFile.h"
 
 namespace ZAV {
 namespace Log {
@@ -23,11 +23,13 @@ void SimpleFileAppender::doOutput(const LogMessage& message) {
 
 void SimpleFileAppender::append(const LogMessage& message) const {
     const std::string path = dir_ + "/" + file_;
-    Platform::AppendedFile file(path);
-    if (!file.isOpen()) {
+    Platform::OutputFile file;
+    file.open(path, Platform::OutputFile::APPEND);
+    if (file.hasFailed()) {
         throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
     }
-    std::string line = formatLogLineWithProcess(message);
+    std::string line;
+    appendLogLineWithProcess(line, message);
     line += '\n';
     file.write(line);
 }
