@@ -61,7 +61,7 @@ void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
         }
     }
     if (hasAsynchronousAppender) {
-        AsynchronousDispatcher::instance().enqueue(std::move(message));
+        AsynchronousDispatcher::instance().enqueue(*message);
     }
     if (exception) {
         std::rethrow_exception(exception);

@@ -32,13 +32,13 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
 }
 
 void append(MessageQueue& queue, const std::string& text) {
-    queue.append(std::make_unique<const LogMessage>(TestSupport::makeMessage(text)));
+    queue.append(TestSupport::makeMessage(text));
 }
 
-std::vector<std::string> textsOf(const MessageQueue::Batch& batch) {
+std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
-    for (const auto& message : batch) {
-        texts.push_back(message->getText());
+    for (MessageBatch::Reader messages(batch); messages.hasNext();) {
+        texts.push_back(messages.next().getText());
     }
     return texts;
 }
@@ -95,7 +95,7 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     none.configure(tuning("1", "3600"));
     append(none, "a");
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
-    EXPECT_THAT(none.close(), IsEmpty());
+    EXPECT_EQ(none.close().size(), 0U);
     MessageQueue all;
     all.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
@@ -107,13 +107,15 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
 TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     MessageQueue queue;
     queue.configure(tuning("4", "3600"));
-    const std::atomic<bool> running{false};
-    const std::atomic<bool> stopped{true};
-    auto batch = std::async(std::launch::async, [&] { return queue.waitForBatch(running); });
+    const std::atomic<bool> stopped{false};
+    auto batch = std::async(std::launch::async, [&] {
+        queue.wait(stopped);
+        return queue.takeBatch();
+    });
     // A notification is lost on a consumer that does not wait yet, so the queue is filled again until one is
     // not; if none ever wakes it, the test hangs.
     do {
-        queue.waitForBatch(stopped);
+        queue.takeBatch();
         append(queue, "a");
         append(queue, "b");
     } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
@@ -142,8 +144,7 @@ protected:
 };
 
 void enqueue(const std::string& text) {
-    AsynchronousDispatcher::instance().enqueue(
-        std::make_unique<const LogMessage>(TestSupport::makeMessage(text)));
+    AsynchronousDispatcher::instance().enqueue(TestSupport::makeMessage(text));
 }
 
 } // namespace

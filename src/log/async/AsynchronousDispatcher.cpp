@@ -1,11 +1,8 @@
 #include "log/async/AsynchronousDispatcher.h"
 
-#include "log/LogMessage.h"
 #include "log/commands/DeferredCalls.h"
 #include "platform/Process.h"
 #include "platform/ProcessLifetime.h"
-
-#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -53,8 +50,8 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
-void AsynchronousDispatcher::enqueue(std::unique_ptr<const LogMessage> message) {
-    queue_.append(std::move(message));
+void AsynchronousDispatcher::enqueue(const LogMessage& message) {
+    queue_.append(message);
 }
 
 void AsynchronousDispatcher::stop() {
@@ -90,12 +87,12 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     if (mayWait) {
         stop();
     }
-    const MessageQueue::Batch batch = queue_.close();
+    MessageBatch batch = queue_.close();
     if (mayWait && appenders_.deliver(batch)) {
         return;
     }
-    for (const boost::shared_ptr<const LogMessage>& message : batch) {
-        MessageQueue::discard(*message);
+    while (batch.size() > 0) {
+        MessageQueue::discard(batch.removeFront());
     }
 }
 
