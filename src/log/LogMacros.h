@@ -5,12 +5,13 @@
 ///
 ///     ZAV_LOG_INFO(logger, "user " << id << " left");
 ///
-/// Nothing of the expression is evaluated when the logger's level is above the message's; otherwise the
-/// logger and the expression are evaluated once. A macro is one statement, also in an unbraced `if` with an
+/// The logger is evaluated once. Nothing of the expression is evaluated when the logger's level is above the
+/// message's; otherwise it is evaluated once, too. A macro is one statement, also in an unbraced `if` with an
 /// `else`.
 ///
 /// `ZAV_LOG_ACTIVE_LEVEL`, defined before this header is included, removes the calls below a level from the
-/// program: 60 keeps `AUDIT` alone, 50 adds `ERROR`, and so on by tens down to 10, the default, for all.
+/// program, logger and all: 60 keeps `AUDIT` alone, 50 adds `ERROR`, and so on by tens down to 10, the
+/// default, for all.
 
 #include "log/Level.h"
 #include "log/Logger.h"

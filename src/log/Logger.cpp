@@ -5,7 +5,7 @@
 #include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/commands/DeferredCalls.h"
+#include "log/commands/LoggingScope.h"
 
 #include <exception>
 #include <utility>
@@ -20,8 +20,9 @@ using Util::TimeUtils::Time;
 // The road of a message
 
 void Logger::logLoggable(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
-    if (!lockUnlessDeliveringCommand()) {
-        DeferredCalls::add([this, level, text, line, file] { log(level, text, line, file); });
+    LoggingScope scope;
+    if (!lockFrom(scope)) {
+        scope.defer([this, level, text, line, file] { log(level, text, line, file); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -36,8 +37,9 @@ void Logger::logLoggable(Level::LogLevel level, const std::string& text, int lin
 }
 
 void Logger::config(const ConfigurationMessage& message) {
-    if (!lockUnlessDeliveringCommand()) {
-        DeferredCalls::add([this, message] { config(message); });
+    LoggingScope scope;
+    if (!lockFrom(scope)) {
+        scope.defer([this, message] { config(message); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -56,8 +58,10 @@ void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
         try {
             appender->output(*message);
         } catch (...) {
-            // A listener that fails on one appender's report must not keep the message from the others.
-            exception = std::current_exception();
+            // A listener or a filter that throws for one appender must not keep the message from the others.
+            if (!exception) {
+                exception = std::current_exception();
+            }
         }
     }
     if (hasAsynchronousAppender) {
@@ -73,14 +77,12 @@ bool Logger::isExpired(Time now) const {
            now > levelSetTime_ + expirationTime_;
 }
 
-/// Takes the lock. Gives false, without it, if a command listener logs and another thread holds the lock:
-/// that thread may be waiting for the command bus, which the listener's thread holds.
-bool Logger::lockUnlessDeliveringCommand() {
-    if (criticalSection_.tryLock()) {
-        return true;
-    }
-    if (DeferredCalls::areCollected()) {
-        return false;
+/// \return false, without a wait, if the call comes from an appender or a listener and another thread holds
+/// the
+///         lock
+bool Logger::lockFrom(const LoggingScope& scope) {
+    if (scope.isNested()) {
+        return criticalSection_.tryLock();
     }
     criticalSection_.lock();
     return true;

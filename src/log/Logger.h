@@ -18,9 +18,10 @@ namespace Log {
 class Appender;
 class ConfigurationMessage;
 class LogMessage;
+class LoggingScope;
 
 /// A node in the tree of named loggers. `LoggerFactory` hands loggers out; references to them stay valid
-/// until the library is unloaded.
+/// until the process ends.
 ///
 /// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree at that
 /// moment, and a new logger copies them from its parent; a logging call asks this logger alone. All
@@ -42,8 +43,9 @@ public:
 
     /// Logs a message; below the logger's level the call costs one comparison.
     ///
-    /// Synchronous appenders write it before the call returns. Their failures become the command "EXCEPTION"
-    /// and do not reach the caller; what a listener of that command throws does.
+    /// Synchronous appenders write it before the call returns; only a call from an appender or a command
+    /// listener may be made later. Failures of appenders become the command "EXCEPTION" and do not reach the
+    /// caller; what a listener of that command throws does.
     /// \param text written as it is
     /// \param line source line; 0 or less if none is given
     /// \param file source file; empty if none is given
@@ -71,7 +73,8 @@ public:
         log(Level::LEVEL_TRACE, text, line, file);
     }
 
-    /// Logs a configuration message, whatever the logger's level.
+    /// Logs a configuration message: type `CFG`, level `AUDIT`, whatever the logger's level. It is written,
+    /// and its failures are reported, as those of `audit` are.
     ZAV_LOG_API void config(const ConfigurationMessage& message);
 
     /// Sets the level of this logger and of its whole subtree, and starts their expiration anew.
@@ -119,7 +122,7 @@ private:
                                  const std::string& file);
     void dispatchMessage(std::unique_ptr<const LogMessage> message) ZAV_LOG_REQUIRES(criticalSection_);
     bool isExpired(Util::TimeUtils::Time now) const ZAV_LOG_REQUIRES(criticalSection_);
-    bool lockUnlessDeliveringCommand() ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
+    bool lockFrom(const LoggingScope& scope) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
 
     Logger& getLogger(const std::string& path);
     const Logger* findLogger(const std::string& path) const;

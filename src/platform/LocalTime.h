@@ -17,7 +17,8 @@ struct CalendarTime {
 };
 
 /// What the system tells of the process's time zone. While it stays the same, so does the result of
-/// `toLocalTime` for one point in time.
+/// `toLocalTime` for one point in time, but for zones that differ in nothing else than the days on which
+/// daylight-saving time begins or ends.
 struct TimeZone {
     long offset;                      ///< seconds west of UTC
     int daylight;                     ///< 0 if the zone never has daylight-saving time

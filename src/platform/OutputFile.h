@@ -27,7 +27,7 @@ public:
     /// line. It fails if the system does not take all of the text.
     void write(const std::string& text) noexcept;
 
-    /// Closes the file, if one is open. It fails if the system tells of a failed write only now.
+    /// Closes the file, if one is open. A write whose failure the system tells only now counts as failed.
     void close() noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != NONE; }

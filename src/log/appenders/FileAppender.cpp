@@ -39,7 +39,7 @@ void FileAppender::doOutput(const LogMessage& message) {
         const Platform::ScopedLock lock(criticalSection_);
         write(message);
     } else {
-        criticalSection_.assumeExclusive(); // the consumer thread is the only caller
+        criticalSection_.assumeExclusive(); // one thread at a time delivers
         write(message);
     }
 }

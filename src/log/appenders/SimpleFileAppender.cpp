@@ -16,7 +16,7 @@ void SimpleFileAppender::doOutput(const LogMessage& message) {
         const Platform::ScopedLock lock(criticalSection_);
         append(message);
     } else {
-        criticalSection_.assumeExclusive(); // the consumer thread is the only caller
+        criticalSection_.assumeExclusive(); // one thread at a time delivers
         append(message);
     }
 }

@@ -1,6 +1,7 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
+#include "log/commands/LoggingScope.h"
 
 namespace ZAV {
 namespace Log {
@@ -9,6 +10,8 @@ using Platform::ScopedLock;
 
 namespace {
 
+/// Each appender has the messages made anew: it is given the whole batch before the next one is, and all of
+/// them at once would take several times the memory.
 void deliverTo(Appender& appender, const MessageBatch& batch) {
     MessageBatch::Reader messages(batch);
     while (messages.hasNext()) {
@@ -36,6 +39,7 @@ bool AsynchronousAppenders::remove(Appender* appender) {
 }
 
 bool AsynchronousAppenders::deliver(const MessageBatch& batch) {
+    const LoggingScope scope;
     const ScopedLock lock(appendersLock_);
     for (Appender* const appender : asynchronousAppenders_) {
         deliverTo(*appender, batch);

@@ -8,10 +8,11 @@ namespace Log {
 
 void MessageQueue::configure(const Util::Properties& properties) {
     const QueueMonitorLock lock(queueMonitor_);
-    const bool mayWaitWithoutLimit = deliversPromptly();
+    const bool waitsWithoutLimit = deliversPromptly();
+    const Util::TimeUtils::Time before = settings_.waitingPeriod;
     settings_.read(properties);
-    if (mayWaitWithoutLimit) {
-        queueMonitor_.notify(); // the new settings may never wake the consumer from that wait
+    if (waitsWithoutLimit || settings_.waitingPeriod < before) {
+        queueMonitor_.notify(); // out of a wait that is longer than the ones to come
     }
 }
 

@@ -16,8 +16,8 @@ public:
     /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
     void configure(const Util::Properties& properties);
 
-    /// Appends a message. When the queue has reached its limit, the oldest message leaves it and is shown on
-    /// the standard error stream.
+    /// Appends a message; never waits for an appender. When the queue has reached its limit, or was closed,
+    /// the oldest message leaves it and is shown on the standard error stream.
     void append(const LogMessage& message);
 
     /// Waits for the waiting period, or until the queue is half full, or until `stop` is called.

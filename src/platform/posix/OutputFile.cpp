@@ -19,7 +19,7 @@ bool writeAll(int descriptor, const char* text, std::size_t size) {
         if (written < 0 && errno == EINTR) {
             continue;
         }
-        if (written < 0) {
+        if (written <= 0) {
             return false;
         }
         text += written;
