@@ -15,8 +15,7 @@
 
 #include "log/Level.h"
 #include "log/Logger.h"
-
-#include <sstream>
+#include "log/MessageStream.h"
 
 #if !defined(ZAV_LOG_ACTIVE_LEVEL)
 #define ZAV_LOG_ACTIVE_LEVEL 10
@@ -29,9 +28,9 @@
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \
             ::ZAV::Log::Logger& zavLogLogger = (logger);                                                     \
             if (zavLogLogger.isLoggable(static_cast<::ZAV::Log::Level::LogLevel>(level))) {                  \
-                ::std::ostringstream zavLogText;                                                             \
-                zavLogText << expression;                                                                    \
-                zavLogLogger.operation(zavLogText.str(), __LINE__, __FILE__);                                \
+                ::ZAV::Log::MessageStream zavLogMessage;                                                     \
+                zavLogMessage.stream() << expression;                                                        \
+                zavLogMessage.logTo(zavLogLogger, &::ZAV::Log::Logger::operation, __LINE__, __FILE__);       \
             }                                                                                                \
         }                                                                                                    \
     } while (false)
