@@ -183,3 +183,15 @@ TEST(AsynchronousDispatcher, DeliversPromptlyWithoutAWaitingPeriod) {
     dispatcher.unregisterAsynchronousAppender(&appender);
     EXPECT_THAT(appender.texts, ElementsAre("a"));
 }
+
+TEST(AsynchronousDispatcher, LeavesAWaitThatIsLongerThanThoseToCome) {
+    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
+    dispatcher.configure(tuning("1024", "0")); // lets the consumer wait without a limit
+    BlockingAppender appender;
+    appender.released.set_value();
+    dispatcher.registerAsynchronousAppender(&appender);
+    dispatcher.configure(tuning("1024", "1"));
+    enqueue("a");
+    appender.entered.get_future().wait(); // a hang here is the failure
+    dispatcher.unregisterAsynchronousAppender(&appender);
+}
