@@ -56,6 +56,7 @@ Properties asynchronousProperties(const Task& task) {
     properties["appender.file.asynchronous"] = "true";
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
     properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
+    properties["zav.log.AsynchronousDispatcher.priority"] = "0";
     return properties;
 }
 

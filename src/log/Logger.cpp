@@ -19,10 +19,16 @@ using Util::TimeUtils::Time;
 
 // The road of a message
 
+// What can be done without the lock is: the strings are copied before it is taken, and the message is freed
+// after it is released, since all threads that log through one logger wait for each other there.
+
 void Logger::logLoggable(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
+    std::unique_ptr<const LogMessage> message;
+    std::string ownText = text;
+    std::string ownFile = file;
     LoggingScope scope;
     if (!lockFrom(scope)) {
-        scope.defer([this, level, text, line, file] { log(level, text, line, file); });
+        scope.defer([this, level, ownText, line, ownFile] { log(level, ownText, line, ownFile); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -33,21 +39,26 @@ void Logger::logLoggable(Level::LogLevel level, const std::string& text, int lin
             return;
         }
     }
-    dispatchMessage(std::make_unique<const LogMessage>(name_, now, level, text, line, file, LOG));
+    message = std::make_unique<const LogMessage>(name_, now, level, std::move(ownText), line,
+                                                 std::move(ownFile), LOG);
+    dispatchMessage(*message);
 }
 
-void Logger::config(const ConfigurationMessage& message) {
+void Logger::config(const ConfigurationMessage& configuration) {
+    std::unique_ptr<const LogMessage> message;
+    std::string ownText = configuration.getText();
     LoggingScope scope;
     if (!lockFrom(scope)) {
-        scope.defer([this, message] { config(message); });
+        scope.defer([this, configuration] { config(configuration); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
-    dispatchMessage(std::make_unique<const LogMessage>(name_, Time::now(), Level::LEVEL_AUDIT,
-                                                       message.getText(), 0, std::string(), CFG));
+    message = std::make_unique<const LogMessage>(name_, Time::now(), Level::LEVEL_AUDIT, std::move(ownText),
+                                                 0, std::string(), CFG);
+    dispatchMessage(*message);
 }
 
-void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
+void Logger::dispatchMessage(const LogMessage& message) {
     bool hasAsynchronousAppender = false;
     std::exception_ptr exception;
     for (Appender* const appender : appenders_) {
@@ -56,7 +67,7 @@ void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
             continue;
         }
         try {
-            appender->output(*message);
+            appender->output(message);
         } catch (...) {
             // A listener or a filter that throws for one appender must not keep the message from the others.
             if (!exception) {
@@ -65,7 +76,7 @@ void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
         }
     }
     if (hasAsynchronousAppender) {
-        AsynchronousDispatcher::instance().enqueue(*message);
+        AsynchronousDispatcher::instance().enqueue(message);
     }
     if (exception) {
         std::rethrow_exception(exception);

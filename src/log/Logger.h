@@ -120,7 +120,7 @@ private:
 
     ZAV_LOG_API void logLoggable(Level::LogLevel level, const std::string& text, int line,
                                  const std::string& file);
-    void dispatchMessage(std::unique_ptr<const LogMessage> message) ZAV_LOG_REQUIRES(criticalSection_);
+    void dispatchMessage(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
     bool isExpired(Util::TimeUtils::Time now) const ZAV_LOG_REQUIRES(criticalSection_);
     bool lockFrom(const LoggingScope& scope) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
 

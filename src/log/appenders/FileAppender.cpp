@@ -17,6 +17,8 @@ using Util::TimeUtils::Time;
 
 namespace {
 
+constexpr std::size_t LARGEST_KEPT_LINE = 64 * 1024;
+
 /// So that an index is always one digit.
 constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;
 
@@ -46,13 +48,20 @@ void FileAppender::doOutput(const LogMessage& message) {
 
 void FileAppender::write(const LogMessage& message) {
     checkFile();
-    std::string line;
-    appendLogLine(line, message);
-    line += '\n';
-    prepareFile(currentSize_ + line.size());
-    currentSize_ += line.size();
-    outputFile_.write(line);
+    renderLine(message);
+    prepareFile(currentSize_ + line_.size());
+    currentSize_ += line_.size();
+    outputFile_.write(line_);
     checkFile(); // a line that did not reach the file, on a full disk for example, is reported
+}
+
+void FileAppender::renderLine(const LogMessage& message) {
+    if (line_.capacity() > LARGEST_KEPT_LINE) {
+        line_ = std::string();
+    }
+    line_.clear();
+    appendLogLine(line_, message);
+    line_ += '\n';
 }
 
 void FileAppender::checkFile() const {

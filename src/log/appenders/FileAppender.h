@@ -35,6 +35,7 @@ protected:
 
 private:
     void write(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
+    void renderLine(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
     void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     void prepareFile(std::uint64_t newSize) ZAV_LOG_REQUIRES(criticalSection_);
     bool isTooOld() const ZAV_LOG_REQUIRES(criticalSection_);
@@ -53,6 +54,7 @@ private:
     Util::TimeUtils::Time fileMaxLifetime_;
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
     Platform::OutputFile outputFile_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::CriticalSection criticalSection_; ///< one message at a time
 };
