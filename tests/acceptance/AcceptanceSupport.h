@@ -1,0 +1,83 @@
+#pragma once
+
+#include "TestSupport.h"
+
+#include "log/LogManager.h"
+#include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
+
+#include <gmock/gmock.h>
+#include <thread>
+
+namespace ZAV {
+namespace TestSupport {
+
+/// Sends what the process writes to its standard error stream to memory, from all threads and whatever way it
+/// is written.
+class StandardErrorCapture {
+public:
+    StandardErrorCapture() { testing::internal::CaptureStderr(); }
+
+    /// Ends the capture.
+    std::string text() { return testing::internal::GetCapturedStderr(); }
+};
+
+/// The lines of a text, each without the time that it begins with.
+inline std::vector<std::string> linesIn(const std::string& text) {
+    const std::size_t timeLength = 27;
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line.substr(std::min(timeLength, line.size())));
+    }
+    return lines;
+}
+
+/// The last word of every line of a text.
+inline std::vector<std::string> lastWordsIn(const std::string& text) {
+    std::vector<std::string> words;
+    for (const std::string& line : linesIn(text)) {
+        words.push_back(line.substr(line.rfind(' ') + 1));
+    }
+    return words;
+}
+
+/// Runs a function in several threads at once, each with its number, and waits for all of them.
+template <typename Function>
+void inThreads(int count, Function function) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < count; ++number) {
+        threads.emplace_back([&function, number] { function(number); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+/// An application that sets the library up from a property file and has a directory of its own for the logs.
+class Application : public testing::Test {
+protected:
+    ~Application() override { Log::LogManager::finish(); }
+
+    /// \param lines of the property file, in which "DIR" stands for the directory
+    bool init(std::string lines) {
+        const std::string mark = "DIR";
+        for (auto at = lines.find(mark); at != std::string::npos; at = lines.find(mark)) {
+            lines.replace(at, mark.size(), directory_.path());
+        }
+        writeFile(directory_ / "app.properties", lines);
+        return Log::LogManager::init(directory_ / "app.properties");
+    }
+
+    std::vector<std::string> linesOf(const std::string& file) const {
+        return linesIn(readFile(directory_ / file));
+    }
+    std::vector<std::string> lastWordsOf(const std::string& file) const {
+        return lastWordsIn(readFile(directory_ / file));
+    }
+
+    const TemporaryDirectory directory_;
+};
+
+} // namespace TestSupport
+} // namespace ZAV
