@@ -71,8 +71,9 @@ TEST_F(Configuration, EveryLineIsWhereThePropertyFileSaid) {
         net.config(ConfigurationMessage("set"));
     });
     LogManager::finish();
-    EXPECT_THAT(linesIn(errors.text()), ElementsAre("db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm",
-                                                    "db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm"));
+    EXPECT_THAT(linesIn(errors.text()),
+                ElementsAre("db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm",
+                            "db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm"));
     EXPECT_THAT(linesOf("settings.log"),
                 AllOf(SizeIs(4), Each(MatchesRegex("zav-log-acceptance-tests(\\.exe)? [0-9]+ [^ .]+ "
                                                    "net.peer[0-3] set"))));
@@ -83,9 +84,9 @@ TEST_F(Configuration, EveryLineIsWhereThePropertyFileSaid) {
         EXPECT_THAT(words, Contains("set").Times(4)) << file;
         for (int thread = 0; thread < 4; ++thread) {
             std::vector<std::string> ofThread;
-            std::copy_if(words.begin(), words.end(), std::back_inserter(ofThread), [&](const std::string& word) {
-                return word.rfind(std::to_string(thread) + "-", 0) == 0;
-            });
+            std::copy_if(
+                words.begin(), words.end(), std::back_inserter(ofThread),
+                [&](const std::string& word) { return word.rfind(std::to_string(thread) + "-", 0) == 0; });
             EXPECT_EQ(ofThread, wordsBy(thread, 50)) << file;
         }
     }
