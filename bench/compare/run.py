@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Runs the comparison programs in interleaved rounds and reports medians, ratios and targets."""
 
 import argparse
