@@ -53,6 +53,11 @@ inline Calls callsOfAllThreads(const Task& task, std::size_t calls) {
     return callsPerThread(task, calls / task.threads);
 }
 
+/// \return the number of messages that go through a queue; a bounded one is made as long
+inline std::size_t asynchronousMessages(const Task& task) {
+    return callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES).total() * task.threads;
+}
+
 /// Calls of which some loggers make a hundred in the time that others need for one: a trial shows how many
 /// take a tenth of a second.
 template <typename MakeCall>

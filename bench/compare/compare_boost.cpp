@@ -1,5 +1,5 @@
 // Boost.Log: it has no function that takes a ready string; opening and pushing a record by hand comes
-// nearest.
+// nearest. Its asynchronous queue is unbounded.
 
 #include "Workload.h"
 
@@ -13,6 +13,7 @@
 #include <boost/log/sinks/async_frontend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/log/sinks/text_file_backend.hpp>
+#include <boost/log/sinks/text_multifile_backend.hpp>
 #include <boost/log/sinks/text_ostream_backend.hpp>
 #include <boost/log/sources/record_ostream.hpp>
 #include <boost/log/sources/severity_channel_logger.hpp>
@@ -201,6 +202,20 @@ void rotation(const Task& task) {
     withSharedLogger(task, [&task](auto makeCall) { measureRotation(task, makeCall); });
 }
 
+/// The backend for many files, which opens the file of each line for that line alone.
+void reopenedFile(const Task& task) {
+    const auto backend = boost::make_shared<sinks::text_multifile_backend>();
+    backend->set_file_name_composer(sinks::file::as_file_name_composer(expressions::stream << task.file()));
+    attach(boost::make_shared<sinks::synchronous_sink<sinks::text_multifile_backend>>(backend))
+        ->set_formatter(makeFormatterWithProcess());
+    FileFormat format;
+    format.pattern = patternWithHexadecimalProcessId();
+    withSharedLogger(task, [&](auto makeCall) {
+        measureWritingCalls(
+            task, REOPENED_MESSAGES, makeCall, [&task] { return task.file(); }, format);
+    });
+}
+
 boost::log::record_view makeRecord(OwnLogger& logger) {
     boost::log::record record = logger.open_record(keywords::severity = INFO);
     boost::log::record_ostream stream(record);
@@ -253,5 +268,6 @@ int main(int argc, char** argv) {
                          {"async-shared", asynchronousSharedLogger},
                          {"rotation", rotation},
                          {"rendering", rendering},
-                         {"rendering-process", renderingWithProcess}});
+                         {"rendering-process", renderingWithProcess},
+                         {"reopen", reopenedFile}});
 }

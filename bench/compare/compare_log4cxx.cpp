@@ -1,5 +1,6 @@
-// log4cxx: its time has three digits of fractions, so the pattern adds the zeros. It has no pattern for the
-// process and the host: the layout gets them as text, which is the cheapest that it can do.
+// log4cxx: its time has milliseconds, so the pattern adds three zeros. It has no pattern for the process and
+// the host: the layout gets them as text, which is the cheapest that it can do. Its asynchronous queue is
+// always bounded; here it has room for all messages.
 
 #include "Workload.h"
 
@@ -34,8 +35,22 @@ log4cxx::LayoutPtr makeLayout(const std::string& process = std::string()) {
 }
 
 /// An appender that was not told otherwise flushes every line.
+void configure(log4cxx::FileAppender& appender, const Task& task) {
+    appender.setLayout(makeLayout());
+    appender.setFile(task.file());
+    appender.setEncoding("UTF-8"); // the one encoding that copies the text as it is
+}
+
+void openFile(log4cxx::FileAppender& appender) {
+    log4cxx::helpers::Pool pool;
+    appender.activateOptions(pool);
+}
+
 log4cxx::AppenderPtr makeFileAppender(const Task& task) {
-    return std::make_shared<log4cxx::FileAppender>(makeLayout(), task.file(), false);
+    auto appender = std::make_shared<log4cxx::FileAppender>();
+    configure(*appender, task);
+    openFile(*appender);
+    return appender;
 }
 
 void attach(const log4cxx::AppenderPtr& appender,
@@ -94,7 +109,7 @@ template <typename MakeCall>
 void measureQueue(const Task& task, MakeCall makeCall) {
     const auto appender = std::make_shared<log4cxx::AsyncAppender>();
     appender->addAppender(makeFileAppender(task));
-    appender->setBufferSize(static_cast<int>(ASYNCHRONOUS_MESSAGES * 2));
+    appender->setBufferSize(static_cast<int>(asynchronousMessages(task)));
     attach(appender);
     measureAsynchronous(task, makeCall, task.file());
 }
@@ -109,12 +124,10 @@ void asynchronousSharedLogger(const Task& task) {
 
 void rotation(const Task& task) {
     const auto appender = std::make_shared<log4cxx::rolling::RollingFileAppender>();
-    appender->setLayout(makeLayout());
-    appender->setFile(task.file());
+    configure(*appender, task);
     appender->setMaximumFileSize(ROTATION_BYTES);
     appender->setMaxBackupIndex(static_cast<int>(ROTATION_FILES - 1));
-    log4cxx::helpers::Pool pool;
-    appender->activateOptions(pool);
+    openFile(*appender);
     attach(appender);
     measureRotation(task, callOfSharedLogger);
 }

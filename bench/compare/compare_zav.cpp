@@ -3,16 +3,13 @@
 #include "Workload.h"
 
 #include "log/LogLine.h"
+#include "log/LogMacros.h"
 #include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
 #include "zav-util/TimeUtils.h"
-
-#if __has_include("log/LogMacros.h")
-#include "log/LogMacros.h"
-#endif
 
 #include <cstdint>
 #include <string>
@@ -101,6 +98,14 @@ void rejectedFunction(const Task& task) {
     measureRejected(task, callOfOwnLogger);
 }
 
+void rejectedMacro(const Task& task) {
+    measureRejected(task, [](std::size_t thread) {
+        return [&logger = LoggerFactory::getLogger(SampleLine::ownLoggerName(thread))](std::size_t id) {
+            ZAV_LOG_INFO(logger, "user " << id << " left");
+        };
+    });
+}
+
 template <typename MakeCall>
 void measureFile(const Task& task, MakeCall makeCall) {
     const Library library(fileProperties(task));
@@ -174,40 +179,18 @@ void renderingWithProcess(const Task& task) {
     measureFormat(task, SampleLine::patternWithProcess(), ZAV::Log::formatLogLineWithProcess);
 }
 
-Workloads workloads() {
-    return {{"rejected-function", rejectedFunction},
-            {"sync-own", ownLoggers},
-            {"sync-shared", sharedLogger},
-            {"async-own", asynchronousOwnLoggers},
-            {"async-shared", asynchronousSharedLogger},
-            {"rotation", rotation},
-            {"rendering", rendering},
-            {"rendering-process", renderingWithProcess},
-            {"reopen", reopenedFile}};
-}
-
-#if defined(ZAV_LOG_INFO)
-void rejectedMacro(const Task& task) {
-    measureRejected(task, [](std::size_t thread) {
-        return [&logger = LoggerFactory::getLogger(SampleLine::ownLoggerName(thread))](std::size_t id) {
-            ZAV_LOG_INFO(logger, "user " << id << " left");
-        };
-    });
-}
-
-Workloads workloadsWithMacro() {
-    Workloads all = workloads();
-    all["rejected-macro"] = rejectedMacro;
-    return all;
-}
-#else
-Workloads workloadsWithMacro() {
-    return workloads();
-}
-#endif
-
 } // namespace
 
 int main(int argc, char** argv) {
-    return runWorkloads(argc, argv, workloadsWithMacro());
+    return runWorkloads(argc, argv,
+                        {{"rejected-function", rejectedFunction},
+                         {"rejected-macro", rejectedMacro},
+                         {"sync-own", ownLoggers},
+                         {"sync-shared", sharedLogger},
+                         {"async-own", asynchronousOwnLoggers},
+                         {"async-shared", asynchronousSharedLogger},
+                         {"rotation", rotation},
+                         {"rendering", rendering},
+                         {"rendering-process", renderingWithProcess},
+                         {"reopen", reopenedFile}});
 }

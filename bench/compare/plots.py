@@ -1,80 +1,89 @@
-"""Draws one bar chart per group of tables with gnuplot."""
+"""Draws all groups of rows into one picture with gnuplot."""
 
 import shutil
 import statistics
 import subprocess
 import sys
 
-MISSING = "?"
+from report import measured_groups
+from rows import LIMITS, LOGGERS, name_of
 
-SCRIPT = """\
-set terminal svg size 1000,500 background "white"
-set output "{name}.svg"
-set title "{title}"
-set ylabel "{unit}"
+COLUMNS = 2
+PANEL_WIDTH = 660
+PANEL_HEIGHT = 340
+
+COLORS = {LIMITS: "#bbbbbb", "zav": "#c03028", "spdlog": "#4477aa", "log4cplus": "#66ccee", "log4cxx": "#228833",
+          "glog": "#ccbb44", "boost": "#aa3377"}
+
+HEAD = """\
+set terminal svg size {width},{height} font "sans-serif,11" background "white"
+set output "comparison.svg"
+set multiplot layout {lines},{columns}
 set datafile separator tab
 set datafile missing "?"
 set style data histogram
 set style histogram errorbars gap 2 linewidth 1
-set style fill solid 0.8 border -1
-set key outside right
+set style fill solid 0.9 border -1
+set key outside right center
 set grid ytics
-set xtics noenhanced
+set xtics nomirror
+"""
+
+PANEL = """
+set title "{title}"
+set ylabel "{unit}"
 {scale}
-plot {curves}
+plot {bars}
 """
 
 
-def write_plots(folder, tables, loggers, results):
+def write_plot(folder, results):
     """The bars are medians; the error bars go from the lowest to the highest round."""
-    for group in dict.fromkeys(table.group for table in tables):
-        members = [table for table in tables if table.group == group]
-        shown = [logger for logger in loggers if any(results.of(logger, table.figure) for table in members)]
-        if shown:
-            write_plot(folder, group.replace(" ", "-"), members, shown, results)
-
-
-def write_plot(folder, name, tables, loggers, results):
-    rows = [[label(table)] + cells(table, loggers, results) for table in tables]
-    (folder / (name + ".dat")).write_text("\n".join("\t".join(row) for row in rows) + "\n", encoding="utf-8")
-    script = SCRIPT.format(name=name, title=name, unit=tables[0].unit, scale=scale(tables, loggers, results),
-                           curves=curves(name, loggers))
-    (folder / (name + ".gp")).write_text(script, encoding="utf-8")
-    if shutil.which("gnuplot") is None:
-        print("%s.svg is left out: gnuplot is not installed" % name, file=sys.stderr)
+    groups = list(measured_groups(results))
+    if not groups:
         return
-    subprocess.run(["gnuplot", name + ".gp"], cwd=folder, check=True)
+    lines = -(-len(groups) // COLUMNS)
+    script = HEAD.format(width=COLUMNS * PANEL_WIDTH, height=lines * PANEL_HEIGHT, lines=lines, columns=COLUMNS)
+    for index, group in enumerate(groups):
+        script += panel("comparison%d.dat" % index, folder, group, results)
+    (folder / "comparison.gp").write_text(script, encoding="utf-8")
+    if shutil.which("gnuplot") is None:
+        print("The plot is left out: gnuplot is not installed", file=sys.stderr)
+        return
+    subprocess.run(["gnuplot", "comparison.gp"], cwd=folder, check=True)
 
 
-def label(table):
-    threads = table.figure.task.threads
-    form = {"own": ", own loggers", "shared": ", one logger", "function": ", function", "macro": ", macro",
-            "process": ", with process"}
-    suffix = form.get(table.figure.task.workload.rpartition("-")[2], "")
-    return "%d thread%s%s" % (threads, "s" if threads > 1 else "", suffix)
+def panel(data, folder, group, results):
+    figures = {LIMITS: [row.limit for row in group.rows]}
+    figures.update({logger: [row.figure for row in group.rows] for logger in LOGGERS})
+    shown = [program for program in figures if any(results.of(program, measured) for measured in figures[program])]
+    lines = []
+    for index, row in enumerate(group.rows):
+        cells = [cell for program in shown for cell in bar(results.of(program, figures[program][index]))]
+        lines.append("\t".join(['"%s"' % row.label.replace(", ", "\\n")] + cells))
+    (folder / data).write_text("\n".join(lines) + "\n", encoding="utf-8")
+    values = [value for program in shown for measured in figures[program] for value in results.of(program, measured)]
+    return PANEL.format(title=group.title, unit=group.unit, scale=scale(values), bars=bars(data, shown))
 
 
-def cells(table, loggers, results):
-    texts = []
-    for logger in loggers:
-        values = results.of(logger, table.figure)
-        texts += ["%g" % value for value in (statistics.median(values), min(values), max(values))] if values \
-            else [MISSING] * 3
-    return texts
+def bar(values):
+    if not values:
+        return ["?"] * 3
+    return ["%g" % value for value in (statistics.median(values), min(values), max(values))]
 
 
-def scale(tables, loggers, results):
+def scale(values):
     """Where the slowest takes thirty times as long as the fastest, only a logarithmic scale shows both."""
-    values = [value for table in tables for logger in loggers for value in results.of(logger, table.figure)]
     if max(values) < 30 * min(values):
-        return "set yrange [0:*]"
+        return "unset logscale y\nset yrange [0:*]"
     return "set logscale y\nset yrange [%g:*]" % (min(values) / 2)
 
 
-def curves(name, loggers):
+def bars(data, shown):
     parts = []
-    for index, logger in enumerate(loggers):
+    for index, program in enumerate(shown):
         column = 2 + 3 * index
         labels = ":xtic(1)" if index == 0 else ""
-        parts.append('"%s.dat" using %d:%d:%d%s title "%s"' % (name, column, column + 1, column + 2, labels, logger))
+        parts.append('"%s" using %d:%d:%d%s title "%s" linecolor rgb "%s"'
+                     % (data, column, column + 1, column + 2, labels, name_of(program), COLORS[program]))
     return ", \\\n     ".join(parts)
