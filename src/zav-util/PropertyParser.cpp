@@ -61,7 +61,7 @@ void PropertyParser::parseLine(const std::string& line, Properties& properties) 
 }
 
 std::string PropertyParser::parseKey(const std::string& piece) const {
-    const std::string key = trim(piece);
+    std::string key = trim(piece);
     if (key.empty()) {
         reject("no key");
     }
@@ -72,7 +72,7 @@ std::string PropertyParser::parseKey(const std::string& piece) const {
 }
 
 std::string PropertyParser::parseValue(const std::string& piece) const {
-    const std::string value = trim(piece);
+    std::string value = trim(piece);
     if (value.empty()) {
         reject("no value");
     }

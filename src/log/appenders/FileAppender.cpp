@@ -17,7 +17,7 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-constexpr std::size_t LARGEST_KEPT_LINE = 64 * 1024;
+constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
 
 /// So that an index is always one digit.
 constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;

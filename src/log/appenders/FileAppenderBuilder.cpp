@@ -32,9 +32,9 @@ std::uint64_t bytesPer(const std::string& unit) {
         return 1024;
     }
     if (unit == "MB") {
-        return 1024 * 1024;
+        return std::uint64_t{1024} * 1024;
     }
-    return unit == "GB" ? 1024 * 1024 * 1024 : 1;
+    return unit == "GB" ? std::uint64_t{1024} * 1024 * 1024 : 1;
 }
 
 TimeUnit toTimeUnit(const std::string& unit) {

@@ -25,7 +25,7 @@ private:
     std::string dir_ = ".";
     std::string file_; ///< the appender's name unless it is configured
     std::uint64_t fileNumber_ = 3;
-    std::uint64_t fileMaxSize_ = 10 * 1024 * 1024; ///< bytes
+    std::uint64_t fileMaxSize_ = std::uint64_t{10} * 1024 * 1024; ///< bytes
     Util::TimeUtils::Time fileMaxLifetime_ = Util::TimeUtils::Time(1, Util::TimeUtils::DAY);
 };
 

@@ -9,8 +9,8 @@ namespace Log {
 
 namespace {
 
-constexpr std::size_t SMALLEST_BLOCK = 4 * 1024;
-constexpr std::size_t LARGEST_BLOCK = 64 * 1024; // but for a message that is larger itself
+constexpr std::size_t SMALLEST_BLOCK = std::size_t{4} * 1024;
+constexpr std::size_t LARGEST_BLOCK = std::size_t{64} * 1024; // but for a message that is larger itself
 
 /// What a packed message begins with; the three strings follow it, in the order of their lengths here.
 struct Header {
