@@ -33,9 +33,9 @@ void AppenderRegistry::registerAppender(Appender* appender) {
     std::unique_ptr<Appender> owned(appender);
     const ScopedLock lock(createdAppendersLock_);
     if (hasAppender(appender->getName())) {
-        const LogException duplicate("Appender " + appender->getName() + " has already been registered.");
+        const std::string problem = "Appender " + appender->getName() + " has already been registered.";
         owned.reset();
-        throw duplicate;
+        throw LogException(problem);
     }
     createdAppenders_.push_back(std::move(owned));
     LoggerFactory::getRootLogger().addAppender(appender);
