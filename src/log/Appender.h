@@ -48,7 +48,8 @@ protected:
     /// such a lock.
     ///
     /// It may log, where that finds an end: while another thread is writing through the same logger, the call
-    /// is made when this one has returned to the application. It must not add or remove appenders.
+    /// is made when this one has returned to the application. It must not add or remove appenders or change
+    /// levels.
     /// \throw LogException to have its text reported; any other exception is reported without a text
     virtual void doOutput(const LogMessage& message) = 0;
 

@@ -21,12 +21,11 @@ public:
     /// Called in the thread that issues the command, while the command bus is locked: commands come one at a
     /// time.
     ///
-    /// It may issue further commands, look up loggers that exist and log through them; while another thread
-    /// is writing through that logger, the call is made when the command is delivered. It must not make
-    /// loggers or change their levels or appenders, must not register listeners, and must not call
-    /// `LogManager::init` or `finish`. A listener of "EXCEPTION" must not log to an asynchronous appender
-    /// that fails: each report would bring the next. What it throws ends the delivery and reaches the
-    /// command's issuer.
+    /// It may issue further commands, look up and make loggers and log through them; while another thread is
+    /// writing through that logger, the call is made when the command is delivered. It must not change levels
+    /// or appenders of loggers, must not register listeners, and must not call `LogManager::init` or
+    /// `finish`. A listener of "EXCEPTION" must not log to an asynchronous appender that fails: each report
+    /// would bring the next. What it throws ends the delivery and reaches the command's issuer.
     virtual void onCommand(const std::string& argument) = 0;
 };
 

@@ -99,24 +99,35 @@ bool Logger::lockFrom(const LoggingScope& scope) {
     return true;
 }
 
-// Settings, which spread to the subtree
+// Settings, which spread to the subtree: a setting changes and the children are listed in one step, so that a
+// child that is made meanwhile either inherits the change or hears of it, and never both.
 
 void Logger::setLevel(Level::LogLevel level, bool notify) {
     if (notify) {
         LogManager::command("DynamicLogLevelFilterSoft", Level::toString(level));
     }
     const ScopedLock lock(criticalSection_);
-    level_.store(level, std::memory_order_relaxed);
+    std::vector<Logger*> children;
+    {
+        const ScopedLock treeLock(treeLock_);
+        level_.store(level, std::memory_order_relaxed);
+        children = getChildren();
+    }
     levelSetTime_ = Time::now();
-    for (Logger* const child : getChildren()) {
+    for (Logger* const child : children) {
         child->setLevel(level, false);
     }
 }
 
 void Logger::setExpirationTime(const Time& duration) {
     const ScopedLock lock(criticalSection_);
-    expirationTime_ = duration;
-    for (Logger* const child : getChildren()) {
+    std::vector<Logger*> children;
+    {
+        const ScopedLock treeLock(treeLock_);
+        expirationTime_ = duration;
+        children = getChildren();
+    }
+    for (Logger* const child : children) {
         child->setExpirationTime(duration);
     }
 }
@@ -128,16 +139,26 @@ Time Logger::getExpirationTime() const {
 
 void Logger::addAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
-    appenders_.push_back(appender);
-    for (Logger* const child : getChildren()) {
+    std::vector<Logger*> children;
+    {
+        const ScopedLock treeLock(treeLock_);
+        appenders_.push_back(appender);
+        children = getChildren();
+    }
+    for (Logger* const child : children) {
         child->addAppender(appender);
     }
 }
 
 void Logger::removeAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
-    appenders_.remove(appender);
-    for (Logger* const child : getChildren()) {
+    std::vector<Logger*> children;
+    {
+        const ScopedLock treeLock(treeLock_);
+        appenders_.remove(appender);
+        children = getChildren();
+    }
+    for (Logger* const child : children) {
         child->removeAppender(appender);
     }
 }
@@ -149,7 +170,8 @@ Logger::Logger(Logger* parent, const std::string& shortName)
     if (parent_ == nullptr) {
         return;
     }
-    // A child is only made by its parent, which holds its own lock meanwhile.
+    // The parent, which makes the child, holds its `treeLock_` meanwhile: that is enough to read what changes
+    // under both of its locks.
     parent_->criticalSection_.assumeExclusive();
     level_.store(parent_->getLevel(), std::memory_order_relaxed);
     expirationTime_ = parent_->expirationTime_;
@@ -193,8 +215,13 @@ const Logger* Logger::findLogger(const std::string& path) const {
 }
 
 std::vector<std::string> Logger::getLoggerNames() const {
+    std::vector<Logger*> children;
+    {
+        const ScopedLock lock(treeLock_);
+        children = getChildren();
+    }
     std::vector<std::string> names;
-    for (const Logger* const child : getChildren()) {
+    for (const Logger* const child : children) {
         names.push_back(child->getName());
         const std::vector<std::string> below = child->getLoggerNames();
         names.insert(names.end(), below.begin(), below.end());
@@ -203,30 +230,23 @@ std::vector<std::string> Logger::getLoggerNames() const {
 }
 
 Logger& Logger::getChild(const std::string& shortName) {
-    Logger* const child = findChild(shortName);
-    return child == nullptr ? createChild(shortName) : *child;
-}
-
-/// The lock keeps what the child copies from changing until the child is there to hear of changes.
-Logger& Logger::createChild(const std::string& shortName) {
-    const ScopedLock lock(criticalSection_);
-    if (Logger* const madeMeanwhile = findChild(shortName)) {
-        return *madeMeanwhile;
+    const ScopedLock lock(treeLock_);
+    const auto entry = children_.find(shortName);
+    if (entry != children_.end()) {
+        return *entry->second;
     }
     Children::mapped_type child(new Logger(this, shortName));
-    const ScopedLock childrenLock(childrenLock_);
     return *children_.emplace(shortName, std::move(child)).first->second;
 }
 
 Logger* Logger::findChild(const std::string& shortName) const {
-    const ScopedLock lock(childrenLock_);
+    const ScopedLock lock(treeLock_);
     const auto entry = children_.find(shortName);
     return entry == children_.end() ? nullptr : entry->second.get();
 }
 
 std::vector<Logger*> Logger::getChildren() const {
     std::vector<Logger*> children;
-    const ScopedLock lock(childrenLock_);
     children.reserve(children_.size());
     for (const auto& child : children_) {
         children.push_back(child.second.get());

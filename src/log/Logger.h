@@ -26,7 +26,7 @@ class LoggingScope;
 /// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree at that
 /// moment, and a new logger copies them from its parent; a logging call asks this logger alone. All
 /// operations may be called from any thread. Locks are taken from a parent to its children, never the other
-/// way. A look-up of a logger that exists never waits for one that is writing.
+/// way. Looking a logger up, and making one, never waits for a logger that is writing.
 class Logger {
 public:
     Logger(const Logger&) = delete;
@@ -128,24 +128,25 @@ private:
     const Logger* findLogger(const std::string& path) const;
     std::vector<std::string> getLoggerNames() const;
     Logger& getChild(const std::string& shortName);
-    Logger& createChild(const std::string& shortName);
     Logger* findChild(const std::string& shortName) const;
-    std::vector<Logger*> getChildren() const;
+    std::vector<Logger*> getChildren() const ZAV_LOG_REQUIRES(treeLock_);
 
     Logger* const parent_;
     std::string name_; ///< never changes after the construction
     /// Written under the lock, read without it.
     std::atomic<Level::LogLevel> level_;
-    Util::TimeUtils::Time expirationTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Util::TimeUtils::Time levelSetTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    // Inherited by new children: they change under both locks, so that either one is enough to read them.
+    Util::TimeUtils::Time expirationTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     std::list<Appender*> appenders_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    /// Held while a message is dispatched, while a setting changes and spreads, and while a child is made.
+    /// Held while a message is dispatched, and while a setting changes and spreads.
     mutable Platform::CriticalSection criticalSection_;
 
-    /// Taken after `criticalSection_` or alone, and only for a look: nothing is waited for while it is held.
-    mutable Platform::CriticalSection childrenLock_;
+    /// Guards the children and what a new one inherits. Nothing is waited for while it is held, so that
+    /// loggers can be looked up and made from anywhere, also from inside an appender or a listener.
+    mutable Platform::CriticalSection treeLock_;
     /// By the short name: one component of the dotted name. None is removed.
-    Children children_ ZAV_LOG_GUARDED_BY(childrenLock_);
+    Children children_ ZAV_LOG_GUARDED_BY(treeLock_);
 };
 
 } // namespace Log

@@ -23,7 +23,6 @@ public:
     /// \return the root logger, whose name is "root"; it lives until the process ends
     static Logger& getRootLogger();
 
-    /// Waits for a logger that is writing only if a child of it has to be made.
     /// \return the logger with that dotted name, made together with its missing ancestors if need be
     static Logger& getLogger(const std::string& name);
 
