@@ -21,6 +21,7 @@ public:
 
     /// \param name unique among the appenders; a name that no command has
     /// \param synchronous whether to write in the thread that logs
+    /// \param filters asked in their order; without one every message is written
     explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
 
     /// Unregisters every command listener whose command name equals the appender's name.
@@ -30,8 +31,7 @@ public:
 
     const std::string& getName() const noexcept { return name_; }
 
-    /// \return true if messages are written in the thread that logs; false if they go through the queue of
-    /// the
+    /// \return true if messages are written in the thread that logs; false if they go through the queue of the
     ///         asynchronous dispatcher, which serves the appenders of the configuration only
     bool isSynchronous() const noexcept { return synchronous_; }
 
@@ -43,11 +43,12 @@ public:
     void output(const LogMessage& message);
 
 protected:
-    /// Writes one message. Called by any number of threads at once, each holding the lock of the logger that
-    /// logged the message.
+    /// Writes one message. A synchronous appender is called by any number of threads at once, each holding
+    /// the lock of the logger that logged the message; an asynchronous one by one thread at a time, without
+    /// such a lock.
     ///
-    /// It may log through other loggers or, where that finds an end, through the same one. It must not add or
-    /// remove appenders.
+    /// It may log, where that finds an end: while another thread is writing through the same logger, the call
+    /// is made when this one has returned to the application. It must not add or remove appenders.
     /// \throw LogException to have its text reported; any other exception is reported without a text
     virtual void doOutput(const LogMessage& message) = 0;
 

@@ -1,9 +1,14 @@
 #include "log/CommandListener.h"
 
+#include "log/commands/CommandBus.h"
+
 namespace ZAV {
 namespace Log {
 
-CommandListener::~CommandListener() = default;
+/// A net under listeners that are destroyed while they are registered.
+CommandListener::~CommandListener() {
+    CommandBus::instance().unregisterListener(this);
+}
 
 } // namespace Log
 } // namespace ZAV

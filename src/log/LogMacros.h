@@ -5,17 +5,17 @@
 ///
 ///     ZAV_LOG_INFO(logger, "user " << id << " left");
 ///
-/// Nothing of the expression is evaluated when the logger's level is above the message's; otherwise the
-/// logger and the expression are evaluated once. A macro is one statement, also in an unbraced `if` with an
+/// The logger is evaluated once. Nothing of the expression is evaluated when the logger's level is above the
+/// message's; otherwise it is evaluated once, too. A macro is one statement, also in an unbraced `if` with an
 /// `else`.
 ///
 /// `ZAV_LOG_ACTIVE_LEVEL`, defined before this header is included, removes the calls below a level from the
-/// program: 60 keeps `AUDIT` alone, 50 adds `ERROR`, and so on by tens down to 10, the default, for all.
+/// program, logger and all: 60 keeps `AUDIT` alone, 50 adds `ERROR`, and so on by tens down to 10, the
+/// default, for all.
 
 #include "log/Level.h"
 #include "log/Logger.h"
-
-#include <sstream>
+#include "log/MessageStream.h"
 
 #if !defined(ZAV_LOG_ACTIVE_LEVEL)
 #define ZAV_LOG_ACTIVE_LEVEL 10
@@ -28,9 +28,9 @@
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \
             ::ZAV::Log::Logger& zavLogLogger = (logger);                                                     \
             if (zavLogLogger.isLoggable(static_cast<::ZAV::Log::Level::LogLevel>(level))) {                  \
-                ::std::ostringstream zavLogText;                                                             \
-                zavLogText << expression;                                                                    \
-                zavLogLogger.operation(zavLogText.str(), __LINE__, __FILE__);                                \
+                ::ZAV::Log::MessageStream zavLogMessage;                                                     \
+                zavLogMessage.stream() << expression;                                                        \
+                zavLogMessage.logTo(zavLogLogger, &::ZAV::Log::Logger::operation, __LINE__, __FILE__);       \
             }                                                                                                \
         }                                                                                                    \
     } while (false)

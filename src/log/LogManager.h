@@ -19,7 +19,8 @@ namespace LogManager {
 
 /// Sets the loggers, the appenders and the asynchronous dispatcher up as the properties say.
 ///
-/// Calls of `init` and `finish` must not overlap; other threads may log meanwhile.
+/// Calls of `init` and `finish` must not overlap; other threads may log meanwhile. A bad value of a logger or
+/// of the dispatcher is reported on the standard error stream and leaves its setting as it was.
 /// \return false if the library is set up already; the properties are then ignored
 /// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
 ///        arrives, and a later `init` may succeed.
@@ -32,14 +33,18 @@ ZAV_LOG_API bool init(const std::string& fileName);
 
 /// Takes down what `init` set up: empties the command bus, stops the consumer thread after the round that it
 /// is in, detaches and destroys the appenders. Loggers and their levels stay. It may be called in any state,
-/// but not from an appender or a command listener.
+/// but not from an appender or a command listener. Messages for asynchronous appenders that are logged while
+/// it runs may stay queued for the next `init`; if none comes, they are shown on the standard error stream
+/// when the process ends.
 ZAV_LOG_API void finish();
 
-/// Registers a listener behind those that the name already has, without a look for duplicates.
+/// Registers a listener behind those that the name already has, without a look for duplicates. It waits for a
+/// command that another thread is delivering, and must not be called from a listener.
 /// \param listener not null, not owned; must live until its name is unregistered or `finish` was called
 ZAV_LOG_API void registerCommandListener(const std::string& name, CommandListener* listener);
 
-/// Removes all listeners of a name; a name without listeners is no error.
+/// Removes all listeners of a name; a name without listeners is no error. Once it returns, no other thread is
+/// calling them.
 ZAV_LOG_API void unregisterCommandListener(const std::string& name);
 
 /// Calls the listeners of a name, in the order of their registration and in the calling thread.

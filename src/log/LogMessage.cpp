@@ -1,12 +1,14 @@
 #include "log/LogMessage.h"
 
+#include <utility>
+
 namespace ZAV {
 namespace Log {
 
-LogMessage::LogMessage(const std::string& loggerName, Util::TimeUtils::Time time, Level::LogLevel level,
-                       const std::string& text, int line, const std::string& file, MessageType type)
-    : loggerName_(loggerName), time_(time), level_(level), text_(text), line_(line), file_(file),
-      type_(type) {}
+LogMessage::LogMessage(std::string loggerName, Util::TimeUtils::Time time, Level::LogLevel level,
+                       std::string text, int line, std::string file, MessageType type)
+    : loggerName_(std::move(loggerName)), time_(time), level_(level), text_(std::move(text)), line_(line),
+      file_(std::move(file)), type_(type) {}
 
 } // namespace Log
 } // namespace ZAV

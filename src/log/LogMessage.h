@@ -10,15 +10,20 @@
 namespace ZAV {
 namespace Log {
 
-/// The record of one logging event. It never changes, so any number of threads may read it.
+/// The record of one logging event. Its fields cannot be set, so any number of threads may read it.
 class ZAV_LOG_API LogMessage {
 public:
     /// \param loggerName full name of the logger; "root" for the root logger
     /// \param time when the logger accepted the event
     /// \param line source line; 0 or less if none is given
     /// \param file source file; empty if none is given
-    LogMessage(const std::string& loggerName, Util::TimeUtils::Time time, Level::LogLevel level,
-               const std::string& text, int line, const std::string& file, MessageType type);
+    LogMessage(std::string loggerName, Util::TimeUtils::Time time, Level::LogLevel level, std::string text,
+               int line, std::string file, MessageType type);
+
+    LogMessage(const LogMessage&) = default;
+    LogMessage(LogMessage&&) noexcept = default;
+    LogMessage& operator=(const LogMessage&) = delete;
+    ~LogMessage() = default;
 
     const std::string& getLoggerName() const noexcept { return loggerName_; }
     Util::TimeUtils::Time getTime() const noexcept { return time_; }

@@ -5,7 +5,7 @@
 #include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/commands/DeferredCalls.h"
+#include "log/commands/LoggingScope.h"
 
 #include <exception>
 #include <utility>
@@ -20,8 +20,9 @@ using Util::TimeUtils::Time;
 // The road of a message
 
 void Logger::logLoggable(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
-    if (!lockUnlessDeliveringCommand()) {
-        DeferredCalls::add([this, level, text, line, file] { log(level, text, line, file); });
+    LoggingScope scope;
+    if (!lockFrom(scope)) {
+        scope.defer([this, level, text, line, file] { log(level, text, line, file); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -36,8 +37,9 @@ void Logger::logLoggable(Level::LogLevel level, const std::string& text, int lin
 }
 
 void Logger::config(const ConfigurationMessage& message) {
-    if (!lockUnlessDeliveringCommand()) {
-        DeferredCalls::add([this, message] { config(message); });
+    LoggingScope scope;
+    if (!lockFrom(scope)) {
+        scope.defer([this, message] { config(message); });
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -56,12 +58,14 @@ void Logger::dispatchMessage(std::unique_ptr<const LogMessage> message) {
         try {
             appender->output(*message);
         } catch (...) {
-            // A listener that fails on one appender's report must not keep the message from the others.
-            exception = std::current_exception();
+            // A listener or a filter that throws for one appender must not keep the message from the others.
+            if (!exception) {
+                exception = std::current_exception();
+            }
         }
     }
     if (hasAsynchronousAppender) {
-        AsynchronousDispatcher::instance().enqueue(std::move(message));
+        AsynchronousDispatcher::instance().enqueue(*message);
     }
     if (exception) {
         std::rethrow_exception(exception);
@@ -73,14 +77,12 @@ bool Logger::isExpired(Time now) const {
            now > levelSetTime_ + expirationTime_;
 }
 
-/// Takes the lock. Gives false, without it, if a command listener logs and another thread holds the lock:
-/// that thread may be waiting for the command bus, which the listener's thread holds.
-bool Logger::lockUnlessDeliveringCommand() {
-    if (criticalSection_.tryLock()) {
-        return true;
-    }
-    if (DeferredCalls::areCollected()) {
-        return false;
+/// \return false, without a wait, if the call comes from an appender or a listener and another thread holds
+/// the
+///         lock
+bool Logger::lockFrom(const LoggingScope& scope) {
+    if (scope.isNested()) {
+        return criticalSection_.tryLock();
     }
     criticalSection_.lock();
     return true;
@@ -95,16 +97,16 @@ void Logger::setLevel(Level::LogLevel level, bool notify) {
     const ScopedLock lock(criticalSection_);
     level_.store(level, std::memory_order_relaxed);
     levelSetTime_ = Time::now();
-    for (const auto& child : children_) {
-        child.second->setLevel(level, false);
+    for (Logger* const child : getChildren()) {
+        child->setLevel(level, false);
     }
 }
 
 void Logger::setExpirationTime(const Time& duration) {
     const ScopedLock lock(criticalSection_);
     expirationTime_ = duration;
-    for (const auto& child : children_) {
-        child.second->setExpirationTime(duration);
+    for (Logger* const child : getChildren()) {
+        child->setExpirationTime(duration);
     }
 }
 
@@ -116,16 +118,16 @@ Time Logger::getExpirationTime() const {
 void Logger::addAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
     appenders_.push_back(appender);
-    for (const auto& child : children_) {
-        child.second->addAppender(appender);
+    for (Logger* const child : getChildren()) {
+        child->addAppender(appender);
     }
 }
 
 void Logger::removeAppender(Appender* appender) {
     const ScopedLock lock(criticalSection_);
     appenders_.remove(appender);
-    for (const auto& child : children_) {
-        child.second->removeAppender(appender);
+    for (Logger* const child : getChildren()) {
+        child->removeAppender(appender);
     }
 }
 
@@ -145,11 +147,6 @@ Logger::Logger(Logger* parent, const std::string& shortName)
     if (!parentIsRoot) {
         name_ = parent_->name_ + "." + shortName;
     }
-}
-
-Logger::~Logger() {
-    const ScopedLock lock(criticalSection_);
-    children_.clear();
 }
 
 namespace {
@@ -172,13 +169,11 @@ SplitPath splitAtFirstDot(const std::string& path) {
 
 Logger& Logger::getLogger(const std::string& path) {
     const SplitPath split = splitAtFirstDot(path);
-    const ScopedLock lock(criticalSection_);
     return split.hasDot ? getChild(split.head).getLogger(split.rest) : getChild(path);
 }
 
 const Logger* Logger::findLogger(const std::string& path) const {
     const SplitPath split = splitAtFirstDot(path);
-    const ScopedLock lock(criticalSection_);
     if (split.head.empty()) {
         return findChild(split.rest);
     }
@@ -188,27 +183,44 @@ const Logger* Logger::findLogger(const std::string& path) const {
 
 std::vector<std::string> Logger::getLoggerNames() const {
     std::vector<std::string> names;
-    const ScopedLock lock(criticalSection_);
-    for (const auto& child : children_) {
-        names.push_back(child.second->getName());
-        const std::vector<std::string> below = child.second->getLoggerNames();
+    for (const Logger* const child : getChildren()) {
+        names.push_back(child->getName());
+        const std::vector<std::string> below = child->getLoggerNames();
         names.insert(names.end(), below.begin(), below.end());
     }
     return names;
 }
 
 Logger& Logger::getChild(const std::string& shortName) {
-    const auto entry = children_.find(shortName);
-    if (entry != children_.end()) {
-        return *entry->second;
+    Logger* const child = findChild(shortName);
+    return child == nullptr ? createChild(shortName) : *child;
+}
+
+/// The lock keeps what the child copies from changing until the child is there to hear of changes.
+Logger& Logger::createChild(const std::string& shortName) {
+    const ScopedLock lock(criticalSection_);
+    if (Logger* const madeMeanwhile = findChild(shortName)) {
+        return *madeMeanwhile;
     }
-    std::unique_ptr<Logger> child(new Logger(this, shortName));
+    Children::mapped_type child(new Logger(this, shortName));
+    const ScopedLock childrenLock(childrenLock_);
     return *children_.emplace(shortName, std::move(child)).first->second;
 }
 
-const Logger* Logger::findChild(const std::string& shortName) const {
+Logger* Logger::findChild(const std::string& shortName) const {
+    const ScopedLock lock(childrenLock_);
     const auto entry = children_.find(shortName);
     return entry == children_.end() ? nullptr : entry->second.get();
+}
+
+std::vector<Logger*> Logger::getChildren() const {
+    std::vector<Logger*> children;
+    const ScopedLock lock(childrenLock_);
+    children.reserve(children_.size());
+    for (const auto& child : children_) {
+        children.push_back(child.second.get());
+    }
+    return children;
 }
 
 } // namespace Log

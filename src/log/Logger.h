@@ -18,14 +18,15 @@ namespace Log {
 class Appender;
 class ConfigurationMessage;
 class LogMessage;
+class LoggingScope;
 
 /// A node in the tree of named loggers. `LoggerFactory` hands loggers out; references to them stay valid
-/// until the library is unloaded.
+/// until the process ends.
 ///
 /// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree at that
 /// moment, and a new logger copies them from its parent; a logging call asks this logger alone. All
 /// operations may be called from any thread. Locks are taken from a parent to its children, never the other
-/// way.
+/// way. A look-up of a logger that exists never waits for one that is writing.
 class Logger {
 public:
     Logger(const Logger&) = delete;
@@ -42,8 +43,9 @@ public:
 
     /// Logs a message; below the logger's level the call costs one comparison.
     ///
-    /// Synchronous appenders write it before the call returns. Their failures become the command "EXCEPTION"
-    /// and do not reach the caller; what a listener of that command throws does.
+    /// Synchronous appenders write it before the call returns; only a call from an appender or a command
+    /// listener may be made later. Failures of appenders become the command "EXCEPTION" and do not reach the
+    /// caller; what a listener of that command throws does.
     /// \param text written as it is
     /// \param line source line; 0 or less if none is given
     /// \param file source file; empty if none is given
@@ -71,7 +73,8 @@ public:
         log(Level::LEVEL_TRACE, text, line, file);
     }
 
-    /// Logs a configuration message, whatever the logger's level.
+    /// Logs a configuration message: type `CFG`, level `AUDIT`, whatever the logger's level. It is written,
+    /// and its failures are reported, as those of `audit` are.
     ZAV_LOG_API void config(const ConfigurationMessage& message);
 
     /// Sets the level of this logger and of its whole subtree, and starts their expiration anew.
@@ -99,10 +102,15 @@ public:
 
 private:
     friend class LoggerFactory;
-    friend struct std::default_delete<Logger>;
+
+    /// Lets the map of children destroy them, and nobody else.
+    struct Deleter {
+        void operator()(Logger* logger) const { delete logger; }
+    };
+    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>>;
 
     Logger(Logger* parent, const std::string& shortName);
-    ~Logger();
+    ~Logger() = default;
 
     void log(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
         if (isLoggable(level)) {
@@ -114,13 +122,15 @@ private:
                                  const std::string& file);
     void dispatchMessage(std::unique_ptr<const LogMessage> message) ZAV_LOG_REQUIRES(criticalSection_);
     bool isExpired(Util::TimeUtils::Time now) const ZAV_LOG_REQUIRES(criticalSection_);
-    bool lockUnlessDeliveringCommand() ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
+    bool lockFrom(const LoggingScope& scope) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
 
     Logger& getLogger(const std::string& path);
     const Logger* findLogger(const std::string& path) const;
     std::vector<std::string> getLoggerNames() const;
-    Logger& getChild(const std::string& shortName) ZAV_LOG_REQUIRES(criticalSection_);
-    const Logger* findChild(const std::string& shortName) const ZAV_LOG_REQUIRES(criticalSection_);
+    Logger& getChild(const std::string& shortName);
+    Logger& createChild(const std::string& shortName);
+    Logger* findChild(const std::string& shortName) const;
+    std::vector<Logger*> getChildren() const;
 
     Logger* const parent_;
     std::string name_; ///< never changes after the construction
@@ -129,9 +139,13 @@ private:
     Util::TimeUtils::Time expirationTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Util::TimeUtils::Time levelSetTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
     std::list<Appender*> appenders_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    /// Held while a message is dispatched, while a setting changes and spreads, and while a child is made.
     mutable Platform::CriticalSection criticalSection_;
-    /// By the short name: one component of the dotted name.
-    std::map<std::string, std::unique_ptr<Logger>> children_ ZAV_LOG_GUARDED_BY(criticalSection_);
+
+    /// Taken after `criticalSection_` or alone, and only for a look: nothing is waited for while it is held.
+    mutable Platform::CriticalSection childrenLock_;
+    /// By the short name: one component of the dotted name. None is removed.
+    Children children_ ZAV_LOG_GUARDED_BY(childrenLock_);
 };
 
 } // namespace Log

@@ -20,8 +20,10 @@ class ZAV_LOG_API LoggerFactory {
 public:
     LoggerFactory& operator=(const LoggerFactory&) { return *this; }
 
+    /// \return the root logger, whose name is "root"; it lives until the process ends
     static Logger& getRootLogger();
 
+    /// Waits for a logger that is writing only if a child of it has to be made.
     /// \return the logger with that dotted name, made together with its missing ancestors if need be
     static Logger& getLogger(const std::string& name);
 
@@ -38,7 +40,9 @@ public:
     static std::vector<std::string> getLoggerNames();
 
     /// Applies the keys `logger.<name>.level` and `logger.<name>.expiration`, parents before their children.
-    /// A bad value is reported on the standard error stream and leaves its setting as it was.
+    /// A bad value is reported on the standard error stream and leaves its setting as it was. Each level
+    /// issues the command "DynamicLogLevelFilterSoft"; what its listeners throw is reported likewise if it is
+    /// a `std::exception`, and reaches the caller otherwise.
     static void initLoggers(const Util::Properties& properties);
 };
 

@@ -12,7 +12,8 @@ class ZAV_LOG_API MessageFilter {
 public:
     virtual ~MessageFilter();
 
-    /// Called by any number of threads at once. It should not throw: `Appender::output` catches nothing here.
+    /// Called by any number of threads at once. It should not throw: what it throws reaches
+    /// the logging call, or is dropped in the thread that writes asynchronous appenders.
     /// \return true to let the message through
     virtual bool accept(const LogMessage& message) = 0;
 };

@@ -7,7 +7,8 @@ namespace Platform {
 
 /// A recursive lock: the thread that holds it may take it again and releases it as often.
 ///
-/// The system's own lock lives in `storage_`, so that this header pulls in no header of the system.
+/// Not for applications: it can be seen because `Logger` has two. The system's own lock lives in `storage_`,
+/// so that this header pulls in no header of the system.
 class ZAV_LOG_CAPABILITY("critical section") CriticalSection {
 public:
     CriticalSection();

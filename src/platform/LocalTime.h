@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 namespace ZAV {
@@ -14,6 +15,22 @@ struct CalendarTime {
     int minute; ///< 0 to 59
     int second; ///< 0 to 60
 };
+
+/// What the system tells of the process's time zone. While it stays the same, so does the result of
+/// `toLocalTime` for one point in time, but for zones that differ in nothing else than the days on which
+/// daylight-saving time begins or ends.
+struct TimeZone {
+    long offset;                      ///< seconds west of UTC
+    int daylight;                     ///< 0 if the zone never has daylight-saving time
+    std::array<const char*, 2> names; ///< compared by their places: the system keeps one copy of each name
+
+    friend bool operator==(const TimeZone& a, const TimeZone& b) noexcept {
+        return a.offset == b.offset && a.daylight == b.daylight && a.names == b.names;
+    }
+};
+
+/// \return the time zone that the process has at this moment; costs a few memory reads
+TimeZone currentTimeZone() noexcept;
 
 /// Converts a point in time by the time zone that the process has at this moment.
 /// \param seconds seconds since 1970-01-01 00:00:00 UTC

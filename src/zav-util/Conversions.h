@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/PrintfLike.h"
+
 #include <cstdint>
 #include <string>
 
@@ -19,11 +21,7 @@ std::string toString(std::int64_t number);
 
 /// Formats as `printf` does.
 /// \return the formatted text, cut to 1,023 characters
-#if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
-#endif
-std::string
-format(const char* pattern, ...);
+std::string format(const char* pattern, ...) ZAV_LOG_PRINTF_LIKE(1, 2);
 
 } // namespace Util
 } // namespace ZAV

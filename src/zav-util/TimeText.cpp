@@ -2,7 +2,7 @@
 
 #include "platform/LocalTime.h"
 
-#include <cstddef>
+#include <cstring>
 
 namespace ZAV {
 namespace Util {
@@ -27,30 +27,51 @@ char* writeField(char* field, char separator, std::size_t width, int number) {
     return writeDigits(field + 1, width, static_cast<unsigned>(number));
 }
 
-char* writeSeconds(char* field, Time time) {
-    const std::uint64_t seconds = time.microseconds() / MICROSECONDS_PER_SECOND;
+void writeCalendarTime(char* field, std::uint64_t seconds) {
     const Platform::CalendarTime local = Platform::toLocalTime(static_cast<std::int64_t>(seconds));
     field = writeDigits(field, 4, static_cast<unsigned>(local.year));
     field = writeField(field, '.', 2, local.month);
     field = writeField(field, '.', 2, local.day);
     field = writeField(field, ' ', 2, local.hour);
     field = writeField(field, ':', 2, local.minute);
-    return writeField(field, ':', 2, local.second);
+    writeField(field, ':', 2, local.second);
+}
+
+/// The second that a thread rendered last: many messages share one, and its conversion to local time costs as
+/// much as the rest of their lines. It counts only while the process has the same time zone.
+struct RenderedSecond {
+    std::uint64_t seconds;
+    Platform::TimeZone zone;
+    bool isValid;
+    char text[SECONDS_LENGTH];
+};
+
+thread_local RenderedSecond lastSecond{};
+
+const char* textOfSecond(std::uint64_t seconds) {
+    RenderedSecond& last = lastSecond;
+    const Platform::TimeZone zone = Platform::currentTimeZone();
+    if (!last.isValid || last.seconds != seconds || !(last.zone == zone)) {
+        writeCalendarTime(last.text, seconds);
+        last.seconds = seconds;
+        last.zone = zone;
+        // Another thread may have changed the zone while the text was made, which then shows the one or the
+        // other.
+        last.isValid = Platform::currentTimeZone() == zone;
+    }
+    return last.text;
 }
 
 } // namespace
 
-void appendSeconds(std::string& text, Time time) {
-    char field[19];
-    writeSeconds(field, time);
-    text.append(field, sizeof field);
+char* writeSeconds(char* field, Time time) {
+    std::memcpy(field, textOfSecond(time.microseconds() / MICROSECONDS_PER_SECOND), SECONDS_LENGTH);
+    return field + SECONDS_LENGTH;
 }
 
-void appendTime(std::string& text, Time time) {
-    char field[26];
-    char* const end = writeSeconds(field, time);
-    writeField(end, ':', 6, static_cast<int>(time.microseconds() % MICROSECONDS_PER_SECOND));
-    text.append(field, sizeof field);
+char* writeTime(char* field, Time time) {
+    const std::uint64_t microseconds = time.microseconds() % MICROSECONDS_PER_SECOND;
+    return writeField(writeSeconds(field, time), ':', 6, static_cast<int>(microseconds));
 }
 
 } // namespace TimeUtils

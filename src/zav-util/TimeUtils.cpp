@@ -12,15 +12,15 @@ Time Time::now() {
 }
 
 std::string Time::toSecondsString() const {
-    std::string text;
-    appendSeconds(text, *this);
-    return text;
+    char text[SECONDS_LENGTH];
+    writeSeconds(text, *this);
+    return std::string(text, sizeof text);
 }
 
 std::string Time::toString() const {
-    std::string text;
-    appendTime(text, *this);
-    return text;
+    char text[TIME_LENGTH];
+    writeTime(text, *this);
+    return std::string(text, sizeof text);
 }
 
 } // namespace TimeUtils

@@ -34,13 +34,13 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
 }
 
 void append(MessageQueue& queue, const std::string& text) {
-    queue.append(std::make_unique<const LogMessage>(TestSupport::makeMessage(text)));
+    queue.append(TestSupport::makeMessage(text));
 }
 
-std::vector<std::string> textsOf(const MessageQueue::Batch& batch) {
+std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
-    for (const auto& message : batch) {
-        texts.push_back(message->getText());
+    for (MessageBatch::Reader messages(batch); messages.hasNext();) {
+        texts.push_back(messages.next().getText());
     }
     return texts;
 }
@@ -96,7 +96,7 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     none.configure(tuning("1", "3600"));
     append(none, "a");
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
-    EXPECT_THAT(none.close(), IsEmpty());
+    EXPECT_EQ(none.close().size(), 0U);
     MessageQueue all;
     all.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
@@ -108,13 +108,15 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
 TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     MessageQueue queue;
     queue.configure(tuning("4", "3600"));
-    const std::atomic<bool> running{false};
-    const std::atomic<bool> stopped{true};
-    auto batch = std::async(std::launch::async, [&] { return queue.waitForBatch(running); });
+    const std::atomic<bool> stopped{false};
+    auto batch = std::async(std::launch::async, [&] {
+        queue.wait(stopped);
+        return queue.takeBatch();
+    });
     // A notification is lost on a consumer that does not wait yet, so the queue is filled again until one is
     // not; if none ever wakes it, the test hangs.
     do {
-        queue.waitForBatch(stopped);
+        queue.takeBatch();
         append(queue, "a");
         append(queue, "b");
     } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
@@ -143,8 +145,7 @@ protected:
 };
 
 void enqueue(const std::string& text) {
-    AsynchronousDispatcher::instance().enqueue(
-        std::make_unique<const LogMessage>(TestSupport::makeMessage(text)));
+    AsynchronousDispatcher::instance().enqueue(TestSupport::makeMessage(text));
 }
 
 } // namespace
@@ -182,4 +183,16 @@ TEST(AsynchronousDispatcher, DeliversPromptlyWithoutAWaitingPeriod) {
     appender.entered.get_future().wait(); // a hang here is the failure
     dispatcher.unregisterAsynchronousAppender(&appender);
     EXPECT_THAT(appender.texts, ElementsAre("a"));
+}
+
+TEST(AsynchronousDispatcher, LeavesAWaitThatIsLongerThanThoseToCome) {
+    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
+    dispatcher.configure(tuning("1024", "0")); // lets the consumer wait without a limit
+    BlockingAppender appender;
+    appender.released.set_value();
+    dispatcher.registerAsynchronousAppender(&appender);
+    dispatcher.configure(tuning("1024", "1"));
+    enqueue("a");
+    appender.entered.get_future().wait(); // a hang here is the failure
+    dispatcher.unregisterAsynchronousAppender(&appender);
 }

@@ -21,7 +21,7 @@ const char DYNAMIC_LEVEL_COMMAND[] = "DynamicLogLevelFilterSoft";
 /// command that another thread issues meanwhile must not reach a filter that is gone.
 struct UnregisteringDeleter {
     void operator()(FilterLogLevelDynamic* filter) const {
-        CommandBus::instance().unregisterListener(DYNAMIC_LEVEL_COMMAND, filter);
+        CommandBus::instance().unregisterListener(filter);
         delete filter;
     }
 };

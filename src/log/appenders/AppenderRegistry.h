@@ -25,8 +25,9 @@ public:
     void registerFactory(const std::string& className, AbstractAppenderFactory* factory);
 
     /// Puts an appender into service: attaches it to every logger, and to the dispatcher if it is
-    /// asynchronous. \param appender owned from now on \throw LogException if an appender of that name is in
-    /// service; the new one is destroyed by then
+    /// asynchronous.
+    /// \param appender owned from now on
+    /// \throw LogException if an appender of that name is in service; the new one is destroyed by then
     void registerAppender(Appender* appender);
 
     /// Makes every appender that the properties declare by a key "appender.<name>".

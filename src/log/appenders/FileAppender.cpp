@@ -1,7 +1,7 @@
 #include "log/appenders/FileAppender.h"
 
 #include "log/LogException.h"
-#include "log/LogLine.h"
+#include "log/layout/LineLayout.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
 #include "zav-util/Conversions.h"
@@ -39,33 +39,34 @@ void FileAppender::doOutput(const LogMessage& message) {
         const Platform::ScopedLock lock(criticalSection_);
         write(message);
     } else {
-        criticalSection_.assumeExclusive(); // the consumer thread is the only caller
+        criticalSection_.assumeExclusive(); // one thread at a time delivers
         write(message);
     }
 }
 
 void FileAppender::write(const LogMessage& message) {
-    checkStream();
-    std::string line = formatLogLine(message);
+    checkFile();
+    std::string line;
+    appendLogLine(line, message);
     line += '\n';
     prepareFile(currentSize_ + line.size());
     currentSize_ += line.size();
-    outputFileStream_.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
-    checkStream(); // a line that did not reach the file, on a full disk for example, is reported
+    outputFile_.write(line);
+    checkFile(); // a line that did not reach the file, on a full disk for example, is reported
 }
 
-void FileAppender::checkStream() const {
-    if (outputFileStream_.fail()) {
+void FileAppender::checkFile() const {
+    if (outputFile_.hasFailed()) {
         throw LogException("outputFileStream_.fail()");
     }
 }
 
 /// Sees to it that the live file is open and has room for the next line.
 void FileAppender::prepareFile(std::uint64_t newSize) {
-    if (!outputFileStream_.is_open()) {
+    if (!outputFile_.isOpen()) {
         browseFiles();
     } else if (newSize > fileMaxSize_ || isTooOld()) {
-        outputFileStream_.close();
+        outputFile_.close();
     } else {
         return;
     }
@@ -116,8 +117,8 @@ void FileAppender::rotateFiles() {
 
 void FileAppender::openFile() {
     const std::string fileName = file_ + "0";
-    outputFileStream_.open(pathOf(fileName), std::ios::out | std::ios::trunc);
-    if (!outputFileStream_.good()) {
+    outputFile_.open(pathOf(fileName), Platform::OutputFile::TRUNCATE);
+    if (outputFile_.hasFailed()) {
         throw LogException("Unable to open the file: " + pathOf(fileName));
     }
     fileNames_.push_front(fileName);

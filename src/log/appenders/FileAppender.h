@@ -2,11 +2,11 @@
 
 #include "log/Appender.h"
 #include "platform/CriticalSection.h"
+#include "platform/OutputFile.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
 #include <deque>
-#include <fstream>
 
 namespace ZAV {
 namespace Log {
@@ -35,7 +35,7 @@ protected:
 
 private:
     void write(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
-    void checkStream() const ZAV_LOG_REQUIRES(criticalSection_);
+    void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     void prepareFile(std::uint64_t newSize) ZAV_LOG_REQUIRES(criticalSection_);
     bool isTooOld() const ZAV_LOG_REQUIRES(criticalSection_);
     void browseFiles() ZAV_LOG_REQUIRES(criticalSection_);
@@ -53,7 +53,7 @@ private:
     Util::TimeUtils::Time fileMaxLifetime_;
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    std::ofstream outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Platform::OutputFile outputFile_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::CriticalSection criticalSection_; ///< one message at a time
 };
 

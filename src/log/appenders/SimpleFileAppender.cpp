@@ -1,9 +1,8 @@
 #include "log/appenders/SimpleFileAppender.h"
 
 #include "log/LogException.h"
-#include "log/LogLine.h"
-
-#include <fstream>
+#include "log/layout/LineLayout.h"
+#include "platform/OutputFile.h"
 
 namespace ZAV {
 namespace Log {
@@ -17,20 +16,22 @@ void SimpleFileAppender::doOutput(const LogMessage& message) {
         const Platform::ScopedLock lock(criticalSection_);
         append(message);
     } else {
-        criticalSection_.assumeExclusive(); // the consumer thread is the only caller
+        criticalSection_.assumeExclusive(); // one thread at a time delivers
         append(message);
     }
 }
 
 void SimpleFileAppender::append(const LogMessage& message) const {
     const std::string path = dir_ + "/" + file_;
-    std::ofstream stream(path, std::ios::app);
-    if (!stream) {
+    Platform::OutputFile file;
+    file.open(path, Platform::OutputFile::APPEND);
+    if (file.hasFailed()) {
         throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
     }
-    std::string line = formatLogLineWithProcess(message);
+    std::string line;
+    appendLogLineWithProcess(line, message);
     line += '\n';
-    stream.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    file.write(line);
 }
 
 } // namespace Log

@@ -1,6 +1,6 @@
 #include "log/appenders/StdoutAppender.h"
 
-#include "log/LogLine.h"
+#include "log/layout/LineLayout.h"
 
 #include <ostream>
 
@@ -13,7 +13,8 @@ StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const 
 
 /// The line and its end are one write, so that lines of different threads never mix.
 void StdoutAppender::doOutput(const LogMessage& message) {
-    std::string line = formatLogLine(message);
+    std::string line;
+    appendLogLine(line, message);
     line += '\n';
     stream_->write(line.data(), static_cast<std::streamsize>(line.size())).flush();
 }

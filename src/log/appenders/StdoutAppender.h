@@ -7,7 +7,8 @@
 namespace ZAV {
 namespace Log {
 
-/// Writes each message as one flushed line to a standard stream.
+/// Writes each message as one flushed line to a standard stream. It relies on the streams to serialise
+/// writes, which they do as long as the application leaves them synchronised with C's (`sync_with_stdio`).
 class StdoutAppender : public Appender {
 public:
     /// \param stream not owned; it must serialise its writes itself, as the standard streams do

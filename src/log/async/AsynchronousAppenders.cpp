@@ -1,7 +1,7 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
-#include "log/LogMessage.h"
+#include "log/commands/LoggingScope.h"
 
 namespace ZAV {
 namespace Log {
@@ -10,10 +10,13 @@ using Platform::ScopedLock;
 
 namespace {
 
-void deliverTo(Appender& appender, const MessageQueue::Batch& batch) {
-    for (const boost::shared_ptr<const LogMessage>& message : batch) {
+/// Each appender has the messages made anew: it is given the whole batch before the next one is, and all of
+/// them at once would take several times the memory.
+void deliverTo(Appender& appender, const MessageBatch& batch) {
+    MessageBatch::Reader messages(batch);
+    while (messages.hasNext()) {
         try {
-            appender.output(*message);
+            appender.output(messages.next());
         } catch (...) {
             // Thrown by a listener that was just told of a failed write: it must not end the consumer thread,
             // and with it the log.
@@ -35,7 +38,8 @@ bool AsynchronousAppenders::remove(Appender* appender) {
     return asynchronousAppenders_.empty();
 }
 
-bool AsynchronousAppenders::deliver(const MessageQueue::Batch& batch) {
+bool AsynchronousAppenders::deliver(const MessageBatch& batch) {
+    const LoggingScope scope;
     const ScopedLock lock(appendersLock_);
     for (Appender* const appender : asynchronousAppenders_) {
         deliverTo(*appender, batch);

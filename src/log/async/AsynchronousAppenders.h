@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/MessageQueue.h"
+#include "log/async/MessageBatch.h"
 #include "platform/CriticalSection.h"
 
 #include <list>
@@ -22,8 +22,9 @@ public:
     bool remove(Appender* appender);
 
     /// Gives every message of the batch to the first appender, then to the next, and so on. Nothing is
-    /// thrown. \return false if there is no appender
-    bool deliver(const MessageQueue::Batch& batch);
+    /// thrown: what a command listener throws at a report is dropped.
+    /// \return false if there is no appender
+    bool deliver(const MessageBatch& batch);
 
 private:
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery

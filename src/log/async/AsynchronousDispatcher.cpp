@@ -1,11 +1,9 @@
 #include "log/async/AsynchronousDispatcher.h"
 
-#include "log/LogMessage.h"
-#include "log/commands/DeferredCalls.h"
+#include "log/commands/CommandBus.h"
+#include "log/commands/LoggingScope.h"
 #include "platform/Process.h"
 #include "platform/ProcessLifetime.h"
-
-#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -53,8 +51,8 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
-void AsynchronousDispatcher::enqueue(std::unique_ptr<const LogMessage> message) {
-    queue_.append(std::move(message));
+void AsynchronousDispatcher::enqueue(const LogMessage& message) {
+    queue_.append(message);
 }
 
 void AsynchronousDispatcher::stop() {
@@ -68,6 +66,8 @@ void AsynchronousDispatcher::stopConsumer() {
     const bool runsInThisProcess = consumerProcess_ == Platform::processId();
     if (runsInThisProcess) {
         consumerThread_->stop();
+    } else {
+        queue_.takeBatch(); // what was queued before the fork is the parent's to write
     }
     consumerThread_ = nullptr;
 }
@@ -78,24 +78,26 @@ bool AsynchronousDispatcher::isInForkedChild() {
     return consumerProcess_ != 0 && consumerProcess_ != Platform::processId();
 }
 
-/// Writes what is still queued when the process ends without `LogManager::finish`.
+/// Writes what is still queued when the process ends without `LogManager::finish`. The listeners, which
+/// belong to the application, may be gone by now.
 ///
-/// A thread that ends the process from inside a command listener holds the command bus, for which the
-/// consumer may be waiting; there the messages are shown on the standard error stream instead.
+/// A thread that ends the process from inside an appender or a listener holds locks that the consumer may be
+/// waiting for; there the messages are shown on the standard error stream instead.
 void AsynchronousDispatcher::endWithProcess() noexcept {
     if (isInForkedChild()) {
         return;
     }
-    const bool mayWait = !DeferredCalls::areCollected();
+    const bool mayWait = !LoggingScope::isOpen();
     if (mayWait) {
+        CommandBus::instance().clearCommandListeners();
         stop();
     }
-    const MessageQueue::Batch batch = queue_.close();
+    MessageBatch batch = queue_.close();
     if (mayWait && appenders_.deliver(batch)) {
         return;
     }
-    for (const boost::shared_ptr<const LogMessage>& message : batch) {
-        MessageQueue::discard(*message);
+    while (batch.size() > 0) {
+        MessageQueue::discard(batch.removeFront());
     }
 }
 

@@ -5,8 +5,6 @@
 #include "log/async/MessageQueue.h"
 #include "platform/CriticalSection.h"
 
-#include <memory>
-
 namespace ZAV {
 namespace Log {
 
@@ -30,7 +28,7 @@ public:
     void unregisterAsynchronousAppender(Appender* appender);
 
     /// Queues a message for the consumer.
-    void enqueue(std::unique_ptr<const LogMessage> message);
+    void enqueue(const LogMessage& message);
 
     /// Stops the consumer thread, if it runs, after the round that it is in.
     void stop();

@@ -22,13 +22,14 @@ void ConsumerThread::stop() {
 void ConsumerThread::run() {
     do {
         applyPriority();
-        const MessageQueue::Batch batch = queue_.waitForBatch(stopped_);
+        queue_.wait(stopped_);
         applyPriority();
-        appenders_.deliver(batch);
+        appenders_.deliver(queue_.takeBatch());
     } while (!stopped_);
 }
 
-/// The priority may be configured after the thread has started; it is in force when messages are written.
+/// The priority may be configured after the thread has started; it is in force when messages are written. No
+/// message is held while it is set, since that may fail and end the thread.
 void ConsumerThread::applyPriority() {
     const int priority = queue_.priority();
     if (priority == appliedPriority_) {

@@ -1,29 +1,30 @@
 #include "log/async/MessageQueue.h"
 
 #include "log/LogLine.h"
-#include "log/LogMessage.h"
 #include "zav-util/StandardError.h"
-
-#include <utility>
 
 namespace ZAV {
 namespace Log {
 
 void MessageQueue::configure(const Util::Properties& properties) {
     const QueueMonitorLock lock(queueMonitor_);
+    const bool waitsWithoutLimit = deliversPromptly();
+    const Util::TimeUtils::Time before = settings_.waitingPeriod;
     settings_.read(properties);
+    if (waitsWithoutLimit || settings_.waitingPeriod < before) {
+        queueMonitor_.notify(); // out of a wait that is longer than the ones to come
+    }
 }
 
-void MessageQueue::append(std::unique_ptr<const LogMessage> message) {
-    boost::shared_ptr<const LogMessage> shared(std::move(message));
+void MessageQueue::append(const LogMessage& message) {
     const QueueMonitorLock lock(queueMonitor_);
-    messageQueue_.push_back(std::move(shared));
+    messageQueue_.append(message);
     const std::uint64_t size = messageQueue_.size();
     if (wakesConsumer(size)) {
         queueMonitor_.notify();
     }
     if (size >= settings_.maxQueueSize || closed_) {
-        discardOldest();
+        discard(messageQueue_.removeFront());
     }
 }
 
@@ -36,35 +37,30 @@ bool MessageQueue::deliversPromptly() const {
     return settings_.waitingPeriod == Util::TimeUtils::Time();
 }
 
-void MessageQueue::discardOldest() {
-    const boost::shared_ptr<const LogMessage> oldest = messageQueue_.front();
-    messageQueue_.pop_front();
-    discard(*oldest);
-}
-
 void MessageQueue::discard(const LogMessage& message) {
     Util::writeErrorLine("Message queue size reached. Discarding oldest log message: " +
                          formatLogLine(message));
 }
 
-MessageQueue::Batch MessageQueue::waitForBatch(const std::atomic<bool>& stopped) {
-    Batch batch;
-    const QueueMonitorLock lock(queueMonitor_);
-    if (!stopped) {
-        waitForMessages();
-    }
-    batch.swap(messageQueue_);
-    return batch;
-}
-
 /// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
 /// first, since it waits without a limit.
-void MessageQueue::waitForMessages() {
+void MessageQueue::wait(const std::atomic<bool>& stopped) {
+    const QueueMonitorLock lock(queueMonitor_);
+    if (stopped) {
+        return;
+    }
     if (!deliversPromptly()) {
         queueMonitor_.timedWait(settings_.waitingPeriod);
-    } else if (messageQueue_.empty()) {
+    } else if (messageQueue_.size() == 0) {
         queueMonitor_.wait();
     }
+}
+
+MessageBatch MessageQueue::takeBatch() {
+    MessageBatch batch;
+    const QueueMonitorLock lock(queueMonitor_);
+    batch.swap(messageQueue_);
+    return batch;
 }
 
 void MessageQueue::stop(std::atomic<bool>& stopped) {
@@ -73,8 +69,8 @@ void MessageQueue::stop(std::atomic<bool>& stopped) {
     queueMonitor_.notify();
 }
 
-MessageQueue::Batch MessageQueue::close() {
-    Batch batch;
+MessageBatch MessageQueue::close() {
+    MessageBatch batch;
     const QueueMonitorLock lock(queueMonitor_);
     closed_ = true;
     batch.swap(messageQueue_);

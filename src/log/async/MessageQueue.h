@@ -1,42 +1,39 @@
 #pragma once
 
 #include "log/async/DispatcherSettings.h"
+#include "log/async/MessageBatch.h"
 #include "log/async/QueueMonitor.h"
 
 #include <atomic>
-#include <boost/shared_ptr.hpp>
-#include <deque>
-#include <memory>
 
 namespace ZAV {
 namespace Log {
-
-class LogMessage;
 
 /// The messages that wait for the consumer thread, oldest first. All operations may be called from any
 /// thread.
 class MessageQueue {
 public:
-    using Batch = std::deque<boost::shared_ptr<const LogMessage>>;
-
     /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
     void configure(const Util::Properties& properties);
 
-    /// Appends a message. When the queue has reached its limit, the oldest message leaves it and is shown on
-    /// the standard error stream.
-    void append(std::unique_ptr<const LogMessage> message);
+    /// Appends a message; never waits for an appender. When the queue has reached its limit, or was closed,
+    /// the oldest message leaves it and is shown on the standard error stream.
+    void append(const LogMessage& message);
 
-    /// Waits for the waiting period, or until the queue is half full, or until `stop` is called, and empties
-    /// the queue.
+    /// Waits for the waiting period, or until the queue is half full, or until `stop` is called.
     /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
-    Batch waitForBatch(const std::atomic<bool>& stopped);
+    void wait(const std::atomic<bool>& stopped);
+
+    /// Empties the queue.
+    /// \return what it held
+    MessageBatch takeBatch();
 
     /// Sets a consumer's flag and wakes it.
     void stop(std::atomic<bool>& stopped);
 
     /// Empties the queue for the last time: from now on every message is shown on the standard error stream
     /// instead, since no consumer will come for it.
-    Batch close();
+    MessageBatch close();
 
     /// Shows a message on the standard error stream in place of its delivery.
     static void discard(const LogMessage& message);
@@ -45,13 +42,11 @@ public:
     int priority();
 
 private:
-    void waitForMessages() ZAV_LOG_REQUIRES(queueMonitor_);
     bool wakesConsumer(std::uint64_t size) const ZAV_LOG_REQUIRES(queueMonitor_);
     bool deliversPromptly() const ZAV_LOG_REQUIRES(queueMonitor_);
-    void discardOldest() ZAV_LOG_REQUIRES(queueMonitor_);
 
     QueueMonitor queueMonitor_;
-    Batch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
+    MessageBatch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
     DispatcherSettings settings_ ZAV_LOG_GUARDED_BY(queueMonitor_);
     bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
 };

@@ -21,8 +21,8 @@ public:
     /// Removes all listeners of a name.
     void unregisterListeners(const std::string& name);
 
-    /// Removes one listener of a name. Once it returns, no other thread is calling that listener.
-    void unregisterListener(const std::string& name, const CommandListener* listener);
+    /// Removes a listener from all names. Once it returns, no other thread is calling that listener.
+    void unregisterListener(const CommandListener* listener);
 
     /// Removes all listeners of all names.
     void clearCommandListeners();
@@ -32,10 +32,19 @@ public:
     void deliver(const std::string& name, const std::string& argument);
 
 private:
+    using Listeners = std::multimap<std::string, CommandListener*>;
+
+    /// A walk through the listeners; while one goes on, none is taken out of the map.
+    class Delivery;
+
     CommandBus() = default;
 
+    void remove(Listeners::iterator first, Listeners::iterator last) ZAV_LOG_REQUIRES(listenersLock_);
+    void eraseRemoved() ZAV_LOG_REQUIRES(listenersLock_);
+
     Platform::CriticalSection listenersLock_;
-    std::multimap<std::string, CommandListener*> listeners_ ZAV_LOG_GUARDED_BY(listenersLock_);
+    Listeners listeners_ ZAV_LOG_GUARDED_BY(listenersLock_); ///< null for one that was removed in a delivery
+    int deliveries_ ZAV_LOG_GUARDED_BY(listenersLock_) = 0;  ///< more than one if listeners issue commands
 };
 
 } // namespace Log

@@ -1,6 +1,7 @@
 #include "log/config/LoggerKeys.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 namespace ZAV {
@@ -8,7 +9,8 @@ namespace Log {
 
 namespace {
 
-const std::string::size_type PREFIX_LENGTH = std::string("logger.").size();
+constexpr char PREFIX[] = "logger.";
+constexpr std::size_t PREFIX_LENGTH = sizeof PREFIX - 1;
 
 bool beginsWith(const std::string& text, const char* prefix) {
     return text.rfind(prefix, 0) == 0;
@@ -21,7 +23,7 @@ std::string withoutLastComponent(const std::string& key) {
 std::vector<std::string> selectAndOrder(const std::vector<std::string>& keys) {
     std::vector<std::string> ordered;
     std::copy_if(keys.begin(), keys.end(), std::back_inserter(ordered),
-                 [](const std::string& key) { return beginsWith(key, "logger."); });
+                 [](const std::string& key) { return beginsWith(key, PREFIX); });
     const auto firstOther = std::stable_partition(ordered.begin(), ordered.end(), [](const std::string& key) {
         return beginsWith(key, "logger.root");
     });

@@ -22,8 +22,8 @@ class FilterLogLevelDynamic : public MessageFilter, public CommandListener {
 public:
     /// Reads the keys "appender.<appenderName>.level" and "appender.<appenderName>.expiration": a count and a
     /// unit, "msec", "sec", "min" (which any other word means too), "hour" or "day". Without the second key,
-    /// or with the count 0, a lowered level stays. \throw LogException if the level is missing, or for a
-    /// value that cannot be read
+    /// or with the count 0, a lowered level stays.
+    /// \throw LogException if the level is missing, or for a value that cannot be read
     FilterLogLevelDynamic(const std::string& appenderName, const Util::Properties& properties);
 
     bool accept(const LogMessage& message) override;
@@ -33,6 +33,7 @@ public:
     /// \throw LogException if the argument is no level name
     void onCommand(const std::string& argument) override;
 
+    /// Sets the level in force and starts its period anew.
     void setLevel(Level::LogLevel level);
 
 private:

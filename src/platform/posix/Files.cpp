@@ -33,7 +33,8 @@ bool renameFile(const std::string& from, const std::string& to) {
     if (renameByLink(from.c_str(), to.c_str())) {
         return true;
     }
-    return errno == EPERM && renameIfAbsent(from.c_str(), to.c_str());
+    const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+    return hasNoLinks && renameIfAbsent(from.c_str(), to.c_str());
 }
 
 bool removeFile(const std::string& path) {

@@ -5,6 +5,10 @@
 namespace ZAV {
 namespace Platform {
 
+TimeZone currentTimeZone() noexcept {
+    return {timezone, daylight, {tzname[0], tzname[1]}};
+}
+
 CalendarTime toLocalTime(std::int64_t seconds) {
     const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm local;

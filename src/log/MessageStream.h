@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <sstream>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+class Logger;
+
+/// The stream that a logging macro puts its expression into. Its functions are not inline: the caller's code,
+/// which as a rule ends at the comparison of levels, stays short.
+class ZAV_LOG_API MessageStream {
+public:
+    MessageStream();
+    ~MessageStream();
+    MessageStream(const MessageStream&) = delete;
+    MessageStream& operator=(const MessageStream&) = delete;
+
+    std::ostream& stream();
+
+    /// Logs what was put into the stream.
+    /// \param operation the logger's member function for the level
+    /// \param line source line
+    /// \param file source file
+    /// \throw what the operation throws
+    void logTo(Logger& logger, void (Logger::*operation)(const std::string&, int, const std::string&),
+               int line, const char* file) const;
+
+private:
+    std::ostringstream stream_;
+};
+
+} // namespace Log
+} // namespace ZAV

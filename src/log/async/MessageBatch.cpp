@@ -1,0 +1,121 @@
+#include "log/async/MessageBatch.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+constexpr std::size_t SMALLEST_BLOCK = 4 * 1024;
+constexpr std::size_t LARGEST_BLOCK = 64 * 1024; // but for a message that is larger itself
+
+/// What a packed message begins with; the three strings follow it, in the order of their lengths here.
+struct Header {
+    Util::TimeUtils::Time time;
+    Level::LogLevel level;
+    MessageType type;
+    int line;
+    std::size_t nameLength;
+    std::size_t textLength;
+    std::size_t fileLength;
+
+    std::size_t packedSize() const { return sizeof(Header) + nameLength + textLength + fileLength; }
+};
+
+Header headerOf(const LogMessage& message) {
+    return {message.getTime(),
+            message.getLevel(),
+            message.getType(),
+            message.getLine(),
+            message.getLoggerName().size(),
+            message.getText().size(),
+            message.getFile().size()};
+}
+
+/// Packed messages are not aligned.
+Header readHeader(const char* bytes) {
+    Header header;
+    std::memcpy(&header, bytes, sizeof header);
+    return header;
+}
+
+char* pack(char* bytes, const void* data, std::size_t size) {
+    std::memcpy(bytes, data, size);
+    return bytes + size;
+}
+
+} // namespace
+
+void MessageBatch::append(const LogMessage& message) {
+    const Header header = headerOf(message);
+    const std::size_t needed = header.packedSize();
+    if (blocks_.empty() || blocks_.back().capacity - blocks_.back().used < needed) {
+        addBlock(needed);
+    }
+    Block& block = blocks_.back();
+    char* bytes = pack(block.bytes.get() + block.used, &header, sizeof header);
+    bytes = pack(bytes, message.getLoggerName().data(), header.nameLength);
+    bytes = pack(bytes, message.getText().data(), header.textLength);
+    pack(bytes, message.getFile().data(), header.fileLength);
+    block.used += needed;
+    ++size_;
+}
+
+/// Blocks grow with the batch, so that a short one takes little memory.
+void MessageBatch::addBlock(std::size_t neededBytes) {
+    const std::size_t grown = blocks_.empty() ? SMALLEST_BLOCK : 2 * blocks_.back().capacity;
+    const std::size_t capacity = std::max(neededBytes, std::min(grown, LARGEST_BLOCK));
+    blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), capacity, 0});
+}
+
+LogMessage MessageBatch::unpack(const char* bytes) {
+    const Header header = readHeader(bytes);
+    const char* const name = bytes + sizeof header;
+    const char* const text = name + header.nameLength;
+    const char* const file = text + header.textLength;
+    return LogMessage(std::string(name, header.nameLength), header.time, header.level,
+                      std::string(text, header.textLength), header.line, std::string(file, header.fileLength),
+                      header.type);
+}
+
+std::size_t MessageBatch::packedSize(const char* bytes) {
+    return readHeader(bytes).packedSize();
+}
+
+LogMessage MessageBatch::removeFront() {
+    Block& block = blocks_.front();
+    const char* const bytes = block.bytes.get() + frontOffset_;
+    LogMessage message = unpack(bytes);
+    frontOffset_ += packedSize(bytes);
+    --size_;
+    if (frontOffset_ == block.used) {
+        blocks_.pop_front();
+        frontOffset_ = 0;
+    }
+    return message;
+}
+
+void MessageBatch::swap(MessageBatch& other) noexcept {
+    blocks_.swap(other.blocks_);
+    std::swap(frontOffset_, other.frontOffset_);
+    std::swap(size_, other.size_);
+}
+
+/// The place moves on first, so that a message that cannot be made is not tried for ever.
+LogMessage MessageBatch::Reader::next() {
+    const Block* block = &batch_.blocks_[block_];
+    if (offset_ == block->used) {
+        block = &batch_.blocks_[++block_];
+        offset_ = 0;
+    }
+    const char* const bytes = block->bytes.get() + offset_;
+    offset_ += packedSize(bytes);
+    ++read_;
+    return unpack(bytes);
+}
+
+} // namespace Log
+} // namespace ZAV

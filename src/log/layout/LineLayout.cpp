@@ -1,0 +1,100 @@
+#include "log/layout/LineLayout.h"
+
+#include "log/LogMessage.h"
+#include "platform/Process.h"
+#include "zav-util/SystemInformation.h"
+#include "zav-util/TimeText.h"
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+// A line is written into room made for the longest that it can be, and then cut to its length: a string that
+// grows field by field looks at its capacity each time.
+
+namespace {
+
+using Util::TimeUtils::TIME_LENGTH;
+
+constexpr std::size_t NUMBER_LENGTH = 11; // of a 32-bit number with its sign
+constexpr std::size_t LEVEL_LENGTH = 7;
+constexpr std::size_t SEPARATORS_AND_END_OF_LINE = 6;
+
+std::size_t roomFor(const LogMessage& message) {
+    return TIME_LENGTH + message.getLoggerName().size() + message.getFile().size() + NUMBER_LENGTH +
+           LEVEL_LENGTH + message.getText().size() + SEPARATORS_AND_END_OF_LINE;
+}
+
+char* writeField(char* position, std::string_view field) {
+    *position++ = ' ';
+    std::memcpy(position, field.data(), field.size());
+    return position + field.size();
+}
+
+char* writeNumber(char* position, std::int32_t number) {
+    return std::to_chars(position, position + NUMBER_LENGTH, number).ptr;
+}
+
+char* writeLocation(char* position, const LogMessage& message) {
+    const bool hasLine = message.getLine() > 0;
+    if (!message.getFile().empty() || hasLine) {
+        position = writeField(position, message.getFile());
+    }
+    if (hasLine) {
+        *position++ = ':';
+        position = writeNumber(position, message.getLine());
+    }
+    return position;
+}
+
+char* writeMessage(char* position, const LogMessage& message) {
+    position = writeField(position, message.getLoggerName());
+    if (message.getType() == LOG) {
+        position = writeLocation(position, message);
+        position = writeField(position, Level::toString(message.getLevel()));
+    }
+    return writeField(position, message.getText());
+}
+
+/// The program stays the same, and asking the system for it costs as much as opening a file. Never destroyed,
+/// since threads may still log while the process ends.
+const std::string& programName() {
+    static const std::string& name = *new std::string(Util::getProgramName());
+    return name;
+}
+
+/// The host's name may change while the program runs, and its id does when it forks.
+std::string describeProcess() {
+    char id[NUMBER_LENGTH];
+    const std::string_view idText(id, static_cast<std::size_t>(writeNumber(id, Platform::processId()) - id));
+    std::string process = programName();
+    process.append(1, ' ').append(idText).append(1, ' ').append(Util::getHostName());
+    return process;
+}
+
+} // namespace
+
+void appendLogLine(std::string& text, const LogMessage& message) {
+    const std::size_t begin = text.size();
+    text.resize(begin + roomFor(message));
+    char* position = Util::TimeUtils::writeTime(&text[begin], message.getTime());
+    position = writeMessage(position, message);
+    text.resize(static_cast<std::size_t>(position - text.data()));
+}
+
+void appendLogLineWithProcess(std::string& text, const LogMessage& message) {
+    const std::string process = describeProcess();
+    const std::size_t begin = text.size();
+    text.resize(begin + roomFor(message) + process.size() + 1);
+    char* position = Util::TimeUtils::writeTime(&text[begin], message.getTime());
+    position = writeMessage(writeField(position, process), message);
+    text.resize(static_cast<std::size_t>(position - text.data()));
+}
+
+} // namespace Log
+} // namespace ZAV

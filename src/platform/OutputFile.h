@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+namespace ZAV {
+namespace Platform {
+
+/// A text file that is open for writing, without a buffer: what is written has left the process. It closes
+/// with its scope. A failure is remembered until the next file opens, as a stream of the standard library
+/// does. It has no lock.
+class OutputFile {
+public:
+    enum Mode {
+        TRUNCATE, ///< the content of a file that exists is lost
+        APPEND    ///< every write goes to the end that the file has at that moment
+    };
+
+    OutputFile() noexcept = default;
+    ~OutputFile() { close(); }
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible.
+    void open(const std::string& path, Mode mode) noexcept;
+
+    /// Writes a text in one piece, where the system takes it so. A line feed becomes the system's own end of
+    /// line. It fails if the system does not take all of the text.
+    void write(const std::string& text) noexcept;
+
+    /// Closes the file, if one is open. A write whose failure the system tells only now counts as failed.
+    void close() noexcept;
+
+    bool isOpen() const noexcept { return descriptor_ != NONE; }
+    bool hasFailed() const noexcept { return failed_; }
+
+private:
+    static constexpr int NONE = -1;
+
+    int descriptor_ = NONE;
+    bool failed_ = false;
+};
+
+} // namespace Platform
+} // namespace ZAV
