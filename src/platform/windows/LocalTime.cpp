@@ -5,6 +5,10 @@
 namespace ZAV {
 namespace Platform {
 
+TimeZone currentTimeZone() noexcept {
+    return {_timezone, _daylight, {_tzname[0], _tzname[1]}};
+}
+
 CalendarTime toLocalTime(std::int64_t seconds) {
     const __time64_t time = seconds;
     std::tm local;
