@@ -16,8 +16,10 @@ using namespace ZAV;
 using namespace ZAV::Log;
 using namespace ZAV::Util::TimeUtils;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 using Util::Properties;
 
 namespace {
@@ -80,9 +82,8 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     }
     EXPECT_EQ(errors.text(), "");
     append(queue, "4");
-    EXPECT_THAT(errors.text(),
-                testing::MatchesRegex("Message queue size reached. Discarding oldest log message: "
-                                      ".{26} net.tcp INFO 1\n"));
+    EXPECT_THAT(errors.text(), StartsWith("Message queue size reached. Discarding oldest log message: "));
+    EXPECT_THAT(errors.text(), EndsWith(" net.tcp INFO 1\n"));
     EXPECT_THAT(textsOf(queue.close()), ElementsAre("2", "3", "4"));
     append(queue, "too late");
     EXPECT_THAT(errors.text(), HasSubstr("Discarding oldest log message: "));

@@ -16,8 +16,12 @@
 using namespace ZAV;
 using namespace ZAV::Util;
 using namespace ZAV::Util::TimeUtils;
+using testing::AllOf;
+using testing::AnyOf;
 using testing::ElementsAre;
-using testing::MatchesRegex;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 TEST(Conversions, ReadsWholeNumbersAndClampsThemTo32Bits) {
@@ -49,8 +53,8 @@ TEST(FileUtils, BaseNameTakesBothSeparators) {
 }
 
 TEST(SystemInformation, NamesProgramAndHostWithoutPathAndDomain) {
-    EXPECT_THAT(getProgramName(), MatchesRegex("zav-log-unit-tests(\\.exe)?"));
-    EXPECT_THAT(getHostName(), MatchesRegex("[^.]+"));
+    EXPECT_THAT(getProgramName(), AnyOf("zav-log-unit-tests", "zav-log-unit-tests.exe"));
+    EXPECT_THAT(getHostName(), AllOf(Not(IsEmpty()), Not(HasSubstr("."))));
 }
 
 TEST(UtilException, ShowsItsSourceLocation) {
@@ -157,7 +161,7 @@ TEST_F(PropertyFile, RejectsTheFirstOffendingLine) {
 TEST_F(PropertyFile, ThatCannotBeReadIsReportedWithItsName) {
     const std::string missing = directory_ / "missing";
     EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{missing}; }),
-                MatchesRegex("Unable to open file: " + missing + " from FileUtils.cpp:[0-9]+"));
+                StartsWith("Unable to open file: " + missing + " from FileUtils.cpp:"));
     EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{directory_.path()}; }),
                 StartsWith("Unable to open file: "));
 }

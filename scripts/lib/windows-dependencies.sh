@@ -1,0 +1,30 @@
+# Sourced by scripts/test-windows.
+
+# Gets what the build for Windows needs from elsewhere into build/windows-dependencies. That leads to a folder
+# which outlives the build folder, so that it is filled only once:
+#   ice           the sources of IceUtil
+#   googletest    GoogleTest, built for Windows
+#   boost         Boost's headers, which are the same on all systems
+provide_windows_dependencies() {
+    local compiler_version cache
+    compiler_version=$(x86_64-w64-mingw32-g++-posix -dumpversion)
+    cache=${XDG_CACHE_HOME:-$HOME/.cache}/zav-log/windows-$compiler_version
+    mkdir -p "$cache/boost/include" "$root/build"
+    provide "$cache/ice" "$root/scripts/lib/get-ice-sources"
+    provide "$cache/googletest" "$root/scripts/lib/build-googletest"
+    ln -sfn /usr/include/boost "$cache/boost/include/boost"
+    ln -sfn "$cache" "$root/build/windows-dependencies"
+}
+
+# Calls a script that makes a folder, unless the folder is there.
+provide() {
+    local folder=$1 script=$2 log=$root/build/windows-dependencies.log
+    if [ -e "$folder" ]; then
+        return
+    fi
+    if ! "$script" "$folder" >"$log" 2>&1; then
+        cat "$log" >&2
+        echo "Could not make $folder; the output is above and in $log." >&2
+        return 1
+    fi
+}

@@ -1,0 +1,20 @@
+# Sourced by the scripts that run Windows programs.
+
+# A Wine of the project's own, in build/wine: without a display, a browser, .NET, menu entries, a debugger or a word
+# about itself.
+export WINEPREFIX=$root/build/wine WINEARCH=win64 WINEDEBUG=-all
+export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d"
+unset DISPLAY WAYLAND_DISPLAY
+
+# Starts the programs that Wine itself needs, once for all programs that follow, which then start quickly. They end
+# with the script.
+start_wine() {
+    mkdir -p "$WINEPREFIX"
+    trap 'wineserver --kill || true' EXIT
+    wineserver --persistent
+    if ! wine wineboot --init </dev/null >"$root/build/wine.log" 2>&1; then
+        cat "$root/build/wine.log" >&2
+        echo "Wine does not start; its output is above. If $WINEPREFIX is from another version, remove it." >&2
+        return 1
+    fi
+}
