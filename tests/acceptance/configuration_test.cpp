@@ -12,9 +12,11 @@ using testing::AllOf;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
-using testing::MatchesRegex;
+using testing::EndsWith;
+using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
+using testing::StartsWith;
 using TestSupport::Application;
 using TestSupport::inThreads;
 using TestSupport::linesIn;
@@ -75,8 +77,8 @@ TEST_F(Configuration, EveryLineIsWhereThePropertyFileSaid) {
                 ElementsAre("db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm",
                             "db Table.cpp:7 ERROR alarm", "db Table.cpp:7 ERROR alarm"));
     EXPECT_THAT(linesOf("settings.log"),
-                AllOf(SizeIs(4), Each(MatchesRegex("zav-log-acceptance-tests(\\.exe)? [0-9]+ [^ .]+ "
-                                                   "net.peer[0-3] set"))));
+                AllOf(SizeIs(4), Each(AllOf(StartsWith("zav-log-acceptance-tests"), HasSubstr(" net.peer"),
+                                            EndsWith(" set")))));
     EXPECT_THAT(linesOf("net.log0"), SizeIs(4 * 51));
     EXPECT_THAT(linesOf("all0"), SizeIs(4 * 52));
     for (const char* file : {"net.log0", "all0"}) {
