@@ -1,0 +1,17 @@
+// A module that brings the library into a program that does not know it.
+
+#include "ProcessEndSupport.h"
+
+using namespace ZAV;
+
+/// Logs five numbers.
+/// \return whether the library was not set up before
+extern "C" __attribute__((visibility("default"))) bool logThroughPlugin(const char* directory, int first,
+                                                                        bool finish) {
+    const bool initialised = TestSupport::initForEnd(directory);
+    TestSupport::logNumbers(first, first + 4);
+    if (finish) {
+        Log::LogManager::finish();
+    }
+    return initialised;
+}
