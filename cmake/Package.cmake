@@ -18,3 +18,15 @@ install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/z
 configure_file(cmake/zav-log.pc.in ${PROJECT_BINARY_DIR}/zav-log.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zav-log.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.
+if(WIN32)
+    install(FILES ${ZAV_LOG_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+    set(CPACK_GENERATOR ZIP)
+else()
+    set(CPACK_GENERATOR TGZ)
+endif()
+set(CPACK_PACKAGE_NAME zav-log)
+set(CPACK_PACKAGE_VENDOR "The ZAV Log authors")
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)

@@ -87,15 +87,15 @@ TEST_F(QueueAtProcessEnd, IsWrittenOrShownWhileOtherThreadsLog) {
 
 /// The plugin logs, is unloaded and comes back.
 TEST_F(QueueAtProcessEnd, IsWrittenOnceThoughTheLibraryWasUnloaded) {
-    const std::string plugin = std::string("\"") + ZAV_LOG_LINUX_PLUGIN + "\"";
-    runAndExpect(ZAV_LOG_LINUX_UNLOAD_PROGRAM, "leave " + plugin);
+    const std::string plugin = std::string("\"") + ZAV_LOG_PLUGIN + "\"";
+    runAndExpect(ZAV_LOG_UNLOAD_PROGRAM, "leave " + plugin);
     EXPECT_EQ(queued(), numbersTo(10));
     EXPECT_THAT(errors(), IsEmpty());
 }
 
 TEST_F(QueueAtProcessEnd, IsEmptyAfterFinishAndUnloading) {
-    const std::string plugin = std::string("\"") + ZAV_LOG_LINUX_PLUGIN + "\"";
-    runAndExpect(ZAV_LOG_LINUX_UNLOAD_PROGRAM, "finish " + plugin);
+    const std::string plugin = std::string("\"") + ZAV_LOG_PLUGIN + "\"";
+    runAndExpect(ZAV_LOG_UNLOAD_PROGRAM, "finish " + plugin);
     EXPECT_EQ(queued(), numbersTo(10));
     EXPECT_THAT(errors(), IsEmpty());
 }
@@ -104,7 +104,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAlone) {
     for (const char* way : {"exit", "finish"}) {
         std::filesystem::remove(directory_ / "queued");
         std::filesystem::remove(directory_ / "sync0");
-        runAndExpect(ZAV_LOG_LINUX_FORK_PROGRAM, way);
+        runAndExpect(ZAV_LOG_FORK_PROGRAM, way);
         EXPECT_EQ(queued(), numbersTo(10)) << way;
         std::vector<std::string> expected = numbersTo(10);
         expected.insert(expected.begin() + 5, "child");

@@ -6,8 +6,7 @@ using namespace ZAV;
 
 /// Logs five numbers.
 /// \return whether the library was not set up before
-extern "C" __attribute__((visibility("default"))) bool logThroughPlugin(const char* directory, int first,
-                                                                        bool finish) {
+extern "C" bool logThroughPlugin(const char* directory, int first, bool finish) {
     const bool initialised = TestSupport::initForEnd(directory);
     TestSupport::logNumbers(first, first + 4);
     if (finish) {

@@ -1,0 +1,59 @@
+// What other headers and a build with -DDEBUG do to the names of the levels, before any of the library's
+// headers.
+#define AUDIT 1
+#define ERROR 0
+#define WARNING "warning"
+#define INFO
+#define DEBUG
+#define TRACE do_trace()
+
+#include "log/Appender.h"
+#include "log/CommandListener.h"
+#include "log/ConfigurationMessage.h"
+#include "log/Level.h"
+#include "log/LogException.h"
+#include "log/LogLine.h"
+#include "log/LogMacros.h"
+#include "log/LogManager.h"
+#include "log/LogMessage.h"
+#include "log/Logger.h"
+#include "log/LoggerFactory.h"
+#include "log/MessageFilter.h"
+#include "log/MessageType.h"
+#include "zav-util/Properties.h"
+#include "zav-util/TimeUtils.h"
+#include "zav-util/UtilException.h"
+
+#include <gmock/gmock.h>
+#include <vector>
+
+using namespace ZAV::Log;
+
+namespace {
+
+class LevelsAppender : public Appender {
+public:
+    LevelsAppender() : Appender("levels") {}
+    std::vector<int> levels;
+
+protected:
+    void doOutput(const LogMessage& message) override { levels.push_back(message.getLevel()); }
+};
+
+} // namespace
+
+TEST(TakenNames, LeaveTheLevelsAndTheMacrosUsable) {
+    LevelsAppender appender;
+    Logger& logger = LoggerFactory::getLogger("taken");
+    logger.addAppender(&appender);
+    logger.setLevel(Level::LEVEL_TRACE, false);
+    ZAV_LOG_AUDIT(logger, "a" << 1);
+    ZAV_LOG_ERROR(logger, "e" << 2);
+    ZAV_LOG_WARNING(logger, "w" << 3);
+    ZAV_LOG_INFO(logger, "i" << 4);
+    ZAV_LOG_DEBUG(logger, "d" << 5);
+    ZAV_LOG_TRACE(logger, "t" << 6);
+    EXPECT_THAT(appender.levels, testing::ElementsAre(60, 50, 40, 30, 20, 10));
+    EXPECT_EQ(ERROR, 0); // and the other header's macro as it was
+    logger.removeAppender(&appender);
+}
