@@ -68,12 +68,37 @@ const std::string& programName() {
     return name;
 }
 
-/// The host's name may change while the program runs, and its id does when it forks.
-std::string describeProcess() {
+/// The host's name as a thread last asked for it.
+struct KnownHost {
+    std::uint64_t second; ///< since 1970, of the message that it was asked for; 0 before the first one
+    std::size_t length;
+    char name[256];
+};
+
+thread_local KnownHost knownHost{};
+
+/// The host may be renamed while the program runs, but asking for its name costs a good part of what a line
+/// does: it is asked for once a second.
+std::string_view hostName(const LogMessage& message) {
+    KnownHost& host = knownHost;
+    const std::uint64_t second = message.getTime().microseconds() / 1000000;
+    if (host.second != second || second == 0) {
+        const std::string name = Util::getHostName();
+        host.length = name.copy(host.name, sizeof host.name);
+        host.second = second;
+    }
+    return std::string_view(host.name, host.length);
+}
+
+/// The process's id is asked for every time, since a program that forks gets another.
+std::string describeProcess(const LogMessage& message) {
     char id[NUMBER_LENGTH];
-    const std::string_view idText(id, static_cast<std::size_t>(writeNumber(id, Platform::processId()) - id));
+    const char* const idEnd = writeNumber(id, Platform::processId());
     std::string process = programName();
-    process.append(1, ' ').append(idText).append(1, ' ').append(Util::getHostName());
+    process.append(1, ' ')
+        .append(static_cast<const char*>(id), idEnd)
+        .append(1, ' ')
+        .append(hostName(message));
     return process;
 }
 
@@ -88,7 +113,7 @@ void appendLogLine(std::string& text, const LogMessage& message) {
 }
 
 void appendLogLineWithProcess(std::string& text, const LogMessage& message) {
-    const std::string process = describeProcess();
+    const std::string process = describeProcess(message);
     const std::size_t begin = text.size();
     text.resize(begin + roomFor(message) + process.size() + 1);
     char* position = Util::TimeUtils::writeTime(&text[begin], message.getTime());
