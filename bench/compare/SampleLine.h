@@ -6,10 +6,10 @@
 namespace Bench {
 
 /// The message that every logger writes, and the line that it must make of it, for example
-/// "2013.05.07 14:03:27:123000 net.tcp Socket.cpp:120 INFO connected to the backend server, session 12345".
+/// "2013.05.07 14:03:27:123000 net.tcp Socket.cpp:120 INFO connected to the backend server, request 12345".
 namespace SampleLine {
 
-constexpr const char* TEXT = "connected to the backend server, session 12345";
+constexpr const char* TEXT = "connected to the backend server, request 12345";
 constexpr const char* SOURCE_FILE = "Socket.cpp";
 constexpr int SOURCE_LINE = 120;
 
@@ -17,7 +17,7 @@ constexpr int SOURCE_LINE = 120;
 constexpr const char* TIME_PATTERN = R"(\d{4}\.\d\d\.\d\d \d\d:\d\d:\d\d:\d{6})";
 constexpr const char* PROCESS_PATTERN = R"( [\w.-]+ \d+ [\w.-]+)";
 constexpr const char* MESSAGE_PATTERN =
-    R"( net\.tc[p0-9] Socket\.cpp:120 INFO connected to the backend server, session 12345)";
+    R"( net\.tc[p0-9] Socket\.cpp:120 INFO connected to the backend server, request 12345)";
 
 inline std::string pattern() {
     return std::string(TIME_PATTERN) + MESSAGE_PATTERN;

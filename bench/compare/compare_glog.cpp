@@ -16,7 +16,7 @@ using namespace Bench;
 FileFormat fixedFormat() {
     FileFormat format;
     format.pattern =
-        R"(I\d{8} \d\d:\d\d:\d\d\.\d{6} +\d+ Socket\.cpp:120\] connected to the backend server, session 12345)";
+        R"(I\d{8} \d\d:\d\d:\d\d\.\d{6} +\d+ Socket\.cpp:120\] connected to the backend server, request 12345)";
     format.headerLines = 4;
     return format;
 }

@@ -86,7 +86,7 @@ def parse_options():
     parser.add_argument("--programs", type=pathlib.Path, required=True, help="folder of the built programs")
     parser.add_argument("--results", type=pathlib.Path, required=True, help="folder for the figures and the plot")
     parser.add_argument("--folder", type=pathlib.Path, help="folder for the logs; the results' by default")
-    parser.add_argument("--rounds", type=positive, default=9)
+    parser.add_argument("--rounds", type=positive, default=5)
     parser.add_argument("--divisor", type=positive, default=1, help="how much smaller the workloads are")
     parser.add_argument("--only", nargs="+", metavar="WORKLOAD", choices=rows.workloads(),
                         help="only these, with their limits: " + ", ".join(rows.workloads()))

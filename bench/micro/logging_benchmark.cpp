@@ -35,7 +35,7 @@ void acceptedCall(benchmark::State& state) {
     logger.setLevel(Level::LEVEL_INFO, false);
     IdleAppender appender("idle");
     logger.addAppender(&appender);
-    const std::string text = "connected to the backend server, session 12345";
+    const std::string text = "connected to the backend server, request 12345";
     const std::string file = "Socket.cpp";
     for (auto _ : state) {
         logger.info(text, 120, file);
@@ -46,7 +46,7 @@ void acceptedCall(benchmark::State& state) {
 void rejectedCall(benchmark::State& state) {
     Logger& logger = LoggerFactory::getLogger("rejecting");
     logger.setLevel(Level::LEVEL_WARNING, false);
-    const std::string text = "connected to the backend server, session 12345";
+    const std::string text = "connected to the backend server, request 12345";
     const std::string file = "Socket.cpp";
     for (auto _ : state) {
         logger.info(text, 120, file);

@@ -88,9 +88,8 @@ bool Logger::isExpired(Time now) const {
            now > levelSetTime_ + expirationTime_;
 }
 
-/// \return false, without a wait, if the call comes from an appender or a listener and another thread holds
-/// the
-///         lock
+/// Takes the lock; a call from an appender or a listener does not wait for it.
+/// \return false if another thread holds it
 bool Logger::lockFrom(const LoggingScope& scope) {
     if (scope.isNested()) {
         return criticalSection_.tryLock();

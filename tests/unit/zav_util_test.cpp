@@ -1,4 +1,5 @@
 #include "TestSupport.h"
+#include "TimeZone.h"
 
 #include "platform/LocalTime.h"
 #include "zav-util/Conversions.h"
@@ -8,8 +9,6 @@
 #include "zav-util/TimeUtils.h"
 #include "zav-util/UtilException.h"
 
-#include <cstdlib>
-#include <ctime>
 #include <gmock/gmock.h>
 #include <limits>
 
@@ -71,28 +70,14 @@ TEST(Time, CountsUnitsInWrappingMicroseconds) {
     EXPECT_EQ(Time::now().microseconds() % 1000, 0U);
 }
 
-namespace {
-
-void setTimeZone(const char* zone) {
-#if defined(_WIN32)
-    _putenv_s("TZ", zone);
-    _tzset();
-#else
-    setenv("TZ", zone, 1);
-    tzset();
-#endif
-}
-
-} // namespace
-
 TEST(Time, TextFollowsTheTimeZoneOfTheProcess) {
     const Time time(1367935407123456, USEC);
-    setTimeZone("UTC0");
+    TestSupport::setTimeZone("UTC0");
     EXPECT_EQ(time.toSecondsString(), "2013.05.07 14:03:27");
     EXPECT_EQ(time.toString(), "2013.05.07 14:03:27:123456");
-    setTimeZone("AAA-3");
+    TestSupport::setTimeZone("AAA-3");
     EXPECT_EQ(time.toString(), "2013.05.07 17:03:27:123456");
-    setTimeZone("AAA-4");
+    TestSupport::setTimeZone("AAA-4");
     EXPECT_EQ(time.toString(), "2013.05.07 18:03:27:123456");
     EXPECT_EQ(Time(1, SEC).toString(), "1970.01.01 04:00:01:000000");
 }
