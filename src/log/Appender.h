@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/MessageFilter.h"
-#include "platform/Export.h"
+#include "zav-util/Export.h"
 
 #include <boost/shared_ptr.hpp>
 #include <list>

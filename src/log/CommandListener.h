@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Export.h"
+#include "zav-util/Export.h"
 
 #include <string>
 

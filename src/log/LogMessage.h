@@ -2,7 +2,7 @@
 
 #include "log/Level.h"
 #include "log/MessageType.h"
-#include "platform/Export.h"
+#include "zav-util/Export.h"
 #include "zav-util/TimeUtils.h"
 
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "log/Level.h"
 #include "platform/CriticalSection.h"
-#include "platform/Export.h"
+#include "zav-util/Export.h"
 #include "zav-util/TimeUtils.h"
 
 #include <atomic>

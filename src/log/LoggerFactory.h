@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/Logger.h"
-#include "platform/Export.h"
+#include "zav-util/Export.h"
 
 #include <string>
 #include <vector>
