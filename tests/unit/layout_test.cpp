@@ -4,16 +4,13 @@
 #include "platform/Process.h"
 #include "zav-util/SystemInformation.h"
 
-#include <gtest/gtest.h>
-
 using namespace ZAV;
 using namespace ZAV::Log;
-using namespace ZAV::Util::TimeUtils;
 
 namespace {
 
 std::string lineOf(int line, const std::string& file, MessageType type = LOG) {
-    const LogMessage message("net.tcp", Time(1367935407123000, USEC), Level::INFO, "connected", line, file,
+    const LogMessage message("net.tcp", Util::TimeUtils::Time::now(), Level::INFO, "connected", line, file,
                              type);
     const std::string text = formatLogLine(message);
     EXPECT_EQ(text.substr(0, 26), message.getTime().toString());
