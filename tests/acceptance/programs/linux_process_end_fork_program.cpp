@@ -10,36 +10,21 @@
 using namespace ZAV;
 using TestSupport::logNumbers;
 
-namespace {
-
-[[noreturn]] void runChild(bool finish) {
-    Log::LoggerFactory::getLogger("net").error("child", 0, "");
-    if (finish) {
-        Log::LogManager::finish();
-    }
-    std::exit(EXIT_SUCCESS);
-}
-
-bool endsWell(pid_t child) {
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
-}
-
-} // namespace
-
 int main(int, char** arguments) {
-    const bool finish = std::string(arguments[1]) == "finish";
     if (!TestSupport::initForEnd(arguments[2])) {
         return EXIT_FAILURE;
     }
     logNumbers(1, 5);
     const pid_t child = fork();
     if (child == 0) {
-        runChild(finish);
+        Log::LoggerFactory::getLogger("net").error("child", 0, "");
+        if (std::string(arguments[1]) == "finish") {
+            Log::LogManager::finish();
+        }
+        std::exit(EXIT_SUCCESS);
     }
-    if (child < 0 || !endsWell(child)) {
-        return EXIT_FAILURE;
-    }
+    int status = 0;
+    const bool endedWell = child > 0 && waitpid(child, &status, 0) == child && status == 0;
     logNumbers(6, 10);
-    return EXIT_SUCCESS;
+    return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
