@@ -155,8 +155,10 @@ MessageBatch MessageQueue::takeAll() {
         firstTaken_ = numberOfFront();
         batch.swap(messageQueue_);
     }
-    isAwaited_ = false;
-    queueMonitor_.notify(); // there is room again
+    if (isAwaited_) {
+        isAwaited_ = false;
+        queueMonitor_.notify(); // those who wait for room
+    }
     return batch;
 }
 

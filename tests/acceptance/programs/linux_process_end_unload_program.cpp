@@ -10,21 +10,17 @@ namespace {
 
 using LogThroughPlugin = bool (*)(const char* directory, int first, bool finish);
 
-void quit(const char* text) {
-    std::fprintf(stderr, "%s\n", text);
-    std::exit(EXIT_FAILURE);
-}
-
 /// \return what the plugin's function returned
 bool logAndUnload(const char* path, const char* directory, int first, bool finish) {
     void* const plugin = dlopen(path, RTLD_NOW);
     if (plugin == nullptr) {
-        quit(dlerror());
+        std::fprintf(stderr, "%s\n", dlerror());
+        std::exit(2);
     }
     const auto log = reinterpret_cast<LogThroughPlugin>(dlsym(plugin, "logThroughPlugin"));
     const bool initialised = log(directory, first, finish);
     if (dlclose(plugin) != 0) {
-        quit(dlerror());
+        std::exit(3);
     }
     return initialised;
 }
@@ -33,13 +29,7 @@ bool logAndUnload(const char* path, const char* directory, int first, bool finis
 
 int main(int, char** arguments) {
     const bool finish = std::strcmp(arguments[1], "finish") == 0;
-    const char* const path = arguments[2];
-    const char* const directory = arguments[3];
-    if (!logAndUnload(path, directory, 1, finish)) {
-        quit("The library was set up already.");
-    }
-    if (logAndUnload(path, directory, 6, finish) != finish) {
-        quit("The library forgot whether it was set up.");
-    }
-    return EXIT_SUCCESS;
+    const bool first = logAndUnload(arguments[2], arguments[3], 1, finish);
+    const bool second = logAndUnload(arguments[2], arguments[3], 6, finish);
+    return first && second == finish ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -8,12 +8,12 @@
 
 // What the programs that end have in common.
 
-namespace ZAV {
-namespace TestSupport {
+namespace ZAV::TestSupport {
 
 /// Sets the library up with a synchronous appender, and with asynchronous ones that write nothing before the
-/// process ends. One of these fails; it writes the messages of the logger "broken" alone.
-inline bool initForEnd(const std::string& directory) {
+/// process ends, unless the waiting period is a shorter one. One of these fails; it writes the messages of
+/// the logger "broken" alone.
+inline bool initForEnd(const std::string& directory, const std::string& waitingPeriod = "3600") {
     Util::Properties properties;
     properties["appender.sync"] = "FileAppender";
     properties["appender.sync.dir"] = directory;
@@ -25,7 +25,7 @@ inline bool initForEnd(const std::string& directory) {
     properties["appender.queued.asynchronous"] = "true";
     properties["appender.queued.dir"] = directory;
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
-    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "3600";
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = waitingPeriod;
     return Log::LogManager::init(properties);
 }
 
@@ -35,5 +35,4 @@ inline void logNumbers(int first, int last) {
     }
 }
 
-} // namespace TestSupport
-} // namespace ZAV
+} // namespace ZAV::TestSupport

@@ -3,21 +3,19 @@
 #include "TestSupport.h"
 
 #include "log/LogLine.h"
-#include "log/LogManager.h"
 #include "log/appenders/FileAppender.h"
 #include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "platform/OutputFile.h"
-#include "zav-util/Properties.h"
 
 #include <algorithm>
-#include <gmock/gmock.h>
 #include <memory>
 #include <windows.h>
 
 using namespace ZAV;
 using namespace ZAV::Log;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 using TestSupport::makeMessage;
 
@@ -88,8 +86,8 @@ TEST_F(WindowsFiles, AFileThatIsHeldOpenStaysWhereItIsAndLoggingGoesOn) {
     const std::ifstream reader(file(1));
     appender->output(makeMessage("3"));
     appender->output(makeMessage("4"));
-    EXPECT_THAT(readBytes(file(0)), testing::EndsWith(" 4\r\n"));
-    EXPECT_THAT(readBytes(file(1)), testing::EndsWith(" 1\r\n"));
+    EXPECT_THAT(readBytes(file(0)), EndsWith(" 4\r\n"));
+    EXPECT_THAT(readBytes(file(1)), EndsWith(" 1\r\n"));
     EXPECT_FALSE(TestSupport::fileExists(file(2)));
     EXPECT_THAT(failures_.arguments, IsEmpty());
 }
@@ -100,43 +98,27 @@ TEST_F(WindowsFiles, FoldersMayBeWrittenWithBackslashes) {
     std::replace(dir.begin(), dir.end(), '/', '\\');
     makeSeries(dir, 1000)->output(makeMessage("1"));
     makeSeries(dir, 1000)->output(makeMessage("2"));
-    EXPECT_THAT(readBytes(directory_ / "logs/f0"), testing::EndsWith(" 2\r\n"));
-    EXPECT_THAT(readBytes(directory_ / "logs/f1"), testing::EndsWith(" 1\r\n"));
+    EXPECT_THAT(readBytes(directory_ / "logs/f0"), EndsWith(" 2\r\n"));
+    EXPECT_THAT(readBytes(directory_ / "logs/f1"), EndsWith(" 1\r\n"));
     const LogMessage message = makeMessage("3");
     SimpleFileAppender("y", true, Appender::Filters(), dir, "y").output(message);
     EXPECT_EQ(readBytes(directory_ / "logs/y"), formatLogLineWithProcess(message) + "\r\n");
 }
 
-namespace {
-
-/// Keeps the priority of the thread that writes to it.
-class PriorityAppender : public Appender {
-public:
-    PriorityAppender() : Appender("priority", false) {}
-    std::vector<int> priorities;
-
-protected:
-    void doOutput(const LogMessage&) override { priorities.push_back(GetThreadPriority(GetCurrentThread())); }
-};
-
-} // namespace
-
 TEST(WindowsDispatcher, GivesItsThreadTheConfiguredPriority) {
     AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    PriorityAppender appender;
-    const auto deliverOne = [&] {
+    std::vector<int> priorities;
+    TestSupport::CallingAppender appender(
+        [&](const LogMessage&) { priorities.push_back(GetThreadPriority(GetCurrentThread())); }, false);
+    for (const char* priority : {"25", "0", "26"}) {
+        Util::Properties properties;
+        properties["zav.log.AsynchronousDispatcher.priority"] = priority;
+        dispatcher.configure(properties);
         dispatcher.enqueue(makeMessage("a"));
         dispatcher.registerAsynchronousAppender(&appender);
         dispatcher.stop();
         dispatcher.unregisterAsynchronousAppender(&appender);
-    };
-    deliverOne();
-    for (const char* priority : {"0", "25", "26"}) {
-        Util::Properties properties;
-        properties["zav.log.AsynchronousDispatcher.priority"] = priority;
-        dispatcher.configure(properties);
-        deliverOne();
     }
-    EXPECT_THAT(appender.priorities, ElementsAre(THREAD_PRIORITY_NORMAL, THREAD_PRIORITY_LOWEST,
-                                                 THREAD_PRIORITY_NORMAL, THREAD_PRIORITY_HIGHEST));
+    EXPECT_THAT(priorities,
+                ElementsAre(THREAD_PRIORITY_NORMAL, THREAD_PRIORITY_LOWEST, THREAD_PRIORITY_HIGHEST));
 }

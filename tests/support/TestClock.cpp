@@ -1,18 +1,25 @@
-#include "CountingClock.h"
+#include "TestClock.h"
 
 #include "platform/Clock.h"
 
+#include <atomic>
+
+namespace ZAV {
+
 namespace {
 
+std::atomic<std::uint64_t> milliseconds{1367935407123};
 thread_local std::size_t readings = 0;
 
 } // namespace
 
-namespace ZAV {
-
 std::uint64_t Platform::currentMilliseconds() {
     ++readings;
-    return 1367935407123;
+    return milliseconds;
+}
+
+void TestSupport::setClock(Util::TimeUtils::Time time) {
+    milliseconds = time.microseconds() / 1000;
 }
 
 std::size_t TestSupport::clockReadingsOfThisThread() {

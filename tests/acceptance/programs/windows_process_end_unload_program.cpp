@@ -27,9 +27,7 @@ bool logAndFree(const char* path, const char* directory, int first, bool finish)
 
 int main(int, char** arguments) {
     const bool finish = std::strcmp(arguments[1], "finish") == 0;
-    const char* const path = arguments[2];
-    const char* const directory = arguments[3];
-    const bool first = logAndFree(path, directory, 1, finish);
-    const bool second = logAndFree(path, directory, 6, finish);
+    const bool first = logAndFree(arguments[2], arguments[3], 1, finish);
+    const bool second = logAndFree(arguments[2], arguments[3], 6, finish);
     return first && second == finish ? EXIT_SUCCESS : EXIT_FAILURE;
 }
