@@ -89,7 +89,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAndTheChildWritesItsOwn) {
         expectEnd(ZAV_LOG_FORK_PROGRAM, way);
         Words expected = numbersTo(10);
         expected.insert(expected.begin() + 5, "child");
-        EXPECT_THAT(queued(), UnorderedElementsAreArray(expected)) << way;
+        EXPECT_THAT(queued(), testing::UnorderedElementsAreArray(expected)) << way;
         EXPECT_EQ(synchronous(), expected) << way;
         // A leak sanitizer says a word of its own about the threads of a forked process.
         EXPECT_THAT(errors(), Not(HasSubstr("og message"))) << way;
