@@ -33,7 +33,7 @@ void append(MessageQueue& queue, const std::string& text) {
 std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
     for (MessageBatch::Reader messages(batch); messages.hasNext();) {
-        texts.push_back(messages.next().getText());
+        texts.emplace_back(messages.next().text);
     }
     return texts;
 }
@@ -160,14 +160,14 @@ TEST(MessageBatch, GivesEveryFieldBack) {
     batch.append(messages[1]);
     MessageBatch::Reader reader(batch);
     for (const LogMessage& message : messages) {
-        const LogMessage read = reader.next();
-        EXPECT_EQ(read.getLoggerName(), message.getLoggerName());
-        EXPECT_EQ(read.getTime(), message.getTime());
-        EXPECT_EQ(read.getLevel(), message.getLevel());
-        EXPECT_EQ(read.getText(), message.getText());
-        EXPECT_EQ(read.getLine(), message.getLine());
-        EXPECT_EQ(read.getFile(), message.getFile());
-        EXPECT_EQ(read.getType(), message.getType());
+        const MessageFields read = reader.next();
+        EXPECT_EQ(read.loggerName, message.getLoggerName());
+        EXPECT_EQ(read.time, message.getTime());
+        EXPECT_EQ(read.level, message.getLevel());
+        EXPECT_EQ(read.text, message.getText());
+        EXPECT_EQ(read.line, message.getLine());
+        EXPECT_EQ(read.file, message.getFile());
+        EXPECT_EQ(read.type, message.getType());
     }
     EXPECT_FALSE(reader.hasNext());
 }
@@ -181,7 +181,7 @@ TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     }
     EXPECT_EQ(textsOf(batch), expected);
     for (std::size_t i = 0; i < 200; ++i) {
-        EXPECT_EQ(batch.front().getText(), expected[i]);
+        EXPECT_EQ(batch.front().text, expected[i]);
         batch.removeFront();
     }
     expected.erase(expected.begin(), expected.begin() + 200);
