@@ -38,7 +38,7 @@ public:
     /// \return the full names of all loggers but the root, parents before their children
     static std::vector<std::string> getLoggerNames();
 
-    /// Applies the keys `logger.<name>.level` and `logger.<name>.expiration`, parents before their children.
+    /// Applies the keys `logger.NAME.level` and `logger.NAME.expiration`, parents before their children.
     /// A bad value is reported on the standard error stream and leaves its setting as it was. Each level
     /// issues the command "DynamicLogLevelFilterSoft"; what its listeners throw is reported likewise if it is
     /// a `std::exception`, and reaches the caller otherwise.
