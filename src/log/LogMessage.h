@@ -10,7 +10,7 @@
 namespace ZAV {
 namespace Log {
 
-/// The record of one logging event. Its fields cannot be set, so any number of threads may read it.
+/// The record of one logging event. Its fields never change, so any number of threads may read it.
 class ZAV_LOG_API LogMessage {
 public:
     /// \param loggerName full name of the logger; "root" for the root logger
