@@ -10,8 +10,8 @@
 namespace ZAV {
 namespace Log {
 
-/// The record of one logging event. Its fields cannot be set, so any number of threads may read it. Appenders
-/// and filters must not keep a reference to it beyond their call; they may keep a copy.
+/// The record of one logging event. Its fields never change, so any number of threads may read it. An
+/// appender or a filter must not keep a reference to it beyond its call; it may keep a copy.
 class ZAV_LOG_API LogMessage {
 public:
     /// \param loggerName full name of the logger; "root" for the root logger

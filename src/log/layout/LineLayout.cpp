@@ -14,8 +14,8 @@
 namespace ZAV {
 namespace Log {
 
-// A line is written into room made for the longest that it can be, and then cut to its length: a string that
-// grows field by field looks at its capacity each time.
+// A line is written into room for its longest possible form and then cut to its length: a string that grew
+// field by field would check its capacity each time.
 
 namespace {
 
@@ -61,24 +61,24 @@ char* writeMessage(char* position, const MessageFields& message) {
     return writeField(position, message.text);
 }
 
-/// The program stays the same, and asking the system for it costs as much as opening a file. Never destroyed,
-/// since threads may still log while the process ends.
+/// The name cannot change, and asking the system for it costs as much as opening a file. It is never
+/// destroyed, since threads may still log while the process ends.
 const std::string& programName() {
     static const std::string& name = *new std::string(Util::getProgramName());
     return name;
 }
 
-/// The host's name as a thread last asked for it.
+/// The host's name, as a thread last read it.
 struct KnownHost {
-    std::uint64_t second; ///< since 1970, of the message that it was asked for; 0 before the first one
+    std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read
     std::size_t length;
     char name[256];
 };
 
 thread_local KnownHost knownHost{};
 
-/// The host may be renamed while the program runs, but asking for its name costs a good part of what a line
-/// does: it is asked for once a second.
+/// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
+/// line costs, so it is read once a second.
 std::string_view hostName(const MessageFields& message) {
     KnownHost& host = knownHost;
     const std::uint64_t second = message.time.microseconds() / 1000000;
@@ -90,7 +90,7 @@ std::string_view hostName(const MessageFields& message) {
     return std::string_view(host.name, host.length);
 }
 
-/// The process's id is asked for every time, since a program that forks gets another.
+/// The process id is read every time, since it changes in a process that forks.
 std::string describeProcess(const MessageFields& message) {
     char id[NUMBER_LENGTH];
     const char* const idEnd = writeNumber(id, Platform::processId());
