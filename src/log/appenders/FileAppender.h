@@ -63,7 +63,7 @@ private:
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Platform::CriticalSection criticalSection_; ///< one message at a time
+    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 
     const FileOptions options_;
     const std::string livePath_;

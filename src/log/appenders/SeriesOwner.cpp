@@ -3,68 +3,62 @@
 #include "platform/CriticalSection.h"
 #include "platform/Process.h"
 
-#include <algorithm>
-#include <vector>
+#include <atomic>
+#include <map>
 
 namespace ZAV {
 namespace Log {
 
-namespace {
-
-struct Entry {
+struct SeriesOwner::Series {
     std::string livePath;
-    int processId;
+    std::atomic<int> processId{Platform::processId()}; ///< of the process that rotates
+    unsigned users = 0;                                ///< objects of this class, guarded by the table's lock
 };
 
-struct Table {
-    Platform::CriticalSection lock; ///< nothing else is taken while it is held
-    std::vector<Entry> entries ZAV_LOG_GUARDED_BY(lock);
+struct SeriesOwner::Table {
+    Platform::CriticalSection lock{Platform::AWAITED_BY_FORK};
+    std::map<std::string, Series> series ZAV_LOG_GUARDED_BY(lock);
+
+    Series& enter(const std::string& livePath) {
+        const Platform::ScopedLock scope(lock);
+        Series& entered = series[livePath];
+        entered.livePath = livePath;
+        ++entered.users;
+        return entered;
+    }
+
+    /// A series that the parent rotates stays in the table of a forked child.
+    void leave(Series& left) {
+        const Platform::ScopedLock scope(lock);
+        --left.users;
+        if (left.users == 0 && left.processId == Platform::processId()) {
+            series.erase(series.find(left.livePath));
+        }
+    }
 };
 
 /// Never destroyed, since threads may still log while the process ends.
-Table& table() {
-    static Table& entries = *new Table;
-    return entries;
+SeriesOwner::Table& SeriesOwner::table() {
+    static Table& table = *new Table;
+    return table;
 }
 
-/// \return the process that rotates the series: the one that this process was forked from, if that is still
-///         alive, or this one, which is then entered
-int enter(const std::string& livePath) {
-    const int self = Platform::processId();
-    Table& known = table();
-    const Platform::ScopedLock lock(known.lock);
-    for (const Entry& entry : known.entries) {
-        const bool isOthers = entry.livePath == livePath && entry.processId != self;
-        if (isOthers && Platform::isProcessAlive(entry.processId)) {
-            return entry.processId;
-        }
-    }
-    known.entries.push_back({livePath, self});
-    return self;
-}
+/// So that no thread makes it while another one forks.
+const SeriesOwner::Table& SeriesOwner::madeAtLoad = table();
 
-} // namespace
+SeriesOwner::SeriesOwner(const std::string& livePath) : series_(table().enter(livePath)) {}
 
-SeriesOwner::SeriesOwner(const std::string& livePath) : livePath_(livePath), processId_(enter(livePath)) {}
-
-/// What the parent rotates stays entered in a forked child.
 SeriesOwner::~SeriesOwner() {
-    Table& known = table();
-    const Platform::ScopedLock lock(known.lock);
-    const auto own = std::find_if(known.entries.begin(), known.entries.end(), [this](const Entry& entry) {
-        return entry.livePath == livePath_ && entry.processId == Platform::processId();
-    });
-    if (own != known.entries.end() && own->processId == processId_) {
-        known.entries.erase(own);
-    }
+    table().leave(series_);
 }
 
 bool SeriesOwner::mayRotate() {
     const int self = Platform::processId();
-    if (processId_ != self && !Platform::isProcessAlive(processId_)) {
-        processId_ = enter(livePath_);
+    int rotating = series_.processId;
+    if (rotating == self) {
+        return true;
     }
-    return processId_ == self;
+    return !Platform::isProcessAlive(rotating) && series_.processId.compare_exchange_strong(rotating, self);
 }
 
 } // namespace Log

@@ -5,9 +5,9 @@
 namespace ZAV {
 namespace Log {
 
-/// Says whether this process may rotate a series of files. A forked child that carried on where its parent
-/// rotates would tear the parent's files away, so it may not while the parent lives, also with an appender
-/// that it makes itself for the same files.
+/// Says whether this process may rotate a series of files. A forked child that rotated would tear the files
+/// away from its parent, so it may not while the parent lives, also with an appender that it makes itself for
+/// the same files.
 ///
 /// Which process rotates which series is remembered for the whole process, and forked with it.
 class SeriesOwner {
@@ -18,13 +18,17 @@ public:
     SeriesOwner(const SeriesOwner&) = delete;
     SeriesOwner& operator=(const SeriesOwner&) = delete;
 
-    /// Asks whether this process may rotate the series. It takes the series over if the process that rotated
-    /// it has ended.
+    /// Asks whether this process may rotate the series, and takes the series over if the process that rotated
+    /// it has ended. Takes no lock.
     bool mayRotate();
 
 private:
-    std::string livePath_;
-    int processId_; ///< of the process that rotates
+    struct Series;
+    struct Table;
+    static Table& table();
+    static const Table& madeAtLoad;
+
+    Series& series_;
 };
 
 } // namespace Log

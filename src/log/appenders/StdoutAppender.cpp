@@ -2,7 +2,7 @@
 
 #include "log/layout/LineEscaping.h"
 #include "log/layout/LineLayout.h"
-#include "platform/NoCancellation.h"
+#include "platform/CancellationGuard.h"
 
 #include <ostream>
 

@@ -1,6 +1,6 @@
 #include "platform/Directory.h"
 
-#include "platform/NoCancellation.h"
+#include "platform/CancellationGuard.h"
 
 #include <dirent.h>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "platform/Files.h"
 
-#include "platform/NoCancellation.h"
+#include "platform/CancellationGuard.h"
 
 #include <cerrno>
 #include <cstdio>
