@@ -94,7 +94,8 @@ bool OutputFile::endsInTornLine(const std::string& path) const noexcept {
     }
     char last = '\n';
     DWORD count = 0;
-    const LARGE_INTEGER lastCharacter = {{static_cast<DWORD>(-1), -1}};
+    LARGE_INTEGER lastCharacter;
+    lastCharacter.QuadPart = -1;
     return SetFilePointerEx(file.get(), lastCharacter, nullptr, FILE_END) &&
            ReadFile(file.get(), &last, 1, &count, nullptr) && count == 1 && last != '\n';
 }
