@@ -1,9 +1,10 @@
 #include "log/Appender.h"
 
+#include "ForcedUnwind.h"
 #include "log/LogException.h"
 #include "log/LogLine.h"
-#include "log/LogManager.h"
 #include "log/LogMessage.h"
+#include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ Appender::Appender(const std::string& name, bool synchronous, const Filters& fil
     : name_(name), synchronous_(synchronous), filters_(filters) {}
 
 Appender::~Appender() {
-    LogManager::unregisterCommandListener(name_);
+    CommandBus::instance().unregisterListeners(name_);
 }
 
 void Appender::output(const LogMessage& message) {
@@ -35,9 +36,13 @@ void Appender::output(const LogMessage& message) {
     try {
         doOutput(message);
     } catch (const LogException& exception) {
+        FailureReport::count();
         FailureReport::deliver(std::string("LogException from doOutput(msg).\nException = ") +
                                exception.what() + "\nMsg = " + formatLogLine(message));
+    } catch (const Platform::ForcedUnwind&) {
+        throw; // the thread is being cancelled
     } catch (...) {
+        FailureReport::count();
         FailureReport::deliver("Unknown exception from doOutput(msg).\nMsg = " + formatLogLine(message));
     }
 }

@@ -38,8 +38,8 @@ public:
     /// Writes a message that all filters accept, in the calling thread.
     ///
     /// A failure of `doOutput` becomes the command "EXCEPTION" with a report as its argument. What a listener
-    /// of that command or a filter throws reaches the caller. While a thread delivers such a report, failures
-    /// of messages that the listener itself logs are not reported again, which would never end.
+    /// of that command or a filter throws reaches the caller. A listener that logs in answer may bring about
+    /// another failure, which is reported as well, eight reports deep.
     void output(const LogMessage& message);
 
 protected:
@@ -47,9 +47,10 @@ protected:
     /// the lock of the logger that logged the message; an asynchronous one by one thread at a time, without
     /// such a lock.
     ///
-    /// It may log, where that finds an end: while another thread is writing through the same logger, the call
-    /// is made when this one has returned to the application. It must not add or remove appenders or change
-    /// levels.
+    /// It may log, change the levels of loggers, and add and remove appenders, itself included: once an
+    /// appender has removed itself it is not called again. A message for a logger through which another
+    /// thread is writing, and every message behind it, is stamped at once and written when the call that led
+    /// here is over.
     /// \throw LogException to have its text reported; any other exception is reported without a text
     virtual void doOutput(const LogMessage& message) = 0;
 

@@ -5,9 +5,12 @@
 namespace ZAV {
 namespace Log {
 
-/// A net under listeners that are destroyed while they are registered.
+/// A listener that was never registered does not wait for the bus: it may be destroyed under a lock that
+/// another listener wants.
 CommandListener::~CommandListener() {
-    CommandBus::instance().unregisterListener(this);
+    if (wasRegistered_) {
+        CommandBus::instance().unregisterListener(this);
+    }
 }
 
 } // namespace Log

@@ -2,6 +2,7 @@
 
 #include "zav-util/Export.h"
 
+#include <atomic>
 #include <string>
 
 namespace ZAV {
@@ -10,23 +11,32 @@ namespace Log {
 /// Receives commands of the names that it is registered under with `LogManager::registerCommandListener`.
 class ZAV_LOG_API CommandListener {
 public:
-    CommandListener() = default;
-    CommandListener(const CommandListener&) = default;
-    CommandListener& operator=(const CommandListener&) = default;
+    CommandListener() noexcept = default;
+    /// The copy is not registered, and registrations of an assigned one stay as they are.
+    CommandListener(const CommandListener&) noexcept {}
+    CommandListener& operator=(const CommandListener&) noexcept { return *this; }
 
-    /// Takes the listener off the command bus. That is a net, not a licence: a command of another thread may
-    /// still reach what the derived class has destroyed by then.
+    /// Takes the listener off the command bus, if it was ever registered, and waits for a command that
+    /// another thread is delivering. Do not rely on it: by then the derived class is destroyed already, and a
+    /// command may still reach it. Unregister the listener first.
     virtual ~CommandListener();
 
     /// Called in the thread that issues the command, while the command bus is locked: commands come one at a
     /// time.
     ///
-    /// It may issue further commands, look up and make loggers and log through them; while another thread is
-    /// writing through that logger, the call is made when the command is delivered. It must not change levels
-    /// or appenders of loggers, must not register listeners, and must not call `LogManager::init` or
-    /// `finish`. A listener of "EXCEPTION" must not log to an asynchronous appender that fails: each report
-    /// would bring the next. What it throws ends the delivery and reaches the command's issuer.
+    /// It may log, look up and make loggers, change their levels, expiration and appenders, and issue further
+    /// commands. A message for a logger through which another thread is writing, and every message behind it,
+    /// is stamped at once and written when the command has been delivered. It must not register or unregister
+    /// listeners, and must not call `LogManager::init` or `finish`. What it throws ends the delivery and
+    /// reaches the command's issuer.
+    ///
+    /// A listener of "EXCEPTION" may log to an appender that fails: that failure is reported as well, eight
+    /// reports deep, and no more than 1024 reports in one call.
     virtual void onCommand(const std::string& argument) = 0;
+
+private:
+    friend class CommandBus;
+    std::atomic<bool> wasRegistered_{false};
 };
 
 } // namespace Log

@@ -5,6 +5,7 @@
 #include "log/appenders/AppenderRegistry.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
+#include "log/commands/FailureReport.h"
 #include "zav-util/Properties.h"
 
 namespace ZAV {
@@ -49,6 +50,16 @@ void finish() {
     AsynchronousDispatcher::instance().stop();
     AppenderRegistry::instance().destroyAppenders();
     initialised = false;
+}
+
+bool flush(const Util::TimeUtils::Time& timeout) {
+    return AsynchronousDispatcher::instance().flush(timeout);
+}
+
+LogStatistics statistics() {
+    LogStatistics statistics = AsynchronousDispatcher::instance().statistics();
+    statistics.failed = FailureReport::counted();
+    return statistics;
 }
 
 void registerCommandListener(const std::string& name, CommandListener* listener) {

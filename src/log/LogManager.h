@@ -1,6 +1,8 @@
 #pragma once
 
+#include "log/LogStatistics.h"
 #include "zav-util/Export.h"
+#include "zav-util/TimeUtils.h"
 
 #include <string>
 
@@ -34,9 +36,21 @@ ZAV_LOG_API bool init(const std::string& fileName);
 /// Takes down what `init` set up: empties the command bus, stops the consumer thread after the round that it
 /// is in, detaches and destroys the appenders. Loggers and their levels stay. It may be called in any state,
 /// but not from an appender or a command listener. Messages for asynchronous appenders that are logged while
-/// it runs may stay queued for the next `init`; if none comes, they are shown on the standard error stream
-/// when the process ends.
+/// the consumer is in its last round stay queued for the next `init`; if none comes, they are shown on the
+/// standard error stream when the process ends. Call `flush` first, or use a `LogSession`.
 ZAV_LOG_API void finish();
+
+/// Has the asynchronous appenders written to at once, and waits until every message that was queued before
+/// the call has been given to them or was discarded. A `finish` that follows loses nothing of what the thread
+/// logged.
+/// \param timeout 0 for no limit
+/// \return true if so; false if the time is over, and at once where the wait could have no end: with messages
+///         waiting inside an appender or a command listener, in the consumer thread, and where no consumer
+///         runs
+ZAV_LOG_API bool flush(const Util::TimeUtils::Time& timeout = Util::TimeUtils::Time());
+
+/// \return what was counted since the library was loaded; nobody is stopped for it
+ZAV_LOG_API LogStatistics statistics();
 
 /// Registers a listener behind those that the name already has, without a look for duplicates. It waits for a
 /// command that another thread is delivering, and must not be called from a listener.

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "log/Level.h"
-#include "platform/CriticalSection.h"
 #include "zav-util/Export.h"
 #include "zav-util/TimeUtils.h"
 
 #include <atomic>
-#include <list>
-#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -17,16 +15,15 @@ namespace Log {
 
 class Appender;
 class ConfigurationMessage;
-class LogMessage;
-class LoggingScope;
 
 /// A node in the tree of named loggers. `LoggerFactory` hands loggers out; references to them stay valid
 /// until the process ends.
 ///
-/// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree at that
-/// moment, and a new logger copies them from its parent; a logging call asks this logger alone. All
-/// operations may be called from any thread. Locks are taken from a parent to its children, never the other
-/// way. Looking a logger up, and making one, never waits for a logger that is writing.
+/// Levels, expiration durations and appenders that are set on a logger spread to its whole subtree in one
+/// step, and a new logger copies them from its parent; a logging call asks this logger alone. All operations
+/// may be called from any thread, from an appender and from a command listener. The messages of one logger
+/// are dispatched one at a time; looking a logger up, making one and changing its settings never waits for
+/// that.
 class Logger {
 public:
     Logger(const Logger&) = delete;
@@ -43,9 +40,11 @@ public:
 
     /// Logs a message; below the logger's level the call costs one comparison.
     ///
-    /// Synchronous appenders write it before the call returns; only a call from an appender or a command
-    /// listener may be made later. Failures of appenders become the command "EXCEPTION" and do not reach the
-    /// caller; what a listener of that command throws does.
+    /// Synchronous appenders write it before the call returns. Only a message that an appender or a command
+    /// listener logs may be written later: it is stamped and judged by the level at once, and written in its
+    /// order when that appender's or listener's own call is over. Failures of appenders become the command
+    /// "EXCEPTION" and do not reach the caller; what a listener of that command throws does, and
+    /// `std::bad_alloc`.
     /// \param text written as it is
     /// \param line source line; 0 or less if none is given
     /// \param file source file; empty if none is given
@@ -97,56 +96,35 @@ public:
     ZAV_LOG_API void addAppender(Appender* appender);
 
     /// Removes all entries of an appender from this logger and its subtree. Once it returns, none of these
-    /// loggers is calling the appender.
+    /// loggers is calling the appender. Only if it is called from an appender or a command listener, for
+    /// example by an appender that removes itself, it does not wait: other threads may be inside the appender
+    /// for a moment longer.
     ZAV_LOG_API void removeAppender(Appender* appender);
 
 private:
     friend class LoggerFactory;
-
-    /// Lets the map of children destroy them, and nobody else.
-    struct Deleter {
-        void operator()(Logger* logger) const { delete logger; }
-    };
-    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>>;
+    friend class MessageStream;
+    struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);
-    ~Logger() = default;
+    ~Logger();
 
     void log(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
         if (isLoggable(level)) {
-            logLoggable(level, text, line, file);
+            logPassed(level, text, line, file);
         }
     }
 
-    ZAV_LOG_API void logLoggable(Level::LogLevel level, const std::string& text, int line,
-                                 const std::string& file);
-    void dispatchMessage(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
-    bool isExpired(Util::TimeUtils::Time now) const ZAV_LOG_REQUIRES(criticalSection_);
-    bool lockFrom(const LoggingScope& scope) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
+    /// Logs a message that has passed the first comparison.
+    ZAV_LOG_API void logPassed(Level::LogLevel level, std::string_view text, int line, std::string_view file);
 
     Logger& getLogger(const std::string& path);
     const Logger* findLogger(const std::string& path) const;
     std::vector<std::string> getLoggerNames() const;
-    Logger& getChild(const std::string& shortName);
-    Logger* findChild(const std::string& shortName) const;
-    std::vector<Logger*> getChildren() const ZAV_LOG_REQUIRES(treeLock_);
 
-    Logger* const parent_;
     std::string name_; ///< never changes after the construction
-    /// Written under the lock, read without it.
     std::atomic<Level::LogLevel> level_;
-    Util::TimeUtils::Time levelSetTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    // Inherited by new children: they change under both locks, so that either one is enough to read them.
-    Util::TimeUtils::Time expirationTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    std::list<Appender*> appenders_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    /// Held while a message is dispatched, and while a setting changes and spreads.
-    mutable Platform::CriticalSection criticalSection_;
-
-    /// Guards the children and what a new one inherits. Nothing is waited for while it is held, so that
-    /// loggers can be looked up and made from anywhere, also from inside an appender or a listener.
-    mutable Platform::CriticalSection treeLock_;
-    /// By the short name: one component of the dotted name. None is removed.
-    Children children_ ZAV_LOG_GUARDED_BY(treeLock_);
+    const std::unique_ptr<Inside> inside_;
 };
 
 } // namespace Log

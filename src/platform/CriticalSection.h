@@ -1,37 +1,35 @@
 #pragma once
 
+#include "NativeLock.h" // the system's own, from the folder of the system
 #include "platform/ThreadAnnotations.h"
 
 namespace ZAV {
 namespace Platform {
 
-/// A recursive lock: the thread that holds it may take it again and releases it as often.
-///
-/// Not for applications: it can be seen because `Logger` has two. The system's own lock lives in `storage_`,
-/// so that this header pulls in no header of the system.
+/// A recursive lock: the thread that holds it may take it again and releases it as often. A thin wrapper of
+/// the system's, in a form that the thread-safety analysis knows.
 class ZAV_LOG_CAPABILITY("critical section") CriticalSection {
 public:
-    CriticalSection();
-    ~CriticalSection();
+    /// \param rule what a fork does about the lock while another thread holds it
+    explicit CriticalSection(ForkRule rule = FREED_IN_CHILD) : native_(rule) {}
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
 
     /// Waits until no other thread holds the lock, then holds it.
-    void lock() ZAV_LOG_ACQUIRE();
+    void lock() ZAV_LOG_ACQUIRE() { native_.lock(); }
 
     /// Holds the lock if no other thread does.
     /// \return true if the caller holds it now; false, without waiting, if another thread does
-    bool tryLock() ZAV_LOG_TRY_ACQUIRE(true);
+    bool tryLock() ZAV_LOG_TRY_ACQUIRE(true) { return native_.tryLock(); }
 
     /// Gives one `lock` back; the caller must hold the lock.
-    void unlock() ZAV_LOG_RELEASE();
+    void unlock() ZAV_LOG_RELEASE() { native_.unlock(); }
 
-    /// Tells the thread-safety analysis that no other thread can be here, for a reason that the caller
-    /// states.
-    void assumeExclusive() const ZAV_LOG_ASSERT_HELD(this) {}
+    /// \return true if the caller, who holds the lock, has taken it once only
+    bool isHeldOnce() const ZAV_LOG_REQUIRES(this) { return native_.isHeldOnce(); }
 
 private:
-    alignas(16) unsigned char storage_[64];
+    NativeLock native_;
 };
 
 /// Says that a scope takes over a lock that is held already.

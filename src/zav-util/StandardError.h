@@ -1,13 +1,13 @@
 #pragma once
 
-#include <string>
+#include <string_view>
 
 namespace ZAV {
 namespace Util {
 
-/// Writes a line and its end to the standard error stream in one piece and flushes it. It never throws: a
-/// report that cannot be written must not disturb what it reports on.
-void writeErrorLine(const std::string& line) noexcept;
+/// Writes a line, given in one or two parts, and its end to the standard error stream in one piece and
+/// flushes it. It never throws: a report that cannot be written must not disturb what it reports on.
+void writeErrorLine(std::string_view begin, std::string_view rest = std::string_view()) noexcept;
 
 } // namespace Util
 } // namespace ZAV

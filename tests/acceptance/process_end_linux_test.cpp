@@ -102,16 +102,18 @@ TEST_F(QueueAtProcessEnd, IsEmptyAfterFinishAndUnloading) {
     EXPECT_THAT(errors(), IsEmpty());
 }
 
-TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAlone) {
+TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAndTheChildWritesItsOwn) {
     for (const char* way : {"exit", "finish"}) {
         std::filesystem::remove(directory_ / "queued");
         std::filesystem::remove(directory_ / "sync0");
         runAndExpect(ZAV_LOG_FORK_PROGRAM, way);
-        EXPECT_EQ(queued(), numbersTo(10)) << way;
         std::vector<std::string> expected = numbersTo(10);
+        expected.insert(expected.begin(), "child");
+        EXPECT_EQ(queued(), expected) << way;
+        expected = numbersTo(10);
         expected.insert(expected.begin() + 5, "child");
         EXPECT_EQ(synchronous(), expected) << way;
         // A leak sanitizer says a word of its own about the threads of a forked process.
-        EXPECT_THAT(errors(), Not(HasSubstr("log message"))) << way;
+        EXPECT_THAT(errors(), Not(HasSubstr("og message"))) << way;
     }
 }

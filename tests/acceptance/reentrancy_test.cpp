@@ -61,12 +61,15 @@ protected:
 
 const char* const LOGGERS[] = {"net", "net.tcp", "db"};
 
-/// Logs each report through every logger.
+/// Logs through every logger in answer to the report of a message, but not of an answer.
 class LoggingListener : public CommandListener {
 public:
-    void onCommand(const std::string&) override {
+    void onCommand(const std::string& report) override {
+        if (report.find("ERROR answer") != std::string::npos) {
+            return;
+        }
         for (const char* name : LOGGERS) {
-            LoggerFactory::getLogger(name).error("report", 0, "");
+            LoggerFactory::getLogger(name).error("answer", 0, "");
         }
         ++reports_;
     }
@@ -124,7 +127,7 @@ TEST_F(Reentrancy, AListenerMayLogThroughLoggersThatOtherThreadsHold) {
     logInThreads(); // a hang here is the failure
     root_.removeAppender(&failing);
     EXPECT_EQ(recorder_.count("message"), THREADS * MESSAGES);
-    EXPECT_EQ(recorder_.count("report"), 3 * THREADS * MESSAGES);
+    EXPECT_EQ(recorder_.count("answer"), 3 * THREADS * MESSAGES);
 }
 
 TEST_F(Reentrancy, AListenerMayLogInTheConsumerThread) {
@@ -144,7 +147,7 @@ TEST_F(Reentrancy, AListenerMayLogInTheConsumerThread) {
     });
     listener.waitFor(THREADS * MESSAGES); // a hang here is the failure
     LogManager::finish();
-    EXPECT_EQ(recorder_.count("report"), 3 * THREADS * MESSAGES);
+    EXPECT_EQ(recorder_.count("answer"), 3 * THREADS * MESSAGES);
 }
 
 namespace {

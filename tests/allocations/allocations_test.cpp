@@ -52,12 +52,13 @@ TEST_F(LoggingCost, NoAllocationForARejectedCall) {
     EXPECT_EQ(allocationsOf([this] { ZAV_LOG_DEBUG(logger_, LONG << std::string(1000, 'y')); }), 0U);
 }
 
-TEST_F(LoggingCost, OneAllocationForAMessageBesideItsStrings) {
+TEST_F(LoggingCost, NoAllocationForAMessageBesideItsStrings) {
     NullAppender appender;
     logger_.addAppender(&appender);
-    EXPECT_EQ(allocationsOf([this] { logger_.info(SHORT, 1, SHORT); }), 1U);
-    EXPECT_EQ(allocationsOf([this] { logger_.info(LONG, 1, SHORT); }), 2U);
-    EXPECT_EQ(allocationsOf([this] { logger_.info(LONG, 1, LONG); }), 3U);
+    logger_.info(SHORT, 1, SHORT); // the first one copies the list of appenders
+    EXPECT_EQ(allocationsOf([this] { logger_.info(SHORT, 1, SHORT); }), 0U);
+    EXPECT_EQ(allocationsOf([this] { logger_.info(LONG, 1, SHORT); }), 1U);
+    EXPECT_EQ(allocationsOf([this] { logger_.info(LONG, 1, LONG); }), 2U);
     logger_.removeAppender(&appender);
 }
 
@@ -85,7 +86,8 @@ TEST_F(LoggingCost, NoAllocationForALineInAnOpenFile) {
     properties["appender.file.dir"] = directory_.path();
     LogManager::init(properties);
     logger_.info(LONG, 1, SHORT);
-    EXPECT_EQ(allocationsOf([this] { logger_.info(SHORT, 1, SHORT); }), 1U);
+    logger_.info(SHORT, 1, SHORT); // the first one copies the list of appenders
+    EXPECT_EQ(allocationsOf([this] { logger_.info(SHORT, 1, SHORT); }), 0U);
 }
 
 TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
@@ -103,6 +105,5 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
         }
     });
     // The queue takes a block for every few hundred messages.
-    EXPECT_GE(allocations, MESSAGES);
-    EXPECT_LE(allocations, MESSAGES + MESSAGES / 100);
+    EXPECT_LE(allocations, MESSAGES / 100);
 }

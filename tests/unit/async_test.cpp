@@ -145,7 +145,7 @@ protected:
 };
 
 void enqueue(const std::string& text) {
-    AsynchronousDispatcher::instance().enqueue(TestSupport::makeMessage(text));
+    AsynchronousDispatcher::instance().enqueue(TestSupport::makeMessage(text), true);
 }
 
 } // namespace

@@ -51,7 +51,8 @@ TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     }
     EXPECT_EQ(textsOf(batch), expected);
     for (std::size_t i = 0; i < 200; ++i) {
-        EXPECT_EQ(batch.removeFront().getText(), expected[i]);
+        EXPECT_EQ(batch.front().getText(), expected[i]);
+        batch.removeFront();
     }
     expected.erase(expected.begin(), expected.begin() + 200);
     EXPECT_EQ(textsOf(batch), expected);

@@ -1,6 +1,5 @@
 #include "log/appenders/AppenderBuilder.h"
 
-#include "log/LogManager.h"
 #include "log/commands/CommandBus.h"
 #include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
@@ -62,7 +61,7 @@ void AppenderBuilder::addDynamicLevelFilter(const Util::Properties& properties) 
     const boost::shared_ptr<FilterLogLevelDynamic> filter(new FilterLogLevelDynamic(name_, properties),
                                                           UnregisteringDeleter());
     filters_.push_back(filter);
-    LogManager::registerCommandListener(DYNAMIC_LEVEL_COMMAND, filter.get());
+    CommandBus::instance().registerListener(DYNAMIC_LEVEL_COMMAND, filter.get());
 }
 
 bool AppenderBuilder::getSetting(const Util::Properties& properties, const std::string& suffix,

@@ -24,20 +24,33 @@ AppenderRegistry& AppenderRegistry::instance() {
     return registry;
 }
 
+namespace {
+
+/// So that no thread makes it while another one forks.
+const AppenderRegistry& madeAtLoad = AppenderRegistry::instance();
+
+} // namespace
+
 void AppenderRegistry::registerFactory(const std::string& className, AbstractAppenderFactory* factory) {
+    boost::shared_ptr<AbstractAppenderFactory> replaced(factory);
     const ScopedLock lock(factoriesLock_);
-    factories_[className] = boost::shared_ptr<AbstractAppenderFactory>(factory);
+    const ScopedLock tablesLock(tablesLock_);
+    factories_[className].swap(replaced);
 }
 
 void AppenderRegistry::registerAppender(Appender* appender) {
-    std::unique_ptr<Appender> owned(appender);
+    CreatedAppenders added;
+    added.emplace_back(appender);
     const ScopedLock lock(createdAppendersLock_);
     if (hasAppender(appender->getName())) {
         const std::string problem = "Appender " + appender->getName() + " has already been registered.";
-        owned.reset();
+        added.clear();
         throw LogException(problem);
     }
-    createdAppenders_.push_back(std::move(owned));
+    {
+        const ScopedLock tablesLock(tablesLock_);
+        createdAppenders_.splice(createdAppenders_.end(), added);
+    }
     LoggerFactory::getRootLogger().addAppender(appender);
     if (!appender->isSynchronous()) {
         AsynchronousDispatcher::instance().registerAsynchronousAppender(appender);
@@ -76,16 +89,19 @@ void AppenderRegistry::createAppender(const Util::Properties& properties, const 
     registerAppender(factory->second->create(properties, name));
 }
 
+/// Takes no memory, so that it cannot fail.
 void AppenderRegistry::destroyAppenders() {
     const ScopedLock lock(createdAppendersLock_);
-    for (std::unique_ptr<Appender>& appender : createdAppenders_) {
-        LoggerFactory::getRootLogger().removeAppender(appender.get());
+    while (!createdAppenders_.empty()) {
+        Appender* const appender = createdAppenders_.front().get();
+        LoggerFactory::getRootLogger().removeAppender(appender);
         if (!appender->isSynchronous()) {
-            AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender.get());
+            AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender);
         }
-        appender.reset();
+        CreatedAppenders destroyed; // when it is out of the table, which a forked child must find whole
+        const ScopedLock tablesLock(tablesLock_);
+        destroyed.splice(destroyed.end(), createdAppenders_, createdAppenders_.begin());
     }
-    createdAppenders_.clear();
 }
 
 } // namespace Log

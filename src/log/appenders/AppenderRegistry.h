@@ -39,6 +39,8 @@ public:
     void destroyAppenders();
 
 private:
+    using CreatedAppenders = std::list<std::unique_ptr<Appender>>;
+
     AppenderRegistry() = default;
 
     void createAppender(const Util::Properties& properties, const std::string& name);
@@ -49,7 +51,10 @@ private:
         factories_ ZAV_LOG_GUARDED_BY(factoriesLock_);
 
     Platform::CriticalSection createdAppendersLock_; ///< taken after factoriesLock_
-    std::list<std::unique_ptr<Appender>> createdAppenders_ ZAV_LOG_GUARDED_BY(createdAppendersLock_);
+    CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(createdAppendersLock_);
+
+    /// Held in addition for each step that changes a table, so that a forked child finds it whole.
+    Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
 };
 
 } // namespace Log

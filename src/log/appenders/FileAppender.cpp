@@ -37,13 +37,8 @@ FileAppender::FileAppender(const std::string& name, bool synchronous, const Filt
       openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime) {}
 
 void FileAppender::doOutput(const LogMessage& message) {
-    if (isSynchronous()) {
-        const Platform::ScopedLock lock(criticalSection_);
-        write(message);
-    } else {
-        criticalSection_.assumeExclusive(); // one thread at a time delivers
-        write(message);
-    }
+    const Platform::ScopedLock lock(criticalSection_);
+    write(message);
 }
 
 void FileAppender::write(const LogMessage& message) {

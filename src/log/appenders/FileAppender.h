@@ -56,7 +56,7 @@ private:
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
     std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
     Platform::OutputFile outputFile_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Platform::CriticalSection criticalSection_; ///< one message at a time
+    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 };
 
 } // namespace Log

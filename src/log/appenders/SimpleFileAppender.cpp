@@ -12,13 +12,8 @@ SimpleFileAppender::SimpleFileAppender(const std::string& name, bool synchronous
     : Appender(name, synchronous, filters), dir_(dir), file_(file) {}
 
 void SimpleFileAppender::doOutput(const LogMessage& message) {
-    if (isSynchronous()) {
-        const Platform::ScopedLock lock(criticalSection_);
-        append(message);
-    } else {
-        criticalSection_.assumeExclusive(); // one thread at a time delivers
-        append(message);
-    }
+    const Platform::ScopedLock lock(criticalSection_);
+    append(message);
 }
 
 void SimpleFileAppender::append(const LogMessage& message) const {

@@ -23,7 +23,7 @@ private:
 
     std::string dir_;
     std::string file_;
-    Platform::CriticalSection criticalSection_; ///< one message at a time
+    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 };
 
 } // namespace Log

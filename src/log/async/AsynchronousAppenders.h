@@ -21,13 +21,19 @@ public:
     /// \return true if no appender is left
     bool remove(Appender* appender);
 
-    /// Gives every message of the batch to the first appender, then to the next, and so on. Nothing is
-    /// thrown: what a command listener throws at a report is dropped.
+    bool isEmpty();
+
+    /// Gives every message of the batch to the first appender, then to the next, and so on. The caller must
+    /// be in a `LibraryCall`. Nothing is thrown: what a command listener throws at a report is dropped.
     /// \return false if there is no appender
-    bool deliver(const MessageBatch& batch);
+    bool deliver(const MessageBatch& batch) noexcept;
 
 private:
-    Platform::CriticalSection appendersLock_; ///< held for a whole delivery
+    Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
+
+    /// Held for each single step, so that a forked child finds the list whole.
+    Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
+    /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
 };
 

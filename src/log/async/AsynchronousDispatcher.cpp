@@ -1,9 +1,13 @@
 #include "log/async/AsynchronousDispatcher.h"
 
 #include "log/commands/CommandBus.h"
-#include "log/commands/LoggingScope.h"
-#include "platform/Process.h"
+#include "log/reentrancy/LibraryCall.h"
+#include "log/reentrancy/PutOffMessages.h"
+#include "platform/Fork.h"
 #include "platform/ProcessLifetime.h"
+#include "platform/SignalGuard.h"
+
+#include <exception>
 
 namespace ZAV {
 namespace Log {
@@ -25,6 +29,8 @@ const AsynchronousDispatcher& madeAtLoad = AsynchronousDispatcher::instance();
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
+    Platform::atFork([] { instance().queue_.lockForFork(); }, [] { instance().queue_.unlockInParent(); },
+                     [] { instance().beginInChild(); });
 }
 
 void AsynchronousDispatcher::configure(const Util::Properties& properties) {
@@ -34,14 +40,9 @@ void AsynchronousDispatcher::configure(const Util::Properties& properties) {
 void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender) {
     appenders_.add(appender);
     const ScopedLock lock(threadLock_);
-    if (consumerThread_) {
-        return;
+    if (!consumerThread_) {
+        startConsumer();
     }
-    Platform::keepLibraryLoaded();
-    const ConsumerThreadPtr thread = new ConsumerThread(queue_, appenders_);
-    thread->start();
-    consumerThread_ = thread;
-    consumerProcess_ = Platform::processId();
 }
 
 void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) {
@@ -51,31 +52,57 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
-void AsynchronousDispatcher::enqueue(const LogMessage& message) {
-    queue_.append(message);
+void AsynchronousDispatcher::enqueue(const LogMessage& message, bool mayWait) {
+    queue_.append(message, mayWait);
+    if (wantsConsumer_.load(std::memory_order_relaxed)) {
+        startWantedConsumer();
+    }
+}
+
+bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
+    // The consumer may be waiting for a lock that the thread holds inside an appender or a listener, or be
+    // the thread itself.
+    return LibraryCall::isOpen() ? statistics().waiting == 0 : queue_.flush(timeout);
+}
+
+/// A thread that cannot be started now is tried again with the next message. So is one that another thread is
+/// starting or stopping: waiting for that, with a logger's lock held, could last for ever.
+void AsynchronousDispatcher::startWantedConsumer() noexcept {
+    if (!threadLock_.tryLock()) {
+        return;
+    }
+    const ScopedLock lock(threadLock_, Platform::ADOPT_LOCK);
+    try {
+        if (!consumerThread_ && wantsConsumer_) {
+            startConsumer();
+        }
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+void AsynchronousDispatcher::startConsumer() {
+    Platform::keepLibraryLoaded();
+    const Platform::NoSignals noSignals;
+    const ConsumerThreadPtr thread = new ConsumerThread(queue_, appenders_);
+    queue_.consumerStarts();
+    try {
+        thread->start();
+    } catch (...) {
+        queue_.consumerEnds();
+        throw;
+    }
+    consumerThread_ = thread;
+    wantsConsumer_ = false;
 }
 
 void AsynchronousDispatcher::stop() {
     const ScopedLock lock(threadLock_);
+    wantsConsumer_ = false;
     if (consumerThread_) {
-        stopConsumer();
-    }
-}
-
-void AsynchronousDispatcher::stopConsumer() {
-    const bool runsInThisProcess = consumerProcess_ == Platform::processId();
-    if (runsInThisProcess) {
         consumerThread_->stop();
-    } else {
-        queue_.takeBatch(); // what was queued before the fork is the parent's to write
+        consumerThread_ = nullptr;
     }
-    consumerThread_ = nullptr;
-}
-
-/// A process that was forked off has the queue, but not the thread: the messages are the parent's to write.
-bool AsynchronousDispatcher::isInForkedChild() {
-    const ScopedLock lock(threadLock_);
-    return consumerProcess_ != 0 && consumerProcess_ != Platform::processId();
 }
 
 /// Writes what is still queued when the process ends without `LogManager::finish`. The listeners, which
@@ -84,21 +111,31 @@ bool AsynchronousDispatcher::isInForkedChild() {
 /// A thread that ends the process from inside an appender or a listener holds locks that the consumer may be
 /// waiting for; there the messages are shown on the standard error stream instead.
 void AsynchronousDispatcher::endWithProcess() noexcept {
-    if (isInForkedChild()) {
-        return;
-    }
-    const bool mayWait = !LoggingScope::isOpen();
+    const bool mayWait = !LibraryCall::isOpen();
+    const LibraryCall call;
     if (mayWait) {
         CommandBus::instance().clearCommandListeners();
         stop();
     }
-    MessageBatch batch = queue_.close();
-    if (mayWait && appenders_.deliver(batch)) {
-        return;
+    const MessageBatch batch = queue_.close();
+    const bool isDelivered = mayWait && appenders_.deliver(batch);
+    if (!isDelivered) {
+        MessageQueue::showAll(batch);
     }
-    while (batch.size() > 0) {
-        MessageQueue::discard(batch.removeFront());
+    queue_.endDelivery(batch, isDelivered);
+    PutOffMessages::instance().showAll();
+}
+
+/// What the parent had queued is the parent's to write.
+void AsynchronousDispatcher::beginInChild() noexcept {
+    queue_.renewInChild();
+    PutOffMessages::instance().forgetInChild();
+    const ScopedLock lock(threadLock_);
+    if (consumerThread_) {
+        parentsConsumer_ = consumerThread_;
+        consumerThread_ = nullptr;
     }
+    wantsConsumer_ = !appenders_.isEmpty();
 }
 
 } // namespace Log

@@ -5,6 +5,8 @@
 #include "log/async/MessageQueue.h"
 #include "platform/CriticalSection.h"
 
+#include <atomic>
+
 namespace ZAV {
 namespace Log {
 
@@ -28,7 +30,17 @@ public:
     void unregisterAsynchronousAppender(Appender* appender);
 
     /// Queues a message for the consumer.
-    void enqueue(const LogMessage& message);
+    /// \param mayWait whether to wait for room in a full queue, if that is configured
+    /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
+    void enqueue(const LogMessage& message, bool mayWait);
+
+    /// Waits until what is queued was delivered or discarded.
+    /// \param timeout 0 for no limit
+    /// \return false if messages still wait: the time is over, or the wait could have no end
+    bool flush(Util::TimeUtils::Time timeout);
+
+    /// \return the numbers of the queue; `failed` is not counted here
+    LogStatistics statistics() const { return queue_.statistics(); }
 
     /// Stops the consumer thread, if it runs, after the round that it is in.
     void stop();
@@ -36,15 +48,19 @@ public:
 private:
     AsynchronousDispatcher();
 
-    void stopConsumer() ZAV_LOG_REQUIRES(threadLock_);
-    bool isInForkedChild() ZAV_LOG_EXCLUDES(threadLock_);
+    void startConsumer() ZAV_LOG_REQUIRES(threadLock_);
+    void startWantedConsumer() noexcept ZAV_LOG_EXCLUDES(threadLock_);
     void endWithProcess() noexcept;
+    void beginInChild() noexcept;
 
     MessageQueue queue_;
     AsynchronousAppenders appenders_;
     Platform::CriticalSection threadLock_;
     ConsumerThreadPtr consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    int consumerProcess_ ZAV_LOG_GUARDED_BY(threadLock_) = 0; ///< id of the process that started the thread
+    /// In a forked child, whose parent had a consumer: the first message starts the child's own.
+    std::atomic<bool> wantsConsumer_{false};
+    /// In a forked child: the parent's consumer, which does not run here and is not joined.
+    ConsumerThreadPtr parentsConsumer_;
 };
 
 } // namespace Log

@@ -2,9 +2,12 @@
 
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/ThreadPriority.h"
+#include "zav-util/StandardError.h"
 
 #include <IceUtil/ThreadException.h>
+#include <exception>
 
 namespace ZAV {
 namespace Log {
@@ -17,15 +20,33 @@ void ConsumerThread::stop() {
     getThreadControl().join();
 }
 
+void ConsumerThread::run() {
+    try {
+        makeRounds();
+    } catch (const std::exception& exception) {
+        Util::writeErrorLine("IceUtil::Thread::run(): uncaught exception: ", exception.what());
+    }
+    queue_.consumerEnds();
+}
+
 /// A thread that is stopped before its first round makes that round at once, so that what was queued by then
 /// is written as if the thread had been waiting already.
-void ConsumerThread::run() {
+void ConsumerThread::makeRounds() {
     do {
         applyPriority();
         queue_.wait(stopped_);
         applyPriority();
-        appenders_.deliver(queue_.takeBatch());
+        deliverRound();
     } while (!stopped_);
+}
+
+/// When the call ends, and with it the round, the thread writes what its appenders and listeners had to put
+/// off, and may wait for loggers there.
+void ConsumerThread::deliverRound() {
+    const MessageBatch batch = queue_.takeBatch();
+    const LibraryCall call;
+    const bool isDelivered = appenders_.deliver(batch);
+    queue_.endDelivery(batch, isDelivered);
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No

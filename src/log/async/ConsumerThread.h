@@ -21,11 +21,14 @@ public:
     /// Has the thread return after the round that it is in, and waits for that.
     void stop();
 
-    /// The thread's own function.
+    /// The thread's own function. What is thrown in it, because the priority cannot be set for example, ends
+    /// the thread alone, and is shown on the standard error stream.
     void run() override;
 
 private:
+    void makeRounds();
     void applyPriority();
+    void deliverRound();
 
     MessageQueue& queue_;
     AsynchronousAppenders& appenders_;

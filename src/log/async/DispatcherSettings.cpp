@@ -57,6 +57,10 @@ void DispatcherSettings::read(const Util::Properties& properties) {
     if (const auto number = readInteger(properties, "priority")) {
         priority = toThreadPriority(*number);
     }
+    std::string overflow;
+    if (properties.getProperty("zav.log.AsynchronousDispatcher.overflow", overflow)) {
+        overflowBlocks = overflow == "block";
+    }
 }
 
 } // namespace Log

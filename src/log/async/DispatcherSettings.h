@@ -27,6 +27,9 @@ struct DispatcherSettings {
     /// What the consumer thread asks `Platform::setCurrentThreadPriority` for, or `DEFAULT_PRIORITY_MARK`.
     int priority = DEFAULT_PRIORITY_MARK;
 
+    /// Whether a full queue makes the logging call wait for room, instead of pushing the oldest message out.
+    bool overflowBlocks = false;
+
     /// Takes the settings that the properties name. A value that is no number is reported on the standard
     /// error stream and leaves its setting as it was.
     void read(const Util::Properties& properties);

@@ -18,6 +18,7 @@ struct Header {
     Level::LogLevel level;
     MessageType type;
     int line;
+    int answeredReports;
     std::size_t nameLength;
     std::size_t textLength;
     std::size_t fileLength;
@@ -25,14 +26,10 @@ struct Header {
     std::size_t packedSize() const { return sizeof(Header) + nameLength + textLength + fileLength; }
 };
 
-Header headerOf(const LogMessage& message) {
-    return {message.getTime(),
-            message.getLevel(),
-            message.getType(),
-            message.getLine(),
-            message.getLoggerName().size(),
-            message.getText().size(),
-            message.getFile().size()};
+Header headerOf(const LogMessage& message, int answeredReports) {
+    return {message.getTime(),        message.getLevel(),      message.getType(),
+            message.getLine(),        answeredReports,         message.getLoggerName().size(),
+            message.getText().size(), message.getFile().size()};
 }
 
 /// Packed messages are not aligned.
@@ -42,6 +39,16 @@ Header readHeader(const char* bytes) {
     return header;
 }
 
+LogMessage unpack(const char* bytes) {
+    const Header header = readHeader(bytes);
+    const char* const name = bytes + sizeof header;
+    const char* const text = name + header.nameLength;
+    const char* const file = text + header.textLength;
+    return LogMessage(std::string(name, header.nameLength), header.time, header.level,
+                      std::string(text, header.textLength), header.line, std::string(file, header.fileLength),
+                      header.type);
+}
+
 char* pack(char* bytes, const void* data, std::size_t size) {
     std::memcpy(bytes, data, size);
     return bytes + size;
@@ -49,8 +56,8 @@ char* pack(char* bytes, const void* data, std::size_t size) {
 
 } // namespace
 
-void MessageBatch::append(const LogMessage& message) {
-    const Header header = headerOf(message);
+void MessageBatch::append(const LogMessage& message, int answeredReports) {
+    const Header header = headerOf(message, answeredReports);
     const std::size_t needed = header.packedSize();
     if (blocks_.empty() || blocks_.back().capacity - blocks_.back().used < needed) {
         addBlock(needed);
@@ -71,31 +78,18 @@ void MessageBatch::addBlock(std::size_t neededBytes) {
     blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), capacity, 0});
 }
 
-LogMessage MessageBatch::unpack(const char* bytes) {
-    const Header header = readHeader(bytes);
-    const char* const name = bytes + sizeof header;
-    const char* const text = name + header.nameLength;
-    const char* const file = text + header.textLength;
-    return LogMessage(std::string(name, header.nameLength), header.time, header.level,
-                      std::string(text, header.textLength), header.line, std::string(file, header.fileLength),
-                      header.type);
+LogMessage MessageBatch::front() const {
+    return unpack(blocks_.front().bytes.get() + frontOffset_);
 }
 
-std::size_t MessageBatch::packedSize(const char* bytes) {
-    return readHeader(bytes).packedSize();
-}
-
-LogMessage MessageBatch::removeFront() {
-    Block& block = blocks_.front();
-    const char* const bytes = block.bytes.get() + frontOffset_;
-    LogMessage message = unpack(bytes);
-    frontOffset_ += packedSize(bytes);
+void MessageBatch::removeFront() noexcept {
+    const Block& block = blocks_.front();
+    frontOffset_ += readHeader(block.bytes.get() + frontOffset_).packedSize();
     --size_;
     if (frontOffset_ == block.used) {
         blocks_.pop_front();
         frontOffset_ = 0;
     }
-    return message;
 }
 
 void MessageBatch::swap(MessageBatch& other) noexcept {
@@ -106,14 +100,15 @@ void MessageBatch::swap(MessageBatch& other) noexcept {
 
 /// The place moves on first, so that a message that cannot be made is not tried for ever.
 LogMessage MessageBatch::Reader::next() {
-    const Block* block = &batch_.blocks_[block_];
-    if (offset_ == block->used) {
-        block = &batch_.blocks_[++block_];
+    if (offset_ == block_->used) {
+        ++block_;
         offset_ = 0;
     }
-    const char* const bytes = block->bytes.get() + offset_;
-    offset_ += packedSize(bytes);
+    const char* const bytes = block_->bytes.get() + offset_;
+    const Header header = readHeader(bytes);
+    offset_ += header.packedSize();
     ++read_;
+    answeredReports_ = header.answeredReports;
     return unpack(bytes);
 }
 

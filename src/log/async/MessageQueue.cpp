@@ -1,31 +1,56 @@
 #include "log/async/MessageQueue.h"
 
-#include "log/LogLine.h"
+#include "log/layout/ShownMessage.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "zav-util/StandardError.h"
+
+#include <new>
 
 namespace ZAV {
 namespace Log {
 
+using Util::TimeUtils::Time;
+
+// The logging call's side
+
 void MessageQueue::configure(const Util::Properties& properties) {
     const QueueMonitorLock lock(queueMonitor_);
-    const bool waitsWithoutLimit = deliversPromptly();
-    const Util::TimeUtils::Time before = settings_.waitingPeriod;
     settings_.read(properties);
-    if (waitsWithoutLimit || settings_.waitingPeriod < before) {
-        queueMonitor_.notify(); // out of a wait that is longer than the ones to come
-    }
+    queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
 }
 
-void MessageQueue::append(const LogMessage& message) {
+void MessageQueue::append(const LogMessage& message, bool mayWait) {
     const QueueMonitorLock lock(queueMonitor_);
-    messageQueue_.append(message);
+    if (mayWait && settings_.overflowBlocks) {
+        waitForRoom();
+    }
+    messageQueue_.append(message, threadRecord().answeredReports);
+    numbers_.addQueued();
     const std::uint64_t size = messageQueue_.size();
     if (wakesConsumer(size)) {
         queueMonitor_.notify();
     }
-    if (size >= settings_.maxQueueSize || closed_) {
-        discard(messageQueue_.removeFront());
+    if (closed_ || (size >= settings_.maxQueueSize && !mayExceedLimit(mayWait))) {
+        discardOldest();
     }
+}
+
+void MessageQueue::waitForRoom() {
+    while (isFull() && consumer_ == TAKES_MESSAGES) {
+        isAwaited_ = true;
+        queueMonitor_.notify();
+        queueMonitor_.wait();
+    }
+}
+
+/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
+bool MessageQueue::isFull() const {
+    return settings_.maxQueueSize > 1 && messageQueue_.size() + 1 >= settings_.maxQueueSize;
+}
+
+/// A call that would have waited, had the consumer been able to make room without it.
+bool MessageQueue::mayExceedLimit(bool mayWait) const {
+    return mayWait && settings_.overflowBlocks && settings_.maxQueueSize > 1 && consumer_ != NO_CONSUMER;
 }
 
 /// Only the message that fills the first half wakes the consumer, not every message behind it.
@@ -34,12 +59,71 @@ bool MessageQueue::wakesConsumer(std::uint64_t size) const {
 }
 
 bool MessageQueue::deliversPromptly() const {
-    return settings_.waitingPeriod == Util::TimeUtils::Time();
+    return settings_.waitingPeriod == Time();
 }
 
-void MessageQueue::discard(const LogMessage& message) {
-    Util::writeErrorLine("Message queue size reached. Discarding oldest log message: " +
-                         formatLogLine(message));
+void MessageQueue::discardOldest() noexcept {
+    const char* const reason =
+        closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
+    try {
+        showOnStandardError(reason, messageQueue_.front());
+    } catch (const std::bad_alloc&) {
+        Util::writeErrorLine(reason);
+    }
+    messageQueue_.removeFront();
+    numbers_.addDiscarded(1);
+}
+
+void MessageQueue::showAll(const MessageBatch& batch) noexcept {
+    MessageBatch::Reader messages(batch);
+    while (messages.hasNext()) {
+        try {
+            showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
+        } catch (const std::bad_alloc&) {
+            Util::writeErrorLine(SHOWN_AT_PROCESS_END);
+        }
+    }
+}
+
+// Waiting for the consumer
+
+bool MessageQueue::flush(Time timeout) {
+    const QueueMonitorLock lock(queueMonitor_);
+    const std::uint64_t last = numbers_.last();
+    const Deadline deadline(timeout);
+    while (!isDone(last)) {
+        if (consumer_ == NO_CONSUMER || deadline.isOver()) {
+            return false;
+        }
+        isAwaited_ = true;
+        queueMonitor_.notify();
+        deadline.wait(queueMonitor_);
+    }
+    return true;
+}
+
+/// \return whether that message and all before it were delivered or discarded
+bool MessageQueue::isDone(std::uint64_t number) const {
+    const std::uint64_t oldest = firstTaken_ != 0 ? firstTaken_ : numberOfFront();
+    return oldest > number;
+}
+
+/// \return the number of the oldest message in the queue, or the one that the next message will have
+std::uint64_t MessageQueue::numberOfFront() const {
+    return numbers_.last() - messageQueue_.size() + 1;
+}
+
+// The consumer's side
+
+void MessageQueue::consumerStarts() {
+    const QueueMonitorLock lock(queueMonitor_);
+    consumer_ = TAKES_MESSAGES;
+}
+
+void MessageQueue::consumerEnds() noexcept {
+    const QueueMonitorLock lock(queueMonitor_);
+    consumer_ = NO_CONSUMER;
+    queueMonitor_.notify();
 }
 
 /// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
@@ -47,6 +131,10 @@ void MessageQueue::discard(const LogMessage& message) {
 void MessageQueue::wait(const std::atomic<bool>& stopped) {
     const QueueMonitorLock lock(queueMonitor_);
     if (stopped) {
+        return;
+    }
+    consumer_ = TAKES_MESSAGES;
+    if (isAwaited_) {
         return;
     }
     if (!deliversPromptly()) {
@@ -57,29 +145,65 @@ void MessageQueue::wait(const std::atomic<bool>& stopped) {
 }
 
 MessageBatch MessageQueue::takeBatch() {
-    MessageBatch batch;
     const QueueMonitorLock lock(queueMonitor_);
-    batch.swap(messageQueue_);
+    return takeAll();
+}
+
+MessageBatch MessageQueue::takeAll() {
+    MessageBatch batch;
+    if (messageQueue_.size() > 0) {
+        firstTaken_ = numberOfFront();
+        batch.swap(messageQueue_);
+    }
+    isAwaited_ = false;
+    queueMonitor_.notify(); // there is room again
     return batch;
+}
+
+void MessageQueue::endDelivery(const MessageBatch& batch, bool isDelivered) noexcept {
+    const QueueMonitorLock lock(queueMonitor_);
+    if (isDelivered) {
+        numbers_.addDelivered(batch.size());
+    } else {
+        numbers_.addDiscarded(batch.size());
+    }
+    firstTaken_ = 0;
+    if (consumer_ == TAKES_MESSAGES) {
+        consumer_ = IS_AWAY;
+    }
+    queueMonitor_.notify();
 }
 
 void MessageQueue::stop(std::atomic<bool>& stopped) {
     const QueueMonitorLock lock(queueMonitor_);
     stopped = true;
+    if (consumer_ != NO_CONSUMER) {
+        consumer_ = IS_AWAY;
+    }
     queueMonitor_.notify();
 }
 
 MessageBatch MessageQueue::close() {
-    MessageBatch batch;
     const QueueMonitorLock lock(queueMonitor_);
     closed_ = true;
-    batch.swap(messageQueue_);
-    return batch;
+    return takeAll();
 }
 
 int MessageQueue::priority() {
     const QueueMonitorLock lock(queueMonitor_);
     return settings_.priority;
+}
+
+// In a forked child
+
+void MessageQueue::renewInChild() {
+    MessageBatch parents;
+    parents.swap(messageQueue_);
+    numbers_.forgetWaiting();
+    firstTaken_ = 0;
+    consumer_ = NO_CONSUMER;
+    isAwaited_ = false;
+    queueMonitor_.renewInChild();
 }
 
 } // namespace Log

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "log/async/Deadline.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageBatch.h"
 #include "log/async/QueueMonitor.h"
+#include "log/async/QueueNumbers.h"
 
 #include <atomic>
 
@@ -18,36 +20,85 @@ public:
 
     /// Appends a message; never waits for an appender. When the queue has reached its limit, or was closed,
     /// the oldest message leaves it and is shown on the standard error stream.
-    void append(const LogMessage& message);
+    /// \param mayWait whether to wait for room instead, if that is configured and a consumer makes room
+    /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
+    void append(const LogMessage& message, bool mayWait = false);
 
-    /// Waits for the waiting period, or until the queue is half full, or until `stop` is called.
-    /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
-    void wait(const std::atomic<bool>& stopped);
+    /// Has the consumer take what is queued, and waits until that was delivered or discarded.
+    /// \param timeout 0 for no limit
+    /// \return false if the time is over, or if messages wait that no consumer comes for
+    bool flush(Util::TimeUtils::Time timeout);
 
-    /// Empties the queue.
-    /// \return what it held
-    MessageBatch takeBatch();
-
-    /// Sets a consumer's flag and wakes it.
-    void stop(std::atomic<bool>& stopped);
+    LogStatistics statistics() const { return numbers_.statistics(); }
 
     /// Empties the queue for the last time: from now on every message is shown on the standard error stream
     /// instead, since no consumer will come for it.
     MessageBatch close();
 
-    /// Shows a message on the standard error stream in place of its delivery.
-    static void discard(const LogMessage& message);
+    // The consumer's side
+
+    /// Says that a consumer will come for the messages from now on.
+    void consumerStarts();
+
+    /// Says that the consumer comes no more; nobody waits for it any longer.
+    void consumerEnds() noexcept;
+
+    /// Waits for the waiting period, or until the queue is half full, or until somebody waits for the
+    /// messages.
+    /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
+    void wait(const std::atomic<bool>& stopped);
+
+    /// Empties the queue; what it held counts as waiting until `endDelivery`.
+    MessageBatch takeBatch();
+
+    /// Shows the messages of a batch on the standard error stream in place of their delivery, since the
+    /// process ends.
+    static void showAll(const MessageBatch& batch) noexcept;
+
+    /// Says what became of the batch that was taken last. Until the next `wait` no logging call waits for
+    /// room, since the consumer may now have to wait for the lock that such a call holds.
+    /// \param isDelivered false if there was no appender to give it to
+    void endDelivery(const MessageBatch& batch, bool isDelivered) noexcept;
+
+    /// Sets a consumer's flag and wakes it.
+    void stop(std::atomic<bool>& stopped);
 
     /// \return the priority that the consumer thread shall have, or `DEFAULT_PRIORITY_MARK`
     int priority();
 
+    // Around a fork, which happens with the monitor locked
+
+    void lockForFork() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.lock(); }
+    void unlockInParent() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.unlock(); }
+
+    /// Begins anew, with an empty queue and without a consumer; the lock is free then.
+    void renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS;
+
 private:
+    enum Consumer {
+        NO_CONSUMER,
+        TAKES_MESSAGES, ///< it is waiting or delivering, and will make room
+        IS_AWAY         ///< it is ending, or may be waiting for a lock that a logging call holds
+    };
+
+    void waitForRoom() ZAV_LOG_REQUIRES(queueMonitor_);
+    bool isFull() const ZAV_LOG_REQUIRES(queueMonitor_);
+    bool mayExceedLimit(bool mayWait) const ZAV_LOG_REQUIRES(queueMonitor_);
+    void discardOldest() noexcept ZAV_LOG_REQUIRES(queueMonitor_);
     bool wakesConsumer(std::uint64_t size) const ZAV_LOG_REQUIRES(queueMonitor_);
     bool deliversPromptly() const ZAV_LOG_REQUIRES(queueMonitor_);
+    bool isDone(std::uint64_t number) const ZAV_LOG_REQUIRES(queueMonitor_);
+    std::uint64_t numberOfFront() const ZAV_LOG_REQUIRES(queueMonitor_);
+    MessageBatch takeAll() ZAV_LOG_REQUIRES(queueMonitor_);
 
     QueueMonitor queueMonitor_;
     MessageBatch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
     DispatcherSettings settings_ ZAV_LOG_GUARDED_BY(queueMonitor_);
+    QueueNumbers numbers_; ///< changed under the monitor, read without it
+    /// Of the oldest message that is being delivered; 0 if none is. Messages are numbered as they are queued.
+    std::uint64_t firstTaken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0;
+    Consumer consumer_ ZAV_LOG_GUARDED_BY(queueMonitor_) = NO_CONSUMER;
+    bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
     bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
 };
 

@@ -1,7 +1,28 @@
 #include "log/async/QueueMonitor.h"
 
+#include "platform/CancellationGuard.h"
+
+#include <new>
+
 namespace ZAV {
 namespace Log {
+
+namespace {
+
+/// Counts a waiting thread. It cannot be cancelled meanwhile: the monitor would stay locked.
+class Waiting {
+public:
+    explicit Waiting(int& count) : count_(count) { ++count_; }
+    ~Waiting() { --count_; }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+private:
+    int& count_;
+    const Platform::NoCancellation noCancellation_;
+};
+
+} // namespace
 
 void QueueMonitor::lock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     monitor_.lock();
@@ -12,17 +33,27 @@ void QueueMonitor::unlock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
 }
 
 void QueueMonitor::wait() {
+    const Waiting waiting(waiting_);
     monitor_.wait();
 }
 
 void QueueMonitor::timedWait(Util::TimeUtils::Time duration) {
-    const Util::TimeUtils::Time second(1, Util::TimeUtils::SEC);
-    const std::uint64_t seconds = duration.microseconds() / second.microseconds();
-    monitor_.timedWait(IceUtil::Time::seconds(static_cast<IceUtil::Int64>(seconds)));
+    const Waiting waiting(waiting_);
+    const auto microseconds = static_cast<IceUtil::Int64>(duration.microseconds());
+    monitor_.timedWait(IceUtil::Time::microSeconds(microseconds));
 }
 
 void QueueMonitor::notify() {
-    monitor_.notify();
+    if (waiting_ == 1) {
+        monitor_.notify();
+    } else if (waiting_ > 1) {
+        monitor_.notifyAll();
+    }
+}
+
+void QueueMonitor::renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+    new (&monitor_) Monitor;
+    waiting_ = 0;
 }
 
 } // namespace Log

@@ -9,8 +9,8 @@
 namespace ZAV {
 namespace Log {
 
-/// The lock over the message queue with the condition that the consumer waits on, in a form that the
-/// thread-safety analysis knows.
+/// The lock over the message queue with its condition, in a form that the thread-safety analysis knows. The
+/// consumer waits on the condition for messages; other threads wait for what the consumer does.
 class ZAV_LOG_CAPABILITY("monitor") QueueMonitor {
 public:
     QueueMonitor() = default;
@@ -24,14 +24,20 @@ public:
     void wait() ZAV_LOG_REQUIRES(this);
 
     /// The same, but no longer than a duration.
-    /// \param duration counted in whole seconds
     void timedWait(Util::TimeUtils::Time duration) ZAV_LOG_REQUIRES(this);
 
-    /// Wakes the consumer, if it is waiting, once the monitor is released.
+    /// Wakes the waiting threads once the monitor is released.
     void notify() ZAV_LOG_REQUIRES(this);
 
+    /// In a forked child, whose parent held the monitor while it forked: puts a new one in its place, which
+    /// nobody holds or waits on. The old one is left alone, since it cannot be released there.
+    void renewInChild() ZAV_LOG_RELEASE();
+
 private:
-    IceUtil::Monitor<IceUtil::RecMutex> monitor_;
+    using Monitor = IceUtil::Monitor<IceUtil::RecMutex>;
+
+    Monitor monitor_;
+    int waiting_ ZAV_LOG_GUARDED_BY(this) = 0; ///< threads
 };
 
 /// Holds a `QueueMonitor` to the end of its scope.

@@ -1,8 +1,9 @@
 #include "log/commands/CommandBus.h"
 
 #include "log/CommandListener.h"
-#include "log/commands/LoggingScope.h"
+#include "log/reentrancy/LibraryCall.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace ZAV {
@@ -10,83 +11,71 @@ namespace Log {
 
 using Platform::ScopedLock;
 
-class CommandBus::Delivery {
-public:
-    explicit Delivery(CommandBus& bus) ZAV_LOG_REQUIRES(bus.listenersLock_) : bus_(bus) {
-        ++bus_.deliveries_;
-    }
-
-    ~Delivery() {
-        bus_.listenersLock_.assumeExclusive(); // whoever made this object still holds the lock
-        if (--bus_.deliveries_ == 0) {
-            bus_.eraseRemoved();
-        }
-    }
-
-    Delivery(const Delivery&) = delete;
-    Delivery& operator=(const Delivery&) = delete;
-
-private:
-    CommandBus& bus_;
-};
-
 CommandBus& CommandBus::instance() {
     static CommandBus& bus = *new CommandBus;
     return bus;
 }
 
+namespace {
+
+/// So that no thread makes it while another one forks.
+const CommandBus& madeAtLoad = CommandBus::instance();
+
+} // namespace
+
 void CommandBus::registerListener(const std::string& name, CommandListener* listener) {
     const ScopedLock lock(listenersLock_);
-    listeners_.emplace(name, listener);
+    const ScopedLock mapLock(mapLock_);
+    listeners_.emplace(name, Entry{listener, ++lastNumber_});
+    listener->wasRegistered_ = true;
 }
 
 void CommandBus::unregisterListeners(const std::string& name) {
     const ScopedLock lock(listenersLock_);
-    const auto range = listeners_.equal_range(name);
-    remove(range.first, range.second);
+    const ScopedLock mapLock(mapLock_);
+    listeners_.erase(name);
 }
 
 void CommandBus::unregisterListener(const CommandListener* listener) {
     const ScopedLock lock(listenersLock_);
+    const ScopedLock mapLock(mapLock_);
     for (auto entry = listeners_.begin(); entry != listeners_.end();) {
-        const auto next = std::next(entry);
-        if (entry->second == listener) {
-            remove(entry, next);
-        }
-        entry = next;
+        entry = entry->second.listener == listener ? listeners_.erase(entry) : std::next(entry);
     }
 }
 
 void CommandBus::clearCommandListeners() {
     const ScopedLock lock(listenersLock_);
-    remove(listeners_.begin(), listeners_.end());
+    const ScopedLock mapLock(mapLock_);
+    listeners_.clear();
 }
 
 void CommandBus::deliver(const std::string& name, const std::string& argument) {
-    const LoggingScope scope;
+    const LibraryCall call;
     const ScopedLock lock(listenersLock_);
-    const Delivery delivery(*this);
-    const auto range = listeners_.equal_range(name);
-    for (auto entry = range.first; entry != range.second; ++entry) {
-        if (entry->second != nullptr) {
-            entry->second->onCommand(argument);
+    for (const Entry& entry : entriesOf(name)) {
+        if (stands(name, entry)) {
+            entry.listener->onCommand(argument);
         }
     }
 }
 
-void CommandBus::remove(Listeners::iterator first, Listeners::iterator last) {
-    for (auto entry = first; entry != last; ++entry) {
-        entry->second = nullptr;
+std::vector<CommandBus::Entry> CommandBus::entriesOf(const std::string& name) {
+    std::vector<Entry> entries;
+    const ScopedLock lock(mapLock_);
+    const auto range = listeners_.equal_range(name);
+    for (auto entry = range.first; entry != range.second; ++entry) {
+        entries.push_back(entry->second);
     }
-    if (deliveries_ == 0) {
-        listeners_.erase(first, last);
-    }
+    return entries;
 }
 
-void CommandBus::eraseRemoved() {
-    for (auto entry = listeners_.begin(); entry != listeners_.end();) {
-        entry = entry->second == nullptr ? listeners_.erase(entry) : std::next(entry);
-    }
+bool CommandBus::stands(const std::string& name, const Entry& entry) {
+    const ScopedLock lock(mapLock_);
+    const auto range = listeners_.equal_range(name);
+    return std::any_of(range.first, range.second, [&entry](const Listeners::value_type& standing) {
+        return standing.second.number == entry.number;
+    });
 }
 
 } // namespace Log

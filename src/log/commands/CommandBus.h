@@ -2,8 +2,10 @@
 
 #include "platform/CriticalSection.h"
 
+#include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -18,7 +20,7 @@ public:
 
     void registerListener(const std::string& name, CommandListener* listener);
 
-    /// Removes all listeners of a name.
+    /// Removes all listeners of a name. Once it returns, no other thread is calling them by that name.
     void unregisterListeners(const std::string& name);
 
     /// Removes a listener from all names. Once it returns, no other thread is calling that listener.
@@ -27,24 +29,29 @@ public:
     /// Removes all listeners of all names.
     void clearCommandListeners();
 
-    /// Calls the listeners of a name in the order of their registration, holding the lock. An exception of a
-    /// listener ends the delivery and reaches the caller.
+    /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
+    /// that is removed meanwhile is not called, nor is one that is added. An exception of a listener ends the
+    /// delivery and reaches the caller.
     void deliver(const std::string& name, const std::string& argument);
 
 private:
-    using Listeners = std::multimap<std::string, CommandListener*>;
-
-    /// A walk through the listeners; while one goes on, none is taken out of the map.
-    class Delivery;
+    struct Entry {
+        CommandListener* listener;
+        std::uint64_t number; ///< no other entry ever has the same
+    };
+    using Listeners = std::multimap<std::string, Entry>;
 
     CommandBus() = default;
 
-    void remove(Listeners::iterator first, Listeners::iterator last) ZAV_LOG_REQUIRES(listenersLock_);
-    void eraseRemoved() ZAV_LOG_REQUIRES(listenersLock_);
+    std::vector<Entry> entriesOf(const std::string& name);
+    bool stands(const std::string& name, const Entry& entry);
 
-    Platform::CriticalSection listenersLock_;
-    Listeners listeners_ ZAV_LOG_GUARDED_BY(listenersLock_); ///< null for one that was removed in a delivery
-    int deliveries_ ZAV_LOG_GUARDED_BY(listenersLock_) = 0;  ///< more than one if listeners issue commands
+    Platform::CriticalSection listenersLock_; ///< held while a command is delivered, and by every change
+
+    /// Held for each single step, so that a forked child finds the map whole.
+    Platform::CriticalSection mapLock_{Platform::AWAITED_BY_FORK};
+    Listeners listeners_ ZAV_LOG_GUARDED_BY(mapLock_);
+    std::uint64_t lastNumber_ ZAV_LOG_GUARDED_BY(mapLock_) = 0;
 };
 
 } // namespace Log

@@ -1,6 +1,9 @@
 #include "log/commands/FailureReport.h"
 
-#include "log/LogManager.h"
+#include "log/commands/CommandBus.h"
+#include "log/reentrancy/ReportAnswer.h"
+
+#include <atomic>
 
 namespace ZAV {
 namespace Log {
@@ -8,27 +11,35 @@ namespace FailureReport {
 
 namespace {
 
-thread_local bool beingDelivered = false;
+constexpr int MOST_ANSWERED_REPORTS = 8;
+/// Each listener and each failing appender multiplies the reports at every depth.
+constexpr int MOST_NESTED_REPORTS = 1024;
+
+std::atomic<std::uint64_t> failures{0};
+
+bool isDelivered(ThreadRecord& thread) {
+    if (thread.answeredReports == 0) {
+        return true;
+    }
+    return thread.answeredReports <= MOST_ANSWERED_REPORTS && ++thread.nestedReports <= MOST_NESTED_REPORTS;
+}
 
 } // namespace
 
+void count() noexcept {
+    failures.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::uint64_t counted() noexcept {
+    return failures.load(std::memory_order_relaxed);
+}
+
 void deliver(const std::string& text) {
-    if (!beingDelivered) {
-        const Answer answer(true);
-        LogManager::command("EXCEPTION", text);
+    ThreadRecord& thread = threadRecord();
+    if (isDelivered(thread)) {
+        const ReportAnswer answer(thread.answeredReports + 1);
+        CommandBus::instance().deliver("EXCEPTION", text);
     }
-}
-
-bool isBeingDelivered() {
-    return beingDelivered;
-}
-
-Answer::Answer(bool answersReport) : before_(beingDelivered) {
-    beingDelivered = beingDelivered || answersReport;
-}
-
-Answer::~Answer() {
-    beingDelivered = before_;
 }
 
 } // namespace FailureReport

@@ -92,12 +92,12 @@ bool FilterLogLevelDynamic::isLaterThanPeriod(Time time) const {
 
 void FilterLogLevelDynamic::onCommand(const std::string& argument) {
     const Level::LogLevel level = Level::fromString(argument);
-    if (isNotAbove(level)) {
+    if (wouldBeLowered(level)) {
         setLevel(level);
     }
 }
 
-bool FilterLogLevelDynamic::isNotAbove(Level::LogLevel level) {
+bool FilterLogLevelDynamic::wouldBeLowered(Level::LogLevel level) {
     const ScopedLock lock(criticalSection_);
     return level <= level_.load(std::memory_order_relaxed);
 }

@@ -41,14 +41,14 @@ private:
 
     bool isLowered() const;
     bool isLaterThanPeriod(Time time) const;
-    bool isNotAbove(Level::LogLevel level);
+    bool wouldBeLowered(Level::LogLevel level);
 
     // Changed under the lock, read without it; an expiry is confirmed under the lock.
     std::atomic<Level::LogLevel> level_;
     const Level::LogLevel defaultLevel_;
-    std::atomic<std::uint64_t> levelSetTime_;   ///< microseconds since 1970
-    const Time expiration_;                     ///< 0: a lowered level stays
-    Platform::CriticalSection criticalSection_; ///< always the innermost lock
+    std::atomic<std::uint64_t> levelSetTime_;                              ///< microseconds since 1970
+    const Time expiration_;                                                ///< 0: a lowered level stays
+    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< always the innermost lock
 };
 
 } // namespace Log

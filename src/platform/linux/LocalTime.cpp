@@ -1,5 +1,7 @@
 #include "platform/LocalTime.h"
 
+#include "platform/CriticalSection.h"
+
 #include <ctime>
 
 namespace ZAV {
@@ -9,7 +11,21 @@ TimeZone currentTimeZone() noexcept {
     return {timezone, daylight, {tzname[0], tzname[1]}};
 }
 
+namespace {
+
+/// The system's own lock in `localtime_r` would stay locked in a child that is forked meanwhile.
+CriticalSection& conversionLock() {
+    static CriticalSection& lock = *new CriticalSection(AWAITED_BY_FORK);
+    return lock;
+}
+
+/// So that no thread makes it while another one forks.
+const CriticalSection& madeAtLoad = conversionLock();
+
+} // namespace
+
 CalendarTime toLocalTime(std::int64_t seconds) {
+    const ScopedLock lock(conversionLock());
     const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm local;
     if (localtime_r(&time, &local) == nullptr) {

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace ZAV {
+namespace Log {
+
+class LogMessage;
+
+/// What a line begins with that shows a message because the process ends.
+constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was not written: ";
+
+/// Shows a message on the standard error stream in place of its delivery: one line, flushed. It never throws;
+/// if there is no memory for the line, the reason alone is shown.
+/// \param reason what the line begins with
+void showOnStandardError(const char* reason, const LogMessage& message) noexcept;
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "log/LogMessage.h"
+#include "log/reentrancy/ThreadRecord.h"
+#include "platform/CriticalSection.h"
+
+#include <list>
+
+namespace ZAV {
+namespace Log {
+
+class Logger;
+
+/// The messages that appenders and listeners logged while another thread held the logger. Each is complete,
+/// and its thread writes it as soon as it has left the library; it is kept here, and not with the thread, so
+/// that it can be shown if the process ends first. All operations may be called from any thread.
+class PutOffMessages {
+public:
+    /// Waits for the logger's lock and gives the message to its appenders.
+    using Write = void (*)(Logger& logger, const LogMessage& message);
+
+    /// Never destroyed, since threads may still log while the process ends.
+    static PutOffMessages& instance();
+
+    /// Keeps a message of the calling thread, behind the earlier ones.
+    /// \throw std::bad_alloc if there is no room; the message is then not kept
+    void keep(Logger& logger, LogMessage message, Write write);
+
+    /// Writes the messages of the calling thread in their order, also those that are put off meanwhile. The
+    /// thread must hold no lock of the library. What is thrown at a message is dropped: nobody is left who
+    /// logged it.
+    void writeOwn() noexcept;
+
+    /// Shows the messages of all threads on the standard error stream, since the process ends.
+    void showAll() noexcept;
+
+    /// Forgets all messages in a forked child: they are the parent's to write.
+    void forgetInChild() noexcept;
+
+private:
+    struct PutOffMessage {
+        ThreadRecord* thread; ///< whose message it is
+        int answeredReports;  ///< by which the thread logged it in answer to a report
+        Logger* logger;
+        LogMessage message;
+        Write write;
+    };
+    using Messages = std::list<PutOffMessage>;
+
+    PutOffMessages() = default;
+
+    Messages takeFirst(ThreadRecord& thread) noexcept;
+
+    Platform::CriticalSection messagesLock_{Platform::AWAITED_BY_FORK};
+    Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "log/reentrancy/ThreadRecord.h"
+
+namespace ZAV {
+namespace Log {
+
+/// While it lives, what its thread logs counts as logged in answer to reports of failures.
+///
+/// A listener may answer a report by logging, that message may fail as well, and its report may be answered
+/// again. The count goes along with a message that is written later, or by another thread, so that such a
+/// chain has an end.
+class ReportAnswer {
+public:
+    /// \param answeredReports how many reports the answer stands at the end of; 0 if it answers none
+    explicit ReportAnswer(int answeredReports) noexcept
+        : record_(threadRecord()), before_(record_.answeredReports) {
+        record_.answeredReports = answeredReports;
+    }
+    ~ReportAnswer() { record_.answeredReports = before_; }
+    ReportAnswer(const ReportAnswer&) = delete;
+    ReportAnswer& operator=(const ReportAnswer&) = delete;
+
+private:
+    ThreadRecord& record_;
+    const int before_;
+};
+
+} // namespace Log
+} // namespace ZAV

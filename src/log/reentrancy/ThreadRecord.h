@@ -1,0 +1,20 @@
+#pragma once
+
+namespace ZAV {
+namespace Log {
+
+/// What the library knows of a thread that is inside it. It has no destructor, so that a thread may log to
+/// its very end.
+struct ThreadRecord {
+    int calls;           ///< open `LibraryCall`s, one within the other
+    int answeredReports; ///< reports of failures that the thread is answering, each an answer to the one
+                         ///< before
+    int nestedReports;   ///< reports delivered in answer to others, since the outermost call began
+    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps
+};
+
+/// \return the calling thread's own
+ThreadRecord& threadRecord() noexcept;
+
+} // namespace Log
+} // namespace ZAV

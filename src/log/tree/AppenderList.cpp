@@ -1,0 +1,87 @@
+#include "log/tree/AppenderList.h"
+
+#include "ForcedUnwind.h"
+#include "log/Appender.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+void AppenderList::takeOne(Entries& entries) {
+    appenders_.splice(appenders_.end(), entries, entries.begin());
+    ++version_;
+}
+
+void AppenderList::remove(Appender* appender) {
+    appenders_.remove(appender);
+    ++version_;
+}
+
+void AppenderList::copyFrom(const AppenderList& other) {
+    appenders_ = other.appenders_;
+    ++version_;
+}
+
+AppenderList::Outcome AppenderList::output(const LogMessage& message, bool isOutermost) {
+    const bool hasChanged = copiedVersion_ != version_.load(std::memory_order_acquire);
+    if (hasChanged && !isOutermost) {
+        std::uint64_t version = 0;
+        const Copy copy = makeCopy(version);
+        return outputTo(copy, version, message);
+    }
+    if (hasChanged) {
+        renewCopy();
+    }
+    return outputTo(copy_, copiedVersion_, message);
+}
+
+void AppenderList::renewCopy() {
+    const ScopedLock lock(treeLock());
+    copy_.assign(appenders_.begin(), appenders_.end());
+    copiedVersion_ = version_;
+}
+
+AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
+    const ScopedLock lock(treeLock());
+    version = version_;
+    return Copy(appenders_.begin(), appenders_.end());
+}
+
+AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t version,
+                                             const LogMessage& message) const {
+    Outcome outcome;
+    for (Appender* const appender : copy) {
+        if (!stands(appender, version)) {
+            continue;
+        }
+        if (!appender->isSynchronous()) {
+            outcome.hasAsynchronous = true;
+            continue;
+        }
+        try {
+            appender->output(message);
+        } catch (const Platform::ForcedUnwind&) {
+            throw; // the thread is being cancelled
+        } catch (...) {
+            if (!outcome.exception) {
+                outcome.exception = std::current_exception();
+            }
+        }
+    }
+    return outcome;
+}
+
+/// \param version of the list from which the entry was copied
+bool AppenderList::stands(Appender* appender, std::uint64_t version) const {
+    if (version == version_.load(std::memory_order_acquire)) {
+        return true;
+    }
+    const ScopedLock lock(treeLock());
+    return std::find(appenders_.begin(), appenders_.end(), appender) != appenders_.end();
+}
+
+} // namespace Log
+} // namespace ZAV

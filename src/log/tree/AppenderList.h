@@ -1,0 +1,65 @@
+#pragma once
+
+#include "log/tree/TreeLock.h"
+
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <list>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+class Appender;
+class LogMessage;
+
+/// The appenders of one logger, in the order in which they were added. It does not own them.
+///
+/// It changes under the tree's lock alone, also while a message is being given to its appenders: so an
+/// appender may add and remove others and itself. The walk goes through a copy, which is renewed when the
+/// list has changed, and asks of each entry whether it still stands.
+class AppenderList {
+public:
+    using Entries = std::list<Appender*>;
+
+    /// Moves the first of some entries to the end of the list, which takes no memory.
+    void takeOne(Entries& entries) ZAV_LOG_REQUIRES(treeLock());
+
+    /// Removes every entry of an appender. A walk that goes on in another thread may still be calling it.
+    void remove(Appender* appender) ZAV_LOG_REQUIRES(treeLock());
+
+    /// Takes over the entries of another list; this one must be empty.
+    void copyFrom(const AppenderList& other) ZAV_LOG_REQUIRES(treeLock());
+
+    /// What a walk through the list came to.
+    struct Outcome {
+        bool hasAsynchronous = false; ///< whether there are asynchronous appenders, which were left out
+        std::exception_ptr exception; ///< the first one that a filter or a command listener threw, if any
+    };
+
+    /// Gives a message to every synchronous appender. The caller must hold the logger's lock.
+    ///
+    /// A filter or a command listener that throws for one appender does not keep the message from the others.
+    /// \param isOutermost whether no other walk of this thread goes through this list
+    Outcome output(const LogMessage& message, bool isOutermost);
+
+private:
+    using Copy = std::vector<Appender*>;
+
+    void renewCopy();
+    Copy makeCopy(std::uint64_t& version) const;
+    Outcome outputTo(const Copy& copy, std::uint64_t version, const LogMessage& message) const;
+    bool stands(Appender* appender, std::uint64_t version) const;
+
+    Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());
+    /// Raised by every change, under the tree's lock.
+    std::atomic<std::uint64_t> version_{0};
+
+    // Used under the logger's lock, and changed by the outermost walk under the tree's lock as well.
+    Copy copy_;
+    std::uint64_t copiedVersion_ = 0;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,142 @@
+#include "log/tree/LoggerInside.h"
+
+#include "log/async/AsynchronousDispatcher.h"
+#include "log/reentrancy/LibraryCall.h"
+#include "log/reentrancy/PutOffMessages.h"
+
+#include <exception>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ADOPT_LOCK;
+using Platform::ScopedLock;
+using namespace Util::TimeUtils;
+
+Logger::Inside::Inside(Logger& logger, Logger* parent)
+    : logger_(logger), parent_(parent), levelSetTime_(Time::now().microseconds()) {}
+
+// The road of a message
+
+void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line, std::string_view file,
+                         MessageType type) {
+    const LibraryCall call;
+    if (lockFor(call)) {
+        const ScopedLock lock(criticalSection_, ADOPT_LOCK);
+        if (const auto message = makeMessage(level, text, line, file, type)) {
+            dispatchMessage(*message, !call.isNested());
+        }
+    } else if (auto message = makeMessage(level, text, line, file, type)) {
+        PutOffMessages::instance().keep(logger_, std::move(*message), dispatchPutOff);
+    }
+}
+
+/// Takes the lock; a call from an appender or a listener does not wait for it.
+/// \return false if the message has to be put off: another thread holds the lock, or earlier messages of this
+///         thread were put off
+bool Logger::Inside::lockFor(const LibraryCall& call) {
+    if (!call.isNested()) {
+        criticalSection_.lock();
+        return true;
+    }
+    return !call.hasPutOffMessages() && criticalSection_.tryLock();
+}
+
+/// \return a message of this moment, or nothing if the level that it reached has expired by now
+std::optional<LogMessage> Logger::Inside::makeMessage(Level::LogLevel level, std::string_view text, int line,
+                                                      std::string_view file, MessageType type) {
+    const Time now = Time::now();
+    if (type == LOG && !passesExpiration(level, now)) {
+        return std::nullopt;
+    }
+    return LogMessage(logger_.name_, now, level, std::string(text), line, std::string(file), type);
+}
+
+bool Logger::Inside::passesExpiration(Level::LogLevel level, Time now) {
+    if (!isExpired(now)) {
+        return true;
+    }
+    const ScopedLock lock(treeLock());
+    if (!isExpired(now)) {
+        return true; // the level was set anew meanwhile
+    }
+    logger_.level_.store(Level::LEVEL_WARNING, std::memory_order_relaxed);
+    return level >= Level::LEVEL_WARNING;
+}
+
+bool Logger::Inside::isExpired(Time now) const {
+    const Time duration(expirationTime_.load(std::memory_order_relaxed), USEC);
+    return duration != Time() && logger_.getLevel() < Level::LEVEL_WARNING &&
+           now > Time(levelSetTime_.load(std::memory_order_relaxed), USEC) + duration;
+}
+
+/// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
+/// \param mayWait whether it may wait for room in the queue
+void Logger::Inside::dispatchMessage(const LogMessage& message, bool mayWait) {
+    const AppenderList::Outcome outcome = appenders_.output(message, criticalSection_.isHeldOnce());
+    if (outcome.hasAsynchronous) {
+        AsynchronousDispatcher::instance().enqueue(message, mayWait);
+    }
+    if (outcome.exception) {
+        std::rethrow_exception(outcome.exception);
+    }
+}
+
+void Logger::Inside::dispatchPutOff(Logger& logger, const LogMessage& message) {
+    Inside& inside = *logger.inside_;
+    const ScopedLock lock(inside.criticalSection_);
+    inside.dispatchMessage(message, false);
+}
+
+// The subtree
+
+void Logger::Inside::inherit() {
+    const Inside& parent = *parent_->inside_;
+    logger_.level_.store(parent_->getLevel(), std::memory_order_relaxed);
+    expirationTime_.store(parent.expirationTime_, std::memory_order_relaxed);
+    appenders_.copyFrom(parent.appenders_);
+}
+
+std::size_t Logger::Inside::countSubtree() {
+    std::size_t count = 0;
+    forSubtree([&count](const Logger&) { ++count; });
+    return count;
+}
+
+/// It takes no memory, since the end of the library must not fail. No child is ever removed from the map, and
+/// one that is added meanwhile has inherited what is being waited for.
+void Logger::Inside::waitForSubtree() {
+    { const ScopedLock lock(criticalSection_); }
+    Children::iterator child;
+    for (bool hasChild = moveToFirst(child); hasChild; hasChild = moveOn(child)) {
+        child->second->inside_->waitForSubtree();
+    }
+}
+
+bool Logger::Inside::moveToFirst(Children::iterator& child) {
+    const ScopedLock lock(treeLock());
+    child = children_.begin();
+    return child != children_.end();
+}
+
+bool Logger::Inside::moveOn(Children::iterator& child) {
+    const ScopedLock lock(treeLock());
+    return ++child != children_.end();
+}
+
+Logger& Logger::Inside::getChild(const std::string& shortName) {
+    if (Logger* const child = findChild(shortName)) {
+        return *child;
+    }
+    Children::mapped_type child(new Logger(&logger_, shortName));
+    return *children_.emplace(shortName, std::move(child)).first->second;
+}
+
+Logger* Logger::Inside::findChild(const std::string& shortName) const {
+    const auto entry = children_.find(shortName);
+    return entry == children_.end() ? nullptr : entry->second.get();
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "log/LogMessage.h"
+#include "log/Logger.h"
+#include "log/MessageType.h"
+#include "log/tree/AppenderList.h"
+#include "log/tree/TreeLock.h"
+#include "platform/CriticalSection.h"
+#include "zav-util/TimeUtils.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+class LibraryCall;
+
+/// What applications do not see of a logger.
+struct Logger::Inside {
+    /// Lets the map of children destroy them, and nobody else.
+    struct Deleter {
+        void operator()(Logger* logger) const { delete logger; }
+    };
+    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>>;
+
+    Inside(Logger& logger, Logger* parent);
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
+
+    /// Makes a message that has reached the logger's level and gives it to the appenders, unless the level
+    /// has expired.
+    void log(Level::LogLevel level, std::string_view text, int line, std::string_view file, MessageType type);
+
+    /// Takes over the settings and appenders of the parent, for a new logger.
+    void inherit() ZAV_LOG_REQUIRES(treeLock());
+
+    /// \return the child of that short name, made if it is missing
+    Logger& getChild(const std::string& shortName) ZAV_LOG_REQUIRES(treeLock());
+    Logger* findChild(const std::string& shortName) const ZAV_LOG_REQUIRES(treeLock());
+
+    /// Calls a function for the logger and all below it, parents before their children.
+    template <typename Function>
+    void forSubtree(const Function& function) ZAV_LOG_REQUIRES(treeLock()) {
+        function(logger_);
+        for (const auto& child : children_) {
+            child.second->inside_->forSubtree(function);
+        }
+    }
+
+    /// \return how many loggers the subtree has
+    std::size_t countSubtree() ZAV_LOG_REQUIRES(treeLock());
+
+    /// Waits, for one logger of the subtree after the other, until no other thread dispatches a message that
+    /// it is dispatching now.
+    void waitForSubtree() ZAV_LOG_EXCLUDES(treeLock());
+
+    Logger& logger_;
+    Logger* const parent_;
+    // Written under the tree's lock, read without it: the numbers of microseconds.
+    std::atomic<std::uint64_t> expirationTime_{0}; ///< 0: a level below `WARNING` lasts for ever
+    std::atomic<std::uint64_t> levelSetTime_;
+    AppenderList appenders_;
+    /// Held while a message is dispatched: the messages of one logger reach its appenders one by one.
+    mutable Platform::CriticalSection criticalSection_;
+    /// By the short name: one component of the dotted name. None is removed.
+    Children children_ ZAV_LOG_GUARDED_BY(treeLock());
+
+private:
+    bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
+    std::optional<LogMessage> makeMessage(Level::LogLevel level, std::string_view text, int line,
+                                          std::string_view file, MessageType type);
+    bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
+    bool isExpired(Util::TimeUtils::Time now) const;
+    void dispatchMessage(const LogMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    static void dispatchPutOff(Logger& logger, const LogMessage& message);
+
+    bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
+    bool moveOn(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace ZAV {
+namespace Platform {
+
+/// While it lives, its thread is not cancelled (`pthread_cancel`): a request takes effect afterwards. For
+/// work that must not be left half done, and for functions that nothing may be thrown out of. Where threads
+/// cannot be cancelled (Windows), it does nothing.
+class NoCancellation {
+public:
+    NoCancellation() noexcept;
+    ~NoCancellation();
+    NoCancellation(const NoCancellation&) = delete;
+    NoCancellation& operator=(const NoCancellation&) = delete;
+
+private:
+    int before_ = 0; ///< the state to return to
+};
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,17 @@
+#include "platform/CancellationGuard.h"
+
+#include <pthread.h>
+
+namespace ZAV {
+namespace Platform {
+
+NoCancellation::NoCancellation() noexcept {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+}
+
+NoCancellation::~NoCancellation() {
+    pthread_setcancelstate(before_, nullptr);
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/Fork.h"
+
+#include <atomic>
+#include <pthread.h>
+
+namespace ZAV {
+namespace Platform {
+
+/// A mutex that counts how often its holder has taken it.
+///
+/// The system's own recursive mutex would not do: it knows its holder by a number that a fork changes, so a
+/// thread that forks while it holds one could never release it in the child.
+class NativeLock {
+public:
+    explicit NativeLock(ForkRule rule);
+    ~NativeLock();
+    NativeLock(const NativeLock&) = delete;
+    NativeLock& operator=(const NativeLock&) = delete;
+
+    void lock() {
+        if (!isHeldByCaller()) {
+            pthread_mutex_lock(&mutex_);
+            holder_.store(pthread_self(), std::memory_order_relaxed);
+        }
+        ++count_;
+    }
+
+    bool tryLock() {
+        if (!isHeldByCaller()) {
+            if (pthread_mutex_trylock(&mutex_) != 0) {
+                return false;
+            }
+            holder_.store(pthread_self(), std::memory_order_relaxed);
+        }
+        ++count_;
+        return true;
+    }
+
+    void unlock() {
+        if (--count_ == 0) {
+            holder_.store(NOBODY, std::memory_order_relaxed);
+            pthread_mutex_unlock(&mutex_);
+        }
+    }
+
+    bool isHeldOnce() const { return count_ == 1; }
+
+private:
+    friend class AllLocks;
+    static constexpr pthread_t NOBODY = 0;
+
+    bool isHeldByCaller() const { return holder_.load(std::memory_order_relaxed) == pthread_self(); }
+    void makeFree();
+
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+    std::atomic<pthread_t> holder_{NOBODY};
+    unsigned count_ = 0; ///< used by the holder alone
+    const ForkRule rule_;
+    NativeLock* previous_ = nullptr; ///< in the list of all locks
+    NativeLock* next_ = nullptr;
+};
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,13 @@
+#include "platform/CancellationGuard.h"
+
+namespace ZAV {
+namespace Platform {
+
+NoCancellation::NoCancellation() noexcept {
+    static_cast<void>(before_);
+}
+
+NoCancellation::~NoCancellation() = default;
+
+} // namespace Platform
+} // namespace ZAV

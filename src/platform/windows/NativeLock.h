@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Fork.h"
+
+// Without what defines ERROR and other everyday words as macros.
+#if !defined(NOGDI)
+#define NOGDI
+#endif
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <windows.h>
+
+namespace ZAV {
+namespace Platform {
+
+/// The system's critical section.
+class NativeLock {
+public:
+    explicit NativeLock(ForkRule) { InitializeCriticalSection(&section_); }
+    ~NativeLock() { DeleteCriticalSection(&section_); }
+    NativeLock(const NativeLock&) = delete;
+    NativeLock& operator=(const NativeLock&) = delete;
+
+    void lock() { EnterCriticalSection(&section_); }
+    bool tryLock() { return TryEnterCriticalSection(&section_) != 0; }
+    void unlock() { LeaveCriticalSection(&section_); }
+    bool isHeldOnce() const { return section_.RecursionCount == 1; }
+
+private:
+    CRITICAL_SECTION section_;
+};
+
+} // namespace Platform
+} // namespace ZAV
