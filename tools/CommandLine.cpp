@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "OutputClosed.h"
 #include "UsageError.h"
+#include "commands/CatCommand.h"
 
 #include <iostream>
 
@@ -22,7 +23,8 @@ CommandLine::CommandLine()
     : app_("Reads, checks and steers what the logging library ZAV Log writes.", "zav-log") {
     app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
     app_.require_subcommand(1);
-    // Each command of the program has a line here.
+    // Each command of the program has a line here, in the order in which --help shows them.
+    commands_.push_back(std::make_unique<CatCommand>(app_));
 }
 
 ExitCode CommandLine::run(int argc, const char* const* argv) {
