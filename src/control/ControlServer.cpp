@@ -1,0 +1,50 @@
+#include "log/ControlServer.h"
+
+#include "control/ControlLoop.h"
+#include "log/LogException.h"
+#include "platform/Process.h"
+#include "platform/SignalGuard.h"
+
+#include <exception>
+#include <thread>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+/// The loop with the thread that runs it.
+class ControlServer::Inside {
+public:
+    explicit Inside(const std::string& address)
+        : loop_(address, ControlLoop::Limits()), process_(Platform::processId()) {
+        const Platform::NoSignals noSignals;
+        thread_ = std::thread([this] { loop_.run(); });
+    }
+
+    ~Inside() {
+        if (process_ != Platform::processId()) {
+            forgetThread();
+            return;
+        }
+        loop_.stop();
+        thread_.join();
+    }
+
+private:
+    /// A forked child has no such thread, and nothing to wait for.
+    void forgetThread() { static_cast<void>(*new std::thread(std::move(thread_))); }
+
+    ControlLoop loop_;
+    std::thread thread_;
+    const int process_; ///< id of the one whose thread it is
+};
+
+ControlServer::ControlServer(const std::string& address) try : inside_(std::make_unique<Inside>(address)) {
+} catch (const std::exception& exception) {
+    throw LogException("Can't serve " + address + ": " + exception.what());
+}
+
+ControlServer::~ControlServer() = default;
+
+} // namespace Log
+} // namespace ZAV
