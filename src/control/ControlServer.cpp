@@ -7,7 +7,6 @@
 
 #include <exception>
 #include <thread>
-#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -18,24 +17,22 @@ public:
     explicit Inside(const std::string& address)
         : loop_(address, ControlLoop::Limits()), process_(Platform::processId()) {
         const Platform::NoSignals noSignals;
-        thread_ = std::thread([this] { loop_.run(); });
+        thread_ = std::make_unique<std::thread>([this] { loop_.run(); });
     }
 
     ~Inside() {
         if (process_ != Platform::processId()) {
-            forgetThread();
+            // A forked child has no such thread: nothing to wait for, and nothing that could be destroyed.
+            static_cast<void>(thread_.release());
             return;
         }
         loop_.stop();
-        thread_.join();
+        thread_->join();
     }
 
 private:
-    /// A forked child has no such thread, and nothing to wait for.
-    void forgetThread() { static_cast<void>(*new std::thread(std::move(thread_))); }
-
     ControlLoop loop_;
-    std::thread thread_;
+    std::unique_ptr<std::thread> thread_;
     const int process_; ///< id of the one whose thread it is
 };
 

@@ -13,7 +13,7 @@ std::optional<LineBuffer::Line> LineBuffer::next() {
         if (end == std::string::npos) {
             break;
         }
-        const std::optional<Line> line = nextEnded(end);
+        std::optional<Line> line = nextEnded(end);
         if (line) {
             return line;
         }

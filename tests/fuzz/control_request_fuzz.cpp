@@ -1,5 +1,6 @@
-// What a client may send: bytes in pieces of any size, cut into lines, each read as a request. Whatever they are,
-// a line keeps to its limit, a request has what its kind needs, and an answer to a bad one takes one line.
+// What a client may send: bytes in pieces of any size, cut into lines, each read as a request. Whatever they
+// are, a line keeps to its limit, a request has what its kind needs, and an answer to a bad one takes one
+// line.
 
 #include "control/ControlRequest.h"
 #include "control/LineBuffer.h"

@@ -58,7 +58,7 @@ std::string ControlClient::readLine() {
         end = end == std::string::npos ? end : received_.size() + end;
         received_ += bytes;
     }
-    const std::string line = received_.substr(0, end);
+    std::string line = received_.substr(0, end);
     received_.erase(0, end + 1);
     return line;
 }

@@ -95,9 +95,9 @@ void SocketFile::bindAndListen() {
         throw systemFailure();
     }
     if (listen(socket_.number(), backlog) != 0 || lstat(path_.c_str(), &status) != 0) {
-        const std::runtime_error failure = systemFailure();
+        const int error = errno;
         unlink(path_.c_str());
-        throw failure;
+        throw systemFailure(error);
     }
     device_ = status.st_dev;
     inode_ = status.st_ino;
