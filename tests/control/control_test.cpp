@@ -12,7 +12,6 @@ using namespace ZAV;
 using namespace ZAV::Log;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
-using testing::MatchesRegex;
 using testing::StartsWith;
 using TestSupport::Client;
 using TestSupport::Control;
@@ -120,7 +119,7 @@ TEST_F(Control, SurvivesGarbage) {
         EXPECT_THAT(client.ask(std::string("\0\x1b[31m\xff", 7)),
                     StartsWith("error: There is no request '\\x00\\x1b[31m"));
         client.say("statistics\nlevel root NONE\nlevel root ERROR\nlevel root TR");
-        EXPECT_THAT(client.answer(), MatchesRegex("queued .*ok\n"));
+        EXPECT_THAT(client.answer(), StartsWith("queued "));
         EXPECT_THAT(client.answer(), StartsWith("error: "));
         EXPECT_EQ(client.answer(), "ok\n");
     }
@@ -144,8 +143,7 @@ TEST_F(Control, DropsWhoIsSilentOrDoesNotRead) {
         EXPECT_EQ(waiting.back().ask("level root ERROR"), "ok\n");
     }
     EXPECT_EQ(silent.rest() + trickling.rest(), "");
-    const std::string torn = notReading.rest();
-    EXPECT_NE(torn.substr(torn.size() - 3), "ok\n");
+    EXPECT_EQ(notReading.rest().find("\nok\n"), std::string::npos);
 }
 
 TEST_F(Control, EndsWhileClientsHang) {
@@ -156,8 +154,7 @@ TEST_F(Control, EndsWhileClientsHang) {
         for (int i = 0; i < 8; ++i) {
             clients.emplace_back(address_).say("loggers\nloggers\n");
         }
-        clients.emplace_back(address_); // which is still waiting for its turn
-        clients.front().ask("loggers");
+        clients.front().answer();
     }
     EXPECT_THROW(Client client(address_), std::runtime_error);
     const ControlServer next(address_);

@@ -34,8 +34,8 @@ void PipeInstance::open(const std::string& name, int maxInstances, bool isFirst,
                                 static_cast<DWORD>(maxInstances), bufferSize, bufferSize, 0, rights));
     if (!pipe_.isOpen()) {
         const DWORD error = GetLastError();
-        throw isFirst && error == ERROR_ACCESS_DENIED ? std::runtime_error("Another process serves it")
-                                                      : systemFailure(error);
+        const bool isTaken = error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY;
+        throw isFirst && isTaken ? std::runtime_error("Another process serves it") : systemFailure(error);
     }
     startConnecting();
 }
