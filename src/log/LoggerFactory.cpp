@@ -1,5 +1,6 @@
 #include "log/LoggerFactory.h"
 
+#include "log/config/KeyNames.h"
 #include "log/config/LoggerKeys.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/FileUtils.h"
@@ -21,9 +22,9 @@ Util::TimeUtils::Time toMinutes(const std::string& value) {
 }
 
 void applySetting(Logger& logger, const std::string& attribute, const std::string& value) {
-    if (attribute == "level") {
+    if (attribute == LoggerAttribute::LEVEL) {
         logger.setLevel(Level::fromString(value), true);
-    } else if (attribute == "expiration") {
+    } else if (attribute == LoggerAttribute::EXPIRATION) {
         logger.setExpirationTime(toMinutes(value));
     }
 }

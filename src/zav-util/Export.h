@@ -5,8 +5,8 @@
 /// `zav-log-control` does; everything else stays inside them.
 
 #if defined(_WIN32)
-// GCC takes the mark of the first class with virtual functions in a file over to the type information of all
-// others; so a class of the standard library's comes first.
+// GCC gives the type information of every class in a file the mark of the first one that has virtual
+// functions, so a class of the standard library has to come first.
 #include <exception>
 #if defined(ZAV_LOG_BUILDING)
 #define ZAV_LOG_API __declspec(dllexport)

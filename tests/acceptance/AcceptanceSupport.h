@@ -2,15 +2,9 @@
 
 #include "TestSupport.h"
 
-#include "log/LogManager.h"
-#include "log/LoggerFactory.h"
-#include "zav-util/Properties.h"
-
-#include <gmock/gmock.h>
 #include <thread>
 
-namespace ZAV {
-namespace TestSupport {
+namespace ZAV::TestSupport {
 
 /// Sends what the process writes to its standard error stream to memory, from all threads and whatever way it
 /// is written.
@@ -23,8 +17,7 @@ public:
 };
 
 /// The lines of a text, each without the time that it begins with.
-inline std::vector<std::string> linesIn(const std::string& text) {
-    const std::size_t timeLength = 27;
+inline std::vector<std::string> linesIn(const std::string& text, std::size_t timeLength = 27) {
     std::istringstream stream(text);
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
@@ -35,9 +28,9 @@ inline std::vector<std::string> linesIn(const std::string& text) {
 
 /// The last word of every line of a text.
 inline std::vector<std::string> lastWordsIn(const std::string& text) {
-    std::vector<std::string> words;
-    for (const std::string& line : linesIn(text)) {
-        words.push_back(line.substr(line.rfind(' ') + 1));
+    std::vector<std::string> words = linesIn(text);
+    for (std::string& word : words) {
+        word.erase(0, word.rfind(' ') + 1);
     }
     return words;
 }
@@ -79,5 +72,4 @@ protected:
     const TemporaryDirectory directory_;
 };
 
-} // namespace TestSupport
-} // namespace ZAV
+} // namespace ZAV::TestSupport

@@ -4,8 +4,7 @@
 
 #include <cstdlib>
 
-namespace ZAV {
-namespace TestSupport {
+namespace ZAV::TestSupport {
 
 /// Starts programs that log and end, each with a directory of the test's own for its logs.
 class EndedProcess : public testing::Test {
@@ -28,5 +27,4 @@ private:
     static std::string quoted(const std::string& text) { return '"' + text + '"'; }
 };
 
-} // namespace TestSupport
-} // namespace ZAV
+} // namespace ZAV::TestSupport

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 
 using namespace ZAV;
 using namespace ZAV::Log;
-using testing::IsEmpty;
-using testing::SizeIs;
-using TestSupport::inThreads;
-using TestSupport::StandardErrorCapture;
+using namespace ZAV::TestSupport;
+using namespace testing;
 
 namespace {
 
@@ -16,118 +15,71 @@ constexpr int PRODUCERS = 8;
 constexpr int MESSAGES = 1500; ///< of each producer
 constexpr int FILES = 10;      ///< of a file appender
 
-const char* const LOGGERS[] = {"net", "net.tcp", "db", "db.table"}; ///< two producers share each
+const std::string LOGGERS[] = {"net", "net.tcp", "db", "db.table"}; ///< two producers share each
 
-/// Counts the messages that any threads write to it.
-class CountingAppender : public Appender {
-public:
-    CountingAppender() : Appender("counting") {}
-    std::atomic<int> count{0};
+/// The numbers of each producer's messages, in the order of the lines, which end like "producer:net:3:1017".
+using Numbers = std::map<std::string, std::vector<int>>;
 
-protected:
-    void doOutput(const LogMessage&) override { ++count; }
-};
-
-class CountingListener : public CommandListener {
-public:
-    void onCommand(const std::string&) override { ++count; }
-    std::atomic<int> count{0};
-};
-
-/// Keeps the thread that reports a failure until the producers have logged a number of messages.
-class HoldingListener : public CommandListener {
-public:
-    HoldingListener(const std::atomic<int>& logged, int awaited) : logged_(logged), awaited_(awaited) {}
-
-    void onCommand(const std::string&) override {
-        while (logged_ < awaited_) {
-            std::this_thread::yield();
+Numbers producedIn(const std::string& text) {
+    Numbers numbers;
+    for (const std::string& word : lastWordsIn(text)) {
+        if (word.rfind("producer:", 0) == 0) {
+            const std::size_t colon = word.rfind(':');
+            numbers[word.substr(0, colon)].push_back(std::stoi(word.substr(colon + 1)));
         }
-    }
-
-private:
-    const std::atomic<int>& logged_;
-    const int awaited_;
-};
-
-/// The text of each line that a producer logged, such as "producer:3:1017".
-std::vector<std::string> producedIn(const std::string& text) {
-    std::vector<std::string> words = TestSupport::lastWordsIn(text);
-    const auto isOther = [](const std::string& word) { return word.find("producer:") != 0; };
-    words.erase(std::remove_if(words.begin(), words.end(), isOther), words.end());
-    return words;
-}
-
-std::string textOf(int producer, int number) {
-    return "producer:" + std::to_string(producer) + ":" + std::to_string(number);
-}
-
-int producerOf(const std::string& text) {
-    return std::stoi(text.substr(text.find(':') + 1));
-}
-
-int numberOf(const std::string& text) {
-    return std::stoi(text.substr(text.rfind(':') + 1));
-}
-
-/// The numbers of each producer's messages, in the order of the texts.
-std::vector<std::vector<int>> numbersByProducer(const std::vector<std::string>& texts) {
-    std::vector<std::vector<int>> numbers(PRODUCERS);
-    for (const std::string& text : texts) {
-        numbers.at(static_cast<std::size_t>(producerOf(text))).push_back(numberOf(text));
     }
     return numbers;
 }
 
-void expectProducersOrder(const std::vector<std::string>& texts) {
-    for (const std::vector<int>& numbers : numbersByProducer(texts)) {
-        EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+void expectOrder(const Numbers& numbers) {
+    for (const auto& [producer, ofProducer] : numbers) {
+        EXPECT_TRUE(std::is_sorted(ofProducer.begin(), ofProducer.end())) << producer;
     }
 }
 
 /// Every message of every producer must be there once, in any order.
-void expectEachOnce(const std::vector<std::string>& texts) {
-    for (std::vector<int>& numbers : numbersByProducer(texts)) {
-        std::sort(numbers.begin(), numbers.end());
-        ASSERT_THAT(numbers, SizeIs(MESSAGES));
+void expectEachOnce(Numbers numbers) {
+    EXPECT_THAT(numbers, SizeIs(PRODUCERS));
+    for (auto& [producer, ofProducer] : numbers) {
+        std::sort(ofProducer.begin(), ofProducer.end());
+        ASSERT_THAT(ofProducer, SizeIs(MESSAGES)) << producer;
         for (int number = 0; number < MESSAGES; ++number) {
-            ASSERT_EQ(numbers[static_cast<std::size_t>(number)], number);
+            ASSERT_EQ(ofProducer[static_cast<std::size_t>(number)], number) << producer;
         }
     }
 }
 
-class Stress : public TestSupport::Application {
+class Stress : public Application {
 protected:
-    bool initWith(const std::string& queue) {
-        return init("appender.sync = FileAppender\n"
-                    "appender.sync.dir = DIR\n"
-                    "appender.sync.fileNumber = 9\n"
-                    "appender.sync.fileMaxSize = 200\n"
-                    "appender.sync.fileMaxSizeUnit = KB\n"
-                    "appender.broken = SimpleFileAppender\n"
-                    "appender.broken.asynchronous = true\n"
-                    "appender.broken.filters = broken\n"
-                    "appender.broken.dir = DIR/missing\n"
-                    "appender.async = FileAppender\n"
-                    "appender.async.asynchronous = true\n"
-                    "appender.async.dir = DIR\n"
-                    "appender.async.fileNumber = 9\n"
-                    "appender.async.fileMaxSize = 200\n"
-                    "appender.async.fileMaxSizeUnit = KB\n"
-                    "appender.filtered = SimpleFileAppender\n"
-                    "appender.filtered.asynchronous = true\n"
-                    "appender.filtered.filters = net\n"
-                    "appender.filtered.level = ERROR\n"
-                    "appender.filtered.expiration = 1 hour\n"
-                    "appender.filtered.dir = DIR\n" +
-                    queue);
+    bool initWith(const std::string& maxQueueSize) {
+        std::string lines = "appender.broken = SimpleFileAppender\n"
+                            "appender.broken.asynchronous = true\n"
+                            "appender.broken.filters = broken\n"
+                            "appender.broken.dir = DIR/missing\n"
+                            "appender.async.asynchronous = true\n"
+                            "appender.filtered = SimpleFileAppender\n"
+                            "appender.filtered.asynchronous = true\n"
+                            "appender.filtered.filters = net\n"
+                            "appender.filtered.level = ERROR\n"
+                            "appender.filtered.expiration = 1 hour\n"
+                            "appender.filtered.dir = DIR\n"
+                            // With prompt delivery the second consumer would write the rest to the first
+                            // appender that joins it.
+                            "zav.log.AsynchronousDispatcher.waitingPeriod = 1\n"
+                            "zav.log.AsynchronousDispatcher.maxQueueSize = " +
+                            maxQueueSize + "\n";
+        for (const std::string name : {"appender.sync", "appender.async"}) {
+            lines += name + " = FileAppender\n" + name + ".dir = DIR\n" + name + ".fileNumber = 9\n" + name +
+                     ".fileMaxSize = 200\n" + name + ".fileMaxSizeUnit = KB\n";
+        }
+        return init(lines);
     }
 
     /// What the producers wrote to a series of files, oldest first.
-    std::vector<std::string> producedInSeries(const std::string& name) const {
+    Numbers producedInSeries(const std::string& name) const {
         std::string text;
         for (int index = FILES - 1; index >= 0; --index) {
-            text += TestSupport::readFile(directory_ / (name + std::to_string(index)));
+            text += readFile(directory_ / (name + std::to_string(index)));
         }
         return producedIn(text);
     }
@@ -135,147 +87,111 @@ protected:
     /// Logs from all producers at once, and meanwhile changes whatever may change.
     void logWhileAllChanges();
 
-    /// Has the consumer thread of a new `init` write what the last `finish` left in the queue.
-    void writeTheRest(const std::string& queue) {
-        ASSERT_TRUE(initWith(queue));
-        LogManager::finish();
-    }
-
     /// \param shown what the producers' messages on the standard error stream were
-    void expectEachWrittenOrShown(const std::vector<std::string>& shown) const;
+    void expectEachWrittenOrShown(const Numbers& shown) const;
 
     std::atomic<int> logged_{0};
-
-private:
-    void produce(int producer);
-    void changeLevels() const;
-    void createLoggers() const;
-    void addAndRemoveAppender() const;
-    void issueCommands() const;
-
-    std::atomic<bool> ended_{false};
 };
 
-void Stress::produce(int producer) {
-    Logger& logger = LoggerFactory::getLogger(LOGGERS[producer % 4]);
-    for (int number = 0; number < MESSAGES; ++number) {
-        logger.audit(textOf(producer, number), 0, "");
-        ++logged_;
-    }
-}
-
-void Stress::changeLevels() const {
-    const Level::LogLevel levels[] = {Level::LEVEL_AUDIT, Level::LEVEL_WARNING, Level::LEVEL_TRACE};
-    for (int i = 0; !ended_; ++i) {
-        LoggerFactory::getLogger(LOGGERS[i % 4]).setLevel(levels[i % 3], i % 2 == 0);
-        LoggerFactory::getRootLogger().setLevel(levels[(i + 1) % 3], false);
-        std::this_thread::yield();
-    }
-}
-
-/// Looks them up again once there are many.
-void Stress::createLoggers() const {
-    for (int i = 0; !ended_; ++i) {
-        LoggerFactory::getLogger(LOGGERS[i % 4] + (".made" + std::to_string(i % 400))).audit("other", 0, "");
-        std::this_thread::yield();
-    }
-}
-
-void Stress::addAndRemoveAppender() const {
-    CountingAppender appender;
-    const auto logThrough = [&appender](Logger& logger) {
-        logger.addAppender(&appender);
-        logger.audit("other", 0, "");
-        logger.removeAppender(&appender);
-    };
-    int rounds = 0;
-    while (!ended_) {
-        logThrough(LoggerFactory::getRootLogger());
-        logThrough(LoggerFactory::getLogger("net"));
-        rounds += 2;
-        std::this_thread::yield();
-    }
-    EXPECT_GE(appender.count, rounds);
-}
-
-void Stress::issueCommands() const {
-    CountingListener listener;
-    int rounds = 0;
-    while (!ended_) {
-        LogManager::registerCommandListener("stress", &listener);
-        LogManager::command("stress", "");
-        LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
-        LogManager::unregisterCommandListener("stress");
-        ++rounds;
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(listener.count, rounds);
-}
-
 void Stress::logWhileAllChanges() {
-    std::vector<std::thread> others;
-    for (const auto change : {&Stress::changeLevels, &Stress::createLoggers, &Stress::addAndRemoveAppender,
-                              &Stress::issueCommands}) {
-        others.emplace_back(change, this);
-    }
-    inThreads(PRODUCERS, [this](int producer) { produce(producer); });
-    ended_ = true;
-    for (std::thread& other : others) {
-        other.join();
-    }
+    const Level::LogLevel levels[] = {Level::LEVEL_AUDIT, Level::LEVEL_WARNING, Level::LEVEL_TRACE};
+    std::atomic<int> seen{0};
+    CallingAppender appender([&seen](const LogMessage&) { ++seen; });
+    std::atomic<int> heard{0};
+    CallingListener listener([&heard](const std::string&) { ++heard; });
+    const std::function<void(int)> changes[] = {
+        [&](int round) {
+            LoggerFactory::getLogger(LOGGERS[round % 4]).setLevel(levels[round % 3], round % 2 == 0);
+            LoggerFactory::getRootLogger().setLevel(levels[(round + 1) % 3], false);
+        },
+        [](int round) { // looks them up again once there are many
+            const std::string name = LOGGERS[round % 4] + ".made" + std::to_string(round % 400);
+            LoggerFactory::getLogger(name).audit("other", 0, "");
+        },
+        [&](int round) {
+            Logger& logger =
+                round % 2 == 0 ? LoggerFactory::getRootLogger() : LoggerFactory::getLogger("net");
+            const int before = seen;
+            logger.addAppender(&appender);
+            logger.audit("other", 0, "");
+            logger.removeAppender(&appender);
+            EXPECT_GT(seen, before);
+        },
+        [&](int round) {
+            LogManager::registerCommandListener("stress", &listener);
+            LogManager::command("stress", "");
+            LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
+            LogManager::unregisterCommandListener("stress");
+            EXPECT_EQ(heard, round + 1);
+        }};
+    std::atomic<int> producing{PRODUCERS};
+    inThreads(PRODUCERS + 4, [&](int thread) {
+        for (int round = 0; thread >= PRODUCERS && producing > 0; ++round) {
+            changes[thread - PRODUCERS](round);
+            std::this_thread::yield();
+        }
+        if (thread < PRODUCERS) {
+            const std::string& name = LOGGERS[thread % 4];
+            const std::string producer = "producer:" + name + ":" + std::to_string(thread) + ":";
+            for (int number = 0; number < MESSAGES; ++number) {
+                LoggerFactory::getLogger(name).audit(producer + std::to_string(number), 0, "");
+                ++logged_;
+            }
+            --producing;
+        }
+    });
 }
 
-void Stress::expectEachWrittenOrShown(const std::vector<std::string>& shown) const {
-    const std::vector<std::string> synchronous = producedInSeries("sync");
-    expectProducersOrder(synchronous);
+void Stress::expectEachWrittenOrShown(const Numbers& shown) const {
+    const Numbers synchronous = producedInSeries("sync");
+    expectOrder(synchronous);
     expectEachOnce(synchronous);
 
-    std::vector<std::string> asynchronous = producedInSeries("async");
-    expectProducersOrder(asynchronous);
-    expectProducersOrder(shown);
-    std::vector<std::string> ofNet;
-    std::copy_if(asynchronous.begin(), asynchronous.end(), std::back_inserter(ofNet),
-                 [](const std::string& text) { return producerOf(text) % 4 < 2; });
-    EXPECT_EQ(producedIn(TestSupport::readFile(directory_ / "filtered")), ofNet);
+    Numbers asynchronous = producedInSeries("async");
+    expectOrder(asynchronous);
+    expectOrder(shown);
+    Numbers ofNet;
+    std::copy_if(asynchronous.begin(), asynchronous.end(), std::inserter(ofNet, ofNet.end()),
+                 [](const auto& numbers) { return numbers.first.rfind("producer:net", 0) == 0; });
+    EXPECT_EQ(producedIn(readFile(directory_ / "filtered")), ofNet);
 
-    asynchronous.insert(asynchronous.end(), shown.begin(), shown.end());
+    for (const auto& [producer, numbers] : shown) {
+        std::vector<int>& all = asynchronous[producer];
+        all.insert(all.end(), numbers.begin(), numbers.end());
+    }
     expectEachOnce(asynchronous);
 }
 
 } // namespace
 
-TEST_F(Stress, AnUnboundedQueueDeliversEveryMessageOnce) {
-    // With prompt delivery the second consumer would write the rest to the first appender that joins it.
-    const std::string queue = "zav.log.AsynchronousDispatcher.maxQueueSize = -1\n"
-                              "zav.log.AsynchronousDispatcher.waitingPeriod = 1\n";
-    StandardErrorCapture errors;
-    ASSERT_TRUE(initWith(queue));
-    logWhileAllChanges();
-    LogManager::finish();
-    writeTheRest(queue);
-    EXPECT_THAT(errors.text(), IsEmpty());
-    expectEachWrittenOrShown({});
-}
+TEST_F(Stress, EveryMessageIsDeliveredOnceOrShown) {
+    for (const std::string maxQueueSize : {"-1", "64"}) {
+        StandardErrorCapture errors;
+        // Holds the consumer until the queue overflows in any case, if it may.
+        CallingListener holding([this](const std::string&) {
+            while (logged_ < 10 * 64) {
+                std::this_thread::yield();
+            }
+        });
+        ASSERT_TRUE(initWith(maxQueueSize));
+        LogManager::registerCommandListener("EXCEPTION", &holding);
+        LoggerFactory::getLogger("broken").audit("broken", 0, "");
+        logWhileAllChanges();
+        LogManager::finish();
+        // The consumer thread of a new `init` writes what was left in the queue.
+        ASSERT_TRUE(initWith(maxQueueSize));
+        LogManager::finish();
 
-TEST_F(Stress, ASmallQueueDeliversOrShowsEveryMessageOnce) {
-    const int queueSize = 64;
-    const std::string queue = "zav.log.AsynchronousDispatcher.maxQueueSize = 64\n"
-                              "zav.log.AsynchronousDispatcher.waitingPeriod = 1\n";
-    HoldingListener listener(logged_, 10 * queueSize); // so that the queue overflows in any case
-    StandardErrorCapture errors;
-    ASSERT_TRUE(initWith(queue));
-    LogManager::registerCommandListener("EXCEPTION", &listener);
-    LoggerFactory::getLogger("broken").audit("broken", 0, "");
-    logWhileAllChanges();
-    LogManager::finish();
-    writeTheRest(queue);
-
-    const std::string text = errors.text();
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        ASSERT_EQ(line.find("Message queue size reached. Discarding oldest log message: "), 0U) << line;
+        const std::string text = errors.text();
+        for (const std::string& line : linesIn(text, 0)) {
+            ASSERT_EQ(line.find("Message queue size reached. Discarding oldest log message: "), 0U) << line;
+        }
+        const Numbers shown = producedIn(text);
+        EXPECT_EQ(shown.empty(), maxQueueSize == "-1");
+        expectEachWrittenOrShown(shown);
+        for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
+            std::filesystem::remove(entry);
+        }
+        logged_ = 0;
     }
-    const std::vector<std::string> shown = producedIn(text);
-    EXPECT_THAT(shown, testing::Not(IsEmpty()));
-    expectEachWrittenOrShown(shown);
 }

@@ -24,26 +24,14 @@
 #include "zav-util/TimeUtils.h"
 #include "zav-util/UtilException.h"
 
-#include <gmock/gmock.h>
-#include <vector>
+#include "TestSupport.h"
 
 using namespace ZAV::Log;
 
-namespace {
-
-class LevelsAppender : public Appender {
-public:
-    LevelsAppender() : Appender("levels") {}
-    std::vector<int> levels;
-
-protected:
-    void doOutput(const LogMessage& message) override { levels.push_back(message.getLevel()); }
-};
-
-} // namespace
-
 TEST(TakenNames, LeaveTheLevelsAndTheMacrosUsable) {
-    LevelsAppender appender;
+    std::vector<int> levels;
+    ZAV::TestSupport::CallingAppender appender(
+        [&levels](const LogMessage& message) { levels.push_back(message.getLevel()); });
     Logger& logger = LoggerFactory::getLogger("taken");
     logger.addAppender(&appender);
     logger.setLevel(Level::LEVEL_TRACE, false);
@@ -53,7 +41,7 @@ TEST(TakenNames, LeaveTheLevelsAndTheMacrosUsable) {
     ZAV_LOG_INFO(logger, "i" << 4);
     ZAV_LOG_DEBUG(logger, "d" << 5);
     ZAV_LOG_TRACE(logger, "t" << 6);
-    EXPECT_THAT(appender.levels, testing::ElementsAre(60, 50, 40, 30, 20, 10));
+    EXPECT_THAT(levels, testing::ElementsAre(60, 50, 40, 30, 20, 10));
     EXPECT_EQ(ERROR, 0); // and the other header's macro as it was
     logger.removeAppender(&appender);
 }

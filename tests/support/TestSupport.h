@@ -1,35 +1,43 @@
 #pragma once
 
-#include "log/Appender.h"
-#include "log/CommandListener.h"
+#include "Calling.h"
+
+#include "log/LogManager.h"
 #include "log/LogMessage.h"
+#include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
 
 #include <filesystem>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-namespace ZAV {
-namespace TestSupport {
+namespace ZAV::TestSupport {
 
 /// A message whose fields but a few do not matter.
-inline Log::LogMessage makeMessage(const std::string& text, Log::Level::LogLevel level = Log::Level::INFO,
+inline Log::LogMessage makeMessage(const std::string& text,
+                                   Log::Level::LogLevel level = Log::Level::LEVEL_INFO,
                                    const std::string& loggerName = "net.tcp",
                                    Util::TimeUtils::Time time = Util::TimeUtils::Time::now(),
                                    Log::MessageType type = Log::LOG) {
     return Log::LogMessage(loggerName, time, level, text, 0, "", type);
 }
 
-/// Keeps the texts of the messages that it receives.
+/// Keeps the messages that it receives.
 class RecordingAppender : public Log::Appender {
 public:
     using Appender::Appender;
-    std::vector<std::string> texts;
+    std::vector<Log::LogMessage> messages;
+    std::vector<std::string> texts; ///< of the messages
 
 protected:
-    void doOutput(const Log::LogMessage& message) override { texts.push_back(message.getText()); }
+    void doOutput(const Log::LogMessage& message) override {
+        messages.push_back(message);
+        texts.push_back(message.getText());
+    }
 };
 
 /// Keeps the arguments of the commands that it receives.
@@ -58,7 +66,13 @@ private:
 /// A directory of the running test's own, removed with everything in it.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory();
+    TemporaryDirectory() {
+        const std::string pattern = (std::filesystem::temp_directory_path() / "zav-log-test-").string();
+        int number = 0;
+        do {
+            path_ = pattern + std::to_string(number++);
+        } while (!std::filesystem::create_directory(path_));
+    }
     ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -69,16 +83,6 @@ public:
 private:
     std::filesystem::path path_;
 };
-
-inline TemporaryDirectory::TemporaryDirectory() {
-    const std::string pattern = (std::filesystem::temp_directory_path() / "zav-log-test-").string();
-    for (int number = 0;; ++number) {
-        path_ = pattern + std::to_string(number);
-        if (std::filesystem::create_directory(path_)) {
-            return;
-        }
-    }
-}
 
 inline void writeFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
@@ -106,5 +110,4 @@ std::string textThrownBy(Statement statement) {
     return "nothing was thrown";
 }
 
-} // namespace TestSupport
-} // namespace ZAV
+} // namespace ZAV::TestSupport

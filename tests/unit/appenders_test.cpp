@@ -1,31 +1,23 @@
+#include "TestClock.h"
 #include "TestSupport.h"
 
 #include "log/LogException.h"
 #include "log/LogLine.h"
-#include "log/LogManager.h"
+#include "log/appenders/AppenderRegistry.h"
 #include "log/appenders/DefaultAppenderFactory.h"
 #include "log/appenders/FileAppender.h"
 #include "log/appenders/FileAppenderBuilder.h"
 #include "log/appenders/SimpleFileAppenderBuilder.h"
 #include "log/appenders/StdoutAppenderBuilder.h"
-#include "zav-util/Properties.h"
 
 #include <boost/make_shared.hpp>
-#include <gmock/gmock.h>
 #include <memory>
 
 using namespace ZAV;
 using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
 using namespace ZAV::Util::TimeUtils;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-using testing::StartsWith;
-using TestSupport::makeMessage;
-using TestSupport::readFile;
-using TestSupport::RecordingAppender;
-using TestSupport::RecordingListener;
+using namespace testing;
 
 namespace {
 
@@ -42,21 +34,16 @@ private:
     bool answer_;
 };
 
-class FailingAppender : public Appender {
-public:
-    using Appender::Appender;
+using Settings = std::map<std::string, std::string>;
 
-protected:
-    void doOutput(const LogMessage& message) override {
-        if (message.getText() == "log") {
-            throw LogException("disk full");
-        }
-        throw std::runtime_error("unseen text");
+/// Builds the appender "x" of a class from its settings.
+template <typename Builder>
+std::unique_ptr<Appender> build(const Settings& settings) {
+    Util::Properties properties;
+    for (const auto& [suffix, value] : settings) {
+        properties["appender.x." + suffix] = value;
     }
-};
-
-std::unique_ptr<Appender> create(AbstractAppenderFactory&& factory, const Util::Properties& properties) {
-    return std::unique_ptr<Appender>(factory.create(properties, "x"));
+    return std::unique_ptr<Appender>(DefaultAppenderFactory<Builder>().create(properties, "x"));
 }
 
 } // namespace
@@ -73,20 +60,6 @@ TEST(Appender, AsksItsFiltersInOrderUntilOneRejects) {
     EXPECT_THAT(appender.texts, IsEmpty());
 }
 
-TEST(Appender, ReportsItsFailuresAsCommands) {
-    RecordingListener listener;
-    LogManager::registerCommandListener("EXCEPTION", &listener);
-    FailingAppender appender("failing");
-    const LogMessage log = makeMessage("log");
-    const LogMessage other = makeMessage("other");
-    appender.output(log);
-    appender.output(other);
-    EXPECT_THAT(
-        listener.arguments,
-        ElementsAre("LogException from doOutput(msg).\nException = disk full\nMsg = " + formatLogLine(log),
-                    "Unknown exception from doOutput(msg).\nMsg = " + formatLogLine(other)));
-}
-
 TEST(Appender, TakesListenersOfItsOwnNameAlong) {
     RecordingListener listener;
     LogManager::registerCommandListener("x", &listener);
@@ -98,66 +71,50 @@ TEST(Appender, TakesListenersOfItsOwnNameAlong) {
 TEST(StdoutAppender, WritesOneFlushedLineToTheChosenStream) {
     const std::pair<const char*, std::ostream*> streams[] = {
         {"cout", &std::cout}, {"cerr", &std::cerr}, {"clog", &std::clog}, {"CERR", &std::cout}};
-    for (const auto& stream : streams) {
-        Util::Properties properties;
-        properties["appender.x.ostream"] = stream.first;
-        const auto appender = create(DefaultAppenderFactory<StdoutAppenderBuilder>(), properties);
+    for (const auto& [name, stream] : streams) {
+        const auto appender = build<StdoutAppenderBuilder>({{"ostream", name}});
         const LogMessage message = makeMessage("a");
-        const TestSupport::StreamCapture capture(*stream.second);
+        const StreamCapture capture(*stream);
         appender->output(message);
-        EXPECT_EQ(capture.text(), formatLogLine(message) + "\n") << stream.first;
+        EXPECT_EQ(capture.text(), formatLogLine(message) + "\n") << name;
     }
 }
 
 TEST(SimpleFileAppender, AppendsAndRecoversWhenTheDirectoryAppears) {
-    const TestSupport::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     RecordingListener listener;
     LogManager::registerCommandListener("EXCEPTION", &listener);
-    Util::Properties properties;
-    properties["appender.x.dir"] = directory / "inner";
-    const auto appender = create(DefaultAppenderFactory<SimpleFileAppenderBuilder>(), properties);
+    const std::string file = directory / "inner/x";
+    const auto appender = build<SimpleFileAppenderBuilder>({{"dir", directory / "inner"}});
     appender->output(makeMessage("lost"));
-    ASSERT_THAT(listener.arguments, SizeIs(1));
-    EXPECT_THAT(listener.arguments[0],
-                StartsWith("LogException from doOutput(msg).\nException = Failed to open file " +
-                           (directory / "inner/x") + ". Are you sure that the directory exists?\nMsg = "));
+    EXPECT_THAT(listener.arguments,
+                ElementsAre(StartsWith("LogException from doOutput(msg).\nException = Failed to open file " +
+                                       file + ". Are you sure that the directory exists?\nMsg = ")));
     std::filesystem::create_directory(directory / "inner");
-    TestSupport::writeFile(directory / "inner/x", "kept\n");
+    writeFile(file, "kept\n");
     const LogMessage message = makeMessage("a");
     appender->output(message);
-    EXPECT_EQ(readFile(directory / "inner/x"), "kept\n" + formatLogLineWithProcess(message) + "\n");
-    std::filesystem::remove(directory / "inner/x");
+    EXPECT_EQ(readFile(file), "kept\n" + formatLogLineWithProcess(message) + "\n");
+    std::filesystem::remove(file);
     appender->output(message);
-    EXPECT_EQ(readFile(directory / "inner/x"), formatLogLineWithProcess(message) + "\n");
+    EXPECT_EQ(readFile(file), formatLogLineWithProcess(message) + "\n");
 }
 
 namespace {
 
 /// A series of files named "f0", "f1" and so on.
-class RotatingFiles : public testing::Test {
+class RotatingFiles : public Test {
 protected:
     void SetUp() override { LogManager::registerCommandListener("EXCEPTION", &failures_); }
 
-    std::unique_ptr<Appender> make(std::uint64_t fileNumber, std::uint64_t maxSize,
-                                   Time maxLifetime = Time()) {
+    std::unique_ptr<Appender> make(std::uint64_t fileNumber, std::uint64_t maxSize) {
         return std::make_unique<FileAppender>("x", true, Appender::Filters(), directory_.path(), "f",
-                                              fileNumber, maxSize, maxLifetime);
+                                              fileNumber, maxSize, Time());
     }
 
-    std::unique_ptr<Appender> configure(const Util::Properties& settings) {
-        Util::Properties properties;
-        properties["appender.x.dir"] = directory_.path();
-        properties["appender.x.file"] = "f";
-        for (const auto& setting : settings) {
-            properties["appender.x." + setting.first] = setting.second;
-        }
-        return create(DefaultAppenderFactory<FileAppenderBuilder>(), properties);
-    }
-
-    static Util::Properties settings(std::initializer_list<std::pair<const std::string, std::string>> list) {
-        Util::Properties properties;
-        properties.insert(list);
-        return properties;
+    std::unique_ptr<Appender> configure(Settings settings) {
+        settings.insert({{"dir", directory_.path()}, {"file", "f"}});
+        return build<FileAppenderBuilder>(settings);
     }
 
     /// A message whose line has that many characters, without its end of line.
@@ -184,89 +141,102 @@ protected:
         return readFile(file(0)).compare(0, before.size(), before) != 0;
     }
 
-    const TestSupport::TemporaryDirectory directory_;
+    const TemporaryDirectory directory_;
     RecordingListener failures_;
 };
 
 } // namespace
 
 TEST_F(RotatingFiles, ShiftTheSeriesAndDropTheOldest) {
-    const auto appender = make(2, 1);
-    for (const char* text : {"1", "2", "3", "4"}) {
-        appender->output(makeMessage(text));
+    for (const auto& [number, kept] : {std::pair("0", 1), {"2", 3}, {"15", 10}, {"x", 4}}) {
+        auto appender = configure({{"fileNumber", number}, {"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+        std::string expected;
+        for (char text = 'a'; text < 'm'; ++text) {
+            appender->output(makeMessage(std::string(1, text)));
+            expected.insert(0, 1, text);
+        }
+        std::string found;
+        for (int index = 0; index < kept; ++index) {
+            found += texts(index);
+        }
+        EXPECT_EQ(found, expected.substr(0, found.size())) << number;
+        appender.reset(); // some systems delete no file that is open
+        int files = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
+            files += std::filesystem::remove(entry) ? 1 : 0;
+        }
+        EXPECT_EQ(files, kept) << number;
     }
-    EXPECT_EQ(texts(0) + texts(1) + texts(2), "432");
-    EXPECT_FALSE(TestSupport::fileExists(file(3)));
 }
 
 TEST_F(RotatingFiles, CarryOnAfterAnEarlierRun) {
-    TestSupport::writeFile(file(0), "0\n");
-    TestSupport::writeFile(file(5), "5\n");
-    TestSupport::writeFile(file(6), "beyond\n");
-    TestSupport::writeFile(directory_ / "f", "no index\n");
-    TestSupport::writeFile(directory_ / "f1x", "no index\n");
-    TestSupport::writeFile(directory_ / "F4", "other case\n");
+    writeFile(file(0), "0\n");
+    writeFile(file(5), "5\n");
+    writeFile(file(6), "beyond\n");
+    writeFile(directory_ / "f", "no index\n");
+    writeFile(directory_ / "f1x", "no index\n");
+    writeFile(directory_ / "F4", "other case\n");
     std::filesystem::create_directory(file(2));
     const auto appender = make(5, 1000);
     appender->output(makeMessage("n"));
     EXPECT_EQ(texts(0), "n");
     EXPECT_EQ(texts(1), "0");
-    EXPECT_FALSE(TestSupport::fileExists(file(5)));
+    EXPECT_FALSE(fileExists(file(5)));
     EXPECT_EQ(readFile(file(6)), "beyond\n");
     EXPECT_EQ(readFile(directory_ / "f1x"), "no index\n");
     EXPECT_EQ(readFile(directory_ / "F4"), "other case\n");
     EXPECT_TRUE(std::filesystem::is_directory(file(2)));
 }
 
-TEST_F(RotatingFiles, OnlyTheLiveFileWithNumberZeroAndAtMostTen) {
-    auto one = make(0, 1);
-    one->output(makeMessage("1"));
-    one->output(makeMessage("2"));
-    EXPECT_EQ(texts(0), "2");
-    EXPECT_FALSE(TestSupport::fileExists(file(1)));
-    one.reset(); // some systems rename no file that is open
-    const auto ten = make(15, 1);
-    for (int i = 0; i < 12; ++i) {
-        ten->output(makeMessage("t"));
-    }
-    EXPECT_EQ(texts(9), "t");
-    EXPECT_FALSE(TestSupport::fileExists(directory_ / "f:"));
-}
-
 TEST_F(RotatingFiles, CheckTheSizeBeforeTheWriteWithOneByteForTheEndOfLine) {
-    const auto appender = configure(settings({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "KB"}}));
-    appender->output(lineOfLength(899));
-    EXPECT_FALSE(rotatedBy(*appender, lineOfLength(123))); // 900 + 124 bytes fill the file exactly
-    EXPECT_TRUE(rotatedBy(*appender, lineOfLength(2000))); // a long line gets a file of its own
-    EXPECT_TRUE(rotatedBy(*appender, lineOfLength(899)));
-    EXPECT_TRUE(rotatedBy(*appender, lineOfLength(124)));
+    const std::size_t mega = std::size_t{1024} * 1024;
+    const std::pair<Settings, std::size_t> limits[] = {
+        {{{"fileMaxSize", "200"}, {"fileMaxSizeUnit", "B"}}, 200},
+        {{{"fileMaxSize", "200 or so"}, {"fileMaxSizeUnit", "kb"}}, 200},
+        {{{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "KB"}}, 1024},
+        {{{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "MB"}}, mega},
+        {{{"fileMaxSize", "1"}}, 10 * mega},
+        {{{"fileMaxSize", "x"}, {"fileMaxSizeUnit", "B"}}, 10 * mega}};
+    for (const auto& [settings, limit] : limits) {
+        const auto appender = configure(settings);
+        appender->output(lineOfLength(99));
+        EXPECT_FALSE(rotatedBy(*appender, lineOfLength(limit - 101))) << limit;
+        EXPECT_TRUE(rotatedBy(*appender, lineOfLength(50))) << limit;
+    }
+    const auto small = make(3, 200);
+    small->output(lineOfLength(99));
+    EXPECT_TRUE(rotatedBy(*small, lineOfLength(100)));
+    EXPECT_TRUE(rotatedBy(*small, lineOfLength(1000))); // a long line gets a file of its own
+    const auto large = configure({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "GB"}});
+    large->output(lineOfLength(99));
+    EXPECT_FALSE(rotatedBy(*large, lineOfLength(11 * mega)));
 }
 
-TEST_F(RotatingFiles, GrowOldOnlyWhenALifetimeIsSet) {
-    const Time past(static_cast<std::uint64_t>(-1), HOUR); // ends before it began
-    const auto aging = make(3, 100000, past);
-    aging->output(makeMessage("a"));
-    EXPECT_TRUE(rotatedBy(*aging, makeMessage("b")));
-    const auto lasting = configure(settings({{"fileMaxLifetime", "-1"}, {"fileMaxLifetimeUnit", "h"}}));
-    lasting->output(makeMessage("c"));
-    EXPECT_FALSE(rotatedBy(*lasting, makeMessage("d")));
-}
-
-TEST_F(RotatingFiles, TakeSizeAndUnitAsAPair) {
-    const auto alone = configure(settings({{"fileMaxSize", "1"}}));
-    alone->output(makeMessage("a"));
-    EXPECT_FALSE(rotatedBy(*alone, makeMessage("b")));
-    const auto noNumber =
-        configure(settings({{"fileMaxSize", "x"}, {"fileMaxSizeUnit", "B"}, {"fileNumber", "x"}}));
-    noNumber->output(makeMessage("c"));
-    EXPECT_FALSE(rotatedBy(*noNumber, makeMessage("d")));
-    const auto unknownUnit = configure(settings({{"fileMaxSize", "1 or so"}, {"fileMaxSizeUnit", "kb"}}));
-    unknownUnit->output(makeMessage("e"));
-    EXPECT_TRUE(rotatedBy(*unknownUnit, makeMessage("f")));
+TEST_F(RotatingFiles, GrowOldWhenTheyHaveBeenOpenForTooLong) {
+    const std::pair<Settings, Time> lifetimes[] = {
+        {{}, Time(1, DAY)},
+        {{{"fileMaxLifetime", "2"}}, Time(1, DAY)},
+        {{{"fileMaxLifetime", "2"}, {"fileMaxLifetimeUnit", "d"}}, Time(2, DAY)},
+        {{{"fileMaxLifetime", "2"}, {"fileMaxLifetimeUnit", "h"}}, Time(2, HOUR)},
+        {{{"fileMaxLifetime", "2"}, {"fileMaxLifetimeUnit", "hours"}}, Time(2, MIN)}};
+    for (const auto& [settings, lifetime] : lifetimes) {
+        const auto appender = configure(settings);
+        setClock(Time::now() + Time(10, DAY)); // what counts is when the file is opened
+        appender->output(makeMessage("a"));
+        const Time end = Time::now() + lifetime;
+        setClock(end);
+        EXPECT_FALSE(rotatedBy(*appender, makeMessage("b"))) << lifetime.microseconds();
+        setClock(end + Time(1, MSEC));
+        EXPECT_TRUE(rotatedBy(*appender, makeMessage("c"))) << lifetime.microseconds();
+    }
+    const auto ageless = configure({{"fileMaxLifetime", "-1"}, {"fileMaxLifetimeUnit", "h"}});
+    ageless->output(makeMessage("a"));
+    setClock(Time::now() + Time(1000, DAY));
+    EXPECT_FALSE(rotatedBy(*ageless, makeMessage("b")));
 }
 
 TEST_F(RotatingFiles, StartAgainWhenTheDirectoryAppearsButNotAfterAFailedOpen) {
-    const auto appender = configure(settings({{"dir", directory_ / "inner"}}));
+    const auto appender = configure({{"dir", directory_ / "inner"}});
     appender->output(makeMessage("lost"));
     ASSERT_THAT(failures_.arguments, SizeIs(1));
     EXPECT_THAT(failures_.arguments[0],
@@ -289,7 +259,23 @@ TEST_F(RotatingFiles, StartAgainWhenTheDirectoryAppearsButNotAfterAFailedOpen) {
 TEST_F(RotatingFiles, LeaveAFileInPlaceThatCannotBeMoved) {
     const auto appender = make(3, 1);
     appender->output(makeMessage("1"));
-    TestSupport::writeFile(file(1), "foreign\n");
+    writeFile(file(1), "foreign\n");
     appender->output(makeMessage("2"));
     EXPECT_EQ(readFile(file(1)), "foreign\n");
+}
+
+TEST(AppenderRegistry, TakesARefusedAppendersDynamicFilterOffTheBus) {
+    const auto makeAppender = [] {
+        return build<StdoutAppenderBuilder>({{"level", "INFO"}, {"expiration", "1"}}).release();
+    };
+    AppenderRegistry& registry = AppenderRegistry::instance();
+    registry.registerAppender(makeAppender());
+    EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender()); }),
+              "Appender x has already been registered.");
+    const StreamCapture output(std::cout);
+    // A filter that is gone would be called here, which the address sanitizer sees.
+    LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
+    LoggerFactory::getRootLogger().error("once", 0, "");
+    EXPECT_EQ(output.text(), Time::now().toString() + " root ERROR once\n");
+    LogManager::finish();
 }

@@ -1,25 +1,18 @@
 #include "TestSupport.h"
 
-#include "log/LogLine.h"
-#include "log/LogManager.h"
-#include "log/LoggerFactory.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/async/DispatcherSettings.h"
+#include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
-#include "zav-util/Properties.h"
 
 #include <future>
-#include <gmock/gmock.h>
-#include <thread>
+#include <tuple>
 
 using namespace ZAV;
 using namespace ZAV::Log;
 using namespace ZAV::Util::TimeUtils;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
+using namespace testing;
+using TestSupport::makeMessage;
 using Util::Properties;
 
 namespace {
@@ -33,14 +26,10 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
     return properties;
 }
 
-void append(MessageQueue& queue, const std::string& text) {
-    queue.append(TestSupport::makeMessage(text));
-}
-
 std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
     for (MessageBatch::Reader messages(batch); messages.hasNext();) {
-        texts.push_back(messages.next().getText());
+        texts.emplace_back(messages.next().text);
     }
     return texts;
 }
@@ -49,16 +38,15 @@ std::vector<std::string> textsOf(const MessageBatch& batch) {
 
 TEST(DispatcherSettings, KeepTheirValuesWithoutAKeyAndForABadOne) {
     DispatcherSettings settings;
-    settings.read(Properties());
-    EXPECT_EQ(settings.maxQueueSize, 1024U);
-    EXPECT_EQ(settings.waitingPeriod, Time(2, SEC));
-    EXPECT_EQ(settings.priority, DEFAULT_PRIORITY_MARK);
     const TestSupport::StreamCapture errors(std::cerr);
     settings.read(tuning("abc", "7"));
-    EXPECT_EQ(errors.text(), "AsynchronousDispatcher::configure failure for option " + PREFIX +
-                                 "maxQueueSize. Exception: Can't convert abc to integer\n");
+    EXPECT_THAT(errors.text(), EndsWith("maxQueueSize. Exception: Can't convert abc to integer\n"));
     EXPECT_EQ(settings.maxQueueSize, 1024U);
+    settings.read(Properties());
     EXPECT_EQ(settings.waitingPeriod, Time(7, SEC));
+    EXPECT_EQ(DispatcherSettings().waitingPeriod, Time(2, SEC));
+    settings.read(tuning("1", "-5"));
+    EXPECT_EQ(settings.waitingPeriod, Time());
 }
 
 TEST(DispatcherSettings, MapThePriorityScaleToThreePriorities) {
@@ -78,14 +66,14 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     queue.configure(tuning("4", "3600"));
     const TestSupport::StreamCapture errors(std::cerr);
     for (const char* text : {"1", "2", "3"}) {
-        append(queue, text);
+        queue.append(makeMessage(text));
     }
     EXPECT_EQ(errors.text(), "");
-    append(queue, "4");
+    queue.append(makeMessage("4"));
     EXPECT_THAT(errors.text(), StartsWith("Message queue size reached. Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), EndsWith(" net.tcp INFO 1\n"));
     EXPECT_THAT(textsOf(queue.close()), ElementsAre("2", "3", "4"));
-    append(queue, "too late");
+    queue.append(makeMessage("too late"));
     EXPECT_THAT(errors.text(), HasSubstr("Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), HasSubstr(" too late\n"));
 }
@@ -94,13 +82,13 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     const TestSupport::StreamCapture errors(std::cerr);
     MessageQueue none;
     none.configure(tuning("1", "3600"));
-    append(none, "a");
+    none.append(makeMessage("a"));
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
     EXPECT_EQ(none.close().size(), 0U);
     MessageQueue all;
     all.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
-        append(all, "b");
+        all.append(makeMessage("b"));
     }
     EXPECT_EQ(all.close().size(), 3000U);
 }
@@ -117,82 +105,87 @@ TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     // not; if none ever wakes it, the test hangs.
     do {
         queue.takeBatch();
-        append(queue, "a");
-        append(queue, "b");
+        queue.append(makeMessage("a"));
+        queue.append(makeMessage("b"));
     } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
     EXPECT_THAT(textsOf(batch.get()), ElementsAre("a", "b"));
 }
 
-namespace {
-
-/// An appender that holds the consumer inside a write until the test lets it go on.
-class BlockingAppender : public Appender {
-public:
-    BlockingAppender() : Appender("blocking", false) {}
-
-    std::promise<void> entered;
-    std::promise<void> released;
-    std::vector<std::string> texts;
-
-protected:
-    void doOutput(const LogMessage& message) override {
-        texts.push_back(message.getText());
-        if (texts.size() == 1) {
-            entered.set_value();
-            released.get_future().wait();
+TEST(MessageQueue, LeavesAWaitThatIsLongerThanThoseToCome) {
+    for (const auto& [before, after] : {std::pair("0", "3600"), {"3600", "1800"}}) {
+        MessageQueue queue;
+        bool woken = false;
+        while (!woken) { // a consumer that does not wait yet is not woken, so it is tried again
+            std::atomic<bool> stopped{false};
+            queue.configure(tuning("4", before));
+            const auto wait = std::async(std::launch::async, [&] { queue.wait(stopped); });
+            wait.wait_for(std::chrono::milliseconds(20));
+            queue.configure(tuning("4", after));
+            woken = wait.wait_for(std::chrono::milliseconds(100)) == std::future_status::ready;
+            queue.stop(stopped);
         }
+        EXPECT_EQ(queue.takeBatch().size(), 0U);
     }
-};
-
-void enqueue(const std::string& text) {
-    AsynchronousDispatcher::instance().enqueue(TestSupport::makeMessage(text), true);
 }
 
-} // namespace
-
-TEST(AsynchronousDispatcher, KeepsMessagesForTheNextConsumer) {
+TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
+    constexpr std::size_t MESSAGES = 100'000;
     AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    dispatcher.configure(tuning("1024", "3600"));
-    enqueue("a");
-    TestSupport::RecordingAppender appender("x", false);
+    dispatcher.configure(tuning("-1", "0"));
+    std::size_t delivered = 0;
+    TestSupport::CallingAppender appender([&](const LogMessage&) { ++delivered; }, false);
+    dispatcher.registerAsynchronousAppender(&appender);
+    dispatcher.unregisterAsynchronousAppender(&appender);
+    // A consumer that went on would take these and have nobody to give them to.
+    const LogMessage message = makeMessage("a");
+    for (std::size_t i = 0; i < MESSAGES; ++i) {
+        dispatcher.enqueue(message, true);
+    }
     dispatcher.registerAsynchronousAppender(&appender);
     dispatcher.stop();
-    EXPECT_THAT(appender.texts, ElementsAre("a"));
     dispatcher.unregisterAsynchronousAppender(&appender);
+    EXPECT_EQ(delivered, MESSAGES);
 }
 
-TEST(AsynchronousDispatcher, WritesWhatWasQueuedBeforeTheStop) {
-    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    dispatcher.configure(tuning("1024", "3600"));
-    TestSupport::RecordingAppender appender("x", false);
-    dispatcher.registerAsynchronousAppender(&appender);
-    enqueue("a");
-    enqueue("b");
-    dispatcher.stop();
-    EXPECT_THAT(appender.texts, ElementsAre("a", "b"));
-    dispatcher.unregisterAsynchronousAppender(&appender);
+TEST(MessageBatch, GivesEveryFieldBack) {
+    const LogMessage messages[] = {LogMessage("net.tcp", Time(1, DAY), Level::TRACE,
+                                              std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
+                                   LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
+    const auto all = [](const MessageFields& fields) {
+        return std::tuple(fields.loggerName, fields.time.microseconds(), fields.level, fields.text, fields.line,
+                          fields.file, fields.type);
+    };
+    MessageBatch batch;
+    batch.append(messages[0]);
+    batch.append(messages[1]);
+    MessageBatch::Reader reader(batch);
+    for (const LogMessage& message : messages) {
+        EXPECT_EQ(all(reader.next()), all(message));
+    }
+    EXPECT_FALSE(reader.hasNext());
 }
 
-TEST(AsynchronousDispatcher, DeliversPromptlyWithoutAWaitingPeriod) {
-    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    dispatcher.configure(tuning("1024", "-5"));
-    BlockingAppender appender;
-    appender.released.set_value();
-    dispatcher.registerAsynchronousAppender(&appender);
-    enqueue("a");
-    appender.entered.get_future().wait(); // a hang here is the failure
-    dispatcher.unregisterAsynchronousAppender(&appender);
-    EXPECT_THAT(appender.texts, ElementsAre("a"));
-}
-
-TEST(AsynchronousDispatcher, LeavesAWaitThatIsLongerThanThoseToCome) {
-    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    dispatcher.configure(tuning("1024", "0")); // lets the consumer wait without a limit
-    BlockingAppender appender;
-    appender.released.set_value();
-    dispatcher.registerAsynchronousAppender(&appender);
-    dispatcher.configure(tuning("1024", "1"));
-    enqueue("a");
-    appender.entered.get_future().wait(); // a hang here is the failure
-    dispatcher.unregisterAsynchronousAppender(&appender);
+TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
+    MessageBatch batch;
+    std::vector<std::string> expected;
+    for (std::size_t i = 0; i < 300; ++i) {
+        expected.push_back(std::string(i % 50 == 49 ? 100'000 : i * 3, static_cast<char>('a' + i % 26)));
+        batch.append(makeMessage(expected.back()));
+    }
+    EXPECT_EQ(textsOf(batch), expected);
+    for (std::size_t i = 0; i < 200; ++i) {
+        EXPECT_EQ(batch.front().text, expected[i]);
+        batch.removeFront();
+    }
+    expected.erase(expected.begin(), expected.begin() + 200);
+    EXPECT_EQ(textsOf(batch), expected);
+    MessageBatch other;
+    other.append(makeMessage("other"));
+    other.swap(batch);
+    EXPECT_EQ(textsOf(other), expected);
+    EXPECT_THAT(textsOf(batch), ElementsAre("other"));
+    batch.removeFront();
+    EXPECT_EQ(batch.size(), 0U);
+    batch.append(makeMessage("again"));
+    EXPECT_THAT(textsOf(batch), ElementsAre("again"));
 }

@@ -1,14 +1,10 @@
+#include "TestClock.h"
 #include "TestSupport.h"
 
 #include "log/LogException.h"
-#include "log/LogManager.h"
 #include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/FilterLogger.h"
-#include "log/filters/FilterMessageType.h"
-#include "zav-util/Properties.h"
-
-#include <gmock/gmock.h>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -22,11 +18,6 @@ Properties propertiesOf(const std::string& suffix, const std::string& value) {
     Properties properties;
     properties["appender.x." + suffix] = value;
     return properties;
-}
-
-template <typename Filter>
-std::string rejectionOf(const Properties& properties) {
-    return TestSupport::textThrownBy<LogException>([&] { Filter("x", properties); });
 }
 
 } // namespace
@@ -46,34 +37,15 @@ TEST(FilterLogger, PassesTextualPrefixesOfTheLoggerName) {
     for (const char* name : {"app.net", "db", "Net", "root", "ne"}) {
         EXPECT_FALSE(filter.accept(makeMessage("", Level::INFO, name))) << name;
     }
-    FilterLogger tabbed("x", propertiesOf("filters", "net\tdb"));
-    EXPECT_FALSE(tabbed.accept(makeMessage("", Level::INFO, "net")));
-    FilterLogger blank("x", propertiesOf("filters", " "));
-    EXPECT_FALSE(blank.accept(makeMessage("", Level::INFO, "net")));
-}
-
-TEST(FilterMessageType, PassesOneTypeOnly) {
-    FilterMessageType filter("x", propertiesOf("message_type", "CFG"));
-    EXPECT_TRUE(filter.accept(makeMessage("", Level::AUDIT, "net", Time(), CFG)));
-    EXPECT_FALSE(filter.accept(makeMessage("", Level::AUDIT, "net", Time(), LOG)));
-}
-
-TEST(Filters, SayWhatIsWrongWithTheirSettings) {
-    const Properties none;
-    EXPECT_EQ(rejectionOf<FilterLogLevel>(none), "Properties does not specify level for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterMessageType>(none),
-              "Properties does not specify message_type for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterLogger>(none), "Properties does not specify filters for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterLogLevelDynamic>(none), "Properties do not specify level for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterLogLevel>(propertiesOf("level", "info")),
-              "There is no 'info' LogLevel defined.");
-    EXPECT_EQ(rejectionOf<FilterMessageType>(propertiesOf("message_type", "cfg")),
-              "There is no 'cfg' MessageType defined.");
+    for (const char* list : {"net\tdb", " "}) {
+        FilterLogger none("x", propertiesOf("filters", list));
+        EXPECT_FALSE(none.accept(makeMessage("", Level::INFO, "net")));
+    }
 }
 
 namespace {
 
-/// A dynamic filter at `INFO`, and messages that come a while after a command.
+/// Dynamic filters at `INFO`.
 class DynamicFilter : public testing::Test {
 protected:
     static Properties settings(const std::string& expiration) {
@@ -82,60 +54,57 @@ protected:
         return properties;
     }
 
-    /// Whether a `DEBUG` message passes that comes `delay` after a command lowered the filter to `DEBUG`. The
-    /// filter's clock may be up to `slack` behind the test's.
-    static bool passesAfter(const std::string& expiration, Time delay) {
-        FilterLogLevelDynamic filter("x", settings(expiration));
-        filter.onCommand("DEBUG");
-        return filter.accept(makeMessage("", Level::DEBUG, "net", Time::now() + delay));
+    /// Whether a message passes that is logged a while after `begin_`.
+    bool passes(FilterLogLevelDynamic& filter, Level::LogLevel level, Time later = Time()) const {
+        return filter.accept(makeMessage("", level, "net", begin_ + later));
     }
 
-    static constexpr Time slack{5, SEC};
+    const Time begin_ = Time::now();
     FilterLogLevelDynamic filter_{"x", settings("10")};
 };
-
-constexpr Time DynamicFilter::slack;
 
 } // namespace
 
 TEST_F(DynamicFilter, IsLoweredByCommandsAndNeverRaised) {
-    const LogMessage debug = makeMessage("", Level::DEBUG);
-    EXPECT_FALSE(filter_.accept(debug));
+    EXPECT_FALSE(passes(filter_, Level::DEBUG));
     filter_.onCommand("ERROR");
-    EXPECT_TRUE(filter_.accept(makeMessage("", Level::INFO)));
+    EXPECT_TRUE(passes(filter_, Level::INFO));
     filter_.onCommand("TRACE");
     filter_.onCommand("DEBUG");
-    EXPECT_TRUE(filter_.accept(makeMessage("", Level::TRACE)));
     EXPECT_EQ(TestSupport::textThrownBy<LogException>([&] { filter_.onCommand("debug"); }),
               "There is no 'debug' LogLevel defined.");
-    EXPECT_TRUE(filter_.accept(makeMessage("", Level::TRACE)));
+    EXPECT_TRUE(passes(filter_, Level::TRACE));
 }
 
-TEST_F(DynamicFilter, ReturnsToItsLevelWithTheFirstMessageAfterThePeriod) {
-    const Time begin = Time::now();
+TEST_F(DynamicFilter, CountsItsPeriodFromTheLastCommandThatIsNotAboveIt) {
     filter_.onCommand("DEBUG");
-    EXPECT_TRUE(filter_.accept(makeMessage("", Level::DEBUG, "net", begin + Time(10, MIN))));
-    EXPECT_FALSE(filter_.accept(makeMessage("", Level::DEBUG, "net", Time::now() + Time(10, MIN) + slack)));
-    EXPECT_FALSE(filter_.accept(makeMessage("", Level::DEBUG, "net", begin)));
-    EXPECT_TRUE(filter_.accept(makeMessage("", Level::INFO, "net", begin)));
+    TestSupport::setClock(begin_ + Time(5, MIN));
+    filter_.onCommand("DEBUG");
+    TestSupport::setClock(begin_ + Time(9, MIN));
+    filter_.onCommand("INFO");
+    EXPECT_TRUE(passes(filter_, Level::DEBUG, Time(15, MIN)));
+    EXPECT_FALSE(passes(filter_, Level::DEBUG, Time(15, MIN) + Time(1, USEC)));
+    EXPECT_FALSE(passes(filter_, Level::DEBUG)); // back at its level for good
+    EXPECT_TRUE(passes(filter_, Level::INFO));
 }
 
 TEST_F(DynamicFilter, CountsItsPeriodInTheConfiguredUnit) {
-    const std::pair<std::string, Time> periods[] = {
-        {"20000 msec", Time(20, SEC)}, {"20 sec 30", Time(20, SEC)}, {"2", Time(2, MIN)},
-        {"2 min", Time(2, MIN)},       {"2 weeks", Time(2, MIN)},    {" 2  hour ", Time(2, HOUR)},
-        {"2 day", Time(2, DAY)}};
-    for (const auto& period : periods) {
-        EXPECT_TRUE(
-            passesAfter(period.first, Time(period.second.microseconds() - slack.microseconds(), USEC)))
-            << period.first;
-        EXPECT_FALSE(passesAfter(period.first, period.second + slack)) << period.first;
+    const std::pair<std::string, Time> periods[] = {{"20 msec", Time(20, MSEC)}, {"20 sec 30", Time(20, SEC)},
+                                                    {"2", Time(2, MIN)},         {"2 min", Time(2, MIN)},
+                                                    {"2 weeks", Time(2, MIN)},   {" 2  hour ", Time(2, HOUR)},
+                                                    {"2 day", Time(2, DAY)}};
+    for (const auto& [text, period] : periods) {
+        FilterLogLevelDynamic filter("x", settings(text));
+        filter.onCommand("DEBUG");
+        EXPECT_TRUE(passes(filter, Level::DEBUG, period)) << text;
+        EXPECT_FALSE(passes(filter, Level::DEBUG, period + Time(1, USEC))) << text;
     }
-    EXPECT_TRUE(passesAfter("0", Time(1000, DAY)));
+    FilterLogLevelDynamic lasting("x", settings("0"));
+    lasting.onCommand("DEBUG");
+    EXPECT_TRUE(passes(lasting, Level::DEBUG, Time(1000, DAY)));
 }
 
-TEST_F(DynamicFilter, RejectsABadCountUnderTheAppendersName) {
-    const std::string beginning = "Wrong value for the x.expiration property: Can't convert ";
-    EXPECT_EQ(rejectionOf<FilterLogLevelDynamic>(settings("x min")), beginning + "x to integer");
-    EXPECT_EQ(rejectionOf<FilterLogLevelDynamic>(settings("  ")), beginning + "   to integer");
+TEST_F(DynamicFilter, RejectsAPeriodWithoutANumber) {
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([] { FilterLogLevelDynamic("x", settings("  ")); }),
+              "Wrong value for the x.expiration property: Can't convert    to integer");
 }

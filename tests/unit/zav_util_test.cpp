@@ -1,27 +1,18 @@
 #include "TestSupport.h"
 #include "TimeZone.h"
 
-#include "platform/LocalTime.h"
 #include "zav-util/Conversions.h"
-#include "zav-util/FileUtils.h"
 #include "zav-util/Properties.h"
 #include "zav-util/SystemInformation.h"
 #include "zav-util/TimeUtils.h"
 #include "zav-util/UtilException.h"
 
-#include <gmock/gmock.h>
 #include <limits>
 
 using namespace ZAV;
 using namespace ZAV::Util;
 using namespace ZAV::Util::TimeUtils;
-using testing::AllOf;
-using testing::AnyOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 TEST(Conversions, ReadsWholeNumbersAndClampsThemTo32Bits) {
     EXPECT_EQ(toInteger("42"), 42);
@@ -39,25 +30,9 @@ TEST(Conversions, RejectsWhatIsNoWholeNumber) {
     }
 }
 
-TEST(Conversions, WritesNumbersOfAnySize) {
-    EXPECT_EQ(toString(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
-    EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
-    EXPECT_EQ(format("%s:%06d", "a", 123), "a:000123");
-}
-
-TEST(FileUtils, BaseNameTakesBothSeparators) {
-    EXPECT_EQ(FileUtils::baseName("a/b\\c.log"), "c.log");
-    EXPECT_EQ(FileUtils::baseName("plain"), "plain");
-    EXPECT_EQ(FileUtils::baseName("dir/"), "");
-}
-
 TEST(SystemInformation, NamesProgramAndHostWithoutPathAndDomain) {
     EXPECT_THAT(getProgramName(), AnyOf("zav-log-unit-tests", "zav-log-unit-tests.exe"));
     EXPECT_THAT(getHostName(), AllOf(Not(IsEmpty()), Not(HasSubstr("."))));
-}
-
-TEST(UtilException, ShowsItsSourceLocation) {
-    EXPECT_STREQ(UtilException("broken", "Some.cpp", 7).what(), "broken from Some.cpp:7");
 }
 
 TEST(Time, CountsUnitsInWrappingMicroseconds) {
@@ -84,32 +59,15 @@ TEST(Time, TextFollowsTheTimeZoneOfTheProcess) {
 
 namespace {
 
-class PropertyFile : public testing::Test {
+class PropertyFile : public Test {
 protected:
     Properties parse(const std::string& content) {
-        writeFile(name_, content);
+        TestSupport::writeFile(name_, content);
         return Properties(name_);
     }
 
-    std::string rejection(const std::string& content) {
-        return TestSupport::textThrownBy<UtilException>([&] { parse(content); });
-    }
-
-    /// The rejection's text without the beginning that all share.
-    std::string problem(const std::string& content) {
-        const std::string beginning = "Property file " + name_ + " contains ";
-        const std::string text = rejection(content);
-        EXPECT_THAT(text, StartsWith(beginning));
-        return text.substr(std::min(beginning.size(), text.size()));
-    }
-
-    TestSupport::TemporaryDirectory directory_;
-    std::string name_ = directory_ / "test.properties";
-
-private:
-    static void writeFile(const std::string& name, const std::string& content) {
-        TestSupport::writeFile(name, content);
-    }
+    const TestSupport::TemporaryDirectory directory_;
+    const std::string name_ = directory_ / "test.properties";
 };
 
 } // namespace
@@ -130,23 +88,20 @@ TEST_F(PropertyFile, GivesTrimmedPairsInKeyOrder) {
 
 TEST_F(PropertyFile, RejectsTheFirstOffendingLine) {
     const std::string valueSymbols = ". Allowed symbols are letters, digits and -_.:/\\ ";
-    EXPECT_EQ(problem("# c\n\nx=1\nx=2\ny\n"), "a property redefinition on line 4; key = 'x'");
-    EXPECT_EQ(problem("a=b=c"), "a malformed property on line 1");
-    EXPECT_EQ(problem("key="), "a malformed property on line 1");
-    EXPECT_EQ(problem("a=1\n   \n"), "a malformed property on line 2");
-    EXPECT_EQ(problem("  # late comment"), "a malformed property on line 1");
-    EXPECT_EQ(problem(" =value"), "no key on line 1");
-    EXPECT_EQ(problem("key= "), "no value on line 1");
-    EXPECT_EQ(problem("a b= "), "a malformed key on line 1. Allowed symbols are letters, digits and -_.");
-    EXPECT_EQ(problem("dir = C:\\app # comment"), "a malformed value on line 1" + valueSymbols);
-    EXPECT_EQ(problem("a = tab\there"), "a malformed value on line 1" + valueSymbols);
-    EXPECT_EQ(problem("a = \xC3\xA4"), "a malformed value on line 1" + valueSymbols);
-}
-
-TEST_F(PropertyFile, ThatCannotBeReadIsReportedWithItsName) {
-    const std::string missing = directory_ / "missing";
-    EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{missing}; }),
-                StartsWith("Unable to open file: " + missing + " from FileUtils.cpp:"));
-    EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{directory_.path()}; }),
-                StartsWith("Unable to open file: "));
+    const std::pair<std::string, std::string> problems[] = {
+        {"# c\n\nx=1\nx=2\ny\n", "a property redefinition on line 4; key = 'x'"},
+        {"a=b=c", "a malformed property on line 1"},
+        {"key=", "a malformed property on line 1"},
+        {"a=1\n   \n", "a malformed property on line 2"},
+        {"  # late comment", "a malformed property on line 1"},
+        {" =value", "no key on line 1"},
+        {"key= ", "no value on line 1"},
+        {"a b= ", "a malformed key on line 1. Allowed symbols are letters, digits and -_."},
+        {"dir = C:\\app # comment", "a malformed value on line 1" + valueSymbols},
+        {"a = tab\there", "a malformed value on line 1" + valueSymbols},
+        {"a = \xC3\xA4", "a malformed value on line 1" + valueSymbols}};
+    for (const auto& [content, problem] : problems) {
+        EXPECT_EQ(TestSupport::textThrownBy<UtilException>([&, text = content] { parse(text); }),
+                  "Property file " + name_ + " contains " + problem);
+    }
 }

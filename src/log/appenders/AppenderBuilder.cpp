@@ -1,11 +1,13 @@
 #include "log/appenders/AppenderBuilder.h"
 
 #include "log/commands/CommandBus.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
 #include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/FilterLogger.h"
 #include "log/filters/FilterMessageType.h"
-#include "zav-util/Properties.h"
 
 #include <boost/make_shared.hpp>
 
@@ -32,25 +34,25 @@ AppenderBuilder::AppenderBuilder(const std::string& name) : name_(name) {}
 AppenderBuilder::~AppenderBuilder() = default;
 
 AppenderBuilder& AppenderBuilder::configure(const Util::Properties& properties) {
+    const AppenderSettings settings(name_, properties);
     std::string value;
-    if (getSetting(properties, "asynchronous", value)) {
-        synchronous_ = value != "true";
+    if (settings.get(AppenderSetting::ASYNCHRONOUS, value)) {
+        synchronous_ = !readBoolean(value).value_or(false);
     }
-    if (getSetting(properties, "filters", value)) {
+    if (settings.has(AppenderSetting::FILTERS)) {
         filters_.push_back(boost::make_shared<FilterLogger>(name_, properties));
     }
-    if (getSetting(properties, "level", value)) {
+    if (settings.has(AppenderSetting::LEVEL)) {
         addLevelFilter(properties);
     }
-    if (getSetting(properties, "message_type", value)) {
+    if (settings.has(AppenderSetting::MESSAGE_TYPE)) {
         filters_.push_back(boost::make_shared<FilterMessageType>(name_, properties));
     }
     return *this;
 }
 
 void AppenderBuilder::addLevelFilter(const Util::Properties& properties) {
-    std::string value;
-    if (getSetting(properties, "expiration", value)) {
+    if (AppenderSettings(name_, properties).has(AppenderSetting::EXPIRATION)) {
         addDynamicLevelFilter(properties);
     } else {
         filters_.push_back(boost::make_shared<FilterLogLevel>(name_, properties));
@@ -62,11 +64,6 @@ void AppenderBuilder::addDynamicLevelFilter(const Util::Properties& properties) 
                                                           UnregisteringDeleter());
     filters_.push_back(filter);
     CommandBus::instance().registerListener(DYNAMIC_LEVEL_COMMAND, filter.get());
-}
-
-bool AppenderBuilder::getSetting(const Util::Properties& properties, const std::string& suffix,
-                                 std::string& value) const {
-    return properties.getProperty("appender." + name_ + "." + suffix, value);
 }
 
 } // namespace Log

@@ -28,9 +28,6 @@ public:
     virtual AppenderBuilder& configure(const Util::Properties& properties);
 
 protected:
-    /// \return whether the key "appender.<name>.<suffix>" is present; `value` then receives its value
-    bool getSetting(const Util::Properties& properties, const std::string& suffix, std::string& value) const;
-
     std::string name_;
     bool synchronous_ = true;
     Appender::Filters filters_;

@@ -8,6 +8,7 @@
 #include "log/appenders/SimpleFileAppenderBuilder.h"
 #include "log/appenders/StdoutAppenderBuilder.h"
 #include "log/async/AsynchronousDispatcher.h"
+#include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 #include "zav-util/StringUtils.h"
 
@@ -79,7 +80,7 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
 /// The declaring key may have had more dots than the one that is looked up, and then names another key.
 void AppenderRegistry::createAppender(const Util::Properties& properties, const std::string& name) {
     std::string className;
-    properties.getProperty("appender." + name, className);
+    properties.getProperty(appenderKey(name), className);
     const ScopedLock lock(factoriesLock_);
     const auto factory = factories_.find(className);
     if (factory == factories_.end()) {

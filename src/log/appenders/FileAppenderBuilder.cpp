@@ -1,50 +1,14 @@
 #include "log/appenders/FileAppenderBuilder.h"
 
 #include "log/appenders/FileAppender.h"
-
-#include <locale>
-#include <sstream>
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
 
 namespace ZAV {
 namespace Log {
 
 using namespace Util::TimeUtils;
-
-namespace {
-
-/// Reads the number that a text begins with; a number out of range gives the nearest bound.
-/// \return false if the text does not begin with a number; `number` is then left as it was
-template <typename Number>
-bool readNumber(const std::string& text, Number& number) {
-    std::istringstream stream(text);
-    stream.imbue(std::locale::classic());
-    Number read = 0;
-    stream >> read;
-    const bool beginsWithNumber = !stream.fail() || read != 0;
-    if (beginsWithNumber) {
-        number = read;
-    }
-    return beginsWithNumber;
-}
-
-std::uint64_t bytesPer(const std::string& unit) {
-    if (unit == "KB") {
-        return 1024;
-    }
-    if (unit == "MB") {
-        return std::uint64_t{1024} * 1024;
-    }
-    return unit == "GB" ? std::uint64_t{1024} * 1024 * 1024 : 1;
-}
-
-TimeUnit toTimeUnit(const std::string& unit) {
-    if (unit == "h") {
-        return HOUR;
-    }
-    return unit == "d" ? DAY : MIN;
-}
-
-} // namespace
 
 FileAppenderBuilder::FileAppenderBuilder(const std::string& name) : AppenderBuilder(name), file_(name) {}
 
@@ -55,40 +19,44 @@ Appender* FileAppenderBuilder::build() {
 
 FileAppenderBuilder& FileAppenderBuilder::configure(const Util::Properties& properties) {
     AppenderBuilder::configure(properties);
-    getSetting(properties, "dir", dir_);
-    getSetting(properties, "file", file_);
+    const AppenderSettings settings(name_, properties);
+    settings.get(AppenderSetting::DIR, dir_);
+    settings.get(AppenderSetting::FILE_NAME, file_);
     std::string fileNumber;
-    if (getSetting(properties, "fileNumber", fileNumber)) {
-        readNumber(fileNumber, fileNumber_);
+    if (settings.get(AppenderSetting::FILE_NUMBER, fileNumber)) {
+        const LeadingNumber<std::uint64_t> number = readLeadingUnsigned(fileNumber);
+        fileNumber_ = number.isNumber ? number.value : fileNumber_;
     }
-    configureSize(properties);
-    configureLifetime(properties);
+    configureSize(settings);
+    configureLifetime(settings);
     return *this;
 }
 
-void FileAppenderBuilder::configureSize(const Util::Properties& properties) {
+void FileAppenderBuilder::configureSize(const AppenderSettings& settings) {
     std::string size;
     std::string unit;
-    if (!getSetting(properties, "fileMaxSize", size) || !getSetting(properties, "fileMaxSizeUnit", unit)) {
+    if (!settings.get(AppenderSetting::FILE_MAX_SIZE, size) ||
+        !settings.get(AppenderSetting::FILE_MAX_SIZE_UNIT, unit)) {
         return;
     }
-    std::uint64_t count = 0;
-    if (readNumber(size, count)) {
-        fileMaxSize_ = count * bytesPer(unit);
+    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(size);
+    if (count.isNumber) {
+        fileMaxSize_ = count.value * readSizeUnit(unit).value_or(DEFAULT_SIZE_UNIT);
     }
 }
 
 /// A lifetime of 0 or below means that age alone never ends a file.
-void FileAppenderBuilder::configureLifetime(const Util::Properties& properties) {
+void FileAppenderBuilder::configureLifetime(const AppenderSettings& settings) {
     std::string lifetime;
     std::string unit;
-    if (!getSetting(properties, "fileMaxLifetime", lifetime) ||
-        !getSetting(properties, "fileMaxLifetimeUnit", unit)) {
+    if (!settings.get(AppenderSetting::FILE_MAX_LIFETIME, lifetime) ||
+        !settings.get(AppenderSetting::FILE_MAX_LIFETIME_UNIT, unit)) {
         return;
     }
-    std::int32_t count = 0;
-    if (readNumber(lifetime, count)) {
-        fileMaxLifetime_ = Time(count > 0 ? static_cast<std::uint64_t>(count) : 0, toTimeUnit(unit));
+    const LeadingNumber<std::int32_t> count = readLeadingSigned(lifetime);
+    if (count.isNumber) {
+        fileMaxLifetime_ = Time(count.value > 0 ? static_cast<std::uint64_t>(count.value) : 0,
+                                readLifetimeUnit(unit).value_or(DEFAULT_LIFETIME_UNIT));
     }
 }
 

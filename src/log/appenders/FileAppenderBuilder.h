@@ -8,6 +8,8 @@
 namespace ZAV {
 namespace Log {
 
+class AppenderSettings;
+
 /// Makes a `FileAppender`; adds the keys "dir", "file", "fileNumber", "fileMaxSize" with "fileMaxSizeUnit",
 /// and "fileMaxLifetime" with "fileMaxLifetimeUnit". Each of the two pairs counts only when both keys are
 /// present.
@@ -19,8 +21,8 @@ public:
     FileAppenderBuilder& configure(const Util::Properties& properties) override;
 
 private:
-    void configureSize(const Util::Properties& properties);
-    void configureLifetime(const Util::Properties& properties);
+    void configureSize(const AppenderSettings& settings);
+    void configureLifetime(const AppenderSettings& settings);
 
     std::string dir_ = ".";
     std::string file_; ///< the appender's name unless it is configured

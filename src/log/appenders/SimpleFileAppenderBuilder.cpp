@@ -1,6 +1,8 @@
 #include "log/appenders/SimpleFileAppenderBuilder.h"
 
 #include "log/appenders/SimpleFileAppender.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
 
 namespace ZAV {
 namespace Log {
@@ -14,8 +16,9 @@ Appender* SimpleFileAppenderBuilder::build() {
 
 SimpleFileAppenderBuilder& SimpleFileAppenderBuilder::configure(const Util::Properties& properties) {
     AppenderBuilder::configure(properties);
-    getSetting(properties, "dir", dir_);
-    getSetting(properties, "file", file_);
+    const AppenderSettings settings(name_, properties);
+    settings.get(AppenderSetting::DIR, dir_);
+    settings.get(AppenderSetting::FILE_NAME, file_);
     return *this;
 }
 

@@ -1,6 +1,8 @@
 #include "log/appenders/StdoutAppenderBuilder.h"
 
 #include "log/appenders/StdoutAppender.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
 
 #include <iostream>
 
@@ -28,7 +30,7 @@ Appender* StdoutAppenderBuilder::build() {
 StdoutAppenderBuilder& StdoutAppenderBuilder::configure(const Util::Properties& properties) {
     AppenderBuilder::configure(properties);
     std::string streamName = "cout";
-    getSetting(properties, "ostream", streamName);
+    AppenderSettings(name_, properties).get(AppenderSetting::OSTREAM, streamName);
     stream_ = streamNamed(streamName);
     return *this;
 }

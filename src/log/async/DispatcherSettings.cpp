@@ -1,5 +1,6 @@
 #include "log/async/DispatcherSettings.h"
 
+#include "log/config/KeyNames.h"
 #include "platform/ThreadPriority.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/Properties.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr std::int32_t NORMAL_PRIORITY = 25;
 
 std::optional<std::int32_t> readInteger(const Util::Properties& properties, const std::string& option) {
-    const std::string key = "zav.log.AsynchronousDispatcher." + option;
+    const std::string key = dispatcherKey(option);
     std::string value;
     if (!properties.getProperty(key, value)) {
         return std::nullopt;
@@ -48,13 +49,13 @@ int toThreadPriority(std::int32_t number) {
 } // namespace
 
 void DispatcherSettings::read(const Util::Properties& properties) {
-    if (const auto number = readInteger(properties, "maxQueueSize")) {
+    if (const auto number = readInteger(properties, DispatcherOption::MAX_QUEUE_SIZE)) {
         maxQueueSize = static_cast<std::uint64_t>(std::int64_t{*number});
     }
-    if (const auto number = readInteger(properties, "waitingPeriod")) {
+    if (const auto number = readInteger(properties, DispatcherOption::WAITING_PERIOD)) {
         waitingPeriod = toWaitingPeriod(*number);
     }
-    if (const auto number = readInteger(properties, "priority")) {
+    if (const auto number = readInteger(properties, DispatcherOption::PRIORITY)) {
         priority = toThreadPriority(*number);
     }
     std::string overflow;

@@ -1,5 +1,7 @@
 #include "log/config/LoggerKeys.h"
 
+#include "log/config/KeyNames.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
@@ -9,8 +11,7 @@ namespace Log {
 
 namespace {
 
-constexpr char PREFIX[] = "logger.";
-constexpr std::size_t PREFIX_LENGTH = sizeof PREFIX - 1;
+constexpr std::size_t PREFIX_LENGTH = sizeof LOGGER_KEY_PREFIX - 1;
 
 bool beginsWith(const std::string& text, const char* prefix) {
     return text.rfind(prefix, 0) == 0;
@@ -23,7 +24,7 @@ std::string withoutLastComponent(const std::string& key) {
 std::vector<std::string> selectAndOrder(const std::vector<std::string>& keys) {
     std::vector<std::string> ordered;
     std::copy_if(keys.begin(), keys.end(), std::back_inserter(ordered),
-                 [](const std::string& key) { return beginsWith(key, PREFIX); });
+                 [](const std::string& key) { return beginsWith(key, LOGGER_KEY_PREFIX); });
     const auto firstOther = std::stable_partition(ordered.begin(), ordered.end(), [](const std::string& key) {
         return beginsWith(key, "logger.root");
     });

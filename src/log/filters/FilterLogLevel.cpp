@@ -1,13 +1,14 @@
 #include "log/filters/FilterLogLevel.h"
 
 #include "log/LogMessage.h"
-#include "log/filters/FilterProperty.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
 
 namespace ZAV {
 namespace Log {
 
 FilterLogLevel::FilterLogLevel(const std::string& appenderName, const Util::Properties& properties)
-    : level_(Level::fromString(readFilterProperty(appenderName, "level", properties))) {}
+    : level_(Level::fromString(AppenderSettings(appenderName, properties).require(AppenderSetting::LEVEL))) {}
 
 bool FilterLogLevel::accept(const LogMessage& message) {
     return level_ <= message.getLevel();

@@ -2,12 +2,10 @@
 
 #include "log/LogException.h"
 #include "log/LogMessage.h"
-#include "zav-util/Conversions.h"
-#include "zav-util/Properties.h"
-#include "zav-util/StringUtils.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
 #include "zav-util/UtilException.h"
-
-#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -19,42 +17,19 @@ namespace {
 
 Level::LogLevel readLevel(const std::string& appenderName, const Util::Properties& properties) {
     std::string value;
-    if (!properties.getProperty("appender." + appenderName + ".level", value)) {
+    if (!AppenderSettings(appenderName, properties).get(AppenderSetting::LEVEL, value)) {
         throw LogException("Properties do not specify level for appender '" + appenderName + "'");
     }
     return Level::fromString(value);
 }
 
-TimeUnit toUnit(const std::string& word) {
-    if (word == "msec") {
-        return MSEC;
-    }
-    if (word == "sec") {
-        return SEC;
-    }
-    if (word == "hour") {
-        return HOUR;
-    }
-    return word == "day" ? DAY : MIN;
-}
-
-Time toDuration(const std::string& value) {
-    const std::vector<std::string> pieces = Util::split(value, ' ');
-    if (pieces.empty()) {
-        throw Util::UtilException("Can't convert " + value + " to integer");
-    }
-    const TimeUnit unit = pieces.size() > 1 ? toUnit(pieces[1]) : MIN;
-    const std::int64_t count = Util::toInteger(pieces[0]);
-    return Time(static_cast<std::uint64_t>(count), unit);
-}
-
 Time readExpiration(const std::string& appenderName, const Util::Properties& properties) {
     std::string value;
-    if (!properties.getProperty("appender." + appenderName + ".expiration", value)) {
+    if (!AppenderSettings(appenderName, properties).get(AppenderSetting::EXPIRATION, value)) {
         return Time();
     }
     try {
-        return toDuration(value);
+        return readPeriod(value);
     } catch (const Util::UtilException& exception) {
         throw LogException("Wrong value for the " + appenderName +
                            ".expiration property: " + exception.what());

@@ -1,7 +1,8 @@
 #include "log/filters/FilterLogger.h"
 
 #include "log/LogMessage.h"
-#include "log/filters/FilterProperty.h"
+#include "log/config/AppenderSettings.h"
+#include "log/config/KeyNames.h"
 #include "zav-util/StringUtils.h"
 
 #include <algorithm>
@@ -10,7 +11,8 @@ namespace ZAV {
 namespace Log {
 
 FilterLogger::FilterLogger(const std::string& appenderName, const Util::Properties& properties)
-    : loggerNames_(Util::split(readFilterProperty(appenderName, "filters", properties), ' ')) {}
+    : loggerNames_(
+          Util::split(AppenderSettings(appenderName, properties).require(AppenderSetting::FILTERS), ' ')) {}
 
 bool FilterLogger::accept(const LogMessage& message) {
     return std::any_of(loggerNames_.begin(), loggerNames_.end(), [&message](const std::string& prefix) {

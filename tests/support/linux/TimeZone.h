@@ -3,13 +3,11 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace ZAV {
-namespace TestSupport {
+namespace ZAV::TestSupport {
 
 inline void setTimeZone(const char* zone) {
     setenv("TZ", zone, 1);
     tzset();
 }
 
-} // namespace TestSupport
-} // namespace ZAV
+} // namespace ZAV::TestSupport

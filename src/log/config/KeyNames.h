@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// The attributes of a logger: "logger.<name>.<attribute>".
+namespace LoggerAttribute {
+constexpr char LEVEL[] = "level";
+constexpr char EXPIRATION[] = "expiration";
+} // namespace LoggerAttribute
+
+/// The settings of an appender: "appender.<name>.<setting>".
+namespace AppenderSetting {
+constexpr char ASYNCHRONOUS[] = "asynchronous";
+constexpr char FILTERS[] = "filters";
+constexpr char LEVEL[] = "level";
+constexpr char EXPIRATION[] = "expiration";
+constexpr char MESSAGE_TYPE[] = "message_type";
+constexpr char OSTREAM[] = "ostream";
+constexpr char DIR[] = "dir";
+constexpr char FILE_NAME[] = "file";
+constexpr char FILE_NUMBER[] = "fileNumber";
+constexpr char FILE_MAX_SIZE[] = "fileMaxSize";
+constexpr char FILE_MAX_SIZE_UNIT[] = "fileMaxSizeUnit";
+constexpr char FILE_MAX_LIFETIME[] = "fileMaxLifetime";
+constexpr char FILE_MAX_LIFETIME_UNIT[] = "fileMaxLifetimeUnit";
+} // namespace AppenderSetting
+
+/// The options of the asynchronous dispatcher: "zav.log.AsynchronousDispatcher.<option>".
+namespace DispatcherOption {
+constexpr char MAX_QUEUE_SIZE[] = "maxQueueSize";
+constexpr char WAITING_PERIOD[] = "waitingPeriod";
+constexpr char PRIORITY[] = "priority";
+constexpr char OVERFLOW_RULE[] = "overflow";
+} // namespace DispatcherOption
+
+constexpr char LOGGER_KEY_PREFIX[] = "logger.";
+constexpr char APPENDER_KEY_PREFIX[] = "appender.";
+constexpr char DISPATCHER_KEY_PREFIX[] = "zav.log.AsynchronousDispatcher.";
+
+/// \return the key that declares an appender
+std::string appenderKey(const std::string& appenderName);
+
+/// \return the key of an appender's setting
+std::string appenderKey(const std::string& appenderName, const std::string& setting);
+
+/// \return the key of an option of the dispatcher
+std::string dispatcherKey(const std::string& option);
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,30 @@
+// Forks while messages are queued. The child logs too, and exits; the first argument is "finish" if it takes
+// the library down before. The second argument is the directory of the logs.
+
+#include "ProcessEndSupport.h"
+
+#include <cstdlib>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace ZAV;
+using TestSupport::logNumbers;
+
+int main(int, char** arguments) {
+    if (!TestSupport::initForEnd(arguments[2])) {
+        return EXIT_FAILURE;
+    }
+    logNumbers(1, 5);
+    const pid_t child = fork();
+    if (child == 0) {
+        Log::LoggerFactory::getLogger("net").error("child", 0, "");
+        if (std::string(arguments[1]) == "finish") {
+            Log::LogManager::finish();
+        }
+        std::exit(EXIT_SUCCESS);
+    }
+    int status = 0;
+    const bool endedWell = child > 0 && waitpid(child, &status, 0) == child && status == 0;
+    logNumbers(6, 10);
+    return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
+}

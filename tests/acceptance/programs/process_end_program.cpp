@@ -1,0 +1,115 @@
+// Ends in the way that its first argument names, with the exit code 0. The second argument is the directory
+// of the logs. A way that fails to end the process gives another code.
+
+#include "Calling.h"
+#include "ProcessEndSupport.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <thread>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
+
+namespace {
+
+constexpr int NOT_ENDED = 1;
+constexpr int THREADS = 8;
+std::atomic<int> loggedBy[THREADS];
+
+void logWithoutEnd(int thread) {
+    Logger& logger = LoggerFactory::getLogger("thread." + std::to_string(thread));
+    for (int number = 0;; ++number) {
+        logger.error(std::to_string(thread) + ":" + std::to_string(number), 0, "");
+        loggedBy[thread] = number;
+        std::this_thread::yield();
+    }
+}
+
+int exitWhileThreadsLog() {
+    for (int thread = 0; thread < THREADS; ++thread) {
+        std::thread(logWithoutEnd, thread).detach();
+    }
+    for (const std::atomic<int>& logged : loggedBy) {
+        while (logged < 100) {
+            std::this_thread::yield();
+        }
+    }
+    std::exit(EXIT_SUCCESS);
+}
+
+/// Of static storage duration, it logs when the process is well on its way to the end.
+class LastWord {
+public:
+    ~LastWord() {
+        if (wanted) {
+            logNumbers(11, 12);
+        }
+    }
+    bool wanted = false;
+};
+
+LastWord lastWord;
+
+int logFromStaticObject() {
+    lastWord.wanted = true;
+    return EXIT_SUCCESS;
+}
+
+/// The appender fails when the listener is gone.
+int loseListener() {
+    std::string lastReport; // shows a call after its end to a sanitizer
+    const auto listener = std::make_unique<CallingListener>(
+        [lastReport](const std::string& report) mutable { lastReport = report; });
+    LogManager::registerCommandListener("EXCEPTION", listener.get());
+    LoggerFactory::getLogger("broken").error("11", 0, "");
+    logNumbers(12, 12);
+    return EXIT_SUCCESS;
+}
+
+int exitInListener() {
+    CallingListener listener([](const std::string&) { std::exit(EXIT_SUCCESS); });
+    LogManager::registerCommandListener("exit", &listener);
+    LogManager::command("exit", "");
+    return NOT_ENDED;
+}
+
+int exitInAppender() {
+    CallingAppender appender([](const LogMessage&) { std::exit(EXIT_SUCCESS); });
+    LoggerFactory::getLogger("exit").addAppender(&appender);
+    LoggerFactory::getLogger("exit").error("exit", 0, "");
+    return NOT_ENDED;
+}
+
+/// Here the consumer thread itself ends the process, since a report of its failing appender comes in it.
+int exitInConsumerThread() {
+    CallingListener listener([](const std::string&) { std::exit(EXIT_SUCCESS); });
+    LogManager::registerCommandListener("EXCEPTION", &listener);
+    LoggerFactory::getLogger("broken").error("exit", 0, "");
+    while (true) { // until the process ends
+        std::this_thread::yield();
+    }
+}
+
+} // namespace
+
+int main(int, char** arguments) {
+    const std::string way = arguments[1];
+    const std::map<std::string, int (*)()> ways = {{"return", [] { return EXIT_SUCCESS; }},
+                                                   {"exit", []() -> int { std::exit(EXIT_SUCCESS); }},
+                                                   {"exit-while-threads-log", exitWhileThreadsLog},
+                                                   {"static-object", logFromStaticObject},
+                                                   {"lost-listener", loseListener},
+                                                   {"exit-in-listener", exitInListener},
+                                                   {"exit-in-appender", exitInAppender},
+                                                   {"exit-in-consumer-thread", exitInConsumerThread}};
+    const std::string waitingPeriod = way == "exit-in-consumer-thread" ? "0" : "3600";
+    if (!initForEnd(arguments[2], waitingPeriod)) {
+        return NOT_ENDED;
+    }
+    logNumbers(1, 10);
+    return ways.at(way)();
+}

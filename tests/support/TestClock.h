@@ -1,0 +1,15 @@
+#pragma once
+
+#include "zav-util/TimeUtils.h"
+
+#include <cstddef>
+
+namespace ZAV::TestSupport {
+
+/// Sets the clock of tests that are made from the library's objects, which stands still.
+void setClock(Util::TimeUtils::Time time);
+
+/// \return how often the calling thread has read the clock so far
+std::size_t clockReadingsOfThisThread();
+
+} // namespace ZAV::TestSupport

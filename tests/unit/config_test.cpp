@@ -1,0 +1,72 @@
+#include "TestSupport.h"
+
+#include "log/config/ConfigurationKeys.h"
+#include "log/config/LoggerKeys.h"
+#include "log/config/ValueReaders.h"
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace testing;
+using Util::TimeUtils::Time;
+
+TEST(LoggerKeys, ParentsComeBeforeTheirChildrenAndTheRootFirst) {
+    std::vector<std::string> order;
+    for (const LoggerKey& key : orderLoggerKeys({"appender.a", "logger", "logger.", "logger.a.b.level",
+                                                 "logger.a.level", "logger.b.level", "logger.root.level",
+                                                 "logger.root.x.level", "logger.x", "loggers.a.level"})) {
+        order.push_back(key.loggerName);
+    }
+    EXPECT_THAT(order, ElementsAre("root", "root.x", "a", "a.b", "b"));
+}
+
+TEST(LoggerFactory, AppliesKeysAndTellsTheDynamicFilters) {
+    TestSupport::RecordingListener filter;
+    LogManager::registerCommandListener("DynamicLogLevelFilterSoft", &filter);
+    Util::Properties properties;
+    properties["logger.a.b.level"] = "INFO";
+    properties["logger.a.level"] = "ERROR";
+    properties["logger.a.expiration"] = "5";
+    properties["logger.a.colour"] = "red";
+    properties["logger.root.level"] = "DEBUG";
+    LoggerFactory::initLoggers(properties);
+    EXPECT_EQ(LoggerFactory::getRootLogger().getLevel(), Level::DEBUG);
+    EXPECT_EQ(LoggerFactory::getLogger("a").getLevel(), Level::ERROR);
+    EXPECT_EQ(LoggerFactory::getLogger("a.b").getLevel(), Level::INFO);
+    EXPECT_EQ(LoggerFactory::getLogger("a.b").getExpirationTime(), Time(300, Util::TimeUtils::SEC));
+    EXPECT_THAT(filter.arguments, ElementsAre("DEBUG", "ERROR", "INFO"));
+}
+
+namespace {
+
+std::string tableOfKeys() {
+    std::string table = "| Key | Read by | Value | Default | Effect |\n|---|---|---|---|---|\n";
+    for (const ConfigurationKey& key : configurationKeys()) {
+        const std::string defaultCell = *key.defaultValue == '\0' ? "" : std::string(key.defaultValue) + " ";
+        table += "| `" + genericKey(key) + "` | " + describeReaders(key) + " | " + key.values + " | " +
+                 defaultCell + "| " + key.meaning + " |\n";
+    }
+    return table;
+}
+
+} // namespace
+
+TEST(ConfigurationKeys, StandInTheDocumentationAsInTheTable) {
+    const std::string page = TestSupport::readFile(ZAV_LOG_DOCS_DIR "/configuration.md");
+    const std::string::size_type begin = page.find("| Key |");
+    ASSERT_NE(begin, std::string::npos);
+    EXPECT_EQ(page.substr(begin, page.find("\n\n", begin) + 1 - begin), tableOfKeys());
+}
+
+TEST(ValueReaders, TellWhatOfANumberCounts) {
+    const auto partly = readLeadingUnsigned(" 5x");
+    EXPECT_EQ(partly.value, 5U);
+    EXPECT_TRUE(partly.isNumber);
+    EXPECT_FALSE(partly.isWhole);
+    EXPECT_FALSE(readLeadingSigned("x5").isNumber);
+    EXPECT_FALSE(readLeadingSigned("").isNumber);
+    const auto cut = readLeadingSigned("-99999999999");
+    EXPECT_EQ(cut.value, std::numeric_limits<std::int32_t>::min());
+    EXPECT_TRUE(cut.isNumber && cut.isWhole && cut.isCut);
+    const auto zero = readLeadingSigned("0");
+    EXPECT_TRUE(zero.isNumber && zero.isWhole && !zero.isCut);
+}

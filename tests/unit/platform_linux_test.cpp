@@ -1,0 +1,133 @@
+// What differs on Linux.
+
+#include "TestSupport.h"
+
+#include "log/appenders/FileAppender.h"
+#include "log/async/AsynchronousDispatcher.h"
+#include "platform/Files.h"
+#include "platform/OutputFile.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
+using namespace testing;
+
+namespace {
+
+/// What a file system refuses to do; 0 for what it does.
+int renameError = 0;
+int linkError = 0;
+
+int fail(int error) {
+    errno = error;
+    return -1;
+}
+
+} // namespace
+
+// They stand in the place of the system's.
+
+int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept {
+    return renameError != 0
+               ? fail(renameError)
+               : static_cast<int>(syscall(SYS_renameat2, fromDirectory, from, toDirectory, to, flags));
+}
+
+int link(const char* from, const char* to) noexcept {
+    return linkError != 0 ? fail(linkError) : linkat(AT_FDCWD, from, AT_FDCWD, to, 0);
+}
+
+TEST(Files, RenamingNeverOverwritesWhateverTheFileSystemLacks) {
+    for (const auto& [lacksRename, lacksLink] : {std::pair(EINVAL, 0), {ENOSYS, EPERM}}) {
+        const TemporaryDirectory directory;
+        writeFile(directory / "a", "A");
+        writeFile(directory / "b", "B");
+        renameError = lacksRename;
+        linkError = lacksLink;
+        EXPECT_FALSE(Platform::renameFile(directory / "a", directory / "b"));
+        EXPECT_EQ(readFile(directory / "a") + readFile(directory / "b"), "AB");
+        EXPECT_TRUE(Platform::renameFile(directory / "a", directory / "c"));
+        EXPECT_FALSE(fileExists(directory / "a"));
+        EXPECT_EQ(readFile(directory / "c"), "A");
+        EXPECT_FALSE(Platform::renameFile(directory / "missing", directory / "d"));
+        renameError = EACCES; // no reason to try otherwise
+        EXPECT_FALSE(Platform::renameFile(directory / "c", directory / "d"));
+    }
+}
+
+namespace {
+
+std::atomic<int> interruptions{0};
+
+} // namespace
+
+TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
+    const TemporaryDirectory directory;
+    const std::string pipe = directory / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    struct sigaction action = {};
+    action.sa_handler = [](int) { ++interruptions; };
+    ASSERT_EQ(sigaction(SIGUSR1, &action, nullptr), 0);
+
+    std::string received;
+    std::thread reader([&, writer = pthread_self()] {
+        std::ifstream stream(pipe);
+        // The first one ends a write with what the pipe took, the next ones end writes of nothing.
+        while (interruptions < 1000) {
+            pthread_kill(writer, SIGUSR1);
+            std::this_thread::yield();
+        }
+        received.assign(std::istreambuf_iterator<char>(stream), {});
+    });
+    std::string text;
+    for (int i = 0; i < 100'000; ++i) { // more than the pipe takes
+        text += std::to_string(i);
+    }
+    Platform::OutputFile file;
+    file.open(pipe, Platform::OutputFile::APPEND);
+    file.write(text);
+    file.close();
+    reader.join();
+    EXPECT_FALSE(file.hasFailed());
+    EXPECT_TRUE(received == text);
+}
+
+TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {
+    const TemporaryDirectory directory;
+    std::filesystem::create_symlink("/dev/full", directory / "f0");
+    std::filesystem::create_directory(directory / "f1"); // keeps the link from being moved
+    RecordingListener failures;
+    LogManager::registerCommandListener("EXCEPTION", &failures);
+    FileAppender appender("x", true, {}, directory.path(), "f", 3, 1000, Util::TimeUtils::Time());
+    appender.output(makeMessage("a"));
+    EXPECT_THAT(failures.arguments, ElementsAre(HasSubstr("Exception = outputFileStream_.fail()\n")));
+}
+
+TEST(AsynchronousDispatcher, GivesItsThreadTheConfiguredPriorityAsFarAsItMay) {
+    const auto threadNice = [] { return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); };
+    const int processNice = threadNice();
+    std::vector<int> nices;
+    CallingAppender appender([&](const LogMessage&) { nices.push_back(threadNice()); }, false);
+    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
+    for (const char* priority : {"25", "0", "26"}) {
+        Util::Properties properties;
+        properties["zav.log.AsynchronousDispatcher.priority"] = priority;
+        dispatcher.configure(properties);
+        dispatcher.enqueue(makeMessage("a"), true);
+        dispatcher.registerAsynchronousAppender(&appender);
+        dispatcher.stop();
+        dispatcher.unregisterAsynchronousAppender(&appender);
+    }
+    EXPECT_THAT(nices, ElementsAre(processNice, std::min(processNice + 10, 19), Le(processNice)));
+}
