@@ -2,6 +2,8 @@
 // are, a line keeps to its limit, a request has what its kind needs, and an answer to a bad one takes one
 // line.
 
+#include "Expect.h"
+
 #include "control/ControlRequest.h"
 #include "control/LineBuffer.h"
 #include "control/RequestHandler.h"
@@ -9,19 +11,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
 using namespace ZAV::Log;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 bool isOneLine(const std::string& answer) {
     return std::count_if(answer.begin(), answer.end(),
@@ -35,11 +30,11 @@ void readRequest(const std::string& line) {
         const bool needsValue =
             request.kind() == ControlRequest::LEVEL || request.kind() == ControlRequest::EXPIRATION;
         const bool needsName = needsValue || request.kind() == ControlRequest::COMMAND;
-        require(request.name().empty() != needsName);
-        require(!needsValue || !request.value().empty());
-        require(request.name().size() + request.value().size() < line.size());
+        EXPECT(request.name().empty() != needsName);
+        EXPECT(!needsValue || !request.value().empty());
+        EXPECT(request.name().size() + request.value().size() < line.size());
     } catch (const std::invalid_argument& exception) {
-        require(isOneLine(RequestHandler::refused(exception.what())));
+        EXPECT(isOneLine(RequestHandler::refused(exception.what())));
     }
 }
 
@@ -56,9 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t at = 0; at < sent.size(); at += pieceSize) {
         lines.append(sent.substr(at, pieceSize));
         for (auto line = lines.next(); line; line = lines.next()) {
-            require(line->text.size() <= LineBuffer::MAX_LENGTH);
-            require(line->text.find('\n') == std::string::npos);
-            require(!line->isTooLong || line->text.empty());
+            EXPECT(line->text.size() <= LineBuffer::MAX_LENGTH);
+            EXPECT(line->text.find('\n') == std::string::npos);
+            EXPECT(!line->isTooLong || line->text.empty());
             readRequest(line->text);
         }
     }
