@@ -1,0 +1,10 @@
+#pragma once
+
+namespace ZAV {
+namespace Tools {
+
+/// Ends a command quietly: whoever read its output has seen enough and has closed the pipe.
+class OutputClosed {};
+
+} // namespace Tools
+} // namespace ZAV
