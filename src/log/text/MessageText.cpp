@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <locale>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -48,7 +49,7 @@ MessageText& MessageText::take() {
 }
 
 void MessageText::giveBack(MessageText& text) noexcept {
-    if (keptText.text != nullptr || keptText.threadEnds || text.capacity_ > MAX_KEPT_CAPACITY) {
+    if (keptText.text != nullptr || keptText.threadEnds || text.capacity() > MAX_KEPT_CAPACITY) {
         delete &text;
         return;
     }
@@ -61,8 +62,8 @@ void MessageText::clear() {
         stream_.reset();
     }
     state_ = State::FRESH;
-    size_ = 0;
-    position_ = 0;
+    next_ = memory_.get();
+    endBeforeSeek_ = nullptr;
 }
 
 bool MessageText::takesNumbers() {
@@ -93,12 +94,20 @@ bool MessageText::writesAsNew() const {
            stream_->rdbuf() == this && stream_->getloc() == std::locale::classic();
 }
 
+std::size_t MessageText::capacity() const {
+    return static_cast<std::size_t>(memoryEnd_ - memory_.get());
+}
+
 void MessageText::grow(std::size_t size) {
-    const std::size_t capacity = std::max({FIRST_CAPACITY, position_ + size, 2 * capacity_});
-    std::unique_ptr<char[]> memory(new char[capacity]);
-    view().copy(memory.get(), size_);
+    const std::string_view text = view();
+    const auto position = static_cast<std::size_t>(next_ - memory_.get());
+    const std::size_t newCapacity = std::max({FIRST_CAPACITY, position + size, 2 * capacity()});
+    std::unique_ptr<char[]> memory(new char[newCapacity]);
+    text.copy(memory.get(), text.size());
+    endBeforeSeek_ = memory.get() + text.size();
+    next_ = memory.get() + position;
+    memoryEnd_ = memory.get() + newCapacity;
     memory_ = std::move(memory);
-    capacity_ = capacity;
 }
 
 // The stream's side. There is no put area, which append would have to keep in step.
@@ -118,15 +127,17 @@ std::streamsize MessageText::xsputn(const char* text, std::streamsize size) {
 
 MessageText::pos_type MessageText::seekoff(off_type offset, std::ios::seekdir from,
                                            std::ios::openmode which) {
-    std::size_t base = 0;
+    char* const end = memory_.get() + view().size();
+    const char* base = memory_.get();
     if (from != std::ios::beg) {
-        base = from == std::ios::cur ? position_ : size_;
+        base = from == std::ios::cur ? next_ : end;
     }
-    const off_type target = static_cast<off_type>(base) + offset;
-    if ((which & std::ios::out) == 0 || target < 0 || target > static_cast<off_type>(size_)) {
+    const off_type target = base - memory_.get() + offset;
+    if ((which & std::ios::out) == 0 || target < 0 || target > end - memory_.get()) {
         return pos_type(off_type(-1));
     }
-    position_ = static_cast<std::size_t>(target);
+    endBeforeSeek_ = end;
+    next_ = memory_.get() + target;
     return pos_type(target);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -26,7 +27,7 @@ public:
     static void giveBack(MessageText& text) noexcept;
 
     /// \return what was written, until the next call
-    std::string_view view() const { return {memory_.get(), size_}; }
+    std::string_view view() const { return {memory_.get(), static_cast<std::size_t>(end() - memory_.get())}; }
 
     /// \return whether texts and characters may be appended; else the stream may want to fill them up
     bool takesTexts() const { return state_ != State::STREAMED; }
@@ -39,22 +40,21 @@ public:
     /// \throw std::bad_alloc
     void append(std::string_view text) {
         char* const place = room(text.size());
-        text.copy(place, text.size());
+        if (!text.empty()) {
+            std::memcpy(place, text.data(), text.size());
+        }
         commit(place + text.size());
     }
 
     /// \return a place for so many characters, of which `commit` takes over what was written
     /// \throw std::bad_alloc
     char* room(std::size_t size) {
-        if (size > capacity_ - position_) {
+        if (size > static_cast<std::size_t>(memoryEnd_ - next_)) {
             grow(size);
         }
-        return memory_.get() + position_;
+        return next_;
     }
-    void commit(const char* end) {
-        position_ = static_cast<std::size_t>(end - memory_.get());
-        size_ = size_ < position_ ? position_ : size_;
-    }
+    void commit(char* end) { next_ = end; }
 
     /// \return the stream that writes to this text; after its use follows `settle`, or all that is left to
     ///         write goes through it
@@ -71,7 +71,9 @@ private:
     };
 
     MessageText() = default;
+    const char* end() const { return next_ < endBeforeSeek_ ? endBeforeSeek_ : next_; }
     void clear();
+    std::size_t capacity() const;
     void grow(std::size_t size);
     bool writesAsNew() const;
 
@@ -81,10 +83,10 @@ private:
     pos_type seekpos(pos_type position, std::ios::openmode which) override;
 
     State state_ = State::FRESH;
-    std::size_t size_ = 0;
-    std::size_t position_ = 0; ///< where the next character goes; before the end only after a seek
-    std::size_t capacity_ = 0;
     std::unique_ptr<char[]> memory_;
+    char* memoryEnd_ = nullptr;
+    char* next_ = nullptr; ///< where the next character goes; before the end only after a seek
+    char* endBeforeSeek_ = nullptr;
     std::optional<std::ostream> stream_;
 };
 
