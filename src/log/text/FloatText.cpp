@@ -75,7 +75,6 @@ char* writeDecimal(char* text, Decimal decimal) {
 
 // std::to_chars knows every number, but works with exact arithmetic on all of them: it takes more than three
 // times as long (generalFloatByToChars among the benchmarks).
-// long.
 char* writeGeneralFloat(char* text, double number) {
     const double absolute = std::fabs(number);
     Decimal decimal{};
