@@ -1,7 +1,7 @@
 // Boost.Log: it has no function that takes a ready string; opening and pushing a record by hand comes
 // nearest. Its asynchronous queue is unbounded.
 
-#include "Workload.h"
+#include "Latency.h"
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <boost/log/attributes/clock.hpp>
@@ -11,6 +11,7 @@
 #include <boost/log/core.hpp>
 #include <boost/log/expressions.hpp>
 #include <boost/log/sinks/async_frontend.hpp>
+#include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/log/sinks/text_file_backend.hpp>
 #include <boost/log/sinks/text_multifile_backend.hpp>
@@ -105,16 +106,33 @@ void attachFile(const Task& task) {
     attach(boost::make_shared<sinks::synchronous_sink<Backend>>(makeFileBackend(task)));
 }
 
-template <typename Logger>
-void logLine(Logger& logger, const std::string& text) {
+/// \param write puts the text into the record's stream
+template <typename Logger, typename Write>
+void logWritten(Logger& logger, Write write) {
     boost::log::record record = logger.open_record(keywords::severity = INFO);
     if (record) {
         boost::log::record_ostream stream(record);
         stream << boost::log::add_value("File", SampleLine::SOURCE_FILE)
-               << boost::log::add_value("Line", SampleLine::SOURCE_LINE) << text;
+               << boost::log::add_value("Line", SampleLine::SOURCE_LINE);
+        write(stream);
         stream.flush();
         logger.push_record(boost::move(record));
     }
+}
+
+template <typename Logger>
+void logLine(Logger& logger, const std::string& text) {
+    logWritten(logger, [&text](boost::log::record_ostream& stream) { stream << text; });
+}
+
+auto streamedCall(std::size_t = 0) {
+    const auto logger = std::make_shared<OwnLogger>(keywords::channel = SampleLine::sharedLoggerName());
+    return [logger](std::size_t i) {
+        logWritten(*logger, [i](boost::log::record_ostream& stream) {
+            stream << "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                   << "10.0.0.1";
+        });
+    };
 }
 
 auto callOfOwnLogger(std::size_t thread) {
@@ -175,12 +193,54 @@ void sharedLogger(const Task& task) {
     withSharedLogger(task, [&task](auto makeCall) { measureSynchronous(task, makeCall); });
 }
 
-template <typename MakeCall>
-void measureQueue(const Task& task, MakeCall makeCall) {
+/// \param measure called while the records go to a queue
+template <typename Measure>
+void withQueue(const Task& task, Measure measure) {
     const auto sink = attach(boost::make_shared<sinks::asynchronous_sink<Backend>>(makeFileBackend(task)));
-    measureAsynchronous(task, makeCall, task.file());
+    measure();
     boost::log::core::get()->remove_all_sinks();
     sink->stop();
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    withQueue(task, [&] { measureAsynchronous(task, makeCall, task.file()); });
+}
+
+void burst(const Task& task) {
+    withQueue(task, [&task] { measureBurst(task, streamedCall, task.file()); });
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        withQueue(task, [&] { measureLatency(task, rhythm, streamedCall(), task.file()); });
+    };
+}
+
+class DroppingBackend : public sinks::basic_sink_backend<sinks::synchronized_feeding> {
+public:
+    DroppedMessages dropped;
+
+    void consume(const boost::log::record_view& record) {
+        dropped.add(record[expressions::smessage].get<std::string>());
+    }
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    addAttributes();
+    const auto backend = boost::make_shared<DroppingBackend>();
+    boost::log::core::get()->add_sink(boost::make_shared<sinks::synchronous_sink<DroppingBackend>>(backend));
+    measureDroppedCalls(task, makeCall, backend->dropped, textPattern);
+    boost::log::core::get()->remove_all_sinks();
+}
+
+void droppedText(const Task& task) {
+    withSharedLogger(task, [&task](auto makeCall) { measureDropped(task, makeCall, SampleLine::TEXT); });
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
 }
 
 void asynchronousOwnLoggers(const Task& task) {
@@ -266,6 +326,13 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"burst-streamed", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

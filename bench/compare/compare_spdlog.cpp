@@ -2,10 +2,11 @@
 // three zeros are cheaper for it than microseconds. Its asynchronous queue is always bounded and takes its
 // memory at the start; here it has room for all messages and would block rather than lose one.
 
-#include "Workload.h"
+#include "Latency.h"
 
 #include <spdlog/async.h>
 #include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
@@ -14,6 +15,7 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -69,6 +71,13 @@ void logLine(spdlog::logger& logger, const std::string& text) {
 
 auto loggingCall(const LoggerPointer& logger) {
     return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(*logger, text); };
+}
+
+auto formattedCall(const LoggerPointer& logger) {
+    return [logger](std::size_t i) {
+        SPDLOG_LOGGER_INFO(logger, "user {} left after {} s from {}", i, static_cast<double>(i) * 0.25,
+                           "10.0.0.1");
+    };
 }
 
 auto makeFileSink(const Task& task) {
@@ -147,6 +156,48 @@ void asynchronousSharedLogger(const Task& task) {
         task, [&logger](std::size_t) { return loggingCall(logger); }, task.file());
 }
 
+class DroppingSink : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    DroppedMessages dropped;
+
+protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        dropped.add(std::string_view(message.payload.data(), message.payload.size()));
+    }
+    void flush_() override {}
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    const auto sink = std::make_shared<DroppingSink>();
+    const LoggerPointer logger = makeLogger(SampleLine::sharedLoggerName(), sink);
+    measureDroppedCalls(
+        task, [&](std::size_t) { return makeCall(logger); }, sink->dropped, textPattern);
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, loggingCall, SampleLine::TEXT);
+}
+
+void droppedFormatted(const Task& task) {
+    measureDropped(task, formattedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burst(const Task& task) {
+    const Queue queue(task);
+    const LoggerPointer logger = queue.makeLogger(SampleLine::sharedLoggerName());
+    measureBurst(
+        task, [&logger](std::size_t) { return formattedCall(logger); }, task.file());
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        const Queue queue(task);
+        measureLatency(task, rhythm, formattedCall(queue.makeLogger(SampleLine::sharedLoggerName())),
+                       task.file());
+    };
+}
+
 void rotation(const Task& task) {
     const auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(task.file(), ROTATION_BYTES,
                                                                              ROTATION_FILES - 1);
@@ -194,6 +245,15 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedFormatted},
+                         {"dropped-formatted", droppedFormatted},
+                         {"burst-streamed", burst},
+                         {"burst-formatted", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

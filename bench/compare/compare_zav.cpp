@@ -1,7 +1,9 @@
 // ZAV Log itself.
 
-#include "Workload.h"
+#include "Latency.h"
 
+#include "log/Appender.h"
+#include "log/LogFormat.h"
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
 #include "log/LogManager.h"
@@ -82,6 +84,20 @@ auto callOfOwnLogger(std::size_t thread) {
     return loggingCall(SampleLine::ownLoggerName(thread));
 }
 
+auto streamedCall(std::size_t = 0) {
+    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+        ZAV_LOG_INFO(logger, "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                                     << "10.0.0.1");
+    };
+}
+
+auto formattedCall(std::size_t = 0) {
+    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+        ZAV_LOGF_INFO(logger, "user {} left after {} s from {}", i, static_cast<double>(i) * 0.25,
+                      "10.0.0.1");
+    };
+}
+
 template <typename MakeCall>
 void measureRejected(const Task& task, MakeCall makeCall) {
     Properties properties = fileProperties(task);
@@ -152,6 +168,61 @@ void reopenedFile(const Task& task) {
         task, REOPENED_MESSAGES, callOfSharedLogger, [&task] { return task.file(); }, format);
 }
 
+class DroppingAppender : public ZAV::Log::Appender {
+public:
+    DroppingAppender() : Appender("dropping") {}
+    DroppedMessages dropped;
+
+protected:
+    void doOutput(const LogMessage& message) override { dropped.add(message.getText()); }
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    DroppingAppender appender;
+    Logger& root = LoggerFactory::getRootLogger();
+    root.setLevel(ZAV::Log::Level::LEVEL_INFO, false);
+    root.addAppender(&appender);
+    measureDroppedCalls(task, makeCall, appender.dropped, textPattern);
+    root.removeAppender(&appender);
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, callOfSharedLogger, SampleLine::TEXT);
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void droppedFormatted(const Task& task) {
+    measureDropped(task, formattedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burstStreamed(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureBurst(task, streamedCall, liveFile(task));
+}
+
+void burstFormatted(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureBurst(task, formattedCall, liveFile(task));
+}
+
+/// With the waiting period that the library has unless told otherwise.
+Properties unhurriedProperties(const Task& task) {
+    Properties properties = asynchronousProperties(task);
+    properties.erase("zav.log.AsynchronousDispatcher.waitingPeriod");
+    return properties;
+}
+
+Workload latency(const Rhythm& rhythm, Properties (*properties)(const Task&)) {
+    return [&rhythm, properties](const Task& task) {
+        const Library library(properties(task));
+        measureLatency(task, rhythm, streamedCall(), liveFile(task));
+    };
+}
+
 std::vector<LogMessage> makeMessages() {
     using ZAV::Util::TimeUtils::MSEC;
     using ZAV::Util::TimeUtils::Time;
@@ -189,6 +260,15 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"dropped-formatted", droppedFormatted},
+                         {"burst-streamed", burstStreamed},
+                         {"burst-formatted", burstFormatted},
+                         {"latency-bursts", latency(BURSTS, unhurriedProperties)},
+                         {"latency-bursts-prompt", latency(BURSTS, asynchronousProperties)},
+                         {"latency-spaced", latency(SPACED, unhurriedProperties)},
+                         {"latency-spaced-prompt", latency(SPACED, asynchronousProperties)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},
