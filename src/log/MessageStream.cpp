@@ -5,6 +5,7 @@
 #include "log/text/MessageText.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -103,8 +104,9 @@ void MessageStream::write(unsigned long long number) {
     writeInteger(text_, number);
 }
 
+/// Systems differ in whether the sign of what is not a number shows.
 void MessageStream::write(double number) {
-    if (text_.takesNumbers()) {
+    if (text_.takesNumbers() && !std::isnan(number)) {
         text_.commit(writeGeneralFloat(text_.room(GENERAL_FLOAT_SIZE), number));
     } else {
         streamValue(text_, number);
