@@ -1,16 +1,15 @@
 // ZAV Log itself.
 
 #include "Latency.h"
+#include "ZavSetup.h"
 
 #include "log/Appender.h"
 #include "log/LogFormat.h"
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
-#include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
-#include "zav-util/Properties.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
@@ -27,48 +26,6 @@ using ZAV::Util::Properties;
 
 const std::string TEXT = SampleLine::TEXT;
 const std::string SOURCE_FILE = SampleLine::SOURCE_FILE;
-
-/// The library, set up and taken down.
-class Library {
-public:
-    explicit Library(const Properties& properties) { ZAV::Log::LogManager::init(properties); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    ~Library() { ZAV::Log::LogManager::finish(); }
-};
-
-/// An appender that writes to "<folder>/log0" and does not rotate.
-Properties fileProperties(const Task& task) {
-    Properties properties;
-    properties["logger.root.level"] = "INFO";
-    properties["appender.file"] = "FileAppender";
-    properties["appender.file.dir"] = task.folder;
-    properties["appender.file.file"] = "log";
-    properties["appender.file.fileNumber"] = std::to_string(ROTATION_FILES - 1);
-    properties["appender.file.fileMaxSize"] = "4";
-    properties["appender.file.fileMaxSizeUnit"] = "GB";
-    return properties;
-}
-
-Properties asynchronousProperties(const Task& task) {
-    Properties properties = fileProperties(task);
-    properties["appender.file.asynchronous"] = "true";
-    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
-    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
-    properties["zav.log.AsynchronousDispatcher.priority"] = "0";
-    return properties;
-}
-
-Properties rotationProperties(const Task& task) {
-    Properties properties = fileProperties(task);
-    properties["appender.file.fileMaxSize"] = std::to_string(ROTATION_BYTES);
-    properties["appender.file.fileMaxSizeUnit"] = "B";
-    return properties;
-}
-
-std::string liveFile(const Task& task) {
-    return task.file() + "0";
-}
 
 auto loggingCall(const std::string& loggerName) {
     return [&logger = LoggerFactory::getLogger(loggerName)](std::size_t) {
@@ -207,13 +164,6 @@ void burstStreamed(const Task& task) {
 void burstFormatted(const Task& task) {
     const Library library(asynchronousProperties(task));
     measureBurst(task, formattedCall, liveFile(task));
-}
-
-/// With the waiting period that the library has unless told otherwise.
-Properties unhurriedProperties(const Task& task) {
-    Properties properties = asynchronousProperties(task);
-    properties.erase("zav.log.AsynchronousDispatcher.waitingPeriod");
-    return properties;
 }
 
 Workload latency(const Rhythm& rhythm, Properties (*properties)(const Task&)) {
