@@ -3,7 +3,9 @@
 #include "log/Level.h"
 #include "log/MessageStream.h"
 
+#include <cstddef>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <string>
 #include <string_view>
@@ -46,9 +48,12 @@ public:
                                Values&&... values) const {
         static_cast<void>(fmt::format_string<Values...>(checked));
         fmt::basic_memory_buffer<char, ROOM> text;
-        const std::string failure = failureOf(
-            format, [&] { fmt::format_to(fmt::appender(text), compiled, std::forward<Values>(values)...); });
-        logText(failure.empty() ? std::string_view(text.data(), text.size()) : failure);
+        const auto formatValues = [&] {
+            fmt::format_to(fmt::appender(text), compiled, std::forward<Values>(values)...);
+        };
+        if (succeeds(format, formatValues)) {
+            logText(std::string_view(text.data(), text.size()));
+        }
     }
 #else
     /// \copydoc log
@@ -56,10 +61,12 @@ public:
     void log(std::format_string<Values...> format, Values&&... values) const {
         std::string text;
         text.reserve(ROOM);
-        const std::string failure = failureOf(format.get(), [&] {
+        const auto formatValues = [&] {
             std::format_to(std::back_inserter(text), format, std::forward<Values>(values)...);
-        });
-        logText(failure.empty() ? text : failure);
+        };
+        if (succeeds(format.get(), formatValues)) {
+            logText(text);
+        }
     }
 #endif
 
@@ -67,23 +74,24 @@ private:
     /// Texts up to this size take no memory from the heap.
     static constexpr std::size_t ROOM = 512;
 
-    /// \return what to log instead if the formatting fails, else nothing
+    /// Logs the failure if the values cannot be formatted.
     template <typename Format>
-    static std::string failureOf(std::string_view format, Format formatValues) {
+    bool succeeds(std::string_view format, Format formatValues) const {
         try {
             formatValues();
-            return std::string();
+            return true;
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const std::exception& exception) {
-            return failureText(format, exception.what());
+            logFailure(format, exception.what());
         } catch (...) {
-            return failureText(format, "unknown exception");
+            logFailure(format, "unknown exception");
         }
+        return false;
     }
 
-    static std::string failureText(std::string_view format, std::string_view reason) {
-        return std::string(format).append(" [not formatted: ").append(reason).append("]");
+    void logFailure(std::string_view format, std::string_view reason) const {
+        logText(std::string(format).append(" [not formatted: ").append(reason).append("]"));
     }
 
     void logText(std::string_view text) const {
