@@ -4,6 +4,7 @@
 #include "OutputClosed.h"
 #include "UsageError.h"
 #include "commands/CatCommand.h"
+#include "commands/FollowCommand.h"
 
 #include <iostream>
 
@@ -25,6 +26,7 @@ CommandLine::CommandLine()
     app_.require_subcommand(1);
     // Each command of the program has a line here, in the order in which --help shows them.
     commands_.push_back(std::make_unique<CatCommand>(app_));
+    commands_.push_back(std::make_unique<FollowCommand>(app_));
 }
 
 ExitCode CommandLine::run(int argc, const char* const* argv) {

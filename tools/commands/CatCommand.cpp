@@ -39,7 +39,7 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
     for (RecordStream& stream : streams) {
         pointers.push_back(&stream);
     }
-    return Merger(pointers, std::vector<RecordStream::Ending>(pointers.size(), RecordStream::Ending::FINAL));
+    return Merger(pointers, RecordStream::Ending::FINAL);
 }
 
 void showAll(std::deque<RecordStream>& streams, const RecordFilter& filter, Printer& printer,

@@ -60,6 +60,9 @@ bool RecordReader::findEnd() {
 }
 
 bool RecordReader::fill() {
+    if (isStopped_) {
+        return false;
+    }
     makeRoom();
     const std::int64_t count =
         file_.readAt(bytesSeen(), buffer_.data() + end_, buffer_.size() - end_, problem_);
