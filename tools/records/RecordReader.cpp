@@ -107,9 +107,10 @@ void RecordReader::emit(Record& record, std::size_t end) {
     searched_ = std::max(searched_, end);
 }
 
-/// A part ends behind a line, if it can, and never between a CR and its LF.
+/// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for at least one
+/// byte, so that what follows can end it.
 void RecordReader::emitPart(Record& record) {
-    std::size_t end = line_ > begin_ ? line_ : end_;
+    std::size_t end = line_ > begin_ ? line_ : end_ - 1;
     if (buffer_[end - 1] == '\r') {
         --end;
     }
