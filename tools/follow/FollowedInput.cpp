@@ -46,8 +46,9 @@ void FollowedInput::poll(std::vector<std::string>& notices) {
         tailFilter_ = nullptr; // what comes into being later is new from its start
         return;
     }
-    reopenIfCut(notices);
-    if (!stream_.hasMoreFiles() && !isCurrentLive()) {
+    if (isCurrentLive()) {
+        reopenIfCut(notices);
+    } else {
         appendNewerFiles(notices);
     }
 }
@@ -97,7 +98,7 @@ void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     again.path = current.path;
     again.layout = spec_.layout;
     std::string problem;
-    if (again.file.open(livePath(), problem)) {
+    if (again.file.open(livePath(), problem) && again.file.identity() == current.file.identity()) {
         warnOfLoss(notices, "the file was cut");
         stream_.leaveFile();
         stream_.append(std::move(again));
@@ -159,7 +160,11 @@ void FollowedInput::append(std::vector<LogFile> files) {
     }
 }
 
+/// A record is done when all of its parts are.
 void FollowedInput::commit() {
+    if (stream_.record().isPart) {
+        return;
+    }
     committedFile_ = stream_.fileCount();
     committedEnd_ = stream_.record().end;
 }

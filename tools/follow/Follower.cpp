@@ -92,6 +92,10 @@ bool Follower::readRound() {
     for (FollowedInput& input : inputs_) {
         input.stream().settle();
     }
+    if (filter_.problem() != filterProblem_) {
+        filterProblem_ = filter_.problem();
+        report(filterProblem_);
+    }
     return hasShown;
 }
 
