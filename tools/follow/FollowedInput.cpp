@@ -82,12 +82,10 @@ void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<
     files.erase(files.begin(), found);
 }
 
-/// A file that was cut and has grown past its old size meanwhile shows other bytes before the place.
+/// A file that was cut and has grown to its old size or beyond meanwhile shows other bytes before the place.
 void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     const LogFile& current = *stream_.file();
-    const std::uint64_t size = current.file.size();
-    const bool hasGrown = size > stream_.bytesSeen();
-    const bool isCut = size < stream_.bytesSeen() || (hasGrown && seen_ && !seen_->isIn(current.file));
+    const bool isCut = current.file.size() < stream_.bytesSeen() || (seen_ && !seen_->isIn(current.file));
     if (!isCut) {
         if (!seen_ || seen_->offset() != stream_.bytesSeen()) {
             seen_ = FilePlace::in(current.file, stream_.bytesSeen());
