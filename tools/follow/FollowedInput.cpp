@@ -87,9 +87,6 @@ void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     const LogFile& current = *stream_.file();
     const bool isCut = current.file.size() < stream_.bytesSeen() || (seen_ && !seen_->isIn(current.file));
     if (!isCut) {
-        if (!seen_ || seen_->offset() != stream_.bytesSeen()) {
-            seen_ = FilePlace::in(current.file, stream_.bytesSeen());
-        }
         return;
     }
     LogFile again;
@@ -101,6 +98,14 @@ void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
         stream_.leaveFile();
         stream_.append(std::move(again));
         seen_.reset();
+    }
+}
+
+void FollowedInput::settle() {
+    stream_.settle();
+    const bool hasRead = !seen_ || seen_->offset() != stream_.bytesSeen();
+    if (stream_.file() != nullptr && hasRead) {
+        seen_ = FilePlace::in(stream_.file()->file, stream_.bytesSeen());
     }
 }
 
