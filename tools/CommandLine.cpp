@@ -5,6 +5,7 @@
 #include "UsageError.h"
 #include "commands/CatCommand.h"
 #include "commands/CtlCommand.h"
+#include "commands/FollowCommand.h"
 
 #include <iostream>
 
@@ -26,6 +27,7 @@ CommandLine::CommandLine()
     app_.require_subcommand(1);
     // Each command of the program has a line here, in the order in which --help shows them.
     commands_.push_back(std::make_unique<CatCommand>(app_));
+    commands_.push_back(std::make_unique<FollowCommand>(app_));
     commands_.push_back(std::make_unique<CtlCommand>(app_));
 }
 

@@ -23,7 +23,7 @@ void Output::flush() {
     std::string problem;
     const Platform::WriteResult result = Platform::writeStandardOutput(pending_, problem);
     pending_.clear();
-    if (result == Platform::WriteResult::NO_READER) {
+    if (result == Platform::WriteResult::NO_READER || result == Platform::WriteResult::STOPPED) {
         throw OutputClosed();
     }
     if (result == Platform::WriteResult::FAILED) {

@@ -4,6 +4,7 @@
 # which outlives the build folder, so that it is filled only once:
 #   ice           the sources of IceUtil
 #   googletest    GoogleTest, built for Windows
+#   pcre2         PCRE2, built for Windows
 #   boost, fmt    headers, which are the same on all systems
 #   headers       libraries that are headers alone, with their CMake package files
 provide_windows_dependencies() {
@@ -13,6 +14,7 @@ provide_windows_dependencies() {
     mkdir -p "$cache/boost/include" "$cache/headers/include" "$cache/headers/share/cmake" "$cache/fmt/include" "$root/build"
     provide "$cache/ice" "$root/scripts/lib/get-ice-sources"
     provide "$cache/googletest" "$root/scripts/lib/build-googletest"
+    provide "$cache/pcre2" "$root/scripts/lib/build-pcre2"
     ln -sfn /usr/include/boost "$cache/boost/include/boost"
     ln -sfn /usr/include/fmt "$cache/fmt/include/fmt"
     ln -sfn /usr/include/CLI /usr/include/nlohmann "$cache/headers/include"

@@ -36,6 +36,9 @@ public:
     /// \return true if the file is open now
     bool open(const std::string& path, std::string& problem);
 
+    /// \return the same file, opened once more; without one if the system refuses
+    InputFile duplicate() const;
+
     /// Reads from a place in the file; from a pipe, whatever comes next.
     /// \return how many bytes were read, 0 at the end of the file, -1 on failure
     std::int64_t readAt(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;

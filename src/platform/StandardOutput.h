@@ -9,6 +9,7 @@ namespace Platform {
 enum class WriteResult {
     WRITTEN,
     NO_READER, ///< the other end of the pipe is closed
+    STOPPED,   ///< the text had to wait, and an end was requested meanwhile
     FAILED
 };
 

@@ -39,7 +39,7 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
     for (RecordStream& stream : streams) {
         pointers.push_back(&stream);
     }
-    return Merger(pointers, std::vector<RecordStream::Ending>(pointers.size(), RecordStream::Ending::FINAL));
+    return Merger(pointers, RecordStream::Ending::FINAL);
 }
 
 void showAll(std::deque<RecordStream>& streams, const RecordFilter& filter, Printer& printer,
@@ -86,8 +86,11 @@ ExitCode CatCommand::run(Output& output) {
     std::deque<RecordStream> streams;
     bool isComplete = openStreams(inputs_.inputs(), streams);
     showAll(streams, filter, *printer, output);
+    std::vector<std::string> problems = {filter.problem()};
     for (RecordStream& stream : streams) {
-        const std::string problem = stream.takeProblem();
+        problems.push_back(stream.takeProblem());
+    }
+    for (const std::string& problem : problems) {
         if (!problem.empty()) {
             report(problem);
             isComplete = false;

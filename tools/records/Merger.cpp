@@ -7,8 +7,8 @@
 namespace ZAV {
 namespace Tools {
 
-Merger::Merger(std::vector<RecordStream*> streams, std::vector<RecordStream::Ending> endings)
-    : streams_(std::move(streams)), endings_(std::move(endings)) {
+Merger::Merger(std::vector<RecordStream*> streams, RecordStream::Ending ending)
+    : streams_(std::move(streams)), ending_(ending) {
     for (std::size_t index = 0; index < streams_.size(); ++index) {
         advance(index);
     }
@@ -29,7 +29,7 @@ int Merger::next() {
 }
 
 void Merger::advance(std::size_t index) {
-    if (streams_[index]->next(endings_[index])) {
+    if (streams_[index]->next(ending_)) {
         heap_.push_back(index);
         std::push_heap(heap_.begin(), heap_.end(),
                        [this](std::size_t a, std::size_t b) { return comesLater(a, b); });

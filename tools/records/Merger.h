@@ -13,7 +13,7 @@ namespace Tools {
 class Merger {
 public:
     /// \param streams must outlive the merger
-    Merger(std::vector<RecordStream*> streams, std::vector<RecordStream::Ending> endings);
+    Merger(std::vector<RecordStream*> streams, RecordStream::Ending ending);
 
     /// \return the number of the stream whose record comes next, until the next call; -1 if no stream has one
     int next();
@@ -23,7 +23,7 @@ private:
     bool comesLater(std::size_t a, std::size_t b) const;
 
     std::vector<RecordStream*> streams_;
-    std::vector<RecordStream::Ending> endings_;
+    RecordStream::Ending ending_;
     std::vector<std::size_t> heap_; ///< numbers of the streams that have a record, the earliest in front
     int given_ = -1;
 };

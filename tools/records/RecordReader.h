@@ -39,8 +39,11 @@ public:
     /// \return how far the file has been read
     std::uint64_t bytesSeen() const { return offset_ + end_; }
 
-    /// \return true if something was read and not handed out
-    bool isPending() const { return begin_ != end_; }
+    /// \return true if whole lines were read and not handed out
+    bool hasWholeLines() const { return begin_ != line_; }
+
+    /// Treats what was read as all that there is.
+    void stopReading() { isStopped_ = true; }
 
     /// \return the system's word for why the file could not be read to its end; empty if it could
     const std::string& problem() const { return problem_; }
@@ -63,6 +66,7 @@ private:
     std::size_t end_ = 0;      ///< of what was read
     bool continues_ = false;   ///< lines without a time belong to the record that was handed out last
     bool isInLine_ = false;    ///< what was handed out last ended within a line
+    bool isStopped_ = false;
     std::string header_;
     std::string normalised_;
     std::string problem_;

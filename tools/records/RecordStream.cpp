@@ -18,8 +18,8 @@ bool RecordStream::next(Ending ending) {
             return true;
         }
         const bool isOver = ending == Ending::FINAL || hasMoreFiles();
-        const bool givesRest = isOver || ending == Ending::SETTLED;
-        if (current_ && givesRest && current_->reader.takeRest(record_, isOver)) {
+        const bool isSettled = bytesSeen() == settledAt_;
+        if (current_ && (isOver || isSettled) && current_->reader.takeRest(record_, isOver)) {
             return true;
         }
         if (current_) {
@@ -30,6 +30,10 @@ bool RecordStream::next(Ending ending) {
         }
         goToNextFile();
     }
+}
+
+void RecordStream::leaveFile() {
+    current_->reader.stopReading();
 }
 
 const Fields& RecordStream::fields() {
@@ -56,6 +60,8 @@ std::string RecordStream::takeProblem() {
 void RecordStream::goToNextFile() {
     current_ = std::make_unique<OpenFile>(std::move(waiting_.front()));
     waiting_.pop_front();
+    ++fileCount_;
+    settledAt_ = 0;
 }
 
 void RecordStream::keepProblem() {

@@ -20,9 +20,8 @@ class RecordStream {
 public:
     /// How the last file ends.
     enum class Ending {
-        FINAL,   ///< where it ends now; a last line without an end is a line
-        GROWING, ///< a last record is held back, for what is still being written
-        SETTLED  ///< a last record of whole lines is given: no more of it will come
+        FINAL,  ///< where it ends now; a last line without an end is a line
+        GROWING ///< a last record is held back until the file has not grown for a while
     };
 
     /// Adds a file that is read when those before it are at their end.
@@ -31,6 +30,14 @@ public:
     /// Goes to the next record.
     /// \return false if there is none now
     bool next(Ending ending);
+
+    /// Says that a while has passed. A last record of whole lines is given then, unless the file has grown
+    /// when it is asked for.
+    void settle() { settledAt_ = bytesSeen(); }
+
+    /// Reads no further in the current file, which has changed behind its reader's back, and goes to the next
+    /// one.
+    void leaveFile();
 
     /// \return the record that `next` went to, until it is called again
     const Record& record() const { return record_; }
@@ -47,11 +54,14 @@ public:
     /// \return the file that is being read; null before the first one
     const LogFile* file() const { return current_ ? &current_->log : nullptr; }
 
+    /// \return how many files were begun
+    std::size_t fileCount() const { return fileCount_; }
+
     /// \return true if files wait behind the one that is being read
     bool hasMoreFiles() const { return !waiting_.empty(); }
 
-    /// \return true if something was read and is held back
-    bool isPending() const { return current_ && current_->reader.isPending(); }
+    /// \return true if a record is held back that needs no more than time
+    bool isPending() const { return current_ && current_->reader.hasWholeLines(); }
 
     /// \return how far the current file was read; 0 without one
     std::uint64_t bytesSeen() const { return current_ ? current_->reader.bytesSeen() : 0; }
@@ -76,6 +86,8 @@ private:
     Record record_;
     Fields fields_;
     bool hasFields_ = false;
+    std::size_t fileCount_ = 0;
+    std::uint64_t settledAt_ = 0; ///< how far the current file had been read
     std::string problem_;
 };
 

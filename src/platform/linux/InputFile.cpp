@@ -59,6 +59,12 @@ bool InputFile::open(const std::string& path, std::string& problem) {
     return true;
 }
 
+InputFile InputFile::duplicate() const {
+    InputFile copy;
+    copy.handle_ = fcntl(descriptor(handle_), F_DUPFD_CLOEXEC, 0);
+    return copy;
+}
+
 std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t size,
                                std::string& problem) const {
     for (;;) {

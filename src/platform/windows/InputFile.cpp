@@ -71,6 +71,16 @@ bool InputFile::open(const std::string& path, std::string& problem) {
     return true;
 }
 
+InputFile InputFile::duplicate() const {
+    InputFile copy;
+    HANDLE handle = nullptr;
+    if (DuplicateHandle(GetCurrentProcess(), toHandle(handle_), GetCurrentProcess(), &handle, 0, FALSE,
+                        DUPLICATE_SAME_ACCESS)) {
+        copy.handle_ = reinterpret_cast<std::intptr_t>(handle);
+    }
+    return copy;
+}
+
 std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t size,
                                std::string& problem) const {
     OVERLAPPED place = {};
