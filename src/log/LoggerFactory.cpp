@@ -44,6 +44,9 @@ void applyKey(const LoggerKey& key, const Util::Properties& properties) {
     }
 }
 
+/// So that no thread makes it while another one forks.
+const Logger& madeAtLoad = LoggerFactory::getRootLogger();
+
 } // namespace
 
 Logger& LoggerFactory::getRootLogger() {

@@ -1,6 +1,7 @@
 #include "log/appenders/StdoutAppender.h"
 
 #include "log/layout/LineLayout.h"
+#include "platform/CancellationGuard.h"
 
 #include <ostream>
 
@@ -11,11 +12,13 @@ StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const 
                                std::ostream* stream)
     : Appender(name, synchronous, filters), stream_(stream) {}
 
-/// The line and its end are one write, so that lines of different threads never mix.
+/// The line and its end are one write, so that lines of different threads never mix. A thread that was
+/// cancelled in it would leave the stream with a failure that keeps every later line back.
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
     appendLogLine(line, message);
     line += '\n';
+    const Platform::NoCancellation noCancellation;
     stream_->write(line.data(), static_cast<std::streamsize>(line.size())).flush();
 }
 

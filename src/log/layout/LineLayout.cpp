@@ -68,6 +68,9 @@ const std::string& programName() {
     return name;
 }
 
+/// So that no thread makes it while another one forks.
+const std::string& madeAtLoad = programName();
+
 /// The host's name as a thread last asked for it.
 struct KnownHost {
     std::uint64_t second; ///< since 1970, of the message that it was asked for; 0 before the first one

@@ -1,10 +1,12 @@
 #include "log/reentrancy/PutOffMessages.h"
 
+#include "log/commands/FailureReport.h"
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "platform/CancellationGuard.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace ZAV {
@@ -41,6 +43,8 @@ void PutOffMessages::writeOwn() noexcept {
         const ReportAnswer answer(putOff.answeredReports);
         try {
             putOff.write(*putOff.logger, putOff.message);
+        } catch (const std::bad_alloc&) {
+            FailureReport::count(); // it may have reached nobody, and nobody is told
         } catch (...) {
             continue;
         }

@@ -1,5 +1,7 @@
 #include "platform/OutputFile.h"
 
+#include "platform/CancellationGuard.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
@@ -30,18 +32,24 @@ bool writeAll(int descriptor, const char* text, std::size_t size) {
 
 } // namespace
 
+// A thread that waits for a file cannot be cancelled: a line is written as a whole or not at all, and the
+// descriptor is never lost.
+
 void OutputFile::open(const std::string& path, Mode mode) noexcept {
+    const NoCancellation noCancellation;
     const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (mode == TRUNCATE ? O_TRUNC : O_APPEND);
     descriptor_ = ::open(path.c_str(), flags, READABLE_AND_WRITABLE);
     failed_ = !isOpen();
 }
 
 void OutputFile::write(const std::string& text) noexcept {
+    const NoCancellation noCancellation;
     failed_ = !writeAll(descriptor_, text.data(), text.size()) || failed_;
 }
 
 void OutputFile::close() noexcept {
     if (isOpen()) {
+        const NoCancellation noCancellation;
         failed_ = ::close(descriptor_) != 0 || failed_;
         descriptor_ = NONE;
     }
