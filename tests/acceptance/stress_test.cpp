@@ -91,68 +91,54 @@ protected:
     void expectEachWrittenOrShown(const Numbers& shown) const;
 
     std::atomic<int> logged_{0};
-
-private:
-    void changeLevels(int round) const;
-    void addAndRemoveAppender();
-    void issueCommands();
-
-    std::atomic<int> heard_{0};
-    CallingListener listener_{[this](const std::string&) { ++heard_; }};
-    std::atomic<int> seen_{0};
-    CallingAppender appender_{[this](const LogMessage&) { ++seen_; }};
 };
 
-void Stress::changeLevels(int round) const {
-    const Level::LogLevel levels[] = {Level::LEVEL_AUDIT, Level::LEVEL_WARNING, Level::LEVEL_TRACE};
-    LoggerFactory::getLogger(LOGGERS[round % 4]).setLevel(levels[round % 3], round % 2 == 0);
-    LoggerFactory::getRootLogger().setLevel(levels[(round + 1) % 3], false);
-}
-
-void Stress::addAndRemoveAppender() {
-    for (Logger* const logger : {&LoggerFactory::getRootLogger(), &LoggerFactory::getLogger("net")}) {
-        const int before = seen_;
-        logger->addAppender(&appender_);
-        logger->audit("other", 0, "");
-        logger->removeAppender(&appender_);
-        EXPECT_GT(seen_, before);
-    }
-}
-
-void Stress::issueCommands() {
-    const int before = heard_;
-    LogManager::registerCommandListener("stress", &listener_);
-    LogManager::command("stress", "");
-    LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
-    LogManager::unregisterCommandListener("stress");
-    EXPECT_EQ(heard_, before + 1);
-}
-
 void Stress::logWhileAllChanges() {
-    std::atomic<int> producing{PRODUCERS};
+    const Level::LogLevel levels[] = {Level::LEVEL_AUDIT, Level::LEVEL_WARNING, Level::LEVEL_TRACE};
+    std::atomic<int> seen{0};
+    CallingAppender appender([&seen](const LogMessage&) { ++seen; });
+    std::atomic<int> heard{0};
+    CallingListener listener([&heard](const std::string&) { ++heard; });
     const std::function<void(int)> changes[] = {
-        [this](int round) { changeLevels(round); },
+        [&](int round) {
+            LoggerFactory::getLogger(LOGGERS[round % 4]).setLevel(levels[round % 3], round % 2 == 0);
+            LoggerFactory::getRootLogger().setLevel(levels[(round + 1) % 3], false);
+        },
         [](int round) { // looks them up again once there are many
             const std::string name = LOGGERS[round % 4] + ".made" + std::to_string(round % 400);
             LoggerFactory::getLogger(name).audit("other", 0, "");
         },
-        [this](int) { addAndRemoveAppender(); }, [this](int) { issueCommands(); }};
+        [&](int round) {
+            Logger& logger =
+                round % 2 == 0 ? LoggerFactory::getRootLogger() : LoggerFactory::getLogger("net");
+            const int before = seen;
+            logger.addAppender(&appender);
+            logger.audit("other", 0, "");
+            logger.removeAppender(&appender);
+            EXPECT_GT(seen, before);
+        },
+        [&](int round) {
+            LogManager::registerCommandListener("stress", &listener);
+            LogManager::command("stress", "");
+            LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
+            LogManager::unregisterCommandListener("stress");
+            EXPECT_EQ(heard, round + 1);
+        }};
+    std::atomic<int> producing{PRODUCERS};
     inThreads(PRODUCERS + 4, [&](int thread) {
-        if (thread >= PRODUCERS) {
-            for (int round = 0; producing > 0; ++round) {
-                changes[thread - PRODUCERS](round);
-                std::this_thread::yield();
+        for (int round = 0; thread >= PRODUCERS && producing > 0; ++round) {
+            changes[thread - PRODUCERS](round);
+            std::this_thread::yield();
+        }
+        if (thread < PRODUCERS) {
+            const std::string& name = LOGGERS[thread % 4];
+            const std::string producer = "producer:" + name + ":" + std::to_string(thread) + ":";
+            for (int number = 0; number < MESSAGES; ++number) {
+                LoggerFactory::getLogger(name).audit(producer + std::to_string(number), 0, "");
+                ++logged_;
             }
-            return;
+            --producing;
         }
-        const std::string& name = LOGGERS[thread % 4];
-        Logger& logger = LoggerFactory::getLogger(name);
-        const std::string producer = "producer:" + name + ":" + std::to_string(thread) + ":";
-        for (int number = 0; number < MESSAGES; ++number) {
-            logger.audit(producer + std::to_string(number), 0, "");
-            ++logged_;
-        }
-        --producing;
     });
 }
 

@@ -1,12 +1,12 @@
 #include "TestSupport.h"
 
-#include "log/LogLine.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
 
 #include <future>
+#include <tuple>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -24,10 +24,6 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
     properties[PREFIX + "maxQueueSize"] = maxQueueSize;
     properties[PREFIX + "waitingPeriod"] = waitingPeriod;
     return properties;
-}
-
-void append(MessageQueue& queue, const std::string& text) {
-    queue.append(makeMessage(text));
 }
 
 std::vector<std::string> textsOf(const MessageBatch& batch) {
@@ -70,14 +66,14 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     queue.configure(tuning("4", "3600"));
     const TestSupport::StreamCapture errors(std::cerr);
     for (const char* text : {"1", "2", "3"}) {
-        append(queue, text);
+        queue.append(makeMessage(text));
     }
     EXPECT_EQ(errors.text(), "");
-    append(queue, "4");
+    queue.append(makeMessage("4"));
     EXPECT_THAT(errors.text(), StartsWith("Message queue size reached. Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), EndsWith(" net.tcp INFO 1\n"));
     EXPECT_THAT(textsOf(queue.close()), ElementsAre("2", "3", "4"));
-    append(queue, "too late");
+    queue.append(makeMessage("too late"));
     EXPECT_THAT(errors.text(), HasSubstr("Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), HasSubstr(" too late\n"));
 }
@@ -86,13 +82,13 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     const TestSupport::StreamCapture errors(std::cerr);
     MessageQueue none;
     none.configure(tuning("1", "3600"));
-    append(none, "a");
+    none.append(makeMessage("a"));
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
     EXPECT_EQ(none.close().size(), 0U);
     MessageQueue all;
     all.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
-        append(all, "b");
+        all.append(makeMessage("b"));
     }
     EXPECT_EQ(all.close().size(), 3000U);
 }
@@ -109,8 +105,8 @@ TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     // not; if none ever wakes it, the test hangs.
     do {
         queue.takeBatch();
-        append(queue, "a");
-        append(queue, "b");
+        queue.append(makeMessage("a"));
+        queue.append(makeMessage("b"));
     } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
     EXPECT_THAT(textsOf(batch.get()), ElementsAre("a", "b"));
 }
@@ -155,19 +151,16 @@ TEST(MessageBatch, GivesEveryFieldBack) {
     const LogMessage messages[] = {LogMessage("net.tcp", Time(1, DAY), Level::TRACE,
                                               std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
                                    LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
+    const auto fieldsOf = [](const LogMessage& message) {
+        return std::tuple(message.getLoggerName(), message.getTime().microseconds(), message.getLevel(),
+                          message.getText(), message.getLine(), message.getFile(), message.getType());
+    };
     MessageBatch batch;
     batch.append(messages[0]);
     batch.append(messages[1]);
     MessageBatch::Reader reader(batch);
     for (const LogMessage& message : messages) {
-        const LogMessage read = reader.next();
-        EXPECT_EQ(read.getLoggerName(), message.getLoggerName());
-        EXPECT_EQ(read.getTime(), message.getTime());
-        EXPECT_EQ(read.getLevel(), message.getLevel());
-        EXPECT_EQ(read.getText(), message.getText());
-        EXPECT_EQ(read.getLine(), message.getLine());
-        EXPECT_EQ(read.getFile(), message.getFile());
-        EXPECT_EQ(read.getType(), message.getType());
+        EXPECT_EQ(fieldsOf(reader.next()), fieldsOf(message));
     }
     EXPECT_FALSE(reader.hasNext());
 }

@@ -11,12 +11,12 @@ using Util::TimeUtils::Time;
 
 TEST(LoggerKeys, ParentsComeBeforeTheirChildrenAndTheRootFirst) {
     std::vector<std::string> order;
-    for (const LoggerKey& key :
-         orderLoggerKeys({"appender.a", "logger", "logger.", "logger.a.b.level", "logger.a.level",
-                          "logger.root.level", "logger.root.x.level", "logger.x", "loggers.a.level"})) {
+    for (const LoggerKey& key : orderLoggerKeys({"appender.a", "logger", "logger.", "logger.a.b.level",
+                                                 "logger.a.level", "logger.b.level", "logger.root.level",
+                                                 "logger.root.x.level", "logger.x", "loggers.a.level"})) {
         order.push_back(key.loggerName);
     }
-    EXPECT_THAT(order, ElementsAre("root", "root.x", "a", "a.b"));
+    EXPECT_THAT(order, ElementsAre("root", "root.x", "a", "a.b", "b"));
 }
 
 TEST(LoggerFactory, AppliesKeysAndTellsTheDynamicFilters) {

@@ -5,7 +5,6 @@
 #include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/FilterLogger.h"
-#include "log/filters/FilterMessageType.h"
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -19,11 +18,6 @@ Properties propertiesOf(const std::string& suffix, const std::string& value) {
     Properties properties;
     properties["appender.x." + suffix] = value;
     return properties;
-}
-
-template <typename Filter>
-std::string rejectionOf(const Properties& properties) {
-    return TestSupport::textThrownBy<LogException>([&] { Filter("x", properties); });
 }
 
 } // namespace
@@ -47,21 +41,6 @@ TEST(FilterLogger, PassesTextualPrefixesOfTheLoggerName) {
         FilterLogger none("x", propertiesOf("filters", list));
         EXPECT_FALSE(none.accept(makeMessage("", Level::INFO, "net")));
     }
-}
-
-TEST(FilterMessageType, PassesOneTypeOnly) {
-    FilterMessageType filter("x", propertiesOf("message_type", "CFG"));
-    EXPECT_TRUE(filter.accept(makeMessage("", Level::AUDIT, "net", Time(), CFG)));
-    EXPECT_FALSE(filter.accept(makeMessage("", Level::AUDIT, "net", Time(), LOG)));
-}
-
-TEST(Filters, SayWhichSettingIsMissing) {
-    const Properties none;
-    EXPECT_EQ(rejectionOf<FilterLogLevel>(none), "Properties does not specify level for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterMessageType>(none),
-              "Properties does not specify message_type for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterLogger>(none), "Properties does not specify filters for appender 'x'");
-    EXPECT_EQ(rejectionOf<FilterLogLevelDynamic>(none), "Properties do not specify level for appender 'x'");
 }
 
 namespace {
@@ -126,6 +105,6 @@ TEST_F(DynamicFilter, CountsItsPeriodInTheConfiguredUnit) {
 }
 
 TEST_F(DynamicFilter, RejectsAPeriodWithoutANumber) {
-    EXPECT_EQ(rejectionOf<FilterLogLevelDynamic>(settings("  ")),
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([] { FilterLogLevelDynamic("x", settings("  ")); }),
               "Wrong value for the x.expiration property: Can't convert    to integer");
 }

@@ -20,13 +20,6 @@ TEST(Files, RenamingNeverOverwrites) {
     EXPECT_FALSE(Platform::renameFile(directory / "missing", directory / "d"));
 }
 
-TEST(Files, RemovingLeavesDirectoriesAlone) {
-    const TemporaryDirectory directory;
-    std::filesystem::create_directory(directory / "inner");
-    EXPECT_FALSE(Platform::removeFile(directory / "inner"));
-    EXPECT_TRUE(fileExists(directory / "inner"));
-}
-
 TEST(Directory, ListsFilesOnlyAndFailsForWhatCannotBeListed) {
     const TemporaryDirectory directory;
     std::vector<std::string> names;

@@ -2,7 +2,6 @@
 #include "TimeZone.h"
 
 #include "zav-util/Conversions.h"
-#include "zav-util/FileUtils.h"
 #include "zav-util/Properties.h"
 #include "zav-util/SystemInformation.h"
 #include "zav-util/TimeUtils.h"
@@ -29,18 +28,6 @@ TEST(Conversions, RejectsWhatIsNoWholeNumber) {
         EXPECT_EQ(TestSupport::textThrownBy<UtilException>([&] { toInteger(text); }),
                   "Can't convert " + text + " to integer");
     }
-}
-
-TEST(Conversions, WritesNumbersOfAnySize) {
-    EXPECT_EQ(toString(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
-    EXPECT_EQ(toString(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
-    EXPECT_EQ(format("%s:%06d", "a", 123), "a:000123");
-}
-
-TEST(FileUtils, BaseNameTakesBothSeparators) {
-    EXPECT_EQ(FileUtils::baseName("a/b\\c.log"), "c.log");
-    EXPECT_EQ(FileUtils::baseName("plain"), "plain");
-    EXPECT_EQ(FileUtils::baseName("dir/"), "");
 }
 
 TEST(SystemInformation, NamesProgramAndHostWithoutPathAndDomain) {
@@ -117,12 +104,4 @@ TEST_F(PropertyFile, RejectsTheFirstOffendingLine) {
         EXPECT_EQ(TestSupport::textThrownBy<UtilException>([&, text = content] { parse(text); }),
                   "Property file " + name_ + " contains " + problem);
     }
-}
-
-TEST_F(PropertyFile, ThatCannotBeReadIsReportedWithItsName) {
-    const std::string missing = directory_ / "missing";
-    EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{missing}; }),
-                StartsWith("Unable to open file: " + missing + " from FileUtils.cpp:"));
-    EXPECT_THAT(TestSupport::textThrownBy<UtilException>([&] { Properties{directory_.path()}; }),
-                StartsWith("Unable to open file: "));
 }

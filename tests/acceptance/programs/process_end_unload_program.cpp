@@ -1,10 +1,12 @@
 // Loads the plugin given as the second argument, logs through it and unloads it, twice. The first argument is
 // "finish" if the plugin is to take the library down each time, the third the directory of the logs.
 
-#include <cstdio>
+#include "Module.h"
+
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
+
+using namespace ZAV::TestSupport;
 
 namespace {
 
@@ -12,14 +14,13 @@ using LogThroughPlugin = bool (*)(const char* directory, int first, bool finish)
 
 /// \return what the plugin's function returned
 bool logAndUnload(const char* path, const char* directory, int first, bool finish) {
-    void* const plugin = dlopen(path, RTLD_NOW);
+    void* const plugin = loadModule(path);
     if (plugin == nullptr) {
-        std::fprintf(stderr, "%s\n", dlerror());
         std::exit(2);
     }
-    const auto log = reinterpret_cast<LogThroughPlugin>(dlsym(plugin, "logThroughPlugin"));
+    const auto log = reinterpret_cast<LogThroughPlugin>(functionIn(plugin, "logThroughPlugin"));
     const bool initialised = log(directory, first, finish);
-    if (dlclose(plugin) != 0) {
+    if (!unloadModule(plugin)) {
         std::exit(3);
     }
     return initialised;
