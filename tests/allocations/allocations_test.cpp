@@ -4,6 +4,8 @@
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -14,13 +16,21 @@ namespace {
 
 thread_local std::size_t allocations = 0;
 
+/// Counts down to the allocation, of whatever thread, that fails; 0: none fails.
+std::atomic<long> untilFailure{0};
+
+bool fails() {
+    return untilFailure > 0 && --untilFailure == 0;
+}
+
 } // namespace
 
 // These stand in the place of the system's; the array forms call them.
 
 void* operator new(std::size_t size) {
     ++allocations;
-    if (void* const memory = std::malloc(size)) {
+    void* const memory = fails() ? nullptr : std::malloc(size);
+    if (memory != nullptr) {
         return memory;
     }
     throw std::bad_alloc();
@@ -111,4 +121,55 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     });
     // The queue takes a block for every few hundred messages.
     EXPECT_LE(allocations, MESSAGES / 100);
+}
+
+namespace {
+
+/// Runs a call with one failing allocation in it.
+/// \return false if it threw what such a call may throw
+template <typename Call>
+bool survives(Call call) {
+    try {
+        call();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+} // namespace
+
+TEST_F(LoggingCost, OneFailingAllocationLosesNoMessageUnseen) {
+    Util::Properties properties = toFile();
+    properties["appender.file.level"] = "INFO";
+    properties["appender.file.expiration"] = "1 hour";
+    properties["appender.queued"] = "SimpleFileAppender";
+    properties["appender.queued.asynchronous"] = "true";
+    properties["appender.queued.dir"] = directory_.path();
+    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
+    TestSupport::CallingListener answering([this](const std::string&) { logger_.error(SHORT, 0, ""); });
+    bool hasFailed = true;
+    for (long number = 1; hasFailed; ++number) {
+        std::filesystem::remove(directory_ / "queued");
+        const LogStatistics before = LogManager::statistics();
+        untilFailure = number;
+        const bool isInitialised = survives([&] { LogManager::init(properties); });
+        survives([&] { LogManager::registerCommandListener("EXCEPTION", &answering); });
+        std::size_t logged = 0;
+        for (int message = 0; message < 3; ++message) {
+            logged += survives([this] { logger_.error(LONG, 0, LONG); }) ? 1 : 0;
+        }
+        survives([] { LogManager::flush(); });
+        hasFailed = untilFailure <= 0;
+        untilFailure = 0;
+        EXPECT_TRUE(!isInitialised || LogManager::flush()) << number;
+        LogManager::finish();
+
+        const LogStatistics after = LogManager::statistics();
+        EXPECT_EQ(after.queued, after.delivered + after.discarded) << number;
+        const std::string written = TestSupport::readFile(directory_ / "queued");
+        const auto lines = static_cast<std::size_t>(std::count(written.begin(), written.end(), '\n'));
+        EXPECT_GE(lines + after.failed - before.failed, isInitialised ? logged : 0U) << number;
+    }
 }
