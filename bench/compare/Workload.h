@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CpuTime.h"
+#include "DroppedMessages.h"
 #include "LogFiles.h"
 #include "PeakMemory.h"
 #include "RotatedFiles.h"
@@ -58,8 +60,8 @@ inline std::size_t asynchronousMessages(const Task& task) {
     return callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES).total() * task.threads;
 }
 
-/// Calls of which some loggers make a hundred in the time that others need for one: a trial shows how many
-/// take a tenth of a second.
+/// For calls whose cost differs a hundredfold between loggers: a trial finds out how many of them take a
+/// tenth of a second.
 template <typename MakeCall>
 Timing runCheapCalls(const Task& task, MakeCall makeCall) {
     constexpr double NANOSECONDS = 1e8;
@@ -79,6 +81,21 @@ void measureRejectedCalls(const Task& task, MakeCall makeCall, LogAccepted logAc
     const Timing timing = runCheapCalls(task, makeCall);
     logAccepted();
     FileCheck(file(), format).expectMessages(1);
+    printFigure("call_ns", timing.nanosecondsPerCall);
+}
+
+/// Calls whose message reaches an appender that does nothing with it.
+/// \param dropped what the appender counts them in
+/// \param textPattern the text of every message
+template <typename MakeCall>
+void measureDroppedCalls(const Task& task, MakeCall makeCall, DroppedMessages& dropped,
+                         const std::string& textPattern) {
+    const Timing timing = runCheapCalls(task, makeCall);
+    dropped.keepNext();
+    makeCall(0)(12345);
+    if (dropped.count() < 1000 || !std::regex_match(dropped.kept(), std::regex(textPattern))) {
+        throw std::runtime_error("the appender did not get the messages: " + dropped.kept());
+    }
     printFigure("call_ns", timing.nanosecondsPerCall);
 }
 
@@ -119,24 +136,28 @@ inline std::size_t lengthOfFirstLine(const std::string& path) {
     return line.size() + 1;
 }
 
-/// Calls that hand their message to another thread, which writes it. All lines are equally long, so that the
-/// file's size tells when the last one has arrived, without a read that would slow the writer down.
+/// Calls that hand their message to another thread, which writes it. All lines have the same length, so the
+/// size of the file shows when the last one has arrived, without reads that would slow the writer down.
 template <typename MakeCall>
 void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file) {
     const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);
     std::size_t lineLength = 0;
+    double cpuStart = 0;
     const auto waitForWarmUp = [&] {
         waitForSize(file, 1);
         lineLength = lengthOfFirstLine(file);
         waitForSize(file, calls.warmUp * task.threads * lineLength);
+        cpuStart = cpuNanoseconds();
     };
     const Timing timing = runThreads(task.threads, calls, makeCall, waitForWarmUp);
     const Clock::time_point end = waitForSize(file, calls.total() * task.threads * lineLength);
+    const double cpuEnd = cpuNanoseconds();
     const std::size_t peakMemory = peakMemoryKilobytes();
     FileCheck(file, FileFormat()).expectMessages(calls.total() * task.threads);
     const double messages = static_cast<double>(calls.measured * task.threads);
     printFigure("producer_ns", timing.nanosecondsPerCall);
     printFigure("end_to_end_ns", nanosecondsBetween(timing.start, end) / messages);
+    printFigure("cpu_ns", (cpuEnd - cpuStart) / messages);
     printFigure("peak_kb", static_cast<double>(peakMemory));
 }
 

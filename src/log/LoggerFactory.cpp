@@ -47,9 +47,6 @@ void applyKey(const LoggerKey& key, const Util::Properties& properties) {
     }
 }
 
-/// So that no thread makes it while another one forks.
-const Logger& madeAtLoad = LoggerFactory::getRootLogger();
-
 } // namespace
 
 Logger& LoggerFactory::getRootLogger() {
@@ -57,6 +54,13 @@ Logger& LoggerFactory::getRootLogger() {
     static Logger& root = *new Logger(nullptr, "root");
     return root;
 }
+
+namespace {
+
+/// So that no thread makes it while another one forks.
+const Logger& madeAtLoad = LoggerFactory::getRootLogger();
+
+} // namespace
 
 Logger& LoggerFactory::getLogger(const std::string& name) {
     return getRootLogger().getLogger(baseName(name));

@@ -2,9 +2,6 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "zav-util/StandardError.h"
-
-#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -19,7 +16,7 @@ void MessageQueue::configure(const Util::Properties& properties) {
     queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
 }
 
-void MessageQueue::append(const LogMessage& message, bool mayWait) {
+void MessageQueue::append(const MessageFields& message, bool mayWait) {
     const QueueMonitorLock lock(queueMonitor_);
     if (mayWait && settings_.overflowBlocks) {
         waitForRoom();
@@ -37,8 +34,7 @@ void MessageQueue::append(const LogMessage& message, bool mayWait) {
 
 void MessageQueue::waitForRoom() {
     while (isFull() && consumer_ == TAKES_MESSAGES) {
-        isAwaited_ = true;
-        queueMonitor_.notify();
+        callConsumer();
         queueMonitor_.wait();
     }
 }
@@ -65,11 +61,7 @@ bool MessageQueue::deliversPromptly() const {
 void MessageQueue::discardOldest() noexcept {
     const char* const reason =
         closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
-    try {
-        showOnStandardError(reason, messageQueue_.front());
-    } catch (const std::bad_alloc&) {
-        Util::writeErrorLine(reason);
-    }
+    showOnStandardError(reason, messageQueue_.front());
     messageQueue_.removeFront();
     numbers_.addDiscarded(1);
 }
@@ -77,11 +69,7 @@ void MessageQueue::discardOldest() noexcept {
 void MessageQueue::showAll(const MessageBatch& batch) noexcept {
     MessageBatch::Reader messages(batch);
     while (messages.hasNext()) {
-        try {
-            showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
-        } catch (const std::bad_alloc&) {
-            Util::writeErrorLine(SHOWN_AT_PROCESS_END);
-        }
+        showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
     }
 }
 
@@ -95,11 +83,18 @@ bool MessageQueue::flush(Time timeout) {
         if (consumer_ == NO_CONSUMER || deadline.isOver()) {
             return false;
         }
-        isAwaited_ = true;
-        queueMonitor_.notify();
+        callConsumer();
         deadline.wait(queueMonitor_);
     }
     return true;
+}
+
+/// Once is enough until it comes: those who wait would else wake each other without end.
+void MessageQueue::callConsumer() {
+    if (!isAwaited_) {
+        isAwaited_ = true;
+        queueMonitor_.notify();
+    }
 }
 
 /// \return whether that message and all before it were delivered or discarded
@@ -164,13 +159,16 @@ MessageBatch MessageQueue::takeAll() {
 
 void MessageQueue::endDelivery(const MessageBatch& batch, bool isDelivered) noexcept {
     const QueueMonitorLock lock(queueMonitor_);
+    if (firstTaken_ == 0) {
+        return; // nothing was taken, or the thread has forked: the messages are the parent's
+    }
     if (isDelivered) {
         numbers_.addDelivered(batch.size());
     } else {
         numbers_.addDiscarded(batch.size());
     }
     firstTaken_ = 0;
-    if (consumer_ == TAKES_MESSAGES) {
+    if (consumer_ == TAKES_MESSAGES && threadRecord().putOffMessages > 0) {
         consumer_ = IS_AWAY;
     }
     queueMonitor_.notify();

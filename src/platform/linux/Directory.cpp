@@ -1,5 +1,7 @@
 #include "platform/Directory.h"
 
+#include "platform/CancellationGuard.h"
+
 #include <dirent.h>
 #include <memory>
 #include <sys/stat.h>
@@ -13,7 +15,7 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
-/// Symbolic links count as what they lead to; an entry that vanished meanwhile counts as a file.
+/// A symbolic link counts as what it points to; an entry that has vanished in the meantime counts as a file.
 bool isDirectory(DIR* directory, const dirent& entry) {
     if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) {
         return entry.d_type == DT_DIR;
@@ -25,6 +27,7 @@ bool isDirectory(DIR* directory, const dirent& entry) {
 } // namespace
 
 bool listFiles(const std::string& directory, std::vector<std::string>& names) {
+    const NoCancellation guard;
     const std::unique_ptr<DIR, DirectoryCloser> stream(opendir(directory.c_str()));
     if (!stream) {
         return false;

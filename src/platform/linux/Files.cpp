@@ -1,5 +1,7 @@
 #include "platform/Files.h"
 
+#include "platform/CancellationGuard.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -10,13 +12,13 @@ namespace Platform {
 
 namespace {
 
-/// For file systems that cannot rename without overwriting in one step: a second name is only given if it is
-/// free, and the first is taken away afterwards.
+/// For file systems that have no rename that refuses to overwrite: `link` gives the file a second name only
+/// if that name is free, and the first name is then removed.
 bool renameByLink(const char* from, const char* to) {
     return link(from, to) == 0 && unlink(from) == 0;
 }
 
-/// For file systems that know no hard links either. A name that appears between the two calls is overwritten.
+/// For file systems without hard links. A file that appears between the two calls is overwritten.
 bool renameIfAbsent(const char* from, const char* to) {
     return access(to, F_OK) != 0 && errno == ENOENT && std::rename(from, to) == 0;
 }
@@ -24,6 +26,7 @@ bool renameIfAbsent(const char* from, const char* to) {
 } // namespace
 
 bool renameFile(const std::string& from, const std::string& to) {
+    const NoCancellation guard;
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
     }
@@ -38,6 +41,7 @@ bool renameFile(const std::string& from, const std::string& to) {
 }
 
 bool removeFile(const std::string& path) {
+    const NoCancellation guard;
     return unlink(path.c_str()) == 0;
 }
 

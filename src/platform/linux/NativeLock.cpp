@@ -3,11 +3,7 @@
 namespace ZAV {
 namespace Platform {
 
-/// All locks of the library, which a fork has to deal with: in one list for each rule.
-///
-/// A lock may be made while another one is held, a logger's under the tree's for example. So the list of
-/// those that are freed is taken after the locks that are awaited, and the list of the awaited ones, of which
-/// none is made while another one is held, before them.
+/// All locks of the library, which a fork has to deal with.
 class AllLocks {
 public:
     /// Never destroyed, since threads may still log while the process ends.
@@ -16,75 +12,59 @@ public:
         return locks;
     }
 
-    void add(NativeLock& lock) { listOf(lock).add(lock); }
-    void remove(NativeLock& lock) { listOf(lock).remove(lock); }
-
-private:
-    class List {
-    public:
-        void add(NativeLock& lock) {
-            take();
-            lock.next_ = first_;
-            if (first_ != nullptr) {
-                first_->previous_ = &lock;
-            }
-            first_ = &lock;
-            release();
+    void add(NativeLock& lock) {
+        pthread_mutex_lock(&mutex_);
+        lock.next_ = first_;
+        if (first_ != nullptr) {
+            first_->previous_ = &lock;
         }
-
-        void remove(NativeLock& lock) {
-            take();
-            (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
-            if (lock.next_ != nullptr) {
-                lock.next_->previous_ = lock.previous_;
-            }
-            release();
-        }
-
-        void take() { pthread_mutex_lock(&mutex_); }
-        void release() { pthread_mutex_unlock(&mutex_); }
-
-        template <typename Function>
-        void forEach(const Function& function) {
-            for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-                function(*lock);
-            }
-        }
-
-    private:
-        pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
-        NativeLock* first_ = nullptr;
-    };
-
-    AllLocks() { pthread_atfork(take, release, makeFree); }
-
-    List& listOf(const NativeLock& lock) { return lock.rule_ == AWAITED_BY_FORK ? awaited_ : freed_; }
-
-    static void take() {
-        instance().awaited_.take();
-        instance().awaited_.forEach([](NativeLock& lock) { lock.lock(); });
-        instance().freed_.take();
+        first_ = &lock;
+        pthread_mutex_unlock(&mutex_);
     }
 
-    static void release() {
-        instance().freed_.release();
-        instance().awaited_.forEach([](NativeLock& lock) { lock.unlock(); });
-        instance().awaited_.release();
+    void remove(NativeLock& lock) {
+        pthread_mutex_lock(&mutex_);
+        (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
+        if (lock.next_ != nullptr) {
+            lock.next_->previous_ = lock.previous_;
+        }
+        pthread_mutex_unlock(&mutex_);
+    }
+
+private:
+    AllLocks() { pthread_atfork(takeAwaited, releaseAwaited, makeRestFree); }
+
+    static void takeAwaited() {
+        pthread_mutex_lock(&instance().mutex_);
+        for (NativeLock* lock = instance().first_; lock != nullptr; lock = lock->next_) {
+            if (lock->rule_ == AWAITED_BY_FORK) {
+                lock->lock();
+            }
+        }
+    }
+
+    static void releaseAwaited() {
+        for (NativeLock* lock = instance().first_; lock != nullptr; lock = lock->next_) {
+            if (lock->rule_ == AWAITED_BY_FORK) {
+                lock->unlock();
+            }
+        }
+        pthread_mutex_unlock(&instance().mutex_);
     }
 
     /// In the child: what its only thread holds, it goes on holding, since the call in which it forked will
     /// release it.
-    static void makeFree() {
-        instance().freed_.forEach([](NativeLock& lock) {
-            if (!lock.isHeldByCaller()) {
-                lock.makeFree();
+    static void makeRestFree() {
+        for (NativeLock* lock = instance().first_; lock != nullptr; lock = lock->next_) {
+            if (!lock->isHeldByCaller()) {
+                lock->makeFree();
             }
-        });
-        release();
+        }
+        releaseAwaited();
     }
 
-    List awaited_;
-    List freed_;
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+    NativeLock* first_ = nullptr;
 };
 
 namespace {
