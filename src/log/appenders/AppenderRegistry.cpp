@@ -40,8 +40,9 @@ void AppenderRegistry::registerFactory(const std::string& className, AbstractApp
 }
 
 void AppenderRegistry::registerAppender(Appender* appender) {
+    std::unique_ptr<Appender> owned(appender);
     CreatedAppenders added;
-    added.emplace_back(appender);
+    added.push_back(std::move(owned));
     const ScopedLock lock(createdAppendersLock_);
     if (hasAppender(appender->getName())) {
         const std::string problem = "Appender " + appender->getName() + " has already been registered.";
