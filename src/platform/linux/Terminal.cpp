@@ -1,0 +1,13 @@
+#include "platform/Terminal.h"
+
+#include <unistd.h>
+
+namespace ZAV {
+namespace Platform {
+
+bool showsColors() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,124 @@
+#include "platform/InputFile.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+#include <windows.h>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+constexpr std::size_t LARGEST_READ = 1024 * 1024 * 1024;
+
+HANDLE toHandle(std::intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+std::string describe(DWORD error) {
+    return std::system_category().message(static_cast<int>(error));
+}
+
+/// Its owner may go on writing, renaming and deleting: a log that is read must still be rotated.
+HANDLE openShared(const std::string& path, DWORD access) {
+    return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+bool identify(HANDLE handle, FileIdentity& identity) {
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!GetFileInformationByHandle(handle, &information)) {
+        return false;
+    }
+    identity = {information.dwVolumeSerialNumber,
+                (static_cast<std::uint64_t>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
+    return true;
+}
+
+} // namespace
+
+bool identifyFile(const std::string& path, FileIdentity& identity) {
+    const HANDLE handle = openShared(path, FILE_READ_ATTRIBUTES);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool identified = identify(handle, identity);
+    CloseHandle(handle);
+    return identified;
+}
+
+InputFile::InputFile(InputFile&& other) noexcept : handle_(std::exchange(other.handle_, NONE)) {}
+
+InputFile& InputFile::operator=(InputFile&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+bool InputFile::open(const std::string& path, std::string& problem) {
+    close();
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        problem = "Is a directory";
+        return false;
+    }
+    const HANDLE handle = openShared(path, GENERIC_READ);
+    if (handle == INVALID_HANDLE_VALUE) {
+        problem = describe(GetLastError());
+        return false;
+    }
+    handle_ = reinterpret_cast<std::intptr_t>(handle);
+    return true;
+}
+
+InputFile InputFile::duplicate() const {
+    InputFile copy;
+    HANDLE handle = nullptr;
+    if (DuplicateHandle(GetCurrentProcess(), toHandle(handle_), GetCurrentProcess(), &handle, 0, FALSE,
+                        DUPLICATE_SAME_ACCESS)) {
+        copy.handle_ = reinterpret_cast<std::intptr_t>(handle);
+    }
+    return copy;
+}
+
+std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t size,
+                               std::string& problem) const {
+    OVERLAPPED place = {};
+    place.Offset = static_cast<DWORD>(offset);
+    place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    DWORD count = 0;
+    const DWORD wanted = static_cast<DWORD>(std::min(size, LARGEST_READ));
+    if (ReadFile(toHandle(handle_), buffer, wanted, &count, isSeekable() ? &place : nullptr)) {
+        return count;
+    }
+    const DWORD error = GetLastError();
+    if (error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE) {
+        return 0;
+    }
+    problem = describe(error);
+    return -1;
+}
+
+bool InputFile::isSeekable() const {
+    return GetFileType(toHandle(handle_)) == FILE_TYPE_DISK;
+}
+
+std::uint64_t InputFile::size() const {
+    LARGE_INTEGER size;
+    return GetFileSizeEx(toHandle(handle_), &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+}
+
+FileIdentity InputFile::identity() const {
+    FileIdentity identity;
+    identify(toHandle(handle_), identity);
+    return identity;
+}
+
+void InputFile::close() noexcept {
+    if (isOpen()) {
+        CloseHandle(toHandle(std::exchange(handle_, NONE)));
+    }
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,71 @@
+#include "CommandLine.h"
+
+#include "Failure.h"
+#include "OutputClosed.h"
+#include "UsageError.h"
+#include "commands/CatCommand.h"
+#include "commands/FollowCommand.h"
+
+#include <iostream>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+ExitCode complain(const std::string& text, ExitCode code) {
+    std::cerr << "zav-log: " << text << '\n';
+    return code;
+}
+
+} // namespace
+
+CommandLine::CommandLine()
+    : app_("Reads, checks and steers what the logging library ZAV Log writes.", "zav-log") {
+    app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
+    app_.require_subcommand(1);
+    // Each command of the program has a line here, in the order in which --help shows them.
+    commands_.push_back(std::make_unique<CatCommand>(app_));
+    commands_.push_back(std::make_unique<FollowCommand>(app_));
+}
+
+ExitCode CommandLine::run(int argc, const char* const* argv) {
+    try {
+        const ExitCode code = parseAndRun(argc, argv);
+        output_.flush();
+        return code;
+    } catch (const OutputClosed&) {
+        return EXIT_AS_WISHED;
+    } catch (const UsageError& error) {
+        return complain(error.what(), EXIT_USAGE);
+    } catch (const std::exception& error) {
+        return complain(error.what(), EXIT_COMPLAINT);
+    }
+}
+
+ExitCode CommandLine::parseAndRun(int argc, const char* const* argv) {
+    try {
+        app_.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        output_.write(app_.help());
+        return EXIT_AS_WISHED;
+    } catch (const CLI::CallForVersion& version) {
+        output_.write(std::string(version.what()) + '\n');
+        return EXIT_AS_WISHED;
+    } catch (const CLI::ParseError& error) {
+        return complain(std::string(error.what()) + "\nRun with --help for more information.", EXIT_USAGE);
+    }
+    return runChosen();
+}
+
+ExitCode CommandLine::runChosen() {
+    for (const std::unique_ptr<Command>& command : commands_) {
+        if (command->isChosen()) {
+            return command->run(output_);
+        }
+    }
+    throw UsageError("no command");
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Command.h"
+#include "ExitCode.h"
+#include "Output.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// The program `zav-log`: finds the command that its arguments name and runs it.
+class CommandLine {
+public:
+    CommandLine();
+
+    /// \return the exit code of the process
+    ExitCode run(int argc, const char* const* argv);
+
+private:
+    ExitCode parseAndRun(int argc, const char* const* argv);
+    ExitCode runChosen();
+
+    CLI::App app_;
+    std::vector<std::unique_ptr<Command>> commands_;
+    Output output_;
+};
+
+} // namespace Tools
+} // namespace ZAV

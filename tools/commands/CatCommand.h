@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Command.h"
+#include "filters/FilterOptions.h"
+#include "inputs/InputOptions.h"
+#include "printers/PrintOptions.h"
+
+#include <CLI/CLI.hpp>
+
+namespace ZAV {
+namespace Tools {
+
+/// `zav-log cat`: shows what log files hold as one log.
+class CatCommand : public Command {
+public:
+    explicit CatCommand(CLI::App& program);
+
+    bool isChosen() const override;
+    ExitCode run(Output& output) override;
+
+private:
+    CLI::App& command_;
+    InputOptions inputs_;
+    FilterOptions filters_;
+    PrintOptions printing_;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,44 @@
+#include "commands/FollowCommand.h"
+
+#include "follow/Follower.h"
+
+namespace ZAV {
+namespace Tools {
+
+FollowCommand::FollowCommand(CLI::App& program)
+    : command_(*program.add_subcommand("follow",
+                                       "Show the last records of log files, and what is added to them")) {
+    inputs_.addTo(command_);
+    command_.add_option("--lines", lines_, "How many of the last records to begin with")->type_name("N");
+    command_.add_flag("--from-start", fromStart_, "Begin with all records");
+    stateOption_ = command_.add_option("--state", state_,
+                                       "Keep the place in this file, and go on from there at the next start");
+    stateOption_->type_name("FILE");
+    filters_.addTo(command_);
+    printing_.addTo(command_);
+}
+
+bool FollowCommand::isChosen() const {
+    return command_.parsed();
+}
+
+ExitCode FollowCommand::run(Output& output) {
+    printing_.useZone();
+    const RecordFilter filter = filters_.filter();
+    const std::unique_ptr<Printer> printer = printing_.printer();
+    Follower follower(filter, *printer, output);
+    for (const InputSpec& input : inputs_.inputs()) {
+        follower.addInput(input);
+    }
+    if (!fromStart_) {
+        follower.showLast(lines_);
+    }
+    if (stateOption_->count() > 0) {
+        follower.keepState(state_);
+    }
+    follower.run();
+    return EXIT_AS_WISHED;
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Command.h"
+#include "filters/FilterOptions.h"
+#include "inputs/InputOptions.h"
+#include "printers/PrintOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <string>
+
+namespace ZAV {
+namespace Tools {
+
+/// `zav-log follow`: shows what log files hold, and goes on as they grow.
+class FollowCommand : public Command {
+public:
+    explicit FollowCommand(CLI::App& program);
+
+    bool isChosen() const override;
+    ExitCode run(Output& output) override;
+
+private:
+    static constexpr std::size_t DEFAULT_LINES = 10;
+
+    CLI::App& command_;
+    InputOptions inputs_;
+    FilterOptions filters_;
+    PrintOptions printing_;
+    std::size_t lines_ = DEFAULT_LINES;
+    bool fromStart_ = false;
+    std::string state_;
+    CLI::Option* stateOption_ = nullptr;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,60 @@
+#include "filters/FilterOptions.h"
+
+#include "UsageError.h"
+#include "log/LogException.h"
+#include "zav-util/TimeUtils.h"
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+Log::Level::LogLevel readLevel(const std::string& name) {
+    try {
+        return Log::Level::fromString(name);
+    } catch (const Log::LogException& problem) {
+        throw UsageError(problem.what());
+    }
+}
+
+} // namespace
+
+void FilterOptions::addTo(CLI::App& command) {
+    levelOption_ =
+        command.add_option("--level", level_, "Only this level and more severe ones")->type_name("LEVEL");
+    command.add_option("--logger", loggers_, "Only this logger and all below it; may be repeated")
+        ->allow_extra_args(false)
+        ->type_name("NAME");
+    sinceOption_ = command.add_option("--since", since_,
+                                      "Only from this time on: \"2013.05.07 14:03:27\", a "
+                                      "beginning of it, or an age (30sec, 10min, 2h, 1d)");
+    sinceOption_->type_name("TIME");
+    untilOption_ = command.add_option("--until", until_, "Only to this time, inclusive")->type_name("TIME");
+    patternOption_ =
+        command.add_option("--grep", pattern_, "Only where a regular expression matches in the text")
+            ->type_name("REGEX");
+}
+
+RecordFilter FilterOptions::filter() const {
+    RecordFilter filter;
+    const auto now = static_cast<std::int64_t>(Util::TimeUtils::Time::now().microseconds());
+    if (levelOption_->count() > 0) {
+        filter.requireLevel(readLevel(level_));
+    }
+    for (const std::string& logger : loggers_) {
+        filter.allowLogger(logger);
+    }
+    if (sinceOption_->count() > 0) {
+        filter.requireSince(TimeBound(since_, now));
+    }
+    if (untilOption_->count() > 0) {
+        filter.requireUntil(TimeBound(until_, now));
+    }
+    if (patternOption_->count() > 0) {
+        filter.requirePattern(pattern_);
+    }
+    return filter;
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,46 @@
+#include "filters/RecordFilter.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+bool isAtOrBelow(std::string_view logger, const std::string& ancestor) {
+    const bool begins = logger.substr(0, ancestor.size()) == ancestor;
+    return begins && (logger.size() == ancestor.size() || logger[ancestor.size()] == '.');
+}
+
+} // namespace
+
+bool RecordFilter::accepts(RecordStream& stream) const {
+    const Record& record = stream.record();
+    if (!acceptsTime(record)) {
+        return false;
+    }
+    if (level_ && (!record.hasTime || (stream.fields().hasLevel && stream.fields().level < *level_))) {
+        return false;
+    }
+    if (!loggers_.empty() && !acceptsLogger(stream.fields().logger)) {
+        return false;
+    }
+    return !pattern_ || pattern_->matches(stream.fields().text);
+}
+
+bool RecordFilter::acceptsTime(const Record& record) const {
+    if (!since_ && !until_) {
+        return true;
+    }
+    return record.hasTime && !(since_ && since_->isAfter(record.time())) &&
+           !(until_ && until_->isBefore(record.time()));
+}
+
+bool RecordFilter::acceptsLogger(std::string_view logger) const {
+    return std::any_of(loggers_.begin(), loggers_.end(), [logger](const std::string& allowed) {
+        return allowed == "root" || isAtOrBelow(logger, allowed);
+    });
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "filters/Pattern.h"
+#include "filters/TimeBound.h"
+#include "log/Level.h"
+#include "records/RecordStream.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// Which records are wanted: those that meet every requirement.
+class RecordFilter {
+public:
+    /// Configuration messages, which have no level in their lines, are of the most severe one.
+    void requireLevel(Log::Level::LogLevel level) { level_ = level; }
+
+    /// With one or more loggers, a record must be of one of them or of a logger below it. "root" stands for
+    /// all.
+    void allowLogger(const std::string& name) { loggers_.push_back(name); }
+
+    void requireSince(const TimeBound& bound) { since_ = bound; }
+    void requireUntil(const TimeBound& bound) { until_ = bound; }
+
+    /// \throw UsageError if the expression cannot be read
+    void requirePattern(const std::string& expression) { pattern_ = std::make_unique<Pattern>(expression); }
+
+    /// \param stream at a record that is no continuation: those share the fate of what they belong to
+    /// \return true if the record meets all requirements; one without a time has no level and no logger either
+    bool accepts(RecordStream& stream) const;
+
+private:
+    bool acceptsTime(const Record& record) const;
+    bool acceptsLogger(std::string_view logger) const;
+
+    std::optional<Log::Level::LogLevel> level_;
+    std::vector<std::string> loggers_;
+    std::optional<TimeBound> since_;
+    std::optional<TimeBound> until_;
+    std::unique_ptr<Pattern> pattern_;
+};
+
+} // namespace Tools
+} // namespace ZAV

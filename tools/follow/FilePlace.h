@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/InputFile.h"
+
+#include <cstdint>
+
+namespace ZAV {
+namespace Tools {
+
+/// A place in a file, which can be found again after the file was renamed, and in a later process.
+///
+/// The system's own identity of a file is not enough: it goes to another file once the first is deleted, and
+/// may change when a machine or a container starts anew. So the place also keeps a mark of what stands before
+/// it.
+class FilePlace {
+public:
+    FilePlace() = default;
+    FilePlace(const Platform::FileIdentity& identity, std::uint64_t offset, std::uint64_t mark)
+        : identity_(identity), offset_(offset), mark_(mark) {}
+
+    /// \return the place at an offset of a file as it is now
+    static FilePlace in(const Platform::InputFile& file, std::uint64_t offset);
+
+    /// \return true if the file holds before the place what it held then
+    bool isIn(const Platform::InputFile& file) const;
+
+    const Platform::FileIdentity& identity() const { return identity_; }
+    std::uint64_t offset() const { return offset_; }
+    std::uint64_t mark() const { return mark_; }
+
+private:
+    Platform::FileIdentity identity_;
+    std::uint64_t offset_ = 0;
+    std::uint64_t mark_ = 0;
+};
+
+} // namespace Tools
+} // namespace ZAV

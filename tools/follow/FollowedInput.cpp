@@ -1,0 +1,192 @@
+#include "follow/FollowedInput.h"
+
+#include "follow/Tail.h"
+#include "inputs/LogFiles.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+/// \return the place's file, by its content and, where that is not enough, by its identity; the end if it is not there
+std::vector<LogFile>::iterator findPlace(std::vector<LogFile>& files, const FilePlace& place) {
+    const auto isSame = [&place](const LogFile& file) { return file.file.identity() == place.identity(); };
+    const auto holds = [&place](const LogFile& file) { return place.offset() > 0 && place.isIn(file.file); };
+    const auto same = std::find_if(files.begin(), files.end(), isSame);
+    if (same != files.end() && place.isIn(same->file)) {
+        return same;
+    }
+    return std::find_if(files.begin(), files.end(), holds);
+}
+
+std::vector<FilePlace> endsOf(const std::vector<LogFile>& files) {
+    std::vector<FilePlace> ends;
+    for (const LogFile& file : files) {
+        ends.push_back(FilePlace::in(file.file, file.file.size()));
+    }
+    return ends;
+}
+
+} // namespace
+
+void FollowedInput::poll(std::vector<std::string>& notices) {
+    const std::string problem = stream_.takeProblem();
+    if (!problem.empty()) {
+        noticeOnce(notices, problem);
+    }
+    if (stream_.hasMoreFiles()) {
+        return;
+    }
+    if (stream_.file() == nullptr) {
+        openFirst(notices);
+        tailFilter_ = nullptr; // what comes into being later is new from its start
+        return;
+    }
+    reopenIfCut(notices);
+    if (!stream_.hasMoreFiles() && !isCurrentLive()) {
+        appendNewerFiles(notices);
+    }
+}
+
+void FollowedInput::openFirst(std::vector<std::string>& notices) {
+    kind_ = resolve(spec_);
+    std::vector<std::string> problems;
+    std::vector<LogFile> files = openAll(spec_, problems);
+    for (const std::string& problem : problems) {
+        noticeOnce(notices, problem + "; waiting for it");
+    }
+    if (files.empty()) {
+        return;
+    }
+    done_ = endsOf(files);
+    if (resumedPlace_) {
+        skipToResumedPlace(files, notices);
+    } else if (tailFilter_ != nullptr) {
+        cutToTail(files, *tailFilter_, tailLength_);
+    }
+    append(std::move(files));
+}
+
+void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices) {
+    const auto found = findPlace(files, *resumedPlace_);
+    if (found == files.end()) {
+        warnOfLoss(notices, "the file that was read last is gone");
+        return;
+    }
+    found->offset = resumedPlace_->offset();
+    files.erase(files.begin(), found);
+}
+
+/// A file that was cut and has grown past its old size meanwhile shows other bytes before the place.
+void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
+    const LogFile& current = *stream_.file();
+    const std::uint64_t size = current.file.size();
+    const bool hasGrown = size > stream_.bytesSeen();
+    const bool isCut = size < stream_.bytesSeen() || (hasGrown && seen_ && !seen_->isIn(current.file));
+    if (!isCut) {
+        if (!seen_ || seen_->offset() != stream_.bytesSeen()) {
+            seen_ = FilePlace::in(current.file, stream_.bytesSeen());
+        }
+        return;
+    }
+    LogFile again;
+    again.path = current.path;
+    again.layout = spec_.layout;
+    std::string problem;
+    if (again.file.open(livePath(), problem)) {
+        warnOfLoss(notices, "the file was cut");
+        stream_.leaveFile();
+        stream_.append(std::move(again));
+        seen_.reset();
+    }
+}
+
+bool FollowedInput::isCurrentLive() const {
+    Platform::FileIdentity live;
+    const bool isThere = Platform::identifyFile(livePath(), live);
+    return isThere && live == stream_.file()->file.identity();
+}
+
+/// What is newer than the current file. That is finished now: its stream reads it to its end before it goes
+/// on.
+void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
+    InputSpec spec = spec_;
+    spec.kind = kind_;
+    spec.mayBeMissing = true; // between two steps of a rotation
+    std::vector<std::string> problems;
+    std::vector<LogFile> files = openAll(spec, problems);
+    for (const std::string& problem : problems) {
+        noticeOnce(notices, problem);
+    }
+    const Platform::FileIdentity identity = stream_.file()->file.identity();
+    const auto current = std::find_if(files.begin(), files.end(), [&identity](const LogFile& file) {
+        return file.file.identity() == identity;
+    });
+    std::vector<FilePlace> ends = endsOf(files);
+    if (current != files.end()) {
+        files.erase(files.begin(), std::next(current));
+    } else if (kind_ == InputSpec::SERIES) {
+        leaveOutDone(files);
+        if (!files.empty()) {
+            warnOfLoss(notices, "files came and went unseen");
+        }
+    }
+    done_ = std::move(ends);
+    append(std::move(files));
+}
+
+void FollowedInput::leaveOutDone(std::vector<LogFile>& files) const {
+    const auto isDone = [this](const LogFile& file) {
+        return std::any_of(done_.begin(), done_.end(), [&file](const FilePlace& end) {
+            return end.identity() == file.file.identity() && end.offset() == file.file.size() &&
+                   end.isIn(file.file);
+        });
+    };
+    files.erase(std::remove_if(files.begin(), files.end(), isDone), files.end());
+}
+
+void FollowedInput::append(std::vector<LogFile> files) {
+    if (!files.empty()) {
+        seen_.reset();
+        lastNotice_.clear();
+    }
+    for (LogFile& file : files) {
+        stream_.append(std::move(file));
+    }
+}
+
+void FollowedInput::commit() {
+    committedFile_ = stream_.fileCount();
+    committedEnd_ = stream_.record().end;
+}
+
+std::optional<FilePlace> FollowedInput::place() const {
+    const LogFile* file = stream_.file();
+    if (file == nullptr) {
+        return resumedPlace_;
+    }
+    const bool hasCommitted = committedFile_ == stream_.fileCount();
+    return FilePlace::in(file->file, hasCommitted ? committedEnd_ : file->offset);
+}
+
+void FollowedInput::noticeOnce(std::vector<std::string>& notices, const std::string& notice) {
+    if (notice != lastNotice_) {
+        notices.push_back(notice);
+        lastNotice_ = notice;
+    }
+}
+
+std::string FollowedInput::livePath() const {
+    return kind_ == InputSpec::SERIES ? spec_.path + '0' : spec_.path;
+}
+
+void FollowedInput::warnOfLoss(std::vector<std::string>& notices, const std::string& reason) const {
+    notices.push_back(spec_.path + ": " + reason + "; records may have been lost");
+}
+
+} // namespace Tools
+} // namespace ZAV

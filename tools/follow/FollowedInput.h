@@ -1,0 +1,77 @@
+#pragma once
+
+#include "filters/RecordFilter.h"
+#include "follow/FilePlace.h"
+#include "inputs/InputSpec.h"
+#include "inputs/LogFile.h"
+#include "records/RecordStream.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// An input that grows: a file or a series whose files are written, rotated, deleted, cut and made anew
+/// meanwhile.
+class FollowedInput {
+public:
+    explicit FollowedInput(InputSpec spec) : spec_(std::move(spec)) {}
+
+    /// Has the input read from a place of an earlier process on; called before the first `poll`.
+    void resumeAt(const FilePlace& place) { resumedPlace_ = place; }
+
+    /// Leaves out, of what is there at the first `poll`, what stands before the last few wanted records.
+    /// \param filter must outlive the input
+    void beginNearEnd(const RecordFilter& filter, std::size_t count) {
+        tailFilter_ = &filter;
+        tailLength_ = count;
+    }
+
+    void beginAtStart() { tailFilter_ = nullptr; }
+
+    /// Looks for files that are to be read next, and gives them to the stream.
+    /// \param notices receives what the user must know: what cannot be read, and where records may have been lost
+    void poll(std::vector<std::string>& notices);
+
+    RecordStream& stream() { return stream_; }
+    const RecordStream& stream() const { return stream_; }
+    const std::string& path() const { return spec_.path; }
+
+    /// Says that the stream's record has been dealt with.
+    void commit();
+
+    /// \return the place behind all records that have been dealt with; none before the first file
+    std::optional<FilePlace> place() const;
+
+private:
+    void openFirst(std::vector<std::string>& notices);
+    void skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices);
+    void reopenIfCut(std::vector<std::string>& notices);
+    bool isCurrentLive() const;
+    void appendNewerFiles(std::vector<std::string>& notices);
+    void leaveOutDone(std::vector<LogFile>& files) const;
+    void append(std::vector<LogFile> files);
+    void noticeOnce(std::vector<std::string>& notices, const std::string& notice);
+    std::string livePath() const;
+    void warnOfLoss(std::vector<std::string>& notices, const std::string& reason) const;
+
+    InputSpec spec_;
+    InputSpec::Kind kind_ = InputSpec::FILE_OR_SERIES;
+    RecordStream stream_;
+    std::optional<FilePlace> resumedPlace_;
+    const RecordFilter* tailFilter_ = nullptr; ///< null if the input is read from its start
+    std::size_t tailLength_ = 0;
+    std::optional<FilePlace> seen_; ///< how far the current file was read when it was looked at last
+    std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
+    std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
+    std::uint64_t committedEnd_ = 0;
+    std::string lastNotice_;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,162 @@
+#include "follow/Follower.h"
+
+#include "platform/StopSignal.h"
+#include "records/Merger.h"
+
+#include <iostream>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds IDLE(100);
+constexpr milliseconds SETTLING(20);     ///< in which a write that has begun is expected to end, or to go on
+constexpr milliseconds SAVE_PERIOD(200); ///< while many records come
+constexpr std::size_t RECORDS_PER_LOOK = 256;
+
+} // namespace
+
+Follower::Follower(const RecordFilter& filter, Printer& printer, Output& output)
+    : filter_(filter), printer_(printer), output_(output) {}
+
+void Follower::showLast(std::size_t count) {
+    last_.emplace(count);
+    for (FollowedInput& input : inputs_) {
+        input.beginNearEnd(filter_, count);
+    }
+}
+
+void Follower::keepState(const std::string& path) {
+    state_.emplace(path);
+}
+
+void Follower::run() {
+    Platform::catchStopSignals();
+    wanted_.assign(inputs_.size(), 0);
+    resume();
+    readRound();
+    if (isAnyPending() && Platform::waitForStop(SETTLING)) {
+        return;
+    }
+    readRound();
+    showLastRecords();
+    saveProgress();
+    bool isBusy = true;
+    while (!Platform::waitForStop(isBusy ? SETTLING : IDLE)) {
+        isBusy = readRound() || isAnyPending();
+        saveProgress();
+    }
+}
+
+/// With a state, nothing is left out: an input that it does not know is read from its start.
+void Follower::resume() {
+    if (!state_ || !state_->existed()) {
+        return;
+    }
+    last_.reset();
+    for (FollowedInput& input : inputs_) {
+        input.beginAtStart();
+        const std::optional<FilePlace> place = state_->find(input.path());
+        if (place) {
+            input.resumeAt(*place);
+        }
+    }
+}
+
+bool Follower::readRound() {
+    std::vector<RecordStream*> streams;
+    std::vector<std::string> notices;
+    for (FollowedInput& input : inputs_) {
+        input.poll(notices);
+        streams.push_back(&input.stream());
+    }
+    for (const std::string& notice : notices) {
+        report(notice);
+    }
+    Merger merger(streams, RecordStream::Ending::GROWING);
+    bool hasShown = false;
+    for (int next = merger.next(); next >= 0; next = merger.next()) {
+        hasShown = true;
+        show(static_cast<std::size_t>(next));
+        if (++sinceLastLook_ >= RECORDS_PER_LOOK) {
+            sinceLastLook_ = 0;
+            saveProgressIfDue();
+            if (Platform::isStopRequested()) {
+                return hasShown;
+            }
+        }
+    }
+    for (FollowedInput& input : inputs_) {
+        input.stream().settle();
+    }
+    return hasShown;
+}
+
+void Follower::show(std::size_t input) {
+    RecordStream& stream = inputs_[input].stream();
+    const bool isContinuation = stream.record().isContinuation;
+    printer_.observe(input, stream);
+    if (!isContinuation) {
+        wanted_[input] = filter_.accepts(stream);
+    }
+    if (wanted_[input]) {
+        text_.clear();
+        printer_.print(input, stream, text_);
+        if (!last_) {
+            output_.write(text_);
+        } else if (isContinuation) {
+            last_->extend(text_);
+        } else if (!text_.empty()) {
+            last_->add(text_);
+        }
+    }
+    inputs_[input].commit();
+}
+
+void Follower::showLastRecords() {
+    if (last_) {
+        output_.write(last_->take());
+        last_.reset();
+    }
+}
+
+bool Follower::isAnyPending() const {
+    for (const FollowedInput& input : inputs_) {
+        if (input.stream().isPending()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void Follower::report(const std::string& notice) const {
+    std::cerr << "zav-log: " << notice << '\n';
+}
+
+/// In this order: what has not left the process is not done.
+void Follower::saveProgress() {
+    output_.flush();
+    if (!state_) {
+        return;
+    }
+    for (const FollowedInput& input : inputs_) {
+        const std::optional<FilePlace> place = input.place();
+        if (place) {
+            state_->set(input.path(), *place);
+        }
+    }
+    state_->save();
+    savedAt_ = std::chrono::steady_clock::now();
+}
+
+void Follower::saveProgressIfDue() {
+    if (!last_ && std::chrono::steady_clock::now() - savedAt_ > SAVE_PERIOD) {
+        saveProgress();
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,106 @@
+#include "follow/StateFile.h"
+
+#include "Failure.h"
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr int VERSION = 1;
+
+Json toJson(const FilePlace& place) {
+    return {{"device", place.identity().device},
+            {"index", place.identity().index},
+            {"offset", place.offset()},
+            {"mark", place.mark()}};
+}
+
+FilePlace toPlace(const Json& json) {
+    const Platform::FileIdentity identity = {json.at("device").get<std::uint64_t>(),
+                                             json.at("index").get<std::uint64_t>()};
+    return FilePlace(identity, json.at("offset").get<std::uint64_t>(), json.at("mark").get<std::uint64_t>());
+}
+
+} // namespace
+
+StateFile::StateFile(std::string path) : path_(std::move(path)) {
+    std::error_code problem;
+    existed_ = std::filesystem::exists(path_, problem);
+    if (problem) {
+        throw Failure(path_ + ": " + problem.message());
+    }
+    if (existed_) {
+        load();
+    }
+}
+
+void StateFile::load() {
+    std::ostringstream content;
+    content << std::ifstream(path_, std::ios::binary).rdbuf();
+    try {
+        const Json json = Json::parse(content.str());
+        if (json.at("version") != VERSION) {
+            throw Failure(path_ + ": the state is of another version of this program");
+        }
+        for (const auto& [input, place] : json.at("inputs").items()) {
+            places_[input] = toPlace(place);
+        }
+    } catch (const Json::exception&) {
+        throw Failure(path_ + ": this is no state of zav-log follow; remove the file to begin anew");
+    }
+}
+
+std::optional<FilePlace> StateFile::find(const std::string& input) const {
+    const auto found = places_.find(input);
+    return found == places_.end() ? std::nullopt : std::optional<FilePlace>(found->second);
+}
+
+void StateFile::set(const std::string& input, const FilePlace& place) {
+    FilePlace& kept = places_[input];
+    const bool isSame =
+        kept.identity() == place.identity() && kept.offset() == place.offset() && kept.mark() == place.mark();
+    if (!isSame) {
+        kept = place;
+        isChanged_ = true;
+    }
+}
+
+std::string StateFile::text() const {
+    Json inputs = Json::object();
+    for (const auto& [input, place] : places_) {
+        inputs[input] = toJson(place);
+    }
+    const Json json = {{"version", VERSION}, {"inputs", inputs}};
+    return json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+void StateFile::save() {
+    if (!isChanged_) {
+        return;
+    }
+    const std::string temporary = path_ + ".new";
+    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+    file << text();
+    file.close();
+    std::error_code problem;
+    if (file) {
+        std::filesystem::rename(temporary, path_, problem);
+    }
+    if (!file || problem) {
+        throw Failure(path_ + ": cannot keep the state" + (problem ? ": " + problem.message() : ""));
+    }
+    isChanged_ = false;
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,72 @@
+#include "follow/Tail.h"
+
+#include "records/RecordStream.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+constexpr std::uint64_t FIRST_WINDOW = 256 * 1024;
+constexpr std::uint64_t WINDOW_GROWTH = 8;
+
+/// What stands behind a place in a file.
+struct Window {
+    std::uint64_t begin; ///< of its first whole record
+    std::size_t wanted;  ///< how many records
+};
+
+Window lookBehind(const LogFile& file, std::uint64_t offset, const RecordFilter& filter) {
+    LogFile same;
+    same.path = file.path;
+    same.file = file.file.duplicate();
+    same.layout = file.layout;
+    same.offset = offset;
+    RecordStream stream;
+    stream.append(std::move(same));
+    Window window = {offset, 0};
+    bool isInFirstRecord = offset > 0;
+    while (stream.next(RecordStream::Ending::FINAL)) {
+        isInFirstRecord = isInFirstRecord && !stream.record().hasTime;
+        if (isInFirstRecord) {
+            window.begin = stream.record().end;
+        } else if (!stream.record().isContinuation && filter.accepts(stream)) {
+            ++window.wanted;
+        }
+    }
+    return window;
+}
+
+Window findTail(const LogFile& file, const RecordFilter& filter, std::size_t count) {
+    const std::uint64_t size = file.file.size();
+    for (std::uint64_t length = FIRST_WINDOW;; length *= WINDOW_GROWTH) {
+        const std::uint64_t offset = size - std::min(size, length);
+        const Window window = lookBehind(file, offset, filter);
+        if (window.wanted >= count || offset == 0) {
+            return window;
+        }
+    }
+}
+
+} // namespace
+
+void cutToTail(std::vector<LogFile>& files, const RecordFilter& filter, std::size_t count) {
+    for (std::size_t left = files.size(); left > 0; --left) {
+        LogFile& file = files[left - 1];
+        const Window window = findTail(file, filter, count);
+        if (window.wanted >= count) {
+            file.offset = window.begin;
+            files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(left - 1));
+            return;
+        }
+        count -= window.wanted;
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,60 @@
+#include "inputs/InputOptions.h"
+
+#include "Failure.h"
+#include "UsageError.h"
+#include "inputs/ConfiguredFiles.h"
+#include "zav-util/UtilException.h"
+
+namespace ZAV {
+namespace Tools {
+
+void InputOptions::addTo(CLI::App& command) {
+    command.add_option("PATH", paths_, "A log file, or the base name of a rotated series (logs/server.log.)")
+        ->type_name("");
+    command
+        .add_option("--config", configuration_,
+                    "Read the files of all file appenders of a property file instead")
+        ->type_name("FILE");
+    command.add_option("--layout", layout_, "The layout of all files; otherwise each file shows its own")
+        ->check(CLI::IsMember({"plain", "process"}))
+        ->type_name("plain|process");
+}
+
+std::vector<InputSpec> InputOptions::inputs() const {
+    if (paths_.empty() == configuration_.empty()) {
+        throw UsageError("give either files to read or --config FILE");
+    }
+    std::vector<InputSpec> inputs = paths_.empty() ? inputsOfConfiguration() : inputsOfPaths();
+    if (!layout_.empty()) {
+        for (InputSpec& input : inputs) {
+            input.layout = layout_ == "plain" ? Layout::PLAIN : Layout::PROCESS;
+        }
+    }
+    return inputs;
+}
+
+std::vector<InputSpec> InputOptions::inputsOfPaths() const {
+    std::vector<InputSpec> inputs;
+    for (const std::string& path : paths_) {
+        InputSpec input;
+        input.path = path;
+        inputs.push_back(input);
+    }
+    return inputs;
+}
+
+std::vector<InputSpec> InputOptions::inputsOfConfiguration() const {
+    std::vector<InputSpec> inputs;
+    try {
+        inputs = configuredFiles(configuration_);
+    } catch (const Util::UtilException& problem) {
+        throw Failure(problem.what());
+    }
+    if (inputs.empty()) {
+        throw Failure(configuration_ + ": declares no file appender");
+    }
+    return inputs;
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "inputs/InputSpec.h"
+#include "inputs/LogFile.h"
+
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// \return what the specification means at this moment: a file, a series, or `FILE_OR_SERIES` while nothing is there
+InputSpec::Kind resolve(const InputSpec& input);
+
+/// Opens the files of a series, the oldest first.
+///
+/// A rotation meanwhile can make a file appear under two names, and it is given once; none is passed over.
+/// \param problems receives a line for each member that cannot be read
+std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems);
+
+/// Opens all that the specification means, the oldest first.
+/// \param problems receives a line for each file that cannot be read, or for an input that is missing and may not be
+std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems);
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace ZAV {
+namespace Tools {
+
+/// The option `--color auto|always|never` of a command.
+class ColorOption {
+public:
+    /// Adds the option to a command.
+    void addTo(CLI::App& command);
+
+    /// \return true if standard output shall have colours; called after the command line was parsed
+    bool isOn() const;
+
+private:
+    std::string choice_ = "auto";
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,43 @@
+#include "printers/PrintOptions.h"
+
+#include "UsageError.h"
+#include "platform/ZoneOffset.h"
+#include "printers/CountPrinter.h"
+#include "printers/JsonPrinter.h"
+#include "printers/LinePrinter.h"
+
+namespace ZAV {
+namespace Tools {
+
+void PrintOptions::addTo(CLI::App& command) {
+    jsonOption_ = command.add_flag("--json", json_, "Show each record as a JSON object on a line");
+    zoneOption_ = command.add_option("--zone", zone_,
+                                     "The time zone that the files were written in, if it is not "
+                                     "that of this process");
+    zoneOption_->type_name("ZONE");
+    color_.addTo(command);
+}
+
+void PrintOptions::addCountTo(CLI::App& command) {
+    command.add_flag("--count", count_, "Show how many records there are of each logger and level instead")
+        ->excludes(jsonOption_);
+}
+
+void PrintOptions::useZone() const {
+    if (zoneOption_->count() > 0 && !Platform::useZone(zone_)) {
+        throw UsageError("the system knows no time zone '" + zone_ + "'");
+    }
+}
+
+std::unique_ptr<Printer> PrintOptions::printer() const {
+    if (count_) {
+        return std::make_unique<CountPrinter>();
+    }
+    if (json_) {
+        return std::make_unique<JsonPrinter>();
+    }
+    return std::make_unique<LinePrinter>(color_.isOn());
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,39 @@
+#include "records/LayoutDetector.h"
+
+#include "records/LineParser.h"
+#include "records/RecordReader.h"
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+Layout scan(const Platform::InputFile& file) {
+    RecordReader reader(file);
+    Record record;
+    while (reader.next(record) || reader.takeRest(record, true)) {
+        const Layout layout = record.hasTime ? layoutOf(record.lines) : Layout::UNKNOWN;
+        if (layout != Layout::UNKNOWN) {
+            return layout;
+        }
+    }
+    return Layout::UNKNOWN;
+}
+
+} // namespace
+
+LayoutDetector::LayoutDetector(const Platform::InputFile& file, Layout given) : file_(file), layout_(given) {}
+
+Layout LayoutDetector::layoutFor(const Record& record) {
+    if (layout_ == Layout::UNKNOWN && !hasScanned_ && file_.isSeekable()) {
+        layout_ = scan(file_);
+        hasScanned_ = true;
+    }
+    if (layout_ == Layout::UNKNOWN && record.hasTime) {
+        layout_ = layoutOf(record.lines); // of a line that was written after the scan
+    }
+    return layout_;
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "records/Fields.h"
+#include "records/Layout.h"
+
+#include <string_view>
+
+namespace ZAV {
+namespace Tools {
+
+/// Tells the layout of a line from its level.
+/// \param line a line that begins with a time; what follows its end is not looked at
+/// \return `UNKNOWN` if it has no level where one of the layouts puts it
+Layout layoutOf(std::string_view line);
+
+/// Takes a record apart.
+/// \param lines a record that begins with a time
+/// \param layout of its file; `UNKNOWN` counts as `PLAIN`
+Fields parseRecord(std::string_view lines, Layout layout);
+
+} // namespace Tools
+} // namespace ZAV

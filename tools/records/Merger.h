@@ -1,0 +1,32 @@
+#pragma once
+
+#include "records/RecordStream.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// Merges streams in the order of time. Records of one time come in the order of their streams; within a
+/// stream the order stays as it is, also where its time goes back.
+class Merger {
+public:
+    /// \param streams must outlive the merger
+    Merger(std::vector<RecordStream*> streams, RecordStream::Ending ending);
+
+    /// \return the number of the stream whose record comes next, until the next call; -1 if no stream has one
+    int next();
+
+private:
+    void advance(std::size_t index);
+    bool comesLater(std::size_t a, std::size_t b) const;
+
+    std::vector<RecordStream*> streams_;
+    RecordStream::Ending ending_;
+    std::vector<std::size_t> heap_; ///< numbers of the streams that have a record, the earliest in front
+    int given_ = -1;
+};
+
+} // namespace Tools
+} // namespace ZAV

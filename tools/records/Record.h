@@ -1,0 +1,26 @@
+#pragma once
+
+#include "records/TimeStamp.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace ZAV {
+namespace Tools {
+
+/// A record as it stands in a file: a line with a time and the lines without one that follow it.
+struct Record {
+    std::string_view lines; ///< without the last end of line; the others are single line feeds
+    bool hasTime = false;
+    /// Belongs to the record before it: the rest of a very long one, or lines that were written later.
+    bool isContinuation = false;
+    bool isCutInLine = false; ///< ends within a line, which the next record continues
+    std::uint64_t end = 0;    ///< the place in the file behind the record
+
+    std::string_view time() const {
+        return hasTime ? lines.substr(0, TIME_STAMP_LENGTH) : std::string_view();
+    }
+};
+
+} // namespace Tools
+} // namespace ZAV

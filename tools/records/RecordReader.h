@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/InputFile.h"
+#include "records/Record.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// Cuts a file into records. It reads large blocks and hands out views into them, so that a record costs no
+/// memory of its own. A record longer than `LONGEST_RECORD` comes in several parts.
+class RecordReader {
+public:
+    static constexpr std::size_t BLOCK = 128 * 1024;
+    static constexpr std::size_t LONGEST_RECORD = 4 * 1024 * 1024;
+
+    /// \param file must outlive the reader
+    /// \param offset where to begin
+    explicit RecordReader(const Platform::InputFile& file, std::uint64_t offset = 0);
+
+    /// Gives the next record that another one follows.
+    /// \param record is valid until the next call
+    /// \return false if the file, as long as it is now, holds no further one
+    bool next(Record& record);
+
+    /// Gives what `next` left: the last record of the file, whose end nothing marks.
+    /// \param withUnfinishedLine false leaves a last line without an end where it is
+    /// \return false if nothing is left
+    bool takeRest(Record& record, bool withUnfinishedLine);
+
+    /// \return the first line of the record that a continuation belongs to; empty if that is unknown
+    std::string_view header() const { return header_; }
+
+    /// \return how far the file has been read
+    std::uint64_t bytesSeen() const { return offset_ + end_; }
+
+    /// \return true if whole lines were read and not handed out
+    bool hasWholeLines() const { return begin_ != line_; }
+
+    /// Treats what was read as all that there is.
+    void stopReading() { isStopped_ = true; }
+
+    /// \return the system's word for why the file could not be read to its end; empty if it could
+    const std::string& problem() const { return problem_; }
+
+private:
+    bool findEnd();
+    bool fill();
+    void makeRoom();
+    void emit(Record& record, std::size_t end);
+    void emitPart(Record& record);
+    void rememberHeader(const Record& record);
+    std::string_view withoutCarriageReturns(std::string_view lines);
+
+    const Platform::InputFile& file_;
+    std::uint64_t offset_; ///< of the buffer's first byte in the file
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0;    ///< of the record that comes next
+    std::size_t line_ = 0;     ///< begin of the first line whose end was not found yet
+    std::size_t searched_ = 0; ///< no line feed stands between `line_` and here
+    std::size_t end_ = 0;      ///< of what was read
+    bool continues_ = false;   ///< lines without a time belong to the record that was handed out last
+    bool isInLine_ = false;    ///< what was handed out last ended within a line
+    bool isStopped_ = false;
+    std::string header_;
+    std::string normalised_;
+    std::string problem_;
+};
+
+} // namespace Tools
+} // namespace ZAV

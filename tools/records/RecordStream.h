@@ -1,0 +1,95 @@
+#pragma once
+
+#include "inputs/LogFile.h"
+#include "records/Fields.h"
+#include "records/LayoutDetector.h"
+#include "records/Record.h"
+#include "records/RecordReader.h"
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace ZAV {
+namespace Tools {
+
+/// The records of one input: of a file, or of the files of a series one after another.
+class RecordStream {
+public:
+    /// How the last file ends.
+    enum class Ending {
+        FINAL,  ///< where it ends now; a last line without an end is a line
+        GROWING ///< a last record is held back until the file has not grown for a while
+    };
+
+    /// Adds a file that is read when those before it are at their end.
+    void append(LogFile file);
+
+    /// Goes to the next record.
+    /// \return false if there is none now
+    bool next(Ending ending);
+
+    /// Says that a while has passed. A last record of whole lines is given then, unless the file has grown
+    /// when it is asked for.
+    void settle() { settledAt_ = bytesSeen(); }
+
+    /// Reads no further in the current file, which has changed behind its reader's back, and goes to the next
+    /// one.
+    void leaveFile();
+
+    /// \return the record that `next` went to, until it is called again
+    const Record& record() const { return record_; }
+
+    /// \return what that record says; of a continuation, what the record says that it belongs to, but for the text
+    const Fields& fields();
+
+    /// \return true for a continuation of a record whose first line is known
+    bool hasHeader() const { return record_.isContinuation && !current_->reader.header().empty(); }
+
+    /// \return the path of the file that the record is from
+    const std::string& source() const { return current_->log.path; }
+
+    /// \return the file that is being read; null before the first one
+    const LogFile* file() const { return current_ ? &current_->log : nullptr; }
+
+    /// \return how many files were begun
+    std::size_t fileCount() const { return fileCount_; }
+
+    /// \return true if files wait behind the one that is being read
+    bool hasMoreFiles() const { return !waiting_.empty(); }
+
+    /// \return true if a record is held back that needs no more than time
+    bool isPending() const { return current_ && current_->reader.hasWholeLines(); }
+
+    /// \return how far the current file was read; 0 without one
+    std::uint64_t bytesSeen() const { return current_ ? current_->reader.bytesSeen() : 0; }
+
+    /// \return what could not be read, and why, since this was asked last; empty if all could
+    std::string takeProblem();
+
+private:
+    struct OpenFile {
+        explicit OpenFile(LogFile opened)
+            : log(std::move(opened)), reader(log.file, log.offset), detector(log.file, log.layout) {}
+        LogFile log;
+        RecordReader reader;
+        LayoutDetector detector;
+    };
+
+    void goToNextFile();
+    void keepProblem();
+
+    std::deque<LogFile> waiting_;
+    std::unique_ptr<OpenFile> current_;
+    Record record_;
+    Fields fields_;
+    bool hasFields_ = false;
+    std::size_t fileCount_ = 0;
+    std::uint64_t settledAt_ = 0; ///< how far the current file had been read
+    std::string problem_;
+};
+
+} // namespace Tools
+} // namespace ZAV
