@@ -10,15 +10,18 @@
 #include "log/LogMacros.h"
 #include "log/LogManager.h"
 #include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
 
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace Log = ZAV::Log;
+namespace Util = ZAV::Util;
 
 namespace {
 
@@ -37,6 +40,30 @@ public:
 
 void tell(const std::string& text) {
     std::cout << "[demo] " << text << std::endl;
+}
+
+bool beginsWith(const std::string& text, const std::string& beginning) {
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+bool endsWith(const std::string& text, const std::string& ending) {
+    return text.size() >= ending.size() &&
+           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+bool liesBelowCurrentFolder(const std::filesystem::path& folder) {
+    return folder.is_relative() && *folder.lexically_normal().begin() != "..";
+}
+
+/// The library makes no folders. Those that the properties name below the current folder are made here,
+/// except "missing": an appender that fails needs a folder that does not exist.
+void makeFolders(const Util::Properties& properties) {
+    for (const auto& [key, folder] : properties) {
+        const bool namesFolder = beginsWith(key, "appender.") && endsWith(key, ".dir");
+        if (namesFolder && folder != "missing" && liesBelowCurrentFolder(folder)) {
+            std::filesystem::create_directories(folder);
+        }
+    }
 }
 
 void receiveOrders(int connection, int firstNumber, int count, Channel<Order>& received) {
@@ -123,7 +150,9 @@ int main(int argc, char** argv) {
     FailureListener failureListener;
     try {
         Log::LogManager::registerCommandListener("EXCEPTION", &failureListener);
-        Log::LogManager::init(argv[1]);
+        const Util::Properties properties(argv[1]);
+        makeFolders(properties);
+        Log::LogManager::init(properties);
         run(argv[1]);
         Log::LogManager::finish();
         return 0;

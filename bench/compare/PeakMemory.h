@@ -7,7 +7,7 @@
 
 namespace Bench {
 
-/// \return the most memory that the process has had resident so far, in kilobytes
+/// \return the peak of the process's resident memory so far, in kilobytes
 inline std::size_t peakMemoryKilobytes() {
     const std::string key = "VmHWM:";
     std::ifstream status("/proc/self/status");

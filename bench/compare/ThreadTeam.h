@@ -15,7 +15,7 @@ inline double nanosecondsBetween(Clock::time_point start, Clock::time_point end)
     return std::chrono::duration<double, std::nano>(end - start).count();
 }
 
-/// Holds threads back until all of them stand at the line, so that they start at once.
+/// Holds threads back until all of them are ready, so that they start together.
 class StartLine {
 public:
     explicit StartLine(std::size_t threads) : missing_(threads) {}
@@ -60,14 +60,14 @@ struct ThreadTiming {
     Clock::time_point end;
 };
 
-/// Keeps the compiler from carrying what it has read over to the next call: no caller logs in so tight a
+/// Keeps the compiler from reusing what it has read in the call before: no application logs in so tight a
 /// loop.
 inline void forgetMemory() {
     asm volatile("" ::: "memory");
 }
 
-/// Kept out of line, so that the warm-up runs the very code that is measured, and so that each kind of call
-/// has one caller: the compiler then inlines it into the loop, however long its cold part is.
+/// Not inlined itself, so that the warm-up runs the same code as the measurement, and so that each kind of
+/// call has a single caller: the compiler then inlines the call into the loop, however long its cold part is.
 template <typename Call>
 [[gnu::noinline, gnu::flatten]] void repeat(std::size_t calls, Call& call) {
     for (std::size_t i = 0; i < calls; ++i) {

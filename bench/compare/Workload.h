@@ -58,8 +58,8 @@ inline std::size_t asynchronousMessages(const Task& task) {
     return callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES).total() * task.threads;
 }
 
-/// Calls of which some loggers make a hundred in the time that others need for one: a trial shows how many
-/// take a tenth of a second.
+/// For calls whose cost differs a hundredfold between loggers: a trial finds out how many of them take a
+/// tenth of a second.
 template <typename MakeCall>
 Timing runCheapCalls(const Task& task, MakeCall makeCall) {
     constexpr double NANOSECONDS = 1e8;
@@ -119,8 +119,8 @@ inline std::size_t lengthOfFirstLine(const std::string& path) {
     return line.size() + 1;
 }
 
-/// Calls that hand their message to another thread, which writes it. All lines are equally long, so that the
-/// file's size tells when the last one has arrived, without a read that would slow the writer down.
+/// Calls that hand their message to another thread, which writes it. All lines have the same length, so the
+/// size of the file shows when the last one has arrived, without reads that would slow the writer down.
 template <typename MakeCall>
 void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file) {
     const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);

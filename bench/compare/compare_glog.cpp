@@ -32,7 +32,7 @@ auto loggingCall(std::size_t) {
 void openFile(const Task& task) {
     FLAGS_stderrthreshold = google::GLOG_FATAL;
     FLAGS_logbuflevel = -1; // Flushes every line.
-    // Else it would have the kernel write full megabytes out to the disk, as no other logger does.
+    // Otherwise it makes the kernel write every full megabyte to the disk, which no other logger does.
     if (gflags::SetCommandLineOption("drop_log_memory", "false").empty()) {
         throw std::runtime_error("glog does not know drop_log_memory");
     }

@@ -2,6 +2,7 @@
 
 #include "log/LogLine.h"
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 #include "zav-util/TimeText.h"
 #include "zav-util/TimeUtils.h"
 

@@ -1,4 +1,5 @@
 # Sourced by the scripts beside this folder.
+source "$root/scripts/lib/quietly.sh"
 
 # Installs the Debian packages among its arguments that are missing; without one it does nothing.
 install_missing() {
@@ -22,15 +23,12 @@ install_missing() {
         fi
         as_root=(sudo)
     fi
-    local log
-    log=$(mktemp)
-    if ! { "${as_root[@]}" apt-get update &&
+    quietly install "Could not install: ${missing[*]}. Is the package mirror in reach?" install_packages
+}
+
+# Reads the variables of its caller.
+install_packages() {
+    "${as_root[@]}" apt-get update &&
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-            apt-get install --yes --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
-        cat "$log" >&2
-        rm -f "$log"
-        echo "Could not install: ${missing[*]}. Is the package mirror in reach?" >&2
-        return 1
-    fi
-    rm -f "$log"
+            apt-get install --yes --no-install-recommends "${missing[@]}"
 }

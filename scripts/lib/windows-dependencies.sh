@@ -23,13 +23,8 @@ provide_windows_dependencies() {
 
 # Calls a script that makes a folder, unless the folder is there.
 provide() {
-    local folder=$1 script=$2 log=$root/build/windows-dependencies.log
-    if [ -e "$folder" ]; then
-        return
-    fi
-    if ! "$script" "$folder" >"$log" 2>&1; then
-        cat "$log" >&2
-        echo "Could not make $folder; the output is above and in $log." >&2
-        return 1
+    local folder=$1 script=$2
+    if [ ! -e "$folder" ]; then
+        quietly windows-dependencies "Could not make $folder. Is the package mirror in reach?" "$script" "$folder"
     fi
 }

@@ -12,9 +12,6 @@ start_wine() {
     mkdir -p "$WINEPREFIX"
     trap 'wineserver --kill || true' EXIT
     wineserver --persistent
-    if ! wine wineboot --init </dev/null >"$root/build/wine.log" 2>&1; then
-        cat "$root/build/wine.log" >&2
-        echo "Wine does not start; its output is above. If $WINEPREFIX is from another version, remove it." >&2
-        return 1
-    fi
+    quietly wine "Wine does not start. If $WINEPREFIX is from another version, remove it." \
+        wine wineboot --init </dev/null
 }

@@ -28,7 +28,7 @@ namespace Level {
 /// that level and of all higher ones.
 enum LogLevel : std::int32_t { AUDIT = 60, ERROR = 50, WARNING = 40, INFO = 30, DEBUG = 20, TRACE = 10 };
 
-/// The same levels, for code in which a macro takes one of the names above.
+/// The same levels, for code in which one of the names above is a macro.
 constexpr LogLevel LEVEL_AUDIT = AUDIT;
 constexpr LogLevel LEVEL_ERROR = ERROR;
 constexpr LogLevel LEVEL_WARNING = WARNING;
@@ -36,7 +36,7 @@ constexpr LogLevel LEVEL_INFO = INFO;
 constexpr LogLevel LEVEL_DEBUG = DEBUG;
 constexpr LogLevel LEVEL_TRACE = TRACE;
 
-/// \return the level's name in upper case; "ERROR" for a number that is none of the six levels
+/// \return the level's name in upper case; "ERROR" for a number that is not one of the six levels
 ZAV_LOG_API const std::string& toString(LogLevel level);
 
 /// \param name a level's name, exact and in upper case

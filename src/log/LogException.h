@@ -9,7 +9,7 @@ namespace ZAV {
 namespace Log {
 
 /// A failure of the logging library: a bad configuration, or a destination that cannot be written. An
-/// appender of the application's own throws it from `doOutput` to have its text reported.
+/// application's own appender throws it from `doOutput` to have its text reported.
 class ZAV_LOG_API LogException : public std::runtime_error {
 public:
     /// \param message the text that `what()` gives

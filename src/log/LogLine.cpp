@@ -1,6 +1,7 @@
 #include "log/LogLine.h"
 
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 
 namespace ZAV {
 namespace Log {

@@ -9,12 +9,12 @@ namespace Log {
 
 class LogMessage;
 
-/// Renders a message as standard streams and rotating files show it, without an end of line:
-/// time, logger name, location if there is one, level, text; a configuration message shows no location and no
-/// level. For example "2013.05.07 14:03:27:123000 net.tcp Socket.cpp:120 INFO connected".
+/// Renders a message as standard streams and rotating files show it, without a line end: time, logger name,
+/// location if there is one, level, text. A configuration message shows neither location nor level. For
+/// example "2013.05.07 14:03:27:123000 net.tcp Socket.cpp:120 INFO connected".
 ZAV_LOG_API std::string formatLogLine(const LogMessage& message);
 
-/// Renders a message as the single file shows it: the same with the program's file name, the process id and
+/// Renders a message as the single file shows it: as above, with the program's file name, the process id and
 /// the host name after the time.
 ZAV_LOG_API std::string formatLogLineWithProcess(const LogMessage& message);
 

@@ -10,7 +10,8 @@
 namespace ZAV {
 namespace Log {
 
-/// The record of one logging event. Its fields cannot be set, so any number of threads may read it.
+/// The record of one logging event. Its fields never change, so any number of threads may read it. An
+/// appender or a filter must not keep a reference to it beyond its call; it may keep a copy.
 class ZAV_LOG_API LogMessage {
 public:
     /// \param loggerName full name of the logger; "root" for the root logger
@@ -34,6 +35,8 @@ public:
     MessageType getType() const noexcept { return type_; }
 
 private:
+    friend class ReusedMessage; // fills an object again that nobody holds any more
+
     std::string loggerName_;
     Util::TimeUtils::Time time_;
     Level::LogLevel level_;

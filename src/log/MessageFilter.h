@@ -12,8 +12,8 @@ class ZAV_LOG_API MessageFilter {
 public:
     virtual ~MessageFilter();
 
-    /// Called by any number of threads at once. It should not throw: what it throws reaches
-    /// the logging call, or is dropped in the thread that writes asynchronous appenders.
+    /// Called by any number of threads at once. It should not throw: the exception would reach the caller of
+    /// the logging call or, in the thread that writes asynchronous appenders, be dropped.
     /// \return true to let the message through
     virtual bool accept(const LogMessage& message) = 0;
 };

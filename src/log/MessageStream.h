@@ -10,8 +10,8 @@ namespace Log {
 
 class Logger;
 
-/// The stream that a logging macro puts its expression into. Its functions are not inline: the caller's code,
-/// which as a rule ends at the comparison of levels, stays short.
+/// The stream that a logging macro writes its expression to. Its functions are not inline, to keep the
+/// calling code short: most calls end at the comparison of levels.
 class ZAV_LOG_API MessageStream {
 public:
     MessageStream();

@@ -6,7 +6,7 @@
 namespace ZAV {
 namespace Platform {
 
-/// Lists the entries of a directory that are no directories themselves.
+/// Lists the entries of a directory that are not directories themselves.
 /// \param directory path of the directory
 /// \param names receives the names, without the directory, in no fixed order; untouched on failure
 /// \return false if the directory cannot be listed, for example because it does not exist

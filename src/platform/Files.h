@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace Platform {
 
-/// Renames a file. A name that already exists is never overwritten: the call fails and leaves both files.
+/// Renames a file. An existing file is never overwritten: the call then fails and leaves both files alone.
 /// \return true if the file now has the new name
 bool renameFile(const std::string& from, const std::string& to);
 

@@ -16,13 +16,13 @@ struct CalendarTime {
     int second; ///< 0 to 60
 };
 
-/// What the system tells of the process's time zone. While it stays the same, so does the result of
-/// `toLocalTime` for one point in time, but for zones that differ in nothing else than the days on which
-/// daylight-saving time begins or ends.
+/// What the system says about the process's time zone. As long as it stays the same, `toLocalTime` converts a
+/// point in time to the same result; only zones that differ in nothing but the days on which daylight-saving
+/// time begins or ends cannot be told apart.
 struct TimeZone {
     long offset;                      ///< seconds west of UTC
     int daylight;                     ///< 0 if the zone never has daylight-saving time
-    std::array<const char*, 2> names; ///< compared by their places: the system keeps one copy of each name
+    std::array<const char*, 2> names; ///< compared by address: the system keeps one copy of each name
 
     friend bool operator==(const TimeZone& a, const TimeZone& b) noexcept {
         return a.offset == b.offset && a.daylight == b.daylight && a.names == b.names;
@@ -32,7 +32,7 @@ struct TimeZone {
 /// \return the time zone that the process has at this moment; costs a few memory reads
 TimeZone currentTimeZone() noexcept;
 
-/// Converts a point in time by the time zone that the process has at this moment.
+/// Converts a point in time to local time, in the time zone that the process has at this moment.
 /// \param seconds seconds since 1970-01-01 00:00:00 UTC
 /// \return the local calendar time; all zero if the system cannot convert that point in time
 CalendarTime toLocalTime(std::int64_t seconds);

@@ -5,9 +5,9 @@
 namespace ZAV {
 namespace Platform {
 
-/// A text file that is open for writing, without a buffer: what is written has left the process. It closes
-/// with its scope. A failure is remembered until the next file opens, as a stream of the standard library
-/// does. It has no lock.
+/// A text file for writing, without a buffer: once `write` returns, the text has left the process. The
+/// destructor closes the file. A failure is remembered until the next file is opened, as in the streams of
+/// the standard library. It has no lock: one thread at a time may use it.
 class OutputFile {
 public:
     enum Mode {
@@ -20,14 +20,15 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible.
+    /// Opens a file and creates it if it does not exist; no other file may be open. What goes wrong shows in
+    /// `hasFailed`, here and below.
     void open(const std::string& path, Mode mode) noexcept;
 
-    /// Writes a text in one piece, where the system takes it so. A line feed becomes the system's own end of
-    /// line. It fails if the system does not take all of the text.
+    /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
+    /// end. It is a failure if the system does not accept the whole text.
     void write(const std::string& text) noexcept;
 
-    /// Closes the file, if one is open. A write whose failure the system tells only now counts as failed.
+    /// Closes the file, if one is open. A failed write that the system reports only now counts as well.
     void close() noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != NONE; }

@@ -8,9 +8,9 @@
 namespace ZAV {
 namespace Util {
 
-/// Converts the whole of a text to a number. Blanks may lead, a sign may follow them; an empty text gives 0.
-/// A number outside the range gives the nearest bound.
-/// \throw UtilException if anything but a number remains
+/// Converts a text to a number. Blanks and then a sign may precede the digits; an empty text gives 0. A
+/// number that is out of range gives the nearest one that is not.
+/// \throw UtilException if the text holds anything else
 std::int32_t toInteger(const std::string& text);
 
 /// \return the number in decimal digits, without padding or grouping
@@ -20,7 +20,7 @@ std::string toString(std::uint64_t number);
 std::string toString(std::int64_t number);
 
 /// Formats as `printf` does.
-/// \return the formatted text, cut to 1,023 characters
+/// \return the formatted text, truncated to 1,023 characters
 std::string format(const char* pattern, ...) ZAV_LOG_PRINTF_LIKE(1, 2);
 
 } // namespace Util

@@ -4,8 +4,8 @@
 /// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports; everything else stays inside it.
 
 #if defined(_WIN32)
-// GCC takes the mark of the first class with virtual functions in a file over to the type information of all
-// others; so a class of the standard library's comes first.
+// GCC gives the type information of every class in a file the mark of the first one that has virtual
+// functions, so a class of the standard library has to come first.
 #include <exception>
 #if defined(ZAV_LOG_BUILDING)
 #define ZAV_LOG_API __declspec(dllexport)

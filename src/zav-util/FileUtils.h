@@ -7,7 +7,7 @@ namespace ZAV {
 namespace Util {
 namespace FileUtils {
 
-/// Gives the last component of a path.
+/// Extracts the last component of a path.
 /// \return what follows the last "/" or "\"; the whole path if it has neither
 std::string baseName(const std::string& path);
 

@@ -24,7 +24,7 @@ public:
     ZAV_LOG_API explicit Properties(const std::string& fileName);
 
     /// Looks a key up.
-    /// \param value receives the value of a key that is present; is left as it was otherwise
+    /// \param value receives the value if the key is present; stays as it is otherwise
     /// \return true if the key is present
     ZAV_LOG_API bool getProperty(const std::string& key, std::string& value) const;
 

@@ -6,7 +6,7 @@ namespace ZAV {
 namespace Util {
 
 /// Writes a line, given in one or two parts, and its end to the standard error stream in one piece and
-/// flushes it. It never throws: a report that cannot be written must not disturb what it reports on.
+/// flushes the stream. It never throws: failing to report a problem must not add another.
 void writeErrorLine(std::string_view begin, std::string_view rest = std::string_view()) noexcept;
 
 } // namespace Util

@@ -6,8 +6,8 @@
 namespace ZAV {
 namespace Util {
 
-/// Cuts a text into the maximal runs of characters other than the separator: runs of separators count as one,
-/// and none of them makes an empty piece.
+/// Splits a text at a separator. Several separators in a row count as one, and no piece is empty, not even
+/// where the text begins or ends with a separator.
 std::vector<std::string> split(const std::string& text, char separator);
 
 } // namespace Util

@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace Util {
 
-/// \return the computer's name up to its first "."; "UNKNOWN" if the system gives none
+/// \return the computer's name up to its first "."; "UNKNOWN" if the system does not know it
 std::string getHostName();
 
 /// \return the file name of the running program's executable, without its directory

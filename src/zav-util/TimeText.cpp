@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint64_t MICROSECONDS_PER_SECOND = 1000000;
 
 /// Every log line carries a time, so its digits are written without the cost of a formatting function.
-/// \param number at most as long as the field; higher digits are cut off
+/// \param number leading digits that the field has no room for are dropped
 char* writeDigits(char* field, std::size_t width, unsigned number) {
     for (std::size_t i = width; i > 0; --i) {
         field[i - 1] = static_cast<char>('0' + number % 10);
@@ -37,8 +37,8 @@ void writeCalendarTime(char* field, std::uint64_t seconds) {
     writeField(field, ':', 2, local.second);
 }
 
-/// The second that a thread rendered last: many messages share one, and its conversion to local time costs as
-/// much as the rest of their lines. It counts only while the process has the same time zone.
+/// The second that this thread rendered last. Many messages share a second, and converting it to local time
+/// costs as much as the rest of a line. It is valid only while the process keeps its time zone.
 struct RenderedSecond {
     std::uint64_t seconds;
     Platform::TimeZone zone;
@@ -55,8 +55,8 @@ const char* textOfSecond(std::uint64_t seconds) {
         writeCalendarTime(last.text, seconds);
         last.seconds = seconds;
         last.zone = zone;
-        // Another thread may have changed the zone while the text was made, which then shows the one or the
-        // other.
+        // Another thread may have changed the zone in the meantime; the text then shows one zone or the other
+        // and is not kept.
         last.isValid = Platform::currentTimeZone() == zone;
     }
     return last.text;

@@ -12,14 +12,14 @@ namespace TimeUtils {
 constexpr std::size_t SECONDS_LENGTH = 19;
 constexpr std::size_t TIME_LENGTH = 26;
 
-/// Writes what `time.toSecondsString()` gives, without a terminating zero.
+/// Writes the text that `time.toSecondsString()` returns, without a terminating zero.
 /// \param field room for `SECONDS_LENGTH` characters
-/// \return the place behind them
+/// \return the position after the last of them
 char* writeSeconds(char* field, Time time);
 
-/// Writes what `time.toString()` gives, without a terminating zero.
+/// Writes the text that `time.toString()` returns, without a terminating zero.
 /// \param field room for `TIME_LENGTH` characters
-/// \return the place behind them
+/// \return the position after the last of them
 char* writeTime(char* field, Time time);
 
 } // namespace TimeUtils

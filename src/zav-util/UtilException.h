@@ -8,7 +8,7 @@
 namespace ZAV {
 namespace Util {
 
-/// A failure of the utilities: an unreadable or malformed property file, or a text that is no number.
+/// A failure of the utilities: an unreadable or malformed property file, or a text that is not a number.
 class ZAV_LOG_API UtilException : public std::runtime_error {
 public:
     /// \param message the text that `what()` gives

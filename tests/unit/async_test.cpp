@@ -29,7 +29,7 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
 std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
     for (MessageBatch::Reader messages(batch); messages.hasNext();) {
-        texts.push_back(messages.next().getText());
+        texts.emplace_back(messages.next().text);
     }
     return texts;
 }
@@ -151,16 +151,16 @@ TEST(MessageBatch, GivesEveryFieldBack) {
     const LogMessage messages[] = {LogMessage("net.tcp", Time(1, DAY), Level::TRACE,
                                               std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
                                    LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
-    const auto fieldsOf = [](const LogMessage& message) {
-        return std::tuple(message.getLoggerName(), message.getTime().microseconds(), message.getLevel(),
-                          message.getText(), message.getLine(), message.getFile(), message.getType());
+    const auto all = [](const MessageFields& fields) {
+        return std::tuple(fields.loggerName, fields.time.microseconds(), fields.level, fields.text, fields.line,
+                          fields.file, fields.type);
     };
     MessageBatch batch;
     batch.append(messages[0]);
     batch.append(messages[1]);
     MessageBatch::Reader reader(batch);
     for (const LogMessage& message : messages) {
-        EXPECT_EQ(fieldsOf(reader.next()), fieldsOf(message));
+        EXPECT_EQ(all(reader.next()), all(message));
     }
     EXPECT_FALSE(reader.hasNext());
 }
@@ -174,7 +174,7 @@ TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     }
     EXPECT_EQ(textsOf(batch), expected);
     for (std::size_t i = 0; i < 200; ++i) {
-        EXPECT_EQ(batch.front().getText(), expected[i]);
+        EXPECT_EQ(batch.front().text, expected[i]);
         batch.removeFront();
     }
     expected.erase(expected.begin(), expected.begin() + 200);

@@ -2,6 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
 #include "zav-util/Conversions.h"

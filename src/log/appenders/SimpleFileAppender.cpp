@@ -2,6 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 #include "platform/OutputFile.h"
 
 namespace ZAV {

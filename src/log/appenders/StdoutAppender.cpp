@@ -1,6 +1,7 @@
 #include "log/appenders/StdoutAppender.h"
 
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 
 #include <ostream>
 

@@ -2,6 +2,7 @@
 
 #include "log/Appender.h"
 #include "log/commands/FailureReport.h"
+#include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 
 #include <new>
@@ -14,32 +15,31 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Each appender has the messages made anew: it is given the whole batch before the next one is, and all of
-/// them at once would take several times the memory.
-std::optional<LogMessage> makeNext(MessageBatch::Reader& messages) {
+/// The message object is filled for each appender again: an appender is given the whole batch before the next
+/// one is, and all messages at once would take several times the memory.
+void deliverTo(Appender& appender, const MessageFields& fields) noexcept {
+    std::optional<ReusedMessage> message;
     try {
-        return messages.next();
+        message.emplace(fields);
     } catch (const std::bad_alloc&) {
         FailureReport::count(); // there is no message to report
-        return std::nullopt;
+        return;
+    }
+    try {
+        appender.output(message->get());
+    } catch (...) {
+        // Thrown by a listener that was just told of a failed write: it must not end the consumer thread, and
+        // with it the log.
+        return;
     }
 }
 
 void deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
     MessageBatch::Reader messages(batch);
     while (messages.hasNext()) {
-        const std::optional<LogMessage> message = makeNext(messages);
-        if (!message) {
-            continue;
-        }
+        const MessageFields fields = messages.next();
         const ReportAnswer answer(messages.answeredReports());
-        try {
-            appender.output(*message);
-        } catch (...) {
-            // Thrown by a listener that was just told of a failed write: it must not end the consumer thread,
-            // and with it the log.
-            continue;
-        }
+        deliverTo(appender, fields);
     }
 }
 

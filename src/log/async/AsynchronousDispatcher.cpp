@@ -52,7 +52,7 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
-void AsynchronousDispatcher::enqueue(const LogMessage& message, bool mayWait) {
+void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
     queue_.append(message, mayWait);
     if (wantsConsumer_.load(std::memory_order_relaxed)) {
         startWantedConsumer();

@@ -32,7 +32,7 @@ public:
     /// Queues a message for the consumer.
     /// \param mayWait whether to wait for room in a full queue, if that is configured
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
-    void enqueue(const LogMessage& message, bool mayWait);
+    void enqueue(const MessageFields& message, bool mayWait);
 
     /// Waits until what is queued was delivered or discarded.
     /// \param timeout 0 for no limit

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string>
 
 namespace ZAV {
 namespace Log {
@@ -26,10 +25,10 @@ struct Header {
     std::size_t packedSize() const { return sizeof(Header) + nameLength + textLength + fileLength; }
 };
 
-Header headerOf(const LogMessage& message, int answeredReports) {
-    return {message.getTime(),        message.getLevel(),      message.getType(),
-            message.getLine(),        answeredReports,         message.getLoggerName().size(),
-            message.getText().size(), message.getFile().size()};
+Header headerOf(const MessageFields& message, int answeredReports) {
+    return {message.time,        message.level,      message.type,
+            message.line,        answeredReports,    message.loggerName.size(),
+            message.text.size(), message.file.size()};
 }
 
 /// Packed messages are not aligned.
@@ -39,14 +38,13 @@ Header readHeader(const char* bytes) {
     return header;
 }
 
-LogMessage unpack(const char* bytes) {
+MessageFields unpack(const char* bytes) {
     const Header header = readHeader(bytes);
     const char* const name = bytes + sizeof header;
     const char* const text = name + header.nameLength;
     const char* const file = text + header.textLength;
-    return LogMessage(std::string(name, header.nameLength), header.time, header.level,
-                      std::string(text, header.textLength), header.line, std::string(file, header.fileLength),
-                      header.type);
+    return {{name, header.nameLength}, header.time, header.level, {text, header.textLength}, header.line,
+            {file, header.fileLength}, header.type};
 }
 
 char* pack(char* bytes, const void* data, std::size_t size) {
@@ -56,7 +54,7 @@ char* pack(char* bytes, const void* data, std::size_t size) {
 
 } // namespace
 
-void MessageBatch::append(const LogMessage& message, int answeredReports) {
+void MessageBatch::append(const MessageFields& message, int answeredReports) {
     const Header header = headerOf(message, answeredReports);
     const std::size_t needed = header.packedSize();
     if (blocks_.empty() || blocks_.back().capacity - blocks_.back().used < needed) {
@@ -64,9 +62,9 @@ void MessageBatch::append(const LogMessage& message, int answeredReports) {
     }
     Block& block = blocks_.back();
     char* bytes = pack(block.bytes.get() + block.used, &header, sizeof header);
-    bytes = pack(bytes, message.getLoggerName().data(), header.nameLength);
-    bytes = pack(bytes, message.getText().data(), header.textLength);
-    pack(bytes, message.getFile().data(), header.fileLength);
+    bytes = pack(bytes, message.loggerName.data(), header.nameLength);
+    bytes = pack(bytes, message.text.data(), header.textLength);
+    pack(bytes, message.file.data(), header.fileLength);
     block.used += needed;
     ++size_;
 }
@@ -78,7 +76,7 @@ void MessageBatch::addBlock(std::size_t neededBytes) {
     blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), capacity, 0});
 }
 
-LogMessage MessageBatch::front() const {
+MessageFields MessageBatch::front() const {
     return unpack(blocks_.front().bytes.get() + frontOffset_);
 }
 
@@ -98,8 +96,7 @@ void MessageBatch::swap(MessageBatch& other) noexcept {
     std::swap(size_, other.size_);
 }
 
-/// The place moves on first, so that a message that cannot be made is not tried for ever.
-LogMessage MessageBatch::Reader::next() {
+MessageFields MessageBatch::Reader::next() {
     if (offset_ == block_->used) {
         ++block_;
         offset_ = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/LogMessage.h"
+#include "log/message/MessageFields.h"
 
 #include <cstddef>
 #include <list>
@@ -32,8 +32,8 @@ public:
 
         bool hasNext() const { return read_ < batch_.size_; }
 
-        /// \return the next message, made anew; if there is no memory for it, the reader moves on nevertheless
-        LogMessage next();
+        /// \return the next message, whose texts lie in the batch
+        MessageFields next();
 
         /// \return how many reports of failures the message that `next` gave stands at the end of, each of the
         ///         logging calls in answer to the report before
@@ -51,10 +51,10 @@ public:
 
     /// \param answeredReports how many reports of failures the message stands at the end of
     /// \throw std::bad_alloc if there is no room for it; the batch is then as it was
-    void append(const LogMessage& message, int answeredReports = 0);
+    void append(const MessageFields& message, int answeredReports = 0);
 
-    /// \return the oldest message, made anew; there must be one
-    LogMessage front() const;
+    /// \return the oldest message, whose texts lie in the batch; there must be one
+    MessageFields front() const;
 
     /// Takes the oldest message out; there must be one.
     void removeFront() noexcept;

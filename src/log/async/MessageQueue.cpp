@@ -2,9 +2,6 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "zav-util/StandardError.h"
-
-#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -19,7 +16,7 @@ void MessageQueue::configure(const Util::Properties& properties) {
     queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
 }
 
-void MessageQueue::append(const LogMessage& message, bool mayWait) {
+void MessageQueue::append(const MessageFields& message, bool mayWait) {
     const QueueMonitorLock lock(queueMonitor_);
     if (mayWait && settings_.overflowBlocks) {
         waitForRoom();
@@ -65,11 +62,7 @@ bool MessageQueue::deliversPromptly() const {
 void MessageQueue::discardOldest() noexcept {
     const char* const reason =
         closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
-    try {
-        showOnStandardError(reason, messageQueue_.front());
-    } catch (const std::bad_alloc&) {
-        Util::writeErrorLine(reason);
-    }
+    showOnStandardError(reason, messageQueue_.front());
     messageQueue_.removeFront();
     numbers_.addDiscarded(1);
 }
@@ -77,11 +70,7 @@ void MessageQueue::discardOldest() noexcept {
 void MessageQueue::showAll(const MessageBatch& batch) noexcept {
     MessageBatch::Reader messages(batch);
     while (messages.hasNext()) {
-        try {
-            showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
-        } catch (const std::bad_alloc&) {
-            Util::writeErrorLine(SHOWN_AT_PROCESS_END);
-        }
+        showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
     }
 }
 

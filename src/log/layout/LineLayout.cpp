@@ -1,6 +1,6 @@
 #include "log/layout/LineLayout.h"
 
-#include "log/LogMessage.h"
+#include "log/message/MessageFields.h"
 #include "platform/Process.h"
 #include "zav-util/SystemInformation.h"
 #include "zav-util/TimeText.h"
@@ -14,8 +14,8 @@
 namespace ZAV {
 namespace Log {
 
-// A line is written into room made for the longest that it can be, and then cut to its length: a string that
-// grows field by field looks at its capacity each time.
+// A line is written into room for its longest possible form and then cut to its length: a string that grew
+// field by field would check its capacity each time.
 
 namespace {
 
@@ -25,9 +25,9 @@ constexpr std::size_t NUMBER_LENGTH = 11; // of a 32-bit number with its sign
 constexpr std::size_t LEVEL_LENGTH = 7;
 constexpr std::size_t SEPARATORS_AND_END_OF_LINE = 6;
 
-std::size_t roomFor(const LogMessage& message) {
-    return TIME_LENGTH + message.getLoggerName().size() + message.getFile().size() + NUMBER_LENGTH +
-           LEVEL_LENGTH + message.getText().size() + SEPARATORS_AND_END_OF_LINE;
+std::size_t roomFor(const MessageFields& message) {
+    return TIME_LENGTH + message.loggerName.size() + message.file.size() + NUMBER_LENGTH + LEVEL_LENGTH +
+           message.text.size() + SEPARATORS_AND_END_OF_LINE;
 }
 
 char* writeField(char* position, std::string_view field) {
@@ -40,48 +40,48 @@ char* writeNumber(char* position, std::int32_t number) {
     return std::to_chars(position, position + NUMBER_LENGTH, number).ptr;
 }
 
-char* writeLocation(char* position, const LogMessage& message) {
-    const bool hasLine = message.getLine() > 0;
-    if (!message.getFile().empty() || hasLine) {
-        position = writeField(position, message.getFile());
+char* writeLocation(char* position, const MessageFields& message) {
+    const bool hasLine = message.line > 0;
+    if (!message.file.empty() || hasLine) {
+        position = writeField(position, message.file);
     }
     if (hasLine) {
         *position++ = ':';
-        position = writeNumber(position, message.getLine());
+        position = writeNumber(position, message.line);
     }
     return position;
 }
 
-char* writeMessage(char* position, const LogMessage& message) {
-    position = writeField(position, message.getLoggerName());
-    if (message.getType() == LOG) {
+char* writeMessage(char* position, const MessageFields& message) {
+    position = writeField(position, message.loggerName);
+    if (message.type == LOG) {
         position = writeLocation(position, message);
-        position = writeField(position, Level::toString(message.getLevel()));
+        position = writeField(position, Level::toString(message.level));
     }
-    return writeField(position, message.getText());
+    return writeField(position, message.text);
 }
 
-/// The program stays the same, and asking the system for it costs as much as opening a file. Never destroyed,
-/// since threads may still log while the process ends.
+/// The name cannot change, and asking the system for it costs as much as opening a file. It is never
+/// destroyed, since threads may still log while the process ends.
 const std::string& programName() {
     static const std::string& name = *new std::string(Util::getProgramName());
     return name;
 }
 
-/// The host's name as a thread last asked for it.
+/// The host's name, as a thread last read it.
 struct KnownHost {
-    std::uint64_t second; ///< since 1970, of the message that it was asked for; 0 before the first one
+    std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read
     std::size_t length;
     char name[256];
 };
 
 thread_local KnownHost knownHost{};
 
-/// The host may be renamed while the program runs, but asking for its name costs a good part of what a line
-/// does: it is asked for once a second.
-std::string_view hostName(const LogMessage& message) {
+/// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
+/// line costs, so it is read once a second.
+std::string_view hostName(const MessageFields& message) {
     KnownHost& host = knownHost;
-    const std::uint64_t second = message.getTime().microseconds() / 1000000;
+    const std::uint64_t second = message.time.microseconds() / 1000000;
     if (host.second != second || second == 0) {
         const std::string name = Util::getHostName();
         host.length = name.copy(host.name, sizeof host.name);
@@ -90,8 +90,8 @@ std::string_view hostName(const LogMessage& message) {
     return std::string_view(host.name, host.length);
 }
 
-/// The process's id is asked for every time, since a program that forks gets another.
-std::string describeProcess(const LogMessage& message) {
+/// The process id is read every time, since it changes in a process that forks.
+std::string describeProcess(const MessageFields& message) {
     char id[NUMBER_LENGTH];
     const char* const idEnd = writeNumber(id, Platform::processId());
     std::string process = programName();
@@ -104,19 +104,19 @@ std::string describeProcess(const LogMessage& message) {
 
 } // namespace
 
-void appendLogLine(std::string& text, const LogMessage& message) {
+void appendLogLine(std::string& text, const MessageFields& message) {
     const std::size_t begin = text.size();
     text.resize(begin + roomFor(message));
-    char* position = Util::TimeUtils::writeTime(&text[begin], message.getTime());
+    char* position = Util::TimeUtils::writeTime(&text[begin], message.time);
     position = writeMessage(position, message);
     text.resize(static_cast<std::size_t>(position - text.data()));
 }
 
-void appendLogLineWithProcess(std::string& text, const LogMessage& message) {
+void appendLogLineWithProcess(std::string& text, const MessageFields& message) {
     const std::string process = describeProcess(message);
     const std::size_t begin = text.size();
     text.resize(begin + roomFor(message) + process.size() + 1);
-    char* position = Util::TimeUtils::writeTime(&text[begin], message.getTime());
+    char* position = Util::TimeUtils::writeTime(&text[begin], message.time);
     position = writeMessage(writeField(position, process), message);
     text.resize(static_cast<std::size_t>(position - text.data()));
 }

@@ -5,14 +5,15 @@
 namespace ZAV {
 namespace Log {
 
-class LogMessage;
+struct MessageFields;
 
-/// Appends what `formatLogLine` gives. The text grows at most once, and an end of line still fits in then.
-void appendLogLine(std::string& text, const LogMessage& message);
+/// Appends the line that `formatLogLine` returns. The text is reallocated at most once, and afterwards has
+/// room for a line end.
+void appendLogLine(std::string& text, const MessageFields& message);
 
-/// Appends what `formatLogLineWithProcess` gives. The text grows at most once, and an end of line still fits
-/// in then.
-void appendLogLineWithProcess(std::string& text, const LogMessage& message);
+/// Appends the line that `formatLogLineWithProcess` returns. The text is reallocated at most once, and
+/// afterwards has room for a line end.
+void appendLogLineWithProcess(std::string& text, const MessageFields& message);
 
 } // namespace Log
 } // namespace ZAV

@@ -1,6 +1,7 @@
 #include "log/layout/ShownMessage.h"
 
 #include "log/layout/LineLayout.h"
+#include "log/message/MessageFields.h"
 #include "zav-util/StandardError.h"
 
 #include <exception>
@@ -8,7 +9,7 @@
 namespace ZAV {
 namespace Log {
 
-void showOnStandardError(const char* reason, const LogMessage& message) noexcept {
+void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
     try {
         std::string line = reason;
         appendLogLine(line, message);

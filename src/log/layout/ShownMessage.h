@@ -3,7 +3,7 @@
 namespace ZAV {
 namespace Log {
 
-class LogMessage;
+struct MessageFields;
 
 /// What a line begins with that shows a message because the process ends.
 constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was not written: ";
@@ -11,7 +11,7 @@ constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was 
 /// Shows a message on the standard error stream in place of its delivery: one line, flushed. It never throws;
 /// if there is no memory for the line, the reason alone is shown.
 /// \param reason what the line begins with
-void showOnStandardError(const char* reason, const LogMessage& message) noexcept;
+void showOnStandardError(const char* reason, const MessageFields& message) noexcept;
 
 } // namespace Log
 } // namespace ZAV

@@ -1,6 +1,7 @@
 #include "log/reentrancy/PutOffMessages.h"
 
 #include "log/layout/ShownMessage.h"
+#include "log/message/MessageFields.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "platform/CancellationGuard.h"
 

@@ -2,8 +2,10 @@
 
 #include "ForcedUnwind.h"
 #include "log/Appender.h"
+#include "log/message/ReusedMessage.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ZAV {
 namespace Log {
@@ -25,17 +27,17 @@ void AppenderList::copyFrom(const AppenderList& other) {
     ++version_;
 }
 
-AppenderList::Outcome AppenderList::output(const LogMessage& message, bool isOutermost) {
+AppenderList::Outcome AppenderList::output(const MessageFields& fields, bool isOutermost) {
     const bool hasChanged = copiedVersion_ != version_.load(std::memory_order_acquire);
     if (hasChanged && !isOutermost) {
         std::uint64_t version = 0;
         const Copy copy = makeCopy(version);
-        return outputTo(copy, version, message);
+        return outputTo(copy, version, fields);
     }
     if (hasChanged) {
         renewCopy();
     }
-    return outputTo(copy_, copiedVersion_, message);
+    return outputTo(copy_, copiedVersion_, fields);
 }
 
 void AppenderList::renewCopy() {
@@ -51,8 +53,9 @@ AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
 }
 
 AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t version,
-                                             const LogMessage& message) const {
+                                             const MessageFields& fields) const {
     Outcome outcome;
+    std::optional<ReusedMessage> message;
     for (Appender* const appender : copy) {
         if (!stands(appender, version)) {
             continue;
@@ -61,8 +64,11 @@ AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t ver
             outcome.hasAsynchronous = true;
             continue;
         }
+        if (!message) {
+            message.emplace(fields);
+        }
         try {
-            appender->output(message);
+            appender->output(message->get());
         } catch (const Platform::ForcedUnwind&) {
             throw; // the thread is being cancelled
         } catch (...) {

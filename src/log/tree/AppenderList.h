@@ -12,7 +12,7 @@ namespace ZAV {
 namespace Log {
 
 class Appender;
-class LogMessage;
+struct MessageFields;
 
 /// The appenders of one logger, in the order in which they were added. It does not own them.
 ///
@@ -38,18 +38,19 @@ public:
         std::exception_ptr exception; ///< the first one that a filter or a command listener threw, if any
     };
 
-    /// Gives a message to every synchronous appender. The caller must hold the logger's lock.
+    /// Gives a message to every synchronous appender; without one, no object is made. The caller must hold
+    /// the logger's lock.
     ///
     /// A filter or a command listener that throws for one appender does not keep the message from the others.
     /// \param isOutermost whether no other walk of this thread goes through this list
-    Outcome output(const LogMessage& message, bool isOutermost);
+    Outcome output(const MessageFields& fields, bool isOutermost);
 
 private:
     using Copy = std::vector<Appender*>;
 
     void renewCopy();
     Copy makeCopy(std::uint64_t& version) const;
-    Outcome outputTo(const Copy& copy, std::uint64_t version, const LogMessage& message) const;
+    Outcome outputTo(const Copy& copy, std::uint64_t version, const MessageFields& fields) const;
     bool stands(Appender* appender, std::uint64_t version) const;
 
     Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());

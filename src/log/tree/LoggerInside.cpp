@@ -1,6 +1,7 @@
 #include "log/tree/LoggerInside.h"
 
 #include "log/async/AsynchronousDispatcher.h"
+#include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 
@@ -24,11 +25,17 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
     const LibraryCall call;
     if (lockFor(call)) {
         const ScopedLock lock(criticalSection_, ADOPT_LOCK);
-        if (const auto message = makeMessage(level, text, line, file, type)) {
-            dispatchMessage(*message, !call.isNested());
+        const Time now = Time::now();
+        if (type == CFG || passesExpiration(level, now)) {
+            dispatchMessage({logger_.name_, now, level, text, line, file, type}, !call.isNested());
         }
-    } else if (auto message = makeMessage(level, text, line, file, type)) {
-        PutOffMessages::instance().keep(logger_, std::move(*message), dispatchPutOff);
+        return;
+    }
+    const Time now = Time::now();
+    if (type == CFG || passesExpiration(level, now)) {
+        PutOffMessages::instance().keep(
+            logger_, LogMessage(logger_.name_, now, level, std::string(text), line, std::string(file), type),
+            dispatchPutOff);
     }
 }
 
@@ -43,16 +50,7 @@ bool Logger::Inside::lockFor(const LibraryCall& call) {
     return !call.hasPutOffMessages() && criticalSection_.tryLock();
 }
 
-/// \return a message of this moment, or nothing if the level that it reached has expired by now
-std::optional<LogMessage> Logger::Inside::makeMessage(Level::LogLevel level, std::string_view text, int line,
-                                                      std::string_view file, MessageType type) {
-    const Time now = Time::now();
-    if (type == LOG && !passesExpiration(level, now)) {
-        return std::nullopt;
-    }
-    return LogMessage(logger_.name_, now, level, std::string(text), line, std::string(file), type);
-}
-
+/// \return whether a message that reached the level when it was logged still does at this moment
 bool Logger::Inside::passesExpiration(Level::LogLevel level, Time now) {
     if (!isExpired(now)) {
         return true;
@@ -73,7 +71,7 @@ bool Logger::Inside::isExpired(Time now) const {
 
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
 /// \param mayWait whether it may wait for room in the queue
-void Logger::Inside::dispatchMessage(const LogMessage& message, bool mayWait) {
+void Logger::Inside::dispatchMessage(const MessageFields& message, bool mayWait) {
     const AppenderList::Outcome outcome = appenders_.output(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
         AsynchronousDispatcher::instance().enqueue(message, mayWait);

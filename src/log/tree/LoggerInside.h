@@ -1,6 +1,5 @@
 #pragma once
 
-#include "log/LogMessage.h"
 #include "log/Logger.h"
 #include "log/MessageType.h"
 #include "log/tree/AppenderList.h"
@@ -13,7 +12,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +19,8 @@ namespace ZAV {
 namespace Log {
 
 class LibraryCall;
+class LogMessage;
+struct MessageFields;
 
 /// What applications do not see of a logger.
 struct Logger::Inside {
@@ -74,11 +74,9 @@ struct Logger::Inside {
 
 private:
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
-    std::optional<LogMessage> makeMessage(Level::LogLevel level, std::string_view text, int line,
-                                          std::string_view file, MessageType type);
     bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
-    void dispatchMessage(const LogMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    void dispatchMessage(const MessageFields& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
     static void dispatchPutOff(Logger& logger, const LogMessage& message);
 
     bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());

@@ -13,7 +13,7 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
-/// Symbolic links count as what they lead to; an entry that vanished meanwhile counts as a file.
+/// A symbolic link counts as what it points to; an entry that has vanished in the meantime counts as a file.
 bool isDirectory(DIR* directory, const dirent& entry) {
     if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) {
         return entry.d_type == DT_DIR;

@@ -10,13 +10,13 @@ namespace Platform {
 
 namespace {
 
-/// For file systems that cannot rename without overwriting in one step: a second name is only given if it is
-/// free, and the first is taken away afterwards.
+/// For file systems that have no rename that refuses to overwrite: `link` gives the file a second name only
+/// if that name is free, and the first name is then removed.
 bool renameByLink(const char* from, const char* to) {
     return link(from, to) == 0 && unlink(from) == 0;
 }
 
-/// For file systems that know no hard links either. A name that appears between the two calls is overwritten.
+/// For file systems without hard links. A file that appears between the two calls is overwritten.
 bool renameIfAbsent(const char* from, const char* to) {
     return access(to, F_OK) != 0 && errno == ENOENT && std::rename(from, to) == 0;
 }

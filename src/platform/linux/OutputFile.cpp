@@ -10,7 +10,7 @@ namespace Platform {
 
 namespace {
 
-constexpr mode_t READABLE_AND_WRITABLE = 0666; // less what the process masks
+constexpr mode_t READABLE_AND_WRITABLE = 0666; // minus the umask
 
 /// \return false if the system did not take the whole text
 bool writeAll(int descriptor, const char* text, std::size_t size) {

@@ -9,7 +9,7 @@ namespace Platform {
 
 namespace {
 
-/// The system adds this to the path once the executable was replaced or deleted, as an update in place does.
+/// The system appends this to the path once the executable has been deleted or replaced, as by an update.
 void removeDeletedMark(std::string& path) {
     const std::string mark = " (deleted)";
     if (path.size() > mark.size() && path.compare(path.size() - mark.size(), mark.size(), mark) == 0) {

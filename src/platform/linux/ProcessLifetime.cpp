@@ -10,7 +10,7 @@ void atProcessEnd(void (*handler)()) {
 }
 
 void keepLibraryLoaded() {
-    // The library is linked with "-z nodelete", which holds for all of its users, threads or not.
+    // The library is linked with "-z nodelete", so nothing unloads it anyway.
 }
 
 } // namespace Platform

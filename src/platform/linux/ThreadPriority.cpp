@@ -17,7 +17,7 @@ id_t currentThread() {
     return static_cast<id_t>(gettid());
 }
 
-/// A request counts from the process's own nice value, which its first thread has.
+/// Priorities are relative to the process's own nice value, which is that of its first thread.
 int niceFor(int priority) {
     const int processNice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
     return std::min(processNice - priority * NICE_STEPS_PER_PRIORITY, NICE_OF_LEAST_PRIORITY);

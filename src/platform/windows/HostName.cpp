@@ -7,7 +7,7 @@ namespace Platform {
 
 namespace {
 
-/// The system counts the starts of its sockets library, so that calls from several threads may overlap.
+/// The system counts how often its sockets library is started, so calls from several threads may overlap.
 class SocketsLibrary {
 public:
     SocketsLibrary() {

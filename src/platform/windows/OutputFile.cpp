@@ -9,8 +9,8 @@ namespace Platform {
 
 namespace {
 
-/// A right to append, and no other, has the system find the end in the same step as it writes; the C runtime
-/// would look for it first, and two processes could find the same.
+/// With the right to append and no other, the system finds the end of the file and writes in one step. The C
+/// runtime would look for the end first, so that two processes could write to the same place.
 HANDLE openHandle(const char* path, OutputFile::Mode mode) {
     const bool truncate = mode == OutputFile::TRUNCATE;
     const DWORD access = truncate ? GENERIC_WRITE : FILE_APPEND_DATA;

@@ -6,8 +6,8 @@ namespace ZAV {
 namespace Platform {
 
 void atProcessEnd(void (*)()) {
-    // A library hears of the process's end when its threads are gone, wherever they stood: nothing is left to
-    // wait for, and a lock that one of them held is never released.
+    // When a library hears of the end of the process, the other threads are gone already, wherever they were:
+    // there is nothing left to wait for, and a lock that one of them was holding is never released.
 }
 
 void keepLibraryLoaded() {

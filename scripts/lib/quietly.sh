@@ -1,0 +1,40 @@
+# Sourced by the scripts; they set "root" to the project's folder.
+
+# The file that holds the output of the step with that name.
+log_of() {
+    echo "$root/build/logs/$1.log"
+}
+
+# Runs a command and shows its output only if it fails, and then what to do about it.
+# usage: quietly STEP ADVICE COMMAND [ARGUMENT...]
+# A function as the command must hand its own failures on: "set -e" has no effect in it.
+quietly() {
+    local log advice=$2 status=0
+    log=$(log_of "$1")
+    shift 2
+    mkdir -p "$(dirname "$log")"
+    "$@" >"$log" 2>&1 || status=$?
+    if [ "$status" -ne 0 ]; then
+        {
+            cat "$log"
+            echo
+            echo "Failed: $*"
+            echo "$advice"
+            echo "Its output is above and in $log."
+        } >&2
+    fi
+    return "$status"
+}
+
+# Configures and builds one of the presets in CMakePresets.json.
+# usage: build_preset PRESET [ARGUMENT OF THE BUILD...]
+build_preset() {
+    quietly "build-$1" "If $root/build/$1 is from another place or compiler, remove that folder and try again." \
+        configure_and_build "$@"
+}
+
+configure_and_build() {
+    local preset=$1
+    shift
+    (cd "$root" && cmake --preset "$preset") && cmake --build "$root/build/$preset" "$@"
+}

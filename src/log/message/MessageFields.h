@@ -1,0 +1,32 @@
+#pragma once
+
+#include "log/LogMessage.h"
+
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+/// What a message says, in texts that somebody else keeps. A message goes through the library in this form
+/// until an appender needs the object.
+struct MessageFields {
+    MessageFields(std::string_view loggerNameText, Util::TimeUtils::Time moment, Level::LogLevel severity,
+                  std::string_view messageText, int sourceLine, std::string_view sourceFile, MessageType kind)
+        : loggerName(loggerNameText), time(moment), level(severity), text(messageText), line(sourceLine),
+          file(sourceFile), type(kind) {}
+
+    MessageFields(const LogMessage& message)
+        : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
+                        message.getLine(), message.getFile(), message.getType()) {}
+
+    std::string_view loggerName;
+    Util::TimeUtils::Time time;
+    Level::LogLevel level;
+    std::string_view text;
+    int line;
+    std::string_view file;
+    MessageType type;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,99 @@
+// Appends, takes out, reads and swaps, as the input says, and compares with a queue that is too simple to be
+// wrong.
+
+#include "Expect.h"
+
+#include "log/async/MessageBatch.h"
+
+#include <deque>
+#include <fuzzer/FuzzedDataProvider.h>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+
+namespace {
+
+struct Queue {
+    MessageBatch batch;
+    std::deque<LogMessage> model;
+};
+
+bool areEqual(const LogMessage& a, const LogMessage& b) {
+    return a.getLoggerName() == b.getLoggerName() && a.getTime() == b.getTime() &&
+           a.getLevel() == b.getLevel() && a.getText() == b.getText() && a.getLine() == b.getLine() &&
+           a.getFile() == b.getFile() && a.getType() == b.getType();
+}
+
+/// A few bytes of input make a long text, so that blocks of every size are filled.
+std::string makeText(FuzzedDataProvider& input) {
+    const auto length = input.ConsumeIntegralInRange<std::size_t>(0, 70'000);
+    std::string text = input.ConsumeRandomLengthString();
+    text.resize(length, text.empty() ? '\0' : text.back());
+    return text;
+}
+
+LogMessage makeMessage(FuzzedDataProvider& input) {
+    std::string loggerName = input.ConsumeRandomLengthString();
+    const Util::TimeUtils::Time time(input.ConsumeIntegral<std::uint64_t>(), Util::TimeUtils::USEC);
+    const auto level = input.PickValueInArray({Level::LEVEL_TRACE, Level::LEVEL_INFO, Level::LEVEL_AUDIT});
+    std::string text = input.ConsumeBool() ? makeText(input) : input.ConsumeRandomLengthString();
+    const int line = input.ConsumeIntegral<int>();
+    std::string file = input.ConsumeRandomLengthString();
+    return LogMessage(std::move(loggerName), time, level, std::move(text), line, std::move(file),
+                      input.PickValueInArray({LOG, CFG}));
+}
+
+void append(Queue& queue, FuzzedDataProvider& input) {
+    queue.model.push_back(makeMessage(input));
+    queue.batch.append(queue.model.back());
+}
+
+void removeFront(Queue& queue) {
+    if (!queue.model.empty()) {
+        EXPECT(areEqual(queue.batch.removeFront(), queue.model.front()));
+        queue.model.pop_front();
+    }
+}
+
+void compare(const Queue& queue) {
+    EXPECT(queue.batch.size() == queue.model.size());
+    MessageBatch::Reader messages(queue.batch);
+    for (const LogMessage& expected : queue.model) {
+        EXPECT(messages.hasNext());
+        EXPECT(areEqual(messages.next(), expected));
+    }
+    EXPECT(!messages.hasNext());
+}
+
+void swap(Queue& a, Queue& b) {
+    a.batch.swap(b.batch);
+    a.model.swap(b.model);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    Queue queue;
+    Queue other;
+    while (input.remaining_bytes() > 0) {
+        switch (input.ConsumeIntegralInRange(0, 4)) {
+        case 0:
+        case 1:
+            append(queue, input);
+            break;
+        case 2:
+            removeFront(queue);
+            break;
+        case 3:
+            compare(queue);
+            break;
+        default:
+            swap(queue, other);
+            break;
+        }
+    }
+    compare(queue);
+    compare(other);
+    return 0;
+}
