@@ -1,0 +1,65 @@
+#include "check/Checks.h"
+#include "check/KeyTable.h"
+#include "check/Nearest.h"
+#include "config/InitTrial.h"
+#include "log/config/KeyNames.h"
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Log::ValueForm;
+
+/// \return the name of the finding for a value that is rejected; nullptr for a form of which no value is
+const char* idOf(ValueForm form) {
+    switch (form) {
+    case ValueForm::LEVEL:
+        return "bad-level";
+    case ValueForm::MESSAGE_TYPE:
+        return "bad-message-type";
+    case ValueForm::PERIOD:
+        return "bad-expiration";
+    case ValueForm::WHOLE_NUMBER:
+        return "bad-number";
+    default:
+        return nullptr;
+    }
+}
+
+/// \return a configuration that gives `init` nothing to complain about but one line
+Util::Properties trialOf(const Configuration& configuration, const PropertyLine& line,
+                         const KeyMeaning& meaning) {
+    Util::Properties trial;
+    if (meaning.row->section == Log::KeySection::APPENDER) {
+        const DeclaredAppender& appender = *configuration.findAppender(meaning.owner);
+        trial[Log::appenderKey(appender.name)] =
+            appender.reader != 0 ? appender.className : Log::AppenderClass::FILE_SERIES;
+        trial[Log::appenderKey(appender.name, Log::AppenderSetting::LEVEL)] = "AUDIT";
+    }
+    trial[line.key] = line.value;
+    return trial;
+}
+
+} // namespace
+
+void checkRejectedValues(const Configuration& configuration, Findings& findings) {
+    for (const PropertyLine& line : configuration.file().lines()) {
+        const KeyMeaning meaning = configuration.meaningOf(line.key);
+        const char* const id = meaning.kind == KeyMeaning::SETTING ? idOf(meaning.row->form) : nullptr;
+        if (id == nullptr || configuration.missingPartner(meaning) != nullptr) {
+            continue;
+        }
+        const std::string complaint = complaintOfInit(trialOf(configuration, line, meaning));
+        if (!complaint.empty()) {
+            const bool isWord =
+                meaning.row->form != ValueForm::PERIOD && meaning.row->form != ValueForm::WHOLE_NUMBER;
+            const std::string guess = isWord ? nearWord(line.value, wordsOf(*meaning.row)) : std::string();
+            findings.addError(line, id,
+                              guess.empty() ? complaint : "did you mean '" + guess + "'? " + complaint);
+        }
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV
