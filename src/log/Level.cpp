@@ -28,6 +28,9 @@ const NamedLevels& namedLevels() {
     return levels;
 }
 
+/// So that no thread makes them while another one forks.
+const NamedLevels& madeAtLoad = namedLevels();
+
 constexpr std::size_t INDEX_OF_ERROR = 1;
 
 } // namespace

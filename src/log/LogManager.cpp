@@ -6,6 +6,7 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
+#include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
 
 namespace ZAV {
@@ -46,6 +47,7 @@ bool init(const std::string& fileName) {
 }
 
 void finish() {
+    const Platform::NoCancellation noCancellation; // it must not be left half done
     CommandBus::instance().clearCommandListeners();
     AsynchronousDispatcher::instance().stop();
     AppenderRegistry::instance().destroyAppenders();

@@ -1,6 +1,7 @@
 #include "log/LogSession.h"
 
 #include "log/LogManager.h"
+#include "platform/CancellationGuard.h"
 #include "zav-util/StandardError.h"
 
 #include <exception>
@@ -16,6 +17,7 @@ LogSession::~LogSession() {
     if (!hasInitialised_) {
         return;
     }
+    const Platform::NoCancellation noCancellation; // nothing may be thrown out of here
     try {
         LogManager::flush();
         LogManager::finish();

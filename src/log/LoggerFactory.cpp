@@ -52,6 +52,13 @@ Logger& LoggerFactory::getRootLogger() {
     return root;
 }
 
+namespace {
+
+/// So that no thread makes it while another one forks.
+const Logger& madeAtLoad = LoggerFactory::getRootLogger();
+
+} // namespace
+
 Logger& LoggerFactory::getLogger(const std::string& name) {
     return getRootLogger().getLogger(baseName(name));
 }

@@ -17,5 +17,9 @@ private:
     int before_ = 0; ///< the state to return to
 };
 
+/// Ends the calling thread here if that was requested. For the beginning of a call, where nothing is half
+/// done.
+void actOnCancellation();
+
 } // namespace Platform
 } // namespace ZAV

@@ -1,18 +1,22 @@
 #pragma once
 
+#include "platform/FileRules.h"
+
+#include <cstdint>
 #include <string>
 
 namespace ZAV {
 namespace Platform {
 
-/// A text file for writing, without a buffer: once `write` returns, the text has left the process. The
-/// destructor closes the file. A failure is remembered until the next file is opened, as in the streams of
-/// the standard library. It has no lock: one thread at a time may use it.
+/// A text file that is open for writing, without a buffer: what is written has left the process. Every write
+/// goes to the end that the file has at that moment, so that several writers, and others that empty the file,
+/// leave no holes. It closes with its scope. A failure is remembered until the next file opens, as a stream
+/// of the standard library does. It has no lock.
 class OutputFile {
 public:
     enum Mode {
         TRUNCATE, ///< the content of a file that exists is lost
-        APPEND    ///< every write goes to the end that the file has at that moment
+        APPEND    ///< it is kept
     };
 
     OutputFile() noexcept = default;
@@ -20,9 +24,8 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Opens a file and creates it if it does not exist; no other file may be open. What goes wrong shows in
-    /// `hasFailed`, here and below.
-    void open(const std::string& path, Mode mode) noexcept;
+    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible.
+    void open(const std::string& path, Mode mode, const FileRules& rules = FileRules()) noexcept;
 
     /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
     /// end. It is a failure if the system does not accept the whole text.
@@ -33,6 +36,16 @@ public:
 
     bool isOpen() const noexcept { return descriptor_ != NONE; }
     bool hasFailed() const noexcept { return failed_; }
+
+    /// \return whether the path leads to the open file, not to another one or to none
+    bool isAt(const std::string& path) const noexcept;
+
+    /// \return the size of the open file in bytes; 0 if it has none
+    std::uint64_t size() const noexcept;
+
+    /// \param path leads to the open file
+    /// \return whether the open file has a last line without an end; false if it cannot be read
+    bool endsInTornLine(const std::string& path) const noexcept;
 
 private:
     static constexpr int NONE = -1;

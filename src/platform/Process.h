@@ -11,5 +11,9 @@ std::string executablePath();
 /// \return the id of this process
 int processId();
 
+/// \return whether a process of that id exists; one that has ended counts until its parent has asked for its
+///         result, and another that got the id meanwhile counts as well
+bool isProcessAlive(int id);
+
 } // namespace Platform
 } // namespace ZAV

@@ -3,6 +3,7 @@
 
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
+#include "log/appenders/FileAppender.h"
 
 #include <cstdlib>
 #include <new>
@@ -13,6 +14,7 @@ using namespace ZAV::Log;
 namespace {
 
 thread_local std::size_t allocations = 0;
+thread_local std::size_t failingAllocation = 0; ///< as `allocations` counts them; 0 for none
 
 } // namespace
 
@@ -20,6 +22,9 @@ thread_local std::size_t allocations = 0;
 
 void* operator new(std::size_t size) {
     ++allocations;
+    if (allocations == failingAllocation) {
+        throw std::bad_alloc();
+    }
     if (void* const memory = std::malloc(size)) {
         return memory;
     }
@@ -110,4 +115,45 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     });
     // The queue takes a block for every few hundred messages.
     EXPECT_LE(allocations, MESSAGES / 100);
+}
+
+namespace {
+
+/// \return false if the allocation of that number, counted from the call on, did not take place
+template <typename Call>
+bool failsAtAllocation(std::size_t number, Call call) {
+    const std::size_t before = allocations;
+    failingAllocation = before + number;
+    try {
+        call();
+    } catch (const std::bad_alloc&) {
+    }
+    const bool hasFailed = allocations >= failingAllocation;
+    failingAllocation = 0;
+    return hasFailed;
+}
+
+} // namespace
+
+TEST(RotatingFile, MovesTheSeriesOnceWhateverAllocationFails) {
+    for (std::size_t number = 1;; ++number) {
+        const TestSupport::TemporaryDirectory directory;
+        const std::string livePath = directory / "a-name-longer-than-a-string-holds-in-itself.";
+        for (const char* index : {"0", "1", "2"}) {
+            TestSupport::writeFile(livePath + index, index);
+        }
+        FileAppender appender("x", true, {}, directory.path(), "a-name-longer-than-a-string-holds-in-itself.",
+                              2, 1000, Util::TimeUtils::Time());
+        const bool hasFailed =
+            failsAtAllocation(number, [&] { appender.output(TestSupport::makeMessage("a")); });
+        const LogMessage last = TestSupport::makeMessage("last");
+        appender.output(last);
+        EXPECT_THAT(TestSupport::readFile(livePath + "0"), testing::EndsWith(formatLogLine(last) + "\n"));
+        EXPECT_EQ(TestSupport::readFile(livePath + "1") + TestSupport::readFile(livePath + "2"), "01")
+            << "allocation " << number;
+        if (!hasFailed) {
+            EXPECT_GT(number, 10U);
+            return;
+        }
+    }
 }

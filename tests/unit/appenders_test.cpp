@@ -80,6 +80,22 @@ TEST(StdoutAppender, WritesOneFlushedLineToTheChosenStream) {
     }
 }
 
+TEST(Escape, KeepsEveryMessageOnOneLineInAllClasses) {
+    const Time time = Time::now();
+    const LogMessage message("l\\\n", time, Level::INFO, "a\nb\rc\td\x01\x7f\xc3\xa9", 1, "f\n", LOG);
+    const LogMessage escaped("l\\\\\\n", time, Level::INFO, "a\\nb\\rc\\td\\x01\\x7f\xc3\xa9", 1, "f\\n",
+                             LOG);
+    const TemporaryDirectory directory;
+    const Settings settings{{"escape", "true"}, {"dir", directory.path()}};
+    const StreamCapture capture(std::cout);
+    build<StdoutAppenderBuilder>(settings)->output(message);
+    build<FileAppenderBuilder>(settings)->output(message);
+    build<SimpleFileAppenderBuilder>(settings)->output(message);
+    EXPECT_EQ(capture.text(), formatLogLine(escaped) + "\n");
+    EXPECT_EQ(readFile(directory / "x0"), formatLogLine(escaped) + "\n");
+    EXPECT_EQ(readFile(directory / "x"), formatLogLineWithProcess(escaped) + "\n");
+}
+
 TEST(SimpleFileAppender, AppendsAndRecoversWhenTheDirectoryAppears) {
     const TemporaryDirectory directory;
     RecordingListener listener;

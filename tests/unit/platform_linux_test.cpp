@@ -4,13 +4,18 @@
 
 #include "log/appenders/FileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
+#include "platform/Directory.h"
 #include "platform/Files.h"
 #include "platform/OutputFile.h"
+#include "platform/Process.h"
+#include "zav-util/StandardError.h"
+#include "zav-util/SystemInformation.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -101,6 +106,42 @@ TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
     reader.join();
     EXPECT_FALSE(file.hasFailed());
     EXPECT_TRUE(received == text);
+}
+
+TEST(NoCancellation, PutsOffACancellationThatIsAskedForBeforeASystemCall) {
+    const TemporaryDirectory directory;
+    std::atomic<bool> isThrough{false};
+    std::thread thread([&] {
+        pthread_cancel(pthread_self());
+        Platform::OutputFile file;
+        file.open(directory / "a", Platform::OutputFile::APPEND);
+        file.write("a");
+        file.close();
+        Util::writeErrorLine("cancelled");
+        std::vector<std::string> names;
+        Platform::listFiles(directory.path(), names);
+        isThrough = true;
+        pthread_testcancel();
+        isThrough = false;
+    });
+    thread.join();
+    EXPECT_TRUE(isThrough);
+    EXPECT_EQ(readFile(directory / "a"), "a");
+}
+
+/// It runs once more as a program of another name.
+TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
+    const std::string name = "odd (deleted)";
+    if (Util::getProgramName() == name) {
+        std::filesystem::remove(Platform::executablePath());
+        EXPECT_EQ(Util::getProgramName(), name);
+        return;
+    }
+    const TemporaryDirectory directory;
+    std::filesystem::copy_file(Platform::executablePath(), directory / name);
+    const std::string command = "'" + (directory / name) + "' --gtest_filter='Process.IsCalled*' >&2";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_FALSE(fileExists(directory / name)) << "it did not run under that name";
 }
 
 TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {

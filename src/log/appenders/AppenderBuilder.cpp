@@ -3,7 +3,6 @@
 #include "log/commands/CommandBus.h"
 #include "log/config/AppenderSettings.h"
 #include "log/config/KeyNames.h"
-#include "log/config/ValueReaders.h"
 #include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/FilterLogger.h"
@@ -35,9 +34,8 @@ AppenderBuilder::~AppenderBuilder() = default;
 
 AppenderBuilder& AppenderBuilder::configure(const Util::Properties& properties) {
     const AppenderSettings settings(name_, properties);
-    std::string value;
-    if (settings.get(AppenderSetting::ASYNCHRONOUS, value)) {
-        synchronous_ = !readBoolean(value).value_or(false);
+    if (settings.has(AppenderSetting::ASYNCHRONOUS)) {
+        synchronous_ = !settings.getBoolean(AppenderSetting::ASYNCHRONOUS, false);
     }
     if (settings.has(AppenderSetting::FILTERS)) {
         filters_.push_back(boost::make_shared<FilterLogger>(name_, properties));

@@ -1,6 +1,7 @@
 #include "log/appenders/FileAppender.h"
 
 #include "log/LogException.h"
+#include "log/layout/LineEscaping.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/Directory.h"
@@ -20,6 +21,8 @@ namespace {
 
 constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
 
+constexpr char LIVE_INDEX = '0';
+
 /// \return a number beyond every index if the name does not end in a digit
 std::uint64_t indexOf(const std::string& fileName) {
     return static_cast<std::uint64_t>(fileName.back() - '0');
@@ -29,23 +32,39 @@ std::uint64_t indexOf(const std::string& fileName) {
 
 FileAppender::FileAppender(const std::string& name, bool synchronous, const Filters& filters,
                            const std::string& dir, const std::string& file, std::uint64_t fileNumber,
-                           std::uint64_t fileMaxSize, const Time& fileMaxLifetime)
+                           std::uint64_t fileMaxSize, const Time& fileMaxLifetime, const FileOptions& options)
     : Appender(name, synchronous, filters), dir_(dir), file_(file),
       fileNumber_(std::min(fileNumber, HIGHEST_FILE_NUMBER)), fileMaxSize_(fileMaxSize),
-      openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime) {}
+      openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime), options_(options),
+      livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_), lookTime_(openTime_) {}
 
+/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
+/// forks can wait until no line is half written.
 void FileAppender::doOutput(const LogMessage& message) {
     const Platform::ScopedLock lock(criticalSection_);
-    write(message);
-}
-
-void FileAppender::write(const LogMessage& message) {
+    recover();
     checkFile();
     renderLine(message);
     prepareFile(currentSize_ + line_.size());
-    currentSize_ += line_.size();
-    outputFile_.write(line_);
-    checkFile(); // a line that did not reach the file, on a full disk for example, is reported
+    write(line_);
+}
+
+/// Brings a file back that has failed, or that is gone from its name. A failure here is the one to report,
+/// not an older one.
+void FileAppender::recover() {
+    if (options_.recovery == Time() || !isTimeToLook()) {
+        return;
+    }
+    lookTime_ = Time::now();
+    const bool isGone = outputFileStream_.isOpen() && !outputFileStream_.isAt(livePath_);
+    if (outputFileStream_.hasFailed() || isGone) {
+        continueFile();
+    }
+}
+
+/// A clock that was set back makes a difference that is huge, so that it does not put the look off.
+bool FileAppender::isTimeToLook() const {
+    return Time::now().microseconds() - lookTime_.microseconds() >= options_.recovery.microseconds();
 }
 
 void FileAppender::renderLine(const LogMessage& message) {
@@ -53,26 +72,34 @@ void FileAppender::renderLine(const LogMessage& message) {
         line_ = std::string();
     }
     line_.clear();
-    appendLogLine(line_, message);
+    if (options_.escape) {
+        appendEscaped(line_, message, appendLogLine);
+    } else {
+        appendLogLine(line_, message);
+    }
     line_ += '\n';
 }
 
-void FileAppender::checkFile() const {
-    if (outputFile_.hasFailed()) {
-        throw LogException("outputFileStream_.fail()");
-    }
-}
-
-/// Sees to it that the live file is open and has room for the next line.
+/// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
+/// memory is taken up by the next message where this one stopped.
 void FileAppender::prepareFile(std::uint64_t newSize) {
-    if (!outputFile_.isOpen()) {
-        browseFiles();
-    } else if (newSize > fileMaxSize_ || isTooOld()) {
-        outputFile_.close();
-    } else {
+    if (outputFileStream_.isOpen() && newSize <= fileMaxSize_ && !isTooOld()) {
         return;
     }
-    rotateFiles();
+    if (!owner_.mayRotate()) {
+        if (!outputFileStream_.isOpen() || !outputFileStream_.isAt(livePath_)) {
+            continueFile();
+        }
+        return;
+    }
+    outputFileStream_.close();
+    if (!hasRotated_) {
+        if (mustBrowse_) {
+            browseFiles();
+        }
+        rotateFiles();
+        hasRotated_ = true;
+    }
     openFile();
 }
 
@@ -80,7 +107,7 @@ bool FileAppender::isTooOld() const {
     return fileMaxLifetime_ != Time() && Time::now() > openTime_ + fileMaxLifetime_;
 }
 
-/// Finds the files that an earlier run left.
+/// Finds the files that an earlier run or another process left.
 void FileAppender::browseFiles() {
     std::vector<std::string> entries;
     if (!Platform::listFiles(dir_, entries)) {
@@ -90,9 +117,12 @@ void FileAppender::browseFiles() {
             Util::format("FindFirstFile returned %d while trying to browse files by pattern %s",
                          invalidHandle, pattern.c_str()));
     }
-    std::copy_if(entries.begin(), entries.end(), std::back_inserter(fileNames_),
+    std::deque<std::string> found;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(found),
                  [this](const std::string& entry) { return isInSeries(entry); });
-    std::sort(fileNames_.begin(), fileNames_.end());
+    std::sort(found.begin(), found.end());
+    fileNames_.swap(found);
+    mustBrowse_ = false;
 }
 
 bool FileAppender::isInSeries(const std::string& fileName) const {
@@ -101,31 +131,74 @@ bool FileAppender::isInSeries(const std::string& fileName) const {
 }
 
 /// Makes room for a new live file. It works from the highest index down, so that no file is renamed onto
-/// another of the series; a file that cannot be deleted or renamed stays where it is.
+/// another of the series; a file that cannot be deleted or renamed stays where it is. All memory is taken
+/// before the first file is touched, so that the series moves as a whole or not at all.
 void FileAppender::rotateFiles() {
-    if (fileNames_.empty()) {
-        return;
+    struct Renaming {
+        std::string* name;
+        std::string from;
+        std::string to;
+    };
+    std::vector<Renaming> renamings;
+    for (auto name = fileNames_.rbegin(); name != fileNames_.rend(); ++name) {
+        std::string next = *name;
+        ++next.back();
+        renamings.push_back({&*name, pathOf(*name), pathOf(next)});
     }
-    if (indexOf(fileNames_.back()) >= fileNumber_) {
-        Platform::removeFile(pathOf(fileNames_.back()));
+    const bool isFull = !fileNames_.empty() && indexOf(fileNames_.back()) >= fileNumber_;
+    if (isFull) {
+        Platform::removeFile(renamings.front().from);
         fileNames_.pop_back();
     }
-    for (auto fileName = fileNames_.rbegin(); fileName != fileNames_.rend(); ++fileName) {
-        const std::string oldPath = pathOf(*fileName);
-        ++fileName->back();
-        Platform::renameFile(oldPath, pathOf(*fileName));
+    for (auto renaming = renamings.begin() + (isFull ? 1 : 0); renaming != renamings.end(); ++renaming) {
+        ++renaming->name->back();
+        Platform::renameFile(renaming->from, renaming->to);
     }
 }
 
 void FileAppender::openFile() {
-    const std::string fileName = file_ + "0";
-    outputFile_.open(pathOf(fileName), Platform::OutputFile::TRUNCATE);
-    if (outputFile_.hasFailed()) {
-        throw LogException("Unable to open the file: " + pathOf(fileName));
-    }
-    fileNames_.push_front(fileName);
+    fileNames_.push_front(file_ + LIVE_INDEX);
+    hasRotated_ = false; // from here on the series has its live file, or has failed
+    openLiveFile(Platform::OutputFile::TRUNCATE);
     currentSize_ = 0;
-    openTime_ = Time::now();
+}
+
+/// Opens the live file where it ends and leaves the older files where they are: whoever put it there, what it
+/// holds is kept.
+void FileAppender::continueFile() {
+    mustBrowse_ = true;
+    hasRotated_ = false;
+    outputFileStream_.close();
+    openLiveFile(Platform::OutputFile::APPEND);
+    currentSize_ = outputFileStream_.size();
+    if (outputFileStream_.endsInTornLine(livePath_)) {
+        write("\n");
+    }
+}
+
+void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
+    lookTime_ = Time::now();
+    outputFileStream_.open(livePath_, mode, options_.rules);
+    if (outputFileStream_.hasFailed()) {
+        throw LogException("Unable to open the file: " + livePath_);
+    }
+    openTime_ = lookTime_;
+}
+
+/// A line that does not reach the file, on a full disk for example, is reported.
+void FileAppender::write(const std::string& text) {
+    currentSize_ += text.size();
+    outputFileStream_.write(text);
+    if (outputFileStream_.hasFailed()) {
+        lookTime_ = Time::now();
+    }
+    checkFile();
+}
+
+void FileAppender::checkFile() const {
+    if (outputFileStream_.hasFailed()) {
+        throw LogException("outputFileStream_.fail()");
+    }
 }
 
 std::string FileAppender::pathOf(const std::string& fileName) const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "log/Appender.h"
+#include "log/appenders/FileOptions.h"
+#include "log/appenders/SeriesOwner.h"
 #include "platform/CriticalSection.h"
 #include "platform/OutputFile.h"
 #include "zav-util/TimeUtils.h"
@@ -17,6 +19,8 @@ namespace Log {
 /// A file is named by the base name and one digit: 0 is the live file, 1 the most recent of the older ones.
 /// The live file gives way to a new one when the next line would make it too large, or when it has been open
 /// too long; each older file then moves up by one, and the one beyond the highest index is deleted.
+///
+/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`.
 class FileAppender : public Appender {
 public:
     /// So that an index is always one digit.
@@ -29,23 +33,27 @@ public:
     /// \param fileMaxLifetime how long the live file may be open; 0 for ever
     FileAppender(const std::string& name, bool synchronous, const Filters& filters, const std::string& dir,
                  const std::string& file, std::uint64_t fileNumber, std::uint64_t fileMaxSize,
-                 const Util::TimeUtils::Time& fileMaxLifetime);
+                 const Util::TimeUtils::Time& fileMaxLifetime, const FileOptions& options = FileOptions());
 
 protected:
     /// \throw LogException if the directory cannot be listed (the next message tries again), or if the live
-    ///        file cannot be opened or written (every later message fails as well)
+    ///        file cannot be opened or written (every later message fails as well, until a recovery)
     void doOutput(const LogMessage& message) override;
 
 private:
-    void write(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
+    void recover() ZAV_LOG_REQUIRES(criticalSection_);
+    bool isTimeToLook() const ZAV_LOG_REQUIRES(criticalSection_);
     void renderLine(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
-    void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     void prepareFile(std::uint64_t newSize) ZAV_LOG_REQUIRES(criticalSection_);
     bool isTooOld() const ZAV_LOG_REQUIRES(criticalSection_);
     void browseFiles() ZAV_LOG_REQUIRES(criticalSection_);
     bool isInSeries(const std::string& fileName) const;
     void rotateFiles() ZAV_LOG_REQUIRES(criticalSection_);
     void openFile() ZAV_LOG_REQUIRES(criticalSection_);
+    void continueFile() ZAV_LOG_REQUIRES(criticalSection_);
+    void openLiveFile(Platform::OutputFile::Mode mode) ZAV_LOG_REQUIRES(criticalSection_);
+    void write(const std::string& text) ZAV_LOG_REQUIRES(criticalSection_);
+    void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     std::string pathOf(const std::string& fileName) const;
 
     std::string dir_;
@@ -57,9 +65,18 @@ private:
     Util::TimeUtils::Time fileMaxLifetime_;
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
-    Platform::OutputFile outputFile_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
+
+    const FileOptions options_;
+    const std::string livePath_;
+    SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    /// Whether others may have changed the series since `fileNames_` was read.
+    bool mustBrowse_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
+    /// Whether the older files have moved up already for a live file that is not open yet.
+    bool hasRotated_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
+    Util::TimeUtils::Time lookTime_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
+    std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
 };
 
 } // namespace Log

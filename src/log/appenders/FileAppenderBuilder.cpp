@@ -14,7 +14,7 @@ FileAppenderBuilder::FileAppenderBuilder(const std::string& name) : AppenderBuil
 
 Appender* FileAppenderBuilder::build() {
     return new FileAppender(name_, synchronous_, filters_, dir_, file_, fileNumber_, fileMaxSize_,
-                            fileMaxLifetime_);
+                            fileMaxLifetime_, options_);
 }
 
 FileAppenderBuilder& FileAppenderBuilder::configure(const Util::Properties& properties) {
@@ -29,6 +29,7 @@ FileAppenderBuilder& FileAppenderBuilder::configure(const Util::Properties& prop
     }
     configureSize(settings);
     configureLifetime(settings);
+    options_.read(settings);
     return *this;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/FileOptions.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
@@ -10,9 +11,8 @@ namespace Log {
 
 class AppenderSettings;
 
-/// Makes a `FileAppender`; adds the keys "dir", "file", "fileNumber", "fileMaxSize" with "fileMaxSizeUnit",
-/// and "fileMaxLifetime" with "fileMaxLifetimeUnit". Each of the two pairs counts only when both keys are
-/// present.
+/// Makes a `FileAppender`; adds the keys of its files. "fileMaxSize" and "fileMaxLifetime" count only when
+/// their units are present, too.
 class FileAppenderBuilder : public AppenderBuilder {
 public:
     explicit FileAppenderBuilder(const std::string& name);
@@ -29,6 +29,7 @@ private:
     std::uint64_t fileNumber_ = 3;
     std::uint64_t fileMaxSize_ = std::uint64_t{10} * 1024 * 1024; ///< bytes
     Util::TimeUtils::Time fileMaxLifetime_ = Util::TimeUtils::Time(1, Util::TimeUtils::DAY);
+    FileOptions options_;
 };
 
 } // namespace Log

@@ -1,6 +1,7 @@
 #include "log/appenders/SimpleFileAppender.h"
 
 #include "log/LogException.h"
+#include "log/layout/LineEscaping.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/OutputFile.h"
@@ -9,23 +10,26 @@ namespace ZAV {
 namespace Log {
 
 SimpleFileAppender::SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
-                                       const std::string& dir, const std::string& file)
-    : Appender(name, synchronous, filters), dir_(dir), file_(file) {}
+                                       const std::string& dir, const std::string& file,
+                                       const FileOptions& options)
+    : Appender(name, synchronous, filters), dir_(dir), file_(file), options_(options) {}
 
+/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
+/// forks can wait until no line is half written.
 void SimpleFileAppender::doOutput(const LogMessage& message) {
     const Platform::ScopedLock lock(criticalSection_);
-    append(message);
-}
-
-void SimpleFileAppender::append(const LogMessage& message) const {
     const std::string path = dir_ + "/" + file_;
     Platform::OutputFile file;
-    file.open(path, Platform::OutputFile::APPEND);
+    file.open(path, Platform::OutputFile::APPEND, options_.rules);
     if (file.hasFailed()) {
         throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
     }
     std::string line;
-    appendLogLineWithProcess(line, message);
+    if (options_.escape) {
+        appendEscaped(line, message, appendLogLineWithProcess);
+    } else {
+        appendLogLineWithProcess(line, message);
+    }
     line += '\n';
     file.write(line);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "log/Appender.h"
+#include "log/appenders/FileOptions.h"
 #include "platform/CriticalSection.h"
 
 namespace ZAV {
@@ -12,18 +13,18 @@ class SimpleFileAppender : public Appender {
 public:
     /// \param dir directory of the file; it is never created
     SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
-                       const std::string& dir, const std::string& file);
+                       const std::string& dir, const std::string& file,
+                       const FileOptions& options = FileOptions());
 
 protected:
     /// \throw LogException if the file cannot be opened; the next message tries again
     void doOutput(const LogMessage& message) override;
 
 private:
-    void append(const LogMessage& message) const ZAV_LOG_REQUIRES(criticalSection_);
-
     std::string dir_;
     std::string file_;
     Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
+    const FileOptions options_;
 };
 
 } // namespace Log

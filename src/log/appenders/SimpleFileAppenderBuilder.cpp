@@ -11,7 +11,7 @@ SimpleFileAppenderBuilder::SimpleFileAppenderBuilder(const std::string& name)
     : AppenderBuilder(name), file_(name) {}
 
 Appender* SimpleFileAppenderBuilder::build() {
-    return new SimpleFileAppender(name_, synchronous_, filters_, dir_, file_);
+    return new SimpleFileAppender(name_, synchronous_, filters_, dir_, file_, options_);
 }
 
 SimpleFileAppenderBuilder& SimpleFileAppenderBuilder::configure(const Util::Properties& properties) {
@@ -19,6 +19,7 @@ SimpleFileAppenderBuilder& SimpleFileAppenderBuilder::configure(const Util::Prop
     const AppenderSettings settings(name_, properties);
     settings.get(AppenderSetting::DIR, dir_);
     settings.get(AppenderSetting::FILE_NAME, file_);
+    options_.read(settings);
     return *this;
 }
 

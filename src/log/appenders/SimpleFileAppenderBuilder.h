@@ -1,11 +1,12 @@
 #pragma once
 
 #include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/FileOptions.h"
 
 namespace ZAV {
 namespace Log {
 
-/// Makes a `SimpleFileAppender`; adds the keys "dir" and "file".
+/// Makes a `SimpleFileAppender`; adds the keys of its file.
 class SimpleFileAppenderBuilder : public AppenderBuilder {
 public:
     explicit SimpleFileAppenderBuilder(const std::string& name);
@@ -16,6 +17,7 @@ public:
 private:
     std::string dir_ = ".";
     std::string file_; ///< the appender's name unless it is configured
+    FileOptions options_;
 };
 
 } // namespace Log

@@ -1,7 +1,9 @@
 #include "log/appenders/StdoutAppender.h"
 
+#include "log/layout/LineEscaping.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
+#include "platform/CancellationGuard.h"
 
 #include <ostream>
 
@@ -9,14 +11,19 @@ namespace ZAV {
 namespace Log {
 
 StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const Filters& filters,
-                               std::ostream* stream)
-    : Appender(name, synchronous, filters), stream_(stream) {}
+                               std::ostream* stream, bool escape)
+    : Appender(name, synchronous, filters), stream_(stream), escape_(escape) {}
 
 /// The line and its end are one write, so that lines of different threads never mix.
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
-    appendLogLine(line, message);
+    if (escape_) {
+        appendEscaped(line, message, appendLogLine);
+    } else {
+        appendLogLine(line, message);
+    }
     line += '\n';
+    const Platform::NoCancellation guard; // nothing may be unwound inside the stream
     stream_->write(line.data(), static_cast<std::streamsize>(line.size())).flush();
 }
 

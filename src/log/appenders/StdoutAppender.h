@@ -12,13 +12,16 @@ namespace Log {
 class StdoutAppender : public Appender {
 public:
     /// \param stream not owned; it must serialise its writes itself, as the standard streams do
-    StdoutAppender(const std::string& name, bool synchronous, const Filters& filters, std::ostream* stream);
+    /// \param escape whether each message is kept on one line
+    StdoutAppender(const std::string& name, bool synchronous, const Filters& filters, std::ostream* stream,
+                   bool escape = false);
 
 protected:
     void doOutput(const LogMessage& message) override;
 
 private:
     std::ostream* stream_;
+    const bool escape_;
 };
 
 } // namespace Log

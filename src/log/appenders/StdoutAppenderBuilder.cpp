@@ -24,14 +24,16 @@ StdoutAppenderBuilder::StdoutAppenderBuilder(const std::string& name)
     : AppenderBuilder(name), stream_(&std::cout) {}
 
 Appender* StdoutAppenderBuilder::build() {
-    return new StdoutAppender(name_, synchronous_, filters_, stream_);
+    return new StdoutAppender(name_, synchronous_, filters_, stream_, escape_);
 }
 
 StdoutAppenderBuilder& StdoutAppenderBuilder::configure(const Util::Properties& properties) {
     AppenderBuilder::configure(properties);
     std::string streamName = "cout";
-    AppenderSettings(name_, properties).get(AppenderSetting::OSTREAM, streamName);
+    const AppenderSettings settings(name_, properties);
+    settings.get(AppenderSetting::OSTREAM, streamName);
     stream_ = streamNamed(streamName);
+    escape_ = settings.getBoolean(AppenderSetting::ESCAPE, escape_);
     return *this;
 }
 

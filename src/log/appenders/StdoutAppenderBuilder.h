@@ -7,7 +7,8 @@
 namespace ZAV {
 namespace Log {
 
-/// Makes a `StdoutAppender`; adds the key "ostream": "cerr", "clog", or anything else for standard output.
+/// Makes a `StdoutAppender`; adds the keys "ostream" ("cerr", "clog", or anything else for standard output)
+/// and "escape".
 class StdoutAppenderBuilder : public AppenderBuilder {
 public:
     explicit StdoutAppenderBuilder(const std::string& name);
@@ -17,6 +18,7 @@ public:
 
 private:
     std::ostream* stream_;
+    bool escape_ = false;
 };
 
 } // namespace Log

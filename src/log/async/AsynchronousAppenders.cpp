@@ -2,6 +2,7 @@
 
 #include "log/Appender.h"
 #include "log/commands/FailureReport.h"
+#include "log/layout/ShownMessage.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 /// The message object is filled for each appender again: an appender is given the whole batch before the next
 /// one is, and all messages at once would take several times the memory.
-void deliverTo(Appender& appender, const MessageFields& fields) noexcept {
+void give(Appender& appender, const MessageFields& fields) noexcept {
     std::optional<ReusedMessage> message;
     try {
         message.emplace(fields);
@@ -31,15 +32,6 @@ void deliverTo(Appender& appender, const MessageFields& fields) noexcept {
         // Thrown by a listener that was just told of a failed write: it must not end the consumer thread, and
         // with it the log.
         return;
-    }
-}
-
-void deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
-    MessageBatch::Reader messages(batch);
-    while (messages.hasNext()) {
-        const MessageFields fields = messages.next();
-        const ReportAnswer answer(messages.answeredReports());
-        deliverTo(appender, fields);
     }
 }
 
@@ -70,6 +62,31 @@ bool AsynchronousAppenders::deliver(const MessageBatch& batch) noexcept {
         deliverTo(*appender, batch);
     }
     return !asynchronousAppenders_.empty();
+}
+
+void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
+    MessageBatch::Reader messages(batch);
+    delivered_ = &messages;
+    while (delivered_ != nullptr && messages.hasNext()) {
+        const MessageFields fields = messages.next();
+        const ReportAnswer answer(messages.answeredReports());
+        give(appender, fields);
+    }
+    delivered_ = nullptr;
+}
+
+void AsynchronousAppenders::showRestOfDelivery() noexcept {
+    if (!appendersLock_.tryLock()) {
+        return; // another thread delivers
+    }
+    const ScopedLock lock(appendersLock_, Platform::ADOPT_LOCK);
+    while (delivered_ != nullptr && delivered_->hasNext()) {
+        showOnStandardError(SHOWN_AT_PROCESS_END, delivered_->next());
+    }
+}
+
+void AsynchronousAppenders::endDeliveryInChild() noexcept {
+    delivered_ = nullptr;
 }
 
 } // namespace Log

@@ -28,13 +28,23 @@ public:
     /// \return false if there is no appender
     bool deliver(const MessageBatch& batch) noexcept;
 
+    /// Shows what is left of a delivery of the calling thread, which ends the process from inside an appender
+    /// or a listener.
+    void showRestOfDelivery() noexcept;
+
+    /// In a forked child: ends a delivery that the forking thread may be in. The messages are the parent's.
+    void endDeliveryInChild() noexcept;
+
 private:
+    void deliverTo(Appender& appender, const MessageBatch& batch) noexcept ZAV_LOG_REQUIRES(appendersLock_);
+
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
 
     /// Held for each single step, so that a forked child finds the list whole.
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
+    MessageBatch::Reader* delivered_ = nullptr; ///< used by the delivering thread alone
 };
 
 } // namespace Log

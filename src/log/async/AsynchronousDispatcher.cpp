@@ -3,6 +3,7 @@
 #include "log/commands/CommandBus.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "platform/CancellationGuard.h"
 #include "platform/Fork.h"
 #include "platform/ProcessLifetime.h"
 #include "platform/SignalGuard.h"
@@ -55,20 +56,29 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
 void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
     queue_.append(message, mayWait);
     if (wantsConsumer_.load(std::memory_order_relaxed)) {
-        startWantedConsumer();
+        startWantedConsumer(false);
     }
 }
 
 bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
     // The consumer may be waiting for a lock that the thread holds inside an appender or a listener, or be
     // the thread itself.
-    return LibraryCall::isOpen() ? statistics().waiting == 0 : queue_.flush(timeout);
+    if (LibraryCall::isOpen()) {
+        return statistics().waiting == 0;
+    }
+    if (wantsConsumer_) {
+        startWantedConsumer(true);
+    }
+    return queue_.flush(timeout);
 }
 
-/// A thread that cannot be started now is tried again with the next message. So is one that another thread is
-/// starting or stopping: waiting for that, with a logger's lock held, could last for ever.
-void AsynchronousDispatcher::startWantedConsumer() noexcept {
-    if (!threadLock_.tryLock()) {
+/// A thread that cannot be started now is tried again with the next message.
+/// \param mayWait whether to wait for another thread that is starting or stopping it: with a logger's lock held,
+///        that could last for ever
+void AsynchronousDispatcher::startWantedConsumer(bool mayWait) noexcept {
+    if (mayWait) {
+        threadLock_.lock();
+    } else if (!threadLock_.tryLock()) {
         return;
     }
     const ScopedLock lock(threadLock_, Platform::ADOPT_LOCK);
@@ -111,6 +121,7 @@ void AsynchronousDispatcher::stop() {
 /// A thread that ends the process from inside an appender or a listener holds locks that the consumer may be
 /// waiting for; there the messages are shown on the standard error stream instead.
 void AsynchronousDispatcher::endWithProcess() noexcept {
+    const Platform::NoCancellation noCancellation;
     const bool mayWait = !LibraryCall::isOpen();
     const LibraryCall call;
     if (mayWait) {
@@ -120,6 +131,7 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     const MessageBatch batch = queue_.close();
     const bool isDelivered = mayWait && appenders_.deliver(batch);
     if (!isDelivered) {
+        appenders_.showRestOfDelivery();
         MessageQueue::showAll(batch);
     }
     queue_.endDelivery(batch, isDelivered);
@@ -129,9 +141,11 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
 /// What the parent had queued is the parent's to write.
 void AsynchronousDispatcher::beginInChild() noexcept {
     queue_.renewInChild();
+    appenders_.endDeliveryInChild();
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
+        consumerThread_->endInChild();
         parentsConsumer_ = consumerThread_;
         consumerThread_ = nullptr;
     }

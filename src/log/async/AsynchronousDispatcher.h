@@ -49,7 +49,7 @@ private:
     AsynchronousDispatcher();
 
     void startConsumer() ZAV_LOG_REQUIRES(threadLock_);
-    void startWantedConsumer() noexcept ZAV_LOG_EXCLUDES(threadLock_);
+    void startWantedConsumer(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
     void endWithProcess() noexcept;
     void beginInChild() noexcept;
 

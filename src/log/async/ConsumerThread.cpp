@@ -20,13 +20,20 @@ void ConsumerThread::stop() {
     getThreadControl().join();
 }
 
+void ConsumerThread::endInChild() noexcept {
+    stopped_ = true;
+    isParents_ = true;
+}
+
 void ConsumerThread::run() {
     try {
         makeRounds();
     } catch (const std::exception& exception) {
         Util::writeErrorLine("IceUtil::Thread::run(): uncaught exception: ", exception.what());
     }
-    queue_.consumerEnds();
+    if (!isParents_) {
+        queue_.consumerEnds();
+    }
 }
 
 /// A thread that is stopped before its first round makes that round at once, so that what was queued by then

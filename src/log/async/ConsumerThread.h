@@ -21,6 +21,9 @@ public:
     /// Has the thread return after the round that it is in, and waits for that.
     void stop();
 
+    /// In a forked child: has the thread return, if it is the one that forked.
+    void endInChild() noexcept;
+
     /// The thread's own function. What is thrown in it, because the priority cannot be set for example, ends
     /// the thread alone, and is shown on the standard error stream.
     void run() override;
@@ -34,6 +37,7 @@ private:
     AsynchronousAppenders& appenders_;
     int appliedPriority_ = DEFAULT_PRIORITY_MARK; ///< used by the thread itself alone
     std::atomic<bool> stopped_{false};            ///< set under the queue's monitor
+    bool isParents_ = false;                      ///< in a forked child, where the queue has no consumer yet
 };
 
 using ConsumerThreadPtr = IceUtil::Handle<ConsumerThread>;

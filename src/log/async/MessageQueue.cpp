@@ -34,8 +34,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
 
 void MessageQueue::waitForRoom() {
     while (isFull() && consumer_ == TAKES_MESSAGES) {
-        isAwaited_ = true;
-        queueMonitor_.notify();
+        callConsumer();
         queueMonitor_.wait();
     }
 }
@@ -84,11 +83,18 @@ bool MessageQueue::flush(Time timeout) {
         if (consumer_ == NO_CONSUMER || deadline.isOver()) {
             return false;
         }
-        isAwaited_ = true;
-        queueMonitor_.notify();
+        callConsumer();
         deadline.wait(queueMonitor_);
     }
     return true;
+}
+
+/// Once is enough until it comes: those who wait would else wake each other without end.
+void MessageQueue::callConsumer() {
+    if (!isAwaited_) {
+        isAwaited_ = true;
+        queueMonitor_.notify();
+    }
 }
 
 /// \return whether that message and all before it were delivered or discarded
@@ -153,13 +159,16 @@ MessageBatch MessageQueue::takeAll() {
 
 void MessageQueue::endDelivery(const MessageBatch& batch, bool isDelivered) noexcept {
     const QueueMonitorLock lock(queueMonitor_);
+    if (firstTaken_ == 0) {
+        return; // nothing was taken, or the thread has forked: the messages are the parent's
+    }
     if (isDelivered) {
         numbers_.addDelivered(batch.size());
     } else {
         numbers_.addDiscarded(batch.size());
     }
     firstTaken_ = 0;
-    if (consumer_ == TAKES_MESSAGES) {
+    if (consumer_ == TAKES_MESSAGES && threadRecord().putOffMessages > 0) {
         consumer_ = IS_AWAY;
     }
     queueMonitor_.notify();

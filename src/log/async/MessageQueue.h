@@ -55,8 +55,8 @@ public:
     /// process ends.
     static void showAll(const MessageBatch& batch) noexcept;
 
-    /// Says what became of the batch that was taken last. Until the next `wait` no logging call waits for
-    /// room, since the consumer may now have to wait for the lock that such a call holds.
+    /// Says what became of the batch that was taken last. If the calling thread has put messages off, no
+    /// logging call waits for room until the next `wait`: the thread may need the lock that such a call holds.
     /// \param isDelivered false if there was no appender to give it to
     void endDelivery(const MessageBatch& batch, bool isDelivered) noexcept;
 
@@ -81,6 +81,7 @@ private:
         IS_AWAY         ///< it is ending, or may be waiting for a lock that a logging call holds
     };
 
+    void callConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
     void waitForRoom() ZAV_LOG_REQUIRES(queueMonitor_);
     bool isFull() const ZAV_LOG_REQUIRES(queueMonitor_);
     bool mayExceedLimit(bool mayWait) const ZAV_LOG_REQUIRES(queueMonitor_);

@@ -2,6 +2,8 @@
 
 #include "platform/CancellationGuard.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <new>
 
 namespace ZAV {
@@ -39,7 +41,8 @@ void QueueMonitor::wait() {
 
 void QueueMonitor::timedWait(Util::TimeUtils::Time duration) {
     const Waiting waiting(waiting_);
-    const auto microseconds = static_cast<IceUtil::Int64>(duration.microseconds());
+    const std::uint64_t longest = Util::TimeUtils::Time(20, Util::TimeUtils::DAY).microseconds();
+    const auto microseconds = static_cast<IceUtil::Int64>(std::min(duration.microseconds(), longest));
     monitor_.timedWait(IceUtil::Time::microSeconds(microseconds));
 }
 

@@ -23,7 +23,8 @@ public:
     /// Releases the monitor until it is notified, or for no reason; holds it again on return.
     void wait() ZAV_LOG_REQUIRES(this);
 
-    /// The same, but no longer than a duration.
+    /// The same, but no longer than a duration, and no longer than 20 days, beyond which the system cannot
+    /// count.
     void timedWait(Util::TimeUtils::Time duration) ZAV_LOG_REQUIRES(this);
 
     /// Wakes the waiting threads once the monitor is released.

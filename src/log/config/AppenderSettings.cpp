@@ -2,7 +2,9 @@
 
 #include "log/LogException.h"
 #include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
 #include "zav-util/Properties.h"
+#include "zav-util/UtilException.h"
 
 namespace ZAV {
 namespace Log {
@@ -16,6 +18,24 @@ bool AppenderSettings::has(const std::string& setting) const {
 
 bool AppenderSettings::get(const std::string& setting, std::string& value) const {
     return properties_.getProperty(appenderKey(appenderName_, setting), value);
+}
+
+bool AppenderSettings::getBoolean(const std::string& setting, bool byDefault) const {
+    std::string value;
+    return get(setting, value) ? readBoolean(value).value_or(byDefault) : byDefault;
+}
+
+Util::TimeUtils::Time AppenderSettings::getPeriod(const std::string& setting) const {
+    std::string value;
+    if (!get(setting, value)) {
+        return Util::TimeUtils::Time();
+    }
+    try {
+        return readPeriod(value);
+    } catch (const Util::UtilException& exception) {
+        throw LogException("Wrong value for the " + appenderName_ + "." + setting +
+                           " property: " + exception.what());
+    }
 }
 
 std::string AppenderSettings::require(const std::string& setting) const {

@@ -34,6 +34,9 @@ const ConfigurationKey COMMON_APPENDER_KEYS[] = {
      "a command may lower `level` for that long; 0: for good; without `level` it is not read"},
     {KeySection::APPENDER, AppenderSetting::MESSAGE_TYPE, READ_BY_APPENDERS, ValueForm::MESSAGE_TYPE, nullptr,
      "`LOG` or `CFG`", "both", "writes only ordinary messages, or only configuration messages"},
+    {KeySection::APPENDER, AppenderSetting::ESCAPE, READ_BY_APPENDERS, ValueForm::BOOLEAN, nullptr,
+     "`true` or `false`", "`false`",
+     "keeps each message on one line, see [One message, one line](#one-message-one-line)"},
 };
 
 const ConfigurationKey OUTPUT_KEYS[] = {
@@ -56,6 +59,16 @@ const ConfigurationKey OUTPUT_KEYS[] = {
     {KeySection::APPENDER, AppenderSetting::FILE_MAX_LIFETIME_UNIT, READ_BY_FILE_APPENDER,
      ValueForm::LIFETIME_UNIT, AppenderSetting::FILE_MAX_LIFETIME, "`m`, `h` or `d`", "",
      "the unit of `fileMaxLifetime`"},
+    {KeySection::APPENDER, AppenderSetting::RECOVERY, READ_BY_FILE_APPENDER, ValueForm::PERIOD, nullptr,
+     "number and unit, as for `expiration`", "never",
+     "how often a failed or vanished live file is looked after, see [Recovery](#recovery); 0 or below: "
+     "never"},
+    {KeySection::APPENDER, AppenderSetting::FILE_MODE, READ_BY_FILE_APPENDERS, ValueForm::FILE_MODE, nullptr,
+     "octal number up to 777", "666 less the process's mask",
+     "the permissions of files that are made, see [Who may read the files](#who-may-read-the-files)"},
+    {KeySection::APPENDER, AppenderSetting::FOLLOW_LINKS, READ_BY_FILE_APPENDERS, ValueForm::BOOLEAN, nullptr,
+     "`true` or `false`", "`true`",
+     "whether a symbolic link in the place of the file is followed, or an error"},
 };
 
 const ConfigurationKey DISPATCHER_KEYS[] = {

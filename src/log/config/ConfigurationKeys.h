@@ -39,7 +39,8 @@ enum class ValueForm {
     LEADING_UNSIGNED, ///< `readLeadingUnsigned`
     LEADING_SIGNED,   ///< `readLeadingSigned`
     SIZE_UNIT,        ///< `readSizeUnit`
-    LIFETIME_UNIT     ///< `readLifetimeUnit`
+    LIFETIME_UNIT,    ///< `readLifetimeUnit`
+    FILE_MODE         ///< `readFileMode`; anything else counts as absent
 };
 
 /// A key that the library reads. The texts are those of the table in docs/configuration.md, in Markdown.

@@ -26,6 +26,7 @@ constexpr char FILTERS[] = "filters";
 constexpr char LEVEL[] = "level";
 constexpr char EXPIRATION[] = "expiration";
 constexpr char MESSAGE_TYPE[] = "message_type";
+constexpr char ESCAPE[] = "escape";
 constexpr char OSTREAM[] = "ostream";
 constexpr char DIR[] = "dir";
 constexpr char FILE_NAME[] = "file";
@@ -34,6 +35,9 @@ constexpr char FILE_MAX_SIZE[] = "fileMaxSize";
 constexpr char FILE_MAX_SIZE_UNIT[] = "fileMaxSizeUnit";
 constexpr char FILE_MAX_LIFETIME[] = "fileMaxLifetime";
 constexpr char FILE_MAX_LIFETIME_UNIT[] = "fileMaxLifetimeUnit";
+constexpr char FILE_MODE[] = "fileMode";
+constexpr char FOLLOW_LINKS[] = "followLinks";
+constexpr char RECOVERY[] = "recovery";
 } // namespace AppenderSetting
 
 /// The options of the asynchronous dispatcher: "zav.log.AsynchronousDispatcher.<option>".

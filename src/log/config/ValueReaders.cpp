@@ -4,8 +4,11 @@
 #include "zav-util/StringUtils.h"
 #include "zav-util/UtilException.h"
 
+#include <charconv>
+#include <cstddef>
 #include <locale>
 #include <sstream>
+#include <system_error>
 #include <vector>
 
 namespace ZAV {
@@ -86,6 +89,17 @@ Time readPeriod(const std::string& text) {
     const std::optional<TimeUnit> unit = pieces.size() > 1 ? readPeriodUnit(pieces[1]) : std::nullopt;
     const std::int64_t count = Util::toInteger(pieces[0]);
     return Time(static_cast<std::uint64_t>(count), unit.value_or(DEFAULT_PERIOD_UNIT));
+}
+
+std::optional<unsigned> readFileMode(const std::string& text) {
+    constexpr unsigned ALL_PERMISSIONS = 0777;
+    constexpr std::size_t MOST_DIGITS = 4;
+    unsigned mode = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, mode, 8);
+    const bool isMode = result.ec == std::errc() && result.ptr == end && text.size() <= MOST_DIGITS &&
+                        mode <= ALL_PERMISSIONS;
+    return isMode ? std::optional<unsigned>(mode) : std::nullopt;
 }
 
 std::optional<bool> readBoolean(const std::string& text) {

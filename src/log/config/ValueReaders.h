@@ -43,6 +43,9 @@ constexpr Util::TimeUtils::TimeUnit DEFAULT_PERIOD_UNIT = Util::TimeUtils::MIN;
 /// \throw UtilException if the count is missing or no whole number
 Util::TimeUtils::Time readPeriod(const std::string& text);
 
+/// \return the permissions that up to four octal digits name, from 0 to 777; nothing for another text
+std::optional<unsigned> readFileMode(const std::string& text);
+
 /// \return what "true" and "false" say; nothing for another text
 std::optional<bool> readBoolean(const std::string& text);
 

@@ -4,8 +4,6 @@
 #include "log/LogMessage.h"
 #include "log/config/AppenderSettings.h"
 #include "log/config/KeyNames.h"
-#include "log/config/ValueReaders.h"
-#include "zav-util/UtilException.h"
 
 namespace ZAV {
 namespace Log {
@@ -23,25 +21,13 @@ Level::LogLevel readLevel(const std::string& appenderName, const Util::Propertie
     return Level::fromString(value);
 }
 
-Time readExpiration(const std::string& appenderName, const Util::Properties& properties) {
-    std::string value;
-    if (!AppenderSettings(appenderName, properties).get(AppenderSetting::EXPIRATION, value)) {
-        return Time();
-    }
-    try {
-        return readPeriod(value);
-    } catch (const Util::UtilException& exception) {
-        throw LogException("Wrong value for the " + appenderName +
-                           ".expiration property: " + exception.what());
-    }
-}
-
 } // namespace
 
 FilterLogLevelDynamic::FilterLogLevelDynamic(const std::string& appenderName,
                                              const Util::Properties& properties)
     : level_(readLevel(appenderName, properties)), defaultLevel_(level_),
-      levelSetTime_(Time::now().microseconds()), expiration_(readExpiration(appenderName, properties)) {}
+      levelSetTime_(Time::now().microseconds()),
+      expiration_(AppenderSettings(appenderName, properties).getPeriod(AppenderSetting::EXPIRATION)) {}
 
 bool FilterLogLevelDynamic::accept(const LogMessage& message) {
     if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {

@@ -2,7 +2,6 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/message/MessageFields.h"
-#include "log/reentrancy/ReportAnswer.h"
 #include "platform/CancellationGuard.h"
 
 #include <algorithm>
@@ -30,6 +29,10 @@ void PutOffMessages::keep(Logger& logger, LogMessage message, Write write) {
     Messages one;
     one.push_back({&thread, thread.answeredReports, &logger, std::move(message), write});
     const ScopedLock lock(messagesLock_);
+    if (closed_) {
+        showOnStandardError(SHOWN_AT_PROCESS_END, one.front().message);
+        return;
+    }
     messages_.splice(messages_.end(), one);
     ++thread.putOffMessages;
 }
@@ -37,37 +40,53 @@ void PutOffMessages::keep(Logger& logger, LogMessage message, Write write) {
 void PutOffMessages::writeOwn() noexcept {
     const Platform::NoCancellation noCancellation;
     ThreadRecord& thread = threadRecord();
-    for (Messages taken = takeFirst(thread); !taken.empty(); taken = takeFirst(thread)) {
-        const PutOffMessage& putOff = taken.front();
-        const ReportAnswer answer(putOff.answeredReports);
+    while (thread.putOffMessages > 0) {
+        Logger* logger = nullptr;
+        const Write write = nextWrite(thread, logger);
+        if (write == nullptr) {
+            thread.putOffMessages = 0; // another thread has shown them, since the process ends
+            return;
+        }
         try {
-            putOff.write(*putOff.logger, putOff.message);
+            write(*logger);
         } catch (...) {
             continue;
         }
     }
 }
 
-/// \return a list of the first message of a thread, or an empty one
-PutOffMessages::Messages PutOffMessages::takeFirst(ThreadRecord& thread) noexcept {
+PutOffMessages::Write PutOffMessages::nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept {
+    const ScopedLock lock(messagesLock_);
+    const auto first = findFirst(thread);
+    if (first == messages_.end()) {
+        return nullptr;
+    }
+    logger = first->logger;
+    return first->write;
+}
+
+PutOffMessages::Messages PutOffMessages::takeFirst() noexcept {
+    ThreadRecord& thread = threadRecord();
     Messages taken;
     const ScopedLock lock(messagesLock_);
-    const auto first =
-        std::find_if(messages_.begin(), messages_.end(),
-                     [&thread](const PutOffMessage& putOff) { return putOff.thread == &thread; });
+    const auto first = findFirst(thread);
     if (first != messages_.end()) {
         taken.splice(taken.end(), messages_, first);
         --thread.putOffMessages;
-    } else {
-        thread.putOffMessages = 0; // another thread has shown them, since the process ends
     }
     return taken;
+}
+
+PutOffMessages::Messages::iterator PutOffMessages::findFirst(const ThreadRecord& thread) {
+    return std::find_if(messages_.begin(), messages_.end(),
+                        [&thread](const PutOffMessage& putOff) { return putOff.thread == &thread; });
 }
 
 void PutOffMessages::showAll() noexcept {
     Messages shown;
     {
         const ScopedLock lock(messagesLock_);
+        closed_ = true;
         shown.swap(messages_);
     }
     for (const PutOffMessage& putOff : shown) {

@@ -16,13 +16,25 @@ class Logger;
 /// that it can be shown if the process ends first. All operations may be called from any thread.
 class PutOffMessages {
 public:
-    /// Waits for the logger's lock and gives the message to its appenders.
-    using Write = void (*)(Logger& logger, const LogMessage& message);
+    struct PutOffMessage;
+    using Messages = std::list<PutOffMessage>;
+
+    /// Waits for the logger's lock, takes the calling thread's first message and gives it to the appenders.
+    using Write = void (*)(Logger& logger);
+
+    struct PutOffMessage {
+        ThreadRecord* thread; ///< whose message it is
+        int answeredReports;  ///< by which the thread logged it in answer to a report
+        Logger* logger;
+        LogMessage message;
+        Write write;
+    };
 
     /// Never destroyed, since threads may still log while the process ends.
     static PutOffMessages& instance();
 
-    /// Keeps a message of the calling thread, behind the earlier ones.
+    /// Keeps a message of the calling thread, behind the earlier ones. Once the messages have been shown, it
+    /// is shown at once.
     /// \throw std::bad_alloc if there is no room; the message is then not kept
     void keep(Logger& logger, LogMessage message, Write write);
 
@@ -31,6 +43,11 @@ public:
     /// logged it.
     void writeOwn() noexcept;
 
+    /// Takes the first message of the calling thread: with the logger's lock held, since it can be shown
+    /// until then if the process ends.
+    /// \return a list of one message, or an empty one if the messages were shown
+    Messages takeFirst() noexcept;
+
     /// Shows the messages of all threads on the standard error stream, since the process ends.
     void showAll() noexcept;
 
@@ -38,21 +55,14 @@ public:
     void forgetInChild() noexcept;
 
 private:
-    struct PutOffMessage {
-        ThreadRecord* thread; ///< whose message it is
-        int answeredReports;  ///< by which the thread logged it in answer to a report
-        Logger* logger;
-        LogMessage message;
-        Write write;
-    };
-    using Messages = std::list<PutOffMessage>;
-
     PutOffMessages() = default;
 
-    Messages takeFirst(ThreadRecord& thread) noexcept;
+    Write nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept;
+    Messages::iterator findFirst(const ThreadRecord& thread) ZAV_LOG_REQUIRES(messagesLock_);
 
     Platform::CriticalSection messagesLock_{Platform::AWAITED_BY_FORK};
     Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);
+    bool closed_ ZAV_LOG_GUARDED_BY(messagesLock_) = false; ///< the messages have been shown
 };
 
 } // namespace Log

@@ -4,6 +4,8 @@
 #include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/ReportAnswer.h"
+#include "platform/CancellationGuard.h"
 
 #include <exception>
 #include <utility>
@@ -22,6 +24,7 @@ Logger::Inside::Inside(Logger& logger, Logger* parent)
 
 void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line, std::string_view file,
                          MessageType type) {
+    Platform::actOnCancellation();
     const LibraryCall call;
     if (lockFor(call)) {
         const ScopedLock lock(criticalSection_, ADOPT_LOCK);
@@ -81,10 +84,13 @@ void Logger::Inside::dispatchMessage(const MessageFields& message, bool mayWait)
     }
 }
 
-void Logger::Inside::dispatchPutOff(Logger& logger, const LogMessage& message) {
+void Logger::Inside::dispatchPutOff(Logger& logger) {
     Inside& inside = *logger.inside_;
     const ScopedLock lock(inside.criticalSection_);
-    inside.dispatchMessage(message, false);
+    for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
+        const ReportAnswer answer(putOff.answeredReports);
+        inside.dispatchMessage(putOff.message, false);
+    }
 }
 
 // The subtree

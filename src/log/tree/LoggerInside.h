@@ -19,7 +19,6 @@ namespace ZAV {
 namespace Log {
 
 class LibraryCall;
-class LogMessage;
 struct MessageFields;
 
 /// What applications do not see of a logger.
@@ -77,7 +76,7 @@ private:
     bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
     void dispatchMessage(const MessageFields& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
-    static void dispatchPutOff(Logger& logger, const LogMessage& message);
+    static void dispatchPutOff(Logger& logger);
 
     bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
     bool moveOn(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());

@@ -13,5 +13,9 @@ NoCancellation::~NoCancellation() {
     pthread_setcancelstate(before_, nullptr);
 }
 
+void actOnCancellation() {
+    pthread_testcancel();
+}
+
 } // namespace Platform
 } // namespace ZAV

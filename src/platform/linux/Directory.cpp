@@ -1,5 +1,7 @@
 #include "platform/Directory.h"
 
+#include "platform/CancellationGuard.h"
+
 #include <dirent.h>
 #include <memory>
 #include <sys/stat.h>
@@ -25,6 +27,7 @@ bool isDirectory(DIR* directory, const dirent& entry) {
 } // namespace
 
 bool listFiles(const std::string& directory, std::vector<std::string>& names) {
+    const NoCancellation guard;
     const std::unique_ptr<DIR, DirectoryCloser> stream(opendir(directory.c_str()));
     if (!stream) {
         return false;

@@ -1,5 +1,7 @@
 #include "platform/Files.h"
 
+#include "platform/CancellationGuard.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -24,6 +26,7 @@ bool renameIfAbsent(const char* from, const char* to) {
 } // namespace
 
 bool renameFile(const std::string& from, const std::string& to) {
+    const NoCancellation guard;
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
     }
@@ -38,6 +41,7 @@ bool renameFile(const std::string& from, const std::string& to) {
 }
 
 bool removeFile(const std::string& path) {
+    const NoCancellation guard;
     return unlink(path.c_str()) == 0;
 }
 

@@ -1,7 +1,10 @@
 #include "platform/Process.h"
 
+#include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstddef>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ZAV {
@@ -9,10 +12,21 @@ namespace Platform {
 
 namespace {
 
-/// The system appends this to the path once the executable has been deleted or replaced, as by an update.
+constexpr char EXECUTABLE_LINK[] = "/proc/self/exe";
+
+bool isPathOfExecutable(const std::string& path) {
+    struct stat named;
+    struct stat running;
+    return stat(path.c_str(), &named) == 0 && stat(EXECUTABLE_LINK, &running) == 0 &&
+           named.st_dev == running.st_dev && named.st_ino == running.st_ino;
+}
+
+/// The system adds this to the path once the executable was replaced or deleted, as an update in place does.
+/// A program may also be called so.
 void removeDeletedMark(std::string& path) {
     const std::string mark = " (deleted)";
-    if (path.size() > mark.size() && path.compare(path.size() - mark.size(), mark.size(), mark) == 0) {
+    if (path.size() > mark.size() && path.compare(path.size() - mark.size(), mark.size(), mark) == 0 &&
+        !isPathOfExecutable(path)) {
         path.erase(path.size() - mark.size());
     }
 }
@@ -21,7 +35,7 @@ void removeDeletedMark(std::string& path) {
 
 std::string executablePath() {
     char buffer[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer);
+    const ssize_t length = readlink(EXECUTABLE_LINK, buffer, sizeof buffer);
     if (length < 0) {
         return std::string();
     }
@@ -32,6 +46,10 @@ std::string executablePath() {
 
 int processId() {
     return getpid();
+}
+
+bool isProcessAlive(int id) {
+    return kill(id, 0) == 0 || errno == EPERM;
 }
 
 } // namespace Platform

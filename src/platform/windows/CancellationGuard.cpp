@@ -9,5 +9,9 @@ NoCancellation::NoCancellation() noexcept {
 
 NoCancellation::~NoCancellation() = default;
 
+void actOnCancellation() {
+    // Nobody can request it.
+}
+
 } // namespace Platform
 } // namespace ZAV

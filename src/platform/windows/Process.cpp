@@ -16,5 +16,15 @@ int processId() {
     return _getpid();
 }
 
+bool isProcessAlive(int id) {
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(id));
+    if (process == nullptr) {
+        return GetLastError() == ERROR_ACCESS_DENIED;
+    }
+    const bool isRunning = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    CloseHandle(process);
+    return isRunning;
+}
+
 } // namespace Platform
 } // namespace ZAV

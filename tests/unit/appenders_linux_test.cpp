@@ -1,0 +1,220 @@
+// What the file appenders do with the means of Linux.
+
+#include "TestClock.h"
+#include "TestSupport.h"
+
+#include "log/LogLine.h"
+#include "log/appenders/DefaultAppenderFactory.h"
+#include "log/appenders/FileAppenderBuilder.h"
+#include "log/appenders/SimpleFileAppenderBuilder.h"
+#include "platform/Process.h"
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
+using namespace testing;
+using namespace Util::TimeUtils;
+
+namespace {
+
+class FileSettings : public Test {
+protected:
+    using Settings = std::map<std::string, std::string>;
+
+    void SetUp() override { LogManager::registerCommandListener("EXCEPTION", &failures_); }
+
+    template <typename Builder>
+    std::unique_ptr<Appender> make(Settings settings) const {
+        settings.insert({{"dir", directory_.path()}, {"file", "f"}});
+        Util::Properties properties;
+        for (const auto& [key, value] : settings) {
+            properties["appender.x." + key] = value;
+        }
+        return std::unique_ptr<Appender>(DefaultAppenderFactory<Builder>().create(properties, "x"));
+    }
+
+    static std::string line(const std::string& text) { return formatLogLine(makeMessage(text)) + "\n"; }
+    static void passTime(Time time) { setClock(Time::now() + time); }
+
+    std::string file(const std::string& index) const { return directory_ / ("f" + index); }
+    std::string content(const std::string& index) const { return readFile(file(index)); }
+
+    mode_t modeOf(const std::string& index) const {
+        struct stat status = {};
+        EXPECT_EQ(stat(file(index).c_str(), &status), 0);
+        return status.st_mode & 0777U;
+    }
+
+    /// The last failure's reason, after which it is forgotten.
+    std::string failure() {
+        const std::string report = failures_.arguments.empty() ? "\n= none\n" : failures_.arguments.back();
+        failures_.arguments.clear();
+        const std::string::size_type begin = report.find("= ") + 2;
+        return report.substr(begin, report.find('\n', begin) - begin);
+    }
+
+    const TemporaryDirectory directory_;
+    RecordingListener failures_;
+};
+
+/// Lets no file grow beyond a size, as a full disk does; a write then takes what still fits.
+void limitFileSize(rlim_t size) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    limit.rlim_cur = size;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+const std::string FAILED = "outputFileStream_.fail()";
+
+} // namespace
+
+TEST_F(FileSettings, RecoveryEndsTheLineThatAFullDiskHasTorn) {
+    const auto appender = make<FileAppenderBuilder>({{"recovery", "30 sec"}});
+    const std::string first = line("a");
+    const std::string torn = line("torn");
+    appender->output(makeMessage("a"));
+    limitFileSize(first.size() + 10);
+    appender->output(makeMessage("torn"));
+    EXPECT_EQ(failure(), FAILED);
+    limitFileSize(RLIM_INFINITY);
+    passTime(Time(29, SEC));
+    appender->output(makeMessage("lost"));
+    EXPECT_EQ(failure(), FAILED);
+    passTime(Time(1, SEC));
+    const std::string last = line("b");
+    appender->output(makeMessage("b"));
+    EXPECT_EQ(content("0"), first + torn.substr(0, 10) + "\n" + last);
+    EXPECT_EQ(failure(), "none");
+}
+
+TEST_F(FileSettings, RecoveryContinuesWhatStandsInTheFilesPlaceAndShiftsNothing) {
+    const auto appender =
+        make<FileAppenderBuilder>({{"recovery", "1 min"}, {"fileMaxSize", "1"}, {"fileMaxSizeUnit", "KB"}});
+    appender->output(makeMessage("a"));
+    writeFile(file("1"), "older\n");
+    std::filesystem::rename(file("0"), file("moved"));
+    writeFile(file("0"), "foreign");
+    const std::string inTheOldFile = content("moved") + line("b");
+    appender->output(makeMessage("b"));
+    EXPECT_EQ(content("moved"), inTheOldFile);
+    passTime(Time(1, MIN));
+    const std::string continued = "foreign\n" + line("c");
+    appender->output(makeMessage("c"));
+    EXPECT_EQ(content("0"), continued);
+
+    std::filesystem::remove(file("0"));
+    std::filesystem::create_directory(file("0"));
+    for (int period = 0; period < 2; ++period) {
+        passTime(Time(1, MIN));
+        appender->output(makeMessage("lost"));
+        EXPECT_EQ(failure(), "Unable to open the file: " + file("0"));
+        appender->output(makeMessage("lost"));
+        EXPECT_EQ(failure(), FAILED);
+    }
+    EXPECT_EQ(content("1"), "older\n");
+
+    std::filesystem::remove(file("0"));
+    writeFile(file("0"), std::string(1000, 'x') + "\n");
+    passTime(Time(1, MIN));
+    appender->output(makeMessage("d")); // which no longer fits
+    EXPECT_EQ(content("0"), line("d"));
+    EXPECT_EQ(content("1").size(), 1001U);
+    EXPECT_EQ(content("2"), "older\n");
+}
+
+TEST_F(FileSettings, ModeIsThatOfFilesThatAreMadeWhateverTheMask) {
+    umask(077);
+    make<SimpleFileAppenderBuilder>({{"file", "f-made"}, {"fileMode", "666"}})->output(makeMessage("a"));
+    EXPECT_EQ(modeOf("-made"), 0666U);
+    make<SimpleFileAppenderBuilder>({{"file", "f-bad"}, {"fileMode", "680"}})->output(makeMessage("a"));
+    EXPECT_EQ(modeOf("-bad"), 0600U);
+    std::filesystem::create_symlink("f-target", file("-link"));
+    make<SimpleFileAppenderBuilder>({{"file", "f-link"}, {"fileMode", "640"}})->output(makeMessage("a"));
+    EXPECT_EQ(modeOf("-target"), 0640U);
+
+    std::filesystem::create_directory(file("1")); // keeps the live file from being moved
+    writeFile(file("0"), "");
+    const auto appender = make<FileAppenderBuilder>({{"fileMode", "640"}});
+    appender->output(makeMessage("a"));
+    EXPECT_EQ(modeOf("0"), 0600U);
+    std::filesystem::remove(file("0"));
+    make<FileAppenderBuilder>({{"fileMode", "640"}})->output(makeMessage("a"));
+    EXPECT_EQ(modeOf("0"), 0640U);
+    EXPECT_EQ(umask(077), 077U);
+}
+
+TEST_F(FileSettings, LinksAreAnErrorWhereTheyAreNotFollowed) {
+    for (const char* target : {"missing", "f-present"}) {
+        writeFile(file("-present"), "");
+        std::filesystem::create_symlink(target, file(""));
+        make<SimpleFileAppenderBuilder>({{"followLinks", "false"}})->output(makeMessage("a"));
+        EXPECT_THAT(failure(), StartsWith("Failed to open file"));
+        make<SimpleFileAppenderBuilder>({{"followLinks", "false"}, {"fileMode", "600"}})
+            ->output(makeMessage("a"));
+        EXPECT_THAT(failure(), StartsWith("Failed to open file"));
+        EXPECT_FALSE(fileExists(directory_ / "missing"));
+        EXPECT_EQ(content("-present"), "");
+        std::filesystem::remove(file(""));
+    }
+}
+
+TEST_F(FileSettings, AForkedChildLeavesTheRotationToItsParent) {
+    const std::map<std::string, std::string> rotatesAlways = {{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}};
+    const auto appender = make<FileAppenderBuilder>(rotatesAlways);
+    const std::string parents = line("parent");
+    appender->output(makeMessage("parent"));
+    const pid_t child = fork();
+    if (child == 0) {
+        appender->output(makeMessage("inherited"));
+        make<FileAppenderBuilder>(rotatesAlways)->output(makeMessage("made"));
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(content("0"), parents + line("inherited") + line("made"));
+    EXPECT_FALSE(fileExists(file("1")));
+    appender->output(makeMessage("parent"));
+    EXPECT_EQ(content("0"), parents);
+    EXPECT_EQ(content("1"), parents + line("inherited") + line("made"));
+}
+
+TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        const auto appender = make<FileAppenderBuilder>({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+        appender->output(makeMessage("parent"));
+        const pid_t self = getpid();
+        if (fork() == 0) {
+            while (Platform::isProcessAlive(self)) {
+                std::this_thread::yield();
+            }
+            appender->output(makeMessage("child"));
+        }
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(parent, nullptr, 0), parent);
+    close(ends[1]);
+    char nothing = 0;
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
+    EXPECT_EQ(content("0"), line("child"));
+    EXPECT_EQ(content("1"), line("parent"));
+}
+
+TEST_F(FileSettings, TwoWritersLeaveNoHoles) {
+    const auto appender = make<FileAppenderBuilder>({});
+    appender->output(makeMessage("a"));
+    writeFile(file("0"), "emptied\n");
+    const std::string expected = "emptied\n" + line("b");
+    appender->output(makeMessage("b"));
+    EXPECT_EQ(content("0"), expected);
+}
