@@ -88,6 +88,12 @@ const std::vector<Case> CASES = {
     {DISPATCHER + "maxQueueSize = -2\n" + DISPATCHER + "waitingPeriod = -2\n",
      {"1 out-of-range", "2 out-of-range"}},
 
+    {SERVER + "appender.s.recovery = often\nappender.s.escape = yes\nappender.s.fileMode = 800\n"
+              "appender.s.followLinks = False\n",
+     {"2 bad-expiration", "3 unknown-value", "4 unknown-value", "5 unknown-value"}},
+    {SERVER + "appender.s.recovery = -1 secs\n" + CONSOLE + "appender.c.recovery = often\n",
+     {"2 unknown-unit", "2 out-of-range", "4 ignored-key"}},
+
     // What lines do to each other.
     {DISPATCHER + "maxQueueSize = 1\n" + CONSOLE + "appender.c.asynchronous = true\n", {"3 no-queue"}},
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},

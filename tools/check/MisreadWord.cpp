@@ -73,6 +73,8 @@ void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Find
     case ValueForm::STREAM:
     case ValueForm::OVERFLOW_RULE:
         return words.checkChoice("'" + defaultOf(row) + "'");
+    case ValueForm::FILE_MODE:
+        return words.checkValue(Log::readFileMode(line.value).has_value(), defaultOf(row));
     case ValueForm::SIZE_UNIT:
         return words.checkUnit(line.value, Log::readSizeUnit(line.value).has_value(), "bytes");
     case ValueForm::LIFETIME_UNIT:
