@@ -1,7 +1,7 @@
-# What "cmake --install" gives: headers, the shared library, CMake package files and a pkg-config file.
+# What "cmake --install" gives: headers, the shared libraries, CMake package files and a pkg-config files.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
 
-install(TARGETS zav-log-dll EXPORT zav-log-targets
+install(TARGETS zav-log-dll zav-log-control EXPORT zav-log-targets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -15,8 +15,10 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/zav-log-config-version.cm
 install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
     DESTINATION ${package_dir})
 
-configure_file(cmake/zav-log.pc.in ${PROJECT_BINARY_DIR}/zav-log.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/zav-log.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(library zav-log zav-log-control)
+    configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.

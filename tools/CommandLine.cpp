@@ -5,6 +5,7 @@
 #include "UsageError.h"
 #include "commands/CatCommand.h"
 #include "commands/CheckCommand.h"
+#include "commands/CtlCommand.h"
 #include "commands/ExplainCommand.h"
 #include "commands/FollowCommand.h"
 
@@ -31,6 +32,7 @@ CommandLine::CommandLine()
     commands_.push_back(std::make_unique<ExplainCommand>(app_));
     commands_.push_back(std::make_unique<CatCommand>(app_));
     commands_.push_back(std::make_unique<FollowCommand>(app_));
+    commands_.push_back(std::make_unique<CtlCommand>(app_));
 }
 
 ExitCode CommandLine::run(int argc, const char* const* argv) {

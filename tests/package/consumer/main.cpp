@@ -1,6 +1,7 @@
 // Sets the library up from a property file, logs from two threads, issues a command, and looks for every line
 // where the property file sends it. It runs in an empty folder.
 
+#include "log/ControlServer.h"
 #include "log/LogMacros.h"
 #include "log/LogManager.h"
 #include "log/LoggerFactory.h"
@@ -60,6 +61,7 @@ void expect(bool condition, const std::string& failure) {
 
 void run(const std::string& propertyFile) {
     ZAV::Log::LogManager::init(propertyFile);
+    const ZAV::Log::ControlServer controlServer("zav-log-consumer");
     std::thread net([] { logLines("net.tcp"); });
     std::thread db([] { logLines("db"); });
     net.join();

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "control/LineBuffer.h"
+
+#include <chrono>
+#include <cstdint>
+
+namespace ZAV {
+namespace Log {
+
+/// What the server keeps of a client while it is connected.
+struct ClientSession {
+    using Clock = std::chrono::steady_clock;
+
+    LineBuffer lines;
+    Clock::time_point silentSince; ///< it sent no whole request, or took no whole answer, since then
+
+    bool isFlushing = false; ///< its answer comes when the queue is written, or at `flushUntil`
+    Clock::time_point flushUntil;
+    std::uint64_t flushTarget = 0; ///< how many messages are delivered when all are that were queued then
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,187 @@
+#include "control/ControlLoop.h"
+
+#include "control/ControlRequest.h"
+#include "control/RequestHandler.h"
+#include "log/LogManager.h"
+#include "log/LogStatistics.h"
+#include "zav-util/TimeUtils.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::LocalServer;
+
+namespace {
+
+/// How long one look at the queue may keep the other clients, and the end of the server, waiting.
+const Util::TimeUtils::Time FLUSH_STEP(50, Util::TimeUtils::MSEC);
+
+} // namespace
+
+ControlLoop::ControlLoop(const std::string& address, const Limits& limits)
+    : limits_(limits), server_(address, limits.clients), sessions_(static_cast<std::size_t>(limits.clients)) {
+}
+
+void ControlLoop::run() noexcept {
+    while (runOnce()) {
+    }
+}
+
+/// \return false if the server is to end
+bool ControlLoop::runOnce() {
+    int client = -1;
+    try {
+        const Event event = server_.wait(untilNextDeadline());
+        client = event.client;
+        if (event.kind == LocalServer::STOPPED) {
+            return false;
+        }
+        handle(event);
+        goOnFlushing();
+    } catch (...) {
+        // Memory has run out. The application may recover from that, so its threads are left alone.
+        if (client >= 0) {
+            drop(client);
+        }
+    }
+    dropSilentClients();
+    return true;
+}
+
+void ControlLoop::handle(const Event& event) {
+    switch (event.kind) {
+    case LocalServer::JOINED:
+        session(event.client).emplace();
+        session(event.client)->silentSince = Clock::now();
+        server_.receive(event.client);
+        break;
+    case LocalServer::RECEIVED:
+        session(event.client)->lines.append(event.bytes);
+        serveNextLine(event.client);
+        break;
+    case LocalServer::SENT:
+        session(event.client)->silentSince = Clock::now();
+        serveNextLine(event.client);
+        break;
+    case LocalServer::LEFT:
+        session(event.client).reset();
+        break;
+    case LocalServer::NOTHING:
+    case LocalServer::STOPPED:
+        break;
+    }
+}
+
+/// A client has one line carried out at a time, and the others have their turn before its next one.
+void ControlLoop::serveNextLine(int client) {
+    const std::optional<LineBuffer::Line> line = session(client)->lines.next();
+    if (line) {
+        serve(client, *line);
+    } else {
+        server_.receive(client);
+    }
+}
+
+void ControlLoop::serve(int client, const LineBuffer::Line& line) {
+    if (line.isTooLong) {
+        const std::string longest = std::to_string(LineBuffer::MAX_LENGTH);
+        answer(client, RequestHandler::refused("A request has at most " + longest + " bytes."));
+        return;
+    }
+    try {
+        const ControlRequest request = ControlRequest::parse(line.text);
+        if (request.kind() == ControlRequest::FLUSH) {
+            startFlushing(client);
+        } else {
+            answer(client, RequestHandler::answerTo(request));
+        }
+    } catch (const std::invalid_argument& exception) {
+        answer(client, RequestHandler::refused(exception.what()));
+    }
+}
+
+void ControlLoop::answer(int client, const std::string& text) {
+    session(client)->silentSince = Clock::now();
+    server_.send(client, text);
+}
+
+/// The count leaves out what the queue has discarded by now. What it discards later makes the count too high,
+/// and the answer then depends on the queue's being written altogether.
+void ControlLoop::startFlushing(int client) {
+    const LogStatistics now = LogManager::statistics();
+    session(client)->isFlushing = true;
+    session(client)->flushUntil = Clock::now() + limits_.flush;
+    session(client)->flushTarget = now.queued - now.discarded;
+}
+
+/// Hurries the queue and looks at it for a moment, on behalf of all who wait for it.
+void ControlLoop::goOnFlushing() {
+    if (!isAnyoneFlushing()) {
+        return;
+    }
+    const bool isAllWritten = LogManager::flush(FLUSH_STEP);
+    const std::uint64_t delivered = LogManager::statistics().delivered;
+    for (int client = 0; client < limits_.clients; ++client) {
+        const std::optional<ClientSession>& waiting = session(client);
+        if (!waiting || !waiting->isFlushing) {
+            continue;
+        }
+        if (isAllWritten || delivered >= waiting->flushTarget) {
+            endFlushing(client, RequestHandler::done());
+        } else if (Clock::now() >= waiting->flushUntil) {
+            endFlushing(client, RequestHandler::refused("The queue was not written in time."));
+        }
+    }
+}
+
+void ControlLoop::endFlushing(int client, const std::string& text) {
+    session(client)->isFlushing = false;
+    answer(client, text);
+}
+
+bool ControlLoop::isAnyoneFlushing() const {
+    return std::any_of(sessions_.begin(), sessions_.end(),
+                       [](const auto& session) { return session && session->isFlushing; });
+}
+
+void ControlLoop::dropSilentClients() {
+    const Clock::time_point now = Clock::now();
+    for (int client = 0; client < limits_.clients; ++client) {
+        const std::optional<ClientSession>& silent = session(client);
+        if (silent && !silent->isFlushing && now - silent->silentSince >= limits_.silence) {
+            drop(client);
+        }
+    }
+}
+
+void ControlLoop::drop(int client) {
+    session(client).reset();
+    server_.drop(client);
+}
+
+/// \return how long the loop may wait for an event; nothing if it may for ever
+std::optional<ControlLoop::Milliseconds> ControlLoop::untilNextDeadline() const {
+    if (isAnyoneFlushing()) {
+        return Milliseconds(10); // where there is no consumer, a look at the queue does not wait
+    }
+    const Clock::time_point now = Clock::now();
+    std::optional<Milliseconds> shortest;
+    for (const auto& session : sessions_) {
+        if (session) {
+            const auto left = std::chrono::ceil<Milliseconds>(session->silentSince + limits_.silence - now);
+            shortest = shortest ? std::min(*shortest, left) : left;
+        }
+    }
+    return shortest;
+}
+
+std::optional<ClientSession>& ControlLoop::session(int client) {
+    return sessions_[static_cast<std::size_t>(client)];
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "control/ClientSession.h"
+#include "platform/LocalServer.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+/// Serves all clients in one thread, a request at a time, and waits for none of them.
+class ControlLoop {
+public:
+    using Milliseconds = Platform::LocalServer::Milliseconds;
+
+    struct Limits {
+        int clients = 8;             ///< at once
+        Milliseconds silence{30000}; ///< after which a client is dropped
+        Milliseconds flush{5000};    ///< how long a `flush` waits at most
+    };
+
+    /// \throw std::runtime_error if the address cannot be taken
+    ControlLoop(const std::string& address, const Limits& limits);
+
+    /// Serves until `stop` is called. The server thread's own function.
+    void run() noexcept;
+
+    /// May be called from any thread.
+    void stop() noexcept { server_.stop(); }
+
+private:
+    using Clock = ClientSession::Clock;
+    using Event = Platform::LocalServer::Event;
+
+    bool runOnce();
+    void handle(const Event& event);
+    void serveNextLine(int client);
+    void serve(int client, const LineBuffer::Line& line);
+    void answer(int client, const std::string& text);
+    void startFlushing(int client);
+    void goOnFlushing();
+    void endFlushing(int client, const std::string& text);
+    void dropSilentClients();
+    void drop(int client);
+    bool isAnyoneFlushing() const;
+    std::optional<Milliseconds> untilNextDeadline() const;
+    std::optional<ClientSession>& session(int client);
+
+    const Limits limits_;
+    Platform::LocalServer server_;
+    std::vector<std::optional<ClientSession>> sessions_; ///< by the number of the client
+};
+
+} // namespace Log
+} // namespace ZAV

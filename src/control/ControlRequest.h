@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// A request to a running program, as its line says it. Whether it can be carried out is another question.
+class ControlRequest {
+public:
+    enum Kind { LOGGERS, LEVEL, EXPIRATION, COMMAND, STATISTICS, FLUSH };
+
+    /// Reads a line: the kind of the request and its arguments, separated by blanks. A logger's name may have
+    /// blanks in it, and the argument of a command is the rest of the line as it is.
+    /// \param line without its end
+    /// \throw std::invalid_argument if there is no such request, or if it has too few or too many arguments
+    static ControlRequest parse(const std::string& line);
+
+    Kind kind() const noexcept { return kind_; }
+
+    /// \return the logger's or the command's name; empty for other requests
+    const std::string& name() const noexcept { return name_; }
+
+    /// \return the level, the minutes or the command's argument, as they stand in the line
+    const std::string& value() const noexcept { return value_; }
+
+private:
+    explicit ControlRequest(Kind kind) : kind_(kind) {}
+
+    Kind kind_;
+    std::string name_;
+    std::string value_;
+};
+
+} // namespace Log
+} // namespace ZAV

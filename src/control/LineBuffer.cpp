@@ -1,0 +1,52 @@
+#include "control/LineBuffer.h"
+
+namespace ZAV {
+namespace Log {
+
+void LineBuffer::append(const std::string& bytes) {
+    bytes_ += bytes;
+}
+
+std::optional<LineBuffer::Line> LineBuffer::next() {
+    for (;;) {
+        const std::string::size_type end = bytes_.find('\n');
+        if (end == std::string::npos) {
+            break;
+        }
+        std::optional<Line> line = nextEnded(end);
+        if (line) {
+            return line;
+        }
+    }
+    const std::size_t longestWithReturn = MAX_LENGTH + 1;
+    const bool isTooLong = !isSkipping_ && bytes_.size() > longestWithReturn;
+    if (isSkipping_ || isTooLong) {
+        bytes_.clear();
+    }
+    if (!isTooLong) {
+        return std::nullopt;
+    }
+    isSkipping_ = true;
+    return Line{std::string(), true};
+}
+
+/// Takes the line off that ends at a line feed.
+/// \return nothing if it was the rest of a line that was told already
+std::optional<LineBuffer::Line> LineBuffer::nextEnded(std::size_t end) {
+    Line line{bytes_.substr(0, end), false};
+    bytes_.erase(0, end + 1);
+    if (isSkipping_) {
+        isSkipping_ = false;
+        return std::nullopt;
+    }
+    if (!line.text.empty() && line.text.back() == '\r') {
+        line.text.pop_back();
+    }
+    if (line.text.size() > MAX_LENGTH) {
+        return Line{std::string(), true};
+    }
+    return line;
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,136 @@
+#include "control/RequestHandler.h"
+
+#include "control/ControlRequest.h"
+#include "control/ControlText.h"
+#include "log/LogException.h"
+#include "log/LogManager.h"
+#include "log/LogStatistics.h"
+#include "log/LoggerFactory.h"
+
+#include <charconv>
+#include <cstdint>
+#include <exception>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+using Util::TimeUtils::Time;
+
+/// \return null if there is none; none is made
+Logger* findLogger(const std::string& name) {
+    if (name == "root") {
+        return &LoggerFactory::getRootLogger();
+    }
+    // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
+    const std::string::size_type dot = name.rfind('.');
+    if (dot != std::string::npos && LoggerFactory::loggerExists(name.substr(0, dot), name.substr(dot + 1))) {
+        return &LoggerFactory::getLogger(name.substr(0, dot), name.substr(dot + 1));
+    }
+    return LoggerFactory::loggerExists(name) ? &LoggerFactory::getLogger(name) : nullptr;
+}
+
+Logger& existingLogger(const std::string& name) {
+    Logger* const logger = findLogger(name);
+    if (logger == nullptr) {
+        throw LogException("There is no logger '" + name + "'.");
+    }
+    return *logger;
+}
+
+Time toMinutes(const std::string& text) {
+    std::int32_t minutes = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, minutes);
+    if (result.ec != std::errc() || result.ptr != end) {
+        throw LogException("Can't convert " + text + " to integer");
+    }
+    if (minutes < 0) {
+        throw LogException("The minutes of an expiration cannot be negative; 0 is for ever.");
+    }
+    return Time(static_cast<std::uint64_t>(minutes), Util::TimeUtils::MIN);
+}
+
+/// What is no whole number of minutes is rounded up to a thousandth: 0 means for ever.
+std::string minutesText(Time duration) {
+    const std::uint64_t microsecondsPerThousandth = 60000;
+    const std::uint64_t thousandths = duration.microseconds() / microsecondsPerThousandth +
+                                      (duration.microseconds() % microsecondsPerThousandth == 0 ? 0 : 1);
+    std::string text = std::to_string(thousandths / 1000);
+    if (thousandths % 1000 != 0) {
+        text += "." + std::to_string(1000 + thousandths % 1000).substr(1);
+        text.erase(text.find_last_not_of('0') + 1);
+    }
+    return text;
+}
+
+std::string describe(const Logger& logger) {
+    return toPrintable(logger.getName()) + " " + Level::toString(logger.getLevel()) + " " +
+           minutesText(logger.getExpirationTime()) + "\n";
+}
+
+/// The names are those of the loggers that can be asked for: one with a "/" that has no parent cannot.
+std::string describeLoggers() {
+    std::string lines = describe(LoggerFactory::getRootLogger());
+    for (const std::string& name : LoggerFactory::getLoggerNames()) {
+        const Logger* const logger = findLogger(name);
+        if (logger != nullptr && logger->getName() == name) {
+            lines += describe(*logger);
+        }
+    }
+    return lines;
+}
+
+std::string describeStatistics() {
+    const LogStatistics statistics = LogManager::statistics();
+    return "queued " + std::to_string(statistics.queued) + "\ndelivered " +
+           std::to_string(statistics.delivered) + "\ndiscarded " + std::to_string(statistics.discarded) +
+           "\nfailed " + std::to_string(statistics.failed) + "\nwaiting " +
+           std::to_string(statistics.waiting) + "\n";
+}
+
+/// \return the lines before the last one
+std::string carryOut(const ControlRequest& request) {
+    switch (request.kind()) {
+    case ControlRequest::LOGGERS:
+        return describeLoggers();
+    case ControlRequest::LEVEL:
+        existingLogger(request.name()).setLevel(Level::fromString(request.value()), true);
+        break;
+    case ControlRequest::EXPIRATION:
+        existingLogger(request.name()).setExpirationTime(toMinutes(request.value()));
+        break;
+    case ControlRequest::COMMAND:
+        LogManager::command(request.name(), request.value());
+        break;
+    case ControlRequest::STATISTICS:
+        return describeStatistics();
+    case ControlRequest::FLUSH:
+        break;
+    }
+    return std::string();
+}
+
+} // namespace
+
+std::string RequestHandler::answerTo(const ControlRequest& request) {
+    try {
+        return carryOut(request) + done();
+    } catch (const std::exception& exception) {
+        return refused(exception.what());
+    } catch (...) {
+        return refused("A listener failed.");
+    }
+}
+
+std::string RequestHandler::done() {
+    return "ok\n";
+}
+
+std::string RequestHandler::refused(const std::string& reason) {
+    return "error: " + toPrintable(reason) + "\n";
+}
+
+} // namespace Log
+} // namespace ZAV

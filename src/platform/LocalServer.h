@@ -1,0 +1,71 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace ZAV {
+namespace Platform {
+
+/// Listens for processes of the same user on this machine, and exchanges bytes with a few of them at once.
+///
+/// One thread asks for one event after the other. It never waits for a single client: what is asked of a
+/// client ends in exactly one event of that client, whatever the others do. Only `stop` may be called from
+/// another thread.
+class LocalServer {
+public:
+    enum EventKind {
+        NOTHING,  ///< the time is over
+        STOPPED,  ///< `stop` was called
+        JOINED,   ///< a new client
+        RECEIVED, ///< what `receive` asked for
+        SENT,     ///< what `send` asked for
+        LEFT      ///< the client is gone, and its number is free
+    };
+
+    struct Event {
+        EventKind kind;
+        int client;        ///< of 0 and above, below the greatest number of clients; -1 if it concerns none
+        std::string bytes; ///< received, at least one
+    };
+
+    using Milliseconds = std::chrono::milliseconds;
+
+    /// Takes the address; nobody else is served there meanwhile.
+    /// \param address on Linux the path of a socket that is made, for this user alone; on Windows the name of a
+    ///        pipe
+    /// \param maxClients how many are served at once; further ones wait until one leaves
+    /// \throw std::runtime_error if the address cannot be taken, with the reason
+    LocalServer(const std::string& address, int maxClients);
+
+    /// Drops the clients and gives the address back. In a forked child it closes what the child has inherited
+    /// and leaves the parent's clients and address alone.
+    ~LocalServer();
+
+    LocalServer(const LocalServer&) = delete;
+    LocalServer& operator=(const LocalServer&) = delete;
+
+    /// Waits for the next event of any client; clients take turns.
+    /// \param limit how long at most; none if there is no limit
+    Event wait(std::optional<Milliseconds> limit);
+
+    /// Asks for some bytes of a client that has nothing else to do.
+    void receive(int client);
+
+    /// Sends all of a text to a client that has nothing else to do.
+    void send(int client, std::string text);
+
+    /// Disconnects a client, whatever it is doing; no event follows, and its number is free.
+    void drop(int client);
+
+    /// Has `wait` give `STOPPED` from now on. May be called from any thread.
+    void stop() noexcept;
+
+private:
+    struct Inside;
+    const std::unique_ptr<Inside> inside_;
+};
+
+} // namespace Platform
+} // namespace ZAV

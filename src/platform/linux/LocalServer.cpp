@@ -1,0 +1,174 @@
+#include "platform/LocalServer.h"
+
+#include "platform/linux/LocalConnection.h"
+#include "platform/linux/SocketFile.h"
+#include "platform/linux/SystemFailure.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <vector>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+FileDescriptor makeStopSignal() {
+    FileDescriptor signal(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!signal.isOpen()) {
+        throw systemFailure();
+    }
+    return signal;
+}
+
+/// The mode of the socket's file keeps strangers out already; a process that was handed an open connection,
+/// or that changed its user, is looked at here.
+bool mayBeServed(int connection) {
+    ucred client = {};
+    socklen_t size = sizeof client;
+    return getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &client, &size) == 0 &&
+           (client.uid == geteuid() || client.uid == 0);
+}
+
+int toPollTimeout(std::optional<LocalServer::Milliseconds> limit) {
+    const LocalServer::Milliseconds::rep longest = 60000; // and then the caller asks again
+    return limit ? static_cast<int>(std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest))
+                 : -1;
+}
+
+} // namespace
+
+struct LocalServer::Inside {
+    Inside(const std::string& address, int maxClients)
+        : stopSignal(makeStopSignal()), socket(address), clients(static_cast<std::size_t>(maxClients)) {}
+
+    std::vector<pollfd> whatToPoll() const;
+    Event proceed(int client);
+    Event accept();
+    bool mayAccept() const;
+    int freeNumber() const;
+    Event ready(const std::vector<pollfd>& polled);
+
+    const FileDescriptor stopSignal;
+    SocketFile socket;
+    std::vector<LocalConnection> clients; ///< by number; not open where a number is free
+    int lastServed = 0;                   ///< whose turn it is last
+    Clock::time_point acceptNotBefore;    ///< after the system had no descriptor left for a client
+};
+
+LocalServer::LocalServer(const std::string& address, int maxClients)
+    : inside_(std::make_unique<Inside>(address, maxClients)) {}
+
+LocalServer::~LocalServer() = default;
+
+LocalServer::Event LocalServer::wait(std::optional<Milliseconds> limit) {
+    if (inside_->acceptNotBefore > Clock::now()) {
+        const Milliseconds untilNextAttempt(100);
+        limit = limit ? std::min(*limit, untilNextAttempt) : untilNextAttempt;
+    }
+    std::vector<pollfd> polled = inside_->whatToPoll();
+    if (poll(polled.data(), polled.size(), toPollTimeout(limit)) <= 0) {
+        return Event{NOTHING, -1, std::string()};
+    }
+    return inside_->ready(polled);
+}
+
+/// The signal, the listening socket, then all clients by their number; poll passes over what is -1.
+std::vector<pollfd> LocalServer::Inside::whatToPoll() const {
+    std::vector<pollfd> polled;
+    polled.push_back({stopSignal.number(), POLLIN, 0});
+    polled.push_back({mayAccept() ? socket.descriptor() : -1, POLLIN, 0});
+    for (const LocalConnection& client : clients) {
+        polled.push_back({client.awaited() == 0 ? -1 : client.descriptor(), client.awaited(), 0});
+    }
+    return polled;
+}
+
+LocalServer::Event LocalServer::Inside::ready(const std::vector<pollfd>& polled) {
+    const std::size_t firstClient = 2;
+    if (polled[0].revents != 0) {
+        return Event{STOPPED, -1, std::string()};
+    }
+    if (polled[1].revents != 0) {
+        return accept();
+    }
+    const int count = static_cast<int>(clients.size());
+    for (int step = 1; step <= count; ++step) {
+        const int client = (lastServed + step) % count;
+        if (polled[firstClient + static_cast<std::size_t>(client)].revents != 0) {
+            lastServed = client;
+            return proceed(client);
+        }
+    }
+    return Event{NOTHING, -1, std::string()};
+}
+
+LocalServer::Event LocalServer::Inside::proceed(int number) {
+    LocalConnection& client = clients[static_cast<std::size_t>(number)];
+    const EventKind whenFinished = client.isReceiving() ? RECEIVED : SENT;
+    Event event{NOTHING, number, std::string()};
+    switch (client.proceed(event.bytes)) {
+    case LocalConnection::FINISHED:
+        event.kind = whenFinished;
+        break;
+    case LocalConnection::BROKEN:
+        client.close();
+        event.kind = LEFT;
+        break;
+    case LocalConnection::UNFINISHED:
+        break;
+    }
+    return event;
+}
+
+LocalServer::Event LocalServer::Inside::accept() {
+    const Milliseconds pause(100);
+    FileDescriptor connection(accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!connection.isOpen()) {
+        acceptNotBefore = Clock::now() + pause;
+        return Event{NOTHING, -1, std::string()};
+    }
+    if (!mayBeServed(connection.number())) {
+        return Event{NOTHING, -1, std::string()};
+    }
+    const int number = freeNumber();
+    clients[static_cast<std::size_t>(number)].open(std::move(connection));
+    return Event{JOINED, number, std::string()};
+}
+
+bool LocalServer::Inside::mayAccept() const {
+    return freeNumber() >= 0 && Clock::now() >= acceptNotBefore;
+}
+
+/// \return -1 if there is none
+int LocalServer::Inside::freeNumber() const {
+    const auto free = std::find_if(clients.begin(), clients.end(),
+                                   [](const LocalConnection& client) { return !client.isOpen(); });
+    return free == clients.end() ? -1 : static_cast<int>(free - clients.begin());
+}
+
+void LocalServer::receive(int client) {
+    inside_->clients[static_cast<std::size_t>(client)].startReceiving();
+}
+
+void LocalServer::send(int client, std::string text) {
+    inside_->clients[static_cast<std::size_t>(client)].startSending(std::move(text));
+}
+
+void LocalServer::drop(int client) {
+    inside_->clients[static_cast<std::size_t>(client)].close();
+}
+
+void LocalServer::stop() noexcept {
+    const std::uint64_t one = 1;
+    // It can only fail if the signal is there already, a huge number of times.
+    [[maybe_unused]] const ssize_t written = write(inside_->stopSignal.number(), &one, sizeof one);
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,127 @@
+#include "platform/linux/SocketFile.h"
+
+#include "platform/linux/SocketAddress.h"
+#include "platform/linux/SystemFailure.h"
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+FileDescriptor makeSocket() {
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.isOpen()) {
+        throw systemFailure();
+    }
+    return socket;
+}
+
+/// Keeps two servers that start at once from replacing each other's socket. A lock that a stranger holds for
+/// long, or a folder that cannot be locked, must not keep the server from starting.
+FileDescriptor lockFolderOf(const std::string& path) {
+    const std::string::size_type separator = path.rfind('/');
+    const std::string folder = separator == std::string::npos ? "." : path.substr(0, separator + 1);
+    FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (int attempt = 0; attempt < 50 && flock(lock.number(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
+        if (errno != EWOULDBLOCK) {
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return lock;
+}
+
+/// A forked child may hold the socket of a server that has crashed: connections are then taken, but nobody
+/// answers.
+bool isServerGone(int connection) {
+    ucred server = {};
+    socklen_t size = sizeof server;
+    return getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &server, &size) == 0 && server.pid > 0 &&
+           kill(server.pid, 0) != 0 && errno == ESRCH;
+}
+
+/// \return true if the file is that of a socket which nobody serves
+bool isStale(const std::string& path) {
+    const FileDescriptor probe = makeSocket();
+    const SocketAddress address(path);
+    if (connect(probe.number(), address.get(), address.size()) == 0) {
+        return isServerGone(probe.number());
+    }
+    if (errno != ECONNREFUSED && errno != EAGAIN) {
+        throw systemFailure();
+    }
+    return errno == ECONNREFUSED;
+}
+
+void removeStaleFile(const std::string& path) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0) {
+        return; // or the path cannot be used at all, as the system says later
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        throw std::runtime_error("There is a file that is no socket");
+    }
+    if (!isStale(path)) {
+        throw std::runtime_error("Another process serves it");
+    }
+    if (unlink(path.c_str()) != 0) {
+        throw systemFailure();
+    }
+}
+
+} // namespace
+
+SocketFile::SocketFile(const std::string& path) : path_(path), socket_(makeSocket()), maker_(getpid()) {
+    const SocketAddress address(path); // which may not be one
+    const FileDescriptor lock = lockFolderOf(path);
+    removeStaleFile(path);
+    bindAndListen();
+}
+
+/// The file gets the mode that the socket has, so that nobody else can open it in between.
+void SocketFile::bindAndListen() {
+    const SocketAddress address(path_);
+    const int backlog = 16;
+    struct stat status;
+    if (fchmod(socket_.number(), S_IRUSR | S_IWUSR) != 0 ||
+        bind(socket_.number(), address.get(), address.size()) != 0) {
+        throw systemFailure();
+    }
+    if (listen(socket_.number(), backlog) != 0 || lstat(path_.c_str(), &status) != 0) {
+        const int error = errno;
+        unlink(path_.c_str());
+        throw systemFailure(error);
+    }
+    device_ = status.st_dev;
+    inode_ = status.st_ino;
+}
+
+SocketFile::~SocketFile() {
+    if (!isOurs()) {
+        return;
+    }
+    // Also for the copies of forked children, so that nobody waits for an answer.
+    shutdown(socket_.number(), SHUT_RDWR);
+    if (isStillThere()) {
+        unlink(path_.c_str());
+    }
+}
+
+bool SocketFile::isOurs() const noexcept {
+    return getpid() == maker_;
+}
+
+bool SocketFile::isStillThere() const {
+    struct stat status;
+    return lstat(path_.c_str(), &status) == 0 && status.st_dev == device_ && status.st_ino == inode_;
+}
+
+} // namespace Platform
+} // namespace ZAV

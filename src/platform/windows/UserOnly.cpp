@@ -1,0 +1,53 @@
+#include "platform/windows/UserOnly.h"
+
+#include "platform/windows/Handle.h"
+#include "platform/windows/SystemFailure.h"
+
+#include <sddl.h>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+/// \return the security identifier of this process's user in its text form
+std::string userIdentifier() {
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) {
+        throw systemFailure();
+    }
+    const Handle token(opened);
+    DWORD size = 0;
+    GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
+    std::vector<unsigned char> buffer(size);
+    char* text = nullptr;
+    if (!GetTokenInformation(token.get(), TokenUser, buffer.data(), size, &size) ||
+        !ConvertSidToStringSidA(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid, &text)) {
+        throw systemFailure();
+    }
+    std::string identifier(text);
+    LocalFree(text);
+    return identifier;
+}
+
+} // namespace
+
+UserOnly::UserOnly() {
+    // Protected from what would be inherited; one entry, which allows the user everything.
+    const std::string description = "D:P(A;;GA;;;" + userIdentifier() + ")";
+    attributes_.nLength = sizeof attributes_;
+    attributes_.bInheritHandle = FALSE;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(description.c_str(), SDDL_REVISION_1,
+                                                              &attributes_.lpSecurityDescriptor, nullptr)) {
+        throw systemFailure();
+    }
+}
+
+UserOnly::~UserOnly() {
+    LocalFree(attributes_.lpSecurityDescriptor);
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,164 @@
+#include "ControlSupport.h"
+
+#include "log/ControlServer.h"
+#include "log/LogException.h"
+#include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using testing::EndsWith;
+using TestSupport::Client;
+using TestSupport::Control;
+using TestSupport::ShortServer;
+
+namespace {
+
+/// Runs a function in a child process.
+/// \return what it returns; -1 if it crashes
+int inChild(const std::function<int()>& function) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(function());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string refusalAt(const std::string& address) {
+    return TestSupport::textThrownBy<LogException>([&address] { const ControlServer server(address); });
+}
+
+bool isServed(const std::string& address) {
+    return Client(address).ask("flush") == "ok\n";
+}
+
+} // namespace
+
+TEST_F(Control, TheSocketIsForItsOwnerAlone) {
+    const mode_t before = umask(0);
+    {
+        const ControlServer server(address_);
+        struct stat status;
+        EXPECT_EQ(stat(address_.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | S_IRUSR | S_IWUSR));
+    }
+    EXPECT_FALSE(TestSupport::fileExists(address_));
+    umask(before);
+}
+
+TEST_F(Control, AnotherUserIsNotServed) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become somebody else";
+    }
+    const ControlServer server(address_);
+    chmod(directory_.path().c_str(), S_IRWXU | S_IRWXG | S_IRWXO);
+    chmod(address_.c_str(), S_IRWXU | S_IRWXG | S_IRWXO); // so that the peer's credentials decide
+    EXPECT_EQ(inChild([this] {
+                  const uid_t nobody = 65534;
+                  return setuid(nobody) == 0 && Client(address_).rest().empty() ? 7 : 1;
+              }),
+              7);
+    EXPECT_TRUE(isServed(address_));
+}
+
+TEST_F(Control, ReplacesAStaleSocketAndNothingElse) {
+    const auto crash = [this] {
+        new ControlServer(address_);
+        return 0;
+    };
+    EXPECT_EQ(inChild(crash), 0);
+    EXPECT_TRUE(TestSupport::fileExists(address_));
+    EXPECT_TRUE((ControlServer(address_), true));
+
+    // A child of the crashed process lives on, and has a copy of the socket.
+    int hold[2];
+    ASSERT_EQ(pipe(hold), 0);
+    EXPECT_EQ(inChild([&] {
+                  new ControlServer(address_);
+                  if (fork() == 0) {
+                      char byte;
+                      close(hold[1]);
+                      _exit(read(hold[0], &byte, 1) == 0 ? 0 : 1);
+                  }
+                  return 0;
+              }),
+              0);
+    {
+        const ControlServer server(address_);
+        EXPECT_TRUE(isServed(address_));
+    }
+    close(hold[0]);
+    close(hold[1]);
+
+    TestSupport::writeFile(directory_ / "file", "kept");
+    EXPECT_THAT(refusalAt(directory_ / "file"), EndsWith("There is a file that is no socket"));
+    EXPECT_EQ(TestSupport::readFile(directory_ / "file"), "kept");
+    EXPECT_THAT(refusalAt(directory_.path()), EndsWith("There is a file that is no socket"));
+    EXPECT_THAT(refusalAt(directory_ / "missing/socket"), EndsWith("No such file or directory"));
+    EXPECT_THAT(refusalAt(directory_ / std::string(200, 'x')), EndsWith("has 1 to 107 characters"));
+}
+
+TEST_F(Control, AForkedChildLeavesTheServerToItsParent) {
+    auto server = std::make_unique<ControlServer>(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("flush"), "ok\n");
+    EXPECT_EQ(inChild([&server] {
+                  server.reset();
+                  return 7;
+              }),
+              7);
+    EXPECT_EQ(client.ask("flush"), "ok\n");
+    EXPECT_TRUE(isServed(address_));
+}
+
+TEST_F(Control, TheServerThreadLeavesSignalsToTheApplication) {
+    static volatile std::sig_atomic_t handled = 0;
+    std::signal(SIGUSR1, [](int) { handled = 1; });
+    const ControlServer server(address_);
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    kill(getpid(), SIGUSR1);
+    EXPECT_TRUE(isServed(address_));
+    EXPECT_EQ(handled, 0);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_EQ(handled, 1);
+
+    { Client(address_).say("loggers\nloggers\nloggers\n"); } // gone before it is answered
+    EXPECT_TRUE(isServed(address_));
+}
+
+TEST_F(Control, AFlushThatHangsKeepsNobodyWaiting) {
+    ASSERT_EQ(mkfifo((directory_ / "x").c_str(), S_IRUSR | S_IWUSR),
+              0); // blocks the appender until it is read
+    Util::Properties properties;
+    properties["appender.x"] = "SimpleFileAppender";
+    properties["appender.x.asynchronous"] = "true";
+    properties["appender.x.dir"] = directory_.path();
+    LogManager::init(properties);
+    LoggerFactory::getRootLogger().error("queued", 0, "");
+    ControlLoop::Limits limits;
+    limits.flush = std::chrono::milliseconds(500);
+    const ShortServer server(address_, limits);
+    Client flushing(address_);
+    flushing.say("flush\n");
+    EXPECT_EQ(Client(address_).ask("level root ERROR"), "ok\n");
+    EXPECT_EQ(flushing.answer(), "error: The queue was not written in time.\n");
+
+    const int reader = open((directory_ / "x").c_str(), O_RDONLY | O_NONBLOCK);
+    while (flushing.ask("flush") != "ok\n") { // a hang here is the failure
+    }
+    LogManager::finish();
+    close(reader);
+}

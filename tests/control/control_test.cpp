@@ -1,0 +1,170 @@
+#include "ControlSupport.h"
+
+#include "log/ControlServer.h"
+#include "log/LogException.h"
+#include "log/LogManager.h"
+#include "log/LoggerFactory.h"
+#include "zav-util/Properties.h"
+
+#include <list>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::StartsWith;
+using TestSupport::Client;
+using TestSupport::Control;
+using TestSupport::ShortServer;
+
+namespace {
+
+class ThrowingListener : public CommandListener {
+public:
+    void onCommand(const std::string&) override { throw LogException("two\nlines"); }
+};
+
+/// More than the system keeps for a client that does not read.
+void makeAnswersLong() {
+    const std::string longName(1000, 'x');
+    for (int i = 0; i < 1000; ++i) {
+        LoggerFactory::getLogger(longName + std::to_string(i));
+    }
+}
+
+} // namespace
+
+TEST_F(Control, SteersTheLoggers) {
+    LoggerFactory::getLogger("net.tcp");
+    LoggerFactory::getLogger("src/main", "with blank");
+    LoggerFactory::getLogger("main.with blank");
+    LoggerFactory::getLogger("two\nlines");
+    LoggerFactory::getLogger("net").setExpirationTime(Util::TimeUtils::Time(90, Util::TimeUtils::SEC));
+    TestSupport::RecordingListener dynamicFilter;
+    LogManager::registerCommandListener("DynamicLogLevelFilterSoft", &dynamicFilter);
+    const ControlServer server(address_);
+    Client client(address_);
+
+    EXPECT_EQ(client.ask("level net DEBUG"), "ok\n");
+    EXPECT_EQ(client.ask("level  src/main.with blank  TRACE \r"), "ok\n");
+    EXPECT_EQ(client.ask("level root ERROR"), "ok\n");
+    EXPECT_EQ(client.ask("level net TRACE"), "ok\n");
+    EXPECT_EQ(client.ask("expiration net.tcp 15"), "ok\n");
+    EXPECT_EQ(client.ask("loggers"), "root ERROR 0\n"
+                                     "main ERROR 0\n"
+                                     "main.with blank ERROR 0\n"
+                                     "net TRACE 1.5\n"
+                                     "net.tcp TRACE 15\n"
+                                     "src/main.with blank ERROR 0\n"
+                                     "two\\nlines ERROR 0\n"
+                                     "ok\n");
+    EXPECT_THAT(dynamicFilter.arguments, ElementsAre("DEBUG", "TRACE", "ERROR", "TRACE"));
+}
+
+TEST_F(Control, RefusesWhatItCannotDoWithTheReason) {
+    const ControlServer server(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("level net DEBUG"), "error: There is no logger 'net'.\n");
+    EXPECT_EQ(client.ask("expiration net.tcp 1"), "error: There is no logger 'net.tcp'.\n");
+    EXPECT_FALSE(LoggerFactory::loggerExists("net"));
+    EXPECT_EQ(client.ask("level root Debug"), "error: There is no 'Debug' LogLevel defined.\n");
+    EXPECT_EQ(client.ask("expiration root 1.5"), "error: Can't convert 1.5 to integer\n");
+    EXPECT_THAT(client.ask("expiration root -1"), StartsWith("error: "));
+    EXPECT_THAT(client.ask("expiration root 99999999999"), StartsWith("error: "));
+    EXPECT_EQ(client.ask("level root"), "error: The request is: level LOGGER LEVEL\n");
+    EXPECT_EQ(client.ask("flush now"), "error: The request is: flush\n");
+    EXPECT_THAT(client.ask("Flush"), StartsWith("error: There is no request 'Flush'"));
+    EXPECT_THAT(client.ask(""), StartsWith("error: There is no request ''"));
+    EXPECT_EQ(LoggerFactory::getRootLogger().getExpirationTime(), Util::TimeUtils::Time());
+}
+
+TEST_F(Control, DeliversCommandsWithTheirArgumentAsItIs) {
+    TestSupport::RecordingListener listener;
+    ThrowingListener throwing;
+    LogManager::registerCommandListener("heard", &listener);
+    LogManager::registerCommandListener("refused", &throwing);
+    const ControlServer server(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("command heard"), "ok\n");
+    EXPECT_EQ(client.ask("command heard  two  words "), "ok\n");
+    EXPECT_EQ(client.ask("command nobody x"), "ok\n");
+    EXPECT_EQ(client.ask("command refused x"), "error: two\\nlines\n");
+    EXPECT_THAT(listener.arguments, ElementsAre("", " two  words "));
+}
+
+TEST_F(Control, CountsAndWritesTheQueue) {
+    Util::Properties properties;
+    properties["appender.x"] = "SimpleFileAppender";
+    properties["appender.x.asynchronous"] = "true";
+    properties["appender.x.dir"] = directory_.path();
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "3600";
+    LogManager::init(properties);
+    const ControlServer server(address_);
+    Client client(address_);
+    LoggerFactory::getRootLogger().error("queued", 0, "");
+    EXPECT_EQ(client.ask("flush"), "ok\n");
+    EXPECT_THAT(TestSupport::readFile(directory_ / "x"), testing::HasSubstr("ERROR queued\n"));
+    EXPECT_EQ(client.ask("statistics"), "queued 1\ndelivered 1\ndiscarded 0\nfailed 0\nwaiting 0\nok\n");
+}
+
+TEST_F(Control, SurvivesGarbage) {
+    const ControlServer server(address_);
+    Client other(address_);
+    {
+        Client client(address_);
+        EXPECT_EQ(client.ask("command x " + std::string(4086, 'y')), "ok\n");
+        EXPECT_EQ(client.ask("command x " + std::string(4087, 'y')),
+                  "error: A request has at most 4096 bytes.\n");
+        EXPECT_EQ(client.ask(std::string(300000, 'y')), "error: A request has at most 4096 bytes.\n");
+        EXPECT_THAT(client.ask(std::string("\0\x1b[31m\xff", 7)),
+                    StartsWith("error: There is no request '\\x00\\x1b[31m"));
+        client.say("statistics\nlevel root NONE\nlevel root ERROR\nlevel root TR");
+        EXPECT_THAT(client.answer(), StartsWith("queued "));
+        EXPECT_THAT(client.answer(), StartsWith("error: "));
+        EXPECT_EQ(client.answer(), "ok\n");
+    }
+    EXPECT_THAT(other.ask("loggers"), StartsWith("root ERROR 0\n")); // the torn request was not carried out
+}
+
+TEST_F(Control, DropsWhoIsSilentOrDoesNotRead) {
+    makeAnswersLong();
+    ControlLoop::Limits limits;
+    limits.clients = 3;
+    limits.silence = milliseconds(300);
+    const ShortServer server(address_, limits);
+    Client silent(address_);
+    Client trickling(address_);
+    Client notReading(address_);
+    trickling.say("log");
+    notReading.say("loggers\nloggers\n");
+    std::list<Client> waiting; // as many as have to be dropped
+    for (int i = 0; i < limits.clients; ++i) {
+        waiting.emplace_back(address_);
+        EXPECT_EQ(waiting.back().ask("level root ERROR"), "ok\n");
+    }
+    EXPECT_EQ(silent.rest() + trickling.rest(), "");
+    EXPECT_EQ(notReading.rest().find("\nok\n"), std::string::npos);
+}
+
+TEST_F(Control, EndsWhileClientsHang) {
+    makeAnswersLong();
+    std::list<Client> clients;
+    {
+        const ControlServer server(address_);
+        for (int i = 0; i < 8; ++i) {
+            clients.emplace_back(address_).say("loggers\nloggers\n");
+        }
+        clients.front().answer();
+    }
+    EXPECT_THROW(Client client(address_), std::runtime_error);
+    const ControlServer next(address_);
+    EXPECT_EQ(Client(address_).ask("level root ERROR"), "ok\n");
+}
+
+TEST_F(Control, AnAddressHasOneServer) {
+    const ControlServer server(address_);
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([this] { ControlServer another(address_); }),
+              "Can't serve " + address_ + ": Another process serves it");
+    EXPECT_THROW(ControlServer another(""), LogException);
+    EXPECT_EQ(Client(address_).ask("flush"), "ok\n");
+}
