@@ -103,7 +103,8 @@ const std::vector<Case> CASES = {
      {"2 missing-directory", "4 missing-directory"}},
     {SERVER +
          "appender.s.file = a\nappender.s.dir = ./.\nappender.t = SimpleFileAppender\nappender.t.file = a0\n"
-         "appender.u = FileAppender\nappender.u.file = a0\n",
+         "appender.u = FileAppender\nappender.u.file = a0\n"
+         "appender.v = SimpleFileAppender\nappender.v.file = a4\n",
      {"4 shared-file"}},
     {"appender.t = FileAppender\nappender.t.file = s\n" + SERVER, {"3 shared-file"}},
     {CONSOLE + "appender.c.level = INFO\n", {"2 unreachable-level"}},

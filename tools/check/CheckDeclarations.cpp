@@ -9,22 +9,14 @@ namespace Tools {
 
 namespace {
 
-/// \param question ends in a question mark or is empty
-std::string before(const std::string& question, const std::string& complaint) {
-    return question.empty() ? complaint : question + ' ' + complaint;
-}
-
 void checkClass(const Configuration& configuration, const DeclaredAppender& appender, Findings& findings) {
-    const PropertyLine* const line = configuration.file().find(Log::appenderKey(appender.name));
+    const std::string key = Log::appenderKey(appender.name);
+    const PropertyLine* const line = configuration.file().find(key);
+    const PropertyLine& place = line != nullptr ? *line : *appender.declaration;
+    const std::string meant = line != nullptr ? nearest(appender.className, appenderClasses()) : key;
     Util::Properties trial;
-    trial[appender.declaration->key] = appender.declaration->value;
-    std::string hint = "the class is looked for at '" + Log::appenderKey(appender.name) + "':";
-    if (line != nullptr) {
-        trial[line->key] = line->value;
-        hint = "did you mean '" + nearest(appender.className, appenderClasses()) + "'?";
-    }
-    findings.addError(line != nullptr ? *line : *appender.declaration, "unknown-class",
-                      before(hint, complaintOfInit(trial)));
+    trial[place.key] = place.value;
+    findings.addError(place, "unknown-class", "did you mean '" + meant + "'? " + complaintOfInit(trial));
 }
 
 } // namespace

@@ -1,6 +1,12 @@
 #include "check/Checks.h"
+#include "check/KeyTable.h"
 #include "config/AppenderPlace.h"
+#include "log/appenders/FileAppender.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -10,34 +16,45 @@ namespace Tools {
 namespace {
 
 namespace fs = std::filesystem;
+namespace Setting = Log::AppenderSetting;
+using Log::LeadingNumber;
 
 /// The place of a file appender, with its path in the one form that all ways to it have in common.
 struct FilePlace {
     const DeclaredAppender* appender;
     AppenderPlace::Kind kind;
-    fs::path path;
+    std::string path;
+    char highestDigit; ///< of a series
 };
 
-/// What does not exist yet keeps its name.
-fs::path commonForm(const AppenderPlace& place) {
-    std::error_code problem;
-    fs::path path = fs::weakly_canonical(fs::absolute(place.folder) / place.file, problem);
-    return problem ? fs::path(place.folder) / place.file : path;
+char highestDigitOf(const Configuration& configuration, const DeclaredAppender& appender) {
+    const PropertyLine* const line = configuration.setting(appender, Setting::FILE_NUMBER);
+    LeadingNumber<std::uint64_t> number = Log::readLeadingUnsigned(line != nullptr ? line->value : "");
+    if (!number.isNumber) {
+        number =
+            Log::readLeadingUnsigned(defaultOf(*findKey(Log::KeySection::APPENDER, Setting::FILE_NUMBER)));
+    }
+    return static_cast<char>('0' + std::min(number.value, Log::FileAppender::HIGHEST_FILE_NUMBER));
 }
 
-/// \return true if a file is a member of a series
-bool isMember(const fs::path& file, const fs::path& series) {
-    const std::string name = file.string();
-    const std::string base = series.string();
-    return name.size() == base.size() + 1 && name.compare(0, base.size(), base) == 0 && name.back() >= '0' &&
-           name.back() <= '9';
+/// What does not exist yet keeps its name.
+std::string commonForm(const AppenderPlace& place) {
+    std::error_code problem;
+    const fs::path path = fs::weakly_canonical(fs::absolute(place.folder) / place.file, problem);
+    return problem ? place.folder + '/' + place.file : path.string();
+}
+
+bool isMember(const std::string& file, const FilePlace& series) {
+    const std::string& base = series.path;
+    return file.size() == base.size() + 1 && file.compare(0, base.size(), base) == 0 && file.back() >= '0' &&
+           file.back() <= series.highestDigit;
 }
 
 bool shareAFile(const FilePlace& a, const FilePlace& b) {
     if (a.kind == b.kind) {
         return a.path == b.path;
     }
-    return a.kind == AppenderPlace::SERIES ? isMember(b.path, a.path) : isMember(a.path, b.path);
+    return a.kind == AppenderPlace::SERIES ? isMember(b.path, a) : isMember(a.path, b);
 }
 
 } // namespace
@@ -49,7 +66,8 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings) {
         if (place.kind == AppenderPlace::STREAM) {
             continue;
         }
-        const FilePlace own{&appender, place.kind, commonForm(place)};
+        const FilePlace own{&appender, place.kind, commonForm(place),
+                            highestDigitOf(configuration, appender)};
         for (const FilePlace& other : earlier) {
             if (shareAFile(own, other)) {
                 findings.addWarning(later(*appender.declaration, *other.appender->declaration), "shared-file",

@@ -32,6 +32,7 @@ ExplainCommand::ExplainCommand(CLI::App& program)
         ->check(CLI::IsMember({"LOG", "CFG"}))
         ->type_name("LOG|CFG");
     command_.add_flag("--dot", isGraph_, "Show it as a graph for Graphviz");
+    color_.addTo(command_);
 }
 
 bool ExplainCommand::isChosen() const {
@@ -58,7 +59,7 @@ ExitCode ExplainCommand::run(Output& output) {
 
 std::string ExplainCommand::describe(const Explanation& explanation) const {
     if (hasLevel()) {
-        return messageText(explanation, logger_, level_);
+        return messageText(explanation, logger_, level_, color_.isOn());
     }
     return hasLogger() ? routesText(explanation, logger_) : tableText(explanation);
 }

@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "explain/Explanation.h"
 #include "log/Level.h"
+#include "options/ColorOption.h"
 
 #include <CLI/CLI.hpp>
 #include <string>
@@ -33,6 +34,7 @@ private:
     Log::Level::LogLevel level_ = Log::Level::LEVEL_AUDIT;
     std::string type_ = "LOG";
     bool isGraph_ = false;
+    ColorOption color_;
 };
 
 } // namespace Tools

@@ -35,6 +35,10 @@ std::size_t widthOf(const std::vector<Row>& table, std::size_t column) {
     return width;
 }
 
+std::string bold(const std::string& text, bool withColors) {
+    return withColors ? "\x1b[1;32m" + text + "\x1b[0m" : text;
+}
+
 } // namespace
 
 std::string tableText(const Explanation& explanation) {
@@ -60,14 +64,16 @@ std::string routesText(const Explanation& explanation, const std::string& logger
     return text;
 }
 
-std::string messageText(const Explanation& explanation, const std::string& logger,
-                        Log::Level::LogLevel level) {
+std::string messageText(const Explanation& explanation, const std::string& logger, Log::Level::LogLevel level,
+                        bool withColors) {
     const std::string stop = explanation.stopOf(logger, level);
     std::string text = stop.empty() ? "logger: passes\n" : "logger: stops (" + stop + ")\n";
     for (const Delivery& delivery : explanation.deliveriesOf(logger, level)) {
         const bool isWritten = delivery.refusal.empty();
         text += delivery.appender +
-                (isWritten ? ": written to " + delivery.place : ": not written: " + delivery.refusal) + '\n';
+                (isWritten ? ": " + bold("written", withColors) + " to " + delivery.place
+                           : ": not written: " + delivery.refusal) +
+                '\n';
     }
     return text;
 }

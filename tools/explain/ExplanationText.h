@@ -17,8 +17,9 @@ std::string tableText(const Explanation& explanation);
 std::string routesText(const Explanation& explanation, const std::string& logger);
 
 /// \return whether the logger lets a message through, and a line for each appender
-std::string messageText(const Explanation& explanation, const std::string& logger,
-                        Log::Level::LogLevel level);
+/// \param withColors whether the word "written" stands out
+std::string messageText(const Explanation& explanation, const std::string& logger, Log::Level::LogLevel level,
+                        bool withColors);
 
 } // namespace Tools
 } // namespace ZAV
