@@ -92,8 +92,11 @@ std::string nearestOf(const std::string& word, const std::vector<std::string>& c
     std::string best;
     std::size_t bestDistance = FAR;
     for (const std::string& candidate : candidates) {
+        if (!isNearEnough(word, candidate)) {
+            continue;
+        }
         const std::size_t candidateDistance = distance(word, candidate);
-        if (candidateDistance < bestDistance && isNearEnough(word, candidate)) {
+        if (candidateDistance < bestDistance) {
             best = candidate;
             bestDistance = candidateDistance;
         }
