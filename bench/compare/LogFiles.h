@@ -16,7 +16,18 @@ namespace Bench {
 struct FileFormat {
     std::string pattern = SampleLine::pattern(); ///< a regular expression for the first line
     std::size_t headerLines = 0;                 ///< lines that the logger itself puts on top
+    std::string end = SampleLine::TEXT;          ///< of every line
+    std::size_t lengthRange = 1;                 ///< how much the first line and others may differ in length
 };
+
+/// The lines of calls with values, which differ in length.
+inline FileFormat formatWithValues() {
+    FileFormat format;
+    format.pattern = SampleLine::patternWithValues();
+    format.end = SampleLine::VALUES_END;
+    format.lengthRange = 16;
+    return format;
+}
 
 /// Reads a written file and fails if it is not what the calls should have made of it.
 class FileCheck {
@@ -64,9 +75,10 @@ private:
         }
         // A line that several threads have written into is longer or shorter, or ends otherwise. Only a
         // thread id may be a digit longer than another one.
-        const std::string text(SampleLine::TEXT);
-        const bool complete = line.size() + 1 >= length_ && line.size() <= length_ + 1;
-        if (!complete || line.compare(line.size() - text.size(), text.size(), text) != 0) {
+        const std::size_t range = format_.lengthRange;
+        const bool complete = line.size() + range >= length_ && line.size() <= length_ + range;
+        if (!complete ||
+            line.compare(line.size() - format_.end.size(), format_.end.size(), format_.end) != 0) {
             fail("has a damaged line: " + line);
         }
     }

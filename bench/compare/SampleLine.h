@@ -23,6 +23,14 @@ inline std::string pattern() {
     return std::string(TIME_PATTERN) + MESSAGE_PATTERN;
 }
 
+/// The call with values: "user 12 left after 3 s from 10.0.0.1". It uses the place of the call itself.
+constexpr const char* VALUES_END = " s from 10.0.0.1";
+constexpr const char* VALUES_TEXT_PATTERN = R"(user \d+ left after [\d.e+]+ s from 10\.0\.0\.1)";
+
+inline std::string patternWithValues() {
+    return std::string(TIME_PATTERN) + R"( net\.tcp \S+:\d+ INFO )" + VALUES_TEXT_PATTERN;
+}
+
 /// The line that also shows the program's name, the process id and the host's name.
 inline std::string patternWithProcess() {
     return std::string(TIME_PATTERN) + PROCESS_PATTERN + MESSAGE_PATTERN;

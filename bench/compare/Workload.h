@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CpuTime.h"
+#include "DroppedMessages.h"
 #include "LogFiles.h"
 #include "PeakMemory.h"
 #include "RotatedFiles.h"
@@ -82,6 +84,21 @@ void measureRejectedCalls(const Task& task, MakeCall makeCall, LogAccepted logAc
     printFigure("call_ns", timing.nanosecondsPerCall);
 }
 
+/// Calls whose message reaches an appender that does nothing with it.
+/// \param dropped what the appender counts them in
+/// \param textPattern the text of every message
+template <typename MakeCall>
+void measureDroppedCalls(const Task& task, MakeCall makeCall, DroppedMessages& dropped,
+                         const std::string& textPattern) {
+    const Timing timing = runCheapCalls(task, makeCall);
+    dropped.keepNext();
+    makeCall(0)(12345);
+    if (dropped.count() < 1000 || !std::regex_match(dropped.kept(), std::regex(textPattern))) {
+        throw std::runtime_error("the appender did not get the messages: " + dropped.kept());
+    }
+    printFigure("call_ns", timing.nanosecondsPerCall);
+}
+
 /// Calls that return when their line is in the file.
 /// \param messages of all threads together
 /// \param file gives the name of the file once it is there
@@ -125,18 +142,22 @@ template <typename MakeCall>
 void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file) {
     const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);
     std::size_t lineLength = 0;
+    double cpuStart = 0;
     const auto waitForWarmUp = [&] {
         waitForSize(file, 1);
         lineLength = lengthOfFirstLine(file);
         waitForSize(file, calls.warmUp * task.threads * lineLength);
+        cpuStart = cpuNanoseconds();
     };
     const Timing timing = runThreads(task.threads, calls, makeCall, waitForWarmUp);
     const Clock::time_point end = waitForSize(file, calls.total() * task.threads * lineLength);
+    const double cpuEnd = cpuNanoseconds();
     const std::size_t peakMemory = peakMemoryKilobytes();
     FileCheck(file, FileFormat()).expectMessages(calls.total() * task.threads);
     const double messages = static_cast<double>(calls.measured * task.threads);
     printFigure("producer_ns", timing.nanosecondsPerCall);
     printFigure("end_to_end_ns", nanosecondsBetween(timing.start, end) / messages);
+    printFigure("cpu_ns", (cpuEnd - cpuStart) / messages);
     printFigure("peak_kb", static_cast<double>(peakMemory));
 }
 

@@ -1,32 +1,23 @@
 // Boost.Log: it has no function that takes a ready string; opening and pushing a record by hand comes
 // nearest. Its asynchronous queue is unbounded.
 
-#include "Workload.h"
+#include "BoostSetup.h"
+#include "Latency.h"
 
-#include <boost/date_time/posix_time/posix_time.hpp>
-#include <boost/log/attributes/clock.hpp>
-#include <boost/log/attributes/constant.hpp>
-#include <boost/log/attributes/current_process_id.hpp>
-#include <boost/log/attributes/current_process_name.hpp>
 #include <boost/log/core.hpp>
 #include <boost/log/expressions.hpp>
 #include <boost/log/sinks/async_frontend.hpp>
+#include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/log/sinks/text_file_backend.hpp>
 #include <boost/log/sinks/text_multifile_backend.hpp>
-#include <boost/log/sinks/text_ostream_backend.hpp>
 #include <boost/log/sources/record_ostream.hpp>
 #include <boost/log/sources/severity_channel_logger.hpp>
-#include <boost/log/support/date_time.hpp>
 #include <boost/log/utility/manipulators/add_value.hpp>
 #include <boost/make_shared.hpp>
 
-#include <unistd.h>
-
 #include <chrono>
-#include <fstream>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,87 +25,33 @@
 namespace {
 
 using namespace Bench;
-namespace expressions = boost::log::expressions;
-namespace keywords = boost::log::keywords;
-namespace sinks = boost::log::sinks;
-
-enum Severity { INFO, WARNING };
-
-std::ostream& operator<<(std::ostream& stream, Severity severity) {
-    return stream << (severity == INFO ? "INFO" : "WARNING");
-}
-
-using OwnLogger = boost::log::sources::severity_channel_logger<Severity, std::string>;
-using SharedLogger = boost::log::sources::severity_channel_logger_mt<Severity, std::string>;
-using Backend = sinks::text_ostream_backend;
-
-auto timeFormatter() {
-    return expressions::format_date_time<boost::posix_time::ptime>("TimeStamp", "%Y.%m.%d %H:%M:%S:%f");
-}
-
-template <typename Start>
-auto appendMessage(const Start& start) {
-    return start << ' ' << expressions::attr<std::string>("Channel") << ' '
-                 << expressions::attr<std::string>("File") << ':' << expressions::attr<int>("Line") << ' '
-                 << expressions::attr<Severity>("Severity") << ' ' << expressions::smessage;
-}
-
-boost::log::formatter makeFormatter() {
-    return appendMessage(expressions::stream << timeFormatter());
-}
-
-boost::log::formatter makeFormatterWithProcess() {
-    char host[256] = {};
-    ::gethostname(host, sizeof host - 1);
-    using boost::log::attributes::current_process_id;
-    return appendMessage(expressions::stream
-                         << timeFormatter() << ' ' << expressions::attr<std::string>("ProcessName") << ' '
-                         << expressions::attr<current_process_id::value_type>("ProcessId") << ' '
-                         << std::string(host));
-}
-
-/// Process ids come as hexadecimal numbers; the line needs another form.
-std::string patternWithHexadecimalProcessId() {
-    return std::string(SampleLine::TIME_PATTERN) + R"( [\w.-]+ 0x[0-9a-f]+ [\w.-]+)" +
-           SampleLine::MESSAGE_PATTERN;
-}
-
-void addAttributes() {
-    const auto core = boost::log::core::get();
-    core->add_global_attribute("TimeStamp", boost::log::attributes::local_clock());
-    core->add_global_attribute("ProcessId", boost::log::attributes::current_process_id());
-    core->add_global_attribute("ProcessName", boost::log::attributes::current_process_name());
-}
-
-boost::shared_ptr<Backend> makeFileBackend(const Task& task) {
-    const auto backend = boost::make_shared<Backend>();
-    backend->add_stream(boost::make_shared<std::ofstream>(task.file()));
-    backend->auto_flush(true);
-    return backend;
-}
-
-template <typename Sink>
-boost::shared_ptr<Sink> attach(const boost::shared_ptr<Sink>& sink) {
-    addAttributes();
-    sink->set_formatter(makeFormatter());
-    boost::log::core::get()->add_sink(sink);
-    return sink;
-}
-
-void attachFile(const Task& task) {
-    attach(boost::make_shared<sinks::synchronous_sink<Backend>>(makeFileBackend(task)));
-}
-
-template <typename Logger>
-void logLine(Logger& logger, const std::string& text) {
+/// \param write puts the text into the record's stream
+template <typename Logger, typename Write>
+void logWritten(Logger& logger, Write write) {
     boost::log::record record = logger.open_record(keywords::severity = INFO);
     if (record) {
         boost::log::record_ostream stream(record);
         stream << boost::log::add_value("File", SampleLine::SOURCE_FILE)
-               << boost::log::add_value("Line", SampleLine::SOURCE_LINE) << text;
+               << boost::log::add_value("Line", SampleLine::SOURCE_LINE);
+        write(stream);
         stream.flush();
         logger.push_record(boost::move(record));
     }
+}
+
+template <typename Logger>
+void logLine(Logger& logger, const std::string& text) {
+    logWritten(logger, [&text](boost::log::record_ostream& stream) { stream << text; });
+}
+
+auto streamedCall(std::size_t = 0) {
+    const auto logger = std::make_shared<OwnLogger>(keywords::channel = SampleLine::sharedLoggerName());
+    return [logger](std::size_t i) {
+        logWritten(*logger, [i](boost::log::record_ostream& stream) {
+            stream << "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                   << "10.0.0.1";
+        });
+    };
 }
 
 auto callOfOwnLogger(std::size_t thread) {
@@ -175,12 +112,54 @@ void sharedLogger(const Task& task) {
     withSharedLogger(task, [&task](auto makeCall) { measureSynchronous(task, makeCall); });
 }
 
-template <typename MakeCall>
-void measureQueue(const Task& task, MakeCall makeCall) {
+/// \param measure called while the records go to a queue
+template <typename Measure>
+void withQueue(const Task& task, Measure measure) {
     const auto sink = attach(boost::make_shared<sinks::asynchronous_sink<Backend>>(makeFileBackend(task)));
-    measureAsynchronous(task, makeCall, task.file());
+    measure();
     boost::log::core::get()->remove_all_sinks();
     sink->stop();
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    withQueue(task, [&] { measureAsynchronous(task, makeCall, task.file()); });
+}
+
+void burst(const Task& task) {
+    withQueue(task, [&task] { measureBurst(task, streamedCall, task.file()); });
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        withQueue(task, [&] { measureLatency(task, rhythm, streamedCall(), task.file()); });
+    };
+}
+
+class DroppingBackend : public sinks::basic_sink_backend<sinks::synchronized_feeding> {
+public:
+    DroppedMessages dropped;
+
+    void consume(const boost::log::record_view& record) {
+        dropped.add(record[expressions::smessage].get<std::string>());
+    }
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    addAttributes();
+    const auto backend = boost::make_shared<DroppingBackend>();
+    boost::log::core::get()->add_sink(boost::make_shared<sinks::synchronous_sink<DroppingBackend>>(backend));
+    measureDroppedCalls(task, makeCall, backend->dropped, textPattern);
+    boost::log::core::get()->remove_all_sinks();
+}
+
+void droppedText(const Task& task) {
+    withSharedLogger(task, [&task](auto makeCall) { measureDropped(task, makeCall, SampleLine::TEXT); });
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
 }
 
 void asynchronousOwnLoggers(const Task& task) {
@@ -266,6 +245,13 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"burst-streamed", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

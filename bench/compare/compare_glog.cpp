@@ -6,8 +6,10 @@
 #include <gflags/gflags.h>
 #include <glog/logging.h>
 
+#include <ctime>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -57,8 +59,47 @@ void sharedLogger(const Task& task) {
         task, SYNCHRONOUS_MESSAGES, loggingCall, [&task] { return onlyFileIn(task.folder); }, fixedFormat());
 }
 
+class DroppingSink : public google::LogSink {
+public:
+    DroppedMessages dropped;
+
+    void send(google::LogSeverity, const char*, const char*, int, const google::LogMessageTime&,
+              const char* message, std::size_t length) override {
+        dropped.add(std::string_view(message, length));
+    }
+};
+
+template <typename Call>
+void measureDropped(const Task& task, Call call, DroppingSink& sink, const std::string& textPattern) {
+    openFile(task);
+    measureDroppedCalls(
+        task, [&call](std::size_t) { return call; }, sink.dropped, textPattern);
+}
+
+void droppedText(const Task& task) {
+    DroppingSink sink;
+    const auto call = [&sink, text = std::string(SampleLine::TEXT)](std::size_t) {
+        LOG_TO_SINK_BUT_NOT_TO_LOGFILE(&sink, INFO) << text;
+    };
+    measureDropped(task, call, sink, SampleLine::TEXT);
+}
+
+void droppedStreamed(const Task& task) {
+    DroppingSink sink;
+    const auto call = [&sink](std::size_t i) {
+        LOG_TO_SINK_BUT_NOT_TO_LOGFILE(&sink, INFO)
+            << "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+            << "10.0.0.1";
+    };
+    measureDropped(task, call, sink, SampleLine::VALUES_TEXT_PATTERN);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    return runWorkloads(argc, argv, {{"rejected-macro", rejectedMacro}, {"sync-shared", sharedLogger}});
+    return runWorkloads(argc, argv,
+                        {{"rejected-macro", rejectedMacro},
+                         {"sync-shared", sharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed}});
 }

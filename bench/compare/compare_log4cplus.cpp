@@ -1,7 +1,7 @@
 // log4cplus: milliseconds and three zeros are cheaper for it than microseconds. Its asynchronous queue is
 // always bounded; here it has room for all messages.
 
-#include "Workload.h"
+#include "Latency.h"
 
 #include <log4cplus/asyncappender.h>
 #include <log4cplus/fileappender.h>
@@ -61,6 +61,13 @@ auto callOfOwnLogger(std::size_t thread) {
     return loggingCall(SampleLine::ownLoggerName(thread));
 }
 
+auto streamedCall(std::size_t = 0) {
+    return [logger = Logger::getInstance(SampleLine::sharedLoggerName())](std::size_t i) {
+        LOG4CPLUS_INFO(logger, "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                                       << "10.0.0.1");
+    };
+}
+
 template <typename MakeCall>
 void measureRejected(const Task& task, MakeCall makeCall) {
     attach(makeFileAppender(task), log4cplus::WARN_LOG_LEVEL);
@@ -93,10 +100,14 @@ void sharedLogger(const Task& task) {
     measureSynchronous(task, callOfSharedLogger);
 }
 
-template <typename MakeCall>
-void measureQueue(const Task& task, MakeCall makeCall) {
+void attachQueue(const Task& task) {
     const auto room = static_cast<unsigned>(asynchronousMessages(task));
     attach(SharedAppenderPtr(new log4cplus::AsyncAppender(makeFileAppender(task), room)));
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    attachQueue(task);
     measureAsynchronous(task, makeCall, task.file());
 }
 
@@ -106,6 +117,49 @@ void asynchronousOwnLoggers(const Task& task) {
 
 void asynchronousSharedLogger(const Task& task) {
     measureQueue(task, callOfSharedLogger);
+}
+
+class DroppingAppender : public log4cplus::Appender {
+public:
+    explicit DroppingAppender(DroppedMessages& dropped) : dropped_(dropped) {}
+    ~DroppingAppender() override { destructorImpl(); }
+    void close() override {}
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
+        dropped_.add(event.getMessage());
+    }
+
+private:
+    DroppedMessages& dropped_;
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    DroppedMessages dropped;
+    attach(SharedAppenderPtr(new DroppingAppender(dropped)));
+    measureDroppedCalls(task, makeCall, dropped, textPattern);
+    Logger::getRoot().removeAllAppenders();
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, callOfSharedLogger, SampleLine::TEXT);
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burst(const Task& task) {
+    attachQueue(task);
+    measureBurst(task, streamedCall, task.file());
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        attachQueue(task);
+        measureLatency(task, rhythm, streamedCall(), task.file());
+    };
 }
 
 void rotation(const Task& task) {
@@ -162,6 +216,13 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"burst-streamed", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

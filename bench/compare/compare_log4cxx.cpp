@@ -2,8 +2,9 @@
 // the host: the layout gets them as text, which is the cheapest that it can do. Its asynchronous queue is
 // always bounded; here it has room for all messages.
 
-#include "Workload.h"
+#include "Latency.h"
 
+#include <log4cxx/appenderskeleton.h>
 #include <log4cxx/asyncappender.h>
 #include <log4cxx/fileappender.h>
 #include <log4cxx/helpers/pool.h>
@@ -73,6 +74,13 @@ auto callOfOwnLogger(std::size_t thread) {
     return loggingCall(SampleLine::ownLoggerName(thread));
 }
 
+auto streamedCall(std::size_t = 0) {
+    return [logger = Logger::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+        LOG4CXX_INFO(logger, "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                                     << "10.0.0.1");
+    };
+}
+
 template <typename MakeCall>
 void measureRejected(const Task& task, MakeCall makeCall) {
     attach(makeFileAppender(task), log4cxx::Level::getWarn());
@@ -105,12 +113,16 @@ void sharedLogger(const Task& task) {
     measureSynchronous(task, callOfSharedLogger);
 }
 
-template <typename MakeCall>
-void measureQueue(const Task& task, MakeCall makeCall) {
+void attachQueue(const Task& task) {
     const auto appender = std::make_shared<log4cxx::AsyncAppender>();
     appender->addAppender(makeFileAppender(task));
     appender->setBufferSize(static_cast<int>(asynchronousMessages(task)));
     attach(appender);
+}
+
+template <typename MakeCall>
+void measureQueue(const Task& task, MakeCall makeCall) {
+    attachQueue(task);
     measureAsynchronous(task, makeCall, task.file());
 }
 
@@ -120,6 +132,46 @@ void asynchronousOwnLoggers(const Task& task) {
 
 void asynchronousSharedLogger(const Task& task) {
     measureQueue(task, callOfSharedLogger);
+}
+
+class DroppingAppender : public log4cxx::AppenderSkeleton {
+public:
+    DroppedMessages dropped;
+
+    void close() override {}
+    bool requiresLayout() const override { return false; }
+
+protected:
+    void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool&) override {
+        dropped.add(event->getMessage());
+    }
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    const auto appender = std::make_shared<DroppingAppender>();
+    attach(appender);
+    measureDroppedCalls(task, makeCall, appender->dropped, textPattern);
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, callOfSharedLogger, SampleLine::TEXT);
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burst(const Task& task) {
+    attachQueue(task);
+    measureBurst(task, streamedCall, task.file());
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        attachQueue(task);
+        measureLatency(task, rhythm, streamedCall(), task.file());
+    };
 }
 
 void rotation(const Task& task) {
@@ -175,6 +227,13 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"burst-streamed", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

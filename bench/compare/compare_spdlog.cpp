@@ -1,19 +1,16 @@
-// spdlog: thread-safe sinks throughout, as an application with several threads has them. Milliseconds and
-// three zeros are cheaper for it than microseconds. Its asynchronous queue is always bounded and takes its
-// memory at the start; here it has room for all messages and would block rather than lose one.
+// spdlog; how it is set up stands in SpdlogSetup.h.
 
-#include "Workload.h"
+#include "Latency.h"
+#include "SpdlogSetup.h"
 
-#include <spdlog/async.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <unistd.h>
-
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,48 +18,6 @@
 namespace {
 
 using namespace Bench;
-using LoggerPointer = std::shared_ptr<spdlog::logger>;
-
-constexpr spdlog::source_loc LOCATION{SampleLine::SOURCE_FILE, SampleLine::SOURCE_LINE, "connect"};
-
-/// The level in upper case, which the built-in flags do not offer.
-class UpperCaseLevel : public spdlog::custom_flag_formatter {
-public:
-    void format(const spdlog::details::log_msg& message, const std::tm&,
-                spdlog::memory_buf_t& line) override {
-        static const std::string_view names[] = {"TRACE", "DEBUG",    "INFO", "WARNING",
-                                                 "ERROR", "CRITICAL", "OFF"};
-        const std::string_view name = names[message.level];
-        line.append(name.data(), name.data() + name.size());
-    }
-
-    std::unique_ptr<custom_flag_formatter> clone() const override {
-        return std::make_unique<UpperCaseLevel>();
-    }
-};
-
-std::unique_ptr<spdlog::pattern_formatter> makeFormatter(const std::string& process = std::string()) {
-    auto formatter = std::make_unique<spdlog::pattern_formatter>();
-    formatter->add_flag<UpperCaseLevel>('*');
-    formatter->set_pattern("%Y.%m.%d %T:%e000" + process + " %n %@ %* %v");
-    return formatter;
-}
-
-std::string hostName() {
-    char name[256] = {};
-    ::gethostname(name, sizeof name - 1);
-    return name;
-}
-
-template <typename Logger = spdlog::logger, typename... Arguments>
-LoggerPointer makeLogger(const std::string& name, Arguments&&... arguments) {
-    auto logger = std::make_shared<Logger>(name, std::forward<Arguments>(arguments)...);
-    logger->set_formatter(makeFormatter());
-    logger->set_level(spdlog::level::info);
-    logger->flush_on(spdlog::level::info);
-    return logger;
-}
-
 void logLine(spdlog::logger& logger, const std::string& text) {
     logger.log(LOCATION, spdlog::level::info, spdlog::string_view_t(text));
 }
@@ -71,8 +26,11 @@ auto loggingCall(const LoggerPointer& logger) {
     return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(*logger, text); };
 }
 
-auto makeFileSink(const Task& task) {
-    return std::make_shared<spdlog::sinks::basic_file_sink_mt>(task.file());
+auto formattedCall(const LoggerPointer& logger) {
+    return [logger](std::size_t i) {
+        SPDLOG_LOGGER_INFO(logger, "user {} left after {} s from {}", i, static_cast<double>(i) * 0.25,
+                           "10.0.0.1");
+    };
 }
 
 template <typename MakeCall>
@@ -114,22 +72,6 @@ void sharedLogger(const Task& task) {
     measureSynchronous(task, [&logger](std::size_t) { return loggingCall(logger); });
 }
 
-/// The loggers of one queue, which write to one file.
-class Queue {
-public:
-    explicit Queue(const Task& task)
-        : pool_(std::make_shared<spdlog::details::thread_pool>(asynchronousMessages(task), 1)),
-          sink_(makeFileSink(task)) {}
-
-    LoggerPointer makeLogger(const std::string& name) const {
-        return ::makeLogger<spdlog::async_logger>(name, sink_, pool_, spdlog::async_overflow_policy::block);
-    }
-
-private:
-    std::shared_ptr<spdlog::details::thread_pool> pool_;
-    spdlog::sink_ptr sink_;
-};
-
 void asynchronousOwnLoggers(const Task& task) {
     const Queue queue(task);
     std::vector<LoggerPointer> loggers;
@@ -145,6 +87,49 @@ void asynchronousSharedLogger(const Task& task) {
     const LoggerPointer logger = queue.makeLogger(SampleLine::sharedLoggerName());
     measureAsynchronous(
         task, [&logger](std::size_t) { return loggingCall(logger); }, task.file());
+}
+
+class DroppingSink : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    DroppedMessages dropped;
+
+protected:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        dropped.add(std::string_view(message.payload.data(), message.payload.size()));
+    }
+    void flush_() override {}
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    const auto sink = std::make_shared<DroppingSink>();
+    const LoggerPointer logger = makeLogger(SampleLine::sharedLoggerName(), sink);
+    logger->flush_on(spdlog::level::off);
+    measureDroppedCalls(
+        task, [&](std::size_t) { return makeCall(logger); }, sink->dropped, textPattern);
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, loggingCall, SampleLine::TEXT);
+}
+
+void droppedFormatted(const Task& task) {
+    measureDropped(task, formattedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burst(const Task& task) {
+    const Queue queue(task);
+    const LoggerPointer logger = queue.makeLogger(SampleLine::sharedLoggerName());
+    measureBurst(
+        task, [&logger](std::size_t) { return formattedCall(logger); }, task.file());
+}
+
+Workload latency(const Rhythm& rhythm) {
+    return [&rhythm](const Task& task) {
+        const Queue queue(task);
+        measureLatency(task, rhythm, formattedCall(queue.makeLogger(SampleLine::sharedLoggerName())),
+                       task.file());
+    };
 }
 
 void rotation(const Task& task) {
@@ -194,6 +179,15 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedFormatted},
+                         {"dropped-formatted", droppedFormatted},
+                         {"burst-streamed", burst},
+                         {"burst-formatted", burst},
+                         {"latency-bursts", latency(BURSTS)},
+                         {"latency-bursts-prompt", latency(BURSTS)},
+                         {"latency-spaced", latency(SPACED)},
+                         {"latency-spaced-prompt", latency(SPACED)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

@@ -1,14 +1,15 @@
 // ZAV Log itself.
 
-#include "Workload.h"
+#include "Latency.h"
+#include "ZavSetup.h"
 
+#include "log/Appender.h"
+#include "log/LogFormat.h"
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
-#include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
-#include "zav-util/Properties.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
@@ -26,48 +27,6 @@ using ZAV::Util::Properties;
 const std::string TEXT = SampleLine::TEXT;
 const std::string SOURCE_FILE = SampleLine::SOURCE_FILE;
 
-/// The library, set up and taken down.
-class Library {
-public:
-    explicit Library(const Properties& properties) { ZAV::Log::LogManager::init(properties); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    ~Library() { ZAV::Log::LogManager::finish(); }
-};
-
-/// An appender that writes to "<folder>/log0" and does not rotate.
-Properties fileProperties(const Task& task) {
-    Properties properties;
-    properties["logger.root.level"] = "INFO";
-    properties["appender.file"] = "FileAppender";
-    properties["appender.file.dir"] = task.folder;
-    properties["appender.file.file"] = "log";
-    properties["appender.file.fileNumber"] = std::to_string(ROTATION_FILES - 1);
-    properties["appender.file.fileMaxSize"] = "4";
-    properties["appender.file.fileMaxSizeUnit"] = "GB";
-    return properties;
-}
-
-Properties asynchronousProperties(const Task& task) {
-    Properties properties = fileProperties(task);
-    properties["appender.file.asynchronous"] = "true";
-    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
-    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
-    properties["zav.log.AsynchronousDispatcher.priority"] = "0";
-    return properties;
-}
-
-Properties rotationProperties(const Task& task) {
-    Properties properties = fileProperties(task);
-    properties["appender.file.fileMaxSize"] = std::to_string(ROTATION_BYTES);
-    properties["appender.file.fileMaxSizeUnit"] = "B";
-    return properties;
-}
-
-std::string liveFile(const Task& task) {
-    return task.file() + "0";
-}
-
 auto loggingCall(const std::string& loggerName) {
     return [&logger = LoggerFactory::getLogger(loggerName)](std::size_t) {
         logger.info(TEXT, SampleLine::SOURCE_LINE, SOURCE_FILE);
@@ -80,6 +39,20 @@ auto callOfSharedLogger(std::size_t) {
 
 auto callOfOwnLogger(std::size_t thread) {
     return loggingCall(SampleLine::ownLoggerName(thread));
+}
+
+auto streamedCall(std::size_t = 0) {
+    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+        ZAV_LOG_INFO(logger, "user " << i << " left after " << static_cast<double>(i) * 0.25 << " s from "
+                                     << "10.0.0.1");
+    };
+}
+
+auto formattedCall(std::size_t = 0) {
+    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+        ZAV_LOGF_INFO(logger, "user {} left after {} s from {}", i, static_cast<double>(i) * 0.25,
+                      "10.0.0.1");
+    };
 }
 
 template <typename MakeCall>
@@ -152,6 +125,54 @@ void reopenedFile(const Task& task) {
         task, REOPENED_MESSAGES, callOfSharedLogger, [&task] { return task.file(); }, format);
 }
 
+class DroppingAppender : public ZAV::Log::Appender {
+public:
+    DroppingAppender() : Appender("dropping") {}
+    DroppedMessages dropped;
+
+protected:
+    void doOutput(const LogMessage& message) override { dropped.add(message.getText()); }
+};
+
+template <typename MakeCall>
+void measureDropped(const Task& task, MakeCall makeCall, const std::string& textPattern) {
+    DroppingAppender appender;
+    Logger& root = LoggerFactory::getRootLogger();
+    root.setLevel(ZAV::Log::Level::LEVEL_INFO, false);
+    root.addAppender(&appender);
+    measureDroppedCalls(task, makeCall, appender.dropped, textPattern);
+    root.removeAppender(&appender);
+}
+
+void droppedText(const Task& task) {
+    measureDropped(task, callOfSharedLogger, SampleLine::TEXT);
+}
+
+void droppedStreamed(const Task& task) {
+    measureDropped(task, streamedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void droppedFormatted(const Task& task) {
+    measureDropped(task, formattedCall, SampleLine::VALUES_TEXT_PATTERN);
+}
+
+void burstStreamed(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureBurst(task, streamedCall, liveFile(task));
+}
+
+void burstFormatted(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureBurst(task, formattedCall, liveFile(task));
+}
+
+Workload latency(const Rhythm& rhythm, Properties (*properties)(const Task&)) {
+    return [&rhythm, properties](const Task& task) {
+        const Library library(properties(task));
+        measureLatency(task, rhythm, streamedCall(), liveFile(task));
+    };
+}
+
 std::vector<LogMessage> makeMessages() {
     using ZAV::Util::TimeUtils::MSEC;
     using ZAV::Util::TimeUtils::Time;
@@ -189,6 +210,15 @@ int main(int argc, char** argv) {
                          {"sync-shared", sharedLogger},
                          {"async-own", asynchronousOwnLoggers},
                          {"async-shared", asynchronousSharedLogger},
+                         {"dropped-text", droppedText},
+                         {"dropped-streamed", droppedStreamed},
+                         {"dropped-formatted", droppedFormatted},
+                         {"burst-streamed", burstStreamed},
+                         {"burst-formatted", burstFormatted},
+                         {"latency-bursts", latency(BURSTS, unhurriedProperties)},
+                         {"latency-bursts-prompt", latency(BURSTS, asynchronousProperties)},
+                         {"latency-spaced", latency(SPACED, unhurriedProperties)},
+                         {"latency-spaced-prompt", latency(SPACED, asynchronousProperties)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

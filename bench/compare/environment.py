@@ -4,7 +4,7 @@ import datetime
 import pathlib
 import subprocess
 
-PACKAGES = ["libspdlog-dev", "liblog4cplus-dev", "liblog4cxx-dev", "libgoogle-glog-dev", "libboost-log-dev"]
+PACKAGES = ["libfmt-dev", "libspdlog-dev", "liblog4cplus-dev", "liblog4cxx-dev", "libgoogle-glog-dev", "libboost-log-dev"]
 
 
 def first_line_of(*command):

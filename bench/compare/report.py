@@ -3,7 +3,7 @@
 import statistics
 from collections import namedtuple
 
-from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, name_of, targets
+from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Nanoseconds, name_of, targets
 
 Verdict = namedtuple("Verdict", "title ratio factor against met")
 
@@ -24,14 +24,22 @@ def measured_groups(results):
             yield group._replace(rows=rows)
 
 
+def base_of(target, results):
+    """\\return what our figure is divided by, and its name; None where it was not measured"""
+    if isinstance(target.against, Nanoseconds):
+        return target.against.value, "%d ns" % target.against.value
+    if target.against == BEST_OTHER:
+        return results.best_other(target.figure)
+    if target.against in LOGGERS:
+        return results.median(target.against, target.figure), target.against
+    return results.limit(target.against), LIMITS
+
+
 def verdicts(results):
     """\\return a verdict on each target that was measured"""
     for target in targets():
         ours = results.median(OURS, target.figure)
-        if target.against == BEST_OTHER:
-            base, against = results.best_other(target.figure)
-        else:
-            base, against = results.limit(target.against), LIMITS
+        base, against = base_of(target, results)
         if ours is not None and base is not None:
             yield Verdict(target.title, ours / base, target.factor, name_of(against), ours <= target.factor * base)
 

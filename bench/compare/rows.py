@@ -18,10 +18,13 @@ Figure = namedtuple("Figure", "task metric")
 Row = namedtuple("Row", "label figure limit")
 Group = namedtuple("Group", "title unit rows")
 
-# Our figure must be at most `factor` times what it stands against: a limit, or the best of the other loggers.
+# Our figure must be at most `factor` times what it stands against: a limit, another logger, the best of them, or a
+# number of nanoseconds.
 Target = namedtuple("Target", "title figure against factor")
+Nanoseconds = namedtuple("Nanoseconds", "value")
 
 BEST_OTHER = "best other"
+SPDLOG = "spdlog"
 
 
 def name_of(program):
@@ -75,6 +78,28 @@ SYNCHRONOUS = [
     Row("4 threads, own loggers", figure("sync-own", 4, "message_ns"), WRITE_4),
     Row("4 threads, one logger", figure("sync-shared", 4, "message_ns"), WRITE_4),
 ]
+CPU_TIME = asynchronous_rows("cpu_ns", None)
+PEAK_MEMORY = asynchronous_rows("peak_kb", None)
+DROPPED = [
+    Row("values, streamed", figure("dropped-streamed", 1, "call_ns"), None),
+    Row("values, format string", figure("dropped-formatted", 1, "call_ns"), None),
+    Row("ready text", figure("dropped-text", 1, "call_ns"), None),
+]
+BURST = [
+    Row("values, streamed", figure("burst-streamed", 1, "producer_ns"), None),
+    Row("values, format string", figure("burst-formatted", 1, "producer_ns"), None),
+]
+
+
+def latency_rows(workload):
+    percentiles = [("p50", "p50_ns"), ("p99", "p99_ns"), ("p99.9", "p999_ns"), ("max", "max_ns")]
+    return [Row("%s, %s" % (delivery, label), figure(workload + suffix, 1, metric), None)
+            for delivery, suffix in [("default waiting period", ""), ("prompt delivery", "-prompt")]
+            for label, metric in percentiles]
+
+
+LATENCY_BURSTS = latency_rows("latency-bursts")
+LATENCY_SPACED = latency_rows("latency-spaced")
 RENDERING = [
     Row("standard layout", figure("rendering", 1, "call_ns"), None),
     Row("with process and host", figure("rendering-process", 1, "call_ns"), None),
@@ -82,10 +107,15 @@ RENDERING = [
 
 GROUPS = [
     Group("Rejected call", CALL, REJECTED),
+    Group("Nothing written", CALL, DROPPED),
     Group("File, every line flushed", NS, SYNCHRONOUS),
     Group("Asynchronous, every line flushed: the producer's call", CALL, PRODUCER),
     Group("Asynchronous, every line flushed: until all lines are in the file", NS, END_TO_END),
-    Group("Asynchronous, every line flushed: peak memory", "KB", asynchronous_rows("peak_kb", None)),
+    Group("Asynchronous, every line flushed: processor time of all threads", NS, CPU_TIME),
+    Group("Asynchronous, every line flushed: peak memory", "KB", PEAK_MEMORY),
+    Group("Asynchronous, values: the producer's call in one burst", CALL, BURST),
+    Group("Asynchronous, values: calls in bursts of 1000, one every 20 ms", CALL, LATENCY_BURSTS),
+    Group("Asynchronous, values: one call every 100 us", CALL, LATENCY_SPACED),
     Group("Rotation every 10 MB over 4 files, every line flushed", NS,
           [Row("1 thread", figure("rotation", 1, "message_ns"), WRITE)]),
     Group("Rendering alone", CALL, RENDERING),
@@ -94,11 +124,19 @@ GROUPS = [
 
 # Why a logger is missing from a row.
 NO_REOPENING = "has no appender that opens its file for every line"
+NO_FORMAT = "has no format strings"
+NO_QUEUE = "has no asynchronous appender"
 ABSENT = {
     ("glog", "rejected-function"): "has no function for a ready string",
     ("glog", "sync-own"): "has no named loggers",
-    ("glog", "async-own"): "has no asynchronous appender",
-    ("glog", "async-shared"): "has no asynchronous appender",
+    ("glog", "async-own"): NO_QUEUE,
+    ("glog", "async-shared"): NO_QUEUE,
+    ("glog", "burst-streamed"): NO_QUEUE,
+    ("glog", "burst-formatted"): NO_QUEUE,
+    ("glog", "latency-bursts"): NO_QUEUE,
+    ("glog", "latency-bursts-prompt"): NO_QUEUE,
+    ("glog", "latency-spaced"): NO_QUEUE,
+    ("glog", "latency-spaced-prompt"): NO_QUEUE,
     ("glog", "rotation"): "has no limit to the number of files",
     ("glog", "rendering"): "has no layout apart from its output",
     ("glog", "rendering-process"): "has no layout apart from its output",
@@ -106,6 +144,8 @@ ABSENT = {
     ("spdlog", "reopen"): NO_REOPENING,
     ("log4cplus", "reopen"): NO_REOPENING,
     ("log4cxx", "reopen"): NO_REOPENING,
+    **{(logger, "dropped-formatted"): NO_FORMAT for logger in ["log4cplus", "log4cxx", "glog", "boost"]},
+    **{(logger, "burst-formatted"): NO_FORMAT for logger in ["log4cplus", "log4cxx", "boost"]},
 }
 
 
@@ -113,16 +153,36 @@ def targets():
     for row in REJECTED:
         yield Target("rejected call, " + row.label, row.figure, row.limit, 1.5)
         yield Target("rejected call, " + row.label, row.figure, BEST_OTHER, 1.0)
-    yield Target("file, 1 thread", SYNCHRONOUS[0].figure, WRITE, 1.15)
-    for row in SYNCHRONOUS:
-        yield Target("file, " + row.label, row.figure, BEST_OTHER, 1.0)
-    for row in PRODUCER:
-        yield Target("asynchronous, the call, " + row.label, row.figure, BEST_OTHER, 1.0)
-    for row in END_TO_END:
-        yield Target("asynchronous, end to end, " + row.label, row.figure, WRITE, 1.2)
-        yield Target("asynchronous, end to end, " + row.label, row.figure, BEST_OTHER, 1.0)
-    yield Target("rendering, standard layout", RENDERING[0].figure, BEST_OTHER, 0.5)
-    yield Target("file opened for every line", REOPEN, REOPEN, 1.2)
+    for row, factor in zip(DROPPED, [0.9, 0.7, 0.9]):
+        yield Target("nothing written, " + row.label, row.figure, SPDLOG, factor)
+    yield from file_targets()
+    yield from asynchronous_targets()
+    for row in RENDERING:
+        yield Target("rendering, " + row.label, row.figure, BEST_OTHER, 0.5)
+    yield Target("file opened for every line", REOPEN, REOPEN, 1.15)
+
+
+def file_targets():
+    yield Target("file, 1 thread", SYNCHRONOUS[0].figure, WRITE, 1.25)
+    for row, factor in zip(SYNCHRONOUS, [0.9, 0.75, 0.75]):
+        yield Target("file, " + row.label, row.figure, BEST_OTHER, factor)
+
+
+def asynchronous_targets():
+    for row, factor in zip(PRODUCER, [0.6, 0.8, 0.8]):
+        yield Target("asynchronous, the call, " + row.label, row.figure, BEST_OTHER, factor)
+    for row, factor in zip(END_TO_END, [1.15, 1.25, 1.25]):
+        yield Target("asynchronous, end to end, " + row.label, row.figure, WRITE, factor)
+        yield Target("asynchronous, end to end, " + row.label, row.figure, BEST_OTHER, 0.75)
+    for row in PEAK_MEMORY:
+        yield Target("asynchronous, peak memory, " + row.label, row.figure, SPDLOG, 0.29)
+    for row, factor in zip(BURST, [0.7, 0.5]):
+        yield Target("asynchronous, a burst, " + row.label, row.figure, SPDLOG, factor)
+    by_default = LATENCY_SPACED[:4]
+    for row, most in zip(by_default, [300, 3000]):
+        yield Target("a call every 100 us, " + row.label, row.figure, Nanoseconds(most), 1.0)
+    for row in by_default:
+        yield Target("a call every 100 us, " + row.label, row.figure, SPDLOG, 1.0)
 
 
 def tasks(only):

@@ -15,29 +15,35 @@
 
 #include "log/Level.h"
 #include "log/Logger.h"
+#include "log/MessageInserter.h"
 #include "log/MessageStream.h"
 
 #if !defined(ZAV_LOG_ACTIVE_LEVEL)
 #define ZAV_LOG_ACTIVE_LEVEL 10
 #endif
 
-/// The part that all macros share. `level` is one of the numbers of `Level::LogLevel`, which no other macro
-/// can replace; `operation` is the logger's member function.
-#define ZAV_LOG_MESSAGE(logger, level, operation, expression)                                                \
+/// The part that all macros share: the statements run if the message passes, with `zavLogLogger` for the
+/// logger and `zavLogLevel` for the level. `level` is one of the numbers of `Level::LogLevel`, which no other
+/// macro can replace.
+#define ZAV_LOG_IF_LOGGABLE(logger, level, statements)                                                       \
     do {                                                                                                     \
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \
+            constexpr auto zavLogLevel = static_cast<::ZAV::Log::Level::LogLevel>(level);                    \
             ::ZAV::Log::Logger& zavLogLogger = (logger);                                                     \
-            if (zavLogLogger.isLoggable(static_cast<::ZAV::Log::Level::LogLevel>(level))) {                  \
-                ::ZAV::Log::MessageStream zavLogMessage;                                                     \
-                zavLogMessage.stream() << expression;                                                        \
-                zavLogMessage.logTo(zavLogLogger, &::ZAV::Log::Logger::operation, __LINE__, __FILE__);       \
+            if (zavLogLogger.isLoggable(zavLogLevel)) {                                                      \
+                statements                                                                                   \
             }                                                                                                \
         }                                                                                                    \
     } while (false)
 
-#define ZAV_LOG_AUDIT(logger, expression) ZAV_LOG_MESSAGE(logger, 60, audit, expression)
-#define ZAV_LOG_ERROR(logger, expression) ZAV_LOG_MESSAGE(logger, 50, error, expression)
-#define ZAV_LOG_WARNING(logger, expression) ZAV_LOG_MESSAGE(logger, 40, warning, expression)
-#define ZAV_LOG_INFO(logger, expression) ZAV_LOG_MESSAGE(logger, 30, info, expression)
-#define ZAV_LOG_DEBUG(logger, expression) ZAV_LOG_MESSAGE(logger, 20, debug, expression)
-#define ZAV_LOG_TRACE(logger, expression) ZAV_LOG_MESSAGE(logger, 10, trace, expression)
+#define ZAV_LOG_MESSAGE(logger, level, expression)                                                           \
+    ZAV_LOG_IF_LOGGABLE(logger, level, ::ZAV::Log::MessageStream zavLogMessage;                              \
+                        ::ZAV::Log::MessageInserter{zavLogMessage} << expression;                            \
+                        zavLogMessage.logTo(zavLogLogger, zavLogLevel, __LINE__, __FILE__);)
+
+#define ZAV_LOG_AUDIT(logger, expression) ZAV_LOG_MESSAGE(logger, 60, expression)
+#define ZAV_LOG_ERROR(logger, expression) ZAV_LOG_MESSAGE(logger, 50, expression)
+#define ZAV_LOG_WARNING(logger, expression) ZAV_LOG_MESSAGE(logger, 40, expression)
+#define ZAV_LOG_INFO(logger, expression) ZAV_LOG_MESSAGE(logger, 30, expression)
+#define ZAV_LOG_DEBUG(logger, expression) ZAV_LOG_MESSAGE(logger, 20, expression)
+#define ZAV_LOG_TRACE(logger, expression) ZAV_LOG_MESSAGE(logger, 10, expression)

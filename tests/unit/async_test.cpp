@@ -152,8 +152,8 @@ TEST(MessageBatch, GivesEveryFieldBack) {
                                               std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
                                    LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
     const auto all = [](const MessageFields& fields) {
-        return std::tuple(fields.loggerName, fields.time.microseconds(), fields.level, fields.text, fields.line,
-                          fields.file, fields.type);
+        return std::tuple(fields.loggerName, fields.time.microseconds(), fields.level, fields.text,
+                          fields.line, fields.file, fields.type);
     };
     MessageBatch batch;
     batch.append(messages[0]);

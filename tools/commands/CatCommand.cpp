@@ -86,8 +86,11 @@ ExitCode CatCommand::run(Output& output) {
     std::deque<RecordStream> streams;
     bool isComplete = openStreams(inputs_.inputs(), streams);
     showAll(streams, filter, *printer, output);
+    std::vector<std::string> problems = {filter.problem()};
     for (RecordStream& stream : streams) {
-        const std::string problem = stream.takeProblem();
+        problems.push_back(stream.takeProblem());
+    }
+    for (const std::string& problem : problems) {
         if (!problem.empty()) {
             report(problem);
             isComplete = false;

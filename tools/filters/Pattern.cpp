@@ -1,6 +1,5 @@
 #include "filters/Pattern.h"
 
-#include "Failure.h"
 #include "UsageError.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 8
@@ -69,13 +68,13 @@ Pattern::Pattern(const std::string& expression) : compiled_(std::make_unique<Com
 
 Pattern::~Pattern() = default;
 
-bool Pattern::matches(std::string_view text) const {
+bool Pattern::matches(std::string_view text) {
     const int result = pcre2_match(compiled_->code.get(), reinterpret_cast<PCRE2_SPTR>(text.data()),
                                    text.size(), 0, 0, compiled_->data.get(), compiled_->context.get());
     if (result < 0 && result != PCRE2_ERROR_NOMATCH) {
-        throw Failure("--grep: " + describe(result));
+        problem_ = describe(result);
     }
-    return result >= 0;
+    return result != PCRE2_ERROR_NOMATCH;
 }
 
 } // namespace Tools

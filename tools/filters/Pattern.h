@@ -17,13 +17,17 @@ public:
     Pattern& operator=(const Pattern&) = delete;
 
     /// \param text any bytes; those that are no UTF-8 match nothing
-    /// \return true if the expression matches anywhere in the text
-    /// \throw Failure if the expression needs too many steps to tell
-    bool matches(std::string_view text) const;
+    /// \return true if the expression matches anywhere in the text, or takes too many steps to tell: what might be
+    /// wanted is not left out
+    bool matches(std::string_view text);
+
+    /// \return why some texts could not be told; empty if all could
+    const std::string& problem() const { return problem_; }
 
 private:
     struct Compiled;
     std::unique_ptr<Compiled> compiled_;
+    std::string problem_;
 };
 
 } // namespace Tools

@@ -28,6 +28,11 @@ bool RecordFilter::accepts(RecordStream& stream) const {
     return !pattern_ || pattern_->matches(stream.fields().text);
 }
 
+std::string RecordFilter::problem() const {
+    const bool isExact = !pattern_ || pattern_->problem().empty();
+    return isExact ? "" : "--grep: " + pattern_->problem() + "; records that may not match are shown too";
+}
+
 bool RecordFilter::acceptsTime(const Record& record) const {
     if (!since_ && !until_) {
         return true;

@@ -34,6 +34,9 @@ public:
     /// \return true if the record meets all requirements; one without a time has no level and no logger either
     bool accepts(RecordStream& stream) const;
 
+    /// \return what the user must know about the records that were accepted; empty if nothing
+    std::string problem() const;
+
 private:
     bool acceptsTime(const Record& record) const;
     bool acceptsLogger(std::string_view logger) const;

@@ -46,8 +46,9 @@ void FollowedInput::poll(std::vector<std::string>& notices) {
         tailFilter_ = nullptr; // what comes into being later is new from its start
         return;
     }
-    reopenIfCut(notices);
-    if (!stream_.hasMoreFiles() && !isCurrentLive()) {
+    if (isCurrentLive()) {
+        reopenIfCut(notices);
+    } else {
         appendNewerFiles(notices);
     }
 }
@@ -81,27 +82,30 @@ void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<
     files.erase(files.begin(), found);
 }
 
-/// A file that was cut and has grown past its old size meanwhile shows other bytes before the place.
+/// A file that was cut and has grown to its old size or beyond meanwhile shows other bytes before the place.
 void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     const LogFile& current = *stream_.file();
-    const std::uint64_t size = current.file.size();
-    const bool hasGrown = size > stream_.bytesSeen();
-    const bool isCut = size < stream_.bytesSeen() || (hasGrown && seen_ && !seen_->isIn(current.file));
+    const bool isCut = current.file.size() < stream_.bytesSeen() || (seen_ && !seen_->isIn(current.file));
     if (!isCut) {
-        if (!seen_ || seen_->offset() != stream_.bytesSeen()) {
-            seen_ = FilePlace::in(current.file, stream_.bytesSeen());
-        }
         return;
     }
     LogFile again;
     again.path = current.path;
     again.layout = spec_.layout;
     std::string problem;
-    if (again.file.open(livePath(), problem)) {
+    if (again.file.open(livePath(), problem) && again.file.identity() == current.file.identity()) {
         warnOfLoss(notices, "the file was cut");
         stream_.leaveFile();
         stream_.append(std::move(again));
         seen_.reset();
+    }
+}
+
+void FollowedInput::settle() {
+    stream_.settle();
+    const bool hasRead = !seen_ || seen_->offset() != stream_.bytesSeen();
+    if (stream_.file() != nullptr && hasRead) {
+        seen_ = FilePlace::in(stream_.file()->file, stream_.bytesSeen());
     }
 }
 
@@ -159,7 +163,11 @@ void FollowedInput::append(std::vector<LogFile> files) {
     }
 }
 
+/// A record is done when all of its parts are.
 void FollowedInput::commit() {
+    if (stream_.record().isPart) {
+        return;
+    }
     committedFile_ = stream_.fileCount();
     committedEnd_ = stream_.record().end;
 }

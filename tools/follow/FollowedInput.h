@@ -38,6 +38,10 @@ public:
     /// \param notices receives what the user must know: what cannot be read, and where records may have been lost
     void poll(std::vector<std::string>& notices);
 
+    /// Ends a round, before its records leave the process: what was read may be changed from then on, and
+    /// that is noticed at the next `poll`.
+    void settle();
+
     RecordStream& stream() { return stream_; }
     const RecordStream& stream() const { return stream_; }
     const std::string& path() const { return spec_.path; }
@@ -66,7 +70,7 @@ private:
     std::optional<FilePlace> resumedPlace_;
     const RecordFilter* tailFilter_ = nullptr; ///< null if the input is read from its start
     std::size_t tailLength_ = 0;
-    std::optional<FilePlace> seen_; ///< how far the current file was read when it was looked at last
+    std::optional<FilePlace> seen_; ///< how far the current file was read at the end of the last round
     std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
     std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;

@@ -90,7 +90,11 @@ bool Follower::readRound() {
         }
     }
     for (FollowedInput& input : inputs_) {
-        input.stream().settle();
+        input.settle();
+    }
+    if (filter_.problem() != filterProblem_) {
+        filterProblem_ = filter_.problem();
+        report(filterProblem_);
     }
     return hasShown;
 }

@@ -54,6 +54,7 @@ private:
     std::optional<LastRecords> last_;
     std::optional<StateFile> state_;
     std::string text_;
+    std::string filterProblem_;     ///< what was reported of the filter last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
     std::chrono::steady_clock::time_point savedAt_;
 };

@@ -18,6 +18,11 @@ bool isFile(const std::string& path) {
     return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
 }
 
+bool exists(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
 bool hasSeries(const std::string& base) {
     for (char digit = NEWEST; digit <= OLDEST; ++digit) {
         if (isFile(base + digit)) {
@@ -75,7 +80,7 @@ std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& p
     std::string problem;
     if (file.file.open(file.path, problem)) {
         files.push_back(std::move(file));
-    } else if (!input.mayBeMissing || isFile(file.path)) {
+    } else if (!input.mayBeMissing || exists(file.path)) {
         problems.push_back(file.path + ": " + problem);
     }
     return files;

@@ -14,6 +14,7 @@ struct Record {
     bool hasTime = false;
     /// Belongs to the record before it: the rest of a very long one, or lines that were written later.
     bool isContinuation = false;
+    bool isPart = false;      ///< of a very long record, the rest of which comes next
     bool isCutInLine = false; ///< ends within a line, which the next record continues
     std::uint64_t end = 0;    ///< the place in the file behind the record
 

@@ -91,6 +91,7 @@ void RecordReader::emit(Record& record, std::size_t end) {
     std::string_view lines(buffer_.data() + begin_, end - begin_);
     record.hasTime = !isInLine_ && startsWithTime(lines);
     record.isContinuation = !record.hasTime && continues_;
+    record.isPart = false;
     record.isCutInLine = false;
     record.end = offset_ + end;
     isInLine_ = lines.back() != '\n';
@@ -107,14 +108,15 @@ void RecordReader::emit(Record& record, std::size_t end) {
     searched_ = std::max(searched_, end);
 }
 
-/// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for at least one
-/// byte, so that what follows can end it.
+/// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for
+/// at least one byte, so that what follows can end it.
 void RecordReader::emitPart(Record& record) {
     std::size_t end = line_ > begin_ ? line_ : end_ - 1;
     if (buffer_[end - 1] == '\r') {
         --end;
     }
     emit(record, end);
+    record.isPart = true;
     record.isCutInLine = isInLine_;
     rememberHeader(record);
     continues_ = true;

@@ -12,8 +12,9 @@ constexpr std::int64_t TICKS_PER_SECOND = 10000000;
 constexpr std::int64_t SECONDS_FROM_1601_TO_1970 = 11644473600;
 
 struct ChosenZone {
-    bool isSet = false;
-    DYNAMIC_TIME_ZONE_INFORMATION zone = {};
+    enum Kind { RUNTIME, UTC, NAMED };
+    Kind kind = RUNTIME;
+    DYNAMIC_TIME_ZONE_INFORMATION zone = {}; ///< of a named one
 };
 
 ChosenZone& chosenZone() {
@@ -46,6 +47,16 @@ bool findZone(const std::wstring& name, DYNAMIC_TIME_ZONE_INFORMATION& zone) {
     return false;
 }
 
+/// By the rules that the zone had in that year.
+std::int64_t namedOffset(std::int64_t seconds) {
+    const SYSTEMTIME utc = toSystemTime(seconds);
+    TIME_ZONE_INFORMATION ofYear;
+    SYSTEMTIME local;
+    const bool isConverted = GetTimeZoneInformationForYear(utc.wYear, &chosenZone().zone, &ofYear) &&
+                             SystemTimeToTzSpecificLocalTime(&ofYear, &utc, &local);
+    return isConverted ? toSeconds(local) - seconds : 0;
+}
+
 /// The zone that the library's own lines were written in: the C runtime's, which also heeds the variable TZ.
 std::int64_t runtimeOffset(std::int64_t seconds) {
     const __time64_t time = seconds;
@@ -57,25 +68,25 @@ std::int64_t runtimeOffset(std::int64_t seconds) {
 
 bool useZone(const std::string& name) {
     ChosenZone chosen;
-    chosen.isSet = true;
-    const bool isUtc = name == "UTC"; // a zone without an offset, which the empty one is
-    if (!isUtc && !findZone(std::wstring(name.begin(), name.end()), chosen.zone)) {
-        return false;
+    chosen.kind = name == "UTC" ? ChosenZone::UTC : ChosenZone::NAMED;
+    const bool isKnown =
+        chosen.kind == ChosenZone::UTC || findZone(std::wstring(name.begin(), name.end()), chosen.zone);
+    if (isKnown) {
+        chosenZone() = chosen;
     }
-    chosenZone() = chosen;
-    return true;
+    return isKnown;
 }
 
 std::int64_t utcOffset(std::int64_t seconds) {
-    if (!chosenZone().isSet) {
+    switch (chosenZone().kind) {
+    case ChosenZone::RUNTIME:
         return runtimeOffset(seconds);
-    }
-    const SYSTEMTIME utc = toSystemTime(seconds);
-    SYSTEMTIME local;
-    if (!SystemTimeToTzSpecificLocalTimeEx(&chosenZone().zone, &utc, &local)) {
+    case ChosenZone::UTC:
         return 0;
+    case ChosenZone::NAMED:
+        break;
     }
-    return toSeconds(local) - seconds;
+    return namedOffset(seconds);
 }
 
 } // namespace Platform

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Workload.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Bench {
+
+/// How the calls of one producer lie in time.
+struct Rhythm {
+    std::size_t callsAtOnce;
+    std::chrono::microseconds period; ///< from the first call of a burst to that of the next
+    std::size_t bursts;
+};
+
+constexpr Rhythm BURSTS{1000, std::chrono::milliseconds(20), 20};
+constexpr Rhythm SPACED{1, std::chrono::microseconds(100), 10'000};
+
+/// Takes the time of single calls. Each includes half of two readings of the clock, with every logger.
+template <typename Call>
+std::vector<double> timeCalls(const Rhythm& rhythm, std::size_t bursts, Call& call) {
+    std::vector<double> nanoseconds(bursts * rhythm.callsAtOnce);
+    std::size_t count = 0;
+    Clock::time_point next = Clock::now();
+    for (std::size_t burst = 0; burst < bursts; ++burst) {
+        std::this_thread::sleep_until(next);
+        next += rhythm.period;
+        for (std::size_t i = 0; i < rhythm.callsAtOnce; ++i) {
+            const Clock::time_point start = Clock::now();
+            call(count);
+            nanoseconds[count++] = nanosecondsBetween(start, Clock::now());
+        }
+    }
+    return nanoseconds;
+}
+
+/// Waits until a file has got so many lines.
+inline void waitForLines(const std::string& path, std::size_t lines) {
+    const Clock::time_point deadline = Clock::now() + std::chrono::seconds(60);
+    for (;;) {
+        std::ifstream stream(path, std::ios::binary);
+        const auto found = std::count(std::istreambuf_iterator<char>(stream), {}, '\n');
+        if (static_cast<std::size_t>(found) >= lines) {
+            return;
+        }
+        if (Clock::now() > deadline) {
+            throw std::runtime_error(path + " did not get all lines");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+/// Calls with values of one producer that hand their message to another thread. A tenth more of them comes
+/// first and does not count.
+template <typename Call>
+void measureLatency(const Task& task, const Rhythm& rhythm, Call call, const std::string& file) {
+    const std::size_t bursts = rhythm.bursts / std::min<std::size_t>(task.divisor, rhythm.bursts / 10);
+    const std::size_t warmUp = timeCalls(rhythm, bursts / 10 + 1, call).size();
+    std::vector<double> nanoseconds = timeCalls(rhythm, bursts, call);
+    waitForLines(file, warmUp + nanoseconds.size());
+    FileCheck(file, formatWithValues()).expectMessages(warmUp + nanoseconds.size());
+    std::sort(nanoseconds.begin(), nanoseconds.end());
+    const auto print = [&nanoseconds](const char* name, std::size_t perThousand) {
+        printFigure(name, nanoseconds[(nanoseconds.size() - 1) * perThousand / 1000]);
+    };
+    print("p50_ns", 500);
+    print("p99_ns", 990);
+    print("p999_ns", 999);
+    print("max_ns", 1000);
+}
+
+/// One burst of as many calls with values as the other asynchronous rows have.
+template <typename MakeCall>
+void measureBurst(const Task& task, MakeCall makeCall, const std::string& file) {
+    const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);
+    const Timing timing =
+        runThreads(task.threads, calls, makeCall, [&] { waitForLines(file, calls.warmUp * task.threads); });
+    waitForLines(file, calls.total() * task.threads);
+    FileCheck(file, formatWithValues()).expectMessages(calls.total() * task.threads);
+    printFigure("producer_ns", timing.nanosecondsPerCall);
+}
+
+} // namespace Bench

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "log/MessageStream.h"
+
+#include <cstddef>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace ZAV {
+namespace Log {
+
+/// What a value's type says about how it is streamed. "<<" alone cannot tell who wrote the operator.
+namespace Streaming {
+
+template <typename Type, typename... Types>
+constexpr bool isOneOf = (std::is_same_v<Type, Types> || ...);
+
+/// Whether a stream takes such an argument at all.
+template <typename Argument, typename = void>
+constexpr bool isStreamable = false;
+template <typename Argument>
+constexpr bool
+    isStreamable<Argument, std::void_t<decltype(std::declval<std::ostream&>() << std::declval<Argument>())>> =
+        true;
+
+/// Whether a function "<<" outside of the stream's class is found with the type. Written as a call, so that
+/// the class's own operators, which turn much into a number or a pointer, are left aside.
+template <typename Argument, typename = void>
+constexpr bool hasOperator = false;
+template <typename Argument>
+constexpr bool hasOperator<
+    Argument, std::void_t<decltype(operator<<(std::declval<std::ostream&>(), std::declval<Argument>()))>> =
+    true;
+
+template <typename Type>
+constexpr bool isCharacter = isOneOf<Type, char, signed char, unsigned char>;
+
+template <typename Type>
+constexpr bool isNumber = isOneOf<Type, bool, short, unsigned short, int, unsigned, long, unsigned long,
+                                  long long, unsigned long long, float, double, long double>;
+
+template <typename Type>
+constexpr bool isText =
+    std::is_pointer_v<Type>&& isCharacter<std::remove_const_t<std::remove_pointer_t<Type>>>;
+
+/// The types whose meaning nobody can change.
+template <typename Type>
+constexpr bool isBuiltIn =
+    isCharacter<Type> || isNumber<Type> || isText<Type> || isOneOf<Type, void*, const void*, std::nullptr_t>;
+
+template <typename Type>
+constexpr bool isString = isOneOf<Type, std::string, std::string_view>;
+
+/// Types of an application or the standard library that bring their operator with them.
+template <typename Type>
+constexpr bool isForeign = !isBuiltIn<std::decay_t<Type>> && !isString<Type> && hasOperator<const Type&>;
+
+template <typename Type, bool = std::is_enum_v<Type>>
+constexpr bool isPlainEnumeration = false;
+/// An enumeration of which a stream makes a number.
+template <typename Type>
+constexpr bool isPlainEnumeration<Type, true> =
+    isNumber<std::underlying_type_t<Type>>&& isStreamable<const Type&> && !hasOperator<const Type&>;
+
+} // namespace Streaming
+
+/// A value of any type that a stream takes. The conversion makes it the last choice: a better "<<" that the
+/// caller's code sees wins.
+class StreamedValue {
+public:
+    template <typename Type, std::enable_if_t<Streaming::isStreamable<const Type&>, int> = 0>
+    StreamedValue(const Type& value) : value_(addressOf(value)), write_(&writeAs<const Type>) {}
+
+    /// For the few types whose operator or conversion wants to change them.
+    template <
+        typename Type,
+        std::enable_if_t<Streaming::isStreamable<Type&> && !Streaming::isStreamable<const Type&>, int> = 0>
+    StreamedValue(Type& value) : value_(addressOf(value)), write_(&writeAs<Type>) {}
+
+    /// Writes the value, which must still be there.
+    void writeTo(MessageStream& message) const { write_(message, value_); }
+
+private:
+    template <typename Type>
+    static const void* addressOf(Type& value) {
+        if constexpr (std::is_function_v<Type>) {
+            return reinterpret_cast<const void*>(&value);
+        } else {
+            return const_cast<const void*>(static_cast<const volatile void*>(std::addressof(value)));
+        }
+    }
+
+    template <typename Type>
+    static void writeAs(MessageStream& message, const void* address) {
+        if constexpr (std::is_function_v<Type>) {
+            message.stream() << reinterpret_cast<Type*>(const_cast<void*>(address));
+            message.settle();
+        } else {
+            Type& value = *static_cast<Type*>(const_cast<void*>(address));
+            if constexpr (Streaming::isPlainEnumeration<std::remove_const_t<Type>>) {
+                message.write(static_cast<std::underlying_type_t<Type>>(value));
+            } else {
+                message.stream() << value;
+                message.settle();
+            }
+        }
+    }
+
+    const void* value_;
+    void (*write_)(MessageStream&, const void*);
+};
+
+} // namespace Log
+} // namespace ZAV

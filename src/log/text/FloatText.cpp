@@ -1,0 +1,91 @@
+#include "log/text/FloatText.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+constexpr int DIGITS = 6;
+constexpr std::uint32_t POWERS_OF_TEN[] = {1,      10,      100,      1000,      10000,
+                                           100000, 1000000, 10000000, 100000000, 1000000000};
+
+/// A number with six digits: `digits` divided by the power of ten with `decimals` zeros.
+struct Decimal {
+    std::uint32_t digits;
+    int decimals;
+};
+
+/// \param number from 0.0001 to below 1000000
+/// \return whether it is a multiple of 2^-32, so that its product with a power of ten below 1000000 is exact
+bool hasExactProducts(double number) {
+    const double multiple = number * 4294967296.0;
+    return multiple == static_cast<double>(static_cast<std::uint64_t>(multiple));
+}
+
+/// The nearest number with six digits, for those that people log most: neither tiny nor huge, and not so near
+/// to the middle between two of them that only exact arithmetic tells which is nearer.
+/// \param number from 0.0001 to below 1000000
+/// \return false if it takes exact arithmetic
+bool toDecimal(double number, Decimal& decimal) {
+    static constexpr double BOUNDS[] = {0.001, 0.01, 0.1, 1, 10, 100, 1000, 10000, 100000};
+    constexpr int MOST_DECIMALS = 9;
+    // The error of the multiplication is far below this.
+    constexpr double DOUBT = 1e-6;
+    decimal.decimals = MOST_DECIMALS;
+    while (decimal.decimals > 0 && number >= BOUNDS[MOST_DECIMALS - decimal.decimals]) {
+        --decimal.decimals;
+    }
+    const double scaled = number * POWERS_OF_TEN[decimal.decimals];
+    decimal.digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - decimal.digits;
+    if (std::fabs(rest - 0.5) >= DOUBT) {
+        decimal.digits += rest > 0.5 ? 1 : 0;
+    } else if (rest == 0.5 && hasExactProducts(number)) {
+        decimal.digits += decimal.digits % 2; // The middle goes to the even digit.
+    } else {
+        return false;
+    }
+    return decimal.digits < POWERS_OF_TEN[DIGITS];
+}
+
+char* writeDecimal(char* text, Decimal decimal) {
+    while (decimal.decimals > 0 && decimal.digits % 10 == 0) {
+        decimal.digits /= 10;
+        --decimal.decimals;
+    }
+    const std::uint32_t unit = POWERS_OF_TEN[decimal.decimals];
+    text = std::to_chars(text, text + DIGITS, decimal.digits / unit).ptr;
+    if (decimal.decimals == 0) {
+        return text;
+    }
+    *text++ = '.';
+    std::uint32_t fraction = decimal.digits % unit;
+    for (int i = decimal.decimals; i > 0; --i) {
+        text[i - 1] = static_cast<char>('0' + fraction % 10);
+        fraction /= 10;
+    }
+    return text + decimal.decimals;
+}
+
+} // namespace
+
+// std::to_chars knows every number, but works with exact arithmetic on all of them: it takes more than three
+// times as long (generalFloatByToChars among the benchmarks).
+char* writeGeneralFloat(char* text, double number) {
+    const double absolute = std::fabs(number);
+    Decimal decimal{};
+    if (absolute >= 0.0001 && absolute < 1000000 && toDecimal(absolute, decimal)) {
+        if (number < 0) {
+            *text++ = '-';
+        }
+        return writeDecimal(text, decimal);
+    }
+    return std::to_chars(text, text + GENERAL_FLOAT_SIZE, number, std::chars_format::general, DIGITS).ptr;
+}
+
+} // namespace Log
+} // namespace ZAV

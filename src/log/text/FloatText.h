@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+namespace ZAV {
+namespace Log {
+
+/// The most characters of a number in the general form: "-1.23457e+308".
+constexpr std::size_t GENERAL_FLOAT_SIZE = 16;
+
+/// Writes a number in the general form with six digits, as `printf` does with "%g" in the classic locale.
+/// \param text room for `GENERAL_FLOAT_SIZE` characters
+/// \return the end of what was written
+char* writeGeneralFloat(char* text, double number);
+
+} // namespace Log
+} // namespace ZAV

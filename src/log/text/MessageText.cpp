@@ -1,0 +1,149 @@
+#include "log/text/MessageText.h"
+
+#include <algorithm>
+#include <locale>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+constexpr std::size_t FIRST_CAPACITY = 512;
+/// What a thread keeps at most. A text beyond that is so long that its memory costs little beside it.
+constexpr std::size_t MAX_KEPT_CAPACITY = 16384;
+
+/// Nothing of it has a destructor, so that the last destructors of a thread can still look into it.
+struct KeptText {
+    MessageText* text;
+    bool threadEnds;
+};
+
+thread_local KeptText keptText{};
+
+/// Frees the kept text when the thread ends, and lets none be kept from then on.
+struct ThreadEnd {
+    ~ThreadEnd() {
+        MessageText* const text = keptText.text;
+        keptText = {nullptr, true};
+        std::default_delete<MessageText>()(text);
+    }
+    /// A thread-local object is made, and so destroyed, in the threads that use it.
+    void awaitHere() {}
+};
+
+thread_local ThreadEnd threadEnd;
+
+} // namespace
+
+MessageText& MessageText::take() {
+    if (keptText.text != nullptr) {
+        MessageText& text = *keptText.text;
+        keptText.text = nullptr;
+        return text;
+    }
+    if (!keptText.threadEnds) {
+        threadEnd.awaitHere();
+    }
+    return *new MessageText;
+}
+
+void MessageText::giveBack(MessageText& text) noexcept {
+    if (keptText.text != nullptr || keptText.threadEnds || text.capacity() > MAX_KEPT_CAPACITY) {
+        delete &text;
+        return;
+    }
+    text.clear();
+    keptText.text = &text;
+}
+
+void MessageText::clear() {
+    if (stream_) {
+        stream_.reset();
+    }
+    state_ = State::FRESH;
+    next_ = memory_.get();
+    endBeforeSeek_ = nullptr;
+}
+
+bool MessageText::takesNumbers() {
+    if (state_ == State::FRESH) {
+        // The application may have set a locale for all new streams, with other separators.
+        static const std::locale& classic = std::locale::classic();
+        state_ = std::locale() == classic ? State::PLAIN : State::STREAMED;
+    }
+    return state_ == State::PLAIN;
+}
+
+std::ostream& MessageText::stream() {
+    if (!stream_) {
+        stream_.emplace(static_cast<std::streambuf*>(this));
+    }
+    state_ = State::STREAMED;
+    return *stream_;
+}
+
+void MessageText::settle() {
+    state_ = writesAsNew() ? State::PLAIN : State::STREAMED;
+}
+
+bool MessageText::writesAsNew() const {
+    constexpr std::streamsize PRECISION = 6;
+    return stream_->good() && stream_->flags() == (std::ios::skipws | std::ios::dec) &&
+           stream_->precision() == PRECISION && stream_->width() == 0 && stream_->fill() == ' ' &&
+           stream_->rdbuf() == this && stream_->getloc() == std::locale::classic();
+}
+
+std::size_t MessageText::capacity() const {
+    return static_cast<std::size_t>(memoryEnd_ - memory_.get());
+}
+
+void MessageText::grow(std::size_t size) {
+    const std::string_view text = view();
+    const auto position = static_cast<std::size_t>(next_ - memory_.get());
+    const std::size_t newCapacity = std::max({FIRST_CAPACITY, position + size, 2 * capacity()});
+    std::unique_ptr<char[]> memory(new char[newCapacity]);
+    text.copy(memory.get(), text.size());
+    endBeforeSeek_ = memory.get() + text.size();
+    next_ = memory.get() + position;
+    memoryEnd_ = memory.get() + newCapacity;
+    memory_ = std::move(memory);
+}
+
+// The stream's side. There is no put area, which append would have to keep in step.
+
+MessageText::int_type MessageText::overflow(int_type character) {
+    if (!traits_type::eq_int_type(character, traits_type::eof())) {
+        const char text = traits_type::to_char_type(character);
+        append(std::string_view(&text, 1));
+    }
+    return traits_type::not_eof(character);
+}
+
+std::streamsize MessageText::xsputn(const char* text, std::streamsize size) {
+    append(std::string_view(text, static_cast<std::size_t>(size)));
+    return size;
+}
+
+MessageText::pos_type MessageText::seekoff(off_type offset, std::ios::seekdir from,
+                                           std::ios::openmode which) {
+    char* const end = memory_.get() + view().size();
+    const char* base = memory_.get();
+    if (from != std::ios::beg) {
+        base = from == std::ios::cur ? next_ : end;
+    }
+    const off_type target = base - memory_.get() + offset;
+    if ((which & std::ios::out) == 0 || target < 0 || target > end - memory_.get()) {
+        return pos_type(off_type(-1));
+    }
+    endBeforeSeek_ = end;
+    next_ = memory_.get() + target;
+    return pos_type(target);
+}
+
+MessageText::pos_type MessageText::seekpos(pos_type position, std::ios::openmode which) {
+    return seekoff(off_type(position), std::ios::beg, which);
+}
+
+} // namespace Log
+} // namespace ZAV

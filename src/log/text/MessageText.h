@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <streambuf>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+/// The text of a message while it is put together, in memory that its thread uses again and again.
+///
+/// What a default stream would write in one way only is appended without a stream, which is several times as
+/// fast. The stream is made when something needs it and goes with the message, since whoever it is given to
+/// may leave anything in it.
+class MessageText final : private std::streambuf {
+public:
+    /// \return an empty text for the calling thread, which nobody else has until it is given back: the
+    ///         thread's own, or another one within an expression that logs itself and while the thread ends
+    /// \throw std::bad_alloc
+    static MessageText& take();
+
+    /// Takes back what `take` gave in this thread; a text that has grown large is freed.
+    static void giveBack(MessageText& text) noexcept;
+
+    /// \return what was written, until the next call
+    std::string_view view() const { return {memory_.get(), static_cast<std::size_t>(end() - memory_.get())}; }
+
+    /// \return whether texts and characters may be appended; else the stream may want to fill them up
+    bool takesTexts() const { return state_ != State::STREAMED; }
+
+    /// \return whether numbers may be appended; else the stream, or the locale of a new one, may want them in
+    ///         another form
+    bool takesNumbers();
+
+    /// Appends a text, with `takesTexts`.
+    /// \throw std::bad_alloc
+    void append(std::string_view text) {
+        char* const place = room(text.size());
+        if (!text.empty()) {
+            std::memcpy(place, text.data(), text.size());
+        }
+        commit(place + text.size());
+    }
+
+    /// \return a place for so many characters, of which `commit` takes over what was written
+    /// \throw std::bad_alloc
+    char* room(std::size_t size) {
+        if (size > static_cast<std::size_t>(memoryEnd_ - next_)) {
+            grow(size);
+        }
+        return next_;
+    }
+    void commit(char* end) { next_ = end; }
+
+    /// \return the stream that writes to this text; after its use follows `settle`, or all that is left to
+    ///         write goes through it
+    std::ostream& stream();
+
+    /// Looks whether the stream has come back to the state of a new one; if so, it is not needed for now.
+    void settle();
+
+private:
+    enum class State {
+        FRESH,   ///< no stream so far; the locale of a new one is not known
+        PLAIN,   ///< a stream would write as a new one does in the classic locale
+        STREAMED ///< only the stream knows how it writes
+    };
+
+    MessageText() = default;
+    const char* end() const { return next_ < endBeforeSeek_ ? endBeforeSeek_ : next_; }
+    void clear();
+    std::size_t capacity() const;
+    void grow(std::size_t size);
+    bool writesAsNew() const;
+
+    int_type overflow(int_type character) override;
+    std::streamsize xsputn(const char* text, std::streamsize size) override;
+    pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override;
+    pos_type seekpos(pos_type position, std::ios::openmode which) override;
+
+    State state_ = State::FRESH;
+    std::unique_ptr<char[]> memory_;
+    char* memoryEnd_ = nullptr;
+    char* next_ = nullptr; ///< where the next character goes; before the end only after a seek
+    char* endBeforeSeek_ = nullptr;
+    std::optional<std::ostream> stream_;
+};
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,122 @@
+#include "TestSupport.h"
+
+#include "log/LogFormat.h"
+#include "log/LoggerFactory.h"
+
+#include <fmt/chrono.h>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+enum class Failure { EXCEPTION, NUMBER, MEMORY };
+
+} // namespace
+
+template <>
+struct fmt::formatter<Failure> {
+    static constexpr auto parse(format_parse_context& context) { return context.begin(); }
+    static auto format(Failure failure, format_context& context) -> decltype(context.out()) {
+        switch (failure) {
+        case Failure::EXCEPTION:
+            throw std::runtime_error("out of order");
+        case Failure::NUMBER:
+            throw 7;
+        case Failure::MEMORY:
+            throw std::bad_alloc();
+        }
+        return context.out();
+    }
+};
+
+namespace {
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using testing::ElementsAre;
+
+class MessagesAppender : public Appender {
+public:
+    MessagesAppender() : Appender("messages") {}
+    std::vector<LogMessage> messages;
+    const std::string& text() const { return messages.back().getText(); }
+
+protected:
+    void doOutput(const LogMessage& message) override { messages.push_back(message); }
+};
+
+class FormatMacros : public testing::Test {
+protected:
+    FormatMacros() { logger_.addAppender(&appender_); }
+    ~FormatMacros() override { logger_.removeAppender(&appender_); }
+
+    Logger& countedLogger() {
+        ++evaluations_;
+        return logger_;
+    }
+
+    int evaluations_ = 0;
+    Logger& logger_ = LoggerFactory::getLogger("formatted");
+    MessagesAppender appender_;
+};
+
+} // namespace
+
+TEST_F(FormatMacros, EvaluateOnceWhenTheLevelIsOnAndNothingWhenItIsOff) {
+    ZAV_LOGF_INFO(logger_, "{}", ++evaluations_);
+    ASSERT_TRUE(appender_.messages.empty());
+    ZAV_LOGF_ERROR(countedLogger(), "user {} left after {} s", 12, 0.25);
+    const int line = __LINE__ - 1;
+    EXPECT_EQ(evaluations_, 1);
+    ASSERT_EQ(appender_.messages.size(), 1U);
+    EXPECT_EQ(appender_.text(), "user 12 left after 0.25 s");
+    EXPECT_EQ(appender_.messages.front().getLevel(), Level::ERROR);
+    EXPECT_EQ(appender_.messages.front().getLine(), line);
+    EXPECT_EQ(appender_.messages.front().getFile(), __FILE__);
+}
+
+TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
+    logger_.setLevel(Level::TRACE, false);
+    if (evaluations_ > 0)
+        ZAV_LOGF_AUDIT(logger_, "not this one");
+    else
+        ZAV_LOGF_TRACE(logger_, "without values");
+    ZAV_LOGF_AUDIT(logger_, "{}", 1);
+    ZAV_LOGF_WARNING(logger_, "{}", 2);
+    ZAV_LOGF_INFO(logger_, "{}", 3);
+    ZAV_LOGF_DEBUG(logger_, "{}", 4);
+#undef ZAV_LOG_ACTIVE_LEVEL
+#define ZAV_LOG_ACTIVE_LEVEL 20
+    ZAV_LOGF_TRACE(countedLogger(), "removed {}", ++evaluations_);
+    EXPECT_EQ(evaluations_, 0);
+    std::vector<int> levels;
+    for (const LogMessage& message : appender_.messages) {
+        levels.push_back(message.getLevel());
+    }
+    EXPECT_THAT(levels, ElementsAre(10, 60, 40, 30, 20));
+    EXPECT_EQ(appender_.messages.front().getText(), "without values");
+}
+
+TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
+    char array[] = "array";
+    const std::string longText(10000, 'x');
+    const std::vector<int> numbers{1, 2};
+    ZAV_LOGF_AUDIT(logger_, "{{{1:>4}{0:#x}}} {2:.{3}f} {4}", 255, "ab", 2.0, 3, array);
+    EXPECT_EQ(appender_.text(), "{  ab0xff} 2.000 array");
+    ZAV_LOGF_AUDIT(logger_, "{:%S} {}", std::chrono::seconds(5), fmt::join(numbers, ", "));
+    EXPECT_EQ(appender_.text(), "05 1, 2");
+    ZAV_LOGF_AUDIT(logger_, "{}{}", longText, longText);
+    EXPECT_EQ(appender_.text(), longText + longText);
+}
+
+TEST_F(FormatMacros, PutAFailureToFormatIntoTheText) {
+    ZAV_LOGF_AUDIT(logger_, "state {} of {}", 1, Failure::EXCEPTION);
+    EXPECT_EQ(appender_.text(), "state {} of {} [not formatted: out of order]");
+    ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);
+    EXPECT_EQ(appender_.text(), "{} [not formatted: unknown exception]");
+    EXPECT_THROW(ZAV_LOGF_AUDIT(logger_, "{}", Failure::MEMORY), std::bad_alloc);
+}
