@@ -11,7 +11,7 @@ namespace Tools {
 struct AppenderPlace {
     enum Kind { STREAM, SINGLE_FILE, SERIES };
 
-    /// \param appenderName an appender that the properties declare, with a class that exists
+    /// \param appenderName an appender that the properties declare; one without a class counts as a stream
     AppenderPlace(const std::string& appenderName, const Util::Properties& properties);
 
     /// \return the path of the file, of a series the live one; of a stream its name
