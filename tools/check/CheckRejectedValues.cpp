@@ -41,6 +41,13 @@ Util::Properties trialOf(const Configuration& configuration, const PropertyLine&
     return trial;
 }
 
+/// \return the word that was probably meant, as a question before the library's own words; empty for numbers
+std::string suggestion(const PropertyLine& line, const Log::ConfigurationKey& row) {
+    const bool isWord = row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE;
+    const std::string guess = isWord ? nearWord(line.value, wordsOf(row)) : std::string();
+    return guess.empty() ? guess : "did you mean '" + guess + "'? ";
+}
+
 } // namespace
 
 void checkRejectedValues(const Configuration& configuration, Findings& findings) {
@@ -52,11 +59,7 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
         }
         const std::string complaint = complaintOfInit(trialOf(configuration, line, meaning));
         if (!complaint.empty()) {
-            const bool isWord =
-                meaning.row->form != ValueForm::PERIOD && meaning.row->form != ValueForm::WHOLE_NUMBER;
-            const std::string guess = isWord ? nearWord(line.value, wordsOf(*meaning.row)) : std::string();
-            findings.addError(line, id,
-                              guess.empty() ? complaint : "did you mean '" + guess + "'? " + complaint);
+            findings.addError(line, id, suggestion(line, *meaning.row) + complaint);
         }
     }
 }

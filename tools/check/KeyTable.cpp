@@ -32,10 +32,13 @@ std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
 
 /// Some rows refer to another one for their words.
 const ConfigurationKey& rowWithWords(const ConfigurationKey& key) {
+    const ConfigurationKey* row = &key;
     if (key.form == ValueForm::PERIOD) {
-        return *findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+        row = findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+    } else if (key.form == ValueForm::LEVEL) {
+        row = findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
     }
-    return key.form == ValueForm::LEVEL ? *findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL) : key;
+    return row != nullptr ? *row : key;
 }
 
 } // namespace
