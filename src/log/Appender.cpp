@@ -6,6 +6,7 @@
 #include "log/LogMessage.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
+#include "log/message/FailureCount.h"
 
 #include <algorithm>
 
@@ -36,13 +37,13 @@ void Appender::output(const LogMessage& message) {
     try {
         doOutput(message);
     } catch (const LogException& exception) {
-        FailureReport::count();
+        FailureCount::add();
         FailureReport::deliver(std::string("LogException from doOutput(msg).\nException = ") +
                                exception.what() + "\nMsg = " + formatLogLine(message));
     } catch (const Platform::ForcedUnwind&) {
         throw; // the thread is being cancelled
     } catch (...) {
-        FailureReport::count();
+        FailureCount::add();
         FailureReport::deliver("Unknown exception from doOutput(msg).\nMsg = " + formatLogLine(message));
     }
 }

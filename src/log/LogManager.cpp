@@ -5,7 +5,7 @@
 #include "log/appenders/AppenderRegistry.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
-#include "log/commands/FailureReport.h"
+#include "log/message/FailureCount.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
 
@@ -60,7 +60,7 @@ bool flush(const Util::TimeUtils::Time& timeout) {
 
 LogStatistics statistics() {
     LogStatistics statistics = AsynchronousDispatcher::instance().statistics();
-    statistics.failed = FailureReport::counted();
+    statistics.failed = FailureCount::get();
     return statistics;
 }
 

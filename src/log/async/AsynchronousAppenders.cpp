@@ -1,8 +1,8 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
-#include "log/commands/FailureReport.h"
 #include "log/layout/ShownMessage.h"
+#include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 
@@ -23,7 +23,7 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
     try {
         message.emplace(fields);
     } catch (const std::bad_alloc&) {
-        FailureReport::count(); // there is no message to report
+        FailureCount::add(); // there is no message to report
         return;
     }
     try {
@@ -58,35 +58,54 @@ bool AsynchronousAppenders::isEmpty() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
 
 bool AsynchronousAppenders::deliver(const MessageBatch& batch) noexcept {
     const ScopedLock lock(appendersLock_);
+    isAbandoned_ = false;
+    setDelivered(&batch);
     for (Appender* const appender : asynchronousAppenders_) {
         deliverTo(*appender, batch);
     }
+    setDelivered(nullptr);
     return !asynchronousAppenders_.empty();
 }
 
+/// The bound of reports in answer to others holds for each message that answers none.
 void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
     MessageBatch::Reader messages(batch);
-    delivered_ = &messages;
-    while (delivered_ != nullptr && messages.hasNext()) {
+    given_ = 0;
+    while (!isAbandoned_ && messages.hasNext()) {
         const MessageFields fields = messages.next();
+        if (messages.answeredReports() == 0) {
+            threadRecord().nestedReports = 0;
+        }
         const ReportAnswer answer(messages.answeredReports());
+        given_.fetch_add(1, std::memory_order_relaxed);
         give(appender, fields);
     }
-    delivered_ = nullptr;
 }
 
+void AsynchronousAppenders::setDelivered(const MessageBatch* batch) noexcept {
+    const ScopedLock listLock(listLock_);
+    delivered_ = batch;
+}
+
+/// What an earlier appender has got already, and what the delivery goes on to write until the process is
+/// gone, is shown as well: rather twice than not at all.
 void AsynchronousAppenders::showRestOfDelivery() noexcept {
-    if (!appendersLock_.tryLock()) {
-        return; // another thread delivers
+    const ScopedLock listLock(listLock_); // the batch stays as long as it is held
+    if (delivered_ == nullptr) {
+        return;
     }
-    const ScopedLock lock(appendersLock_, Platform::ADOPT_LOCK);
-    while (delivered_ != nullptr && delivered_->hasNext()) {
-        showOnStandardError(SHOWN_AT_PROCESS_END, delivered_->next());
+    MessageBatch::Reader messages(*delivered_);
+    for (std::size_t given = given_; messages.hasNext(); given -= given > 0 ? 1 : 0) {
+        const MessageFields fields = messages.next();
+        if (given == 0) {
+            showOnStandardError(SHOWN_AT_PROCESS_END, fields);
+        }
     }
 }
 
 void AsynchronousAppenders::endDeliveryInChild() noexcept {
-    delivered_ = nullptr;
+    isAbandoned_ = true;
+    setDelivered(nullptr);
 }
 
 } // namespace Log

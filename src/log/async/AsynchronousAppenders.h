@@ -3,6 +3,8 @@
 #include "log/async/MessageBatch.h"
 #include "platform/CriticalSection.h"
 
+#include <atomic>
+#include <cstddef>
 #include <list>
 
 namespace ZAV {
@@ -28,8 +30,8 @@ public:
     /// \return false if there is no appender
     bool deliver(const MessageBatch& batch) noexcept;
 
-    /// Shows what is left of a delivery of the calling thread, which ends the process from inside an appender
-    /// or a listener.
+    /// Shows on the standard error stream what a running delivery has not given to every appender yet: the
+    /// process ends, from inside an appender or a listener, and cannot wait for it.
     void showRestOfDelivery() noexcept;
 
     /// In a forked child: ends a delivery that the forking thread may be in. The messages are the parent's.
@@ -37,6 +39,7 @@ public:
 
 private:
     void deliverTo(Appender& appender, const MessageBatch& batch) noexcept ZAV_LOG_REQUIRES(appendersLock_);
+    void setDelivered(const MessageBatch* batch) noexcept;
 
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
 
@@ -44,7 +47,9 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    MessageBatch::Reader* delivered_ = nullptr; ///< used by the delivering thread alone
+    const MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(listLock_) = nullptr; ///< null if no delivery runs
+    std::atomic<std::size_t> given_{0};    ///< messages of it that the present appender has been given
+    std::atomic<bool> isAbandoned_{false}; ///< in a forked child: the delivery must not go on
 };
 
 } // namespace Log

@@ -46,7 +46,7 @@ bool MessageQueue::isFull() const {
 
 /// A call that would have waited, had the consumer been able to make room without it.
 bool MessageQueue::mayExceedLimit(bool mayWait) const {
-    return mayWait && settings_.overflowBlocks && settings_.maxQueueSize > 1 && consumer_ != NO_CONSUMER;
+    return mayWait && settings_.overflowBlocks && settings_.maxQueueSize > 1 && consumer_ == IS_AWAY;
 }
 
 /// Only the message that fills the first half wakes the consumer, not every message behind it.
@@ -178,7 +178,7 @@ void MessageQueue::stop(std::atomic<bool>& stopped) {
     const QueueMonitorLock lock(queueMonitor_);
     stopped = true;
     if (consumer_ != NO_CONSUMER) {
-        consumer_ = IS_AWAY;
+        consumer_ = ENDS;
     }
     queueMonitor_.notify();
 }

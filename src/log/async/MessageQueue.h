@@ -79,7 +79,8 @@ private:
     enum Consumer {
         NO_CONSUMER,
         TAKES_MESSAGES, ///< it is waiting or delivering, and will make room
-        IS_AWAY         ///< it is ending, or may be waiting for a lock that a logging call holds
+        IS_AWAY,        ///< it may be waiting for a lock that a logging call holds
+        ENDS            ///< it is in its last round
     };
 
     void callConsumer() ZAV_LOG_REQUIRES(queueMonitor_);

@@ -3,8 +3,6 @@
 #include "log/commands/CommandBus.h"
 #include "log/reentrancy/ReportAnswer.h"
 
-#include <atomic>
-
 namespace ZAV {
 namespace Log {
 namespace FailureReport {
@@ -15,8 +13,6 @@ constexpr int MOST_ANSWERED_REPORTS = 8;
 /// Each listener and each failing appender multiplies the reports at every depth.
 constexpr int MOST_NESTED_REPORTS = 1024;
 
-std::atomic<std::uint64_t> failures{0};
-
 bool isDelivered(ThreadRecord& thread) {
     if (thread.answeredReports == 0) {
         return true;
@@ -25,14 +21,6 @@ bool isDelivered(ThreadRecord& thread) {
 }
 
 } // namespace
-
-void count() noexcept {
-    failures.fetch_add(1, std::memory_order_relaxed);
-}
-
-std::uint64_t counted() noexcept {
-    return failures.load(std::memory_order_relaxed);
-}
 
 void deliver(const std::string& text) {
     ThreadRecord& thread = threadRecord();

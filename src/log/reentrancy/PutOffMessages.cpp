@@ -1,7 +1,7 @@
 #include "log/reentrancy/PutOffMessages.h"
 
-#include "log/commands/FailureReport.h"
 #include "log/layout/ShownMessage.h"
+#include "log/message/FailureCount.h"
 #include "log/message/MessageFields.h"
 #include "platform/CancellationGuard.h"
 
@@ -52,7 +52,7 @@ void PutOffMessages::writeOwn() noexcept {
         try {
             write(*logger);
         } catch (const std::bad_alloc&) {
-            FailureReport::count(); // it may have reached nobody, and nobody is told
+            FailureCount::add(); // it may have reached nobody, and nobody is told
         } catch (...) {
             continue;
         }
