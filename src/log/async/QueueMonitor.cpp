@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -27,35 +26,36 @@ private:
 } // namespace
 
 void QueueMonitor::lock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    monitor_.lock();
+    monitor_->lock();
 }
 
 void QueueMonitor::unlock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    monitor_.unlock();
+    monitor_->unlock();
 }
 
 void QueueMonitor::wait() {
     const Waiting waiting(waiting_);
-    monitor_.wait();
+    monitor_->wait();
 }
 
 void QueueMonitor::timedWait(Util::TimeUtils::Time duration) {
     const Waiting waiting(waiting_);
     const std::uint64_t longest = Util::TimeUtils::Time(20, Util::TimeUtils::DAY).microseconds();
     const auto microseconds = static_cast<IceUtil::Int64>(std::min(duration.microseconds(), longest));
-    monitor_.timedWait(IceUtil::Time::microSeconds(microseconds));
+    monitor_->timedWait(IceUtil::Time::microSeconds(microseconds));
 }
 
 void QueueMonitor::notify() {
     if (waiting_ == 1) {
-        monitor_.notify();
+        monitor_->notify();
     } else if (waiting_ > 1) {
-        monitor_.notifyAll();
+        monitor_->notifyAll();
     }
 }
 
 void QueueMonitor::renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    new (&monitor_) Monitor;
+    parents_ = monitor_.release();
+    monitor_ = std::make_unique<Monitor>();
     waiting_ = 0;
 }
 

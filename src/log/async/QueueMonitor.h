@@ -5,6 +5,7 @@
 
 #include <IceUtil/Monitor.h>
 #include <IceUtil/RecMutex.h>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
@@ -37,7 +38,8 @@ public:
 private:
     using Monitor = IceUtil::Monitor<IceUtil::RecMutex>;
 
-    Monitor monitor_;
+    std::unique_ptr<Monitor> monitor_ = std::make_unique<Monitor>();
+    Monitor* parents_ = nullptr;               ///< in a forked child: never released, and so never destroyed
     int waiting_ ZAV_LOG_GUARDED_BY(this) = 0; ///< threads
 };
 
