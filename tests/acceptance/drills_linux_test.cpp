@@ -85,7 +85,6 @@ TEST_F(Drill, AKilledProcessHasWrittenEachLineThatACallReturnedFor) {
     }
 }
 
-/// With the thread sanitizer, which ends a child that starts a thread, this is a matter of the other builds.
 TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
