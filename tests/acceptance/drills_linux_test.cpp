@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -84,11 +85,12 @@ TEST_F(Drill, AKilledProcessHasWrittenEachLineThatACallReturnedFor) {
     }
 }
 
-/// With the thread sanitizer, which ends a child that starts a thread, this is a matter of the other builds.
 TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
 #endif
+    // What the vanished threads owned would count as leaked in the children.
+    setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
     std::filesystem::create_directory(directory_ / "child");
     EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "fork"), 0) << errors();
 }

@@ -80,10 +80,13 @@ bool MessageQueue::flush(Time timeout) {
     const std::uint64_t last = numbers_.last();
     const Deadline deadline(timeout);
     while (!isDone(last)) {
-        if (consumer_ == NO_CONSUMER || deadline.isOver()) {
+        if (consumer_ == NO_CONSUMER) {
             return false;
         }
-        callConsumer();
+        callConsumer(); // however short the time is
+        if (deadline.isOver()) {
+            return false;
+        }
         deadline.wait(queueMonitor_);
     }
     return true;
