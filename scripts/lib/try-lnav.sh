@@ -1,0 +1,31 @@
+# Sourced by scripts/test-operations.
+
+# Has lnav check the samples in its format and count the records of the demo, and compares with zav-log cat.
+try_lnav() {
+    mkdir -p home config/formats/zav_log
+    cp "$root/integrations/lnav/zav_log.json" config/formats/zav_log
+    quietly lnav-format "lnav does not accept the format or one of its samples." env HOME="$PWD/home" lnav -C -I config
+    quietly lnav-demo "The demo failed." "$build/examples/zav-log-demo" "$root/examples/demo.properties"
+
+    HOME=$PWD/home lnav -n -I config \
+        -c ';SELECT logger, log_level, count(*) FROM zav_log GROUP BY logger, log_level' -c ':write-csv-to -' \
+        logs/* audit/* 2>lnav.err | sed 1d | sort >lnav.counts
+    zav-log cat --count --config "$root/examples/demo.properties" | counts_as_lnav >zav-log.counts
+    if [ ! -s lnav.counts ] || ! diff zav-log.counts lnav.counts >&2; then
+        cat lnav.err >&2
+        echo "Failed: lnav counts other records (>) than zav-log cat (<)." >&2
+        return 1
+    fi
+    echo "lnav: the samples fit, and its counts of the demo's $(awk -F, '{ n += $3 } END { print n }' lnav.counts)" \
+        "records, by logger and level, are those of zav-log cat."
+}
+
+# Writes the table of zav-log cat --count as lnav would.
+counts_as_lnav() {
+    awk 'NR == 1 {
+             for (i = 2; i <= NF; ++i) level[i] = $i == "AUDIT" ? "critical" : $i == "CFG" ? "info" : tolower($i)
+             next
+         }
+         { for (i = 2; i <= NF; ++i) count[$1 "," level[i]] += $i }
+         END { for (name in count) if (count[name] > 0) print name "," count[name] }' | sort
+}
