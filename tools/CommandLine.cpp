@@ -4,7 +4,9 @@
 #include "OutputClosed.h"
 #include "UsageError.h"
 #include "commands/CatCommand.h"
+#include "commands/CheckCommand.h"
 #include "commands/CtlCommand.h"
+#include "commands/ExplainCommand.h"
 #include "commands/FollowCommand.h"
 #include "help/HelpFormatter.h"
 
@@ -34,6 +36,8 @@ CommandLine::CommandLine()
     app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
     app_.require_subcommand(1);
     // Each command of the program has a line here, in the order in which --help shows them.
+    commands_.push_back(std::make_unique<CheckCommand>(app_));
+    commands_.push_back(std::make_unique<ExplainCommand>(app_));
     commands_.push_back(std::make_unique<CatCommand>(app_));
     commands_.push_back(std::make_unique<FollowCommand>(app_));
     commands_.push_back(std::make_unique<CtlCommand>(app_));

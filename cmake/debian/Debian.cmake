@@ -2,7 +2,6 @@
 set(debian_version ${PROJECT_VERSION}-1)
 set(ZAV_LOG_DEBIAN_MAINTAINER "The ZAV Log authors <maintainers@zav-log.invalid>" CACHE STRING
     "Who answers for the Debian packages: NAME <ADDRESS>")
-set(debian_same_version "libzav-log1 (= ${debian_version})")
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
@@ -18,7 +17,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${ZAV_LOG_DEBIAN_MAINTAINER})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-# Where dpkg-shlibdeps finds the library that the other two are linked with.
+# Where dpkg-shlibdeps finds the library that the other one is linked with.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzav-log1)
@@ -36,7 +35,7 @@ This package holds what programs need that were built with the library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzav-log-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${debian_same_version}, libboost-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzav-log1 (= ${debian_version}), libboost-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libfmt-dev)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Logging library for C++ applications - headers
 Named loggers form a tree of dotted names, and a property file decides
@@ -48,7 +47,6 @@ libfmt-dev too.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zav-log-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${debian_same_version})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS lnav)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Command for programs that log with ZAV Log

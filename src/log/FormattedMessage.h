@@ -56,7 +56,7 @@ public:
         }
     }
 #else
-    /// \copydoc log
+    /// \copydetails MessageStream::logTo
     template <typename... Values>
     void log(std::format_string<Values...> format, Values&&... values) const {
         std::string text;

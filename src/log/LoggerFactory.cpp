@@ -8,6 +8,7 @@
 #include "zav-util/StandardError.h"
 
 #include <exception>
+#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -39,6 +40,8 @@ void applyKey(const LoggerKey& key, const Util::Properties& properties) {
         std::string value;
         properties.getProperty(key.key, value);
         applySetting(logger, key.attribute, value);
+    } catch (const std::bad_alloc&) {
+        throw; // the value may be a good one
     } catch (const std::exception& exception) {
         Util::writeErrorLine("Exception parsing property " + key.key + ": " + exception.what());
     }

@@ -33,34 +33,21 @@ std::string trim(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(WHITESPACE) - begin + 1);
 }
 
-} // namespace
+/// The place of a line, and the words for what it breaks.
+class Line {
+public:
+    Line(const std::string& fileName, std::size_t number) : fileName_(fileName), number_(number) {}
 
-PropertyParser::PropertyParser(const std::string& fileName) : fileName_(fileName) {}
+    std::string parseKey(const std::string& piece) const;
+    std::string parseValue(const std::string& piece) const;
+    [[noreturn]] void reject(const std::string& problem, const std::string& detail = std::string()) const;
 
-void PropertyParser::parse(const std::vector<std::string>& lines, Properties& properties) {
-    lineNumber_ = 0;
-    for (const std::string& line : lines) {
-        ++lineNumber_;
-        const bool isComment = !line.empty() && line.front() == '#';
-        if (!line.empty() && !isComment) {
-            parseLine(line, properties);
-        }
-    }
-}
+private:
+    const std::string& fileName_;
+    std::size_t number_;
+};
 
-void PropertyParser::parseLine(const std::string& line, Properties& properties) const {
-    const std::vector<std::string> pieces = split(line, '=');
-    if (pieces.size() != 2) {
-        reject("a malformed property");
-    }
-    const std::string key = parseKey(pieces[0]);
-    const std::string value = parseValue(pieces[1]);
-    if (!properties.emplace(key, value).second) {
-        reject("a property redefinition", "; key = '" + key + "'");
-    }
-}
-
-std::string PropertyParser::parseKey(const std::string& piece) const {
+std::string Line::parseKey(const std::string& piece) const {
     std::string key = trim(piece);
     if (key.empty()) {
         reject("no key");
@@ -71,7 +58,7 @@ std::string PropertyParser::parseKey(const std::string& piece) const {
     return key;
 }
 
-std::string PropertyParser::parseValue(const std::string& piece) const {
+std::string Line::parseValue(const std::string& piece) const {
     std::string value = trim(piece);
     if (value.empty()) {
         reject("no value");
@@ -83,9 +70,43 @@ std::string PropertyParser::parseValue(const std::string& piece) const {
     return value;
 }
 
-void PropertyParser::reject(const std::string& problem, const std::string& detail) const {
+void Line::reject(const std::string& problem, const std::string& detail) const {
     throw UtilException("Property file " + fileName_ + " contains " + problem + " on line " +
-                        toString(std::uint64_t{lineNumber_}) + detail);
+                        toString(std::uint64_t{number_}) + detail);
+}
+
+} // namespace
+
+PropertyParser::PropertyParser(const std::string& fileName) : fileName_(fileName) {}
+
+void PropertyParser::parse(const std::vector<std::string>& lines, Properties& properties) const {
+    std::size_t lineNumber = 0;
+    for (const std::string& line : lines) {
+        ++lineNumber;
+        if (const std::optional<Property> property = parseLine(line, lineNumber)) {
+            add(*property, lineNumber, properties);
+        }
+    }
+}
+
+std::optional<Property> PropertyParser::parseLine(const std::string& line, std::size_t lineNumber) const {
+    const bool isComment = !line.empty() && line.front() == '#';
+    if (line.empty() || isComment) {
+        return std::nullopt;
+    }
+    const Line place(fileName_, lineNumber);
+    const std::vector<std::string> pieces = split(line, '=');
+    if (pieces.size() != 2) {
+        place.reject("a malformed property");
+    }
+    const std::string key = place.parseKey(pieces[0]);
+    return Property{key, place.parseValue(pieces[1])};
+}
+
+void PropertyParser::add(const Property& property, std::size_t lineNumber, Properties& properties) const {
+    if (!properties.emplace(property.key, property.value).second) {
+        Line(fileName_, lineNumber).reject("a property redefinition", "; key = '" + property.key + "'");
+    }
 }
 
 } // namespace Util

@@ -3,11 +3,18 @@
 #include "zav-util/Properties.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Util {
+
+/// The pair that a line of a property file holds.
+struct Property {
+    std::string key;
+    std::string value;
+};
 
 /// Checks the lines of a property file and turns them into properties.
 class PropertyParser {
@@ -17,16 +24,19 @@ public:
 
     /// Adds the pair of every line to `properties`.
     /// \throw UtilException with the first line that breaks the format
-    void parse(const std::vector<std::string>& lines, Properties& properties);
+    void parse(const std::vector<std::string>& lines, Properties& properties) const;
+
+    /// \param lineNumber counted from 1, for the error text
+    /// \return nothing for an empty line and for a comment
+    /// \throw UtilException if the line breaks the format
+    std::optional<Property> parseLine(const std::string& line, std::size_t lineNumber) const;
+
+    /// Adds the pair of one line.
+    /// \throw UtilException if the key is present already
+    void add(const Property& property, std::size_t lineNumber, Properties& properties) const;
 
 private:
-    void parseLine(const std::string& line, Properties& properties) const;
-    std::string parseKey(const std::string& piece) const;
-    std::string parseValue(const std::string& piece) const;
-    [[noreturn]] void reject(const std::string& problem, const std::string& detail = std::string()) const;
-
     std::string fileName_;
-    std::size_t lineNumber_ = 0;
 };
 
 } // namespace Util

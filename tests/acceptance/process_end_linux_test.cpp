@@ -52,6 +52,11 @@ TEST_F(QueueAtProcessEnd, IsShownWhenAListenerOrAnAppenderExits) {
     }
 }
 
+TEST_F(QueueAtProcessEnd, IsShownWithTheMessagesThatAListenerHadToPutOff) {
+    end("exit-with-message-put-off");
+    EXPECT_EQ(lastWordsIn(errors()), numbersTo(11));
+}
+
 TEST_F(QueueAtProcessEnd, DoesNotHangTheConsumerThreadThatExits) {
     end("exit-in-consumer-thread");
 }

@@ -3,6 +3,7 @@
 #include "log/LogException.h"
 
 #include <atomic>
+#include <future>
 #include <map>
 #include <mutex>
 
@@ -113,6 +114,53 @@ TEST_F(Reentrancy, AListenerMayLogInTheConsumerThread) {
     }
     LogManager::finish();
     EXPECT_EQ(count("answer"), 3 * THREADS * MESSAGES);
+}
+
+TEST_F(Reentrancy, AnAppenderThatRemovesItselfIsNotCalledAgain) {
+    int calls = 0;
+    CallingAppender once([&](const LogMessage&) {
+        ++calls;
+        root_.removeAppender(&once);
+    });
+    root_.addAppender(&once);
+    root_.addAppender(&once);
+    LoggerFactory::getLogger("net").error("message", 0, "");
+    LoggerFactory::getLogger("db").error("message", 0, "");
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(count("message"), 2);
+}
+
+/// A thread holds the command bus inside a listener. Another one holds a logger and waits for the bus, a
+/// third one holds a lock that the listener wants.
+TEST_F(Reentrancy, ALockedBusKeepsNobodyFromSettingsOrFromDestroyingAFreeListener) {
+    Logger& logger = LoggerFactory::getLogger("net");
+    std::promise<void> listening;
+    std::promise<void> writing;
+    CallingAppender failing([&](const LogMessage&) {
+        writing.set_value();
+        throw LogException("out of order");
+    });
+    logger.addAppender(&failing);
+    std::mutex mutex;
+    CallingListener listener([&](const std::string&) {
+        listening.set_value();
+        writing.get_future().wait();
+        logger.setExpirationTime(logger.getExpirationTime()); // a hang here is a failure
+        const std::lock_guard<std::mutex> lock(mutex);
+    });
+    LogManager::registerCommandListener("X", &listener);
+    std::thread issuer;
+    std::thread writer;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        issuer = std::thread([] { LogManager::command("X", ""); });
+        listening.get_future().wait();
+        const CallingListener neverRegistered([](const std::string&) {});
+        writer = std::thread([&logger] { logger.error("message", 0, ""); });
+    } // and here
+    issuer.join();
+    writer.join();
+    logger.removeAppender(&failing);
 }
 
 TEST_F(Reentrancy, WhateverAnAppenderThrowsIsReportedAndTheOthersGoOn) {

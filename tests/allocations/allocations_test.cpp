@@ -5,6 +5,8 @@
 #include "log/LogMacros.h"
 #include "log/appenders/FileAppender.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -14,7 +16,13 @@ using namespace ZAV::Log;
 namespace {
 
 thread_local std::size_t allocations = 0;
-thread_local std::size_t failingAllocation = 0; ///< as `allocations` counts them; 0 for none
+
+/// Counts down to the allocation, of whatever thread, that fails.
+std::atomic<long> untilFailure{0};
+
+bool fails() {
+    return untilFailure > 0 && --untilFailure == 0;
+}
 
 } // namespace
 
@@ -22,20 +30,19 @@ thread_local std::size_t failingAllocation = 0; ///< as `allocations` counts the
 
 void* operator new(std::size_t size) {
     ++allocations;
-    if (allocations == failingAllocation) {
-        throw std::bad_alloc();
-    }
-    if (void* const memory = std::malloc(size)) {
+    void* const memory = fails() ? nullptr : std::malloc(size);
+    if (memory != nullptr) {
         return memory;
     }
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept {
+// Not inlined: the compiler would take its call of free for a mistake.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
@@ -108,35 +115,37 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "3600";
     LogManager::init(properties);
     constexpr std::size_t MESSAGES = 10000;
-    const std::size_t allocations = allocationsOf([this] {
+    const std::size_t taken = allocationsOf([this] {
         for (std::size_t i = 0; i < MESSAGES; ++i) {
             logger_.info(SHORT, 1, SHORT);
         }
     });
     // The queue takes a block for every few hundred messages.
-    EXPECT_LE(allocations, MESSAGES / 100);
+    EXPECT_LE(taken, MESSAGES / 100);
 }
 
 namespace {
 
-/// \return false if the allocation of that number, counted from the call on, did not take place
+/// \return false if the call threw for want of memory; nothing else may come out of it
 template <typename Call>
-bool failsAtAllocation(std::size_t number, Call call) {
-    const std::size_t before = allocations;
-    failingAllocation = before + number;
+bool survives(Call call) {
     try {
         call();
+        return true;
     } catch (const std::bad_alloc&) {
+        return false;
     }
-    const bool hasFailed = allocations >= failingAllocation;
-    failingAllocation = 0;
-    return hasFailed;
+}
+
+/// \return false if there was no allocation of that number since `untilFailure` was set
+bool endFailing() {
+    return untilFailure.exchange(0) <= 0;
 }
 
 } // namespace
 
 TEST(RotatingFile, MovesTheSeriesOnceWhateverAllocationFails) {
-    for (std::size_t number = 1;; ++number) {
+    for (long number = 1;; ++number) {
         const TestSupport::TemporaryDirectory directory;
         const std::string livePath = directory / "a-name-longer-than-a-string-holds-in-itself.";
         for (const char* index : {"0", "1", "2"}) {
@@ -144,16 +153,51 @@ TEST(RotatingFile, MovesTheSeriesOnceWhateverAllocationFails) {
         }
         FileAppender appender("x", true, {}, directory.path(), "a-name-longer-than-a-string-holds-in-itself.",
                               2, 1000, Util::TimeUtils::Time());
-        const bool hasFailed =
-            failsAtAllocation(number, [&] { appender.output(TestSupport::makeMessage("a")); });
+        untilFailure = number;
+        survives([&] { appender.output(TestSupport::makeMessage("a")); });
+        const bool hasFailed = endFailing();
         const LogMessage last = TestSupport::makeMessage("last");
         appender.output(last);
         EXPECT_THAT(TestSupport::readFile(livePath + "0"), testing::EndsWith(formatLogLine(last) + "\n"));
         EXPECT_EQ(TestSupport::readFile(livePath + "1") + TestSupport::readFile(livePath + "2"), "01")
             << "allocation " << number;
         if (!hasFailed) {
-            EXPECT_GT(number, 10U);
+            EXPECT_GT(number, 10);
             return;
         }
+    }
+}
+
+TEST_F(LoggingCost, OneFailingAllocationLosesNoMessageUnseen) {
+    Util::Properties properties = toFile();
+    properties["appender.file.level"] = "INFO";
+    properties["appender.file.expiration"] = "1 hour";
+    properties["appender.queued"] = "SimpleFileAppender";
+    properties["appender.queued.asynchronous"] = "true";
+    properties["appender.queued.dir"] = directory_.path();
+    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "0";
+    TestSupport::CallingListener answering([this](const std::string&) { logger_.error(SHORT, 0, ""); });
+    bool hasFailed = true;
+    for (long number = 1; hasFailed; ++number) {
+        std::filesystem::remove(directory_ / "queued");
+        const LogStatistics before = LogManager::statistics();
+        untilFailure = number;
+        const bool isInitialised = survives([&] { LogManager::init(properties); });
+        survives([&] { LogManager::registerCommandListener("EXCEPTION", &answering); });
+        std::size_t logged = 0;
+        for (int message = 0; message < 3; ++message) {
+            logged += survives([this] { logger_.error(LONG, 0, LONG); }) ? 1 : 0;
+        }
+        survives([] { LogManager::flush(); });
+        hasFailed = endFailing();
+        EXPECT_TRUE(!isInitialised || LogManager::flush()) << number;
+        LogManager::finish();
+
+        const LogStatistics after = LogManager::statistics();
+        EXPECT_EQ(after.queued, after.delivered + after.discarded) << number;
+        const std::string written = TestSupport::readFile(directory_ / "queued");
+        const auto lines = static_cast<std::size_t>(std::count(written.begin(), written.end(), '\n'));
+        EXPECT_GE(lines + after.failed - before.failed, isInitialised ? logged : 0U) << number;
     }
 }

@@ -18,10 +18,9 @@ struct Queue {
     std::deque<LogMessage> model;
 };
 
-bool areEqual(const LogMessage& a, const LogMessage& b) {
-    return a.getLoggerName() == b.getLoggerName() && a.getTime() == b.getTime() &&
-           a.getLevel() == b.getLevel() && a.getText() == b.getText() && a.getLine() == b.getLine() &&
-           a.getFile() == b.getFile() && a.getType() == b.getType();
+bool areEqual(const MessageFields& a, const MessageFields& b) {
+    return a.loggerName == b.loggerName && a.time == b.time && a.level == b.level && a.text == b.text &&
+           a.line == b.line && a.file == b.file && a.type == b.type;
 }
 
 /// A few bytes of input make a long text, so that blocks of every size are filled.
@@ -50,7 +49,8 @@ void append(Queue& queue, FuzzedDataProvider& input) {
 
 void removeFront(Queue& queue) {
     if (!queue.model.empty()) {
-        EXPECT(areEqual(queue.batch.removeFront(), queue.model.front()));
+        EXPECT(areEqual(queue.batch.front(), queue.model.front()));
+        queue.batch.removeFront();
         queue.model.pop_front();
     }
 }

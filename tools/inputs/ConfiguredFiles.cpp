@@ -1,32 +1,25 @@
 #include "inputs/ConfiguredFiles.h"
 
+#include "config/AppenderPlace.h"
+#include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ZAV {
 namespace Tools {
 
 namespace {
 
-const std::string PREFIX = "appender.";
-
-/// \return false if the appender writes no files
-bool describe(const Util::Properties& properties, const std::string& name, const std::string& className,
-              InputSpec& input) {
-    if (className != "FileAppender" && className != "SimpleFileAppender") {
-        return false;
-    }
-    std::string folder = ".";
-    std::string file = name;
-    properties.getProperty(PREFIX + name + ".dir", folder);
-    properties.getProperty(PREFIX + name + ".file", file);
-    const bool isSeries = className == "FileAppender";
-    input.path = folder + '/' + file;
+InputSpec inputAt(const AppenderPlace& place) {
+    const bool isSeries = place.kind == AppenderPlace::SERIES;
+    InputSpec input;
+    input.path = place.folder + '/' + place.file;
     input.kind = isSeries ? InputSpec::SERIES : InputSpec::FILE;
     input.layout = isSeries ? Layout::PLAIN : Layout::PROCESS;
     input.mayBeMissing = true;
-    return true;
+    return input;
 }
 
 } // namespace
@@ -34,13 +27,16 @@ bool describe(const Util::Properties& properties, const std::string& name, const
 std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
     const Util::Properties properties(propertyFile);
     std::vector<InputSpec> inputs;
-    for (const auto& [key, value] : properties) {
-        const std::string name = key.substr(std::min(PREFIX.size(), key.size()));
-        const bool declaresAppender = key == PREFIX + name && name.find('.') == std::string::npos;
-        InputSpec input;
-        if (!declaresAppender || !describe(properties, name, value, input)) {
+    for (const std::string& key : properties.getKeys()) {
+        const std::optional<std::string> name = Log::declaredAppender(key);
+        if (!name) {
             continue;
         }
+        const AppenderPlace place(*name, properties);
+        if (place.kind == AppenderPlace::STREAM) {
+            continue;
+        }
+        const InputSpec input = inputAt(place);
         const bool isKnown = std::any_of(inputs.begin(), inputs.end(), [&input](const InputSpec& other) {
             return other.path == input.path && other.kind == input.kind;
         });

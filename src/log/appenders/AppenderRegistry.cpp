@@ -10,9 +10,9 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
-#include "zav-util/StringUtils.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace ZAV {
@@ -40,8 +40,9 @@ void AppenderRegistry::registerFactory(const std::string& className, AbstractApp
 }
 
 void AppenderRegistry::registerAppender(Appender* appender) {
+    std::unique_ptr<Appender> owned(appender);
     CreatedAppenders added;
-    added.emplace_back(appender);
+    added.push_back(std::move(owned));
     const ScopedLock lock(createdAppendersLock_);
     if (hasAppender(appender->getName())) {
         const std::string problem = "Appender " + appender->getName() + " has already been registered.";
@@ -65,14 +66,12 @@ bool AppenderRegistry::hasAppender(const std::string& name) const {
 }
 
 void AppenderRegistry::initAppenders(const Util::Properties& properties) {
-    registerFactory("StdoutAppender", new DefaultAppenderFactory<StdoutAppenderBuilder>);
-    registerFactory("FileAppender", new DefaultAppenderFactory<FileAppenderBuilder>);
-    registerFactory("SimpleFileAppender", new DefaultAppenderFactory<SimpleFileAppenderBuilder>);
+    registerFactory(AppenderClass::STDOUT, new DefaultAppenderFactory<StdoutAppenderBuilder>);
+    registerFactory(AppenderClass::FILE_SERIES, new DefaultAppenderFactory<FileAppenderBuilder>);
+    registerFactory(AppenderClass::SINGLE_FILE, new DefaultAppenderFactory<SimpleFileAppenderBuilder>);
     for (const std::string& key : properties.getKeys()) {
-        const std::vector<std::string> tokens = Util::split(key, '.');
-        const bool declaresAppender = tokens.size() == 2 && tokens[0] == "appender";
-        if (declaresAppender) {
-            createAppender(properties, tokens[1]);
+        if (const std::optional<std::string> name = declaredAppender(key)) {
+            createAppender(properties, *name);
         }
     }
 }

@@ -23,9 +23,6 @@ constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
 
 constexpr char LIVE_INDEX = '0';
 
-/// So that an index is always one digit.
-constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;
-
 /// \return a number beyond every index if the name does not end in a digit
 std::uint64_t indexOf(const std::string& fileName) {
     return static_cast<std::uint64_t>(fileName.back() - '0');

@@ -23,9 +23,12 @@ namespace Log {
 /// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`.
 class FileAppender : public Appender {
 public:
+    /// So that an index is always one digit.
+    static constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;
+
     /// \param dir directory of the files; it is never created
     /// \param file base name of the files
-    /// \param fileNumber highest index of an older file; numbers above 9 count as 9
+    /// \param fileNumber highest index of an older file; numbers above `HIGHEST_FILE_NUMBER` count as that
     /// \param fileMaxSize bytes that the live file may have, each end of line counted as one
     /// \param fileMaxLifetime how long the live file may be open; 0 for ever
     FileAppender(const std::string& name, bool synchronous, const Filters& filters, const std::string& dir,

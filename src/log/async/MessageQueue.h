@@ -56,7 +56,8 @@ public:
     static void showAll(const MessageBatch& batch) noexcept;
 
     /// Says what became of the batch that was taken last. If the calling thread has put messages off, no
-    /// logging call waits for room until the next `wait`: the thread may need the lock that such a call holds.
+    /// logging call waits for room until the next `wait`: the thread may need the lock that such a call
+    /// holds.
     /// \param isDelivered false if there was no appender to give it to
     void endDelivery(const MessageBatch& batch, bool isDelivered) noexcept;
 

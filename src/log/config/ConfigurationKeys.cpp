@@ -101,6 +101,16 @@ std::vector<ConfigurationKey> configurationKeys() {
     return keys;
 }
 
+unsigned readerOfClass(const std::string& className) {
+    if (className == AppenderClass::STDOUT) {
+        return READ_BY_STDOUT_APPENDER;
+    }
+    if (className == AppenderClass::FILE_SERIES) {
+        return READ_BY_FILE_APPENDER;
+    }
+    return className == AppenderClass::SINGLE_FILE ? READ_BY_SIMPLE_FILE_APPENDER : 0U;
+}
+
 std::string genericKey(const ConfigurationKey& key) {
     const std::string name = key.name;
     if (key.section == KeySection::LOGGER) {

@@ -58,6 +58,9 @@ struct ConfigurationKey {
 /// \return all keys, in the order of the documentation
 std::vector<ConfigurationKey> configurationKeys();
 
+/// \return the bit of `KeyReaders` of a class of appenders; 0 if there is no such class
+unsigned readerOfClass(const std::string& className);
+
 /// \return the whole key, with `L` for the name of the logger and `A` for that of the appender
 std::string genericKey(const ConfigurationKey& key);
 

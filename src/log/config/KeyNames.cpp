@@ -1,7 +1,17 @@
 #include "log/config/KeyNames.h"
 
+#include "zav-util/StringUtils.h"
+
+#include <vector>
+
 namespace ZAV {
 namespace Log {
+
+std::optional<std::string> declaredAppender(const std::string& key) {
+    const std::vector<std::string> tokens = Util::split(key, '.');
+    const bool declaresAppender = tokens.size() == 2 && tokens[0] == "appender";
+    return declaresAppender ? std::optional<std::string>(tokens[1]) : std::nullopt;
+}
 
 std::string appenderKey(const std::string& appenderName) {
     return APPENDER_KEY_PREFIX + appenderName;

@@ -1,9 +1,17 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace ZAV {
 namespace Log {
+
+/// The classes of appenders: the values of "appender.<name>".
+namespace AppenderClass {
+constexpr char STDOUT[] = "StdoutAppender";
+constexpr char FILE_SERIES[] = "FileAppender";
+constexpr char SINGLE_FILE[] = "SimpleFileAppender";
+} // namespace AppenderClass
 
 /// The attributes of a logger: "logger.<name>.<attribute>".
 namespace LoggerAttribute {
@@ -44,7 +52,10 @@ constexpr char LOGGER_KEY_PREFIX[] = "logger.";
 constexpr char APPENDER_KEY_PREFIX[] = "appender.";
 constexpr char DISPATCHER_KEY_PREFIX[] = "zav.log.AsynchronousDispatcher.";
 
-/// \return the key that declares an appender
+/// \return the name of the appender that a key declares, however many dots stand in it; nothing for any other key
+std::optional<std::string> declaredAppender(const std::string& key);
+
+/// \return the key that declares an appender and names its class
 std::string appenderKey(const std::string& appenderName);
 
 /// \return the key of an appender's setting

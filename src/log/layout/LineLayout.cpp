@@ -68,6 +68,9 @@ const std::string& programName() {
     return name;
 }
 
+/// So that no thread makes it while another one forks.
+const std::string& madeAtLoad = programName();
+
 /// The host's name, as a thread last read it.
 struct KnownHost {
     std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read

@@ -1,10 +1,12 @@
 #include "log/reentrancy/PutOffMessages.h"
 
+#include "log/commands/FailureReport.h"
 #include "log/layout/ShownMessage.h"
 #include "log/message/MessageFields.h"
 #include "platform/CancellationGuard.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace ZAV {
@@ -49,6 +51,8 @@ void PutOffMessages::writeOwn() noexcept {
         }
         try {
             write(*logger);
+        } catch (const std::bad_alloc&) {
+            FailureReport::count(); // it may have reached nobody, and nobody is told
         } catch (...) {
             continue;
         }

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <future>
 #include <map>
 #include <memory>
 #include <thread>
@@ -84,6 +85,26 @@ int exitInAppender() {
     return NOT_ENDED;
 }
 
+/// The listener logs through a logger that another thread holds to the end.
+int exitWithMessagePutOff() {
+    std::promise<void> held;
+    CallingAppender holding([&held](const LogMessage&) {
+        held.set_value();
+        std::promise<void>().get_future().wait();
+    });
+    Logger& logger = LoggerFactory::getLogger("held");
+    logger.addAppender(&holding);
+    std::thread([&logger] { logger.error("held", 0, ""); }).detach();
+    held.get_future().wait();
+    CallingListener listener([&logger](const std::string&) {
+        logger.error("11", 0, "");
+        std::exit(EXIT_SUCCESS);
+    });
+    LogManager::registerCommandListener("exit", &listener);
+    LogManager::command("exit", "");
+    return NOT_ENDED;
+}
+
 /// Here the consumer thread itself ends the process, since a report of its failing appender comes in it.
 int exitInConsumerThread() {
     CallingListener listener([](const std::string&) { std::exit(EXIT_SUCCESS); });
@@ -105,6 +126,7 @@ int main(int, char** arguments) {
                                                    {"lost-listener", loseListener},
                                                    {"exit-in-listener", exitInListener},
                                                    {"exit-in-appender", exitInAppender},
+                                                   {"exit-with-message-put-off", exitWithMessagePutOff},
                                                    {"exit-in-consumer-thread", exitInConsumerThread}};
     const std::string waitingPeriod = way == "exit-in-consumer-thread" ? "0" : "3600";
     if (!initForEnd(arguments[2], waitingPeriod)) {

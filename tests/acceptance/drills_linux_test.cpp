@@ -1,0 +1,182 @@
+#include "EndedProcess.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
+using namespace testing;
+
+namespace {
+
+std::atomic<bool> priorityFails{false};
+
+} // namespace
+
+// This one stands in the place of the system's, which fails where a test cannot bring it about.
+extern "C" __attribute__((visibility("default"))) int setpriority(__priority_which_t, id_t, int) noexcept {
+    errno = EINVAL;
+    return priorityFails ? -1 : 0;
+}
+
+namespace {
+
+class Drill : public EndedProcess {};
+class DrillInProcess : public Application {};
+
+/// Leaves a directory room for a few dozen lines: by a file system of its own, or, where the test must not
+/// mount one, by the limit that the process may have for each file.
+class LittleRoom {
+public:
+    explicit LittleRoom(const std::string& directory) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const bool mounted = unshare(CLONE_NEWNS) == 0 &&
+                             mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                             mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=8k") == 0;
+        std::cout << (mounted ? "a small file system\n" : "a limit for each file\n");
+        directory_ = mounted ? directory : "";
+        const rlimit limit = {mounted ? RLIM_INFINITY : 8192, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~LittleRoom() {
+        const rlimit none = {RLIM_INFINITY, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &none);
+        if (!directory_.empty()) {
+            umount(directory_.c_str());
+        }
+    }
+    LittleRoom(const LittleRoom&) = delete;
+    LittleRoom& operator=(const LittleRoom&) = delete;
+
+private:
+    std::string directory_;
+};
+
+void* logUntilCancelled(void*) {
+    while (true) {
+        LoggerFactory::getLogger("net").error("cancelled", 0, "");
+        pthread_testcancel();
+    }
+}
+
+} // namespace
+
+TEST_F(Drill, AKilledProcessHasWrittenEachLineThatACallReturnedFor) {
+    EXPECT_NE(run(ZAV_LOG_DRILL_PROGRAM, "kill"), 0);
+    int returned[4] = {};
+    std::ifstream(directory_ / "returned").read(reinterpret_cast<char*>(returned), sizeof returned);
+    EXPECT_GE(returned[3], 500);
+    const std::string text = readFile(directory_ / "sync0");
+    EXPECT_EQ(text.back(), '\n');
+    int last[4] = {};
+    for (const std::string& word : lastWordsIn(text)) {
+        const std::size_t colon = word.find(':');
+        ASSERT_EQ(std::stoi(word.substr(colon + 1)), ++last[std::stoi(word.substr(0, colon))]) << word;
+    }
+    for (int thread = 0; thread < 4; ++thread) {
+        EXPECT_GE(last[thread], returned[thread]) << thread;
+    }
+}
+
+/// With the thread sanitizer, which ends a child that starts a thread, this is a matter of the other builds.
+TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
+#endif
+    std::filesystem::create_directory(directory_ / "child");
+    EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "fork"), 0) << errors();
+}
+
+TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
+    constexpr std::size_t MESSAGES = 500;
+    std::size_t reports = 0;
+    CallingListener listener([&reports](const std::string&) { ++reports; });
+    const std::string room = directory_ / "room";
+    std::filesystem::create_directory(room);
+    const LittleRoom little(room);
+    const std::uint64_t failedBefore = LogManager::statistics().failed;
+    const std::string lines = "appender.file = FileAppender\nappender.file.dir = DIR/room\n";
+    ASSERT_TRUE(init(lines));
+    LogManager::registerCommandListener("EXCEPTION", &listener);
+    for (std::size_t i = 0; i < MESSAGES; ++i) {
+        LoggerFactory::getLogger("net").error("message", 0, "");
+    }
+    const std::string text = readFile(room + "/file0");
+    EXPECT_GT(reports, 0U);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')), MESSAGES - reports);
+    EXPECT_EQ(LogManager::statistics().failed - failedBefore, reports);
+
+    LogManager::finish();
+    std::filesystem::remove(room + "/file0");
+    ASSERT_TRUE(init(lines));
+    LoggerFactory::getLogger("net").error("again", 0, "");
+    EXPECT_THAT(lastWordsOf("room/file0"), ElementsAre("again"));
+    LogManager::finish();
+}
+
+TEST_F(DrillInProcess, ACancelledThreadLeavesWholeLinesAndALogThatGoesOn) {
+    ASSERT_TRUE(init("appender.out = StdoutAppender\n"
+                     "appender.file = FileAppender\nappender.file.dir = DIR\n"
+                     "appender.simple = SimpleFileAppender\nappender.simple.dir = DIR\n"));
+    const std::string sent = "cancelled\n";
+    testing::internal::CaptureStdout();
+    for (int round = 0; round < 20; ++round) {
+        const std::size_t before = linesOf("simple").size();
+        pthread_t thread;
+        ASSERT_EQ(pthread_create(&thread, nullptr, logUntilCancelled, nullptr), 0);
+        while (linesOf("simple").size() < before + 3) {
+            std::this_thread::yield();
+        }
+        pthread_cancel(thread);
+        pthread_join(thread, nullptr);
+    }
+    LoggerFactory::getLogger("net").error("after", 0, "");
+    const std::vector<std::string> written = lastWordsIn(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(written.back(), "after");
+    EXPECT_EQ(lastWordsOf("simple"), written);
+    EXPECT_EQ(lastWordsOf("file0"), written);
+}
+
+TEST_F(DrillInProcess, AConsumerThatCannotHaveItsPriorityEndsAlone) {
+    const std::string lines = "appender.queued = SimpleFileAppender\n"
+                              "appender.queued.asynchronous = true\n"
+                              "appender.queued.dir = DIR\n"
+                              "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n"
+                              "zav.log.AsynchronousDispatcher.overflow = block\n"
+                              "zav.log.AsynchronousDispatcher.maxQueueSize = 4\n";
+    priorityFails = true;
+    StandardErrorCapture errors;
+    ASSERT_TRUE(init(lines + "zav.log.AsynchronousDispatcher.priority = 30\n"));
+    for (int number = 0; number < 10; ++number) {
+        LoggerFactory::getLogger("net").error(std::to_string(number), 0, "");
+    }
+    EXPECT_FALSE(LogManager::flush());
+    LogManager::finish();
+    const std::string shown = errors.text();
+    EXPECT_THAT(shown, HasSubstr("IceUtil::Thread::run(): uncaught exception: "));
+    EXPECT_THAT(shown, HasSubstr("Message queue size reached. Discarding oldest log message: "));
+    priorityFails = false;
+    ASSERT_TRUE(init(lines));
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_THAT(lastWordsOf("queued"), ElementsAre("7", "8", "9"));
+}
+
+TEST_F(DrillInProcess, TheConsumerTakesNoSignalsOfTheApplication) {
+    ASSERT_TRUE(init("appender.queued = SimpleFileAppender\n"
+                     "appender.queued.asynchronous = true\n"
+                     "appender.queued.dir = DIR\n"));
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    kill(getpid(), SIGTERM); // any thread that does not block it would end the process
+    int signal = 0;
+    sigwait(&signals, &signal);
+    EXPECT_EQ(signal, SIGTERM);
+}

@@ -1,0 +1,152 @@
+#include "AcceptanceSupport.h"
+
+#include "log/LogSession.h"
+
+#include <future>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace testing;
+using TestSupport::CallingAppender;
+using TestSupport::CallingListener;
+using TestSupport::inThreads;
+using Util::TimeUtils::Time;
+
+namespace {
+
+class Flush : public TestSupport::Application {
+protected:
+    /// The consumer comes by itself only when the queue is half full.
+    static std::string queued() {
+        return "appender.queued = FileAppender\n"
+               "appender.queued.asynchronous = true\n"
+               "appender.queued.dir = DIR\n"
+               "appender.queued.fileMaxSize = 1000000\n"
+               "appender.broken = SimpleFileAppender\n"
+               "appender.broken.asynchronous = true\n"
+               "appender.broken.filters = broken\n"
+               "appender.broken.dir = DIR/missing\n"
+               "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n";
+    }
+
+    static void log(int count) {
+        for (int number = 0; number < count; ++number) {
+            LoggerFactory::getLogger("net").error(std::to_string(number), 0, "");
+        }
+    }
+};
+
+/// Whatever else the test has logged, nothing of it may be in two places or in none.
+void expectConserved(const LogStatistics& statistics) {
+    EXPECT_EQ(statistics.waiting, 0U);
+    EXPECT_EQ(statistics.queued, statistics.delivered + statistics.discarded);
+}
+
+} // namespace
+
+TEST_F(Flush, HasWrittenWhatWasQueuedDuringARoundAndNeverWaitsInVain) {
+    ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.maxQueueSize = -1\n"));
+    std::promise<void> entered;
+    std::promise<void> released;
+    bool flushedInside = true;
+    CallingListener holding([&](const std::string&) {
+        flushedInside = LogManager::flush();
+        entered.set_value();
+        released.get_future().wait();
+    });
+    LogManager::registerCommandListener("EXCEPTION", &holding);
+    LoggerFactory::getLogger("broken").error("broken", 0, "");
+    EXPECT_FALSE(LogManager::flush(Time(1, Util::TimeUtils::USEC))); // wakes the consumer nevertheless
+    entered.get_future().wait();
+    log(10);
+    EXPECT_EQ(LogManager::statistics().waiting, 11U);
+    released.set_value();
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_FALSE(flushedInside);
+    EXPECT_THAT(linesOf("queued0"), SizeIs(11));
+    LogManager::finish();
+    EXPECT_EQ(LogManager::statistics().failed, 1U);
+    EXPECT_EQ(LogManager::statistics().delivered, 11U);
+
+    CallingAppender unregistered([](const LogMessage&) {}, false);
+    LoggerFactory::getLogger("net").addAppender(&unregistered);
+    log(1);
+    EXPECT_FALSE(LogManager::flush()); // no consumer comes for it
+    LoggerFactory::getLogger("net").removeAppender(&unregistered);
+}
+
+TEST_F(Flush, ComesWithTheEndOfASessionThatHasInitialised) {
+    Util::Properties properties;
+    properties["appender.queued"] = "FileAppender";
+    properties["appender.queued.asynchronous"] = "true";
+    properties["appender.queued.dir"] = directory_.path();
+    {
+        const LogSession session(properties);
+        { const LogSession inner(properties); }
+        log(3);
+    }
+    EXPECT_THAT(linesOf("queued0"), SizeIs(3));
+    EXPECT_TRUE(LogManager::init(properties));
+}
+
+/// Each report has the consumer log through the logger whose producers wait for it. It must not wait itself,
+/// so that its message may push one out.
+TEST_F(Flush, FollowsProducersThatWaitForRoomInsteadOfDiscarding) {
+    CallingListener answering([](const std::string&) { log(1); });
+    for (const std::string limit : {"-1", "0", "1", "2", "3", "1024"}) {
+        ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.overflow = block\n" +
+                         "zav.log.AsynchronousDispatcher.maxQueueSize = " + limit + "\n"));
+        LogManager::registerCommandListener("EXCEPTION", &answering);
+        const LogStatistics before = LogManager::statistics();
+        TestSupport::StandardErrorCapture errors;
+        inThreads(4, [](int) {
+            log(300);
+            LoggerFactory::getLogger("broken").error("broken", 0, "");
+        });
+        EXPECT_TRUE(LogManager::flush()) << limit;
+        LogManager::finish();
+        const LogStatistics after = LogManager::statistics();
+        const bool hasRoom = limit != "0" && limit != "1";
+        EXPECT_GE((hasRoom ? after.delivered - before.delivered : after.discarded - before.discarded), 1204U)
+            << limit;
+        errors.text();
+    }
+}
+
+TEST_F(Flush, LeavesNoProducerWaitingForAConsumerThatEnds) {
+    const TestSupport::StandardErrorCapture errors; // without a consumer messages are discarded
+    std::atomic<bool> finished{false};
+    std::vector<std::thread> producers;
+    for (int number = 0; number < 4; ++number) {
+        producers.emplace_back([&finished] {
+            while (!finished) {
+                log(10);
+            }
+        });
+    }
+    for (int round = 0; round < 10; ++round) {
+        ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.overflow = block\n"
+                                    "zav.log.AsynchronousDispatcher.maxQueueSize = 4\n"));
+        EXPECT_TRUE(LogManager::flush()); // else each round leaves more to the next
+        LogManager::finish();
+    }
+    finished = true;
+    for (std::thread& producer : producers) {
+        producer.join(); // a hang here is the failure
+    }
+    ASSERT_TRUE(init(queued()));
+    EXPECT_TRUE(LogManager::flush());
+    expectConserved(LogManager::statistics());
+}
+
+TEST_F(Flush, LeavesCountersThatAddUpUnderEightProducers) {
+    const TestSupport::StandardErrorCapture errors;
+    ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.maxQueueSize = 64\n"));
+    const LogStatistics before = LogManager::statistics();
+    inThreads(8, [](int) { log(1000); });
+    EXPECT_TRUE(LogManager::flush());
+    const LogStatistics after = LogManager::statistics();
+    expectConserved(after);
+    EXPECT_EQ(after.queued - before.queued, 8000U);
+    EXPECT_EQ(linesOf("queued0").size(), after.delivered - before.delivered);
+}

@@ -1,0 +1,48 @@
+#include "check/Checks.h"
+#include "check/KeyTable.h"
+#include "check/Nearest.h"
+#include "config/InitTrial.h"
+#include "log/config/KeyNames.h"
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+void checkClass(const Configuration& configuration, const DeclaredAppender& appender, Findings& findings) {
+    const std::string key = Log::appenderKey(appender.name);
+    const PropertyLine* const line = configuration.file().find(key);
+    const PropertyLine& place = line != nullptr ? *line : *appender.declaration;
+    const std::string meant = line != nullptr ? nearest(appender.className, appenderClasses()) : key;
+    Util::Properties trial;
+    trial[place.key] = place.value;
+    findings.addError(place, "unknown-class", "did you mean '" + meant + "'? " + complaintOfInit(trial));
+}
+
+} // namespace
+
+void checkDeclarations(const Configuration& configuration, Findings& findings) {
+    for (const DeclaredAppender& appender : configuration.appenders()) {
+        if (appender.reader == 0) {
+            checkClass(configuration, appender, findings);
+        }
+    }
+    for (const PropertyLine& line : configuration.file().lines()) {
+        const KeyMeaning meaning = configuration.meaningOf(line.key);
+        if (meaning.kind != KeyMeaning::DECLARATION) {
+            continue;
+        }
+        const PropertyLine& first = *configuration.findAppender(meaning.owner)->declaration;
+        if (first.number != line.number) {
+            Util::Properties trial;
+            trial[Log::appenderKey(meaning.owner)] = Log::AppenderClass::STDOUT;
+            trial[first.key] = Log::AppenderClass::STDOUT;
+            trial[line.key] = Log::AppenderClass::STDOUT;
+            findings.addError(line, "duplicate-appender",
+                              "'" + first.key + "' declares it too: " + complaintOfInit(trial));
+        }
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

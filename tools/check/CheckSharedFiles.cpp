@@ -1,0 +1,83 @@
+#include "check/Checks.h"
+#include "check/KeyTable.h"
+#include "config/AppenderPlace.h"
+#include "log/appenders/FileAppender.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace Setting = Log::AppenderSetting;
+using Log::LeadingNumber;
+
+/// The place of a file appender, with its path in the one form that all ways to it have in common.
+struct FilePlace {
+    const DeclaredAppender* appender;
+    AppenderPlace::Kind kind;
+    std::string path;
+    char highestDigit; ///< of a series
+};
+
+char highestDigitOf(const Configuration& configuration, const DeclaredAppender& appender) {
+    const PropertyLine* const line = configuration.setting(appender, Setting::FILE_NUMBER);
+    LeadingNumber<std::uint64_t> number = Log::readLeadingUnsigned(line != nullptr ? line->value : "");
+    if (!number.isNumber) {
+        number =
+            Log::readLeadingUnsigned(defaultOf(*findKey(Log::KeySection::APPENDER, Setting::FILE_NUMBER)));
+    }
+    return static_cast<char>('0' + std::min(number.value, Log::FileAppender::HIGHEST_FILE_NUMBER));
+}
+
+/// What does not exist yet keeps its name.
+std::string commonForm(const AppenderPlace& place) {
+    std::error_code problem;
+    const fs::path path = fs::weakly_canonical(fs::absolute(place.folder) / place.file, problem);
+    return problem ? place.folder + '/' + place.file : path.string();
+}
+
+bool isMember(const std::string& file, const FilePlace& series) {
+    const std::string& base = series.path;
+    return file.size() == base.size() + 1 && file.compare(0, base.size(), base) == 0 && file.back() >= '0' &&
+           file.back() <= series.highestDigit;
+}
+
+bool shareAFile(const FilePlace& a, const FilePlace& b) {
+    if (a.kind == b.kind) {
+        return a.path == b.path;
+    }
+    return a.kind == AppenderPlace::SERIES ? isMember(b.path, a) : isMember(a.path, b);
+}
+
+} // namespace
+
+void checkSharedFiles(const Configuration& configuration, Findings& findings) {
+    std::vector<FilePlace> earlier;
+    for (const DeclaredAppender& appender : configuration.appenders()) {
+        const AppenderPlace place(appender.name, configuration.file().properties());
+        if (place.kind == AppenderPlace::STREAM) {
+            continue;
+        }
+        const FilePlace own{&appender, place.kind, commonForm(place),
+                            highestDigitOf(configuration, appender)};
+        for (const FilePlace& other : earlier) {
+            if (shareAFile(own, other)) {
+                findings.addWarning(later(*appender.declaration, *other.appender->declaration), "shared-file",
+                                    "the appenders '" + other.appender->name + "' and '" + appender.name +
+                                        "' write to one file, " + place.describe());
+            }
+        }
+        earlier.push_back(own);
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,45 @@
+#include "check/Checker.h"
+
+#include "check/Checks.h"
+#include "zav-util/UtilException.h"
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+void checkGrammar(const PropertyFile& file, Findings& findings) {
+    for (const RejectedLine& line : file.rejectedLines()) {
+        findings.add({line.number, Finding::AN_ERROR, "grammar", line.key, line.problem});
+    }
+}
+
+void check(const std::string& fileName, Findings& findings) {
+    const PropertyFile file(fileName);
+    checkGrammar(file, findings);
+    const Configuration configuration(file);
+    checkDeclarations(configuration, findings);
+    checkKeys(configuration, findings);
+    checkRejectedValues(configuration, findings);
+    checkMisreadValues(configuration, findings);
+    checkQueue(configuration, findings);
+    checkFolders(configuration, findings);
+    checkSharedFiles(configuration, findings);
+    checkLevels(configuration, findings);
+    checkPrefixes(configuration, findings);
+}
+
+} // namespace
+
+std::vector<Finding> checkFile(const std::string& fileName) {
+    Findings findings;
+    try {
+        check(fileName, findings);
+    } catch (const Util::UtilException& exception) {
+        findings.add({0, Finding::AN_ERROR, "unreadable", std::string(), exception.what()});
+    }
+    return findings.inOrder();
+}
+
+} // namespace Tools
+} // namespace ZAV

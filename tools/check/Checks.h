@@ -1,0 +1,39 @@
+#pragma once
+
+#include "check/Configuration.h"
+#include "check/Findings.h"
+
+namespace ZAV {
+namespace Tools {
+
+// Each check looks at a configuration for one kind of mistake; its source is named like the function.
+
+/// Appenders without a class, and those that are declared twice.
+void checkDeclarations(const Configuration& configuration, Findings& findings);
+
+/// Keys that nothing reads, or that have no effect.
+void checkKeys(const Configuration& configuration, Findings& findings);
+
+/// Values that the library rejects.
+void checkRejectedValues(const Configuration& configuration, Findings& findings);
+
+/// Values that the library takes for something else.
+void checkMisreadValues(const Configuration& configuration, Findings& findings);
+
+/// A queue without room.
+void checkQueue(const Configuration& configuration, Findings& findings);
+
+/// Folders into which a file appender cannot write.
+void checkFolders(const Configuration& configuration, Findings& findings);
+
+/// File appenders that write to the same files.
+void checkSharedFiles(const Configuration& configuration, Findings& findings);
+
+/// Levels of appenders that no message reaches.
+void checkLevels(const Configuration& configuration, Findings& findings);
+
+/// Prefixes that take loggers which only happen to begin alike.
+void checkPrefixes(const Configuration& configuration, Findings& findings);
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,112 @@
+#include "check/Configuration.h"
+
+#include "check/KeyTable.h"
+#include "log/config/KeyNames.h"
+#include "log/config/LoggerKeys.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace ZAV {
+namespace Tools {
+
+using Log::KeySection;
+
+namespace {
+
+bool beginsWith(const std::string& text, const std::string& beginning) {
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+KeyMeaning settingOf(KeySection section, const std::string& name) {
+    KeyMeaning meaning;
+    meaning.row = findKey(section, name);
+    meaning.kind = meaning.row != nullptr ? KeyMeaning::SETTING : KeyMeaning::UNKNOWN;
+    return meaning;
+}
+
+} // namespace
+
+Configuration::Configuration(const PropertyFile& file) : file_(file) {
+    for (const PropertyLine& line : file_.lines()) {
+        addLine(line);
+    }
+    // The library goes by the declaring keys, of which each begins with "appender." but for dots too many.
+    std::sort(appenders_.begin(), appenders_.end(), [](const DeclaredAppender& a, const DeclaredAppender& b) {
+        return a.declaration->key < b.declaration->key;
+    });
+}
+
+void Configuration::addLine(const PropertyLine& line) {
+    for (const Log::LoggerKey& key : Log::orderLoggerKeys({line.key})) {
+        loggers_.emplace(key.loggerName, &line);
+    }
+    const std::optional<std::string> name = Log::declaredAppender(line.key);
+    if (name && findAppender(*name) == nullptr) {
+        std::string className;
+        file_.properties().getProperty(Log::appenderKey(*name), className);
+        appenders_.push_back({*name, className, Log::readerOfClass(className), &line});
+    }
+}
+
+const DeclaredAppender* Configuration::findAppender(const std::string& name) const {
+    const auto appender = std::find_if(appenders_.begin(), appenders_.end(),
+                                       [&name](const DeclaredAppender& other) { return other.name == name; });
+    return appender == appenders_.end() ? nullptr : &*appender;
+}
+
+const PropertyLine* Configuration::setting(const DeclaredAppender& appender, const std::string& name) const {
+    return file_.find(Log::appenderKey(appender.name, name));
+}
+
+KeyMeaning Configuration::meaningOf(const std::string& key) const {
+    if (const std::optional<std::string> appender = Log::declaredAppender(key)) {
+        KeyMeaning meaning;
+        meaning.kind = KeyMeaning::DECLARATION;
+        meaning.owner = *appender;
+        return meaning;
+    }
+    const std::vector<Log::LoggerKey> loggerKeys = Log::orderLoggerKeys({key});
+    if (!loggerKeys.empty()) {
+        return settingOf(KeySection::LOGGER, loggerKeys.front().attribute);
+    }
+    const std::string dispatcher = Log::DISPATCHER_KEY_PREFIX;
+    if (beginsWith(key, dispatcher)) {
+        return settingOf(KeySection::DISPATCHER, key.substr(dispatcher.size()));
+    }
+    return beginsWith(key, Log::APPENDER_KEY_PREFIX) ? meaningOfAppenderKey(key) : KeyMeaning();
+}
+
+KeyMeaning Configuration::meaningOfAppenderKey(const std::string& key) const {
+    const std::string rest = key.substr(std::string(Log::APPENDER_KEY_PREFIX).size());
+    const std::string::size_type dot = rest.find('.');
+    const std::string name = rest.substr(0, dot);
+    if (name.empty() || dot == std::string::npos) {
+        return KeyMeaning();
+    }
+    const DeclaredAppender* const appender = findAppender(name);
+    KeyMeaning meaning = settingOf(KeySection::APPENDER, rest.substr(dot + 1));
+    meaning.owner = name;
+    if (appender == nullptr) {
+        meaning.kind = KeyMeaning::UNDECLARED_APPENDER;
+    } else if (meaning.row != nullptr && appender->reader != 0 &&
+               (meaning.row->readers & appender->reader) == 0) {
+        meaning.kind = KeyMeaning::FOREIGN_SETTING;
+    }
+    return meaning;
+}
+
+const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& meaning) const {
+    if (meaning.kind != KeyMeaning::SETTING || meaning.row->neededKey == nullptr ||
+        file_.find(Log::appenderKey(meaning.owner, meaning.row->neededKey)) != nullptr) {
+        return nullptr;
+    }
+    return findKey(meaning.row->section, meaning.row->neededKey);
+}
+
+const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {
+    return a.number < b.number ? b : a;
+}
+
+} // namespace Tools
+} // namespace ZAV

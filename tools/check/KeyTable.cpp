@@ -1,0 +1,67 @@
+#include "check/KeyTable.h"
+
+#include "log/config/KeyNames.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Log::ConfigurationKey;
+using Log::KeySection;
+using Log::ValueForm;
+
+const std::vector<ConfigurationKey>& allKeys() {
+    static const std::vector<ConfigurationKey> keys = Log::configurationKeys();
+    return keys;
+}
+
+/// The table is written in Markdown, where a word stands between backticks.
+std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
+    std::vector<std::string> words;
+    std::string::size_type begin = markdown.find('`');
+    while (begin != std::string::npos) {
+        const std::string::size_type end = markdown.find('`', begin + 1);
+        words.push_back(markdown.substr(begin + 1, end - begin - 1));
+        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
+    }
+    return words;
+}
+
+/// Some rows refer to another one for their words.
+const ConfigurationKey& rowWithWords(const ConfigurationKey& key) {
+    const ConfigurationKey* row = &key;
+    if (key.form == ValueForm::PERIOD) {
+        row = findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+    } else if (key.form == ValueForm::LEVEL) {
+        row = findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
+    }
+    return row != nullptr ? *row : key;
+}
+
+} // namespace
+
+const ConfigurationKey* findKey(KeySection section, const std::string& name) {
+    const auto key = std::find_if(allKeys().begin(), allKeys().end(), [&](const ConfigurationKey& other) {
+        return other.section == section && other.name == name;
+    });
+    return key == allKeys().end() ? nullptr : &*key;
+}
+
+std::vector<std::string> wordsOf(const ConfigurationKey& key) {
+    return wordsBetweenBackticks(rowWithWords(key).values);
+}
+
+std::string defaultOf(const ConfigurationKey& key) {
+    const std::vector<std::string> words = wordsBetweenBackticks(key.defaultValue);
+    return words.empty() ? key.defaultValue : words.front();
+}
+
+std::vector<std::string> appenderClasses() {
+    return wordsOf(*findKey(KeySection::APPENDER, std::string()));
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,119 @@
+#include "check/MisreadNumber.h"
+
+#include "check/KeyTable.h"
+#include "log/appenders/FileAppender.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
+#include "zav-util/Conversions.h"
+#include "zav-util/StringUtils.h"
+
+#include <cstdint>
+#include <limits>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Log::ConfigurationKey;
+using Log::LeadingNumber;
+using Log::ValueForm;
+
+bool isKey(const ConfigurationKey& row, const char* name) {
+    return row.name == std::string(name);
+}
+
+/// \return what a negative number means; empty if it means what it says, or what the documentation recommends
+std::string meaningOfNegative(const ConfigurationKey& row, std::int64_t number) {
+    if (row.section == Log::KeySection::DISPATCHER) {
+        const bool isUsual = number == -1 || isKey(row, Log::DispatcherOption::PRIORITY);
+        const bool isQueue = isKey(row, Log::DispatcherOption::MAX_QUEUE_SIZE);
+        return isUsual ? std::string() : isQueue ? "no limit, like -1" : "no waiting, like 0";
+    }
+    if (row.form == ValueForm::LEADING_SIGNED) {
+        return "for ever, like 0";
+    }
+    const bool isRecovery = row.form == ValueForm::PERIOD && row.neededKey == nullptr;
+    return isRecovery ? "never, like 0" : "a period that is over at once";
+}
+
+void warn(Findings& findings, const PropertyLine& line, const std::string& text) {
+    findings.addWarning(line, "out-of-range", text);
+}
+
+/// \param text what is the number in the line
+void checkSigned(const std::string& text, const PropertyLine& line, const ConfigurationKey& row,
+                 Findings& findings) {
+    const LeadingNumber<std::int32_t> number = Log::readLeadingSigned(text);
+    if (number.isCut) {
+        warn(findings, line, text + " counts as " + Util::toString(std::int64_t{number.value}));
+    } else if (number.isNumber && number.value < 0) {
+        const std::string meaning = meaningOfNegative(row, number.value);
+        if (!meaning.empty()) {
+            warn(findings, line, text + " counts as " + meaning);
+        }
+    }
+}
+
+void checkWhole(const std::string& text, const PropertyLine& line, const ConfigurationKey& row,
+                Findings& findings) {
+    if (Log::readLeadingSigned(text).isWhole) {
+        checkSigned(text, line, row, findings);
+    }
+}
+
+void checkUnsigned(const PropertyLine& line, const ConfigurationKey& row, Findings& findings) {
+    const LeadingNumber<std::uint64_t> number = Log::readLeadingUnsigned(line.value);
+    const bool isFileNumber = isKey(row, Log::AppenderSetting::FILE_NUMBER);
+    const bool isNegative = number.value != 0 && line.value.front() == '-';
+    if (isFileNumber && number.value > Log::FileAppender::HIGHEST_FILE_NUMBER) {
+        warn(findings, line,
+             line.value + " counts as " + Util::toString(Log::FileAppender::HIGHEST_FILE_NUMBER));
+    } else if (number.isCut) {
+        warn(findings, line, line.value + " counts as " + Util::toString(number.value));
+    } else if (isNegative) {
+        warn(findings, line,
+             line.value + " counts as " + Util::toString(number.value) + ", so there is no limit");
+    }
+}
+
+template <typename Number>
+void checkEnd(const LeadingNumber<Number>& number, const PropertyLine& line, const ConfigurationKey& row,
+              Findings& findings) {
+    if (!number.isNumber) {
+        findings.addWarning(line, "partly-read",
+                            "'" + line.value + "' is no number and counts as the default, " + defaultOf(row));
+    } else if (!number.isWhole) {
+        findings.addWarning(line, "partly-read",
+                            "only the number at the beginning of '" + line.value + "' counts");
+    }
+}
+
+} // namespace
+
+void checkNumber(const PropertyLine& line, const ConfigurationKey& row, Findings& findings) {
+    switch (row.form) {
+    case ValueForm::WHOLE_NUMBER:
+        return checkWhole(line.value, line, row, findings);
+    case ValueForm::PERIOD:
+        return checkWhole(Util::split(line.value, ' ').front(), line, row, findings);
+    case ValueForm::LEADING_SIGNED:
+        checkEnd(Log::readLeadingSigned(line.value), line, row, findings);
+        return checkSigned(line.value, line, row, findings);
+    case ValueForm::LEADING_UNSIGNED:
+        checkEnd(Log::readLeadingUnsigned(line.value), line, row, findings);
+        return checkUnsigned(line, row, findings);
+    default:
+        return;
+    }
+}
+
+bool isProductTooLarge(const std::string& size, const std::string& unit) {
+    const LeadingNumber<std::uint64_t> count = Log::readLeadingUnsigned(size);
+    const std::uint64_t factor = Log::readSizeUnit(unit).value_or(Log::DEFAULT_SIZE_UNIT);
+    const bool isNamedAlready = count.isCut || size.front() == '-';
+    return !isNamedAlready && count.value > std::numeric_limits<std::uint64_t>::max() / factor;
+}
+
+} // namespace Tools
+} // namespace ZAV

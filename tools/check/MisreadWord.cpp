@@ -1,0 +1,90 @@
+#include "check/MisreadWord.h"
+
+#include "check/KeyTable.h"
+#include "check/Nearest.h"
+#include "log/config/ValueReaders.h"
+#include "zav-util/StringUtils.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Log::ValueForm;
+
+/// The words of one value, and what is said about those that are wrong.
+class Words {
+public:
+    Words(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings)
+        : line_(line), row_(row), findings_(findings) {}
+
+    void checkUnit(const std::string& word, bool isKnown, const std::string& counts) const;
+    void checkValue(bool isKnown, const std::string& counts) const;
+    void checkChoice(const std::string& counts) const;
+    void checkPeriod() const;
+
+private:
+    void warn(const std::string& id, const std::string& text) const { findings_.addWarning(line_, id, text); }
+
+    const PropertyLine& line_;
+    const Log::ConfigurationKey& row_;
+    Findings& findings_;
+};
+
+void Words::checkUnit(const std::string& word, bool isKnown, const std::string& counts) const {
+    if (!isKnown) {
+        warn("unknown-unit",
+             "unknown unit '" + word + "' counts as " + counts + question(nearWord(word, wordsOf(row_))));
+    }
+}
+
+void Words::checkValue(bool isKnown, const std::string& counts) const {
+    if (!isKnown) {
+        warn("unknown-value", "unknown value '" + line_.value + "' counts as " + counts +
+                                  question(nearWord(line_.value, wordsOf(row_))));
+    }
+}
+
+/// One of the words in the table, or it counts as the default.
+void Words::checkChoice(const std::string& counts) const {
+    const std::vector<std::string> words = wordsOf(row_);
+    checkValue(std::find(words.begin(), words.end(), line_.value) != words.end(), counts);
+}
+
+void Words::checkPeriod() const {
+    const std::vector<std::string> words = Util::split(line_.value, ' ');
+    if (words.size() > 1) {
+        checkUnit(words[1], Log::readPeriodUnit(words[1]).has_value(), "minutes");
+    }
+    if (words.size() > 2) {
+        warn("unknown-value", "'" + words[2] + "' and what follows it is not read");
+    }
+}
+
+} // namespace
+
+void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings) {
+    const Words words(line, row, findings);
+    switch (row.form) {
+    case ValueForm::BOOLEAN:
+        return words.checkValue(Log::readBoolean(line.value).has_value(), "'" + defaultOf(row) + "'");
+    case ValueForm::STREAM:
+    case ValueForm::OVERFLOW_RULE:
+        return words.checkChoice("'" + defaultOf(row) + "'");
+    case ValueForm::FILE_MODE:
+        return words.checkValue(Log::readFileMode(line.value).has_value(), defaultOf(row));
+    case ValueForm::SIZE_UNIT:
+        return words.checkUnit(line.value, Log::readSizeUnit(line.value).has_value(), "bytes");
+    case ValueForm::LIFETIME_UNIT:
+        return words.checkUnit(line.value, Log::readLifetimeUnit(line.value).has_value(), "minutes");
+    case ValueForm::PERIOD:
+        return words.checkPeriod();
+    default:
+        return;
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

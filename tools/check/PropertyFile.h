@@ -1,0 +1,55 @@
+#pragma once
+
+#include "zav-util/Properties.h"
+#include "zav-util/PropertyParser.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// A pair of a property file, and where it stands.
+struct PropertyLine {
+    std::size_t number = 0; ///< counted from 1
+    std::string key;
+    std::string value;
+};
+
+/// A line of a property file that the library's parser rejects.
+struct RejectedLine {
+    std::size_t number = 0;
+    std::string key; ///< if it is the key that is there already; empty otherwise
+    std::string problem;
+};
+
+/// A property file, of which all lines are read, also behind those that the parser rejects.
+class PropertyFile {
+public:
+    /// \throw Util::UtilException if the file cannot be read
+    explicit PropertyFile(const std::string& name);
+
+    /// \return the accepted pairs, in the order of the file
+    const std::vector<PropertyLine>& lines() const { return lines_; }
+    const std::vector<RejectedLine>& rejectedLines() const { return rejectedLines_; }
+
+    /// \return the accepted pairs as the library would see them
+    const Util::Properties& properties() const { return properties_; }
+
+    /// \return the pair of a key; nullptr if the file does not have it
+    const PropertyLine* find(const std::string& key) const;
+
+private:
+    void read(const Util::PropertyParser& parser, const std::string& line, std::size_t number);
+    void add(const Util::PropertyParser& parser, const Util::Property& property, std::size_t number);
+
+    std::vector<PropertyLine> lines_;
+    std::map<std::string, std::size_t> indices_; ///< of the lines, by their keys
+    std::vector<RejectedLine> rejectedLines_;
+    Util::Properties properties_;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,44 @@
+#include "commands/CheckCommand.h"
+
+#include "check/Checker.h"
+#include "check/FindingText.h"
+
+namespace ZAV {
+namespace Tools {
+
+CheckCommand::CheckCommand(CLI::App& program)
+    : command_(*program.add_subcommand("check", "Find what is wrong with property files")) {
+    command_.add_option("FILE", files_, "A property file")->required()->type_name("");
+    command_.add_flag("--json", isJson_, "Show the findings as one array of JSON");
+    command_.add_flag("--strict", isStrict_, "Let a warning be as bad as an error");
+    color_.addTo(command_);
+}
+
+bool CheckCommand::isChosen() const {
+    return command_.parsed();
+}
+
+ExitCode CheckCommand::run(Output& output) {
+    bool hasComplaint = false;
+    std::string separator = "[\n";
+    for (const std::string& file : files_) {
+        for (const Finding& finding : checkFile(file)) {
+            hasComplaint = hasComplaint || isComplaint(finding);
+            output.write(isJson_ ? separator + toJson(file, finding)
+                                 : toText(file, finding, color_.isOn()) + '\n');
+            separator = ",\n";
+        }
+    }
+    if (isJson_) {
+        const bool isEmpty = separator == "[\n";
+        output.write(isEmpty ? "[]\n" : "\n]\n");
+    }
+    return hasComplaint ? EXIT_COMPLAINT : EXIT_AS_WISHED;
+}
+
+bool CheckCommand::isComplaint(const Finding& finding) const {
+    return isStrict_ || finding.severity == Finding::AN_ERROR;
+}
+
+} // namespace Tools
+} // namespace ZAV

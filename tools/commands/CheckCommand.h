@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Command.h"
+#include "check/Finding.h"
+#include "options/ColorOption.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// `zav-log check`: says what the library would do with property files that their authors did not want.
+class CheckCommand : public Command {
+public:
+    explicit CheckCommand(CLI::App& program);
+
+    bool isChosen() const override;
+    ExitCode run(Output& output) override;
+
+private:
+    bool isComplaint(const Finding& finding) const;
+
+    CLI::App& command_;
+    std::vector<std::string> files_;
+    bool isJson_ = false;
+    bool isStrict_ = false;
+    ColorOption color_;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,80 @@
+#include "commands/ExplainCommand.h"
+
+#include "UsageError.h"
+#include "explain/DotGraph.h"
+#include "explain/ExplanationText.h"
+#include "log/LogException.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+Log::Level::LogLevel readLevel(const std::string& name) {
+    try {
+        return Log::Level::fromString(name);
+    } catch (const Log::LogException& exception) {
+        throw UsageError(exception.what());
+    }
+}
+
+} // namespace
+
+ExplainCommand::ExplainCommand(CLI::App& program)
+    : command_(*program.add_subcommand("explain", "Say where messages would go with a property file")) {
+    command_.add_option("FILE", file_, "The property file")->required()->type_name("");
+    loggerOption_ =
+        command_.add_option("LOGGER", logger_, "Whose messages; \"root\" for the root")->type_name("");
+    levelOption_ = command_.add_option("LEVEL", levelName_, "Of one message")->type_name("");
+    command_.add_option("--type", type_, "Of the messages: configuration messages are CFG")
+        ->check(CLI::IsMember({"LOG", "CFG"}))
+        ->type_name("LOG|CFG");
+    command_.add_flag("--dot", isGraph_, "Show it as a graph for Graphviz");
+    color_.addTo(command_);
+}
+
+bool ExplainCommand::isChosen() const {
+    return command_.parsed();
+}
+
+ExitCode ExplainCommand::run(Output& output) {
+    if (hasLevel()) {
+        level_ = readLevel(levelName_);
+    }
+    const Explanation explanation(file_, Log::messageTypeFromString(type_));
+    if (hasLogger()) {
+        logger_ = explanation.fullName(logger_);
+    }
+    output.write(isGraph_ ? describeAsGraph(explanation) : describe(explanation));
+    if (!hasLevel()) {
+        return EXIT_AS_WISHED;
+    }
+    const std::vector<Delivery> deliveries = explanation.deliveriesOf(logger_, level_);
+    const bool isWritten = std::any_of(deliveries.begin(), deliveries.end(),
+                                       [](const Delivery& delivery) { return delivery.refusal.empty(); });
+    return isWritten ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+}
+
+std::string ExplainCommand::describe(const Explanation& explanation) const {
+    if (hasLevel()) {
+        return messageText(explanation, logger_, level_, color_.isOn());
+    }
+    return hasLogger() ? routesText(explanation, logger_) : tableText(explanation);
+}
+
+std::string ExplainCommand::describeAsGraph(const Explanation& explanation) const {
+    DotGraph graph(explanation);
+    if (hasLevel()) {
+        graph.addMessage(logger_, level_);
+    } else if (hasLogger()) {
+        graph.addRoutes(logger_);
+    } else {
+        graph.addTable();
+    }
+    return graph.text();
+}
+
+} // namespace Tools
+} // namespace ZAV

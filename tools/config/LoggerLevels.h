@@ -1,0 +1,33 @@
+#pragma once
+
+#include "log/Level.h"
+#include "zav-util/Properties.h"
+
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// The levels that the loggers have after `init`. They are those of this process's loggers, so only the
+/// object that was made last tells the truth.
+class LoggerLevels {
+public:
+    /// Gives all loggers the levels of a configuration; what the library reports meanwhile is not shown.
+    explicit LoggerLevels(const Util::Properties& properties);
+
+    /// \param loggerName "root" for the root; a logger that the configuration does not name has inherited its level
+    Log::Level::LogLevel of(const std::string& loggerName) const;
+
+    /// \param loggerName a full name, or a path as `LoggerFactory::getLogger` takes it
+    std::string fullName(const std::string& loggerName) const;
+
+    /// \return the loggers that the keys of the configuration name, the root first, then in the tree's order
+    const std::vector<std::string>& named() const { return named_; }
+
+private:
+    std::vector<std::string> named_;
+};
+
+} // namespace Tools
+} // namespace ZAV

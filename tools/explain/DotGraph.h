@@ -1,0 +1,40 @@
+#pragma once
+
+#include "explain/Explanation.h"
+#include "log/Level.h"
+
+#include <string>
+
+namespace ZAV {
+namespace Tools {
+
+/// An explanation as a graph for Graphviz: the loggers on the left, the appenders on the right, and an arrow
+/// for what is written. A dashed arrow says why something is not.
+class DotGraph {
+public:
+    explicit DotGraph(const Explanation& explanation);
+
+    /// Adds what the table shows.
+    void addTable();
+
+    /// Adds what each appender gets of a logger.
+    void addRoutes(const std::string& logger);
+
+    /// Adds what becomes of a message.
+    void addMessage(const std::string& logger, Log::Level::LogLevel level);
+
+    /// \return the whole graph, in the language DOT
+    std::string text() const { return text_ + "}\n"; }
+
+private:
+    void addAppenders();
+    void addLogger(const std::string& logger, const std::string& remark = std::string());
+    void addArrow(const std::string& logger, const std::string& appender, const std::string& label,
+                  bool isDashed);
+
+    const Explanation& explanation_;
+    std::string text_;
+};
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,98 @@
+#include "explain/Explanation.h"
+
+#include "Failure.h"
+#include "log/LogManager.h"
+#include "log/config/KeyNames.h"
+
+#include <exception>
+#include <optional>
+
+namespace ZAV {
+namespace Tools {
+
+using Log::Level::LogLevel;
+
+namespace {
+
+/// \return the levels that messages of a type may have, from the lowest one
+std::vector<LogLevel> levelsOf(Log::MessageType type) {
+    using namespace Log::Level;
+    if (type == Log::CFG) {
+        return {LEVEL_AUDIT};
+    }
+    return {LEVEL_TRACE, LEVEL_DEBUG, LEVEL_INFO, LEVEL_WARNING, LEVEL_ERROR, LEVEL_AUDIT};
+}
+
+/// What the library reports on single keys goes to standard error, as it does in a program.
+Util::Properties readAndTry(const std::string& fileName) {
+    try {
+        Util::Properties properties(fileName);
+        Log::LogManager::init(properties);
+        Log::LogManager::finish();
+        return properties;
+    } catch (const std::exception& exception) {
+        throw Failure(exception.what());
+    }
+}
+
+} // namespace
+
+Explanation::Explanation(const std::string& fileName, Log::MessageType type)
+    : type_(type), properties_(readAndTry(fileName)), levels_(properties_) {
+    for (const std::string& key : properties_.getKeys()) {
+        if (const std::optional<std::string> name = Log::declaredAppender(key)) {
+            appenders_.emplace_back(*name, properties_);
+        }
+    }
+}
+
+std::vector<Route> Explanation::routesOf(const std::string& logger) const {
+    std::vector<Route> routes;
+    for (const ExplainedAppender& appender : appenders_) {
+        routes.push_back(routeOf(logger, appender));
+    }
+    return routes;
+}
+
+/// The reason is that of the highest level which is not written: it names what stands next in the way.
+Route Explanation::routeOf(const std::string& logger, const ExplainedAppender& appender) const {
+    Route route{appender.name(), appender.place(), std::nullopt, std::string()};
+    for (const LogLevel level : levelsOf(type_)) {
+        const std::string problem = refusal(appender, logger, level);
+        if (problem.empty()) {
+            route.lowest = level;
+            break;
+        }
+        route.reason = problem;
+    }
+    return route;
+}
+
+std::string Explanation::stopOf(const std::string& logger, LogLevel level) const {
+    const LogLevel lowest = levels_.of(logger);
+    const bool passes = type_ == Log::CFG || level >= lowest;
+    return passes ? std::string() : "its level is " + Log::Level::toString(lowest);
+}
+
+std::vector<Delivery> Explanation::deliveriesOf(const std::string& logger, LogLevel level) const {
+    std::vector<Delivery> deliveries;
+    for (const ExplainedAppender& appender : appenders_) {
+        deliveries.push_back({appender.name(), appender.place(), refusal(appender, logger, level)});
+    }
+    return deliveries;
+}
+
+std::string Explanation::refusal(const ExplainedAppender& appender, const std::string& logger,
+                                 LogLevel level) const {
+    const std::string stop = stopOf(logger, level);
+    return stop.empty() ? appender.refusal(makeMessage(logger, level)) : "the logger stops it, " + stop;
+}
+
+/// A configuration message is as severe as can be, whatever is asked for.
+Log::LogMessage Explanation::makeMessage(const std::string& logger, LogLevel level) const {
+    const LogLevel real = type_ == Log::CFG ? Log::Level::LEVEL_AUDIT : level;
+    return Log::LogMessage(logger, Util::TimeUtils::Time::now(), real, "", 0, "", type_);
+}
+
+} // namespace Tools
+} // namespace ZAV

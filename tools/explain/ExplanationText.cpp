@@ -1,0 +1,82 @@
+#include "explain/ExplanationText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+std::vector<Row> tableOf(const Explanation& explanation) {
+    Row head{"logger"};
+    for (const ExplainedAppender& appender : explanation.appenders()) {
+        head.push_back(appender.name());
+    }
+    std::vector<Row> table{head};
+    for (const std::string& logger : explanation.loggers()) {
+        Row row{logger};
+        for (const Route& route : explanation.routesOf(logger)) {
+            row.push_back(route.lowest ? Log::Level::toString(*route.lowest) : "-");
+        }
+        table.push_back(row);
+    }
+    return table;
+}
+
+std::size_t widthOf(const std::vector<Row>& table, std::size_t column) {
+    std::size_t width = 0;
+    for (const Row& row : table) {
+        width = std::max(width, row[column].size());
+    }
+    return width;
+}
+
+std::string bold(const std::string& text, bool withColors) {
+    return withColors ? "\x1b[1;32m" + text + "\x1b[0m" : text;
+}
+
+} // namespace
+
+std::string tableText(const Explanation& explanation) {
+    const std::vector<Row> table = tableOf(explanation);
+    std::string text;
+    for (const Row& row : table) {
+        for (std::size_t column = 0; column + 1 < row.size(); ++column) {
+            text += row[column] + std::string(widthOf(table, column) + 2 - row[column].size(), ' ');
+        }
+        text += row.back() + '\n';
+    }
+    return text;
+}
+
+std::string routesText(const Explanation& explanation, const std::string& logger) {
+    std::string text;
+    for (const Route& route : explanation.routesOf(logger)) {
+        const std::string written =
+            route.lowest ? Log::Level::toString(*route.lowest) + " and more severe, written to " + route.place
+                         : "nothing is written";
+        text += route.appender + ": " + written + (route.reason.empty() ? "" : ": " + route.reason) + '\n';
+    }
+    return text;
+}
+
+std::string messageText(const Explanation& explanation, const std::string& logger, Log::Level::LogLevel level,
+                        bool withColors) {
+    const std::string stop = explanation.stopOf(logger, level);
+    std::string text = stop.empty() ? "logger: passes\n" : "logger: stops (" + stop + ")\n";
+    for (const Delivery& delivery : explanation.deliveriesOf(logger, level)) {
+        const bool isWritten = delivery.refusal.empty();
+        text += delivery.appender +
+                (isWritten ? ": " + bold("written", withColors) + " to " + delivery.place
+                           : ": not written: " + delivery.refusal) +
+                '\n';
+    }
+    return text;
+}
+
+} // namespace Tools
+} // namespace ZAV
