@@ -1,32 +1,36 @@
-# What "cmake --install" gives: headers, the shared libraries, CMake package files and a pkg-config files.
+# What "cmake --install" gives: headers, the shared libraries, CMake package files and pkg-config files. The components
+# become Debian packages of their own.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
 
 install(TARGETS zav-log-dll zav-log-control EXPORT zav-log-targets
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log)
-install(EXPORT zav-log-targets NAMESPACE zav-log:: DESTINATION ${package_dir})
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT development)
+install(EXPORT zav-log-targets NAMESPACE zav-log:: DESTINATION ${package_dir} COMPONENT development)
 
 configure_package_config_file(cmake/zav-log-config.cmake.in ${PROJECT_BINARY_DIR}/zav-log-config.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
     COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
-    DESTINATION ${package_dir})
+    DESTINATION ${package_dir} COMPONENT development)
 
+file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 foreach(library zav-log zav-log-control)
     configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
-    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
 endforeach()
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
 # "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.
 if(WIN32)
-    install(FILES ${ZAV_LOG_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${ZAV_LOG_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
     set(CPACK_GENERATOR ZIP)
 else()
     set(CPACK_GENERATOR TGZ)
+    include(cmake/debian/Debian.cmake)
 endif()
 set(CPACK_PACKAGE_NAME zav-log)
 set(CPACK_PACKAGE_VENDOR "The ZAV Log authors")

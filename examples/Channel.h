@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -28,6 +29,19 @@ public:
     std::optional<Value> receive() {
         std::unique_lock<std::mutex> lock(mutex_);
         changed_.wait(lock, [this] { return closed_ || !values_.empty(); });
+        return takeFirst();
+    }
+
+    /// The same for a limited time.
+    /// \return nothing also if no value came within that time
+    std::optional<Value> receive(std::chrono::seconds patience) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, patience, [this] { return closed_ || !values_.empty(); });
+        return takeFirst();
+    }
+
+private:
+    std::optional<Value> takeFirst() {
         if (values_.empty()) {
             return std::nullopt;
         }
@@ -36,7 +50,6 @@ public:
         return value;
     }
 
-private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Value> values_;

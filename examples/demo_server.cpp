@@ -1,12 +1,13 @@
 /// A toy order server: two connections hand orders to a database thread, which hands them to a billing
 /// thread. It shows what a server does with the library: named loggers, several threads, a property file
-/// that decides which line goes where, a logger made verbose for a while, and a listener that hears of
-/// appenders that fail.
+/// that decides which line goes where, a logger made verbose for a while, a listener that hears of
+/// appenders that fail, and a control server through which it is steered from outside.
 
 #include "Channel.h"
 
 #include "log/CommandListener.h"
 #include "log/ConfigurationMessage.h"
+#include "log/ControlServer.h"
 #include "log/LogMacros.h"
 #include "log/LogManager.h"
 #include "log/LoggerFactory.h"
@@ -16,6 +17,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -36,6 +38,21 @@ public:
     void onCommand(const std::string& report) override {
         std::cerr << "[demo] an appender failed:\n" << report << std::endl;
     }
+};
+
+/// Takes what "zav-log ctl ADDRESS command DEMO REQUEST" asks for to whoever receives it.
+class RequestListener : public Log::CommandListener {
+public:
+    void onCommand(const std::string& request) override { requests_.send(request); }
+
+    /// \return nothing if nobody asks for too long
+    std::optional<std::string> next() {
+        constexpr std::chrono::seconds PATIENCE(20);
+        return requests_.receive(PATIENCE);
+    }
+
+private:
+    Channel<std::string> requests_;
 };
 
 void tell(const std::string& text) {
@@ -71,6 +88,7 @@ void receiveOrders(int connection, int firstNumber, int count, Channel<Order>& r
     ZAV_LOG_INFO(logger, "connection " << connection << " open");
     for (int number = firstNumber; number < firstNumber + count; ++number) {
         ZAV_LOG_DEBUG(logger, "connection " << connection << ": 64 bytes for order " << number);
+        ZAV_LOG_TRACE(logger, "connection " << connection << ": checksum of order " << number << " is right");
         received.send({number, 10 * number});
     }
     ZAV_LOG_INFO(logger, "connection " << connection << " closed, orders: " << count);
@@ -140,20 +158,37 @@ void run(const std::string& propertyFile) {
     serve(7, 1);
 }
 
+/// Can be steered from outside. Serves two more orders at each request "order" and ends at "stop".
+void obey(const std::string& address, RequestListener& listener) {
+    Log::LogManager::registerCommandListener("DEMO", &listener);
+    const Log::ControlServer server(address);
+    tell("steered at " + address);
+    int number = 9;
+    for (auto request = listener.next(); request && *request != "stop"; request = listener.next()) {
+        serve(number, 1);
+        tell("served orders " + std::to_string(number) + " and " + std::to_string(number + 1));
+        number += 2;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: " << argv[0] << " PROPERTY_FILE" << std::endl;
+    if (argc != 2 && argc != 3) {
+        std::cerr << "usage: " << argv[0] << " PROPERTY_FILE [CONTROL_ADDRESS]" << std::endl;
         return 2;
     }
     FailureListener failureListener;
+    RequestListener requestListener;
     try {
         Log::LogManager::registerCommandListener("EXCEPTION", &failureListener);
         const Util::Properties properties(argv[1]);
         makeFolders(properties);
         Log::LogManager::init(properties);
         run(argv[1]);
+        if (argc == 3) {
+            obey(argv[2], requestListener);
+        }
         Log::LogManager::finish();
         return 0;
     } catch (const std::exception& exception) {

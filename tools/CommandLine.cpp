@@ -8,6 +8,7 @@
 #include "commands/CtlCommand.h"
 #include "commands/ExplainCommand.h"
 #include "commands/FollowCommand.h"
+#include "help/HelpFormatter.h"
 
 #include <iostream>
 
@@ -15,6 +16,11 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+const char* const EXIT_STATUS = "exit status:\n"
+                                "  0  as wished\n"
+                                "  1  something was found, is missing or was refused\n"
+                                "  2  wrong usage";
 
 ExitCode complain(const std::string& text, ExitCode code) {
     std::cerr << "zav-log: " << text << '\n';
@@ -24,7 +30,9 @@ ExitCode complain(const std::string& text, ExitCode code) {
 } // namespace
 
 CommandLine::CommandLine()
-    : app_("Reads, checks and steers what the logging library ZAV Log writes.", "zav-log") {
+    : app_("Read, check and steer what the logging library ZAV Log writes", "zav-log") {
+    app_.formatter(std::make_shared<HelpFormatter>());
+    app_.footer(EXIT_STATUS);
     app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
     app_.require_subcommand(1);
     // Each command of the program has a line here, in the order in which --help shows them.

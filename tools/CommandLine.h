@@ -20,6 +20,9 @@ public:
     /// \return the exit code of the process
     ExitCode run(int argc, const char* const* argv);
 
+    /// What `--help` is made from: the program's options, and its commands as subcommands.
+    const CLI::App& app() const { return app_; }
+
 private:
     ExitCode parseAndRun(int argc, const char* const* argv);
     ExitCode runChosen();

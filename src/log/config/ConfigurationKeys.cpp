@@ -87,7 +87,9 @@ const ConfigurationKey DISPATCHER_KEYS[] = {
 
 template <std::size_t N>
 void append(std::vector<ConfigurationKey>& all, const ConfigurationKey (&keys)[N]) {
-    all.insert(all.end(), std::begin(keys), std::end(keys));
+    for (const ConfigurationKey& key : keys) {
+        all.push_back(key);
+    }
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "log/message/ReusedMessage.h"
 
+#include "platform/ThreadSlot.h"
+
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -12,30 +14,9 @@ namespace {
 /// Characters of a text that a thread keeps room for.
 constexpr std::size_t LONGEST_KEPT_TEXT = 4096;
 
-/// The message of a thread. Without a destructor, so that it can be looked at to the very end of the thread.
-struct ThreadsMessage {
-    LogMessage* message; ///< null before the first use, and when the thread ends
-    bool isTaken;        ///< in use, or gone for good
-};
-
-thread_local ThreadsMessage threadsMessage{};
-
-/// Frees the message when the thread ends.
-struct ThreadsMessageOwner {
-    std::unique_ptr<LogMessage> message;
-
-    ~ThreadsMessageOwner() { threadsMessage = {nullptr, true}; }
-};
-
 LogMessage makeMessage(const MessageFields& fields) {
     return LogMessage(std::string(fields.loggerName), fields.time, fields.level, std::string(fields.text),
                       fields.line, std::string(fields.file), fields.type);
-}
-
-LogMessage* makeThreadsMessage(const MessageFields& fields) {
-    static thread_local ThreadsMessageOwner owner;
-    owner.message = std::make_unique<LogMessage>(makeMessage(fields));
-    return owner.message.get();
 }
 
 void dropUnusualMemory(std::string& text) {
@@ -46,26 +27,50 @@ void dropUnusualMemory(std::string& text) {
 
 } // namespace
 
+/// The message of a thread.
+struct ReusedMessage::Kept {
+    explicit Kept(const MessageFields& fields) : message(makeMessage(fields)) {}
+
+    LogMessage message;
+    bool isTaken = false;
+
+    /// Never destroyed, since threads may still log while the process ends.
+    static Platform::ThreadSlot& slot() {
+        static Platform::ThreadSlot& slot =
+            *new Platform::ThreadSlot([](void* kept) { delete static_cast<Kept*>(kept); });
+        return slot;
+    }
+};
+
 ReusedMessage::ReusedMessage(const MessageFields& fields) {
-    ThreadsMessage& threads = threadsMessage;
-    if (threads.isTaken) {
+    kept_ = static_cast<Kept*>(Kept::slot().get());
+    if (kept_ == nullptr) {
+        keepOne(fields);
+    } else if (kept_->isTaken) {
+        kept_ = nullptr;
+    } else {
+        fill(kept_->message, fields);
+    }
+    if (kept_ == nullptr) {
         message_ = &ownMessage_.emplace(makeMessage(fields));
         return;
     }
-    if (threads.message == nullptr) {
-        threads.message = makeThreadsMessage(fields);
-    } else {
-        fill(*threads.message, fields);
+    kept_->isTaken = true;
+    message_ = &kept_->message;
+}
+
+void ReusedMessage::keepOne(const MessageFields& fields) {
+    std::unique_ptr<Kept> kept = std::make_unique<Kept>(fields);
+    if (Kept::slot().set(kept.get())) {
+        kept_ = kept.release();
     }
-    message_ = threads.message;
-    threads.isTaken = true;
 }
 
 ReusedMessage::~ReusedMessage() {
-    if (!ownMessage_) {
-        dropUnusualMemory(message_->text_);
-        dropUnusualMemory(message_->file_);
-        threadsMessage.isTaken = false;
+    if (kept_ != nullptr) {
+        dropUnusualMemory(kept_->message.text_);
+        dropUnusualMemory(kept_->message.file_);
+        kept_->isTaken = false;
     }
 }
 

@@ -8,8 +8,7 @@ namespace ZAV {
 namespace Log {
 
 /// A message object for one call. It is the thread's own one, filled again, so that its texts need no new
-/// memory; while that is in use, as when an appender logs, and in a thread that has all but ended, it is made
-/// anew.
+/// memory; while that is in use, as when an appender logs, it is made anew.
 class ReusedMessage {
 public:
     /// \throw std::bad_alloc
@@ -24,9 +23,13 @@ public:
     const LogMessage& get() const { return *message_; }
 
 private:
+    struct Kept;
+
+    void keepOne(const MessageFields& fields);
     static void fill(LogMessage& message, const MessageFields& fields);
 
-    LogMessage* message_;
+    const LogMessage* message_;
+    Kept* kept_;                           ///< null if the message is not the thread's
     std::optional<LogMessage> ownMessage_; ///< if it is not the thread's
 };
 

@@ -1,5 +1,7 @@
 #include "log/text/MessageText.h"
 
+#include "platform/ThreadSlot.h"
+
 #include <algorithm>
 #include <locale>
 #include <utility>
@@ -13,48 +15,37 @@ constexpr std::size_t FIRST_CAPACITY = 512;
 /// What a thread keeps at most. A text beyond that is so long that its memory costs little beside it.
 constexpr std::size_t MAX_KEPT_CAPACITY = 16384;
 
-/// Nothing of it has a destructor, so that the last destructors of a thread can still look into it.
-struct KeptText {
-    MessageText* text;
-    bool threadEnds;
-};
-
-thread_local KeptText keptText{};
-
-/// Frees the kept text when the thread ends, and lets none be kept from then on.
-struct ThreadEnd {
-    ~ThreadEnd() {
-        MessageText* const text = keptText.text;
-        keptText = {nullptr, true};
-        std::default_delete<MessageText>()(text);
-    }
-    /// A thread-local object is made, and so destroyed, in the threads that use it.
-    void awaitHere() {}
-};
-
-thread_local ThreadEnd threadEnd;
+/// Never destroyed, since threads may still log while the process ends.
+Platform::ThreadSlot& keptText() {
+    static Platform::ThreadSlot& slot =
+        *new Platform::ThreadSlot([](void* text) { delete static_cast<MessageText*>(text); });
+    return slot;
+}
 
 } // namespace
 
 MessageText& MessageText::take() {
-    if (keptText.text != nullptr) {
-        MessageText& text = *keptText.text;
-        keptText.text = nullptr;
-        return text;
+    auto* const kept = static_cast<MessageText*>(keptText().get());
+    if (kept != nullptr && !kept->isTaken_) {
+        kept->isTaken_ = true;
+        return *kept;
     }
-    if (!keptText.threadEnds) {
-        threadEnd.awaitHere();
-    }
-    return *new MessageText;
+    auto* const made = new MessageText;
+    made->isKept_ = kept == nullptr && keptText().set(made);
+    made->isTaken_ = true;
+    return *made;
 }
 
 void MessageText::giveBack(MessageText& text) noexcept {
-    if (keptText.text != nullptr || keptText.threadEnds || text.capacity() > MAX_KEPT_CAPACITY) {
-        delete &text;
+    if (text.isKept_ && text.capacity() <= MAX_KEPT_CAPACITY) {
+        text.clear();
+        text.isTaken_ = false;
         return;
     }
-    text.clear();
-    keptText.text = &text;
+    if (text.isKept_) {
+        keptText().set(nullptr);
+    }
+    delete &text;
 }
 
 void MessageText::clear() {

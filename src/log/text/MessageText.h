@@ -82,6 +82,8 @@ private:
     pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override;
     pos_type seekpos(pos_type position, std::ios::openmode which) override;
 
+    bool isKept_ = false;  ///< by the thread that uses it
+    bool isTaken_ = false; ///< by a message that is being put together
     State state_ = State::FRESH;
     std::unique_ptr<char[]> memory_;
     char* memoryEnd_ = nullptr;

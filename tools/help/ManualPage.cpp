@@ -1,0 +1,130 @@
+#include "help/ManualPage.h"
+
+#include "help/HelpFormatter.h"
+
+#include <cctype>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+/// Keeps what means something to man(7) from doing so.
+std::string escape(const std::string& text) {
+    std::string escaped;
+    for (const char character : text) {
+        const bool beginsLine = escaped.empty() || escaped.back() == '\n';
+        if (beginsLine && (character == '.' || character == '\'')) {
+            escaped += "\\&";
+        }
+        if (character == '\\') {
+            escaped += "\\e";
+        } else if (character == '-') {
+            escaped += "\\-";
+        } else {
+            escaped += character;
+        }
+    }
+    return escaped;
+}
+
+void writeItem(std::ostringstream& page, const std::string& term, const std::string& meaning) {
+    page << ".TP\n\\fB" << escape(term) << "\\fR\n" << escape(meaning) << '\n';
+}
+
+/// "requests:" and the lines below it become a section of that name, as they stand.
+void writeFooter(std::ostringstream& page, const std::string& footer) {
+    const std::size_t colon = footer.find(":\n");
+    std::string heading = footer.substr(0, colon);
+    for (char& character : heading) {
+        character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+    }
+    page << ".SH " << escape(heading) << "\n.nf\n" << escape(footer.substr(colon + 2)) << "\n.fi\n";
+}
+
+std::string withSmallInitial(std::string text) {
+    text.at(0) = static_cast<char>(std::tolower(static_cast<unsigned char>(text.at(0))));
+    return text;
+}
+
+} // namespace
+
+ManualPage::ManualPage(const CLI::App& app)
+    : app_(app), program_(app.get_parent() == nullptr ? app : *app.get_parent()), name_(program_.get_name()) {
+    if (&app_ != &program_) {
+        name_ += "-" + app_.get_name();
+    }
+}
+
+std::string ManualPage::text() const {
+    std::ostringstream page;
+    writeHead(page);
+    writeOptions(page, "ARGUMENTS", true);
+    writeOptions(page, "OPTIONS", false);
+    writeCommands(page);
+    writeFooters(page);
+    writeSeeAlso(page);
+    return page.str();
+}
+
+void ManualPage::writeHead(std::ostringstream& page) const {
+    const std::string usage = HelpFormatter().make_usage(
+        &app_, program_.get_name() + (&app_ == &program_ ? "" : " " + app_.get_name()));
+    page << ".TH \"" << escape(name_) << "\" 1 \"\" \"ZAV Log " ZAV_LOG_VERSION "\" \"User Commands\"\n"
+         << ".SH NAME\n"
+         << escape(name_) << " \\- " << escape(withSmallInitial(app_.get_description())) << '\n'
+         << ".SH SYNOPSIS\n"
+         << escape(usage.substr(std::string("Usage: ").size())) << ".SH DESCRIPTION\n"
+         << escape(app_.get_description()) << ".\n";
+}
+
+void ManualPage::writeOptions(std::ostringstream& page, const std::string& heading,
+                              bool arePositional) const {
+    const HelpFormatter help;
+    const std::vector<const CLI::Option*> options = app_.get_options(
+        [&](const CLI::Option* option) { return option->get_positional() == arePositional; });
+    if (!options.empty()) {
+        page << ".SH " << heading << '\n';
+    }
+    for (const CLI::Option* option : options) {
+        writeItem(page, help.make_option_name(option, arePositional) + help.make_option_opts(option),
+                  help.make_option_desc(option));
+    }
+}
+
+void ManualPage::writeCommands(std::ostringstream& page) const {
+    const std::vector<const CLI::App*> commands = app_.get_subcommands({});
+    if (!commands.empty()) {
+        page << ".SH COMMANDS\n";
+    }
+    for (const CLI::App* command : commands) {
+        writeItem(page, command->get_name(), command->get_description());
+    }
+}
+
+/// The command's own footer, if it has one, and the program's, which is about all commands.
+void ManualPage::writeFooters(std::ostringstream& page) const {
+    if (app_.get_footer() != program_.get_footer()) {
+        writeFooter(page, app_.get_footer());
+    }
+    writeFooter(page, program_.get_footer());
+}
+
+void ManualPage::writeSeeAlso(std::ostringstream& page) const {
+    page << ".SH SEE ALSO\n";
+    std::string separator;
+    for (const CLI::App* command : program_.get_subcommands({})) {
+        if (command != &app_) {
+            page << separator << ".BR " << escape(ManualPage(*command).name()) << " (1)";
+            separator = ",\n";
+        }
+    }
+    if (&app_ != &program_) {
+        page << separator << ".BR " << escape(program_.get_name()) << " (1)";
+    }
+    page << '\n';
+}
+
+} // namespace Tools
+} // namespace ZAV
