@@ -105,7 +105,7 @@ TEST(WindowsDispatcher, GivesItsThreadTheConfiguredPriority) {
         Util::Properties properties;
         properties["zav.log.AsynchronousDispatcher.priority"] = priority;
         dispatcher.configure(properties);
-        dispatcher.enqueue(makeMessage("a"));
+        dispatcher.enqueue(makeMessage("a"), true);
         dispatcher.registerAsynchronousAppender(&appender);
         dispatcher.stop();
         dispatcher.unregisterAsynchronousAppender(&appender);
