@@ -122,7 +122,11 @@ TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
     LogManager::finish();
 }
 
+/// The address sanitizer takes the end of a thread that is being unwound for an overflow of its stack.
 TEST_F(DrillInProcess, ACancelledThreadLeavesWholeLinesAndALogThatGoesOn) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the address sanitizer does not follow the cancellation of a thread";
+#endif
     ASSERT_TRUE(init("appender.out = StdoutAppender\n"
                      "appender.file = FileAppender\nappender.file.dir = DIR\n"
                      "appender.simple = SimpleFileAppender\nappender.simple.dir = DIR\n"));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -47,9 +48,14 @@ MessageFields unpack(const char* bytes) {
             {file, header.fileLength}, header.type};
 }
 
-char* pack(char* bytes, const void* data, std::size_t size) {
-    std::memcpy(bytes, data, size);
-    return bytes + size;
+char* pack(char* bytes, const Header& header) {
+    std::memcpy(bytes, &header, sizeof header);
+    return bytes + sizeof header;
+}
+
+/// \param text may be one that leads nowhere, if it is empty
+char* pack(char* bytes, std::string_view text) {
+    return bytes + text.copy(bytes, text.size());
 }
 
 } // namespace
@@ -61,10 +67,10 @@ void MessageBatch::append(const MessageFields& message, int answeredReports) {
         addBlock(needed);
     }
     Block& block = blocks_.back();
-    char* bytes = pack(block.bytes.get() + block.used, &header, sizeof header);
-    bytes = pack(bytes, message.loggerName.data(), header.nameLength);
-    bytes = pack(bytes, message.text.data(), header.textLength);
-    pack(bytes, message.file.data(), header.fileLength);
+    char* bytes = pack(block.bytes.get() + block.used, header);
+    bytes = pack(bytes, message.loggerName);
+    bytes = pack(bytes, message.text);
+    pack(bytes, message.file);
     block.used += needed;
     ++size_;
 }

@@ -8,7 +8,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace ZAV {
@@ -32,8 +31,7 @@ std::size_t roomFor(const MessageFields& message) {
 
 char* writeField(char* position, std::string_view field) {
     *position++ = ' ';
-    std::memcpy(position, field.data(), field.size());
-    return position + field.size();
+    return position + field.copy(position, field.size());
 }
 
 char* writeNumber(char* position, std::int32_t number) {
