@@ -56,7 +56,7 @@ public:
         }
     }
 #else
-    /// \copydetails MessageStream::logTo
+    /// Formats and logs, as above. The format is checked by the compiler.
     template <typename... Values>
     void log(std::format_string<Values...> format, Values&&... values) const {
         std::string text;

@@ -12,8 +12,12 @@ using Util::TimeUtils::Time;
 
 void MessageQueue::configure(const Util::Properties& properties) {
     const QueueMonitorLock lock(queueMonitor_);
+    const bool waitsWithoutLimit = deliversPromptly();
+    const Time before = settings_.waitingPeriod;
     settings_.read(properties);
-    queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
+    if (waitsWithoutLimit || settings_.waitingPeriod < before || isAwaited_) {
+        queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
+    }
 }
 
 void MessageQueue::append(const MessageFields& message, bool mayWait) {
