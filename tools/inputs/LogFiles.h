@@ -9,7 +9,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// \return what the specification means at this moment: a file, a series, or `FILE_OR_SERIES` while nothing is there
+/// \return what the input means at this moment: a file, a series, or `FILE_OR_SERIES` while nothing is there
 InputSpec::Kind resolve(const InputSpec& input);
 
 /// Opens the files of a series, the oldest first.
@@ -18,7 +18,7 @@ InputSpec::Kind resolve(const InputSpec& input);
 /// \param problems receives a line for each member that cannot be read
 std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems);
 
-/// Opens all that the specification means, the oldest first.
+/// Opens all that the input means, the oldest first.
 /// \param problems receives a line for each file that cannot be read, or for an input that is missing and may not be
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems);
 
