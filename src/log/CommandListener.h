@@ -30,8 +30,9 @@ public:
     /// listeners, and must not call `LogManager::init` or `finish`. What it throws ends the delivery and
     /// reaches the command's issuer.
     ///
-    /// A listener of "EXCEPTION" may log to an appender that fails: that failure is reported as well, eight
-    /// reports deep, and no more than 1024 reports in one call.
+    /// A listener of "EXCEPTION" may be called in the consumer thread, in which signals are blocked; a
+    /// program that it starts there inherits that. It may log to an appender that fails: that failure is
+    /// reported as well, eight reports deep, and no more than 1024 reports in one call.
     virtual void onCommand(const std::string& argument) = 0;
 
 private:
