@@ -1,13 +1,13 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
+#include "log/async/MessageQueue.h"
 #include "log/layout/ShownMessage.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 
 #include <new>
-#include <optional>
 
 namespace ZAV {
 namespace Log {
@@ -19,15 +19,15 @@ namespace {
 /// The message object is filled for each appender again: an appender is given the whole batch before the next
 /// one is, and all messages at once would take several times the memory.
 void give(Appender& appender, const MessageFields& fields) noexcept {
-    std::optional<ReusedMessage> message;
+    ReusedMessage message(fields);
     try {
-        message.emplace(fields);
+        message.get();
     } catch (const std::bad_alloc&) {
         FailureCount::add(); // there is no message to report
         return;
     }
     try {
-        appender.output(message->get());
+        appender.output(message.get());
     } catch (...) {
         // Thrown by a listener that was just told of a failed write: it must not end the consumer thread, and
         // with it the log.
@@ -79,6 +79,7 @@ void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& ba
         const ReportAnswer answer(messages.answeredReports());
         given_.fetch_add(1, std::memory_order_relaxed);
         give(appender, fields);
+        queue_.keepMemoryReady();
     }
 }
 

@@ -128,7 +128,7 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
         CommandBus::instance().clearCommandListeners();
         stop();
     }
-    const MessageBatch batch = queue_.close();
+    MessageBatch batch = queue_.close();
     const bool isDelivered = mayWait && appenders_.deliver(batch);
     if (!isDelivered) {
         appenders_.showRestOfDelivery();

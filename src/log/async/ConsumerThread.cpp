@@ -50,7 +50,7 @@ void ConsumerThread::makeRounds() {
 /// When the call ends, and with it the round, the thread writes what its appenders and listeners had to put
 /// off, and may wait for loggers there.
 void ConsumerThread::deliverRound() {
-    const MessageBatch batch = queue_.takeBatch();
+    MessageBatch batch = queue_.takeBatch();
     const LibraryCall call;
     const bool isDelivered = appenders_.deliver(batch);
     queue_.endDelivery(batch, isDelivered);

@@ -1,7 +1,9 @@
 #include "log/async/MessageBatch.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace ZAV {
@@ -9,27 +11,35 @@ namespace Log {
 
 namespace {
 
-constexpr std::size_t SMALLEST_BLOCK = std::size_t{4} * 1024;
-constexpr std::size_t LARGEST_BLOCK = std::size_t{64} * 1024; // but for a message that is larger itself
+/// But for a message that is larger itself.
+constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::size_t PAGE_SIZE = 4096;
 
-/// What a packed message begins with; the three strings follow it, in the order of their lengths here.
+/// What a packed message begins with; its text and its file follow.
 struct Header {
     Util::TimeUtils::Time time;
-    Level::LogLevel level;
-    MessageType type;
-    int line;
-    int answeredReports;
+    const char* name; ///< of the logger, which is never destroyed
     std::size_t nameLength;
     std::size_t textLength;
     std::size_t fileLength;
+    std::int32_t line;
+    std::uint8_t level;
+    std::uint8_t type;
+    std::uint8_t answeredReports;
 
-    std::size_t packedSize() const { return sizeof(Header) + nameLength + textLength + fileLength; }
+    std::size_t packedSize() const { return sizeof(Header) + textLength + fileLength; }
 };
 
 Header headerOf(const MessageFields& message, int answeredReports) {
-    return {message.time,        message.level,      message.type,
-            message.line,        answeredReports,    message.loggerName.size(),
-            message.text.size(), message.file.size()};
+    return {message.time,
+            message.loggerName.data(),
+            message.loggerName.size(),
+            message.text.size(),
+            message.file.size(),
+            message.line,
+            static_cast<std::uint8_t>(message.level),
+            static_cast<std::uint8_t>(message.type),
+            static_cast<std::uint8_t>(answeredReports)};
 }
 
 /// Packed messages are not aligned.
@@ -39,23 +49,25 @@ Header readHeader(const char* bytes) {
     return header;
 }
 
-MessageFields unpack(const char* bytes) {
-    const Header header = readHeader(bytes);
-    const char* const name = bytes + sizeof header;
-    const char* const text = name + header.nameLength;
+MessageFields unpack(const char* bytes, const Header& header) {
+    const char* const text = bytes + sizeof header;
     const char* const file = text + header.textLength;
-    return {{name, header.nameLength}, header.time, header.level, {text, header.textLength}, header.line,
-            {file, header.fileLength}, header.type};
-}
-
-char* pack(char* bytes, const Header& header) {
-    std::memcpy(bytes, &header, sizeof header);
-    return bytes + sizeof header;
+    return {{header.name, header.nameLength},
+            header.time,
+            static_cast<Level::LogLevel>(header.level),
+            {text, header.textLength},
+            header.line,
+            {file, header.fileLength},
+            static_cast<MessageType>(header.type)};
 }
 
 /// \param text may be one that leads nowhere, if it is empty
 char* pack(char* bytes, std::string_view text) {
     return bytes + text.copy(bytes, text.size());
+}
+
+MessageBlock makeBlock(std::size_t capacity) {
+    return {std::unique_ptr<char[]>(new char[capacity]), capacity, 0};
 }
 
 } // namespace
@@ -66,32 +78,68 @@ void MessageBatch::append(const MessageFields& message, int answeredReports) {
     if (blocks_.empty() || blocks_.back().capacity - blocks_.back().used < needed) {
         addBlock(needed);
     }
-    Block& block = blocks_.back();
-    char* bytes = pack(block.bytes.get() + block.used, header);
-    bytes = pack(bytes, message.loggerName);
-    bytes = pack(bytes, message.text);
-    pack(bytes, message.file);
+    MessageBlock& block = blocks_.back();
+    char* const bytes = block.bytes.get() + block.used;
+    std::memcpy(bytes, &header, sizeof header);
+    pack(pack(bytes + sizeof header, message.text), message.file);
     block.used += needed;
     ++size_;
 }
 
-/// Blocks grow with the batch, so that a short one takes little memory.
 void MessageBatch::addBlock(std::size_t neededBytes) {
-    const std::size_t grown = blocks_.empty() ? SMALLEST_BLOCK : 2 * blocks_.back().capacity;
-    const std::size_t capacity = std::max(neededBytes, std::min(grown, LARGEST_BLOCK));
-    blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), capacity, 0});
+    if (neededBytes > BLOCK_SIZE || spares_.empty()) {
+        blocks_.push_back(makeBlock(std::max(neededBytes, BLOCK_SIZE)));
+    } else {
+        blocks_.splice(blocks_.end(), spares_, spares_.begin());
+    }
+}
+
+MessageBlocks MessageBatch::makeSpare() {
+    MessageBlocks spare;
+    spare.push_back(makeBlock(BLOCK_SIZE));
+    for (std::size_t offset = 0; offset < BLOCK_SIZE; offset += PAGE_SIZE) {
+        spare.front().bytes[offset] = 0;
+    }
+    return spare;
+}
+
+/// The block used last comes first, since it is likely to be in the processor's cache.
+void MessageBatch::addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept {
+    block->used = 0;
+    spares_.splice(spares_.begin(), blocks, block);
+}
+
+void MessageBatch::addSpares(MessageBlocks& blocks) noexcept {
+    for (auto block = blocks.begin(); block != blocks.end() && spares_.size() < MOST_SPARES;) {
+        const auto next = std::next(block);
+        if (block->capacity == BLOCK_SIZE) {
+            addSpare(blocks, block);
+        }
+        block = next;
+    }
+}
+
+MessageBlocks MessageBatch::takeBlocks() noexcept {
+    MessageBlocks taken;
+    taken.swap(blocks_);
+    frontOffset_ = 0;
+    size_ = 0;
+    return taken;
 }
 
 MessageFields MessageBatch::front() const {
-    return unpack(blocks_.front().bytes.get() + frontOffset_);
+    const char* const bytes = blocks_.front().bytes.get() + frontOffset_;
+    return unpack(bytes, readHeader(bytes));
 }
 
 void MessageBatch::removeFront() noexcept {
-    const Block& block = blocks_.front();
+    const MessageBlock& block = blocks_.front();
     frontOffset_ += readHeader(block.bytes.get() + frontOffset_).packedSize();
     --size_;
     if (frontOffset_ == block.used) {
-        blocks_.pop_front();
+        MessageBlocks emptied;
+        emptied.splice(emptied.end(), blocks_, blocks_.begin());
+        addSpares(emptied);
         frontOffset_ = 0;
     }
 }
@@ -112,7 +160,7 @@ MessageFields MessageBatch::Reader::next() {
     offset_ += header.packedSize();
     ++read_;
     answeredReports_ = header.answeredReports;
-    return unpack(bytes);
+    return unpack(bytes, header);
 }
 
 } // namespace Log

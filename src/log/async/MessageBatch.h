@@ -9,20 +9,23 @@
 namespace ZAV {
 namespace Log {
 
-/// Messages in their order, packed one behind another into large blocks. It has no lock. An empty batch takes
-/// no memory, and two batches change places without any.
+/// Memory for packed messages.
+struct MessageBlock {
+    std::unique_ptr<char[]> bytes;
+    std::size_t capacity;
+    std::size_t used;
+};
+using MessageBlocks = std::list<MessageBlock>;
+
+/// Messages in their order, packed one behind another into large blocks. It has no lock.
 ///
 /// A queue of pointers to messages would have one thread allocate what another one frees: the two wait for
 /// each other in the allocator, and a backlog that grows by many small pieces costs a call of the system for
 /// every few messages.
+///
+/// The first touch of new memory costs as much as packing the messages into it. So a batch keeps a few spare
+/// blocks: those that it used before, and those that another thread touched in advance.
 class MessageBatch {
-    struct Block {
-        std::unique_ptr<char[]> bytes;
-        std::size_t capacity;
-        std::size_t used;
-    };
-    using Blocks = std::list<Block>;
-
 public:
     /// Gives the messages of a batch, oldest first. The batch must not change meanwhile.
     class Reader {
@@ -42,13 +45,14 @@ public:
     private:
         const MessageBatch& batch_;
         std::size_t read_ = 0;
-        Blocks::const_iterator block_;
+        MessageBlocks::const_iterator block_;
         std::size_t offset_;
         int answeredReports_ = 0;
     };
 
     std::size_t size() const { return size_; }
 
+    /// \param message its texts are copied, but for the logger's name, which must stay where it is
     /// \param answeredReports how many reports of failures the message stands at the end of
     /// \throw std::bad_alloc if there is no room for it; the batch is then as it was
     void append(const MessageFields& message, int answeredReports = 0);
@@ -59,14 +63,34 @@ public:
     /// Takes the oldest message out; there must be one.
     void removeFront() noexcept;
 
+    /// Exchanges the messages. The spare blocks stay where they are.
     void swap(MessageBatch& other) noexcept;
 
-private:
-    void addBlock(std::size_t neededBytes);
+    // Spare blocks
 
-    Blocks blocks_;
+    /// \return true if a spare block should be added
+    bool wantsSpare() const { return spares_.size() < MOST_SPARES; }
+
+    /// \return a block whose memory was touched
+    /// \throw std::bad_alloc
+    static MessageBlocks makeSpare();
+
+    /// Takes blocks over, as far as spare ones are of use; the others are left.
+    void addSpares(MessageBlocks& blocks) noexcept;
+
+    /// Takes the memory of all messages out, and the messages with it.
+    MessageBlocks takeBlocks() noexcept;
+
+private:
+    static constexpr std::size_t MOST_SPARES = 4;
+
+    void addBlock(std::size_t neededBytes);
+    void addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept;
+
+    MessageBlocks blocks_;
     std::size_t frontOffset_ = 0; ///< of the oldest message in the first block
     std::size_t size_ = 0;
+    MessageBlocks spares_; ///< all of the usual size
 };
 
 } // namespace Log

@@ -3,6 +3,8 @@
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
 
+#include <new>
+
 namespace ZAV {
 namespace Log {
 
@@ -16,7 +18,7 @@ void MessageQueue::configure(const Util::Properties& properties) {
     const Time before = settings_.waitingPeriod;
     settings_.read(properties);
     if (waitsWithoutLimit || settings_.waitingPeriod < before || isAwaited_) {
-        queueMonitor_.notify(); // out of a wait that the new settings would not make, or not for as long
+        wakeConsumer(); // out of a wait that the new settings would not make, or not for as long
     }
 }
 
@@ -27,9 +29,10 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
     }
     messageQueue_.append(message, threadRecord().answeredReports);
     numbers_.addQueued();
+    askForMemory();
     const std::uint64_t size = messageQueue_.size();
     if (wakesConsumer(size)) {
-        queueMonitor_.notify();
+        wakeConsumer();
     }
     if (closed_ || (size >= settings_.maxQueueSize && !mayExceedLimit(mayWait))) {
         discardOldest();
@@ -100,8 +103,14 @@ bool MessageQueue::flush(Time timeout) {
 void MessageQueue::callConsumer() {
     if (!isAwaited_) {
         isAwaited_ = true;
-        queueMonitor_.notify();
+        wakeConsumer();
     }
+}
+
+/// It has no effect on a consumer that is not waiting.
+void MessageQueue::wakeConsumer() {
+    isWoken_ = true;
+    queueMonitor_.notify();
 }
 
 /// \return whether that message and all before it were delivered or discarded
@@ -136,13 +145,14 @@ void MessageQueue::wait(const std::atomic<bool>& stopped) {
         return;
     }
     consumer_ = TAKES_MESSAGES;
-    if (isAwaited_) {
-        return;
-    }
-    if (!deliversPromptly()) {
-        queueMonitor_.timedWait(settings_.waitingPeriod);
-    } else if (messageQueue_.size() == 0) {
-        queueMonitor_.wait();
+    isWoken_ = isAwaited_ || (deliversPromptly() && messageQueue_.size() > 0);
+    const Deadline deadline(settings_.waitingPeriod);
+    while (!isWoken_ && !deadline.isOver()) {
+        if (wantsMemory_) {
+            addMemory();
+        } else {
+            deadline.wait(queueMonitor_);
+        }
     }
 }
 
@@ -164,7 +174,8 @@ MessageBatch MessageQueue::takeAll() {
     return batch;
 }
 
-void MessageQueue::endDelivery(const MessageBatch& batch, bool isDelivered) noexcept {
+void MessageQueue::endDelivery(MessageBatch& batch, bool isDelivered) noexcept {
+    MessageBlocks unused; // freed after the monitor is released
     const QueueMonitorLock lock(queueMonitor_);
     if (firstTaken_ == 0) {
         return; // nothing was taken, or the thread has forked: the messages are the parent's
@@ -175,6 +186,8 @@ void MessageQueue::endDelivery(const MessageBatch& batch, bool isDelivered) noex
         numbers_.addDiscarded(batch.size());
     }
     firstTaken_ = 0;
+    unused = batch.takeBlocks();
+    messageQueue_.addSpares(unused);
     if (consumer_ == TAKES_MESSAGES && threadRecord().putOffMessages > 0) {
         consumer_ = IS_AWAY;
     }
@@ -187,7 +200,7 @@ void MessageQueue::stop(std::atomic<bool>& stopped) {
     if (consumer_ != NO_CONSUMER) {
         consumer_ = ENDS;
     }
-    queueMonitor_.notify();
+    wakeConsumer();
 }
 
 MessageBatch MessageQueue::close() {
@@ -201,6 +214,46 @@ int MessageQueue::priority() {
     return settings_.priority;
 }
 
+// Memory
+
+/// Has the consumer make some more while it waits for messages or between two of them.
+void MessageQueue::askForMemory() {
+    if (messageQueue_.wantsSpare() && !wantsMemory_.load(std::memory_order_relaxed)) {
+        wantsMemory_.store(true, std::memory_order_relaxed);
+        queueMonitor_.notify();
+    }
+}
+
+void MessageQueue::keepMemoryReady() noexcept {
+    if (wantsMemory_.load(std::memory_order_relaxed)) {
+        const QueueMonitorLock lock(queueMonitor_);
+        addMemory();
+    }
+}
+
+/// Releases the monitor while the memory is made. If there is none, the next logging call that needs some
+/// asks again.
+void MessageQueue::addMemory() noexcept {
+    wantsMemory_.store(false, std::memory_order_relaxed);
+    while (messageQueue_.wantsSpare()) {
+        queueMonitor_.unlock();
+        MessageBlocks spare = makeSpare();
+        queueMonitor_.lock();
+        if (spare.empty()) {
+            return;
+        }
+        messageQueue_.addSpares(spare);
+    }
+}
+
+MessageBlocks MessageQueue::makeSpare() noexcept {
+    try {
+        return MessageBatch::makeSpare();
+    } catch (const std::bad_alloc&) {
+        return MessageBlocks();
+    }
+}
+
 // In a forked child
 
 void MessageQueue::renewInChild() {
@@ -210,6 +263,7 @@ void MessageQueue::renewInChild() {
     firstTaken_ = 0;
     consumer_ = NO_CONSUMER;
     isAwaited_ = false;
+    isWoken_ = false;
     queueMonitor_.renewInChild();
 }
 

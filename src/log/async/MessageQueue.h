@@ -44,7 +44,7 @@ public:
     void consumerEnds() noexcept;
 
     /// Waits for the waiting period, or until the queue is half full, or until somebody waits for the
-    /// messages.
+    /// messages. Meanwhile it has memory ready for them.
     /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
     void wait(const std::atomic<bool>& stopped);
 
@@ -59,7 +59,12 @@ public:
     /// logging call waits for room until the next `wait`: the thread may need the lock that such a call
     /// holds.
     /// \param isDelivered false if there was no appender to give it to
-    void endDelivery(const MessageBatch& batch, bool isDelivered) noexcept;
+    /// \param batch is emptied: its memory serves the next messages
+    void endDelivery(MessageBatch& batch, bool isDelivered) noexcept;
+
+    /// Has some memory ready for the next messages, so that the logging calls need not make it. Costs a
+    /// comparison if there is enough.
+    void keepMemoryReady() noexcept;
 
     /// Sets a consumer's flag and wakes it.
     void stop(std::atomic<bool>& stopped);
@@ -93,6 +98,10 @@ private:
     bool isDone(std::uint64_t number) const ZAV_LOG_REQUIRES(queueMonitor_);
     std::uint64_t numberOfFront() const ZAV_LOG_REQUIRES(queueMonitor_);
     MessageBatch takeAll() ZAV_LOG_REQUIRES(queueMonitor_);
+    void wakeConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
+    void askForMemory() ZAV_LOG_REQUIRES(queueMonitor_);
+    void addMemory() noexcept ZAV_LOG_REQUIRES(queueMonitor_);
+    static MessageBlocks makeSpare() noexcept;
 
     QueueMonitor queueMonitor_;
     MessageBatch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
@@ -102,7 +111,9 @@ private:
     std::uint64_t firstTaken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0;
     Consumer consumer_ ZAV_LOG_GUARDED_BY(queueMonitor_) = NO_CONSUMER;
     bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
+    bool isWoken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;   ///< the consumer is to end its wait
     bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
+    std::atomic<bool> wantsMemory_{true}; ///< changed under the monitor, read without it
 };
 
 } // namespace Log

@@ -2,6 +2,7 @@
 
 #include "log/LogMessage.h"
 
+#include <string>
 #include <string_view>
 
 namespace ZAV {
@@ -19,7 +20,13 @@ struct MessageFields {
         : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
                         message.getLine(), message.getFile(), message.getType()) {}
 
-    std::string_view loggerName;
+    /// \throw std::bad_alloc
+    LogMessage makeMessage() const {
+        return LogMessage(std::string(loggerName), time, level, std::string(text), line, std::string(file),
+                          type);
+    }
+
+    std::string_view loggerName; ///< for the queue, that of the logger itself, which is never destroyed
     Util::TimeUtils::Time time;
     Level::LogLevel level;
     std::string_view text;

@@ -3,7 +3,6 @@
 #include "platform/ThreadSlot.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 
 namespace ZAV {
@@ -14,11 +13,6 @@ namespace {
 /// Characters of a text that a thread keeps room for.
 constexpr std::size_t LONGEST_KEPT_TEXT = 4096;
 
-LogMessage makeMessage(const MessageFields& fields) {
-    return LogMessage(std::string(fields.loggerName), fields.time, fields.level, std::string(fields.text),
-                      fields.line, std::string(fields.file), fields.type);
-}
-
 void dropUnusualMemory(std::string& text) {
     if (text.capacity() > LONGEST_KEPT_TEXT) {
         std::string().swap(text);
@@ -27,12 +21,13 @@ void dropUnusualMemory(std::string& text) {
 
 } // namespace
 
-/// The message of a thread.
+/// A message, and whose it is.
 struct ReusedMessage::Kept {
-    explicit Kept(const MessageFields& fields) : message(makeMessage(fields)) {}
+    explicit Kept(const MessageFields& fields) : message(fields.makeMessage()) {}
 
     LogMessage message;
-    bool isTaken = false;
+    bool isThreads = false; ///< kept until its thread ends
+    bool isTaken = true;
 
     /// Never destroyed, since threads may still log while the process ends.
     static Platform::ThreadSlot& slot() {
@@ -42,42 +37,44 @@ struct ReusedMessage::Kept {
     }
 };
 
-ReusedMessage::ReusedMessage(const MessageFields& fields) {
-    kept_ = static_cast<Kept*>(Kept::slot().get());
+const LogMessage& ReusedMessage::get() {
     if (kept_ == nullptr) {
-        keepOne(fields);
-    } else if (kept_->isTaken) {
-        kept_ = nullptr;
-    } else {
-        fill(kept_->message, fields);
+        take();
     }
-    if (kept_ == nullptr) {
-        message_ = &ownMessage_.emplace(makeMessage(fields));
+    return kept_->message;
+}
+
+void ReusedMessage::take() {
+    auto* const threads = static_cast<Kept*>(Kept::slot().get());
+    if (threads != nullptr && !threads->isTaken) {
+        fill(threads->message, fields_);
+        threads->isTaken = true;
+        kept_ = threads;
         return;
     }
-    kept_->isTaken = true;
-    message_ = &kept_->message;
+    kept_ = new Kept(fields_);
+    kept_->isThreads = threads == nullptr && Kept::slot().set(kept_);
 }
 
-void ReusedMessage::keepOne(const MessageFields& fields) {
-    std::unique_ptr<Kept> kept = std::make_unique<Kept>(fields);
-    if (Kept::slot().set(kept.get())) {
-        kept_ = kept.release();
+void ReusedMessage::giveBack() noexcept {
+    if (!kept_->isThreads) {
+        delete kept_;
+        return;
     }
+    dropUnusualMemory(kept_->message.text_);
+    dropUnusualMemory(kept_->message.file_);
+    kept_->isTaken = false;
 }
 
-ReusedMessage::~ReusedMessage() {
-    if (kept_ != nullptr) {
-        dropUnusualMemory(kept_->message.text_);
-        dropUnusualMemory(kept_->message.file_);
-        kept_->isTaken = false;
-    }
-}
-
+/// One call in a row often has the logger and the file of the one before.
 void ReusedMessage::fill(LogMessage& message, const MessageFields& fields) {
-    message.loggerName_.assign(fields.loggerName);
+    if (message.loggerName_ != fields.loggerName) {
+        message.loggerName_.assign(fields.loggerName);
+    }
+    if (message.file_ != fields.file) {
+        message.file_.assign(fields.file);
+    }
     message.text_.assign(fields.text);
-    message.file_.assign(fields.file);
     message.time_ = fields.time;
     message.level_ = fields.level;
     message.line_ = fields.line;

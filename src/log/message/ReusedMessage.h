@@ -2,35 +2,40 @@
 
 #include "log/message/MessageFields.h"
 
-#include <optional>
-
 namespace ZAV {
 namespace Log {
 
-/// A message object for one call. It is the thread's own one, filled again, so that its texts need no new
-/// memory; while that is in use, as when an appender logs, it is made anew.
+/// The message object of one call, which is filled when somebody needs it. It is the thread's own one, filled
+/// again, so that its texts need no new memory; while that is in use, as when an appender logs, another one
+/// is made.
 class ReusedMessage {
 public:
-    /// \throw std::bad_alloc
-    explicit ReusedMessage(const MessageFields& fields);
+    /// \param fields live as long as this object
+    explicit ReusedMessage(const MessageFields& fields) noexcept : fields_(fields) {}
 
     /// Gives the thread's own message back, without the memory of unusually long texts.
-    ~ReusedMessage();
+    ~ReusedMessage() {
+        if (kept_ != nullptr) {
+            giveBack();
+        }
+    }
 
     ReusedMessage(const ReusedMessage&) = delete;
     ReusedMessage& operator=(const ReusedMessage&) = delete;
 
-    const LogMessage& get() const { return *message_; }
+    /// \return always the same object
+    /// \throw std::bad_alloc
+    const LogMessage& get();
 
 private:
     struct Kept;
 
-    void keepOne(const MessageFields& fields);
+    void take();
+    void giveBack() noexcept;
     static void fill(LogMessage& message, const MessageFields& fields);
 
-    const LogMessage* message_;
-    Kept* kept_;                           ///< null if the message is not the thread's
-    std::optional<LogMessage> ownMessage_; ///< if it is not the thread's
+    const MessageFields& fields_;
+    Kept* kept_ = nullptr;
 };
 
 } // namespace Log

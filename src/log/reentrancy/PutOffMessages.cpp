@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <new>
-#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -26,10 +25,10 @@ const PutOffMessages& madeAtLoad = PutOffMessages::instance();
 
 } // namespace
 
-void PutOffMessages::keep(Logger& logger, LogMessage message, Write write) {
+void PutOffMessages::keep(Logger& logger, const MessageFields& message, Write write) {
     ThreadRecord& thread = threadRecord();
     Messages one;
-    one.push_back({&thread, thread.answeredReports, &logger, std::move(message), write});
+    one.push_back({&thread, thread.answeredReports, &logger, message.makeMessage(), write});
     const ScopedLock lock(messagesLock_);
     if (closed_) {
         showOnStandardError(SHOWN_AT_PROCESS_END, one.front().message);

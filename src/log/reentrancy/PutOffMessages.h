@@ -10,6 +10,7 @@ namespace ZAV {
 namespace Log {
 
 class Logger;
+struct MessageFields;
 
 /// The messages that appenders and listeners logged while another thread held the logger. Each is complete,
 /// and its thread writes it as soon as it has left the library; it is kept here, and not with the thread, so
@@ -36,7 +37,7 @@ public:
     /// Keeps a message of the calling thread, behind the earlier ones. Once the messages have been shown, it
     /// is shown at once.
     /// \throw std::bad_alloc if there is no room; the message is then not kept
-    void keep(Logger& logger, LogMessage message, Write write);
+    void keep(Logger& logger, const MessageFields& message, Write write);
 
     /// Writes the messages of the calling thread in their order, also those that are put off meanwhile. The
     /// thread must hold no lock of the library. What is thrown at a message is dropped: nobody is left who

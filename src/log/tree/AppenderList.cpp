@@ -5,7 +5,6 @@
 #include "log/message/ReusedMessage.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace ZAV {
 namespace Log {
@@ -55,7 +54,7 @@ AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
 AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t version,
                                              const MessageFields& fields) const {
     Outcome outcome;
-    std::optional<ReusedMessage> message;
+    ReusedMessage message(fields);
     for (Appender* const appender : copy) {
         if (!stands(appender, version)) {
             continue;
@@ -64,11 +63,9 @@ AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t ver
             outcome.hasAsynchronous = true;
             continue;
         }
-        if (!message) {
-            message.emplace(fields);
-        }
+        const LogMessage& made = message.get();
         try {
-            appender->output(message->get());
+            appender->output(made);
         } catch (const Platform::ForcedUnwind&) {
             throw; // the thread is being cancelled
         } catch (...) {

@@ -26,19 +26,17 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
                          MessageType type) {
     Platform::actOnCancellation();
     const LibraryCall call;
-    if (lockFor(call)) {
-        const ScopedLock lock(criticalSection_, ADOPT_LOCK);
+    if (!lockFor(call)) {
         const Time now = Time::now();
         if (type == CFG || passesExpiration(level, now)) {
-            dispatchMessage({logger_.name_, now, level, text, line, file, type}, !call.isNested());
+            putOff({logger_.name_, now, level, text, line, file, type});
         }
         return;
     }
+    const ScopedLock lock(criticalSection_, ADOPT_LOCK);
     const Time now = Time::now();
     if (type == CFG || passesExpiration(level, now)) {
-        PutOffMessages::instance().keep(
-            logger_, LogMessage(logger_.name_, now, level, std::string(text), line, std::string(file), type),
-            dispatchPutOff);
+        dispatchMessage({logger_.name_, now, level, text, line, file, type}, !call.isNested());
     }
 }
 
@@ -84,12 +82,18 @@ void Logger::Inside::dispatchMessage(const MessageFields& message, bool mayWait)
     }
 }
 
+void Logger::Inside::putOff(const MessageFields& message) {
+    PutOffMessages::instance().keep(logger_, message, dispatchPutOff);
+}
+
 void Logger::Inside::dispatchPutOff(Logger& logger) {
     Inside& inside = *logger.inside_;
     const ScopedLock lock(inside.criticalSection_);
     for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
         const ReportAnswer answer(putOff.answeredReports);
-        inside.dispatchMessage(putOff.message, false);
+        MessageFields message(putOff.message);
+        message.loggerName = logger.name_; // which stays where it is
+        inside.dispatchMessage(message, false);
     }
 }
 

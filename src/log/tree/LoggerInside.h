@@ -76,6 +76,7 @@ private:
     bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
     void dispatchMessage(const MessageFields& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    void putOff(const MessageFields& message);
     static void dispatchPutOff(Logger& logger);
 
     bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());

@@ -56,7 +56,7 @@ private:
     /// release it.
     static void makeRestFree() {
         for (NativeLock* lock = instance().first_; lock != nullptr; lock = lock->next_) {
-            if (!lock->isHeldByCaller()) {
+            if (!lock->isHeldBy(pthread_self())) {
                 lock->makeFree();
             }
         }

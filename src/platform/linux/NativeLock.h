@@ -20,19 +20,21 @@ public:
     NativeLock& operator=(const NativeLock&) = delete;
 
     void lock() {
-        if (!isHeldByCaller()) {
+        const pthread_t self = pthread_self();
+        if (!isHeldBy(self)) {
             pthread_mutex_lock(&mutex_);
-            holder_.store(pthread_self(), std::memory_order_relaxed);
+            holder_.store(self, std::memory_order_relaxed);
         }
         ++count_;
     }
 
     bool tryLock() {
-        if (!isHeldByCaller()) {
+        const pthread_t self = pthread_self();
+        if (!isHeldBy(self)) {
             if (pthread_mutex_trylock(&mutex_) != 0) {
                 return false;
             }
-            holder_.store(pthread_self(), std::memory_order_relaxed);
+            holder_.store(self, std::memory_order_relaxed);
         }
         ++count_;
         return true;
@@ -51,7 +53,7 @@ private:
     friend class AllLocks;
     static constexpr pthread_t NOBODY = 0;
 
-    bool isHeldByCaller() const { return holder_.load(std::memory_order_relaxed) == pthread_self(); }
+    bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
     void makeFree();
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;

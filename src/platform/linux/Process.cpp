@@ -1,9 +1,11 @@
 #include "platform/Process.h"
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +22,20 @@ bool isPathOfExecutable(const std::string& path) {
     return stat(path.c_str(), &named) == 0 && stat(EXECUTABLE_LINK, &running) == 0 &&
            named.st_dev == running.st_dev && named.st_ino == running.st_ino;
 }
+
+/// Asking the system costs more than rendering a whole line. 0 before the library is loaded.
+std::atomic<int> knownProcessId{0};
+
+void readProcessId() {
+    knownProcessId.store(getpid(), std::memory_order_relaxed);
+}
+
+const struct ReadAtLoad {
+    ReadAtLoad() {
+        readProcessId();
+        pthread_atfork(nullptr, nullptr, readProcessId);
+    }
+} readAtLoad;
 
 /// The system adds this to the path once the executable was replaced or deleted, as an update in place does.
 /// A program may also be called so.
@@ -45,7 +61,8 @@ std::string executablePath() {
 }
 
 int processId() {
-    return getpid();
+    const int known = knownProcessId.load(std::memory_order_relaxed);
+    return known != 0 ? known : getpid();
 }
 
 bool isProcessAlive(int id) {
