@@ -70,6 +70,12 @@ void swap(Queue& a, Queue& b) {
     a.model.swap(b.model);
 }
 
+void recycle(Queue& queue, MessageBatch& other) {
+    MessageBlocks blocks = queue.batch.takeBlocks();
+    other.addSpares(blocks);
+    queue.model.clear();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -77,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Queue queue;
     Queue other;
     while (input.remaining_bytes() > 0) {
-        switch (input.ConsumeIntegralInRange(0, 4)) {
+        switch (input.ConsumeIntegralInRange(0, 5)) {
         case 0:
         case 1:
             append(queue, input);
@@ -87,6 +93,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         case 3:
             compare(queue);
+            break;
+        case 4:
+            recycle(queue, other.batch);
             break;
         default:
             swap(queue, other);

@@ -26,6 +26,10 @@ Properties tuning(const std::string& maxQueueSize, const std::string& waitingPer
     return properties;
 }
 
+MessageFields fields(std::string_view text) {
+    return {"net.tcp", Time::now(), Level::INFO, text, 0, "", LOG};
+}
+
 std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
     for (MessageBatch::Reader messages(batch); messages.hasNext();) {
@@ -66,14 +70,14 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     queue.configure(tuning("4", "3600"));
     const TestSupport::StreamCapture errors(std::cerr);
     for (const char* text : {"1", "2", "3"}) {
-        queue.append(makeMessage(text));
+        queue.append(fields(text));
     }
     EXPECT_EQ(errors.text(), "");
-    queue.append(makeMessage("4"));
+    queue.append(fields("4"));
     EXPECT_THAT(errors.text(), StartsWith("Message queue size reached. Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), EndsWith(" net.tcp INFO 1\n"));
     EXPECT_THAT(textsOf(queue.close()), ElementsAre("2", "3", "4"));
-    queue.append(makeMessage("too late"));
+    queue.append(fields("too late"));
     EXPECT_THAT(errors.text(), HasSubstr("Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), HasSubstr(" too late\n"));
 }
@@ -82,13 +86,13 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     const TestSupport::StreamCapture errors(std::cerr);
     MessageQueue none;
     none.configure(tuning("1", "3600"));
-    none.append(makeMessage("a"));
+    none.append(fields("a"));
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
     EXPECT_EQ(none.close().size(), 0U);
     MessageQueue all;
     all.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
-        all.append(makeMessage("b"));
+        all.append(fields("b"));
     }
     EXPECT_EQ(all.close().size(), 3000U);
 }
@@ -105,10 +109,45 @@ TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     // not; if none ever wakes it, the test hangs.
     do {
         queue.takeBatch();
-        queue.append(makeMessage("a"));
-        queue.append(makeMessage("b"));
+        queue.append(fields("a"));
+        queue.append(fields("b"));
     } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
     EXPECT_THAT(textsOf(batch.get()), ElementsAre("a", "b"));
+}
+
+TEST(MessageQueue, DoesNotEndAWaitToMakeMemory) {
+    constexpr std::size_t MESSAGES = 1000;
+    MessageQueue queue;
+    queue.configure(tuning("-1", "3600"));
+    std::atomic<bool> stopped{false};
+    auto taken = std::async(std::launch::async, [&] {
+        queue.wait(stopped);
+        return queue.takeBatch().size();
+    });
+    for (std::size_t i = 0; i < MESSAGES; ++i) {
+        queue.append(fields(std::string(1000, 'a')));
+    }
+    queue.stop(stopped);
+    EXPECT_EQ(taken.get(), MESSAGES);
+}
+
+TEST(MessageBatch, UsesTheMemoryOfDeliveredMessagesAgain) {
+    MessageBatch delivered;
+    delivered.append(fields("a"));
+    MessageBlocks blocks = delivered.takeBlocks();
+    const char* const memory = blocks.front().bytes.get();
+    MessageBatch batch;
+    batch.addSpares(blocks);
+    batch.append(fields("b"));
+    EXPECT_EQ(batch.takeBlocks().front().bytes.get(), memory);
+    for (bool isWanted = true; isWanted; isWanted = batch.wantsSpare()) {
+        MessageBlocks spare = MessageBatch::makeSpare();
+        batch.addSpares(spare);
+        EXPECT_TRUE(spare.empty());
+    }
+    MessageBlocks tooMany = MessageBatch::makeSpare();
+    batch.addSpares(tooMany);
+    EXPECT_EQ(tooMany.size(), 1U);
 }
 
 TEST(MessageQueue, LeavesAWaitThatIsLongerThanThoseToCome) {
@@ -170,7 +209,7 @@ TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     std::vector<std::string> expected;
     for (std::size_t i = 0; i < 300; ++i) {
         expected.push_back(std::string(i % 50 == 49 ? 100'000 : i * 3, static_cast<char>('a' + i % 26)));
-        batch.append(makeMessage(expected.back()));
+        batch.append(fields(expected.back()));
     }
     EXPECT_EQ(textsOf(batch), expected);
     for (std::size_t i = 0; i < 200; ++i) {
@@ -180,12 +219,12 @@ TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     expected.erase(expected.begin(), expected.begin() + 200);
     EXPECT_EQ(textsOf(batch), expected);
     MessageBatch other;
-    other.append(makeMessage("other"));
+    other.append(fields("other"));
     other.swap(batch);
     EXPECT_EQ(textsOf(other), expected);
     EXPECT_THAT(textsOf(batch), ElementsAre("other"));
     batch.removeFront();
     EXPECT_EQ(batch.size(), 0U);
-    batch.append(makeMessage("again"));
+    batch.append(fields("again"));
     EXPECT_THAT(textsOf(batch), ElementsAre("again"));
 }

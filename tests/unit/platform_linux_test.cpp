@@ -161,11 +161,12 @@ TEST(AsynchronousDispatcher, GivesItsThreadTheConfiguredPriorityAsFarAsItMay) {
     std::vector<int> nices;
     CallingAppender appender([&](const LogMessage&) { nices.push_back(threadNice()); }, false);
     AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
+    const LogMessage message = makeMessage("a");
     for (const char* priority : {"25", "0", "26"}) {
         Util::Properties properties;
         properties["zav.log.AsynchronousDispatcher.priority"] = priority;
         dispatcher.configure(properties);
-        dispatcher.enqueue(makeMessage("a"), true);
+        dispatcher.enqueue(message, true);
         dispatcher.registerAsynchronousAppender(&appender);
         dispatcher.stop();
         dispatcher.unregisterAsynchronousAppender(&appender);

@@ -101,11 +101,12 @@ TEST(WindowsDispatcher, GivesItsThreadTheConfiguredPriority) {
     std::vector<int> priorities;
     TestSupport::CallingAppender appender(
         [&](const LogMessage&) { priorities.push_back(GetThreadPriority(GetCurrentThread())); }, false);
+    const LogMessage message = makeMessage("a");
     for (const char* priority : {"25", "0", "26"}) {
         Util::Properties properties;
         properties["zav.log.AsynchronousDispatcher.priority"] = priority;
         dispatcher.configure(properties);
-        dispatcher.enqueue(makeMessage("a"), true);
+        dispatcher.enqueue(message, true);
         dispatcher.registerAsynchronousAppender(&appender);
         dispatcher.stop();
         dispatcher.unregisterAsynchronousAppender(&appender);
