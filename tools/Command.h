@@ -3,6 +3,8 @@
 #include "ExitCode.h"
 #include "Output.h"
 
+#include <CLI/CLI.hpp>
+
 namespace ZAV {
 namespace Tools {
 
@@ -10,18 +12,22 @@ namespace Tools {
 /// subcommand with the command's options to it.
 class Command {
 public:
-    Command() = default;
+    /// \param command the subcommand, which lives as long as the program's `CLI::App`
+    explicit Command(CLI::App& command) : command_(command) {}
     virtual ~Command() = default;
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
     /// \return true if the parsed command line names this command
-    virtual bool isChosen() const = 0;
+    bool isChosen() const { return command_.parsed(); }
 
     /// Does what the command line says; called after it was parsed.
     /// \param output standard output, which the caller flushes
     /// \throw UsageError, Failure, OutputClosed
     virtual ExitCode run(Output& output) = 0;
+
+protected:
+    CLI::App& command_;
 };
 
 } // namespace Tools

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Complaint.h"
 #include "Failure.h"
 #include "OutputClosed.h"
 #include "UsageError.h"
@@ -10,20 +11,18 @@
 #include "commands/FollowCommand.h"
 #include "help/HelpFormatter.h"
 
-#include <iostream>
-
 namespace ZAV {
 namespace Tools {
 
 namespace {
 
 const char* const EXIT_STATUS = "exit status:\n"
-                                "  0  as wished\n"
+                                "  0  success\n"
                                 "  1  something was found, is missing or was refused\n"
                                 "  2  wrong usage";
 
-ExitCode complain(const std::string& text, ExitCode code) {
-    std::cerr << "zav-log: " << text << '\n';
+ExitCode endWith(ExitCode code, const std::string& text) {
+    complain(text);
     return code;
 }
 
@@ -51,9 +50,9 @@ ExitCode CommandLine::run(int argc, const char* const* argv) {
     } catch (const OutputClosed&) {
         return EXIT_AS_WISHED;
     } catch (const UsageError& error) {
-        return complain(error.what(), EXIT_USAGE);
+        return endWith(EXIT_USAGE, error.what());
     } catch (const std::exception& error) {
-        return complain(error.what(), EXIT_COMPLAINT);
+        return endWith(EXIT_COMPLAINT, error.what());
     }
 }
 
@@ -67,7 +66,7 @@ ExitCode CommandLine::parseAndRun(int argc, const char* const* argv) {
         output_.write(std::string(version.what()) + '\n');
         return EXIT_AS_WISHED;
     } catch (const CLI::ParseError& error) {
-        return complain(std::string(error.what()) + "\nRun with --help for more information.", EXIT_USAGE);
+        return endWith(EXIT_USAGE, std::string(error.what()) + "\nRun with --help for more information.");
     }
     return runChosen();
 }

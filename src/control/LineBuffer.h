@@ -16,7 +16,7 @@ public:
 
     struct Line {
         std::string text; ///< without the LF or CR LF
-        bool isTooLong;   ///< the text is lost then; it is told as soon as it is known
+        bool isTooLong;   ///< the text is dropped then; told as soon as the limit is passed
     };
 
     void append(const std::string& bytes);

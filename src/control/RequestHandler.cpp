@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstdint>
 #include <exception>
+#include <stdexcept>
 
 namespace ZAV {
 namespace Log {
@@ -107,7 +108,7 @@ std::string carryOut(const ControlRequest& request) {
     case ControlRequest::STATISTICS:
         return describeStatistics();
     case ControlRequest::FLUSH:
-        break;
+        throw std::logic_error("A flush is served by the loop.");
     }
     return std::string();
 }

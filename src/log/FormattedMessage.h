@@ -32,6 +32,8 @@ namespace Log {
 
 class Logger;
 
+/// Used by the macros of `log/LogFormat.h`, not directly.
+///
 /// A message that the macros of `log/LogFormat.h` put together from a format and values.
 class FormattedMessage {
 public:

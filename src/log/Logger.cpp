@@ -3,6 +3,7 @@
 #include "log/ConfigurationMessage.h"
 #include "log/MessageType.h"
 #include "log/commands/CommandBus.h"
+#include "log/commands/CommandNames.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/tree/LoggerInside.h"
 
@@ -25,7 +26,7 @@ void Logger::config(const ConfigurationMessage& configuration) {
 
 void Logger::setLevel(Level::LogLevel level, bool notify) {
     if (notify) {
-        CommandBus::instance().deliver("DynamicLogLevelFilterSoft", Level::toString(level));
+        CommandBus::instance().deliver(CommandName::LOWER_DYNAMIC_LEVELS, Level::toString(level));
     }
     const ScopedLock lock(treeLock());
     const std::uint64_t now = Time::now().microseconds();

@@ -12,14 +12,15 @@
 namespace ZAV {
 namespace Log {
 
+/// Used by the macros of `log/LogMacros.h`, not directly.
+///
 /// What "<<" of a logging macro is applied to, in the place of a `std::ostream`: whatever such a stream takes
 /// it takes as well, with the same text.
 ///
 /// - Built-in types and strings go straight into the message.
 /// - A type that brings its "<<" with it, and a manipulator, get the message's stream.
-/// - If the caller's code sees another "<<" for a `std::ostream`, as one for the standard library's
-/// containers,
-///   the conversion leads to it; what follows then goes through the stream.
+/// - If the caller's code sees another "<<" for a `std::ostream`, such as one for containers, the conversion
+///   leads to it; what follows then goes through the stream.
 /// - What is left, such as enumerations and what converts to a number, takes the last operator.
 ///
 /// It is a temporary, to which a "<<" for any kind of stream does not bind: such an operator as well gets the

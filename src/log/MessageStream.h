@@ -12,6 +12,8 @@ namespace Log {
 class Logger;
 class MessageText;
 
+/// Used by the logging macros, not directly.
+///
 /// The text of one message, as a logging macro puts it together: character for character what a stream that
 /// was just made would have written. Texts, characters and numbers get by without one; it comes in when
 /// something else is streamed, and stays as long as its format is not that of a new one.

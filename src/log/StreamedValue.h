@@ -12,6 +12,8 @@
 namespace ZAV {
 namespace Log {
 
+/// Used by the macros of `log/LogMacros.h`, not directly.
+///
 /// What a value's type says about how it is streamed. "<<" alone cannot tell who wrote the operator.
 namespace Streaming {
 

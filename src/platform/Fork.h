@@ -11,9 +11,9 @@ enum ForkRule {
     FREED_IN_CHILD,
 
     /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
-    /// that is held for short steps only, during which no lock is made or destroyed, and none is waited for
-    /// but
-    /// an older one of this kind: the fork takes the youngest first.
+    /// that is held for short steps only, in which no lock is made or destroyed, and only an older one of
+    /// this
+    /// kind is waited for: the fork takes the youngest first.
     AWAITED_BY_FORK
 };
 

@@ -1,11 +1,12 @@
 #include "commands/CatCommand.h"
 
+#include "Complaint.h"
 #include "inputs/LogFiles.h"
+#include "printers/RecordShower.h"
 #include "records/Merger.h"
 
 #include <cstddef>
 #include <deque>
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,10 +15,6 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
-
-void report(const std::string& problem) {
-    std::cerr << "zav-log: " << problem << '\n';
-}
 
 /// \return false, after a word on standard error for each, if some inputs cannot be read
 bool openStreams(const std::vector<InputSpec>& inputs, std::deque<RecordStream>& streams) {
@@ -29,7 +26,7 @@ bool openStreams(const std::vector<InputSpec>& inputs, std::deque<RecordStream>&
         }
     }
     for (const std::string& problem : problems) {
-        report(problem);
+        complain(problem);
     }
     return problems.empty();
 }
@@ -44,39 +41,23 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
 
 void showAll(std::deque<RecordStream>& streams, const RecordFilter& filter, Printer& printer,
              Output& output) {
-    std::vector<char> wanted(streams.size(), 0);
-    std::string text;
+    RecordShower shower(filter, printer, streams.size());
     Merger merger = mergerOf(streams);
     for (int next = merger.next(); next >= 0; next = merger.next()) {
         const auto input = static_cast<std::size_t>(next);
-        RecordStream& stream = streams[input];
-        printer.observe(input, stream);
-        if (!stream.record().isContinuation) {
-            wanted[input] = filter.accepts(stream);
-        }
-        if (wanted[input]) {
-            text.clear();
-            printer.print(input, stream, text);
-            output.write(text);
-        }
+        output.write(shower.show(input, streams[input]));
     }
-    text.clear();
-    printer.printEnd(text);
-    output.write(text);
+    output.write(shower.end());
 }
 
 } // namespace
 
 CatCommand::CatCommand(CLI::App& program)
-    : command_(*program.add_subcommand("cat", "Show what log files hold as one log, in the order of time")) {
+    : Command(*program.add_subcommand("cat", "Merge log files into one log, in the order of time")) {
     inputs_.addTo(command_);
     filters_.addTo(command_);
     printing_.addTo(command_);
     printing_.addCountTo(command_);
-}
-
-bool CatCommand::isChosen() const {
-    return command_.parsed();
 }
 
 ExitCode CatCommand::run(Output& output) {
@@ -92,7 +73,7 @@ ExitCode CatCommand::run(Output& output) {
     }
     for (const std::string& problem : problems) {
         if (!problem.empty()) {
-            report(problem);
+            complain(problem);
             isComplete = false;
         }
     }

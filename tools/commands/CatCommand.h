@@ -15,11 +15,9 @@ class CatCommand : public Command {
 public:
     explicit CatCommand(CLI::App& program);
 
-    bool isChosen() const override;
     ExitCode run(Output& output) override;
 
 private:
-    CLI::App& command_;
     InputOptions inputs_;
     FilterOptions filters_;
     PrintOptions printing_;

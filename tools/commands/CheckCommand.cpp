@@ -7,15 +7,11 @@ namespace ZAV {
 namespace Tools {
 
 CheckCommand::CheckCommand(CLI::App& program)
-    : command_(*program.add_subcommand("check", "Find what is wrong with property files")) {
+    : Command(*program.add_subcommand("check", "Find what is wrong with property files")) {
     command_.add_option("FILE", files_, "A property file")->required()->type_name("");
     command_.add_flag("--json", isJson_, "Show the findings as one array of JSON");
     command_.add_flag("--strict", isStrict_, "Let a warning be as bad as an error");
     color_.addTo(command_);
-}
-
-bool CheckCommand::isChosen() const {
-    return command_.parsed();
 }
 
 ExitCode CheckCommand::run(Output& output) {

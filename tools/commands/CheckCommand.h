@@ -16,13 +16,11 @@ class CheckCommand : public Command {
 public:
     explicit CheckCommand(CLI::App& program);
 
-    bool isChosen() const override;
     ExitCode run(Output& output) override;
 
 private:
     bool isComplaint(const Finding& finding) const;
 
-    CLI::App& command_;
     std::vector<std::string> files_;
     bool isJson_ = false;
     bool isStrict_ = false;

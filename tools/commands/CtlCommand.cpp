@@ -34,14 +34,10 @@ void checkThatNameIsWhole(const Log::ControlRequest& request, const std::vector<
 } // namespace
 
 CtlCommand::CtlCommand(CLI::App& program)
-    : command_(*program.add_subcommand("ctl", "Ask a running program that has opened a control server")) {
+    : Command(*program.add_subcommand("ctl", "Ask a running program that has opened a control server")) {
     command_.add_option("ADDRESS", address_, "path of its socket; on Windows, name of its pipe")->required();
     command_.add_option("REQUEST", request_, "what to ask, with its arguments")->required();
     command_.footer(REQUESTS);
-}
-
-bool CtlCommand::isChosen() const {
-    return command_.parsed();
 }
 
 ExitCode CtlCommand::run(Output& output) {

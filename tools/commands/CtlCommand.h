@@ -14,13 +14,11 @@ class CtlCommand : public Command {
 public:
     explicit CtlCommand(CLI::App& program);
 
-    bool isChosen() const override;
     ExitCode run(Output& output) override;
 
 private:
     std::string requestLine() const;
 
-    CLI::App& command_;
     std::string address_;
     std::vector<std::string> request_; ///< with its arguments
 };

@@ -1,29 +1,16 @@
 #include "commands/ExplainCommand.h"
 
-#include "UsageError.h"
 #include "explain/DotGraph.h"
 #include "explain/ExplanationText.h"
-#include "log/LogException.h"
+#include "options/LevelName.h"
 
 #include <algorithm>
 
 namespace ZAV {
 namespace Tools {
 
-namespace {
-
-Log::Level::LogLevel readLevel(const std::string& name) {
-    try {
-        return Log::Level::fromString(name);
-    } catch (const Log::LogException& exception) {
-        throw UsageError(exception.what());
-    }
-}
-
-} // namespace
-
 ExplainCommand::ExplainCommand(CLI::App& program)
-    : command_(*program.add_subcommand("explain", "Say where messages would go with a property file")) {
+    : Command(*program.add_subcommand("explain", "Say where messages would go with a property file")) {
     command_.add_option("FILE", file_, "The property file")->required()->type_name("");
     loggerOption_ =
         command_.add_option("LOGGER", logger_, "Whose messages; \"root\" for the root")->type_name("");
@@ -33,10 +20,6 @@ ExplainCommand::ExplainCommand(CLI::App& program)
         ->type_name("LOG|CFG");
     command_.add_flag("--dot", isGraph_, "Show it as a graph for Graphviz");
     color_.addTo(command_);
-}
-
-bool ExplainCommand::isChosen() const {
-    return command_.parsed();
 }
 
 ExitCode ExplainCommand::run(Output& output) {

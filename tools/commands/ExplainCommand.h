@@ -16,7 +16,6 @@ class ExplainCommand : public Command {
 public:
     explicit ExplainCommand(CLI::App& program);
 
-    bool isChosen() const override;
     ExitCode run(Output& output) override;
 
 private:
@@ -25,7 +24,6 @@ private:
     bool hasLogger() const { return loggerOption_->count() > 0; }
     bool hasLevel() const { return levelOption_->count() > 0; }
 
-    CLI::App& command_;
     std::string file_;
     std::string logger_;
     CLI::Option* loggerOption_ = nullptr;

@@ -6,8 +6,8 @@ namespace ZAV {
 namespace Tools {
 
 FollowCommand::FollowCommand(CLI::App& program)
-    : command_(*program.add_subcommand("follow",
-                                       "Show the last records of log files, and what is added to them")) {
+    : Command(*program.add_subcommand("follow",
+                                      "Show the last records of log files, and what is added to them")) {
     inputs_.addTo(command_);
     command_.add_option("--lines", lines_, "How many of the last records to begin with")->type_name("N");
     command_.add_flag("--from-start", fromStart_, "Begin with all records");
@@ -16,10 +16,6 @@ FollowCommand::FollowCommand(CLI::App& program)
     stateOption_->type_name("FILE");
     filters_.addTo(command_);
     printing_.addTo(command_);
-}
-
-bool FollowCommand::isChosen() const {
-    return command_.parsed();
 }
 
 ExitCode FollowCommand::run(Output& output) {

@@ -17,13 +17,11 @@ class FollowCommand : public Command {
 public:
     explicit FollowCommand(CLI::App& program);
 
-    bool isChosen() const override;
     ExitCode run(Output& output) override;
 
 private:
     static constexpr std::size_t DEFAULT_LINES = 10;
 
-    CLI::App& command_;
     InputOptions inputs_;
     FilterOptions filters_;
     PrintOptions printing_;

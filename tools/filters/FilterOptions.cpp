@@ -1,23 +1,10 @@
 #include "filters/FilterOptions.h"
 
-#include "UsageError.h"
-#include "log/LogException.h"
+#include "options/LevelName.h"
 #include "zav-util/TimeUtils.h"
 
 namespace ZAV {
 namespace Tools {
-
-namespace {
-
-Log::Level::LogLevel readLevel(const std::string& name) {
-    try {
-        return Log::Level::fromString(name);
-    } catch (const Log::LogException& problem) {
-        throw UsageError(problem.what());
-    }
-}
-
-} // namespace
 
 void FilterOptions::addTo(CLI::App& command) {
     levelOption_ =
@@ -29,7 +16,8 @@ void FilterOptions::addTo(CLI::App& command) {
                                       "Only from this time on: \"2013.05.07 14:03:27\", a "
                                       "beginning of it, or an age (30sec, 10min, 2h, 1d)");
     sinceOption_->type_name("TIME");
-    untilOption_ = command.add_option("--until", until_, "Only to this time, inclusive")->type_name("TIME");
+    untilOption_ =
+        command.add_option("--until", until_, "Only up to this time, inclusive")->type_name("TIME");
     patternOption_ =
         command.add_option("--grep", pattern_, "Only where a regular expression matches in the text")
             ->type_name("REGEX");

@@ -9,9 +9,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--since`, `--until`
-/// and
-/// `--grep`.
+/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--since`,
+/// `--until` and `--grep`.
 class FilterOptions {
 public:
     void addTo(CLI::App& command);

@@ -1,9 +1,8 @@
 #include "follow/Follower.h"
 
+#include "Complaint.h"
 #include "platform/StopSignal.h"
 #include "records/Merger.h"
-
-#include <iostream>
 
 namespace ZAV {
 namespace Tools {
@@ -35,7 +34,7 @@ void Follower::keepState(const std::string& path) {
 
 void Follower::run() {
     Platform::catchStopSignals();
-    wanted_.assign(inputs_.size(), 0);
+    shower_.emplace(filter_, printer_, inputs_.size());
     resume();
     readRound();
     if (isAnyPending() && Platform::waitForStop(SETTLING)) {
@@ -73,9 +72,7 @@ bool Follower::readRound() {
         input.poll(notices);
         streams.push_back(&input.stream());
     }
-    for (const std::string& notice : notices) {
-        report(notice);
-    }
+    reportNotices(notices);
     Merger merger(streams, RecordStream::Ending::GROWING);
     bool hasShown = false;
     for (int next = merger.next(); next >= 0; next = merger.next()) {
@@ -92,30 +89,20 @@ bool Follower::readRound() {
     for (FollowedInput& input : inputs_) {
         input.settle();
     }
-    if (filter_.problem() != filterProblem_) {
-        filterProblem_ = filter_.problem();
-        report(filterProblem_);
-    }
+    reportNotices({});
     return hasShown;
 }
 
 void Follower::show(std::size_t input) {
     RecordStream& stream = inputs_[input].stream();
     const bool isContinuation = stream.record().isContinuation;
-    printer_.observe(input, stream);
-    if (!isContinuation) {
-        wanted_[input] = filter_.accepts(stream);
-    }
-    if (wanted_[input]) {
-        text_.clear();
-        printer_.print(input, stream, text_);
-        if (!last_) {
-            output_.write(text_);
-        } else if (isContinuation) {
-            last_->extend(text_);
-        } else if (!text_.empty()) {
-            last_->add(text_);
-        }
+    const std::string& text = shower_->show(input, stream);
+    if (!last_) {
+        output_.write(text);
+    } else if (isContinuation) {
+        last_->extend(text);
+    } else if (!text.empty()) {
+        last_->add(text);
     }
     inputs_[input].commit();
 }
@@ -136,8 +123,15 @@ bool Follower::isAnyPending() const {
     return false;
 }
 
-void Follower::report(const std::string& notice) const {
-    std::cerr << "zav-log: " << notice << '\n';
+/// Also says once if the filter has run into a problem.
+void Follower::reportNotices(const std::vector<std::string>& notices) {
+    for (const std::string& notice : notices) {
+        complain(notice);
+    }
+    if (filter_.problem() != filterProblem_) {
+        filterProblem_ = filter_.problem();
+        complain(filterProblem_);
+    }
 }
 
 /// In this order: what has not left the process is not done.

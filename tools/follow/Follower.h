@@ -6,7 +6,7 @@
 #include "follow/LastRecords.h"
 #include "follow/StateFile.h"
 #include "inputs/InputSpec.h"
-#include "printers/Printer.h"
+#include "printers/RecordShower.h"
 
 #include <chrono>
 #include <cstddef>
@@ -42,18 +42,17 @@ private:
     void show(std::size_t input);
     void showLastRecords();
     bool isAnyPending() const;
-    void report(const std::string& notice) const;
+    void reportNotices(const std::vector<std::string>& notices);
     void saveProgress();
     void saveProgressIfDue();
 
     const RecordFilter& filter_;
     Printer& printer_;
+    std::optional<RecordShower> shower_; ///< while it runs
     Output& output_;
     std::deque<FollowedInput> inputs_;
-    std::vector<char> wanted_; ///< for each input, whether its last record was shown
     std::optional<LastRecords> last_;
     std::optional<StateFile> state_;
-    std::string text_;
     std::string filterProblem_;     ///< what was reported of the filter last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
     std::chrono::steady_clock::time_point savedAt_;

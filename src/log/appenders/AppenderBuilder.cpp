@@ -1,6 +1,7 @@
 #include "log/appenders/AppenderBuilder.h"
 
 #include "log/commands/CommandBus.h"
+#include "log/commands/CommandNames.h"
 #include "log/config/AppenderSettings.h"
 #include "log/config/KeyNames.h"
 #include "log/filters/FilterLogLevel.h"
@@ -14,8 +15,6 @@ namespace ZAV {
 namespace Log {
 
 namespace {
-
-const char DYNAMIC_LEVEL_COMMAND[] = "DynamicLogLevelFilterSoft";
 
 /// Takes a dynamic filter off the command bus before it goes: its appender may never come into service, and a
 /// command that another thread issues meanwhile must not reach a filter that is gone.
@@ -61,7 +60,7 @@ void AppenderBuilder::addDynamicLevelFilter(const Util::Properties& properties) 
     const boost::shared_ptr<FilterLogLevelDynamic> filter(new FilterLogLevelDynamic(name_, properties),
                                                           UnregisteringDeleter());
     filters_.push_back(filter);
-    CommandBus::instance().registerListener(DYNAMIC_LEVEL_COMMAND, filter.get());
+    CommandBus::instance().registerListener(CommandName::LOWER_DYNAMIC_LEVELS, filter.get());
 }
 
 } // namespace Log

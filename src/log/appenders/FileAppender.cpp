@@ -2,7 +2,6 @@
 
 #include "log/LogException.h"
 #include "log/layout/LineEscaping.h"
-#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
@@ -36,7 +35,7 @@ FileAppender::FileAppender(const std::string& name, bool synchronous, const Filt
     : Appender(name, synchronous, filters), dir_(dir), file_(file),
       fileNumber_(std::min(fileNumber, HIGHEST_FILE_NUMBER)), fileMaxSize_(fileMaxSize),
       openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime), options_(options),
-      livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_), lookTime_(openTime_) {}
+      livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_), lastLook_(openTime_) {}
 
 /// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
 /// forks can wait until no line is half written.
@@ -55,16 +54,16 @@ void FileAppender::recover() {
     if (options_.recovery == Time() || !isTimeToLook()) {
         return;
     }
-    lookTime_ = Time::now();
+    lastLook_ = Time::now();
     const bool isGone = outputFileStream_.isOpen() && !outputFileStream_.isAt(livePath_);
     if (outputFileStream_.hasFailed() || isGone) {
         continueFile();
     }
 }
 
-/// A clock that was set back makes a difference that is huge, so that it does not put the look off.
+/// If the clock was set back, the unsigned difference is huge, so that the look happens at once.
 bool FileAppender::isTimeToLook() const {
-    return Time::now().microseconds() - lookTime_.microseconds() >= options_.recovery.microseconds();
+    return Time::now().microseconds() - lastLook_.microseconds() >= options_.recovery.microseconds();
 }
 
 void FileAppender::renderLine(const LogMessage& message) {
@@ -72,12 +71,7 @@ void FileAppender::renderLine(const LogMessage& message) {
         line_ = std::string();
     }
     line_.clear();
-    if (options_.escape) {
-        appendEscaped(line_, message, appendLogLine);
-    } else {
-        appendLogLine(line_, message);
-    }
-    line_ += '\n';
+    appendWholeLine(line_, message, appendLogLine, options_.escape);
 }
 
 /// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
@@ -177,12 +171,12 @@ void FileAppender::continueFile() {
 }
 
 void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
-    lookTime_ = Time::now();
+    lastLook_ = Time::now();
     outputFileStream_.open(livePath_, mode, options_.rules);
     if (outputFileStream_.hasFailed()) {
         throw LogException("Unable to open the file: " + livePath_);
     }
-    openTime_ = lookTime_;
+    openTime_ = lastLook_;
 }
 
 /// A line that does not reach the file, on a full disk for example, is reported.
@@ -190,7 +184,7 @@ void FileAppender::write(const std::string& text) {
     currentSize_ += text.size();
     outputFileStream_.write(text);
     if (outputFileStream_.hasFailed()) {
-        lookTime_ = Time::now();
+        lastLook_ = Time::now();
     }
     checkFile();
 }

@@ -75,7 +75,7 @@ private:
     bool mustBrowse_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
     /// Whether the older files have moved up already for a live file that is not open yet.
     bool hasRotated_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
-    Util::TimeUtils::Time lookTime_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
+    Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
     std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
 };
 

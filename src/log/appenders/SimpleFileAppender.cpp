@@ -2,7 +2,6 @@
 
 #include "log/LogException.h"
 #include "log/layout/LineEscaping.h"
-#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/OutputFile.h"
 
@@ -25,12 +24,7 @@ void SimpleFileAppender::doOutput(const LogMessage& message) {
         throw LogException("Failed to open file " + path + ". Are you sure that the directory exists?");
     }
     std::string line;
-    if (options_.escape) {
-        appendEscaped(line, message, appendLogLineWithProcess);
-    } else {
-        appendLogLineWithProcess(line, message);
-    }
-    line += '\n';
+    appendWholeLine(line, message, appendLogLineWithProcess, options_.escape);
     file.write(line);
 }
 

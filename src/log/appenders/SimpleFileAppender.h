@@ -17,6 +17,7 @@ public:
                        const FileOptions& options = FileOptions());
 
 protected:
+    /// A write that fails is not noticed.
     /// \throw LogException if the file cannot be opened; the next message tries again
     void doOutput(const LogMessage& message) override;
 

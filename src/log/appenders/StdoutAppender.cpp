@@ -1,7 +1,6 @@
 #include "log/appenders/StdoutAppender.h"
 
 #include "log/layout/LineEscaping.h"
-#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/CancellationGuard.h"
 
@@ -17,12 +16,7 @@ StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const 
 /// The line and its end are one write, so that lines of different threads never mix.
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
-    if (escape_) {
-        appendEscaped(line, message, appendLogLine);
-    } else {
-        appendLogLine(line, message);
-    }
-    line += '\n';
+    appendWholeLine(line, message, appendLogLine, escape_);
     const Platform::NoCancellation guard; // nothing may be unwound inside the stream
     stream_->write(line.data(), static_cast<std::streamsize>(line.size())).flush();
 }

@@ -17,6 +17,7 @@ public:
                    bool escape = false);
 
 protected:
+    /// A write that fails is not noticed.
     void doOutput(const LogMessage& message) override;
 
 private:

@@ -96,9 +96,9 @@ void AsynchronousAppenders::showRestOfDelivery() noexcept {
         return;
     }
     MessageBatch::Reader messages(*delivered_);
-    for (std::size_t given = given_; messages.hasNext(); given -= given > 0 ? 1 : 0) {
+    for (std::size_t number = 0; messages.hasNext(); ++number) {
         const MessageFields fields = messages.next();
-        if (given == 0) {
+        if (number >= given_) {
             showOnStandardError(SHOWN_AT_PROCESS_END, fields);
         }
     }

@@ -59,7 +59,7 @@ void DispatcherSettings::read(const Util::Properties& properties) {
         priority = toThreadPriority(*number);
     }
     std::string overflow;
-    if (properties.getProperty("zav.log.AsynchronousDispatcher.overflow", overflow)) {
+    if (properties.getProperty(dispatcherKey(DispatcherOption::OVERFLOW_RULE), overflow)) {
         overflowBlocks = overflow == "block";
     }
 }

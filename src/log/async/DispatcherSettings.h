@@ -16,12 +16,11 @@ constexpr int DEFAULT_PRIORITY_MARK = 1000;
 
 /// The tuning of the asynchronous dispatcher.
 struct DispatcherSettings {
-    /// How many waiting messages make the next one push the oldest out. A negative configured number is a
-    /// huge one here, so that nothing is ever pushed out.
+    /// The length of the queue at which its oldest message is pushed out: at most one less wait. A negative
+    /// configured number is a huge one here, so that nothing is ever pushed out.
     std::uint64_t maxQueueSize = 1024;
 
-    /// How long the consumer waits between two rounds when nobody wakes it, in whole seconds; 0 if each
-    /// message is to wake it.
+    /// How long the consumer waits between two rounds when nobody wakes it; 0 if each message is to wake it.
     Util::TimeUtils::Time waitingPeriod = Util::TimeUtils::Time(2, Util::TimeUtils::SEC);
 
     /// What the consumer thread asks `Platform::setCurrentThreadPriority` for, or `DEFAULT_PRIORITY_MARK`.

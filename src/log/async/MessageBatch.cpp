@@ -61,7 +61,7 @@ MessageFields unpack(const char* bytes, const Header& header) {
             static_cast<MessageType>(header.type)};
 }
 
-/// \param text may be one that leads nowhere, if it is empty
+/// \param text its pointer may be null if it is empty
 char* pack(char* bytes, std::string_view text) {
     return bytes + text.copy(bytes, text.size());
 }

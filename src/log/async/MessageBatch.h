@@ -38,8 +38,8 @@ public:
         /// \return the next message, whose texts lie in the batch
         MessageFields next();
 
-        /// \return how many reports of failures the message that `next` gave stands at the end of, each of the
-        ///         logging calls in answer to the report before
+        /// \return the length of the chain of failure reports, each logged in answer to the one before, that
+        ///         led to the message that `next` gave; 0 if it answers none
         int answeredReports() const { return answeredReports_; }
 
     private:
@@ -53,7 +53,7 @@ public:
     std::size_t size() const { return size_; }
 
     /// \param message its texts are copied, but for the logger's name, which must stay where it is
-    /// \param answeredReports how many reports of failures the message stands at the end of
+    /// \param answeredReports the length of the chain of failure reports that led to this message
     /// \throw std::bad_alloc if there is no room for it; the batch is then as it was
     void append(const MessageFields& message, int answeredReports = 0);
 

@@ -51,7 +51,7 @@ bool MessageQueue::isFull() const {
     return settings_.maxQueueSize > 1 && messageQueue_.size() + 1 >= settings_.maxQueueSize;
 }
 
-/// A call that would have waited, had the consumer been able to make room without it.
+/// \return whether the call should wait for room but must not, since the consumer may need the lock it holds
 bool MessageQueue::mayExceedLimit(bool mayWait) const {
     return mayWait && settings_.overflowBlocks && settings_.maxQueueSize > 1 && consumer_ == IS_AWAY;
 }
@@ -99,7 +99,8 @@ bool MessageQueue::flush(Time timeout) {
     return true;
 }
 
-/// Once is enough until it comes: those who wait would else wake each other without end.
+/// One notification is enough until the consumer comes; otherwise the waiting threads would keep waking each
+/// other.
 void MessageQueue::callConsumer() {
     if (!isAwaited_) {
         isAwaited_ = true;
@@ -115,7 +116,7 @@ void MessageQueue::wakeConsumer() {
 
 /// \return whether that message and all before it were delivered or discarded
 bool MessageQueue::isDone(std::uint64_t number) const {
-    const std::uint64_t oldest = firstTaken_ != 0 ? firstTaken_ : numberOfFront();
+    const std::uint64_t oldest = oldestTaken_ != 0 ? oldestTaken_ : numberOfFront();
     return oldest > number;
 }
 
@@ -164,7 +165,7 @@ MessageBatch MessageQueue::takeBatch() {
 MessageBatch MessageQueue::takeAll() {
     MessageBatch batch;
     if (messageQueue_.size() > 0) {
-        firstTaken_ = numberOfFront();
+        oldestTaken_ = numberOfFront();
         batch.swap(messageQueue_);
     }
     if (isAwaited_) {
@@ -177,7 +178,7 @@ MessageBatch MessageQueue::takeAll() {
 void MessageQueue::endDelivery(MessageBatch& batch, bool isDelivered) noexcept {
     MessageBlocks unused; // freed after the monitor is released
     const QueueMonitorLock lock(queueMonitor_);
-    if (firstTaken_ == 0) {
+    if (oldestTaken_ == 0) {
         return; // nothing was taken, or the thread has forked: the messages are the parent's
     }
     if (isDelivered) {
@@ -185,7 +186,7 @@ void MessageQueue::endDelivery(MessageBatch& batch, bool isDelivered) noexcept {
     } else {
         numbers_.addDiscarded(batch.size());
     }
-    firstTaken_ = 0;
+    oldestTaken_ = 0;
     unused = batch.takeBlocks();
     messageQueue_.addSpares(unused);
     if (consumer_ == TAKES_MESSAGES && threadRecord().putOffMessages > 0) {
@@ -260,7 +261,7 @@ void MessageQueue::renewInChild() {
     MessageBatch parents;
     parents.swap(messageQueue_);
     numbers_.forgetWaiting();
-    firstTaken_ = 0;
+    oldestTaken_ = 0;
     consumer_ = NO_CONSUMER;
     isAwaited_ = false;
     isWoken_ = false;

@@ -108,7 +108,7 @@ private:
     DispatcherSettings settings_ ZAV_LOG_GUARDED_BY(queueMonitor_);
     QueueNumbers numbers_; ///< changed under the monitor, read without it
     /// Of the oldest message that is being delivered; 0 if none is. Messages are numbered as they are queued.
-    std::uint64_t firstTaken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0;
+    std::uint64_t oldestTaken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0;
     Consumer consumer_ ZAV_LOG_GUARDED_BY(queueMonitor_) = NO_CONSUMER;
     bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
     bool isWoken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;   ///< the consumer is to end its wait

@@ -59,7 +59,7 @@ void CommandBus::deliver(const std::string& name, const std::string& argument) {
     const LibraryCall call;
     const ScopedLock lock(listenersLock_);
     for (const Entry& entry : entriesOf(name)) {
-        if (stands(name, entry)) {
+        if (isStillRegistered(name, entry)) {
             entry.listener->onCommand(argument);
         }
     }
@@ -75,7 +75,7 @@ std::vector<CommandBus::Entry> CommandBus::entriesOf(const std::string& name) {
     return entries;
 }
 
-bool CommandBus::stands(const std::string& name, const Entry& entry) {
+bool CommandBus::isStillRegistered(const std::string& name, const Entry& entry) {
     const ScopedLock lock(mapLock_);
     const auto range = listeners_.equal_range(name);
     return std::any_of(range.first, range.second, [&entry](const Listeners::value_type& standing) {

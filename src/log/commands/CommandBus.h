@@ -44,7 +44,7 @@ private:
     CommandBus() = default;
 
     std::vector<Entry> entriesOf(const std::string& name);
-    bool stands(const std::string& name, const Entry& entry);
+    bool isStillRegistered(const std::string& name, const Entry& entry);
 
     Platform::CriticalSection listenersLock_; ///< held while a command is delivered, and by every change
 

@@ -1,6 +1,7 @@
 #include "log/commands/FailureReport.h"
 
 #include "log/commands/CommandBus.h"
+#include "log/commands/CommandNames.h"
 #include "log/reentrancy/ReportAnswer.h"
 
 namespace ZAV {
@@ -26,7 +27,7 @@ void deliver(const std::string& text) {
     ThreadRecord& thread = threadRecord();
     if (isDelivered(thread)) {
         const ReportAnswer answer(thread.answeredReports + 1);
-        CommandBus::instance().deliver("EXCEPTION", text);
+        CommandBus::instance().deliver(CommandName::FAILURE_REPORT, text);
     }
 }
 

@@ -31,12 +31,8 @@ FilterLogLevelDynamic::FilterLogLevelDynamic(const std::string& appenderName,
 
 bool FilterLogLevelDynamic::accept(const LogMessage& message) {
     if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {
-        bool isStillLater = false;
-        {
-            const ScopedLock lock(criticalSection_);
-            isStillLater = isLaterThanPeriod(message.getTime());
-        }
-        if (isStillLater) {
+        const ScopedLock lock(criticalSection_);
+        if (isLaterThanPeriod(message.getTime())) { // and no command has come meanwhile
             setLevel(defaultLevel_);
         }
     }
@@ -53,14 +49,10 @@ bool FilterLogLevelDynamic::isLaterThanPeriod(Time time) const {
 
 void FilterLogLevelDynamic::onCommand(const std::string& argument) {
     const Level::LogLevel level = Level::fromString(argument);
-    if (wouldBeLowered(level)) {
+    const ScopedLock lock(criticalSection_);
+    if (level <= level_.load(std::memory_order_relaxed)) {
         setLevel(level);
     }
-}
-
-bool FilterLogLevelDynamic::wouldBeLowered(Level::LogLevel level) {
-    const ScopedLock lock(criticalSection_);
-    return level <= level_.load(std::memory_order_relaxed);
 }
 
 void FilterLogLevelDynamic::setLevel(Level::LogLevel level) {

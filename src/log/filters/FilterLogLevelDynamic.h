@@ -41,9 +41,8 @@ private:
 
     bool isLowered() const;
     bool isLaterThanPeriod(Time time) const;
-    bool wouldBeLowered(Level::LogLevel level);
 
-    // Changed under the lock, read without it; an expiry is confirmed under the lock.
+    // Changed under the lock, read without it.
     std::atomic<Level::LogLevel> level_;
     const Level::LogLevel defaultLevel_;
     std::atomic<std::uint64_t> levelSetTime_;                              ///< microseconds since 1970

@@ -62,8 +62,7 @@ std::string escape(std::string_view text) {
 } // namespace
 
 /// Hardly any message needs it, so the others are not copied.
-void appendEscaped(std::string& line, const MessageFields& message,
-                   void (*appendLine)(std::string&, const MessageFields&)) {
+void appendEscaped(std::string& line, const MessageFields& message, AppendLine appendLine) {
     if (!needsEscape(message.text) && !needsEscape(message.loggerName) && !needsEscape(message.file)) {
         appendLine(line, message);
         return;

@@ -1,8 +1,7 @@
 #include "log/layout/LineLayout.h"
 
+#include "log/layout/ProcessDescription.h"
 #include "log/message/MessageFields.h"
-#include "platform/Process.h"
-#include "zav-util/SystemInformation.h"
 #include "zav-util/TimeText.h"
 
 #include <charconv>
@@ -59,50 +58,6 @@ char* writeMessage(char* position, const MessageFields& message) {
     return writeField(position, message.text);
 }
 
-/// The name cannot change, and asking the system for it costs as much as opening a file. It is never
-/// destroyed, since threads may still log while the process ends.
-const std::string& programName() {
-    static const std::string& name = *new std::string(Util::getProgramName());
-    return name;
-}
-
-/// So that no thread makes it while another one forks.
-const std::string& madeAtLoad = programName();
-
-/// The host's name, as a thread last read it.
-struct KnownHost {
-    std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read
-    std::size_t length;
-    char name[256];
-};
-
-thread_local KnownHost knownHost{};
-
-/// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
-/// line costs, so it is read once a second.
-std::string_view hostName(const MessageFields& message) {
-    KnownHost& host = knownHost;
-    const std::uint64_t second = message.time.microseconds() / 1000000;
-    if (host.second != second || second == 0) {
-        const std::string name = Util::getHostName();
-        host.length = name.copy(host.name, sizeof host.name);
-        host.second = second;
-    }
-    return std::string_view(host.name, host.length);
-}
-
-/// The process id is read every time, since it changes in a process that forks.
-std::string describeProcess(const MessageFields& message) {
-    char id[NUMBER_LENGTH];
-    const char* const idEnd = writeNumber(id, Platform::processId());
-    std::string process = programName();
-    process.append(1, ' ')
-        .append(static_cast<const char*>(id), idEnd)
-        .append(1, ' ')
-        .append(hostName(message));
-    return process;
-}
-
 } // namespace
 
 void appendLogLine(std::string& text, const MessageFields& message) {
@@ -114,7 +69,7 @@ void appendLogLine(std::string& text, const MessageFields& message) {
 }
 
 void appendLogLineWithProcess(std::string& text, const MessageFields& message) {
-    const std::string process = describeProcess(message);
+    const std::string process = describeProcess(message.time);
     const std::size_t begin = text.size();
     text.resize(begin + roomFor(message) + process.size() + 1);
     char* position = Util::TimeUtils::writeTime(&text[begin], message.time);

@@ -37,6 +37,9 @@ struct ReusedMessage::Kept {
     }
 };
 
+/// So that no thread makes the slot while another one forks.
+const bool ReusedMessage::hasSlotFromLoad = (Kept::slot(), true);
+
 const LogMessage& ReusedMessage::get() {
     if (kept_ == nullptr) {
         take();

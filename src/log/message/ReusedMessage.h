@@ -29,6 +29,7 @@ public:
 
 private:
     struct Kept;
+    static const bool hasSlotFromLoad;
 
     void take();
     void giveBack() noexcept;

@@ -51,7 +51,7 @@ void PutOffMessages::writeOwn() noexcept {
         try {
             write(*logger);
         } catch (const std::bad_alloc&) {
-            FailureCount::add(); // it may have reached nobody, and nobody is told
+            FailureCount::add(); // it may not have been written, and cannot be reported
         } catch (...) {
             continue;
         }

@@ -12,7 +12,7 @@ namespace Log {
 /// chain has an end.
 class ReportAnswer {
 public:
-    /// \param answeredReports how many reports the answer stands at the end of; 0 if it answers none
+    /// \param answeredReports the length of the chain of reports that led here; 0 if nothing is answered
     explicit ReportAnswer(int answeredReports) noexcept
         : record_(threadRecord()), before_(record_.answeredReports) {
         record_.answeredReports = answeredReports;

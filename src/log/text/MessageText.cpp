@@ -22,6 +22,9 @@ Platform::ThreadSlot& keptText() {
     return slot;
 }
 
+/// So that no thread makes it while another one forks.
+const Platform::ThreadSlot& madeAtLoad = keptText();
+
 } // namespace
 
 MessageText& MessageText::take() {
@@ -60,8 +63,7 @@ void MessageText::clear() {
 bool MessageText::takesNumbers() {
     if (state_ == State::FRESH) {
         // The application may have set a locale for all new streams, with other separators.
-        static const std::locale& classic = std::locale::classic();
-        state_ = std::locale() == classic ? State::PLAIN : State::STREAMED;
+        state_ = std::locale() == std::locale::classic() ? State::PLAIN : State::STREAMED;
     }
     return state_ == State::PLAIN;
 }

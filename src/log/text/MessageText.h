@@ -56,8 +56,8 @@ public:
     }
     void commit(char* end) { next_ = end; }
 
-    /// \return the stream that writes to this text; after its use follows `settle`, or all that is left to
-    ///         write goes through it
+    /// \return the stream that writes to this text; `settle` follows its use, or all that comes after goes
+    ///         through it
     std::ostream& stream();
 
     /// Looks whether the stream has come back to the state of a new one; if so, it is not needed for now.

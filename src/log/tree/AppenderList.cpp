@@ -26,17 +26,17 @@ void AppenderList::copyFrom(const AppenderList& other) {
     ++version_;
 }
 
-AppenderList::Outcome AppenderList::output(const MessageFields& fields, bool isOutermost) {
+AppenderList::Outcome AppenderList::giveToSynchronous(const MessageFields& fields, bool isOutermost) {
     const bool hasChanged = copiedVersion_ != version_.load(std::memory_order_acquire);
     if (hasChanged && !isOutermost) {
         std::uint64_t version = 0;
         const Copy copy = makeCopy(version);
-        return outputTo(copy, version, fields);
+        return give(copy, version, fields);
     }
     if (hasChanged) {
         renewCopy();
     }
-    return outputTo(copy_, copiedVersion_, fields);
+    return give(copy_, copiedVersion_, fields);
 }
 
 void AppenderList::renewCopy() {
@@ -51,12 +51,12 @@ AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
     return Copy(appenders_.begin(), appenders_.end());
 }
 
-AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t version,
-                                             const MessageFields& fields) const {
+AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version,
+                                         const MessageFields& fields) const {
     Outcome outcome;
     ReusedMessage message(fields);
     for (Appender* const appender : copy) {
-        if (!stands(appender, version)) {
+        if (!isStillListed(appender, version)) {
             continue;
         }
         if (!appender->isSynchronous()) {
@@ -78,7 +78,7 @@ AppenderList::Outcome AppenderList::outputTo(const Copy& copy, std::uint64_t ver
 }
 
 /// \param version of the list from which the entry was copied
-bool AppenderList::stands(Appender* appender, std::uint64_t version) const {
+bool AppenderList::isStillListed(Appender* appender, std::uint64_t version) const {
     if (version == version_.load(std::memory_order_acquire)) {
         return true;
     }

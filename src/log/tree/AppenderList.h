@@ -43,15 +43,15 @@ public:
     ///
     /// A filter or a command listener that throws for one appender does not keep the message from the others.
     /// \param isOutermost whether no other walk of this thread goes through this list
-    Outcome output(const MessageFields& fields, bool isOutermost);
+    Outcome giveToSynchronous(const MessageFields& fields, bool isOutermost);
 
 private:
     using Copy = std::vector<Appender*>;
 
     void renewCopy();
     Copy makeCopy(std::uint64_t& version) const;
-    Outcome outputTo(const Copy& copy, std::uint64_t version, const MessageFields& fields) const;
-    bool stands(Appender* appender, std::uint64_t version) const;
+    Outcome give(const Copy& copy, std::uint64_t version, const MessageFields& fields) const;
+    bool isStillListed(Appender* appender, std::uint64_t version) const;
 
     Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());
     /// Raised by every change, under the tree's lock.

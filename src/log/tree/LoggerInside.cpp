@@ -73,7 +73,8 @@ bool Logger::Inside::isExpired(Time now) const {
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
 /// \param mayWait whether it may wait for room in the queue
 void Logger::Inside::dispatchMessage(const MessageFields& message, bool mayWait) {
-    const AppenderList::Outcome outcome = appenders_.output(message, criticalSection_.isHeldOnce());
+    const AppenderList::Outcome outcome =
+        appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
         AsynchronousDispatcher::instance().enqueue(message, mayWait);
     }

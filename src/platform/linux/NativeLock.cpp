@@ -83,8 +83,8 @@ NativeLock::~NativeLock() {
     pthread_mutex_destroy(&mutex_);
 }
 
-/// Also a mutex of which nobody is known as the holder may be locked: a thread tells its name last when it
-/// takes it, and takes it away first when it releases it.
+/// A mutex without a known holder may still be locked: a thread records itself after it has locked it, and
+/// clears that before it unlocks it.
 void NativeLock::makeFree() {
     pthread_mutex_init(&mutex_, nullptr);
     holder_.store(NOBODY, std::memory_order_relaxed);

@@ -1,0 +1,59 @@
+#include "log/layout/ProcessDescription.h"
+
+#include "platform/Process.h"
+#include "zav-util/SystemInformation.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+/// The name cannot change, and asking the system for it costs as much as opening a file. It is never
+/// destroyed, since threads may still log while the process ends.
+const std::string& programName() {
+    static const std::string& name = *new std::string(Util::getProgramName());
+    return name;
+}
+
+/// So that no thread makes it while another one forks.
+const std::string& madeAtLoad = programName();
+
+/// The host's name, as a thread last read it.
+struct KnownHost {
+    std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read
+    std::size_t length;
+    char name[256];
+};
+
+thread_local KnownHost knownHost{};
+
+/// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
+/// line costs, so it is read once a second.
+std::string_view hostName(Util::TimeUtils::Time time) {
+    KnownHost& host = knownHost;
+    const std::uint64_t second = time.microseconds() / 1000000;
+    if (host.second != second || second == 0) {
+        const std::string name = Util::getHostName();
+        host.length = name.copy(host.name, sizeof host.name);
+        host.second = second;
+    }
+    return std::string_view(host.name, host.length);
+}
+
+} // namespace
+
+std::string describeProcess(Util::TimeUtils::Time time) {
+    std::string process = programName();
+    process.append(1, ' ')
+        .append(std::to_string(Platform::processId()))
+        .append(1, ' ')
+        .append(hostName(time));
+    return process;
+}
+
+} // namespace Log
+} // namespace ZAV
