@@ -191,6 +191,12 @@ TEST_F(CheckTest, WordsItsFindingsAsACompilerDoes) {
     EXPECT_EQ("app.properties:3: warning: appender.s.fileMaxSizeUnit: unknown unit 'kb' counts as bytes; "
               "did you mean 'KB'? [unknown-unit]",
               textOf(SERVER + pair + "appender.s.fileMaxSizeUnit = kb\n"));
+    EXPECT_EQ(
+        "app.properties:2: warning: appender.s.recovery: unknown unit 'secs' counts as minutes; did you "
+        "mean 'sec'? [unknown-unit]",
+        textOf(SERVER + "appender.s.recovery = 5 secs\n"));
+    EXPECT_EQ("app.properties:2: warning: appender.c.fileMaxSizes: nothing reads this key [unknown-key]",
+              textOf(CONSOLE + "appender.c.fileMaxSizes = 5\n")); // nor would it read fileMaxSize
     EXPECT_EQ("app.properties:1: error: appender.s: did you mean 'FileAppender'? No factory registered for "
               "appenderName = s, appenderClass = File [unknown-class]",
               textOf("appender.s = File\n"));

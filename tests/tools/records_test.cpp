@@ -77,7 +77,9 @@ TEST(RecordReader, GivesAVeryLongRecordInPartsThatMakeItUpAgain) {
 }
 
 TEST(TimeStamp, TakesWhatTheLibraryWritesAndNothingElse) {
-    EXPECT_TRUE(startsWithTime(TIME));
+    for (const char* end : {"", " ", "\r", "\n"}) {
+        EXPECT_TRUE(startsWithTime(TIME + end));
+    }
     EXPECT_TRUE(startsWithTime("2016.12.31 23:59:60:999999 "));
     for (const char* text :
          {"2013.05.07 14:03:27:12300", "2013.05.07 14:03:27:1230000", "2013.13.07 14:03:27:123000",

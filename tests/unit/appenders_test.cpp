@@ -88,12 +88,16 @@ TEST(Escape, KeepsEveryMessageOnOneLineInAllClasses) {
     const TemporaryDirectory directory;
     const Settings settings{{"escape", "true"}, {"dir", directory.path()}};
     const StreamCapture capture(std::cout);
-    build<StdoutAppenderBuilder>(settings)->output(message);
+    for (const LogMessage& output : {message, makeMessage("plain")}) {
+        build<StdoutAppenderBuilder>(settings)->output(output);
+        build<SimpleFileAppenderBuilder>(settings)->output(output);
+    }
     build<FileAppenderBuilder>(settings)->output(message);
-    build<SimpleFileAppenderBuilder>(settings)->output(message);
-    EXPECT_EQ(capture.text(), formatLogLine(escaped) + "\n");
+    EXPECT_THAT(capture.text(), StartsWith(formatLogLine(escaped) + "\n"));
+    EXPECT_THAT(capture.text(), EndsWith(" plain\n"));
     EXPECT_EQ(readFile(directory / "x0"), formatLogLine(escaped) + "\n");
-    EXPECT_EQ(readFile(directory / "x"), formatLogLineWithProcess(escaped) + "\n");
+    EXPECT_THAT(readFile(directory / "x"), StartsWith(formatLogLineWithProcess(escaped) + "\n"));
+    EXPECT_THAT(readFile(directory / "x"), EndsWith(" plain\n"));
 }
 
 TEST(SimpleFileAppender, AppendsAndRecoversWhenTheDirectoryAppears) {

@@ -131,6 +131,16 @@ TEST(MessageQueue, DoesNotEndAWaitToMakeMemory) {
     EXPECT_EQ(taken.get(), MESSAGES);
 }
 
+TEST(MessageQueue, ForgetsInAForkedChildWhatTheParentHasQueued) {
+    MessageQueue queue;
+    queue.append(fields("the parent's"));
+    queue.lockForFork();
+    queue.renewInChild();
+    EXPECT_EQ(queue.statistics().queued, 0U);
+    queue.append(fields("the child's"));
+    EXPECT_THAT(textsOf(queue.close()), ElementsAre("the child's"));
+}
+
 TEST(MessageBatch, UsesTheMemoryOfDeliveredMessagesAgain) {
     MessageBatch delivered;
     delivered.append(fields("a"));

@@ -62,7 +62,7 @@ std::ostream& operator<<(std::ostream& stream, const Column&) {
     while (stream.tellp() < 12) {
         stream << '.';
     }
-    stream.seekp(-1, std::ios::cur);
+    stream.seekp(-2, std::ios::cur);
     return stream << '|';
 }
 
@@ -232,6 +232,7 @@ TEST_F(StreamedTexts, OfOtherTypesAreThoseOfAStream) {
     EXPECT_SAME_TEXT(TRIANGLE << HIDDEN << SQUARE << Scoped::CIRCLE << LETTER << std::hex << HIDDEN);
     EXPECT_SAME_TEXT("at " << point << ' ' << &point << Generic() << 1.5 << Derived() << Base());
     EXPECT_SAME_TEXT("col" << Column() << 1 << Column() << "end");
+    EXPECT_SAME_TEXT("col" << Column());
     EXPECT_SAME_TEXT(Careless() << 255 << ' ' << 2.5);
     EXPECT_SAME_TEXT(converts << ConvertsToText() << std::ref(number) << std::atomic<int>(3)
                               << std::true_type());

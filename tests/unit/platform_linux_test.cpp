@@ -20,6 +20,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -142,6 +143,16 @@ TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
     const std::string command = "'" + (directory / name) + "' --gtest_filter='Process.IsCalled*' >&2";
     EXPECT_EQ(std::system(command.c_str()), 0);
     EXPECT_FALSE(fileExists(directory / name)) << "it did not run under that name";
+}
+
+TEST(Process, HasANumberOfItsOwnInAForkedChild) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(Platform::processId() == getpid() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {

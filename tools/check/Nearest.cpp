@@ -31,7 +31,7 @@ std::size_t costOfReplacing(char a, char b) {
 /// The edit distance, with two neighbours that changed places as one change.
 std::size_t distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> beforeLast;
-    std::vector<std::size_t> last(to.size() + 1);
+    std::vector<std::size_t> last;
     std::vector<std::size_t> row(to.size() + 1);
     for (std::size_t j = 0; j <= to.size(); ++j) {
         row[j] = j * LETTER_COST;
