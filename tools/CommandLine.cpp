@@ -4,12 +4,18 @@
 #include "Failure.h"
 #include "OutputClosed.h"
 #include "UsageError.h"
+#include "check/Nearest.h"
 #include "commands/CatCommand.h"
 #include "commands/CheckCommand.h"
 #include "commands/CtlCommand.h"
 #include "commands/ExplainCommand.h"
 #include "commands/FollowCommand.h"
 #include "help/HelpFormatter.h"
+#include "options/VerbatimWords.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Tools {
@@ -40,6 +46,7 @@ CommandLine::CommandLine()
     commands_.push_back(std::make_unique<CatCommand>(app_));
     commands_.push_back(std::make_unique<FollowCommand>(app_));
     commands_.push_back(std::make_unique<CtlCommand>(app_));
+    VerbatimWords::acceptMarked(app_);
 }
 
 ExitCode CommandLine::run(int argc, const char* const* argv) {
@@ -58,7 +65,8 @@ ExitCode CommandLine::run(int argc, const char* const* argv) {
 
 ExitCode CommandLine::parseAndRun(int argc, const char* const* argv) {
     try {
-        app_.parse(argc, argv);
+        checkThatCommandExists(argc, argv);
+        app_.parse(VerbatimWords::marked(argc, argv));
     } catch (const CLI::CallForHelp&) {
         output_.write(app_.help());
         return EXIT_AS_WISHED;
@@ -69,6 +77,19 @@ ExitCode CommandLine::parseAndRun(int argc, const char* const* argv) {
         return endWith(EXIT_USAGE, std::string(error.what()) + "\nRun with --help for more information.");
     }
     return runChosen();
+}
+
+/// \throw UsageError
+void CommandLine::checkThatCommandExists(int argc, const char* const* argv) const {
+    const std::string word = argc > 1 ? argv[1] : "";
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app_.get_subcommands({})) {
+        names.push_back(command->get_name());
+    }
+    const bool isName = !word.empty() && word.front() != '-';
+    if (isName && std::find(names.begin(), names.end(), word) == names.end()) {
+        throw UsageError("there is no command '" + word + "'" + question(nearWord(word, names)));
+    }
 }
 
 ExitCode CommandLine::runChosen() {

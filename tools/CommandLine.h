@@ -24,6 +24,7 @@ public:
     const CLI::App& app() const { return app_; }
 
 private:
+    void checkThatCommandExists(int argc, const char* const* argv) const;
     ExitCode parseAndRun(int argc, const char* const* argv);
     ExitCode runChosen();
 

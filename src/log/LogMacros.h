@@ -22,6 +22,13 @@
 #define ZAV_LOG_ACTIVE_LEVEL 10
 #endif
 
+/// Most calls are rejected; with this, the compiler moves the code of the others out of their way.
+#if defined(__GNUC__)
+#define ZAV_LOG_UNLIKELY(condition) __builtin_expect((condition), false)
+#else
+#define ZAV_LOG_UNLIKELY(condition) (condition)
+#endif
+
 /// The part that all macros share: the statements run if the message passes, with `zavLogLogger` for the
 /// logger and `zavLogLevel` for the level. `level` is one of the numbers of `Level::LogLevel`, which no other
 /// macro can replace.
@@ -30,7 +37,7 @@
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \
             constexpr auto zavLogLevel = static_cast<::ZAV::Log::Level::LogLevel>(level);                    \
             ::ZAV::Log::Logger& zavLogLogger = (logger);                                                     \
-            if (zavLogLogger.isLoggable(zavLogLevel)) {                                                      \
+            if (ZAV_LOG_UNLIKELY(zavLogLogger.isLoggable(zavLogLevel))) {                                    \
                 statements                                                                                   \
             }                                                                                                \
         }                                                                                                    \

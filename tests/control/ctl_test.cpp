@@ -29,12 +29,17 @@ protected:
 
 TEST_F(Ctl, AsksARunningProgram) {
     LoggerFactory::getLogger("with blank");
+    TestSupport::RecordingListener listener;
+    LogManager::registerCommandListener("heard", &listener);
     const ControlServer server(address_);
     const std::string address = "\"" + address_ + "\" ";
     EXPECT_EQ(ctl(address + "level \"with blank\" DEBUG"), 0) << err();
     EXPECT_EQ(out(), "");
     EXPECT_EQ(ctl(address + "loggers"), 0) << err();
     EXPECT_EQ(out(), "root WARNING 0\nwith blank DEBUG 0\n");
+    EXPECT_EQ(ctl(address + "command heard [1,2]"), 0) << err();
+    EXPECT_EQ(ctl(address + "command heard -x --help"), 0) << err();
+    EXPECT_THAT(listener.arguments, testing::ElementsAre("[1,2]", "-x --help"));
     EXPECT_EQ(ctl(address + "level root Debug"), 1);
     EXPECT_EQ(out() + err(), "There is no 'Debug' LogLevel defined.\n");
 }

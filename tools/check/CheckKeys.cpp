@@ -59,12 +59,14 @@ void ReadKeys::addLoggerKeys(const Log::ConfigurationKey& row, const Configurati
     }
 }
 
-/// A key whose beginning already says that nothing reads it, unless it declares an appender in a misspelt
-/// way.
+/// A key whose beginning already says that nothing reads it. It may have been meant to declare an appender.
 void addUnknownKey(const Configuration& configuration, const PropertyLine& line, Findings& findings) {
-    const ReadKeys known(configuration, line.key);
-    findings.addWarning(line, "unknown-key",
-                        "nothing reads this key" + question(nearKey(line.key, known.all())));
+    std::vector<std::string> known = ReadKeys(configuration, line.key).all();
+    const std::string::size_type dot = line.key.find('.');
+    if (dot != std::string::npos && line.key.find('.', dot + 1) == std::string::npos) {
+        known.push_back(Log::appenderKey(line.key.substr(dot + 1)));
+    }
+    findings.addWarning(line, "unknown-key", "nothing reads this key" + question(nearKey(line.key, known)));
 }
 
 void addUndeclared(const Configuration& configuration, const PropertyLine& line, const std::string& name,

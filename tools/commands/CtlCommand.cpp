@@ -19,7 +19,7 @@ const char* const REQUESTS =
     "  level LOGGER LEVEL         set the level of a logger and of all below it, and lower\n"
     "                             the dynamic levels of the appenders for their time\n"
     "  expiration LOGGER MINUTES  how long a level below WARNING lasts; 0 for ever\n"
-    "  command NAME [ARGUMENT]    issue a command; the argument cannot begin with a dash\n"
+    "  command NAME [ARGUMENT]    issue a command\n"
     "  statistics                 the library's counters\n"
     "  flush                      wait until all that is queued is written";
 
@@ -37,7 +37,7 @@ CtlCommand::CtlCommand(CLI::App& program)
     : Command(*program.add_subcommand("ctl", "Ask a running program that has opened a control server")) {
     command_.add_option("ADDRESS", address_, "path of its socket; on Windows, name of its pipe")->required();
     command_.add_option("REQUEST", request_, "what to ask, with its arguments")->required();
-    command_.footer(REQUESTS);
+    command_.footer(std::string(REQUESTS) + "\n\n" + program.get_footer());
 }
 
 ExitCode CtlCommand::run(Output& output) {

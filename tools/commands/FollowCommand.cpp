@@ -2,14 +2,34 @@
 
 #include "follow/Follower.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+/// \return what is wrong; nothing is, if empty
+std::string checkCount(const std::string& text) {
+    std::size_t count = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, count);
+    return result.ec == std::errc() && result.ptr == end ? "" : "'" + text + "' is no number of records";
+}
+
+} // namespace
 
 FollowCommand::FollowCommand(CLI::App& program)
     : Command(*program.add_subcommand("follow",
                                       "Show the last records of log files, and what is added to them")) {
     inputs_.addTo(command_);
-    command_.add_option("--lines", lines_, "How many of the last records to begin with")->type_name("N");
+    command_
+        .add_option("--lines", lines_,
+                    "How many of the last records to begin with; " + std::to_string(DEFAULT_LINES) +
+                        " unless told")
+        ->check(checkCount)
+        ->type_name("N");
     command_.add_flag("--from-start", fromStart_, "Begin with all records");
     stateOption_ = command_.add_option("--state", state_,
                                        "Keep the place in this file, and go on from there at the next start");

@@ -63,7 +63,8 @@ Route Explanation::routeOf(const std::string& logger, const ExplainedAppender& a
             route.lowest = level;
             break;
         }
-        route.reason = problem;
+        const std::string stop = stopOf(logger, level);
+        route.reason = stop.empty() ? problem : "the logger stops what is less severe, " + stop;
     }
     return route;
 }

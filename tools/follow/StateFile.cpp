@@ -1,11 +1,13 @@
 #include "follow/StateFile.h"
 
 #include "Failure.h"
+#include "platform/InputFile.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -44,11 +46,27 @@ StateFile::StateFile(std::string path) : path_(std::move(path)) {
     }
 }
 
+std::string StateFile::read() const {
+    Platform::InputFile file;
+    std::string problem;
+    std::string content;
+    if (file.open(path_, problem)) {
+        char buffer[4096];
+        std::int64_t count = 0;
+        while ((count = file.readAt(content.size(), buffer, sizeof buffer, problem)) > 0) {
+            content.append(buffer, static_cast<std::size_t>(count));
+        }
+    }
+    if (!problem.empty()) {
+        throw Failure(path_ + ": the state cannot be read: " + problem);
+    }
+    return content;
+}
+
 void StateFile::load() {
-    std::ostringstream content;
-    content << std::ifstream(path_, std::ios::binary).rdbuf();
+    const std::string content = read();
     try {
-        const Json json = Json::parse(content.str());
+        const Json json = Json::parse(content);
         if (json.at("version") != VERSION) {
             throw Failure(path_ + ": the state is of another version of this program");
         }
@@ -89,10 +107,11 @@ void StateFile::save() {
         return;
     }
     const std::string temporary = path_ + ".new";
+    errno = 0;
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
     file << text();
     file.close();
-    std::error_code problem;
+    std::error_code problem(file ? 0 : errno, std::generic_category());
     if (file) {
         std::filesystem::rename(temporary, path_, problem);
     }

@@ -28,6 +28,7 @@ public:
     void save();
 
 private:
+    std::string read() const;
     void load();
     std::string text() const;
 

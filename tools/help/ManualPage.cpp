@@ -103,12 +103,14 @@ void ManualPage::writeCommands(std::ostringstream& page) const {
     }
 }
 
-/// The command's own footer, if it has one, and the program's, which is about all commands.
+/// The sections of a footer stand apart by an empty line.
 void ManualPage::writeFooters(std::ostringstream& page) const {
-    if (app_.get_footer() != program_.get_footer()) {
-        writeFooter(page, app_.get_footer());
+    std::string footers = app_.get_footer();
+    for (std::size_t end = footers.find("\n\n"); end != std::string::npos; end = footers.find("\n\n")) {
+        writeFooter(page, footers.substr(0, end));
+        footers.erase(0, end + 2);
     }
-    writeFooter(page, program_.get_footer());
+    writeFooter(page, footers);
 }
 
 void ManualPage::writeSeeAlso(std::ostringstream& page) const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <string_view>
 
 namespace ZAV {
@@ -19,9 +20,9 @@ constexpr std::size_t PAGE_SIZE = 4096;
 struct Header {
     Util::TimeUtils::Time time;
     const char* name; ///< of the logger, which is never destroyed
-    std::size_t nameLength;
     std::size_t textLength;
-    std::size_t fileLength;
+    std::uint32_t nameLength;
+    std::uint32_t fileLength;
     std::int32_t line;
     std::uint8_t level;
     std::uint8_t type;
@@ -30,12 +31,18 @@ struct Header {
     std::size_t packedSize() const { return sizeof(Header) + textLength + fileLength; }
 };
 
+/// A name beyond four gigabytes is cut.
+std::uint32_t lengthOf(std::string_view name) {
+    constexpr std::size_t LONGEST = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(name.size(), LONGEST));
+}
+
 Header headerOf(const MessageFields& message, int answeredReports) {
     return {message.time,
             message.loggerName.data(),
-            message.loggerName.size(),
             message.text.size(),
-            message.file.size(),
+            lengthOf(message.loggerName),
+            lengthOf(message.file),
             message.line,
             static_cast<std::uint8_t>(message.level),
             static_cast<std::uint8_t>(message.type),
@@ -81,7 +88,7 @@ void MessageBatch::append(const MessageFields& message, int answeredReports) {
     MessageBlock& block = blocks_.back();
     char* const bytes = block.bytes.get() + block.used;
     std::memcpy(bytes, &header, sizeof header);
-    pack(pack(bytes + sizeof header, message.text), message.file);
+    pack(pack(bytes + sizeof header, message.text), message.file.substr(0, header.fileLength));
     block.used += needed;
     ++size_;
 }

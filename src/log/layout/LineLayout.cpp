@@ -28,6 +28,11 @@ std::size_t roomFor(const MessageFields& message) {
            message.text.size() + SEPARATORS_AND_END_OF_LINE;
 }
 
+std::size_t roomFor(const ProcessDescription& process) {
+    constexpr std::size_t SEPARATORS = 3;
+    return process.program.size() + NUMBER_LENGTH + process.host.size() + SEPARATORS;
+}
+
 char* writeField(char* position, std::string_view field) {
     *position++ = ' ';
     return position + field.copy(position, field.size());
@@ -47,6 +52,12 @@ char* writeLocation(char* position, const MessageFields& message) {
         position = writeNumber(position, message.line);
     }
     return position;
+}
+
+char* writeProcess(char* position, const ProcessDescription& process) {
+    position = writeField(position, process.program);
+    *position++ = ' ';
+    return writeField(writeNumber(position, process.id), process.host);
 }
 
 char* writeMessage(char* position, const MessageFields& message) {
@@ -69,11 +80,11 @@ void appendLogLine(std::string& text, const MessageFields& message) {
 }
 
 void appendLogLineWithProcess(std::string& text, const MessageFields& message) {
-    const std::string process = describeProcess(message.time);
+    const ProcessDescription process = describeProcess(message.time);
     const std::size_t begin = text.size();
-    text.resize(begin + roomFor(message) + process.size() + 1);
+    text.resize(begin + roomFor(message) + roomFor(process));
     char* position = Util::TimeUtils::writeTime(&text[begin], message.time);
-    position = writeMessage(writeField(position, process), message);
+    position = writeMessage(writeProcess(position, process), message);
     text.resize(static_cast<std::size_t>(position - text.data()));
 }
 

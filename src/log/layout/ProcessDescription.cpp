@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 namespace ZAV {
 namespace Log {
@@ -46,13 +46,8 @@ std::string_view hostName(Util::TimeUtils::Time time) {
 
 } // namespace
 
-std::string describeProcess(Util::TimeUtils::Time time) {
-    std::string process = programName();
-    process.append(1, ' ')
-        .append(std::to_string(Platform::processId()))
-        .append(1, ' ')
-        .append(hostName(time));
-    return process;
+ProcessDescription describeProcess(Util::TimeUtils::Time time) {
+    return {programName(), Platform::processId(), hostName(time)};
 }
 
 } // namespace Log

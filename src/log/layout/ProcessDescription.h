@@ -2,14 +2,21 @@
 
 #include "zav-util/TimeUtils.h"
 
-#include <string>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
 
+/// What the longer layout says of the process.
+struct ProcessDescription {
+    std::string_view program; ///< its file name
+    int id;
+    std::string_view host;
+};
+
 /// \param time of the message that is rendered: the host's name is as old as one second of it at most
-/// \return the program's file name, the process id and the host's name, with a space between them
-std::string describeProcess(Util::TimeUtils::Time time);
+/// \return texts that stay until the calling thread asks again
+ProcessDescription describeProcess(Util::TimeUtils::Time time);
 
 } // namespace Log
 } // namespace ZAV

@@ -1,0 +1,50 @@
+#include "options/VerbatimWords.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+namespace VerbatimWords {
+
+namespace {
+
+constexpr char MARK = '\x01';
+
+bool looksLikeList(const std::string& word) {
+    return !word.empty() && word.front() == '[' && word.back() == ']';
+}
+
+/// \param words the program's name among them
+bool isArgumentOfCommand(const std::vector<std::string>& words, std::size_t number) {
+    return number > 4 && words[1] == "ctl" && words[3] == "command";
+}
+
+std::string withoutMark(const std::string& word) {
+    return !word.empty() && word.front() == MARK ? word.substr(1) : word;
+}
+
+} // namespace
+
+std::vector<std::string> marked(int argc, const char* const* argv) {
+    const std::vector<std::string> words(argv, argv + argc);
+    std::vector<std::string> result;
+    for (std::size_t number = words.size() - 1; number > 0; --number) {
+        const bool isMisread = looksLikeList(words[number]) || isArgumentOfCommand(words, number);
+        result.push_back(isMisread ? MARK + words[number] : words[number]);
+    }
+    return result;
+}
+
+void acceptMarked(CLI::App& program) {
+    for (CLI::App* const command : program.get_subcommands({})) {
+        for (CLI::Option* const option : command->get_options()) {
+            if (option->get_items_expected_max() > 0) {
+                option->transform(withoutMark);
+            }
+        }
+    }
+}
+
+} // namespace VerbatimWords
+} // namespace Tools
+} // namespace ZAV
