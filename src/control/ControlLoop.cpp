@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <stdexcept>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
@@ -40,12 +41,16 @@ bool ControlLoop::runOnce() {
         if (event.kind == LocalServer::STOPPED) {
             return false;
         }
+        const Clock::time_point begin = Clock::now();
         handle(event);
         goOnFlushing();
+        excuseSilenceSince(begin);
     } catch (...) {
         // Memory has run out. The application may recover from that, so its threads are left alone.
         if (client >= 0) {
             drop(client);
+        } else {
+            std::this_thread::sleep_for(Milliseconds(10));
         }
     }
     dropSilentClients();
@@ -146,6 +151,16 @@ void ControlLoop::endFlushing(int client, const std::string& text) {
 bool ControlLoop::isAnyoneFlushing() const {
     return std::any_of(sessions_.begin(), sessions_.end(),
                        [](const auto& session) { return session && session->isFlushing; });
+}
+
+/// A listener may take long: what the other clients have sent meanwhile was not looked at.
+void ControlLoop::excuseSilenceSince(Clock::time_point begin) {
+    const Clock::time_point now = Clock::now();
+    for (std::optional<ClientSession>& session : sessions_) {
+        if (session) {
+            session->silentSince = std::min(now, session->silentSince + (now - begin));
+        }
+    }
 }
 
 void ControlLoop::dropSilentClients() {

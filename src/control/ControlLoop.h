@@ -42,6 +42,7 @@ private:
     void startFlushing(int client);
     void goOnFlushing();
     void endFlushing(int client, const std::string& text);
+    void excuseSilenceSince(Clock::time_point begin);
     void dropSilentClients();
     void drop(int client);
     bool isAnyoneFlushing() const;

@@ -2,6 +2,7 @@
 
 #include "control/ControlLoop.h"
 #include "log/LogException.h"
+#include "platform/CancellationGuard.h"
 #include "platform/Process.h"
 #include "platform/SignalGuard.h"
 
@@ -30,18 +31,30 @@ public:
         thread_->join();
     }
 
+    /// \return true in the server's own thread, as when a command listener ends the process
+    bool isServing() const { return thread_->get_id() == std::this_thread::get_id(); }
+
 private:
     ControlLoop loop_;
     std::unique_ptr<std::thread> thread_;
     const int process_; ///< id of the one whose thread it is
 };
 
-ControlServer::ControlServer(const std::string& address) try : inside_(std::make_unique<Inside>(address)) {
+ControlServer::ControlServer(const std::string& address) try {
+    const Platform::NoCancellation noCancellation;
+    inside_ = std::make_unique<Inside>(address);
 } catch (const std::exception& exception) {
     throw LogException("Can't serve " + address + ": " + exception.what());
 }
 
-ControlServer::~ControlServer() = default;
+/// The server's own thread cannot wait for itself: the loop is left alone there, and ends with the process.
+ControlServer::~ControlServer() {
+    const Platform::NoCancellation noCancellation;
+    if (inside_->isServing()) {
+        static_cast<void>(inside_.release());
+    }
+    inside_.reset();
+}
 
 } // namespace Log
 } // namespace ZAV

@@ -24,6 +24,10 @@ Logger* findLogger(const std::string& name) {
     if (name == "root") {
         return &LoggerFactory::getRootLogger();
     }
+    // No component of a name is empty: the factory would take it for something else, and make it.
+    if (name.empty() || name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos) {
+        return nullptr;
+    }
     // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
     const std::string::size_type dot = name.rfind('.');
     if (dot != std::string::npos && LoggerFactory::loggerExists(name.substr(0, dot), name.substr(dot + 1))) {

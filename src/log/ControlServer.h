@@ -46,8 +46,9 @@ public:
     ///        used; and if no thread can be started
     explicit ControlServer(const std::string& address);
 
-    /// Disconnects all clients, also in the middle of an answer, and removes the socket. Not to be called
-    /// from a command listener. In a forked child, which serves nobody, it leaves the socket to the parent.
+    /// Disconnects all clients, also in the middle of an answer, and removes the socket. In a forked
+    /// child, which serves nobody, it leaves the socket to the parent. A command listener should not call it,
+    /// but may end the process: the socket then stays, for the next server to replace.
     ~ControlServer();
 
     ControlServer(const ControlServer&) = delete;
@@ -55,7 +56,7 @@ public:
 
 private:
     class Inside;
-    const std::unique_ptr<Inside> inside_;
+    std::unique_ptr<Inside> inside_;
 };
 
 } // namespace Log

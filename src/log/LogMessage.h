@@ -21,8 +21,7 @@ public:
     LogMessage(std::string loggerName, Util::TimeUtils::Time time, Level::LogLevel level, std::string text,
                int line, std::string file, MessageType type);
 
-    LogMessage(const LogMessage&) = default;
-    LogMessage(LogMessage&&) noexcept = default;
+    LogMessage(const LogMessage&) = default; // and no move, which would change the other one
     LogMessage& operator=(const LogMessage&) = delete;
     ~LogMessage() = default;
 

@@ -19,7 +19,9 @@ constexpr std::size_t RECORDS_PER_LOOK = 256;
 } // namespace
 
 Follower::Follower(const RecordFilter& filter, Printer& printer, Output& output)
-    : filter_(filter), printer_(printer), output_(output) {}
+    : filter_(filter), printer_(printer), output_(output) {
+    Platform::catchStopSignals(); // before the first input is opened, which may be a pipe
+}
 
 void Follower::showLast(std::size_t count) {
     last_.emplace(count);
@@ -33,7 +35,6 @@ void Follower::keepState(const std::string& path) {
 }
 
 void Follower::run() {
-    Platform::catchStopSignals();
     shower_.emplace(filter_, printer_, inputs_.size());
     resume();
     readRound();

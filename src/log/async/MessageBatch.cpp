@@ -24,7 +24,7 @@ struct Header {
     std::uint32_t nameLength;
     std::uint32_t fileLength;
     std::int32_t line;
-    std::uint8_t level;
+    std::int16_t level;
     std::uint8_t type;
     std::uint8_t answeredReports;
 
@@ -44,7 +44,7 @@ Header headerOf(const MessageFields& message, int answeredReports) {
             lengthOf(message.loggerName),
             lengthOf(message.file),
             message.line,
-            static_cast<std::uint8_t>(message.level),
+            static_cast<std::int16_t>(message.level),
             static_cast<std::uint8_t>(message.type),
             static_cast<std::uint8_t>(answeredReports)};
 }

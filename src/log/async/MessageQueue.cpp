@@ -68,9 +68,11 @@ bool MessageQueue::deliversPromptly() const {
 void MessageQueue::discardOldest() noexcept {
     const char* const reason =
         closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
-    showOnStandardError(reason, messageQueue_.front());
+    const std::string line = shownLine(reason, messageQueue_.front());
+    // Before it is shown: whoever reads standard error may log, and so discard the next one.
     messageQueue_.removeFront();
     numbers_.addDiscarded(1);
+    showLine(line, reason);
 }
 
 void MessageQueue::showAll(const MessageBatch& batch) noexcept {
@@ -226,24 +228,22 @@ void MessageQueue::askForMemory() {
 }
 
 void MessageQueue::keepMemoryReady() noexcept {
-    if (wantsMemory_.load(std::memory_order_relaxed)) {
-        const QueueMonitorLock lock(queueMonitor_);
+    if (wantsMemory_.load(std::memory_order_relaxed) && queueMonitor_.tryLock()) {
+        const QueueMonitorLock lock(queueMonitor_, Platform::ADOPT_LOCK);
         addMemory();
     }
 }
 
-/// Releases the monitor while the memory is made. If there is none, the next logging call that needs some
-/// asks again.
+/// Makes one block, and releases the monitor meanwhile. If there is no memory, the next logging call that
+/// needs some asks again.
 void MessageQueue::addMemory() noexcept {
     wantsMemory_.store(false, std::memory_order_relaxed);
-    while (messageQueue_.wantsSpare()) {
-        queueMonitor_.unlock();
-        MessageBlocks spare = makeSpare();
-        queueMonitor_.lock();
-        if (spare.empty()) {
-            return;
-        }
+    queueMonitor_.unlock();
+    MessageBlocks spare = makeSpare();
+    queueMonitor_.lock();
+    if (!spare.empty()) {
         messageQueue_.addSpares(spare);
+        wantsMemory_.store(messageQueue_.wantsSpare(), std::memory_order_relaxed);
     }
 }
 

@@ -63,7 +63,7 @@ public:
     void endDelivery(MessageBatch& batch, bool isDelivered) noexcept;
 
     /// Has some memory ready for the next messages, so that the logging calls need not make it. Costs a
-    /// comparison if there is enough.
+    /// comparison if there is enough, and does not wait for the monitor.
     void keepMemoryReady() noexcept;
 
     /// Sets a consumer's flag and wakes it.

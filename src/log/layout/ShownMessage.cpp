@@ -9,14 +9,26 @@
 namespace ZAV {
 namespace Log {
 
-void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
+std::string shownLine(const char* reason, const MessageFields& message) noexcept {
     try {
         std::string line = reason;
         appendLogLine(line, message);
-        Util::writeErrorLine(line);
+        return line;
     } catch (const std::exception&) {
-        Util::writeErrorLine(reason);
+        return std::string();
     }
+}
+
+void showLine(const std::string& line, const char* reason) noexcept {
+    if (line.empty()) {
+        Util::writeErrorLine(reason);
+    } else {
+        Util::writeErrorLine(line);
+    }
+}
+
+void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
+    showLine(shownLine(reason, message), reason);
 }
 
 } // namespace Log

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace ZAV {
 namespace Log {
 
@@ -7,6 +9,12 @@ struct MessageFields;
 
 /// What a line begins with that shows a message because the process ends.
 constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was not written: ";
+
+/// \return the line that shows a message; empty if there is no memory for it
+std::string shownLine(const char* reason, const MessageFields& message) noexcept;
+
+/// Shows such a line on the standard error stream, flushed; an empty one shows as the reason alone.
+void showLine(const std::string& line, const char* reason) noexcept;
 
 /// Shows a message on the standard error stream in place of its delivery: one line, flushed. It never throws;
 /// if there is no memory for the line, the reason alone is shown.

@@ -1,5 +1,7 @@
 #include "platform/InputFile.h"
 
+#include "platform/linux/StopDescriptor.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -44,7 +46,9 @@ InputFile& InputFile::operator=(InputFile&& other) noexcept {
 
 bool InputFile::open(const std::string& path, std::string& problem) {
     close();
-    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Whoever is to end on request must not wait for the other side of a pipe.
+    const int waits = stopDescriptor() < 0 ? 0 : O_NONBLOCK;
+    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | waits);
     if (opened < 0) {
         problem = describe(errno);
         return false;
@@ -74,6 +78,9 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
         }
         if (count >= 0) {
             return count;
+        }
+        if (errno == EAGAIN) {
+            return 0; // for now
         }
         if (errno != EINTR) {
             problem = describe(errno);

@@ -25,18 +25,27 @@ FileDescriptor makeSocket() {
 
 /// Keeps two servers that start at once from replacing each other's socket. A lock that a stranger holds for
 /// long, or a folder that cannot be locked, must not keep the server from starting.
-FileDescriptor lockFolderOf(const std::string& path) {
-    const std::string::size_type separator = path.rfind('/');
-    const std::string folder = separator == std::string::npos ? "." : path.substr(0, separator + 1);
-    FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (int attempt = 0; attempt < 50 && flock(lock.number(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
-        if (errno != EWOULDBLOCK) {
-            break;
+class FolderLock {
+public:
+    explicit FolderLock(const std::string& path) {
+        const std::string::size_type separator = path.rfind('/');
+        const std::string folder = separator == std::string::npos ? "." : path.substr(0, separator + 1);
+        folder_ = FileDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        for (int attempt = 0; attempt < 50 && flock(folder_.number(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
+            if (errno != EWOULDBLOCK) {
+                break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    return lock;
-}
+    /// Not by closing it alone: a child that was forked meanwhile has a copy.
+    ~FolderLock() { flock(folder_.number(), LOCK_UN); }
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    FileDescriptor folder_;
+};
 
 /// A forked child may hold the socket of a server that has crashed: connections are then taken, but nobody
 /// answers.
@@ -47,17 +56,17 @@ bool isServerGone(int connection) {
            kill(server.pid, 0) != 0 && errno == ESRCH;
 }
 
-/// \return true if the file is that of a socket which nobody serves
+/// \return true if the file is that of a socket which nobody serves, or has just been removed by its server
 bool isStale(const std::string& path) {
     const FileDescriptor probe = makeSocket();
     const SocketAddress address(path);
     if (connect(probe.number(), address.get(), address.size()) == 0) {
         return isServerGone(probe.number());
     }
-    if (errno != ECONNREFUSED && errno != EAGAIN) {
+    if (errno != ECONNREFUSED && errno != ENOENT && errno != EAGAIN) {
         throw systemFailure();
     }
-    return errno == ECONNREFUSED;
+    return errno != EAGAIN;
 }
 
 void removeStaleFile(const std::string& path) {
@@ -71,7 +80,7 @@ void removeStaleFile(const std::string& path) {
     if (!isStale(path)) {
         throw std::runtime_error("Another process serves it");
     }
-    if (unlink(path.c_str()) != 0) {
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) {
         throw systemFailure();
     }
 }
@@ -80,7 +89,7 @@ void removeStaleFile(const std::string& path) {
 
 SocketFile::SocketFile(const std::string& path) : path_(path), socket_(makeSocket()), maker_(getpid()) {
     const SocketAddress address(path); // which may not be one
-    const FileDescriptor lock = lockFolderOf(path);
+    const FolderLock lock(path);
     removeStaleFile(path);
     bindAndListen();
 }
@@ -107,11 +116,13 @@ SocketFile::~SocketFile() {
     if (!isOurs()) {
         return;
     }
-    // Also for the copies of forked children, so that nobody waits for an answer.
-    shutdown(socket_.number(), SHUT_RDWR);
+    // While it still listens, so that no other server takes the file for a stale one and replaces it
+    // meanwhile.
     if (isStillThere()) {
         unlink(path_.c_str());
     }
+    // Also for the copies of forked children, so that nobody waits for an answer.
+    shutdown(socket_.number(), SHUT_RDWR);
 }
 
 bool SocketFile::isOurs() const noexcept {

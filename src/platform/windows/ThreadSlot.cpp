@@ -1,11 +1,14 @@
 #include "platform/ThreadSlot.h"
 
+#include "platform/ProcessLifetime.h"
+
 #include <windows.h>
 
 namespace ZAV {
 namespace Platform {
 
 ThreadSlot::ThreadSlot(void (*destroy)(void* object)) {
+    keepLibraryLoaded(); // the system calls `destroy` when a thread ends
     key_ = FlsAlloc(destroy);
     isValid_ = key_ != FLS_OUT_OF_INDEXES;
 }
