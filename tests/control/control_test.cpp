@@ -59,6 +59,8 @@ TEST_F(Control, SteersTheLoggers) {
                                      "two\\nlines ERROR 0\n"
                                      "ok\n");
     EXPECT_THAT(dynamicFilter.arguments, ElementsAre("DEBUG", "TRACE", "ERROR", "TRACE"));
+    EXPECT_EQ(client.ask("level .net DEBUG"), "error: There is no logger '.net'.\n");
+    EXPECT_EQ(client.ask("level net..tcp DEBUG"), "error: There is no logger 'net..tcp'.\n");
 }
 
 TEST_F(Control, RefusesWhatItCannotDoWithTheReason) {
@@ -90,6 +92,29 @@ TEST_F(Control, DeliversCommandsWithTheirArgumentAsItIs) {
     EXPECT_EQ(client.ask("command nobody x"), "ok\n");
     EXPECT_EQ(client.ask("command refused x"), "error: two\\nlines\n");
     EXPECT_THAT(listener.arguments, ElementsAre("", " two  words "));
+}
+
+TEST_F(Control, ASlowListenerMakesNobodyElseLookSilent) {
+    class SlowListener : public CommandListener {
+    public:
+        explicit SlowListener(Client& other) : other_(other) {}
+        void onCommand(const std::string&) override {
+            other_.say("level root ERROR\n");
+            std::this_thread::sleep_for(milliseconds(1200));
+        }
+
+    private:
+        Client& other_;
+    };
+    ControlLoop::Limits limits;
+    limits.silence = milliseconds(1000);
+    const ShortServer server(address_, limits);
+    Client client(address_);
+    Client other(address_);
+    SlowListener listener(other);
+    LogManager::registerCommandListener("slow", &listener);
+    EXPECT_EQ(client.ask("command slow"), "ok\n");
+    EXPECT_EQ(other.answer(), "ok\n");
 }
 
 TEST_F(Control, CountsAndWritesTheQueue) {

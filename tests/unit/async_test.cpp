@@ -6,7 +6,10 @@
 #include "log/async/MessageQueue.h"
 
 #include <future>
+#include <iostream>
+#include <sstream>
 #include <tuple>
+#include <utility>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -95,6 +98,41 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
         all.append(fields("b"));
     }
     EXPECT_EQ(all.close().size(), 3000U);
+}
+
+namespace {
+
+/// A standard error that logs when it is written to.
+class LoggingBuffer : public std::stringbuf {
+public:
+    explicit LoggingBuffer(MessageQueue& queue) : queue_(queue) {}
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        if (!std::exchange(hasLogged_, true)) {
+            queue_.append(fields("x"));
+        }
+        return std::stringbuf::xsputn(text, size);
+    }
+
+private:
+    MessageQueue& queue_;
+    bool hasLogged_ = false;
+};
+
+} // namespace
+
+TEST(MessageQueue, ShowsEachDiscardedMessageOnceAlsoIfThatLogs) {
+    MessageQueue queue;
+    queue.configure(tuning("2", "3600"));
+    LoggingBuffer buffer(queue);
+    std::streambuf* const before = std::cerr.rdbuf(&buffer);
+    queue.append(fields("1"));
+    queue.append(fields("2"));
+    std::cerr.rdbuf(before);
+    EXPECT_THAT(buffer.str(), HasSubstr(" INFO 1\n"));
+    EXPECT_THAT(buffer.str(), HasSubstr(" INFO 2\n"));
+    EXPECT_THAT(textsOf(queue.close()), ElementsAre("x"));
 }
 
 TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {

@@ -61,7 +61,8 @@ const ConfigurationKey OUTPUT_KEYS[] = {
      "the unit of `fileMaxLifetime`"},
     {KeySection::APPENDER, AppenderSetting::RECOVERY, READ_BY_FILE_APPENDER, ValueForm::PERIOD, nullptr,
      "number and unit, as for `expiration`", "never",
-     "how often a failed or vanished live file is looked after, see [Recovery](#recovery); 0 or below: "
+     "how often a failed or vanished live file is checked for and reopened, see [Recovery](#recovery); 0 or "
+     "below: "
      "never"},
     {KeySection::APPENDER, AppenderSetting::FILE_MODE, READ_BY_FILE_APPENDERS, ValueForm::FILE_MODE, nullptr,
      "octal number up to 777", "666 less the process's mask",
