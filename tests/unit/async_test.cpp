@@ -170,7 +170,7 @@ TEST(MessageQueue, DoesNotEndAWaitToMakeMemory) {
 }
 
 TEST(MessageQueue, ForgetsInAForkedChildWhatTheParentHasQueued) {
-    MessageQueue queue;
+    static MessageQueue& queue = *new MessageQueue; // which keeps the parent's monitor for good
     queue.append(fields("the parent's"));
     queue.lockForFork();
     queue.renewInChild();
