@@ -88,9 +88,10 @@ TEST_F(Drill, AKilledProcessHasWrittenEachLineThatACallReturnedFor) {
 TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
+#elif defined(__SANITIZE_ADDRESS__)
+    // Where another thread allocates during the fork, the child waits for ever when it starts a thread.
+    GTEST_SKIP() << "the address sanitizer's own allocator is locked in such a child";
 #endif
-    // What the vanished threads owned would count as leaked in the children.
-    setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
     std::filesystem::create_directory(directory_ / "child");
     EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "fork"), 0) << errors();
 }
