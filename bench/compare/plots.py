@@ -53,6 +53,12 @@ def write_plot(folder, results):
     subprocess.run(["gnuplot", "comparison.gp"], cwd=folder, check=True)
 
 
+def short(label):
+    """Narrow enough to stand below the bars of one row, each part of it on a line."""
+    words = label.replace("default waiting period", "default").replace("prompt delivery", "prompt")
+    return words.replace(", ", "\\n")
+
+
 def panel(data, folder, group, results):
     figures = {LIMITS: [row.limit for row in group.rows]}
     figures.update({logger: [row.figure for row in group.rows] for logger in LOGGERS})
@@ -60,7 +66,7 @@ def panel(data, folder, group, results):
     lines = []
     for index, row in enumerate(group.rows):
         cells = [cell for program in shown for cell in bar(results.of(program, figures[program][index]))]
-        lines.append("\t".join(['"%s"' % row.label.replace(", ", "\\n")] + cells))
+        lines.append("\t".join(['"%s"' % short(row.label)] + cells))
     (folder / data).write_text("\n".join(lines) + "\n", encoding="utf-8")
     values = [value for program in shown for measured in figures[program] for value in results.of(program, measured)]
     return PANEL.format(title=group.title, unit=group.unit, scale=scale(values), bars=bars(data, shown))
