@@ -239,19 +239,21 @@ void MessageQueue::keepMemoryReady() noexcept {
 void MessageQueue::addMemory() noexcept {
     wantsMemory_.store(false, std::memory_order_relaxed);
     queueMonitor_.unlock();
-    MessageBlocks spare = makeSpare();
+    makeSpare();
     queueMonitor_.lock();
-    if (!spare.empty()) {
-        messageQueue_.addSpares(spare);
+    const Platform::ScopedLock lock(memoryLock_);
+    if (!madeSpare_.empty()) {
+        messageQueue_.addSpares(madeSpare_);
         wantsMemory_.store(messageQueue_.wantsSpare(), std::memory_order_relaxed);
     }
 }
 
-MessageBlocks MessageQueue::makeSpare() noexcept {
+void MessageQueue::makeSpare() noexcept {
+    const Platform::ScopedLock lock(memoryLock_);
     try {
-        return MessageBatch::makeSpare();
+        madeSpare_ = MessageBatch::makeSpare();
     } catch (const std::bad_alloc&) {
-        return MessageBlocks();
+        return;
     }
 }
 

@@ -5,6 +5,7 @@
 #include "log/async/MessageBatch.h"
 #include "log/async/QueueMonitor.h"
 #include "log/async/QueueNumbers.h"
+#include "platform/CriticalSection.h"
 
 #include <atomic>
 
@@ -101,7 +102,7 @@ private:
     void wakeConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
     void askForMemory() ZAV_LOG_REQUIRES(queueMonitor_);
     void addMemory() noexcept ZAV_LOG_REQUIRES(queueMonitor_);
-    static MessageBlocks makeSpare() noexcept;
+    void makeSpare() noexcept;
 
     QueueMonitor queueMonitor_;
     MessageBatch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
@@ -113,6 +114,10 @@ private:
     bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
     bool isWoken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;   ///< the consumer is to end its wait
     bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
+    /// Taken after the monitor, as a fork does, which so waits until the memory is made.
+    Platform::CriticalSection memoryLock_{Platform::AWAITED_BY_FORK};
+    /// Made and not added yet. Not on the consumer's stack, which a forked child does not have.
+    MessageBlocks madeSpare_ ZAV_LOG_GUARDED_BY(memoryLock_);
     std::atomic<bool> wantsMemory_{true}; ///< changed under the monitor, read without it
 };
 
