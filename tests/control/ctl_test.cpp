@@ -4,6 +4,7 @@
 #include "log/LoggerFactory.h"
 
 #include <cstdlib>
+#include <memory>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -31,7 +32,7 @@ TEST_F(Ctl, AsksARunningProgram) {
     LoggerFactory::getLogger("with blank");
     TestSupport::RecordingListener listener;
     LogManager::registerCommandListener("heard", &listener);
-    const ControlServer server(address_);
+    auto server = std::make_unique<ControlServer>(address_);
     const std::string address = "\"" + address_ + "\" ";
     EXPECT_EQ(ctl(address + "level \"with blank\" DEBUG"), 0) << err();
     EXPECT_EQ(out(), "");
@@ -39,9 +40,10 @@ TEST_F(Ctl, AsksARunningProgram) {
     EXPECT_EQ(out(), "root WARNING 0\nwith blank DEBUG 0\n");
     EXPECT_EQ(ctl(address + "command heard [1,2]"), 0) << err();
     EXPECT_EQ(ctl(address + "command heard -x --help"), 0) << err();
-    EXPECT_THAT(listener.arguments, testing::ElementsAre("[1,2]", "-x --help"));
     EXPECT_EQ(ctl(address + "level root Debug"), 1);
     EXPECT_EQ(out() + err(), "There is no 'Debug' LogLevel defined.\n");
+    server.reset(); // and with it the thread that the listener ran in
+    EXPECT_THAT(listener.arguments, testing::ElementsAre("[1,2]", "-x --help"));
 }
 
 TEST_F(Ctl, TellsWrongUsageBeforeItAsks) {
