@@ -148,7 +148,7 @@ TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
 TEST(Process, HasANumberOfItsOwnInAForkedChild) {
     const pid_t child = fork();
     if (child == 0) {
-        _exit(Platform::processId() == getpid() ? 0 : 1);
+        _exit(Platform::rememberedProcessId() == getpid() ? 0 : 1);
     }
     int status = -1;
     waitpid(child, &status, 0);

@@ -1,7 +1,6 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
-#include "log/async/MessageQueue.h"
 #include "log/layout/ShownMessage.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
@@ -69,17 +68,17 @@ bool AsynchronousAppenders::deliver(const MessageBatch& batch) noexcept {
 
 /// The bound of reports in answer to others holds for each message that answers none.
 void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
+    ThreadRecord& thread = threadRecord();
     MessageBatch::Reader messages(batch);
     given_ = 0;
     while (!isAbandoned_ && messages.hasNext()) {
         const MessageFields fields = messages.next();
         if (messages.answeredReports() == 0) {
-            threadRecord().nestedReports = 0;
+            thread.nestedReports = 0;
         }
-        const ReportAnswer answer(messages.answeredReports());
+        const ReportAnswer answer(thread, messages.answeredReports());
         given_.fetch_add(1, std::memory_order_relaxed);
         give(appender, fields);
-        queue_.keepMemoryReady();
     }
 }
 
@@ -95,10 +94,11 @@ void AsynchronousAppenders::showRestOfDelivery() noexcept {
     if (delivered_ == nullptr) {
         return;
     }
+    const std::size_t given = given_; // of now: the delivery may go on while these are shown
     MessageBatch::Reader messages(*delivered_);
     for (std::size_t number = 0; messages.hasNext(); ++number) {
         const MessageFields fields = messages.next();
-        if (number >= given_) {
+        if (number >= given) {
             showOnStandardError(SHOWN_AT_PROCESS_END, fields);
         }
     }

@@ -11,15 +11,11 @@ namespace ZAV {
 namespace Log {
 
 class Appender;
-class MessageQueue;
 
 /// The appenders that the consumer thread writes to, in the order of their registration. It does not own
 /// them.
 class AsynchronousAppenders {
 public:
-    /// \param queue whose messages are delivered; must outlive this object
-    explicit AsynchronousAppenders(MessageQueue& queue) : queue_(queue) {}
-
     void add(Appender* appender);
 
     /// Removes every entry of an appender. Waits for a running delivery: once it returns, the appender is not
@@ -45,7 +41,6 @@ private:
     void deliverTo(Appender& appender, const MessageBatch& batch) noexcept ZAV_LOG_REQUIRES(appendersLock_);
     void setDelivered(const MessageBatch* batch) noexcept;
 
-    MessageQueue& queue_;
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
 
     /// Held for each single step, so that a forked child finds the list whole.

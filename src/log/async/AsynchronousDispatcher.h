@@ -54,7 +54,7 @@ private:
     void beginInChild() noexcept;
 
     MessageQueue queue_;
-    AsynchronousAppenders appenders_{queue_};
+    AsynchronousAppenders appenders_;
     Platform::CriticalSection threadLock_;
     ConsumerThreadPtr consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
     /// In a forked child, whose parent had a consumer: the first message starts the child's own.

@@ -47,13 +47,16 @@ void ConsumerThread::makeRounds() {
     } while (!stopped_);
 }
 
+/// In a child that an appender or a listener has forked, the batch is the parent's, which ends its delivery.
 /// When the call ends, and with it the round, the thread writes what its appenders and listeners had to put
 /// off, and may wait for loggers there.
 void ConsumerThread::deliverRound() {
     MessageBatch batch = queue_.takeBatch();
     const LibraryCall call;
     const bool isDelivered = appenders_.deliver(batch);
-    queue_.endDelivery(batch, isDelivered);
+    if (!isParents_) {
+        queue_.endDelivery(batch, isDelivered);
+    }
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No

@@ -68,8 +68,8 @@ public:
 
     // Spare blocks
 
-    /// \return true if a spare block should be added
-    bool wantsSpare() const { return spares_.size() < MOST_SPARES; }
+    /// \return true if a spare block should be made
+    bool wantsSpare() const { return spares_.size() < READY_SPARES; }
 
     /// \return a block whose memory was touched
     /// \throw std::bad_alloc
@@ -82,7 +82,8 @@ public:
     MessageBlocks takeBlocks() noexcept;
 
 private:
-    static constexpr std::size_t MOST_SPARES = 4;
+    static constexpr std::size_t READY_SPARES = 4; ///< that are made before they are needed
+    static constexpr std::size_t MOST_SPARES = 16;
 
     void addBlock(std::size_t neededBytes);
     void addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept;

@@ -65,14 +65,19 @@ bool MessageQueue::deliversPromptly() const {
     return settings_.waitingPeriod == Time();
 }
 
+/// Whoever reads standard error may log what is shown, and so discard the next message while this one is
+/// being shown, and so on. The last of such a chain is only counted, or it would never end.
 void MessageQueue::discardOldest() noexcept {
     const char* const reason =
         closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
     const std::string line = shownLine(reason, messageQueue_.front());
-    // Before it is shown: whoever reads standard error may log, and so discard the next one.
     messageQueue_.removeFront();
     numbers_.addDiscarded(1);
-    showLine(line, reason);
+    if (nestedShows_ < MOST_NESTED_SHOWS) {
+        ++nestedShows_;
+        showLine(line, reason);
+        --nestedShows_;
+    }
 }
 
 void MessageQueue::showAll(const MessageBatch& batch) noexcept {
@@ -181,7 +186,7 @@ void MessageQueue::endDelivery(MessageBatch& batch, bool isDelivered) noexcept {
     MessageBlocks unused; // freed after the monitor is released
     const QueueMonitorLock lock(queueMonitor_);
     if (oldestTaken_ == 0) {
-        return; // nothing was taken, or the thread has forked: the messages are the parent's
+        return; // nothing was taken
     }
     if (isDelivered) {
         numbers_.addDelivered(batch.size());
@@ -219,32 +224,26 @@ int MessageQueue::priority() {
 
 // Memory
 
-/// Has the consumer make some more while it waits for messages or between two of them.
+/// Has the consumer make some more, if it waits for messages. While it delivers them there is none to spare:
+/// what the calls would save there, the delivery would lose.
 void MessageQueue::askForMemory() {
-    if (messageQueue_.wantsSpare() && !wantsMemory_.load(std::memory_order_relaxed)) {
-        wantsMemory_.store(true, std::memory_order_relaxed);
+    if (messageQueue_.wantsSpare() && !wantsMemory_) {
+        wantsMemory_ = true;
         queueMonitor_.notify();
-    }
-}
-
-void MessageQueue::keepMemoryReady() noexcept {
-    if (wantsMemory_.load(std::memory_order_relaxed) && queueMonitor_.tryLock()) {
-        const QueueMonitorLock lock(queueMonitor_, Platform::ADOPT_LOCK);
-        addMemory();
     }
 }
 
 /// Makes one block, and releases the monitor meanwhile. If there is no memory, the next logging call that
 /// needs some asks again.
 void MessageQueue::addMemory() noexcept {
-    wantsMemory_.store(false, std::memory_order_relaxed);
+    wantsMemory_ = false;
     queueMonitor_.unlock();
     makeSpare();
     queueMonitor_.lock();
     const Platform::ScopedLock lock(memoryLock_);
     if (!madeSpare_.empty()) {
         messageQueue_.addSpares(madeSpare_);
-        wantsMemory_.store(messageQueue_.wantsSpare(), std::memory_order_relaxed);
+        wantsMemory_ = messageQueue_.wantsSpare();
     }
 }
 

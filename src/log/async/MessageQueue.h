@@ -63,10 +63,6 @@ public:
     /// \param batch is emptied: its memory serves the next messages
     void endDelivery(MessageBatch& batch, bool isDelivered) noexcept;
 
-    /// Has some memory ready for the next messages, so that the logging calls need not make it. Costs a
-    /// comparison if there is enough, and does not wait for the monitor.
-    void keepMemoryReady() noexcept;
-
     /// Sets a consumer's flag and wakes it.
     void stop(std::atomic<bool>& stopped);
 
@@ -88,6 +84,8 @@ private:
         IS_AWAY,        ///< it may be waiting for a lock that a logging call holds
         ENDS            ///< it is in its last round
     };
+
+    static constexpr int MOST_NESTED_SHOWS = 8;
 
     void callConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
     void waitForRoom() ZAV_LOG_REQUIRES(queueMonitor_);
@@ -114,11 +112,12 @@ private:
     bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
     bool isWoken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;   ///< the consumer is to end its wait
     bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
-    /// Taken after the monitor, as a fork does, which so waits until the memory is made.
+    int nestedShows_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0; ///< discarded messages that are being shown
+    /// A fork waits for it until the memory is made. It is never held while the monitor is waited for.
     Platform::CriticalSection memoryLock_{Platform::AWAITED_BY_FORK};
     /// Made and not added yet. Not on the consumer's stack, which a forked child does not have.
     MessageBlocks madeSpare_ ZAV_LOG_GUARDED_BY(memoryLock_);
-    std::atomic<bool> wantsMemory_{true}; ///< changed under the monitor, read without it
+    bool wantsMemory_ ZAV_LOG_GUARDED_BY(queueMonitor_) = true;
 };
 
 } // namespace Log

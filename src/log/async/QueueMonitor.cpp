@@ -29,10 +29,6 @@ void QueueMonitor::lock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     monitor_->lock();
 }
 
-bool QueueMonitor::tryLock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    return monitor_->tryLock();
-}
-
 void QueueMonitor::unlock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     monitor_->unlock();
 }

@@ -19,9 +19,6 @@ public:
     QueueMonitor& operator=(const QueueMonitor&) = delete;
 
     void lock() ZAV_LOG_ACQUIRE();
-
-    /// \return false, without waiting, if another thread holds it
-    bool tryLock() ZAV_LOG_TRY_ACQUIRE(true);
     void unlock() ZAV_LOG_RELEASE();
 
     /// Releases the monitor until it is notified, or for no reason; holds it again on return.
@@ -52,9 +49,6 @@ public:
     explicit QueueMonitorLock(QueueMonitor& monitor) ZAV_LOG_ACQUIRE(monitor) : monitor_(monitor) {
         monitor_.lock();
     }
-    /// Takes over a monitor that the caller holds.
-    QueueMonitorLock(QueueMonitor& monitor, Platform::AdoptLock) ZAV_LOG_REQUIRES(monitor)
-        : monitor_(monitor) {}
     ~QueueMonitorLock() ZAV_LOG_RELEASE() { monitor_.unlock(); }
     QueueMonitorLock(const QueueMonitorLock&) = delete;
     QueueMonitorLock& operator=(const QueueMonitorLock&) = delete;

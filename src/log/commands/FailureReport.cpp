@@ -26,7 +26,7 @@ bool isDelivered(ThreadRecord& thread) {
 void deliver(const std::string& text) {
     ThreadRecord& thread = threadRecord();
     if (isDelivered(thread)) {
-        const ReportAnswer answer(thread.answeredReports + 1);
+        const ReportAnswer answer(thread, thread.answeredReports + 1);
         CommandBus::instance().deliver(CommandName::FAILURE_REPORT, text);
     }
 }

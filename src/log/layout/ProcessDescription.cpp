@@ -47,7 +47,7 @@ std::string_view hostName(Util::TimeUtils::Time time) {
 } // namespace
 
 ProcessDescription describeProcess(Util::TimeUtils::Time time) {
-    return {programName(), Platform::processId(), hostName(time)};
+    return {programName(), Platform::rememberedProcessId(), hostName(time)};
 }
 
 } // namespace Log

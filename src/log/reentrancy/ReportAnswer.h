@@ -12,9 +12,10 @@ namespace Log {
 /// chain has an end.
 class ReportAnswer {
 public:
+    /// \param record the calling thread's
     /// \param answeredReports the length of the chain of reports that led here; 0 if nothing is answered
-    explicit ReportAnswer(int answeredReports) noexcept
-        : record_(threadRecord()), before_(record_.answeredReports) {
+    ReportAnswer(ThreadRecord& record, int answeredReports) noexcept
+        : record_(record), before_(record_.answeredReports) {
         record_.answeredReports = answeredReports;
     }
     ~ReportAnswer() { record_.answeredReports = before_; }

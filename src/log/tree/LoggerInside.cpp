@@ -91,7 +91,7 @@ void Logger::Inside::dispatchPutOff(Logger& logger) {
     Inside& inside = *logger.inside_;
     const ScopedLock lock(inside.criticalSection_);
     for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
-        const ReportAnswer answer(putOff.answeredReports);
+        const ReportAnswer answer(threadRecord(), putOff.answeredReports);
         MessageFields message(putOff.message);
         message.loggerName = logger.name_; // which stays where it is
         inside.dispatchMessage(message, false);

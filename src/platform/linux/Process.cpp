@@ -23,11 +23,10 @@ bool isPathOfExecutable(const std::string& path) {
            named.st_dev == running.st_dev && named.st_ino == running.st_ino;
 }
 
-/// Asking the system costs more than rendering a whole line. 0 before the library is loaded.
-std::atomic<int> knownProcessId{0};
+std::atomic<int> rememberedId{0}; // until the library is loaded
 
 void readProcessId() {
-    knownProcessId.store(getpid(), std::memory_order_relaxed);
+    rememberedId.store(getpid(), std::memory_order_relaxed);
 }
 
 const struct ReadAtLoad {
@@ -61,8 +60,12 @@ std::string executablePath() {
 }
 
 int processId() {
-    const int known = knownProcessId.load(std::memory_order_relaxed);
-    return known != 0 ? known : getpid();
+    return getpid();
+}
+
+int rememberedProcessId() {
+    const int remembered = rememberedId.load(std::memory_order_relaxed);
+    return remembered != 0 ? remembered : processId();
 }
 
 bool isProcessAlive(int id) {

@@ -16,6 +16,10 @@ int processId() {
     return _getpid();
 }
 
+int rememberedProcessId() {
+    return processId();
+}
+
 bool isProcessAlive(int id) {
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(id));
     if (process == nullptr) {
