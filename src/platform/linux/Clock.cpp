@@ -17,8 +17,8 @@ struct Reading {
     std::uint64_t lifetime; ///< in ticks from then on
 };
 
-/// The system may let its clock run faster by half a thousandth, and a processor may read the counter a little
-/// before the program has come so far.
+/// The system may let its clock run faster by half a thousandth, and a processor may read the counter a
+/// little before the program has come so far.
 std::uint64_t certainMicroseconds(std::uint64_t nanosecondsToNext) {
     constexpr std::uint64_t UNCERTAIN = 2000;
     constexpr std::uint64_t THOUSANDTHS = 1000;
