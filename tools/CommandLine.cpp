@@ -86,8 +86,11 @@ void CommandLine::checkThatCommandExists(int argc, const char* const* argv) cons
     for (const CLI::App* const command : app_.get_subcommands({})) {
         names.push_back(command->get_name());
     }
-    const bool isName = !word.empty() && word.front() != '-';
-    if (isName && std::find(names.begin(), names.end(), word) == names.end()) {
+    const bool isOption = !word.empty() && word.front() == '-';
+    if (isOption && app_.get_option_no_throw(word) == nullptr) {
+        throw UsageError("there is no option '" + word + "'");
+    }
+    if (!word.empty() && !isOption && std::find(names.begin(), names.end(), word) == names.end()) {
         throw UsageError("there is no command '" + word + "'" + question(nearWord(word, names)));
     }
 }

@@ -7,6 +7,7 @@
 #include "zav-util/TimeUtils.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <stdexcept>
 #include <thread>
@@ -20,6 +21,9 @@ namespace {
 
 /// How long one look at the queue may keep the other clients, and the end of the server, waiting.
 const Util::TimeUtils::Time FLUSH_STEP(50, Util::TimeUtils::MSEC);
+
+/// A command whose listeners take so long keeps other clients from being heard.
+constexpr std::chrono::seconds SLOW_LISTENER(1);
 
 } // namespace
 
@@ -43,8 +47,8 @@ bool ControlLoop::runOnce() {
         }
         const Clock::time_point begin = Clock::now();
         handle(event);
-        goOnFlushing();
         excuseSilenceSince(begin);
+        goOnFlushing();
     } catch (...) {
         // Memory has run out. The application may recover from that, so its threads are left alone.
         if (client >= 0) {
@@ -156,6 +160,9 @@ bool ControlLoop::isAnyoneFlushing() const {
 /// A listener may take long: what the other clients have sent meanwhile was not looked at.
 void ControlLoop::excuseSilenceSince(Clock::time_point begin) {
     const Clock::time_point now = Clock::now();
+    if (now - begin < SLOW_LISTENER) {
+        return; // many short ones must not excuse a client for ever
+    }
     for (std::optional<ClientSession>& session : sessions_) {
         if (session) {
             session->silentSince = std::min(now, session->silentSince + (now - begin));

@@ -7,10 +7,13 @@
 #include "log/LogStatistics.h"
 #include "log/LoggerFactory.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <exception>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -19,13 +22,22 @@ namespace {
 
 using Util::TimeUtils::Time;
 
+bool hasEmptyComponent(const std::string& name) {
+    return name.empty() || name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos;
+}
+
+bool isListed(const std::string& name) {
+    const std::vector<std::string> names = LoggerFactory::getLoggerNames();
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 /// \return null if there is none; none is made
 Logger* findLogger(const std::string& name) {
     if (name == "root") {
         return &LoggerFactory::getRootLogger();
     }
-    // No component of a name is empty: the factory would take it for something else, and make it.
-    if (name.empty() || name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos) {
+    // The factory would take a name with an empty component for something else, and make it.
+    if (hasEmptyComponent(name) && !isListed(name)) {
         return nullptr;
     }
     // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.

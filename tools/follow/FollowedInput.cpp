@@ -60,6 +60,7 @@ void FollowedInput::openFirst(std::vector<std::string>& notices) {
     for (const std::string& problem : problems) {
         noticeOnce(notices, problem + "; waiting for it");
     }
+    dropPipes(files, notices);
     if (files.empty()) {
         return;
     }
@@ -70,6 +71,16 @@ void FollowedInput::openFirst(std::vector<std::string>& notices) {
         cutToTail(files, *tailFilter_, tailLength_);
     }
     append(std::move(files));
+}
+
+/// A pipe is read only once, and has no place to go on from.
+void FollowedInput::dropPipes(std::vector<LogFile>& files, std::vector<std::string>& notices) {
+    const auto isPipe = [](const LogFile& file) { return !file.file.isSeekable(); };
+    const auto pipe = std::find_if(files.begin(), files.end(), isPipe);
+    if (pipe != files.end()) {
+        noticeOnce(notices, pipe->path + " is no file that can be followed");
+        files.erase(std::remove_if(pipe, files.end(), isPipe), files.end());
+    }
 }
 
 void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices) {

@@ -54,6 +54,7 @@ public:
 
 private:
     void openFirst(std::vector<std::string>& notices);
+    void dropPipes(std::vector<LogFile>& files, std::vector<std::string>& notices);
     void skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices);
     void reopenIfCut(std::vector<std::string>& notices);
     bool isCurrentLive() const;

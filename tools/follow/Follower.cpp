@@ -38,10 +38,10 @@ void Follower::run() {
     shower_.emplace(filter_, printer_, inputs_.size());
     resume();
     readRound();
-    if (isAnyPending() && Platform::waitForStop(SETTLING)) {
-        return;
+    const bool mayGoOn = !Platform::isStopRequested() && !(isAnyPending() && Platform::waitForStop(SETTLING));
+    if (mayGoOn) {
+        readRound();
     }
-    readRound();
     showLastRecords();
     saveProgress();
     bool isBusy = true;
@@ -66,6 +66,7 @@ void Follower::resume() {
     }
 }
 
+/// \return whether a record was shown; a request to end stops it between two records, and no round may follow
 bool Follower::readRound() {
     std::vector<RecordStream*> streams;
     std::vector<std::string> notices;

@@ -14,13 +14,17 @@ bool looksLikeList(const std::string& word) {
     return !word.empty() && word.front() == '[' && word.back() == ']';
 }
 
+bool looksMarked(const std::string& word) {
+    return !word.empty() && word.front() == MARK;
+}
+
 /// \param words the program's name among them
 bool isArgumentOfCommand(const std::vector<std::string>& words, std::size_t number) {
     return number > 4 && words[1] == "ctl" && words[3] == "command";
 }
 
 std::string withoutMark(const std::string& word) {
-    return !word.empty() && word.front() == MARK ? word.substr(1) : word;
+    return looksMarked(word) ? word.substr(1) : word;
 }
 
 } // namespace
@@ -29,8 +33,9 @@ std::vector<std::string> marked(int argc, const char* const* argv) {
     const std::vector<std::string> words(argv, argv + argc);
     std::vector<std::string> result;
     for (std::size_t number = words.size() - 1; number > 0; --number) {
-        const bool isMisread = looksLikeList(words[number]) || isArgumentOfCommand(words, number);
-        result.push_back(isMisread ? MARK + words[number] : words[number]);
+        const std::string& word = words[number];
+        const bool isMisread = looksLikeList(word) || looksMarked(word) || isArgumentOfCommand(words, number);
+        result.push_back(isMisread ? MARK + word : word);
     }
     return result;
 }
