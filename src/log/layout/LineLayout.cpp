@@ -33,6 +33,22 @@ std::size_t roomFor(const ProcessDescription& process) {
     return process.program.size() + NUMBER_LENGTH + process.host.size() + SEPARATORS;
 }
 
+/// A string that is made in its size costs less than an empty one that grows to it.
+/// \return where the room begins, at the end of the text
+char* makeRoom(std::string& text, std::size_t size) {
+    const std::size_t begin = text.size();
+    if (text.capacity() < size && text.empty()) {
+        text = std::string(size, '\0');
+    } else {
+        text.resize(begin + size);
+    }
+    return &text[begin];
+}
+
+void cutAt(std::string& text, const char* end) {
+    text.resize(static_cast<std::size_t>(end - text.data()));
+}
+
 char* writeField(char* position, std::string_view field) {
     *position++ = ' ';
     return position + field.copy(position, field.size());
@@ -72,20 +88,15 @@ char* writeMessage(char* position, const MessageFields& message) {
 } // namespace
 
 void appendLogLine(std::string& text, const MessageFields& message) {
-    const std::size_t begin = text.size();
-    text.resize(begin + roomFor(message));
-    char* position = Util::TimeUtils::writeTime(&text[begin], message.time);
-    position = writeMessage(position, message);
-    text.resize(static_cast<std::size_t>(position - text.data()));
+    char* const position = Util::TimeUtils::writeTime(makeRoom(text, roomFor(message)), message.time);
+    cutAt(text, writeMessage(position, message));
 }
 
 void appendLogLineWithProcess(std::string& text, const MessageFields& message) {
     const ProcessDescription process = describeProcess(message.time);
-    const std::size_t begin = text.size();
-    text.resize(begin + roomFor(message) + roomFor(process));
-    char* position = Util::TimeUtils::writeTime(&text[begin], message.time);
-    position = writeMessage(writeProcess(position, process), message);
-    text.resize(static_cast<std::size_t>(position - text.data()));
+    char* const room = makeRoom(text, roomFor(message) + roomFor(process));
+    char* const position = writeProcess(Util::TimeUtils::writeTime(room, message.time), process);
+    cutAt(text, writeMessage(position, message));
 }
 
 } // namespace Log
