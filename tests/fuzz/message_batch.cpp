@@ -37,7 +37,7 @@ LogMessage makeMessage(FuzzedDataProvider& input) {
     const auto level = input.PickValueInArray({Level::LEVEL_TRACE, Level::LEVEL_INFO, Level::LEVEL_AUDIT});
     std::string text = input.ConsumeBool() ? makeText(input) : input.ConsumeRandomLengthString();
     const int line = input.ConsumeIntegral<int>();
-    std::string file = input.ConsumeRandomLengthString();
+    std::string file = input.ConsumeBool() ? "the same.cpp" : input.ConsumeRandomLengthString();
     return LogMessage(std::move(loggerName), time, level, std::move(text), line, std::move(file),
                       input.PickValueInArray({LOG, CFG}));
 }

@@ -265,6 +265,29 @@ TEST(MessageBatch, GivesEveryFieldBack) {
     EXPECT_FALSE(reader.hasNext());
 }
 
+TEST(MessageBatch, TellsTheFileOfEachMessageThatHasThatOfTheOneBefore) {
+    MessageBatch batch;
+    MessageBatch other;
+    std::vector<std::string> expected;
+    for (std::size_t i = 0; i < 3000; ++i) { // several blocks
+        expected.push_back(i % 7 == 0 ? "" : std::string(100, static_cast<char>('a' + i / 5 % 2)));
+        batch.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+    }
+    for (std::size_t i = 0; i < 1003; ++i) {
+        EXPECT_EQ(batch.front().file, expected[i]);
+        batch.removeFront();
+    }
+    other.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+    batch.swap(other);
+    batch.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+    MessageBatch::Reader left(other);
+    for (std::size_t i = 1003; i < expected.size(); ++i) {
+        EXPECT_EQ(left.next().file, expected[i]);
+    }
+    batch.removeFront();
+    EXPECT_EQ(batch.front().file, expected.back());
+}
+
 TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
     MessageBatch batch;
     std::vector<std::string> expected;

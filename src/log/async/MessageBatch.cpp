@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 constexpr std::size_t PAGE_SIZE = 4096;
 
-/// What a packed message begins with; its text and its file follow.
+/// What a packed message begins with; its text follows, and its file if it has one of its own.
 struct Header {
     Util::TimeUtils::Time time;
     const char* name; ///< of the logger, which is never destroyed
@@ -25,7 +25,8 @@ struct Header {
     std::uint32_t fileLength;
     std::int32_t line;
     std::int16_t level;
-    std::uint8_t type;
+    std::uint8_t type : 4;
+    std::uint8_t hasFile : 4; ///< 0 if the file is that of the message before
     std::uint8_t answeredReports;
 
     std::size_t packedSize() const { return sizeof(Header) + textLength + fileLength; }
@@ -45,7 +46,8 @@ Header headerOf(const MessageFields& message, int answeredReports) {
             lengthOf(message.file),
             message.line,
             static_cast<std::int16_t>(message.level),
-            static_cast<std::uint8_t>(message.type),
+            static_cast<std::uint8_t>(message.type & 0xF),
+            1,
             static_cast<std::uint8_t>(answeredReports)};
 }
 
@@ -56,16 +58,19 @@ Header readHeader(const char* bytes) {
     return header;
 }
 
-MessageFields unpack(const char* bytes, const Header& header) {
-    const char* const text = bytes + sizeof header;
-    const char* const file = text + header.textLength;
-    return {{header.name, header.nameLength},
-            header.time,
-            static_cast<Level::LogLevel>(header.level),
-            {text, header.textLength},
-            header.line,
-            {file, header.fileLength},
-            static_cast<MessageType>(header.type)};
+/// \param file that of the message before in the block
+/// \return the message's own
+std::string_view fileOf(const char* bytes, const Header& header, std::string_view file) {
+    return header.hasFile != 0
+               ? std::string_view(bytes + sizeof header + header.textLength, header.fileLength)
+               : file;
+}
+
+MessageFields unpack(const char* bytes, const Header& header, std::string_view file) {
+    return {
+        {header.name, header.nameLength},           header.time, static_cast<Level::LogLevel>(header.level),
+        {bytes + sizeof header, header.textLength}, header.line, file,
+        static_cast<MessageType>(header.type)};
 }
 
 /// \param text its pointer may be null if it is empty
@@ -80,17 +85,29 @@ MessageBlock makeBlock(std::size_t capacity) {
 } // namespace
 
 void MessageBatch::append(const MessageFields& message, int answeredReports) {
-    const Header header = headerOf(message, answeredReports);
-    const std::size_t needed = header.packedSize();
-    if (blocks_.empty() || blocks_.back().capacity - blocks_.back().used < needed) {
-        addBlock(needed);
+    Header header = headerOf(message, answeredReports);
+    if (hasRoom(sizeof header + message.text.size()) && isLastFile(message.file)) {
+        header.hasFile = 0;
+        header.fileLength = 0;
+    } else if (!hasRoom(header.packedSize())) {
+        addBlock(header.packedSize());
     }
     MessageBlock& block = blocks_.back();
     char* const bytes = block.bytes.get() + block.used;
     std::memcpy(bytes, &header, sizeof header);
     pack(pack(bytes + sizeof header, message.text), message.file.substr(0, header.fileLength));
-    block.used += needed;
+    lastFile_ = fileOf(bytes, header, lastFile_);
+    block.used += header.packedSize();
     ++size_;
+}
+
+bool MessageBatch::hasRoom(std::size_t neededBytes) const {
+    return !blocks_.empty() && blocks_.back().capacity - blocks_.back().used >= neededBytes;
+}
+
+/// The first message of a block always has its own, since blocks come and go one by one.
+bool MessageBatch::isLastFile(std::string_view file) const {
+    return blocks_.back().used > 0 && file == lastFile_;
 }
 
 void MessageBatch::addBlock(std::size_t neededBytes) {
@@ -136,12 +153,16 @@ MessageBlocks MessageBatch::takeBlocks() noexcept {
 
 MessageFields MessageBatch::front() const {
     const char* const bytes = blocks_.front().bytes.get() + frontOffset_;
-    return unpack(bytes, readHeader(bytes));
+    const Header header = readHeader(bytes);
+    return unpack(bytes, header, fileOf(bytes, header, fileBeforeFront_));
 }
 
 void MessageBatch::removeFront() noexcept {
     const MessageBlock& block = blocks_.front();
-    frontOffset_ += readHeader(block.bytes.get() + frontOffset_).packedSize();
+    const char* const bytes = block.bytes.get() + frontOffset_;
+    const Header header = readHeader(bytes);
+    fileBeforeFront_ = fileOf(bytes, header, fileBeforeFront_);
+    frontOffset_ += header.packedSize();
     --size_;
     if (frontOffset_ == block.used) {
         MessageBlocks emptied;
@@ -154,6 +175,8 @@ void MessageBatch::removeFront() noexcept {
 void MessageBatch::swap(MessageBatch& other) noexcept {
     blocks_.swap(other.blocks_);
     std::swap(frontOffset_, other.frontOffset_);
+    std::swap(fileBeforeFront_, other.fileBeforeFront_);
+    std::swap(lastFile_, other.lastFile_);
     std::swap(size_, other.size_);
 }
 
@@ -167,7 +190,8 @@ MessageFields MessageBatch::Reader::next() {
     offset_ += header.packedSize();
     ++read_;
     answeredReports_ = header.answeredReports;
-    return unpack(bytes, header);
+    file_ = fileOf(bytes, header, file_);
+    return unpack(bytes, header, file_);
 }
 
 } // namespace Log

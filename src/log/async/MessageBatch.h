@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <list>
 #include <memory>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -23,6 +24,8 @@ using MessageBlocks = std::list<MessageBlock>;
 /// each other in the allocator, and a backlog that grows by many small pieces costs a call of the system for
 /// every few messages.
 ///
+/// A message mostly comes from the same source file as the one before: that is then packed once a block.
+///
 /// The first touch of new memory costs as much as packing the messages into it. So a batch keeps a few spare
 /// blocks: those that it used before, and those that another thread touched in advance.
 class MessageBatch {
@@ -31,7 +34,8 @@ public:
     class Reader {
     public:
         explicit Reader(const MessageBatch& batch)
-            : batch_(batch), block_(batch.blocks_.begin()), offset_(batch.frontOffset_) {}
+            : batch_(batch), block_(batch.blocks_.begin()), offset_(batch.frontOffset_),
+              file_(batch.fileBeforeFront_) {}
 
         bool hasNext() const { return read_ < batch_.size_; }
 
@@ -47,6 +51,7 @@ public:
         std::size_t read_ = 0;
         MessageBlocks::const_iterator block_;
         std::size_t offset_;
+        std::string_view file_; ///< of the message that was read last
         int answeredReports_ = 0;
     };
 
@@ -85,11 +90,15 @@ private:
     static constexpr std::size_t READY_SPARES = 4; ///< that are made before they are needed
     static constexpr std::size_t MOST_SPARES = 16;
 
+    bool hasRoom(std::size_t neededBytes) const;
+    bool isLastFile(std::string_view file) const;
     void addBlock(std::size_t neededBytes);
     void addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept;
 
     MessageBlocks blocks_;
-    std::size_t frontOffset_ = 0; ///< of the oldest message in the first block
+    std::size_t frontOffset_ = 0;      ///< of the oldest message in the first block
+    std::string_view fileBeforeFront_; ///< of the message before that, and like the next one in a block
+    std::string_view lastFile_;        ///< of the newest message
     std::size_t size_ = 0;
     MessageBlocks spares_; ///< all of the usual size
 };
