@@ -2,6 +2,7 @@
 
 #include "log/LogFormat.h"
 #include "log/LoggerFactory.h"
+#include "log/async/AsynchronousDispatcher.h"
 
 #include <fmt/chrono.h>
 #include <gmock/gmock.h>
@@ -39,16 +40,6 @@ using namespace ZAV;
 using namespace ZAV::Log;
 using testing::ElementsAre;
 
-class MessagesAppender : public Appender {
-public:
-    MessagesAppender() : Appender("messages") {}
-    std::vector<LogMessage> messages;
-    const std::string& text() const { return messages.back().getText(); }
-
-protected:
-    void doOutput(const LogMessage& message) override { messages.push_back(message); }
-};
-
 class FormatMacros : public testing::Test {
 protected:
     FormatMacros() { logger_.addAppender(&appender_); }
@@ -61,7 +52,7 @@ protected:
 
     int evaluations_ = 0;
     Logger& logger_ = LoggerFactory::getLogger("formatted");
-    MessagesAppender appender_;
+    TestSupport::RecordingAppender appender_{"messages"};
 };
 
 } // namespace
@@ -73,7 +64,7 @@ TEST_F(FormatMacros, EvaluateOnceWhenTheLevelIsOnAndNothingWhenItIsOff) {
     const int line = __LINE__ - 1;
     EXPECT_EQ(evaluations_, 1);
     ASSERT_EQ(appender_.messages.size(), 1U);
-    EXPECT_EQ(appender_.text(), "user 12 left after 0.25 s");
+    EXPECT_EQ(appender_.texts.back(), "user 12 left after 0.25 s");
     EXPECT_EQ(appender_.messages.front().getLevel(), Level::ERROR);
     EXPECT_EQ(appender_.messages.front().getLine(), line);
     EXPECT_EQ(appender_.messages.front().getFile(), __FILE__);
@@ -106,17 +97,34 @@ TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
     const std::string longText(10000, 'x');
     const std::vector<int> numbers{1, 2};
     ZAV_LOGF_AUDIT(logger_, "{{{1:>4}{0:#x}}} {2:.{3}f} {4}", 255, "ab", 2.0, 3, array);
-    EXPECT_EQ(appender_.text(), "{  ab0xff} 2.000 array");
+    EXPECT_EQ(appender_.texts.back(), "{  ab0xff} 2.000 array");
     ZAV_LOGF_AUDIT(logger_, "{:%S} {}", std::chrono::seconds(5), fmt::join(numbers, ", "));
-    EXPECT_EQ(appender_.text(), "05 1, 2");
+    EXPECT_EQ(appender_.texts.back(), "05 1, 2");
     ZAV_LOGF_AUDIT(logger_, "{}{}", longText, longText);
-    EXPECT_EQ(appender_.text(), longText + longText);
+    EXPECT_EQ(appender_.texts.back(), longText + longText);
 }
 
 TEST_F(FormatMacros, PutAFailureToFormatIntoTheText) {
     ZAV_LOGF_AUDIT(logger_, "state {} of {}", 1, Failure::EXCEPTION);
-    EXPECT_EQ(appender_.text(), "state {} of {} [not formatted: out of order]");
+    EXPECT_EQ(appender_.texts.back(), "state {} of {} [not formatted: out of order]");
     ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);
-    EXPECT_EQ(appender_.text(), "{} [not formatted: unknown exception]");
+    EXPECT_EQ(appender_.texts.back(), "{} [not formatted: unknown exception]");
     EXPECT_THROW(ZAV_LOGF_AUDIT(logger_, "{}", Failure::MEMORY), std::bad_alloc);
+}
+
+TEST(QueuedFormat, NeedsNoneOfItsValuesWhenTheConsumerComes) {
+    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
+    Logger& logger = LoggerFactory::getLogger("queued");
+    TestSupport::RecordingAppender appender("queued", false);
+    dispatcher.registerAsynchronousAppender(&appender);
+    logger.addAppender(&appender);
+    {
+        std::string user(100, 'u');
+        ZAV_LOGF_ERROR(logger, "{} {}", user, std::string("left"));
+        user.assign(100, 'x');
+    }
+    EXPECT_TRUE(dispatcher.flush(Util::TimeUtils::Time()));
+    logger.removeAppender(&appender);
+    dispatcher.unregisterAsynchronousAppender(&appender);
+    EXPECT_THAT(appender.texts, ElementsAre(std::string(100, 'u') + " left"));
 }
