@@ -36,9 +36,9 @@ Logger* findLogger(const std::string& name) {
     if (name == "root") {
         return &LoggerFactory::getRootLogger();
     }
-    // The factory would take a name with an empty component for something else, and make it.
-    if (hasEmptyComponent(name) && !isListed(name)) {
-        return nullptr;
+    // The factory would not find a name with an empty component, but make it.
+    if (hasEmptyComponent(name)) {
+        return isListed(name) ? &LoggerFactory::getLogger(name) : nullptr;
     }
     // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
     const std::string::size_type dot = name.rfind('.');

@@ -34,6 +34,9 @@ std::vector<FilePlace> endsOf(const std::vector<LogFile>& files) {
 } // namespace
 
 void FollowedInput::poll(std::vector<std::string>& notices) {
+    if (isGivenUp_) {
+        return;
+    }
     const std::string problem = stream_.takeProblem();
     if (!problem.empty()) {
         noticeOnce(notices, problem);
@@ -73,13 +76,15 @@ void FollowedInput::openFirst(std::vector<std::string>& notices) {
     append(std::move(files));
 }
 
-/// A pipe is read only once, and has no place to go on from.
+/// A pipe is read only once, and has no place to go on from. An input that has nothing else is given up:
+/// whoever writes to the pipe must not find a reader that goes again at once.
 void FollowedInput::dropPipes(std::vector<LogFile>& files, std::vector<std::string>& notices) {
     const auto isPipe = [](const LogFile& file) { return !file.file.isSeekable(); };
     const auto pipe = std::find_if(files.begin(), files.end(), isPipe);
     if (pipe != files.end()) {
         noticeOnce(notices, pipe->path + " is no file that can be followed");
         files.erase(std::remove_if(pipe, files.end(), isPipe), files.end());
+        isGivenUp_ = files.empty() && stream_.file() == nullptr;
     }
 }
 
@@ -137,6 +142,7 @@ void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
     for (const std::string& problem : problems) {
         noticeOnce(notices, problem);
     }
+    dropPipes(files, notices);
     const Platform::FileIdentity identity = stream_.file()->file.identity();
     const auto current = std::find_if(files.begin(), files.end(), [&identity](const LogFile& file) {
         return file.file.identity() == identity;

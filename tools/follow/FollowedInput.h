@@ -75,6 +75,7 @@ private:
     std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
     std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;
+    bool isGivenUp_ = false; ///< there is only a pipe
     std::string lastNotice_;
 };
 

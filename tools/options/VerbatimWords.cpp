@@ -23,6 +23,14 @@ bool isArgumentOfCommand(const std::vector<std::string>& words, std::size_t numb
     return number > 4 && words[1] == "ctl" && words[3] == "command";
 }
 
+/// \return the word, or the value in "--option=value", with a mark if it would be misread
+std::string markedWhereMisread(const std::string& word) {
+    const bool isOption = word.compare(0, 2, "--") == 0;
+    const std::size_t value = isOption ? word.find('=') + 1 : 0; // 0 also without a value
+    const std::string text = word.substr(value);
+    return looksLikeList(text) || looksMarked(text) ? word.substr(0, value) + MARK + text : word;
+}
+
 std::string withoutMark(const std::string& word) {
     return looksMarked(word) ? word.substr(1) : word;
 }
@@ -34,8 +42,7 @@ std::vector<std::string> marked(int argc, const char* const* argv) {
     std::vector<std::string> result;
     for (std::size_t number = words.size() - 1; number > 0; --number) {
         const std::string& word = words[number];
-        const bool isMisread = looksLikeList(word) || looksMarked(word) || isArgumentOfCommand(words, number);
-        result.push_back(isMisread ? MARK + word : word);
+        result.push_back(isArgumentOfCommand(words, number) ? MARK + word : markedWhereMisread(word));
     }
     return result;
 }

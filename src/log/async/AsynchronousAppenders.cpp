@@ -6,6 +6,7 @@
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
 
+#include <iterator>
 #include <new>
 
 namespace ZAV {
@@ -58,26 +59,27 @@ bool AsynchronousAppenders::isEmpty() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
 bool AsynchronousAppenders::deliver(const MessageBatch& batch) noexcept {
     const ScopedLock lock(appendersLock_);
     isAbandoned_ = false;
+    given_ = 0;
     setDelivered(&batch);
-    for (Appender* const appender : asynchronousAppenders_) {
-        deliverTo(*appender, batch);
+    for (auto appender = asynchronousAppenders_.begin(); appender != asynchronousAppenders_.end();
+         ++appender) {
+        deliverTo(**appender, batch, std::next(appender) == asynchronousAppenders_.end());
     }
     setDelivered(nullptr);
     return !asynchronousAppenders_.empty();
 }
 
 /// The bound of reports in answer to others holds for each message that answers none.
-void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch) noexcept {
+void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch, bool isLast) noexcept {
     ThreadRecord& thread = threadRecord();
     MessageBatch::Reader messages(batch);
-    given_ = 0;
     while (!isAbandoned_ && messages.hasNext()) {
         const MessageFields fields = messages.next();
         if (messages.answeredReports() == 0) {
             thread.nestedReports = 0;
         }
         const ReportAnswer answer(thread, messages.answeredReports());
-        given_.fetch_add(1, std::memory_order_relaxed);
+        given_.fetch_add(isLast ? 1 : 0, std::memory_order_relaxed);
         give(appender, fields);
     }
 }

@@ -38,7 +38,8 @@ public:
     void endDeliveryInChild() noexcept;
 
 private:
-    void deliverTo(Appender& appender, const MessageBatch& batch) noexcept ZAV_LOG_REQUIRES(appendersLock_);
+    void deliverTo(Appender& appender, const MessageBatch& batch, bool isLast) noexcept
+        ZAV_LOG_REQUIRES(appendersLock_);
     void setDelivered(const MessageBatch* batch) noexcept;
 
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
@@ -48,7 +49,7 @@ private:
     /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     const MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(listLock_) = nullptr; ///< null if no delivery runs
-    std::atomic<std::size_t> given_{0};    ///< messages of it that the present appender has been given
+    std::atomic<std::size_t> given_{0};    ///< messages of it that every appender has been given
     std::atomic<bool> isAbandoned_{false}; ///< in a forked child: the delivery must not go on
 };
 

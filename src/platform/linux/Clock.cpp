@@ -17,12 +17,13 @@ struct Reading {
     std::uint64_t lifetime; ///< in ticks from then on
 };
 
-/// The system may let its clock run faster by half a thousandth, and a processor may read the counter a
-/// little before the program has come so far.
+/// The system may let its clock run faster by a tenth for a while, to correct it, and the counter's speed may
+/// have been measured while it ran slower. A processor may read the counter a little before the program has
+/// come so far.
 std::uint64_t certainMicroseconds(std::uint64_t nanosecondsToNext) {
     constexpr std::uint64_t UNCERTAIN = 2000;
-    constexpr std::uint64_t THOUSANDTHS = 1000;
-    const std::uint64_t uncertain = UNCERTAIN + nanosecondsToNext / THOUSANDTHS;
+    constexpr std::uint64_t QUARTERS = 4;
+    const std::uint64_t uncertain = UNCERTAIN + nanosecondsToNext / QUARTERS;
     return nanosecondsToNext > uncertain ? (nanosecondsToNext - uncertain) / 1000 : 0;
 }
 

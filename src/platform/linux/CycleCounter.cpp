@@ -19,6 +19,16 @@ namespace {
 
 constexpr std::uint64_t SHORTEST_MEASUREMENT = 4000; // microseconds
 
+/// Ticks in a microsecond that no processor comes near. A counter that began anew, as when a machine was
+/// suspended, seems to have run far faster.
+constexpr std::uint64_t HIGHEST_SPEED = 10'000;
+
+#if defined(__x86_64__)
+constexpr bool HAS_COUNTER = true;
+#else
+constexpr bool HAS_COUNTER = false;
+#endif
+
 /// The system takes the time from the counter itself only as long as it finds it steady.
 bool isClockOfSystem() {
     constexpr char COUNTER[] = "tsc\n";
@@ -37,7 +47,7 @@ bool isClockOfSystem() {
 const struct Beginning {
     std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
     std::uint64_t ticks = CycleCounter::read();
-    bool isSteady = isClockOfSystem();
+    bool isSteady = HAS_COUNTER && isClockOfSystem();
 } beginning;
 
 std::atomic<std::uint64_t> knownSpeed{0};
@@ -47,8 +57,9 @@ std::atomic<std::uint64_t> measuredTicks{0}; ///< over which that was measured
 /// between makes the speed too low, and never too high.
 void measureSpeed(std::uint64_t ticks) {
     const std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000 - beginning.microseconds;
-    if (microseconds >= SHORTEST_MEASUREMENT) {
-        knownSpeed.store(ticks / (microseconds + 1), std::memory_order_relaxed);
+    const std::uint64_t speed = ticks / (microseconds + 1);
+    if (microseconds >= SHORTEST_MEASUREMENT && speed <= HIGHEST_SPEED) {
+        knownSpeed.store(speed, std::memory_order_relaxed);
         measuredTicks.store(ticks, std::memory_order_relaxed);
     }
 }

@@ -8,8 +8,8 @@ namespace Platform {
 /// The processor's counter of cycles, which is read several times as fast as the system's clock.
 namespace CycleCounter {
 
-/// \return whether the counter runs at one speed on all processors at all times, as the system itself has found;
-///         false also where there is none
+/// \return whether the counter runs at one speed on all processors at all times, as the system itself had found
+///         when the library was loaded; false also where there is none
 bool isSteady();
 
 /// \return the counter's present value; 0 where there is none

@@ -48,10 +48,7 @@ bool InputFile::open(const std::string& path, std::string& problem) {
     close();
     // Whoever is to end on request must not wait for the other side of a pipe.
     const int waits = stopDescriptor() < 0 ? 0 : O_NONBLOCK;
-    int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | waits);
-    if (opened < 0 && errno == EWOULDBLOCK) {
-        opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC); // a file that somebody is about to give up
-    }
+    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | waits);
     if (opened < 0) {
         problem = describe(errno);
         return false;
