@@ -97,7 +97,7 @@ private:
 
     MessageBlocks blocks_;
     std::size_t frontOffset_ = 0;      ///< of the oldest message in the first block
-    std::string_view fileBeforeFront_; ///< of the message before that, and like the next one in a block
+    std::string_view fileBeforeFront_; ///< of the message before that; in the block, as the next one
     std::string_view lastFile_;        ///< of the newest message
     std::size_t size_ = 0;
     MessageBlocks spares_; ///< all of the usual size
