@@ -38,7 +38,7 @@ class Logger;
 class FormattedMessage {
 public:
     /// \param level at or above the logger's
-    FormattedMessage(Logger& logger, Level::LogLevel level, int line, const char* file)
+    FormattedMessage(Logger& logger, Level::LogLevel level, int line, std::string_view file)
         : logger_(logger), level_(level), line_(line), file_(file) {}
 
 #if __has_include(<fmt/compile.h>)
@@ -103,7 +103,7 @@ private:
     Logger& logger_;
     Level::LogLevel level_;
     int line_;
-    const char* file_;
+    std::string_view file_;
 };
 
 } // namespace Log

@@ -58,11 +58,12 @@ public:
     /// \param line source line
     /// \param file source file
     /// \throw what the logger's function for the level throws
-    void logTo(Logger& logger, Level::LogLevel level, int line, const char* file) const;
+    void logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
 
     /// Logs a text that was put together elsewhere.
     /// \copydetails logTo
-    static void log(Logger& logger, Level::LogLevel level, std::string_view text, int line, const char* file);
+    static void log(Logger& logger, Level::LogLevel level, std::string_view text, int line,
+                    std::string_view file);
 
 private:
     MessageText& text_;

@@ -31,20 +31,22 @@ std::string makeText(FuzzedDataProvider& input) {
     return text;
 }
 
-LogMessage makeMessage(FuzzedDataProvider& input) {
-    std::string loggerName = input.ConsumeRandomLengthString();
-    const Util::TimeUtils::Time time(input.ConsumeIntegral<std::uint64_t>(), Util::TimeUtils::USEC);
+LogMessage makeMessage(FuzzedDataProvider& input, std::string_view loggerName) {
+    const Util::TimeUtils::Time time(input.ConsumeIntegral<std::uint8_t>(), Util::TimeUtils::MSEC);
     const auto level = input.PickValueInArray({Level::LEVEL_TRACE, Level::LEVEL_INFO, Level::LEVEL_AUDIT});
     std::string text = input.ConsumeBool() ? makeText(input) : input.ConsumeRandomLengthString();
     const int line = input.ConsumeIntegral<int>();
     std::string file = input.ConsumeBool() ? "the same.cpp" : input.ConsumeRandomLengthString();
-    return LogMessage(std::move(loggerName), time, level, std::move(text), line, std::move(file),
+    return LogMessage(std::string(loggerName), time, level, std::move(text), line, std::move(file),
                       input.PickValueInArray({LOG, CFG}));
 }
 
 void append(Queue& queue, FuzzedDataProvider& input) {
-    queue.model.push_back(makeMessage(input));
-    queue.batch.append(queue.model.back());
+    const std::string_view loggerName = input.PickValueInArray({"root", "net.tcp", ""}); // which stays
+    queue.model.push_back(makeMessage(input, loggerName));
+    MessageFields message(queue.model.back());
+    message.loggerName = loggerName;
+    queue.batch.append(message);
 }
 
 void removeFront(Queue& queue) {

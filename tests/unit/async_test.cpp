@@ -34,6 +34,11 @@ MessageFields fields(std::string_view text) {
     return {"net.tcp", Time::now(), Level::INFO, text, 0, "", LOG};
 }
 
+auto allOf(const MessageFields& message) {
+    return std::tuple(message.loggerName, message.time.microseconds(), message.level, message.text,
+                      message.line, message.file, message.type);
+}
+
 std::vector<std::string> textsOf(const MessageBatch& batch) {
     std::vector<std::string> texts;
     for (MessageBatch::Reader messages(batch); messages.hasNext();) {
@@ -251,41 +256,44 @@ TEST(MessageBatch, GivesEveryFieldBack) {
     const LogMessage messages[] = {LogMessage("net.tcp", Time(1, DAY), Level::TRACE,
                                               std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
                                    LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
-    const auto all = [](const MessageFields& fields) {
-        return std::tuple(fields.loggerName, fields.time.microseconds(), fields.level, fields.text,
-                          fields.line, fields.file, fields.type);
-    };
     MessageBatch batch;
     batch.append(messages[0]);
     batch.append(messages[1]);
     MessageBatch::Reader reader(batch);
     for (const LogMessage& message : messages) {
-        EXPECT_EQ(all(reader.next()), all(message));
+        EXPECT_EQ(allOf(reader.next()), allOf(message));
     }
     EXPECT_FALSE(reader.hasNext());
 }
 
-TEST(MessageBatch, TellsTheFileOfEachMessageThatHasThatOfTheOneBefore) {
+TEST(MessageBatch, GivesBackWhatAMessageSharesWithTheOneBefore) {
+    const std::string names[] = {"net.tcp", "net.udp"};
+    const std::string files[] = {"", std::string(100, 'a'), std::string(100, 'b')};
+    const auto message = [&](std::size_t i) {
+        return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), Level::INFO, "text", 1, files[i / 5 % 3],
+                             LOG);
+    };
     MessageBatch batch;
-    MessageBatch other;
-    std::vector<std::string> expected;
     for (std::size_t i = 0; i < 3000; ++i) { // several blocks
-        expected.push_back(i % 7 == 0 ? "" : std::string(100, static_cast<char>('a' + i / 5 % 2)));
-        batch.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+        batch.append(message(i));
     }
     for (std::size_t i = 0; i < 1003; ++i) {
-        EXPECT_EQ(batch.front().file, expected[i]);
+        EXPECT_EQ(allOf(batch.front()), allOf(message(i)));
         batch.removeFront();
     }
-    other.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+    MessageBatch other;
+    other.append(message(2999));
     batch.swap(other);
-    batch.append({"net.tcp", Time(), Level::INFO, "text", 1, expected.back(), LOG});
+    batch.append(message(2999));
     MessageBatch::Reader left(other);
-    for (std::size_t i = 1003; i < expected.size(); ++i) {
-        EXPECT_EQ(left.next().file, expected[i]);
+    for (std::size_t i = 1003; i < 3000; ++i) {
+        EXPECT_EQ(allOf(left.next()), allOf(message(i)));
     }
     batch.removeFront();
-    EXPECT_EQ(batch.front().file, expected.back());
+    EXPECT_EQ(allOf(batch.front()), allOf(message(2999)));
+    batch.takeBlocks();
+    batch.append(message(0));
+    EXPECT_EQ(allOf(batch.front()), allOf(message(0)));
 }
 
 TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {

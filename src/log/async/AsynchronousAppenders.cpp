@@ -79,7 +79,7 @@ void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& ba
             thread.nestedReports = 0;
         }
         const ReportAnswer answer(thread, messages.answeredReports());
-        given_.fetch_add(isLast ? 1 : 0, std::memory_order_relaxed);
+        given_.store(given_.load(std::memory_order_relaxed) + (isLast ? 1 : 0), std::memory_order_relaxed);
         give(appender, fields);
     }
 }

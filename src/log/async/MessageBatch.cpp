@@ -1,11 +1,7 @@
 #include "log/async/MessageBatch.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <iterator>
-#include <limits>
-#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -16,68 +12,6 @@ namespace {
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 constexpr std::size_t PAGE_SIZE = 4096;
 
-/// What a packed message begins with; its text follows, and its file if it has one of its own.
-struct Header {
-    Util::TimeUtils::Time time;
-    const char* name; ///< of the logger, which is never destroyed
-    std::size_t textLength;
-    std::uint32_t nameLength;
-    std::uint32_t fileLength;
-    std::int32_t line;
-    std::int16_t level;
-    std::uint8_t type : 4;
-    std::uint8_t hasFile : 4; ///< 0 if the file is that of the message before
-    std::uint8_t answeredReports;
-
-    std::size_t packedSize() const { return sizeof(Header) + textLength + fileLength; }
-};
-
-/// A name beyond four gigabytes is cut.
-std::uint32_t lengthOf(std::string_view name) {
-    constexpr std::size_t LONGEST = std::numeric_limits<std::uint32_t>::max();
-    return static_cast<std::uint32_t>(std::min(name.size(), LONGEST));
-}
-
-Header headerOf(const MessageFields& message, int answeredReports) {
-    return {message.time,
-            message.loggerName.data(),
-            message.text.size(),
-            lengthOf(message.loggerName),
-            lengthOf(message.file),
-            message.line,
-            static_cast<std::int16_t>(message.level),
-            static_cast<std::uint8_t>(message.type & 0xF),
-            1,
-            static_cast<std::uint8_t>(answeredReports)};
-}
-
-/// Packed messages are not aligned.
-Header readHeader(const char* bytes) {
-    Header header;
-    std::memcpy(&header, bytes, sizeof header);
-    return header;
-}
-
-/// \param file that of the message before in the block
-/// \return the message's own
-std::string_view fileOf(const char* bytes, const Header& header, std::string_view file) {
-    return header.hasFile != 0
-               ? std::string_view(bytes + sizeof header + header.textLength, header.fileLength)
-               : file;
-}
-
-MessageFields unpack(const char* bytes, const Header& header, std::string_view file) {
-    return {
-        {header.name, header.nameLength},           header.time, static_cast<Level::LogLevel>(header.level),
-        {bytes + sizeof header, header.textLength}, header.line, file,
-        static_cast<MessageType>(header.type)};
-}
-
-/// \param text its pointer may be null if it is empty
-char* pack(char* bytes, std::string_view text) {
-    return bytes + text.copy(bytes, text.size());
-}
-
 MessageBlock makeBlock(std::size_t capacity) {
     return {std::unique_ptr<char[]>(new char[capacity]), capacity, 0};
 }
@@ -85,29 +19,28 @@ MessageBlock makeBlock(std::size_t capacity) {
 } // namespace
 
 void MessageBatch::append(const MessageFields& message, int answeredReports) {
-    Header header = headerOf(message, answeredReports);
-    if (hasRoom(sizeof header + message.text.size()) && isLastFile(message.file)) {
-        header.hasFile = 0;
-        header.fileLength = 0;
-    } else if (!hasRoom(header.packedSize())) {
-        addBlock(header.packedSize());
+    const PackedMessage packed(message, answeredReports, last_);
+    if (hasRoom(packed.size())) {
+        append(packed);
+        return;
     }
+    // The first message of a block has nothing in common with the one before, since blocks come and go one by
+    // one.
+    const PackedMessage first(message, answeredReports, SharedFields());
+    addBlock(first.size());
+    last_ = SharedFields();
+    append(first);
+}
+
+void MessageBatch::append(const PackedMessage& packed) noexcept {
     MessageBlock& block = blocks_.back();
-    char* const bytes = block.bytes.get() + block.used;
-    std::memcpy(bytes, &header, sizeof header);
-    pack(pack(bytes + sizeof header, message.text), message.file.substr(0, header.fileLength));
-    lastFile_ = fileOf(bytes, header, lastFile_);
-    block.used += header.packedSize();
+    packed.writeTo(block.bytes.get() + block.used, last_);
+    block.used += packed.size();
     ++size_;
 }
 
 bool MessageBatch::hasRoom(std::size_t neededBytes) const {
     return !blocks_.empty() && blocks_.back().capacity - blocks_.back().used >= neededBytes;
-}
-
-/// The first message of a block always has its own, since blocks come and go one by one.
-bool MessageBatch::isLastFile(std::string_view file) const {
-    return blocks_.back().used > 0 && file == lastFile_;
 }
 
 void MessageBatch::addBlock(std::size_t neededBytes) {
@@ -147,36 +80,38 @@ MessageBlocks MessageBatch::takeBlocks() noexcept {
     MessageBlocks taken;
     taken.swap(blocks_);
     frontOffset_ = 0;
+    beforeFront_ = SharedFields();
     size_ = 0;
     return taken;
 }
 
 MessageFields MessageBatch::front() const {
-    const char* const bytes = blocks_.front().bytes.get() + frontOffset_;
-    const Header header = readHeader(bytes);
-    return unpack(bytes, header, fileOf(bytes, header, fileBeforeFront_));
+    return readFront().fields;
+}
+
+PackedMessage::Unpacked MessageBatch::readFront() const {
+    return PackedMessage::read(blocks_.front().bytes.get() + frontOffset_, beforeFront_);
 }
 
 void MessageBatch::removeFront() noexcept {
-    const MessageBlock& block = blocks_.front();
-    const char* const bytes = block.bytes.get() + frontOffset_;
-    const Header header = readHeader(bytes);
-    fileBeforeFront_ = fileOf(bytes, header, fileBeforeFront_);
-    frontOffset_ += header.packedSize();
+    const PackedMessage::Unpacked front = readFront();
+    beforeFront_ = front.sharedFields();
+    frontOffset_ += front.size;
     --size_;
-    if (frontOffset_ == block.used) {
+    if (frontOffset_ == blocks_.front().used) {
         MessageBlocks emptied;
         emptied.splice(emptied.end(), blocks_, blocks_.begin());
         addSpares(emptied);
         frontOffset_ = 0;
+        beforeFront_ = SharedFields();
     }
 }
 
 void MessageBatch::swap(MessageBatch& other) noexcept {
     blocks_.swap(other.blocks_);
     std::swap(frontOffset_, other.frontOffset_);
-    std::swap(fileBeforeFront_, other.fileBeforeFront_);
-    std::swap(lastFile_, other.lastFile_);
+    std::swap(beforeFront_, other.beforeFront_);
+    std::swap(last_, other.last_);
     std::swap(size_, other.size_);
 }
 
@@ -184,14 +119,14 @@ MessageFields MessageBatch::Reader::next() {
     if (offset_ == block_->used) {
         ++block_;
         offset_ = 0;
+        before_ = SharedFields();
     }
-    const char* const bytes = block_->bytes.get() + offset_;
-    const Header header = readHeader(bytes);
-    offset_ += header.packedSize();
+    const PackedMessage::Unpacked message = PackedMessage::read(block_->bytes.get() + offset_, before_);
+    before_ = message.sharedFields();
+    offset_ += message.size;
     ++read_;
-    answeredReports_ = header.answeredReports;
-    file_ = fileOf(bytes, header, file_);
-    return unpack(bytes, header, file_);
+    answeredReports_ = message.answeredReports;
+    return message.fields;
 }
 
 } // namespace Log

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "log/async/PackedMessage.h"
 #include "log/message/MessageFields.h"
 
 #include <cstddef>
 #include <list>
 #include <memory>
-#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -24,8 +24,6 @@ using MessageBlocks = std::list<MessageBlock>;
 /// each other in the allocator, and a backlog that grows by many small pieces costs a call of the system for
 /// every few messages.
 ///
-/// A message mostly comes from the same source file as the one before: that is then packed once a block.
-///
 /// The first touch of new memory costs as much as packing the messages into it. So a batch keeps a few spare
 /// blocks: those that it used before, and those that another thread touched in advance.
 class MessageBatch {
@@ -35,7 +33,7 @@ public:
     public:
         explicit Reader(const MessageBatch& batch)
             : batch_(batch), block_(batch.blocks_.begin()), offset_(batch.frontOffset_),
-              file_(batch.fileBeforeFront_) {}
+              before_(batch.beforeFront_) {}
 
         bool hasNext() const { return read_ < batch_.size_; }
 
@@ -51,7 +49,7 @@ public:
         std::size_t read_ = 0;
         MessageBlocks::const_iterator block_;
         std::size_t offset_;
-        std::string_view file_; ///< of the message that was read last
+        SharedFields before_; ///< of the message that was read last
         int answeredReports_ = 0;
     };
 
@@ -91,14 +89,15 @@ private:
     static constexpr std::size_t MOST_SPARES = 16;
 
     bool hasRoom(std::size_t neededBytes) const;
-    bool isLastFile(std::string_view file) const;
+    void append(const PackedMessage& packed) noexcept;
+    PackedMessage::Unpacked readFront() const;
     void addBlock(std::size_t neededBytes);
     void addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept;
 
     MessageBlocks blocks_;
-    std::size_t frontOffset_ = 0;      ///< of the oldest message in the first block
-    std::string_view fileBeforeFront_; ///< of the message before that; in the block, as the next one
-    std::string_view lastFile_;        ///< of the newest message
+    std::size_t frontOffset_ = 0; ///< of the oldest message in the first block
+    SharedFields beforeFront_;    ///< of the message before that in the block
+    SharedFields last_;           ///< of the newest message in the last block
     std::size_t size_ = 0;
     MessageBlocks spares_; ///< all of the usual size
 };

@@ -8,6 +8,11 @@
 namespace ZAV {
 namespace Log {
 
+/// \return whether two texts are the same one, not only alike
+inline bool isSamePlace(std::string_view text, std::string_view other) {
+    return text.data() == other.data() && text.size() == other.size();
+}
+
 /// What a message says, in texts that somebody else keeps. A message goes through the library in this form
 /// until an appender needs the object.
 struct MessageFields {
@@ -26,7 +31,8 @@ struct MessageFields {
                           type);
     }
 
-    std::string_view loggerName; ///< for the queue, that of the logger itself, which is never destroyed
+    std::string_view loggerName; ///< on the way to the appenders that of the logger itself, which is never
+                                 ///< destroyed, so that its place tells whose it is
     Util::TimeUtils::Time time;
     Level::LogLevel level;
     std::string_view text;

@@ -23,9 +23,13 @@ void dropUnusualMemory(std::string& text) {
 
 /// A message, and whose it is.
 struct ReusedMessage::Kept {
-    explicit Kept(const MessageFields& fields) : message(fields.makeMessage()) {}
+    explicit Kept(const MessageFields& fields)
+        : message(fields.makeMessage()), loggerName(fields.loggerName) {}
+
+    void fill(const MessageFields& fields);
 
     LogMessage message;
+    std::string_view loggerName; ///< where the logger keeps it
     bool isThreads = false; ///< kept until its thread ends
     bool isTaken = true;
 
@@ -50,7 +54,7 @@ const LogMessage& ReusedMessage::get() {
 void ReusedMessage::take() {
     auto* const threads = static_cast<Kept*>(Kept::slot().get());
     if (threads != nullptr && !threads->isTaken) {
-        fill(threads->message, fields_);
+        threads->fill(fields_);
         threads->isTaken = true;
         kept_ = threads;
         return;
@@ -69,15 +73,17 @@ void ReusedMessage::giveBack() noexcept {
     kept_->isTaken = false;
 }
 
-/// One call in a row often has the logger and the file of the one before.
-void ReusedMessage::fill(LogMessage& message, const MessageFields& fields) {
-    if (message.loggerName_ != fields.loggerName) {
+/// A message often has the logger and the file of the one before.
+void ReusedMessage::Kept::fill(const MessageFields& fields) {
+    if (!isSamePlace(loggerName, fields.loggerName)) {
         message.loggerName_.assign(fields.loggerName);
+        loggerName = fields.loggerName;
     }
     if (message.file_ != fields.file) {
         message.file_.assign(fields.file);
     }
-    message.text_.assign(fields.text);
+    message.text_.clear(); // which takes fewer steps than assigning
+    message.text_.append(fields.text);
     message.time_ = fields.time;
     message.level_ = fields.level;
     message.line_ = fields.line;

@@ -10,7 +10,7 @@ namespace Log {
 /// is made.
 class ReusedMessage {
 public:
-    /// \param fields live as long as this object
+    /// \param fields live as long as this object, and the logger's name for ever
     explicit ReusedMessage(const MessageFields& fields) noexcept : fields_(fields) {}
 
     /// Gives the thread's own message back, without the memory of unusually long texts.
@@ -33,7 +33,6 @@ private:
 
     void take();
     void giveBack() noexcept;
-    static void fill(LogMessage& message, const MessageFields& fields);
 
     const MessageFields& fields_;
     Kept* kept_ = nullptr;
