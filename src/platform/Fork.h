@@ -12,8 +12,7 @@ enum ForkRule {
 
     /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
     /// that is held for short steps only, in which no lock is made or destroyed, and only an older one of
-    /// this
-    /// kind is waited for: the fork takes the youngest first.
+    /// this kind is waited for: the fork takes the youngest first.
     AWAITED_BY_FORK
 };
 

@@ -70,8 +70,11 @@ char* writeSeconds(char* field, Time time) {
 }
 
 char* writeTime(char* field, Time time) {
-    const std::uint64_t microseconds = time.microseconds() % MICROSECONDS_PER_SECOND;
-    return writeField(writeSeconds(field, time), ':', 6, static_cast<int>(microseconds));
+    const auto microseconds = static_cast<unsigned>(time.microseconds() % MICROSECONDS_PER_SECOND);
+    field = writeSeconds(field, time);
+    *field++ = ':';
+    // Of one number each digit has to wait for the one behind it.
+    return writeDigits(writeDigits(field, 3, microseconds / 1000), 3, microseconds % 1000);
 }
 
 } // namespace TimeUtils

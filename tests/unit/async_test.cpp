@@ -291,9 +291,23 @@ TEST(MessageBatch, GivesBackWhatAMessageSharesWithTheOneBefore) {
     }
     batch.removeFront();
     EXPECT_EQ(allOf(batch.front()), allOf(message(2999)));
-    batch.takeBlocks();
-    batch.append(message(0));
-    EXPECT_EQ(allOf(batch.front()), allOf(message(0)));
+    for (const std::size_t i : {0U, 2999U, 2999U}) { // nothing of a block that is gone
+        batch.takeBlocks();
+        batch.append(message(i));
+        EXPECT_EQ(allOf(batch.front()), allOf(message(i)));
+    }
+}
+
+TEST(MessageBatch, ForgetsAMessageThatHadABlockOfItsOwn) {
+    const std::string large(500'000, 'a'); // whose memory goes back to the system
+    MessageBatch batch;
+    for (int i = 0; i < 3; ++i) {
+        batch.append({"net.tcp", Time(), Level::INFO, large, 1, "Socket.cpp", LOG});
+        EXPECT_EQ(batch.front().text, large);
+        batch.removeFront();
+    }
+    batch.append(fields("a"));
+    EXPECT_EQ(batch.front().text, "a");
 }
 
 TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {

@@ -49,8 +49,8 @@ private:
     /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     const MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(listLock_) = nullptr; ///< null if no delivery runs
-    std::atomic<std::size_t> given_{0};    ///< messages of it that every appender has been given; written by
-                                           ///< whoever delivers
+    /// Messages of it that the last appender has been given or is being given. Written by whoever delivers.
+    std::atomic<std::size_t> given_{0};
     std::atomic<bool> isAbandoned_{false}; ///< in a forked child: the delivery must not go on
 };
 

@@ -47,9 +47,9 @@ void ConsumerThread::makeRounds() {
     } while (!stopped_);
 }
 
-/// In a child that an appender or a listener has forked, the batch is the parent's, which ends its delivery.
-/// When the call ends, and with it the round, the thread writes what its appenders and listeners had to put
-/// off, and may wait for loggers there.
+/// If an appender or a listener forks, the batch belongs to the parent, and the child does not finish its
+/// delivery. At the end of the call, and so of the round, the thread writes what its appenders and listeners
+/// put off; there it may wait for loggers.
 void ConsumerThread::deliverRound() {
     MessageBatch batch = queue_.takeBatch();
     const LibraryCall call;

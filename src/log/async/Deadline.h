@@ -16,7 +16,7 @@ public:
 
     bool isOver() const;
 
-    /// Waits until the monitor is notified, or for no reason, but not beyond the deadline.
+    /// Waits until the monitor is notified, or spuriously, but not beyond the deadline.
     void wait(QueueMonitor& monitor) const ZAV_LOG_REQUIRES(monitor);
 
 private:

@@ -16,11 +16,12 @@ constexpr int DEFAULT_PRIORITY_MARK = 1000;
 
 /// The tuning of the asynchronous dispatcher.
 struct DispatcherSettings {
-    /// The length of the queue at which its oldest message is pushed out: at most one less wait. A negative
+    /// The length at which the queue pushes its oldest message out, so that one less can wait. A negative
     /// configured number is a huge one here, so that nothing is ever pushed out.
     std::uint64_t maxQueueSize = 1024;
 
-    /// How long the consumer waits between two rounds when nobody wakes it; 0 if each message is to wake it.
+    /// How long the consumer waits between two rounds when nobody wakes it; 0 if the first
+    /// message in an empty queue is to wake it.
     Util::TimeUtils::Time waitingPeriod = Util::TimeUtils::Time(2, Util::TimeUtils::SEC);
 
     /// What the consumer thread asks `Platform::setCurrentThreadPriority` for, or `DEFAULT_PRIORITY_MARK`.

@@ -34,8 +34,8 @@ void MessageBatch::append(const MessageFields& message, int answeredReports) {
 
 void MessageBatch::append(const PackedMessage& packed) noexcept {
     MessageBlock& block = blocks_.back();
-    packed.writeTo(block.bytes.get() + block.used, last_);
-    block.used += packed.size();
+    const char* const end = packed.writeTo(block.bytes.get() + block.used, last_);
+    block.used = static_cast<std::size_t>(end - block.bytes.get());
     ++size_;
 }
 
@@ -81,6 +81,7 @@ MessageBlocks MessageBatch::takeBlocks() noexcept {
     taken.swap(blocks_);
     frontOffset_ = 0;
     beforeFront_ = SharedFields();
+    last_ = SharedFields();
     size_ = 0;
     return taken;
 }
@@ -104,6 +105,9 @@ void MessageBatch::removeFront() noexcept {
         addSpares(emptied);
         frontOffset_ = 0;
         beforeFront_ = SharedFields();
+    }
+    if (blocks_.empty()) {
+        last_ = SharedFields();
     }
 }
 

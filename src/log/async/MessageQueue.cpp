@@ -224,8 +224,8 @@ int MessageQueue::priority() {
 
 // Memory
 
-/// Has the consumer make some more, if it waits for messages. While it delivers them there is none to spare:
-/// what the calls would save there, the delivery would lose.
+/// Has the consumer make some more, if it waits for messages. While it delivers them it has no time for that:
+/// what the calls would save, the delivery would lose.
 void MessageQueue::askForMemory() {
     if (messageQueue_.wantsSpare() && !wantsMemory_) {
         wantsMemory_ = true;
@@ -233,8 +233,8 @@ void MessageQueue::askForMemory() {
     }
 }
 
-/// Makes one block, and releases the monitor meanwhile. If there is no memory, the next logging call that
-/// needs some asks again.
+/// Makes one block, and releases the monitor meanwhile. If there is no memory, the next logging call asks
+/// again.
 void MessageQueue::addMemory() noexcept {
     wantsMemory_ = false;
     queueMonitor_.unlock();

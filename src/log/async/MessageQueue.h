@@ -19,8 +19,8 @@ public:
     /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
     void configure(const Util::Properties& properties);
 
-    /// Appends a message; never waits for an appender. When the queue has reached its limit, or was closed,
-    /// the oldest message leaves it and is shown on the standard error stream.
+    /// Appends a message. It waits for no appender, unless it may wait for room. When the queue has reached
+    /// its limit, or was closed, the oldest message leaves it and is shown on the standard error stream.
     /// \param mayWait whether to wait for room instead, if that is configured and a consumer makes room
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
     void append(const MessageFields& message, bool mayWait = false);
@@ -44,8 +44,9 @@ public:
     /// Says that the consumer comes no more; nobody waits for it any longer.
     void consumerEnds() noexcept;
 
-    /// Waits for the waiting period, or until the queue is half full, or until somebody waits for the
-    /// messages. Meanwhile it has memory ready for them.
+    /// Waits for the waiting period, or until somebody wakes the consumer: the queue is half full, or holds a
+    /// message that is to be delivered promptly, or somebody waits for the messages. Meanwhile it makes
+    /// memory for them.
     /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
     void wait(const std::atomic<bool>& stopped);
 

@@ -61,7 +61,7 @@ std::size_t PackedMessage::size() const noexcept {
            ((parts & OWN_FILE) != 0 ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
-void PackedMessage::writeTo(char* place, SharedFields& before) const noexcept {
+const char* PackedMessage::writeTo(char* place, SharedFields& before) const noexcept {
     const unsigned parts = header_.ownParts;
     char* next = write(place, header_);
     if ((parts & OWN_TIME) != 0) {
@@ -77,7 +77,7 @@ void PackedMessage::writeTo(char* place, SharedFields& before) const noexcept {
         before.file = std::string_view(next, message_.file.size());
         next = writeText(next, message_.file);
     }
-    writeText(next, message_.text);
+    return writeText(next, message_.text);
 }
 
 PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedFields& before) noexcept {

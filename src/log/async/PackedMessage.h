@@ -9,10 +9,11 @@
 namespace ZAV {
 namespace Log {
 
-/// What a message often has in common with the one before it. A default one stands before the first message.
+/// What a message often has in common with the one before it. A default one stands before the first message
+/// of a block.
 struct SharedFields {
     Util::TimeUtils::Time time;
-    std::string_view loggerName; ///< of the logger itself, so that its place tells whose it is
+    std::string_view loggerName; ///< the logger's own string, so that its address identifies the logger
     std::string_view file;
 };
 
@@ -29,10 +30,11 @@ public:
     std::size_t size() const noexcept;
 
     /// Writes the message with its texts, but for the logger's name, which must stay where it is.
-    /// \param place where so many bytes have room
-    /// \param before that of the construction; becomes that of the next message, with a file that lies in the
-    ///        place if the message brings its own
-    void writeTo(char* place, SharedFields& before) const noexcept;
+    /// \param place has room for `size` bytes
+    /// \param before the fields that the constructor was given; they become those of this message, and a file
+    ///        that it does not share is then the one in the place
+    /// \return the end of what was written
+    const char* writeTo(char* place, SharedFields& before) const noexcept;
 
     /// What `read` gives.
     struct Unpacked {

@@ -21,7 +21,7 @@ public:
     void lock() ZAV_LOG_ACQUIRE();
     void unlock() ZAV_LOG_RELEASE();
 
-    /// Releases the monitor until it is notified, or for no reason; holds it again on return.
+    /// Releases the monitor until it is notified, or spuriously; holds it again on return.
     void wait() ZAV_LOG_REQUIRES(this);
 
     /// The same, but no longer than a duration, and no longer than 20 days, beyond which the system cannot

@@ -31,8 +31,9 @@ struct MessageFields {
                           type);
     }
 
-    std::string_view loggerName; ///< on the way to the appenders that of the logger itself, which is never
-                                 ///< destroyed, so that its place tells whose it is
+    /// On the way to the appenders the logger's own string. It is never destroyed, so its address identifies
+    /// the logger.
+    std::string_view loggerName;
     Util::TimeUtils::Time time;
     Level::LogLevel level;
     std::string_view text;

@@ -30,7 +30,7 @@ struct ReusedMessage::Kept {
 
     LogMessage message;
     std::string_view loggerName; ///< where the logger keeps it
-    bool isThreads = false; ///< kept until its thread ends
+    bool isThreads = false;      ///< kept until its thread ends
     bool isTaken = true;
 
     /// Never destroyed, since threads may still log while the process ends.
@@ -54,13 +54,23 @@ const LogMessage& ReusedMessage::get() {
 void ReusedMessage::take() {
     auto* const threads = static_cast<Kept*>(Kept::slot().get());
     if (threads != nullptr && !threads->isTaken) {
-        threads->fill(fields_);
-        threads->isTaken = true;
+        fillTaken(*threads);
         kept_ = threads;
         return;
     }
     kept_ = new Kept(fields_);
-    kept_->isThreads = threads == nullptr && Kept::slot().set(kept_);
+    kept_->isThreads = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
+}
+
+/// Taking memory may run a function of the application, which may log.
+void ReusedMessage::fillTaken(Kept& kept) const {
+    kept.isTaken = true;
+    try {
+        kept.fill(fields_);
+    } catch (...) {
+        kept.isTaken = false;
+        throw;
+    }
 }
 
 void ReusedMessage::giveBack() noexcept {

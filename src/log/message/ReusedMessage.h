@@ -32,6 +32,7 @@ private:
     static const bool hasSlotFromLoad;
 
     void take();
+    void fillTaken(Kept& kept) const;
     void giveBack() noexcept;
 
     const MessageFields& fields_;

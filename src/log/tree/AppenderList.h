@@ -18,7 +18,7 @@ struct MessageFields;
 ///
 /// It changes under the tree's lock alone, also while a message is being given to its appenders: so an
 /// appender may add and remove others and itself. The walk goes through a copy, which is renewed when the
-/// list has changed, and asks of each entry whether it still stands.
+/// list has changed, and checks that each entry is still listed.
 class AppenderList {
 public:
     using Entries = std::list<Appender*>;

@@ -56,8 +56,8 @@ struct Logger::Inside {
     /// \return how many loggers the subtree has
     std::size_t countSubtree() ZAV_LOG_REQUIRES(treeLock());
 
-    /// Waits, for one logger of the subtree after the other, until no other thread dispatches a message that
-    /// it is dispatching now.
+    /// Goes through the subtree and waits at each logger until a message that another thread is dispatching
+    /// there is finished.
     void waitForSubtree() ZAV_LOG_EXCLUDES(treeLock());
 
     Logger& logger_;

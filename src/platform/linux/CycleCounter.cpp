@@ -45,9 +45,9 @@ bool isClockOfSystem() {
 
 /// What the speed is measured from. All 0 before the library is loaded.
 const struct Beginning {
-    std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
-    std::uint64_t ticks = CycleCounter::read();
     bool isSteady = HAS_COUNTER && isClockOfSystem();
+    std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
+    std::uint64_t ticks = isSteady ? CycleCounter::read() : 0; // a process may be forbidden to read it
 } beginning;
 
 std::atomic<std::uint64_t> knownSpeed{0};
