@@ -197,6 +197,40 @@ TEST(MessageQueue, ForgetsInAForkedChildWhatTheParentHasQueued) {
     EXPECT_THAT(textsOf(queue.close()), ElementsAre("the child's"));
 }
 
+namespace {
+
+/// A standard error in which the process forks, as far as the queue in the child can tell.
+class ForkingBuffer : public std::stringbuf {
+public:
+    explicit ForkingBuffer(MessageQueue& queue) : queue_(queue) {}
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        queue_.lockForFork();
+        queue_.renewInChild();
+        return std::stringbuf::xsputn(text, size);
+    }
+
+private:
+    MessageQueue& queue_;
+};
+
+} // namespace
+
+TEST(MessageQueue, IsFreeInAForkedChildOnceTheCallThatForkedIsOver) {
+    static MessageQueue& queue = *new MessageQueue; // which keeps the parent's monitor for good
+    queue.configure(tuning("1", "3600"));
+    ForkingBuffer buffer(queue);
+    std::streambuf* const before = std::cerr.rdbuf(&buffer);
+    queue.append(fields("the parent's"));
+    std::cerr.rdbuf(before);
+    queue.configure(tuning("10", "3600"));
+    for (int i = 0; i < 2; ++i) {
+        std::async(std::launch::async, [] { queue.append(fields("a")); }).get();
+    }
+    EXPECT_EQ(queue.close().size(), 2U);
+}
+
 TEST(MessageBatch, UsesTheMemoryOfDeliveredMessagesAgain) {
     MessageBatch delivered;
     delivered.append(fields("a"));

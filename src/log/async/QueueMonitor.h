@@ -31,8 +31,9 @@ public:
     /// Wakes the waiting threads once the monitor is released.
     void notify() ZAV_LOG_REQUIRES(this);
 
-    /// In a forked child, whose parent held the monitor while it forked: puts a new one in its place, which
-    /// nobody holds or waits on. The old one is left alone, since it cannot be released there.
+    /// In a forked child, whose parent held the monitor while it forked: gives one `lock` back and puts a new
+    /// monitor in the place of the old one, which is left alone, since it cannot be released there. Nobody
+    /// waits on the new one; the calling thread holds it as often as it still has to release it.
     void renewInChild() ZAV_LOG_RELEASE();
 
 private:
@@ -41,6 +42,7 @@ private:
     std::unique_ptr<Monitor> monitor_ = std::make_unique<Monitor>();
     Monitor* parents_ = nullptr;               ///< in a forked child: never released, and so never destroyed
     int waiting_ ZAV_LOG_GUARDED_BY(this) = 0; ///< threads
+    int depth_ ZAV_LOG_GUARDED_BY(this) = 0;   ///< how often its holder has taken it
 };
 
 /// Holds a `QueueMonitor` to the end of its scope.
