@@ -200,6 +200,9 @@ TEST_F(CheckTest, WordsItsFindingsAsACompilerDoes) {
     EXPECT_EQ("app.properties:1: error: appender.s: did you mean 'FileAppender'? No factory registered for "
               "appenderName = s, appenderClass = File [unknown-class]",
               textOf("appender.s = File\n"));
+    EXPECT_EQ("app.properties:2: error: appender.c.level: did you mean 'DEBUG'? There is no 'Debug' LogLevel "
+              "defined. [bad-level]",
+              textOf(CONSOLE + "appender.c.level = Debug\n"));
     EXPECT_EQ("app.properties:2: error: Property file app.properties contains a malformed property on line 2 "
               "[grammar]",
               textOf("# remark\nx\n"));

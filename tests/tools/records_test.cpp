@@ -141,7 +141,7 @@ TEST(LineParser, ReadsTornLines) {
 TEST(CivilTime, CountsDaysAsTheCalendarDoes) {
     for (const char* text :
          {"1970.01.01 00:00:00:000000", "2000.02.29 23:59:59:999999", "2013.12.31 14:03:27:123000",
-          "2024.03.01 00:00:00:000001", "2100.03.01 12:00:00:000000"}) {
+          "2024.03.01 00:00:00:000001", "2025.01.01 00:00:00:000000", "2100.03.01 12:00:00:000000"}) {
         const std::int64_t microseconds =
             civilSeconds(text) * 1000000 + std::stoi(std::string(text).substr(20));
         EXPECT_EQ(text, civilText(microseconds));
