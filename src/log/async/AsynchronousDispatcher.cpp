@@ -30,6 +30,9 @@ const AsynchronousDispatcher& madeAtLoad = AsynchronousDispatcher::instance();
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
+}
+
+void AsynchronousDispatcher::heedForks() {
     Platform::atFork([] { instance().queue_.lockForFork(); }, [] { instance().queue_.unlockInParent(); },
                      [] { instance().beginInChild(); });
 }

@@ -18,6 +18,11 @@ public:
     /// Never destroyed, since threads may still log while the process ends.
     static AsynchronousDispatcher& instance();
 
+    /// Has every fork of the process wait until the queue is whole. Called once, behind `Platform::atFork`
+    /// for what a thread may take under the queue's monitor: a fork takes the monitor first then, as such a
+    /// thread does.
+    static void heedForks();
+
     /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
     void configure(const Util::Properties& properties);
 
