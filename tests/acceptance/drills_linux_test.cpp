@@ -2,12 +2,16 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -94,6 +98,56 @@ TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
 #endif
     std::filesystem::create_directory(directory_ / "child");
     EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "fork"), 0) << errors();
+}
+
+namespace {
+
+std::atomic<bool> forkHasBegun{false};
+
+/// A standard error that is in use while a fork begins, and makes a logger then.
+class BufferDuringFork : public std::stringbuf {
+public:
+    std::atomic<bool> isInUse{false};
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        isInUse = true;
+        while (!forkHasBegun) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the fork comes to the library's locks
+        LoggerFactory::getLogger("made.meanwhile");
+        return std::stringbuf::xsputn(text, size);
+    }
+};
+
+} // namespace
+
+TEST_F(DrillInProcess, AForkBearsAStandardErrorThatMakesALogger) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
+#endif
+    ASSERT_TRUE(init("appender.queued = SimpleFileAppender\n"
+                     "appender.queued.asynchronous = true\n"
+                     "appender.queued.dir = DIR\n"
+                     "zav.log.AsynchronousDispatcher.maxQueueSize = 1\n"));
+    BufferDuringFork buffer;
+    std::streambuf* const before = std::cerr.rdbuf(&buffer);
+    pthread_atfork([] { forkHasBegun = true; }, nullptr, nullptr); // registered last, and so called first
+    std::thread logging([] { LoggerFactory::getLogger("net").error("shown", 0, ""); });
+    while (!buffer.isInUse) {
+        std::this_thread::yield();
+    }
+    const pid_t child = fork(); // a hang here is a failure
+    if (child == 0) {
+        _exit(EXIT_SUCCESS);
+    }
+    logging.join();
+    std::cerr.rdbuf(before);
+    int status = EXIT_FAILURE;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, EXIT_SUCCESS);
+    EXPECT_THAT(buffer.str(), HasSubstr(" shown\n"));
 }
 
 TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
