@@ -95,6 +95,15 @@ TEST_F(LoggingCost, NoAllocationAndOneClockReadingForAMessage) {
     logger_.removeAppender(&appender);
 }
 
+TEST_F(LoggingCost, NoAllocationForAStreamedMessage) {
+    TestSupport::CallingAppender appender([](const LogMessage&) {});
+    logger_.addAppender(&appender);
+    const auto log = [this] { ZAV_LOG_INFO(logger_, LONG << ' ' << 42 << ' ' << 2.5); };
+    log();
+    EXPECT_EQ(allocationsOf(log), 0U);
+    logger_.removeAppender(&appender);
+}
+
 TEST_F(LoggingCost, OneAllocationForALine) {
     const LogMessage message("counted", Util::TimeUtils::Time::now(), Level::WARNING, LONG, 2147483647, LONG,
                              LOG);
