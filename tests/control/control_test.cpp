@@ -171,6 +171,21 @@ TEST_F(Control, DropsWhoIsSilentOrDoesNotRead) {
     EXPECT_EQ(notReading.rest().find("\nok\n"), std::string::npos);
 }
 
+TEST_F(Control, WhoLeavesAmidAnAnswerMakesRoom) {
+    makeAnswersLong();
+    ControlLoop::Limits limits;
+    limits.clients = 1;
+    limits.silence = std::chrono::hours(1);
+    const ShortServer server(address_, limits);
+    {
+        Client leaving(address_);
+        leaving.say("level root ERROR\nloggers\nloggers\n");
+        leaving.answer();
+    }
+    Client next(address_);
+    EXPECT_EQ(next.ask("level root ERROR"), "ok\n");
+}
+
 TEST_F(Control, EndsWhileClientsHang) {
     makeAnswersLong();
     std::list<Client> clients;

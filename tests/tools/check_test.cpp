@@ -212,6 +212,8 @@ TEST_F(CheckTest, WordsItsFindingsAsACompilerDoes) {
     EXPECT_EQ("app.properties:1: warning: apender.s: nothing reads this key; did you mean 'appender.s'? "
               "[unknown-key]",
               textOf("apender.s = FileAppender\n"));
+    EXPECT_EQ("app.properties:1: warning: apender..s: nothing reads this key [unknown-key]",
+              textOf("apender..s = FileAppender\n"));
     EXPECT_EQ(
         "app.properties:1: warning: zav.log.AsynchronousDispatcher.x: nothing reads this key [unknown-key]",
         textOf(DISPATCHER + "x = 5\n"));
