@@ -73,7 +73,7 @@ char* writeTime(char* field, Time time) {
     const auto microseconds = static_cast<unsigned>(time.microseconds() % MICROSECONDS_PER_SECOND);
     field = writeSeconds(field, time);
     *field++ = ':';
-    // Of one number each digit has to wait for the one behind it.
+    // A digit needs the division before it; those of two short numbers overlap.
     return writeDigits(writeDigits(field, 3, microseconds / 1000), 3, microseconds % 1000);
 }
 

@@ -48,7 +48,8 @@ InputSpec::Kind resolve(const InputSpec& input) {
 }
 
 /// From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file on its
-/// way up is met twice rather than not at all.
+/// way up is met twice rather than not at all. One that goes up while it is looked at leaves its name to the
+/// next one, or to none, which is no problem.
 std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems) {
     std::vector<LogFile> files;
     for (char digit = NEWEST; digit <= OLDEST; ++digit) {
@@ -59,10 +60,11 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
             continue;
         }
         std::string problem;
-        if (!member.file.open(member.path, problem)) {
-            problems.push_back(member.path + ": " + problem);
-        } else if (!isAmong(files, member)) {
+        const bool isOpen = member.file.open(member.path, problem) || member.file.open(member.path, problem);
+        if (isOpen && !isAmong(files, member)) {
             files.push_back(std::move(member));
+        } else if (!isOpen && isFile(member.path)) {
+            problems.push_back(member.path + ": " + problem);
         }
     }
     std::reverse(files.begin(), files.end());

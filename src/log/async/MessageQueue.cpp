@@ -12,14 +12,22 @@ using Util::TimeUtils::Time;
 
 // The logging call's side
 
+/// The settings are read without the monitor, since a bad one is shown on a standard error that may log.
 void MessageQueue::configure(const Util::Properties& properties) {
+    DispatcherSettings settings = presentSettings();
+    settings.read(properties);
     const QueueMonitorLock lock(queueMonitor_);
     const bool waitsWithoutLimit = deliversPromptly();
     const Time before = settings_.waitingPeriod;
-    settings_.read(properties);
+    settings_ = settings;
     if (waitsWithoutLimit || settings_.waitingPeriod < before || isAwaited_) {
         wakeConsumer(); // out of a wait that the new settings would not make, or not for as long
     }
+}
+
+DispatcherSettings MessageQueue::presentSettings() {
+    const QueueMonitorLock lock(queueMonitor_);
+    return settings_;
 }
 
 void MessageQueue::append(const MessageFields& message, bool mayWait) {

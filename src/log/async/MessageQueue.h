@@ -45,8 +45,8 @@ public:
     void consumerEnds() noexcept;
 
     /// Waits for the waiting period, or until somebody wakes the consumer: the queue is half full, or holds a
-    /// message that is to be delivered promptly, or somebody waits for the messages. Meanwhile it makes
-    /// memory for them.
+    /// message that is to be delivered promptly, or somebody waits for the messages, or the consumer is to
+    /// stop or to take other settings. Meanwhile it makes memory for them.
     /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
     void wait(const std::atomic<bool>& stopped);
 
@@ -75,7 +75,8 @@ public:
     void lockForFork() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.lock(); }
     void unlockInParent() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.unlock(); }
 
-    /// Begins anew, with an empty queue and without a consumer; the lock is free then.
+    /// Begins anew, with an empty queue and without a consumer. The monitor is free then, unless the thread
+    /// was in a call of the queue when it forked.
     void renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS;
 
 private:
@@ -88,6 +89,7 @@ private:
 
     static constexpr int MOST_NESTED_SHOWS = 8;
 
+    DispatcherSettings presentSettings() ZAV_LOG_EXCLUDES(queueMonitor_);
     void callConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
     void waitForRoom() ZAV_LOG_REQUIRES(queueMonitor_);
     bool isFull() const ZAV_LOG_REQUIRES(queueMonitor_);

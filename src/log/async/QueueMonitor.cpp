@@ -65,7 +65,7 @@ void QueueMonitor::notify() {
 }
 
 void QueueMonitor::renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    monitor_->unlock(); // the system refuses it, but checking tools take note
+    monitor_->unlock(); // it may stay locked, but checking tools take note
     parents_ = monitor_.release();
     monitor_ = std::make_unique<Monitor>();
     waiting_ = 0;

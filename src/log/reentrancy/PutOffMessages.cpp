@@ -29,13 +29,15 @@ void PutOffMessages::keep(Logger& logger, const MessageFields& message, Write wr
     ThreadRecord& thread = threadRecord();
     Messages one;
     one.push_back({&thread, thread.answeredReports, &logger, message.makeMessage(), write});
-    const ScopedLock lock(messagesLock_);
-    if (closed_) {
-        showOnStandardError(SHOWN_AT_PROCESS_END, one.front().message);
-        return;
+    {
+        const ScopedLock lock(messagesLock_);
+        if (!closed_) {
+            messages_.splice(messages_.end(), one);
+            ++thread.putOffMessages;
+            return;
+        }
     }
-    messages_.splice(messages_.end(), one);
-    ++thread.putOffMessages;
+    showOnStandardError(SHOWN_AT_PROCESS_END, one.front().message);
 }
 
 void PutOffMessages::writeOwn() noexcept {

@@ -47,7 +47,7 @@ bool isClockOfSystem() {
 const struct Beginning {
     bool isSteady = HAS_COUNTER && isClockOfSystem();
     std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
-    std::uint64_t ticks = isSteady ? CycleCounter::read() : 0; // a process may be forbidden to read it
+    std::uint64_t ticks = isSteady ? CycleCounter::read() : 0;
 } beginning;
 
 std::atomic<std::uint64_t> knownSpeed{0};
