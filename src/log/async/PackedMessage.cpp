@@ -56,8 +56,8 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports,
 
 std::size_t PackedMessage::size() const noexcept {
     const unsigned parts = header_.ownParts;
-    return sizeof header_ + ((parts & OWN_TIME) != 0 ? sizeof message_.time : 0) +
-           ((parts & OWN_LOGGER_NAME) != 0 ? sizeof message_.loggerName : 0) +
+    return sizeof header_ + ((parts & OWN_TIME) != 0 ? sizeof(Util::TimeUtils::Time) : 0) +
+           ((parts & OWN_LOGGER_NAME) != 0 ? sizeof(std::string_view) : 0) +
            ((parts & OWN_FILE) != 0 ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
