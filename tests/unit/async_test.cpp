@@ -228,6 +228,7 @@ TEST(MessageQueue, IsFreeInAForkedChildOnceTheCallThatForkedIsOver) {
     for (int i = 0; i < 2; ++i) {
         std::async(std::launch::async, [] { queue.append(fields("a")); }).get();
     }
+    EXPECT_EQ(queue.statistics().waiting, 2U);
     EXPECT_EQ(queue.close().size(), 2U);
 }
 
