@@ -1,9 +1,11 @@
 #include "TestSupport.h"
 
+#include "log/async/AsynchronousAppenders.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
+#include "log/reentrancy/LibraryCall.h"
 
 #include <future>
 #include <iostream>
@@ -266,6 +268,26 @@ TEST(MessageQueue, LeavesAWaitThatIsLongerThanThoseToCome) {
         }
         EXPECT_EQ(queue.takeBatch().size(), 0U);
     }
+}
+
+TEST(AsynchronousAppenders, ShowWhatTheLastOfThemHasNotBeenGiven) {
+    AsynchronousAppenders appenders;
+    TestSupport::CallingAppender first([](const LogMessage&) {});
+    TestSupport::CallingAppender last([&appenders](const LogMessage& message) {
+        if (message.getText() == "2") {
+            appenders.showRestOfDelivery();
+        }
+    });
+    appenders.add(&first);
+    appenders.add(&last);
+    MessageBatch batch;
+    for (const char* text : {"1", "2", "3"}) {
+        batch.append(fields(text));
+    }
+    const TestSupport::StreamCapture errors(std::cerr);
+    const LibraryCall call;
+    EXPECT_TRUE(appenders.deliver(batch));
+    EXPECT_THAT(errors.text(), AllOf(EndsWith(" INFO 3\n"), Not(HasSubstr(" INFO 2\n"))));
 }
 
 TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
