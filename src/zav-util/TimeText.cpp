@@ -70,11 +70,8 @@ char* writeSeconds(char* field, Time time) {
 }
 
 char* writeTime(char* field, Time time) {
-    const auto microseconds = static_cast<unsigned>(time.microseconds() % MICROSECONDS_PER_SECOND);
-    field = writeSeconds(field, time);
-    *field++ = ':';
-    // A digit needs the division before it; those of two short numbers overlap.
-    return writeDigits(writeDigits(field, 3, microseconds / 1000), 3, microseconds % 1000);
+    const std::uint64_t microseconds = time.microseconds() % MICROSECONDS_PER_SECOND;
+    return writeField(writeSeconds(field, time), ':', 6, static_cast<int>(microseconds));
 }
 
 } // namespace TimeUtils

@@ -20,8 +20,8 @@ struct DispatcherSettings {
     /// configured number is a huge one here, so that nothing is ever pushed out.
     std::uint64_t maxQueueSize = 1024;
 
-    /// How long the consumer waits between two rounds when nobody wakes it; 0 if the first
-    /// message in an empty queue is to wake it.
+    /// How long the consumer waits between two rounds when nobody wakes it; 0 if the first message
+    /// in an empty queue is to wake it.
     Util::TimeUtils::Time waitingPeriod = Util::TimeUtils::Time(2, Util::TimeUtils::SEC);
 
     /// What the consumer thread asks `Platform::setCurrentThreadPriority` for, or `DEFAULT_PRIORITY_MARK`.
