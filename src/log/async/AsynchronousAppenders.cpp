@@ -1,7 +1,6 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/Appender.h"
-#include "log/layout/ShownMessage.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/ReportAnswer.h"
@@ -56,59 +55,35 @@ bool AsynchronousAppenders::isEmpty() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     return asynchronousAppenders_.empty();
 }
 
-bool AsynchronousAppenders::deliver(const MessageBatch& batch) noexcept {
+bool AsynchronousAppenders::deliver(MessageBatch& batch) noexcept {
     const ScopedLock lock(appendersLock_);
     isAbandoned_ = false;
-    given_ = 0;
-    setDelivered(&batch);
     for (auto appender = asynchronousAppenders_.begin(); appender != asynchronousAppenders_.end();
          ++appender) {
         deliverTo(**appender, batch, std::next(appender) == asynchronousAppenders_.end());
     }
-    setDelivered(nullptr);
     return !asynchronousAppenders_.empty();
 }
 
 /// The bound of reports in answer to others holds for each message that answers none.
-void AsynchronousAppenders::deliverTo(Appender& appender, const MessageBatch& batch, bool isLast) noexcept {
+void AsynchronousAppenders::deliverTo(Appender& appender, MessageBatch& batch, bool isLast) noexcept {
     ThreadRecord& thread = threadRecord();
-    MessageBatch::Reader messages(batch);
-    while (!isAbandoned_ && messages.hasNext()) {
-        const MessageFields fields = messages.next();
-        if (messages.answeredReports() == 0) {
+    for (batch.rewind(); !isAbandoned_ && batch.hasNext();) {
+        const PackedMessage::Unpacked message = batch.next();
+        if (message.answeredReports == 0) {
             thread.nestedReports = 0;
         }
-        const ReportAnswer answer(thread, messages.answeredReports());
-        given_.store(given_.load(std::memory_order_relaxed) + (isLast ? 1 : 0), std::memory_order_relaxed);
-        give(appender, fields);
-    }
-}
-
-void AsynchronousAppenders::setDelivered(const MessageBatch* batch) noexcept {
-    const ScopedLock listLock(listLock_);
-    delivered_ = batch;
-}
-
-/// What an earlier appender has got already, and what the delivery goes on to write until the process is
-/// gone, is shown as well: rather twice than not at all.
-void AsynchronousAppenders::showRestOfDelivery() noexcept {
-    const ScopedLock listLock(listLock_); // the batch stays as long as it is held
-    if (delivered_ == nullptr) {
-        return;
-    }
-    const std::size_t given = given_; // of now: the delivery may go on while these are shown
-    MessageBatch::Reader messages(*delivered_);
-    for (std::size_t number = 0; messages.hasNext(); ++number) {
-        const MessageFields fields = messages.next();
-        if (number >= given) {
-            showOnStandardError(SHOWN_AT_PROCESS_END, fields);
+        const ReportAnswer answer(thread, message.answeredReports);
+        give(appender, message.fields);
+        if (isLast) {
+            batch.setGiven();
         }
+        progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
 }
 
 void AsynchronousAppenders::endDeliveryInChild() noexcept {
     isAbandoned_ = true;
-    setDelivered(nullptr);
 }
 
 } // namespace Log

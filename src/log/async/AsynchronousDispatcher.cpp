@@ -7,6 +7,8 @@
 #include "platform/Fork.h"
 #include "platform/ProcessLifetime.h"
 #include "platform/SignalGuard.h"
+#include "platform/ThreadPriority.h"
+#include "zav-util/StandardError.h"
 
 #include <exception>
 
@@ -26,26 +28,40 @@ namespace {
 /// destroyed, are gone by the time that the dispatcher ends.
 const AsynchronousDispatcher& madeAtLoad = AsynchronousDispatcher::instance();
 
+/// How long the end of the process waits for a consumer that does not come on.
+constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
+
 } // namespace
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
+    Platform::atFork(nullptr, nullptr, [] { instance().beginInChild(); });
 }
 
-void AsynchronousDispatcher::heedForks() {
-    Platform::atFork([] { instance().queue_.lockForFork(); }, [] { instance().queue_.unlockInParent(); },
-                     [] { instance().beginInChild(); });
+void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
+    queue_.append(message, mayWait);
+    if (state_.load(std::memory_order_relaxed) == WANTED) {
+        startIfWanted(false);
+    }
 }
 
-void AsynchronousDispatcher::configure(const Util::Properties& properties) {
-    queue_.configure(properties);
+bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
+    // The consumer may be waiting for a lock that the thread holds inside an appender or a listener, or be
+    // the thread itself.
+    if (LibraryCall::isOpen()) {
+        return statistics().waiting == 0;
+    }
+    startIfWanted(true);
+    return queue_.flush(timeout);
 }
+
+// The consumer's life
 
 void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender) {
     appenders_.add(appender);
     const ScopedLock lock(threadLock_);
     if (!consumerThread_) {
-        startConsumer();
+        start();
     }
 }
 
@@ -56,29 +72,32 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
-void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
-    queue_.append(message, mayWait);
-    if (wantsConsumer_.load(std::memory_order_relaxed)) {
-        startWantedConsumer(false);
-    }
+/// Those who wait for room or for a flush learn of it.
+void AsynchronousDispatcher::enter(State state) {
+    state_ = state;
+    queue_.setServed(state == RUNNING);
 }
 
-bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
-    // The consumer may be waiting for a lock that the thread holds inside an appender or a listener, or be
-    // the thread itself.
-    if (LibraryCall::isOpen()) {
-        return statistics().waiting == 0;
+void AsynchronousDispatcher::start() {
+    Platform::keepLibraryLoaded();
+    const Platform::NoSignals noSignals;
+    const State before = state_;
+    enter(RUNNING);
+    try {
+        consumerThread_ = std::make_unique<Worker>(runConsumer);
+    } catch (...) {
+        enter(before);
+        throw;
     }
-    if (wantsConsumer_) {
-        startWantedConsumer(true);
-    }
-    return queue_.flush(timeout);
 }
 
 /// A thread that cannot be started now is tried again with the next message.
 /// \param mayWait whether to wait for another thread that is starting or stopping it: with a logger's lock held,
 ///        that could last for ever
-void AsynchronousDispatcher::startWantedConsumer(bool mayWait) noexcept {
+void AsynchronousDispatcher::startIfWanted(bool mayWait) noexcept {
+    if (state_ != WANTED) {
+        return;
+    }
     if (mayWait) {
         threadLock_.lock();
     } else if (!threadLock_.tryLock()) {
@@ -86,73 +105,140 @@ void AsynchronousDispatcher::startWantedConsumer(bool mayWait) noexcept {
     }
     const ScopedLock lock(threadLock_, Platform::ADOPT_LOCK);
     try {
-        if (!consumerThread_ && wantsConsumer_) {
-            startConsumer();
+        if (state_ == WANTED) {
+            start();
         }
     } catch (const std::exception&) {
         return;
     }
 }
 
-void AsynchronousDispatcher::startConsumer() {
-    Platform::keepLibraryLoaded();
-    const Platform::NoSignals noSignals;
-    const ConsumerThreadPtr thread = new ConsumerThread(queue_, appenders_);
-    queue_.consumerStarts();
-    try {
-        thread->start();
-    } catch (...) {
-        queue_.consumerEnds();
-        throw;
-    }
-    consumerThread_ = thread;
-    wantsConsumer_ = false;
-}
-
 void AsynchronousDispatcher::stop() {
     const ScopedLock lock(threadLock_);
-    wantsConsumer_ = false;
     if (consumerThread_) {
-        consumerThread_->stop();
-        consumerThread_ = nullptr;
+        enter(ENDING);
+        consumerThread_->join();
+        consumerThread_.reset();
+    }
+    enter(ABSENT);
+}
+
+// The consumer's thread
+
+/// What is thrown in it, because the priority cannot be set for example, ends the thread alone.
+void AsynchronousDispatcher::runConsumer() {
+    AsynchronousDispatcher& dispatcher = instance();
+    const unsigned generation = dispatcher.generation_;
+    threadRecord().isConsumer = true;
+    try {
+        dispatcher.makeRounds();
+    } catch (const std::exception& exception) {
+        Util::writeErrorLine("IceUtil::Thread::run(): uncaught exception: ", exception.what());
+    }
+    threadRecord().isConsumer = false;
+    if (generation == dispatcher.generation_) {
+        dispatcher.enter(ENDING);
+        { const LibraryCall call; } // writes what was left, since nobody waits for this thread any more
+        dispatcher.enter(ENDED);
+        dispatcher.stateBell_.ring();
     }
 }
+
+/// A consumer that is stopped before its first round makes that round at once, so that what was queued by then
+/// is written as if it had been waiting already.
+void AsynchronousDispatcher::makeRounds() {
+    const unsigned generation = generation_;
+    MessageBatch batch;
+    int priority = DEFAULT_PRIORITY_MARK;
+    do {
+        applyPriority(priority);
+        queue_.wait();
+        applyPriority(priority);
+        deliverRound(batch);
+    } while (state_ == RUNNING && generation == generation_);
+}
+
+/// The priority may be configured after the thread has started; it is in force when messages are written. No
+/// message is held while it is set, since that may fail and end the thread.
+void AsynchronousDispatcher::applyPriority(int& applied) const {
+    const int priority = queue_.priority();
+    if (priority == applied) {
+        return;
+    }
+    const int error = Platform::setCurrentThreadPriority(priority);
+    if (error != 0) {
+        throw Worker::priorityFailure(error);
+    }
+    applied = priority;
+}
+
+/// If an appender or a listener forks, the batch belongs to the parent, and the child does not finish its
+/// delivery. At the end of the call, and so of the round, the thread writes what its appenders and listeners
+/// put off.
+void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
+    const unsigned generation = generation_;
+    queue_.take(batch);
+    const LibraryCall call;
+    const bool isDelivered = appenders_.deliver(batch);
+    if (generation == generation_) {
+        queue_.release(batch, isDelivered);
+    }
+}
+
+// The end of the process
 
 /// Writes what is still queued when the process ends without `LogManager::finish`. The listeners, which
 /// belong to the application, may be gone by now.
 ///
 /// A thread that ends the process from inside an appender or a listener holds locks that the consumer may be
-/// waiting for; there the messages are shown on the standard error stream instead.
+/// waiting for; there the messages are shown on the standard error stream instead, and so is what a consumer
+/// has not written that comes to a standstill.
 void AsynchronousDispatcher::endWithProcess() noexcept {
     const Platform::NoCancellation noCancellation;
-    const bool mayWait = !LibraryCall::isOpen();
+    const bool mayDeliver = !LibraryCall::isOpen();
     const LibraryCall call;
-    if (mayWait) {
-        CommandBus::instance().clearCommandListeners();
-        stop();
+    CommandBus::instance().forgetListeners();
+    const bool hasEnded = mayDeliver && endConsumer();
+    if (hasEnded && !appenders_.isEmpty()) {
+        MessageBatch batch;
+        deliverRound(batch);
     }
-    MessageBatch batch = queue_.close();
-    const bool isDelivered = mayWait && appenders_.deliver(batch);
-    if (!isDelivered) {
-        appenders_.showRestOfDelivery();
-        MessageQueue::showAll(batch);
-    }
-    queue_.endDelivery(batch, isDelivered);
+    queue_.close();
+    queue_.showRestOfDelivery();
+    queue_.showAll();
     PutOffMessages::instance().showAll();
+    queue_.finishShowing();
 }
 
-/// What the parent had queued is the parent's to write.
+/// \return false if the consumer is stuck
+bool AsynchronousDispatcher::endConsumer() {
+    if (state_ == RUNNING) {
+        enter(ENDING);
+    }
+    const auto hasEnded = [this] { return state_ != RUNNING && state_ != ENDING; };
+    std::uint64_t progress = 0;
+    do {
+        progress = appenders_.progress();
+        if (stateBell_.wait(Deadline(LONGEST_STANDSTILL), hasEnded)) {
+            return true;
+        }
+    } while (progress != appenders_.progress());
+    return false;
+}
+
+// In a forked child
+
+/// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object is
+/// left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
+    ++generation_;
     queue_.renewInChild();
+    stateBell_.renewInChild();
     appenders_.endDeliveryInChild();
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
-    if (consumerThread_) {
-        consumerThread_->endInChild();
-        parentsConsumer_ = consumerThread_;
-        consumerThread_ = nullptr;
-    }
-    wantsConsumer_ = !appenders_.isEmpty();
+    static_cast<void>(consumerThread_.release());
+    state_ = appenders_.isEmpty() ? ABSENT : WANTED;
 }
 
 } // namespace Log

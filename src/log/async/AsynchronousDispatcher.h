@@ -1,30 +1,25 @@
 #pragma once
 
 #include "log/async/AsynchronousAppenders.h"
-#include "log/async/ConsumerThread.h"
 #include "log/async/MessageQueue.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
 
-/// The process-wide road from loggers to asynchronous appenders: a bounded queue and one consumer thread,
-/// which runs while at least one asynchronous appender is registered. All operations may be called from any
+/// The process-wide road from loggers to asynchronous appenders: the queue, and one consumer thread, which takes
+/// what is queued, a batch a round, and gives it to the appenders. All operations may be called from any
 /// thread.
 class AsynchronousDispatcher {
 public:
     /// Never destroyed, since threads may still log while the process ends.
     static AsynchronousDispatcher& instance();
 
-    /// Has every fork of the process wait until the queue is whole. Called once, after `Platform::atFork` for
-    /// every lock that a thread may take while it holds the queue's monitor: what is registered last runs
-    /// first, so a fork takes the locks in the order in which such a thread does.
-    static void heedForks();
-
     /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
-    void configure(const Util::Properties& properties);
+    void configure(const Util::Properties& properties) { queue_.configure(properties); }
 
     /// Has the consumer write to an appender, and starts it if it does not run.
     /// \param appender not owned; must live until it was unregistered
@@ -47,25 +42,43 @@ public:
     /// \return the numbers of the queue; `failed` is not counted here
     LogStatistics statistics() const { return queue_.statistics(); }
 
-    /// Stops the consumer thread, if it runs, after the round that it is in.
+    /// Stops the consumer, if it runs, after the round that it is in.
     void stop();
 
 private:
+    /// What becomes of the consumer. Only while it is `RUNNING`, others wait for it.
+    enum State {
+        ABSENT,  ///< no appender needs it
+        WANTED,  ///< in a forked child, whose parent had one: the first message starts the child's own
+        RUNNING, ///< it waits or delivers
+        ENDING,  ///< it makes its last round
+        ENDED    ///< its thread is over, and is still to be joined
+    };
+
     AsynchronousDispatcher();
 
-    void startConsumer() ZAV_LOG_REQUIRES(threadLock_);
-    void startWantedConsumer(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
+    void enter(State state);
+    void start() ZAV_LOG_REQUIRES(threadLock_);
+    void startIfWanted(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
+
+    static void runConsumer();
+    void makeRounds();
+    void applyPriority(int& applied) const;
+    void deliverRound(MessageBatch& batch);
+
+    bool endConsumer();
     void endWithProcess() noexcept;
     void beginInChild() noexcept;
 
     MessageQueue queue_;
     AsynchronousAppenders appenders_;
-    Platform::CriticalSection threadLock_;
-    ConsumerThreadPtr consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    /// In a forked child, whose parent had a consumer: the first message starts the child's own.
-    std::atomic<bool> wantsConsumer_{false};
-    /// In a forked child: the parent's consumer, which does not run here and is not joined.
-    ConsumerThreadPtr parentsConsumer_;
+    std::atomic<State> state_{ABSENT};
+    Bell stateBell_; ///< rung when the consumer has ended
+    /// Raised in a forked child: a consumer of an earlier number is the parent's, and does not go on.
+    std::atomic<unsigned> generation_{0};
+
+    Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
+    std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
 };
 
 } // namespace Log

@@ -1,136 +1,55 @@
 #include "log/async/MessageBatch.h"
 
-#include <algorithm>
-#include <iterator>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
 
-namespace {
-
-/// But for a message that is larger itself.
-constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
-constexpr std::size_t PAGE_SIZE = 4096;
-
-MessageBlock makeBlock(std::size_t capacity) {
-    return {std::unique_ptr<char[]>(new char[capacity]), capacity, 0};
-}
-
-} // namespace
-
-void MessageBatch::append(const MessageFields& message, int answeredReports) {
-    const PackedMessage packed(message, answeredReports, last_);
-    if (hasRoom(packed.size())) {
-        append(packed);
-        return;
+void MessageBatch::rewind() noexcept {
+    for (Stream& stream : streams_) {
+        stream.cursor = stream.begin;
+        stream.nextNumber = 0;
     }
-    // The first message of a block has nothing in common with the one before, since blocks come and go one by
-    // one.
-    const PackedMessage first(message, answeredReports, SharedFields());
-    addBlock(first.size());
-    last_ = SharedFields();
-    append(first);
+    number_ = first_;
+    lookForMore();
 }
 
-void MessageBatch::append(const PackedMessage& packed) noexcept {
-    MessageBlock& block = blocks_.back();
-    const char* const end = packed.writeTo(block.bytes.get() + block.used, last_);
-    block.used = static_cast<std::size_t>(end - block.bytes.get());
-    ++size_;
-}
-
-bool MessageBatch::hasRoom(std::size_t neededBytes) const {
-    return !blocks_.empty() && blocks_.back().capacity - blocks_.back().used >= neededBytes;
-}
-
-void MessageBatch::addBlock(std::size_t neededBytes) {
-    if (neededBytes > BLOCK_SIZE || spares_.empty()) {
-        blocks_.push_back(makeBlock(std::max(neededBytes, BLOCK_SIZE)));
-    } else {
-        blocks_.splice(blocks_.end(), spares_, spares_.begin());
-    }
-}
-
-MessageBlocks MessageBatch::makeSpare() {
-    MessageBlocks spare;
-    spare.push_back(makeBlock(BLOCK_SIZE));
-    for (std::size_t offset = 0; offset < BLOCK_SIZE; offset += PAGE_SIZE) {
-        spare.front().bytes[offset] = 0;
-    }
-    return spare;
-}
-
-/// The block used last comes first, since it is likely to be in the processor's cache.
-void MessageBatch::addSpare(MessageBlocks& blocks, MessageBlocks::iterator block) noexcept {
-    block->used = 0;
-    spares_.splice(spares_.begin(), blocks, block);
-}
-
-void MessageBatch::addSpares(MessageBlocks& blocks) noexcept {
-    for (auto block = blocks.begin(); block != blocks.end() && spares_.size() < MOST_SPARES;) {
-        const auto next = std::next(block);
-        if (block->capacity == BLOCK_SIZE) {
-            addSpare(blocks, block);
+/// The numbers have no gaps, so the ring with the next one is looked for. It is missing only while its thread
+/// is between taking the number and publishing the message, where it waits for nothing.
+PackedMessage::Unpacked MessageBatch::next() noexcept {
+    std::size_t looked = 0;
+    while (streams_[stream_].nextNumber != number_) {
+        stream_ = stream_ + 1 == streams_.size() ? 0 : stream_ + 1;
+        if (++looked % streams_.size() == 0) {
+            lookForMore();
+            std::this_thread::yield();
         }
-        block = next;
+    }
+    Stream& stream = streams_[stream_];
+    const PackedMessage::Unpacked message = stream.cursor.next();
+    stream.nextNumber = stream.cursor.findNext(stream.end) ? stream.cursor.nextNumber() : 0;
+    ++number_;
+    return message;
+}
+
+void MessageBatch::copyRestTo(MessageBatch& rest) const {
+    rest.first_ = first_;
+    rest.last_ = last_;
+    for (const Stream& stream : streams_) {
+        rest.streams_.push_back({stream.ring, stream.end, stream.begin, stream.begin, 0});
+    }
+    rest.rewind();
+    for (std::uint64_t given = given_; given > 0; --given) {
+        rest.next();
     }
 }
 
-MessageBlocks MessageBatch::takeBlocks() noexcept {
-    MessageBlocks taken;
-    taken.swap(blocks_);
-    frontOffset_ = 0;
-    beforeFront_ = SharedFields();
-    last_ = SharedFields();
-    size_ = 0;
-    return taken;
-}
-
-MessageFields MessageBatch::front() const {
-    return readFront().fields;
-}
-
-PackedMessage::Unpacked MessageBatch::readFront() const {
-    return PackedMessage::read(blocks_.front().bytes.get() + frontOffset_, beforeFront_);
-}
-
-void MessageBatch::removeFront() noexcept {
-    const PackedMessage::Unpacked front = readFront();
-    beforeFront_ = front.sharedFields();
-    frontOffset_ += front.size;
-    --size_;
-    if (frontOffset_ == blocks_.front().used) {
-        MessageBlocks emptied;
-        emptied.splice(emptied.end(), blocks_, blocks_.begin());
-        addSpares(emptied);
-        frontOffset_ = 0;
-        beforeFront_ = SharedFields();
+void MessageBatch::lookForMore() noexcept {
+    for (Stream& stream : streams_) {
+        if (stream.nextNumber == 0 && stream.cursor.findNext(stream.end)) {
+            stream.nextNumber = stream.cursor.nextNumber();
+        }
     }
-    if (blocks_.empty()) {
-        last_ = SharedFields();
-    }
-}
-
-void MessageBatch::swap(MessageBatch& other) noexcept {
-    blocks_.swap(other.blocks_);
-    std::swap(frontOffset_, other.frontOffset_);
-    std::swap(beforeFront_, other.beforeFront_);
-    std::swap(last_, other.last_);
-    std::swap(size_, other.size_);
-}
-
-MessageFields MessageBatch::Reader::next() {
-    if (offset_ == block_->used) {
-        ++block_;
-        offset_ = 0;
-        before_ = SharedFields();
-    }
-    const PackedMessage::Unpacked message = PackedMessage::read(block_->bytes.get() + offset_, before_);
-    before_ = message.sharedFields();
-    offset_ += message.size;
-    ++read_;
-    answeredReports_ = message.answeredReports;
-    return message.fields;
 }
 
 } // namespace Log

@@ -2,279 +2,386 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
+#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
+#include <algorithm>
+#include <chrono>
 #include <new>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
 
+using Platform::ScopedLock;
 using Util::TimeUtils::Time;
+
+namespace {
+
+constexpr char QUEUE_IS_FULL[] = "Message queue size reached. Discarding oldest log message: ";
+
+/// \param duration 0 for no end
+Deadline deadlineAfter(Time duration) {
+    constexpr Time LONGEST(36500, Util::TimeUtils::DAY);
+    return duration == Time()
+               ? Deadline()
+               : Deadline(std::chrono::microseconds(std::min(duration, LONGEST).microseconds()));
+}
+
+} // namespace
+
+// The settings
+
+/// Nothing is held meanwhile, since a bad one is shown on a standard error that may log.
+void MessageQueue::configure(const Util::Properties& properties) {
+    const bool waitedWithoutLimit = deliversPromptly();
+    const std::uint64_t periodBefore = waitingPeriod_;
+    DispatcherSettings settings = this->settings();
+    settings.read(properties);
+    use(settings);
+    if (waitedWithoutLimit || waitingPeriod_ < periodBefore) {
+        wake(); // out of a wait that the new settings would not make, or not for as long
+    }
+}
+
+DispatcherSettings MessageQueue::settings() const {
+    DispatcherSettings settings;
+    settings.maxQueueSize = maxQueueSize_;
+    settings.waitingPeriod = Time(waitingPeriod_, Util::TimeUtils::USEC);
+    settings.priority = priority_;
+    settings.overflowBlocks = overflowBlocks_;
+    return settings;
+}
+
+void MessageQueue::use(const DispatcherSettings& settings) {
+    maxQueueSize_ = settings.maxQueueSize;
+    waitingPeriod_ = settings.waitingPeriod.microseconds();
+    priority_ = settings.priority;
+    overflowBlocks_ = settings.overflowBlocks;
+}
 
 // The logging call's side
 
-/// The settings are read without the monitor, since a bad one is shown on a standard error that may log.
-void MessageQueue::configure(const Util::Properties& properties) {
-    DispatcherSettings settings = presentSettings();
-    settings.read(properties);
-    const QueueMonitorLock lock(queueMonitor_);
-    const bool waitsWithoutLimit = deliversPromptly();
-    const Time before = settings_.waitingPeriod;
-    settings_ = settings;
-    if (waitsWithoutLimit || settings_.waitingPeriod < before || isAwaited_) {
-        wakeConsumer(); // out of a wait that the new settings would not make, or not for as long
-    }
-}
-
-DispatcherSettings MessageQueue::presentSettings() {
-    const QueueMonitorLock lock(queueMonitor_);
-    return settings_;
-}
-
+/// Nothing can fail once the message has its number, since those behind it wait for it.
 void MessageQueue::append(const MessageFields& message, bool mayWait) {
-    const QueueMonitorLock lock(queueMonitor_);
-    if (mayWait && settings_.overflowBlocks) {
-        waitForRoom();
+    ThreadRecord& thread = threadRecord();
+    if (thread.ring == nullptr && !addRing(thread)) {
+        hasAppended(appendToSharedRing(message));
+        return;
     }
-    messageQueue_.append(message, threadRecord().answeredReports);
-    numbers_.addQueued();
-    askForMemory();
-    const std::uint64_t size = messageQueue_.size();
-    if (wakesConsumer(size)) {
-        wakeConsumer();
-    }
-    if (closed_ || (size >= settings_.maxQueueSize && !mayExceedLimit(mayWait))) {
-        discardOldest();
-    }
-}
-
-void MessageQueue::waitForRoom() {
-    while (isFull() && consumer_ == TAKES_MESSAGES) {
-        callConsumer();
-        queueMonitor_.wait();
-    }
-}
-
-/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
-bool MessageQueue::isFull() const {
-    return settings_.maxQueueSize > 1 && messageQueue_.size() + 1 >= settings_.maxQueueSize;
-}
-
-/// \return whether the call should wait for room but must not, since the consumer may need the lock it holds
-bool MessageQueue::mayExceedLimit(bool mayWait) const {
-    return mayWait && settings_.overflowBlocks && settings_.maxQueueSize > 1 && consumer_ == IS_AWAY;
+    const PackedMessage packed =
+        thread.ring->reserve(message, thread.answeredReports, lastNumber_.load(std::memory_order_relaxed));
+    const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
+    const std::uint64_t number = waits ? takeNumberWithRoom() : takeNumber();
+    thread.ring->append(packed, number);
+    hasAppended(number);
 }
 
 /// Only the message that fills the first half wakes the consumer, not every message behind it.
-bool MessageQueue::wakesConsumer(std::uint64_t size) const {
-    return size == settings_.maxQueueSize / 2 || (deliversPromptly() && size == 1);
-}
-
-bool MessageQueue::deliversPromptly() const {
-    return settings_.waitingPeriod == Time();
-}
-
-/// Whoever reads standard error may log what is shown, and so discard the next message while this one is
-/// being shown, and so on. The last of such a chain is only counted, or it would never end.
-void MessageQueue::discardOldest() noexcept {
-    const char* const reason =
-        closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
-    const std::string line = shownLine(reason, messageQueue_.front());
-    messageQueue_.removeFront();
-    numbers_.addDiscarded(1);
-    if (nestedShows_ < MOST_NESTED_SHOWS) {
-        ++nestedShows_;
-        showLine(line, reason);
-        --nestedShows_;
+///
+/// A consumer on call looks for new numbers after it has said that it sleeps, and a call looks whether it
+/// sleeps after it has taken a number: one of the two sees the other.
+void MessageQueue::hasAppended(std::uint64_t number) {
+    const std::uint64_t size = number - lastTaken_.load(std::memory_order_relaxed);
+    const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
+    if (size == limit / 2 || isOnCall_) {
+        wake();
+    }
+    if (size >= limit) {
+        discardOldest();
+    }
+    if (isClosed_) {
+        showAll();
     }
 }
 
-void MessageQueue::showAll(const MessageBatch& batch) noexcept {
-    MessageBatch::Reader messages(batch);
-    while (messages.hasNext()) {
-        showOnStandardError(SHOWN_AT_PROCESS_END, messages.next());
+std::uint64_t MessageQueue::takeNumberWithRoom() {
+    std::uint64_t last = lastNumber_;
+    while (isServed_) {
+        if (!isFullBehind(last)) {
+            if (lastNumber_.compare_exchange_weak(last, last + 1)) {
+                return last + 1;
+            }
+            continue;
+        }
+        callConsumer();
+        bell_.wait(Deadline(), [this] { return !isAwaited_ || !isServed_ || !isFullBehind(lastNumber_); });
+        last = lastNumber_;
     }
+    return takeNumber();
+}
+
+/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
+bool MessageQueue::isFullBehind(std::uint64_t number) const noexcept {
+    return maxQueueSize_ > 1 && number + 1 - lastTaken_ >= maxQueueSize_;
+}
+
+/// The oldest message may be on its way still: its thread has taken the number and waits for nothing before
+/// it publishes the message.
+void MessageQueue::discardOldest() {
+    lines_.waitForRoom();
+    for (bool isDone = false; !isDone; std::this_thread::yield()) {
+        const ScopedLock lock(queueLock_);
+        const bool hasRoom = lastNumber_ - lastTaken_ < maxQueueSize_; // the consumer has come meanwhile
+        isDone = hasRoom || takeOldest(QUEUE_IS_FULL);
+    }
+    lines_.write();
+}
+
+/// \return false if the oldest message is not published yet
+bool MessageQueue::takeOldest(const char* reason) noexcept {
+    const std::uint64_t number = lastTaken_ + 1;
+    for (const std::unique_ptr<Ring>& ring : rings_) {
+        if (ring->findFront(number) && ring->front().nextNumber() == number) {
+            lines_.add(shownLine(reason, ring->front().next().fields), reason);
+            lastTaken_ = number;
+            ++discardedCount_;
+            if (delivered_ == nullptr) {
+                lastDone_ = number;
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+// The rings
+
+namespace {
+
+/// Has a thread that ends give its ring up. Never destroyed, since threads may still log while the process
+/// ends.
+Platform::ThreadSlot& queueOfThread(void (*end)(void* queue) = nullptr) {
+    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(end);
+    return slot;
+}
+
+} // namespace
+
+/// \return false if the thread gets none: it is ending, and would leave the ring behind
+bool MessageQueue::addRing(ThreadRecord& thread) {
+    Platform::ThreadSlot& slot = queueOfThread([](void* queue) { static_cast<MessageQueue*>(queue)->endRing(); });
+    if (thread.hasEndedRing || !slot.set(this)) {
+        return false;
+    }
+    auto ring = std::make_unique<Ring>(pool_);
+    Ring* const added = ring.get();
+    const ScopedLock lock(queueLock_);
+    rings_.push_back(std::move(ring));
+    thread.ring = added;
+    return true;
+}
+
+/// The ring stays until its messages are gone.
+void MessageQueue::endRing() noexcept {
+    ThreadRecord& thread = threadRecord();
+    thread.hasEndedRing = true;
+    const ScopedLock lock(queueLock_);
+    if (thread.ring != nullptr) {
+        thread.ring->end();
+        thread.ring = nullptr;
+        removeEndedRings();
+    }
+}
+
+void MessageQueue::removeEndedRings() noexcept {
+    const std::uint64_t lowest = lastTaken_ + 1;
+    const auto isOver = [lowest](const std::unique_ptr<Ring>& ring) {
+        return ring->hasEnded() && ring->lastKept() == nullptr && !ring->findFront(lowest);
+    };
+    rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
+}
+
+std::uint64_t MessageQueue::appendToSharedRing(const MessageFields& message) {
+    const ScopedLock lock(queueLock_);
+    if (sharedRing_ == nullptr) {
+        rings_.push_back(std::make_unique<Ring>(pool_));
+        sharedRing_ = rings_.back().get();
+    }
+    const PackedMessage packed = sharedRing_->reserve(message, threadRecord().answeredReports, lastNumber_);
+    const std::uint64_t number = takeNumber();
+    sharedRing_->append(packed, number);
+    return number;
 }
 
 // Waiting for the consumer
 
 bool MessageQueue::flush(Time timeout) {
-    const QueueMonitorLock lock(queueMonitor_);
-    const std::uint64_t last = numbers_.last();
-    const Deadline deadline(timeout);
-    while (!isDone(last)) {
-        if (consumer_ == NO_CONSUMER) {
+    const std::uint64_t last = lastNumber_;
+    const Deadline deadline = deadlineAfter(timeout);
+    while (lastDone_ < last) {
+        if (!isServed_) {
             return false;
         }
-        callConsumer(); // however short the time is
-        if (deadline.isOver()) {
+        if (lastTaken_ < last) {
+            callConsumer(); // however short the time is
+        }
+        const auto mayBeDone = [this, last] {
+            return lastDone_ >= last || !isServed_ || (lastTaken_ < last && !isAwaited_);
+        };
+        if (!bell_.wait(deadline, mayBeDone)) {
             return false;
         }
-        deadline.wait(queueMonitor_);
     }
     return true;
 }
 
-/// One notification is enough until the consumer comes; otherwise the waiting threads would keep waking each
-/// other.
+/// One call is enough until the consumer comes.
 void MessageQueue::callConsumer() {
-    if (!isAwaited_) {
-        isAwaited_ = true;
-        wakeConsumer();
+    if (!isAwaited_.exchange(true)) {
+        bell_.ring();
     }
 }
 
-/// It has no effect on a consumer that is not waiting.
-void MessageQueue::wakeConsumer() {
-    isWoken_ = true;
-    queueMonitor_.notify();
-}
-
-/// \return whether that message and all before it were delivered or discarded
-bool MessageQueue::isDone(std::uint64_t number) const {
-    const std::uint64_t oldest = oldestTaken_ != 0 ? oldestTaken_ : numberOfFront();
-    return oldest > number;
-}
-
-/// \return the number of the oldest message in the queue, or the one that the next message will have
-std::uint64_t MessageQueue::numberOfFront() const {
-    return numbers_.last() - messageQueue_.size() + 1;
+/// What leaves the queue is read first: what entered it is never less.
+LogStatistics MessageQueue::statistics() const noexcept {
+    LogStatistics statistics;
+    statistics.delivered = deliveredCount_;
+    statistics.discarded = discardedCount_;
+    statistics.queued = lastNumber_;
+    statistics.waiting = statistics.queued - statistics.delivered - statistics.discarded;
+    return statistics;
 }
 
 // The consumer's side
 
-void MessageQueue::consumerStarts() {
-    const QueueMonitorLock lock(queueMonitor_);
-    consumer_ = TAKES_MESSAGES;
+void MessageQueue::setServed(bool isServed) {
+    isServed_ = isServed;
+    bell_.ring();
 }
 
-void MessageQueue::consumerEnds() noexcept {
-    const QueueMonitorLock lock(queueMonitor_);
-    consumer_ = NO_CONSUMER;
-    queueMonitor_.notify();
+void MessageQueue::wake() {
+    isWoken_ = true;
+    bell_.ring();
 }
 
 /// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
 /// first, since it waits without a limit.
-void MessageQueue::wait(const std::atomic<bool>& stopped) {
-    const QueueMonitorLock lock(queueMonitor_);
-    if (stopped) {
-        return;
-    }
-    consumer_ = TAKES_MESSAGES;
-    isWoken_ = isAwaited_ || (deliversPromptly() && messageQueue_.size() > 0);
-    const Deadline deadline(settings_.waitingPeriod);
-    while (!isWoken_ && !deadline.isOver()) {
-        if (wantsMemory_) {
-            addMemory();
-        } else {
-            deadline.wait(queueMonitor_);
+void MessageQueue::wait() {
+    isWoken_ = false;
+    const bool isPrompt = deliversPromptly();
+    const auto isDue = [this, isPrompt] {
+        return !isServed_ || isWoken_ || isAwaited_ || (isPrompt && lastNumber_ != lastTaken_);
+    };
+    // One that has just been busy looks again for a while, which spares the calls from waking it.
+    constexpr int LOOKS = 20;
+    for (int look = 0; isPrompt && look < LOOKS; ++look) {
+        if (isDue()) {
+            return;
+        }
+        if (!Platform::sleepBriefly()) {
+            break;
         }
     }
+    isOnCall_ = isPrompt;
+    bell_.wait(endOfWait(), isDue);
+    isOnCall_ = false;
 }
 
-MessageBatch MessageQueue::takeBatch() {
-    const QueueMonitorLock lock(queueMonitor_);
-    return takeAll();
+/// What the consumer has put off is tried again soon: it does not wait for loggers.
+Deadline MessageQueue::endOfWait() const {
+    return threadRecord().putOffMessages > 0
+               ? Deadline(std::chrono::milliseconds(10))
+               : deadlineAfter(Time(waitingPeriod_, Util::TimeUtils::USEC));
 }
 
-MessageBatch MessageQueue::takeAll() {
-    MessageBatch batch;
-    if (messageQueue_.size() > 0) {
-        oldestTaken_ = numberOfFront();
-        batch.swap(messageQueue_);
-    }
-    if (isAwaited_) {
+void MessageQueue::take(MessageBatch& batch) {
+    {
+        const ScopedLock lock(queueLock_);
         isAwaited_ = false;
-        queueMonitor_.notify(); // those who wait for room
+        try {
+            batch.streams_.reserve(rings_.size());
+            fill(batch);
+        } catch (const std::bad_alloc&) {
+            batch.clear();
+        }
     }
-    return batch;
+    bell_.ring(); // those who wait for room
 }
 
-void MessageQueue::endDelivery(MessageBatch& batch, bool isDelivered) noexcept {
-    MessageBlocks unused; // freed after the monitor is released
-    const QueueMonitorLock lock(queueMonitor_);
-    if (oldestTaken_ == 0) {
-        return; // nothing was taken
-    }
-    if (isDelivered) {
-        numbers_.addDelivered(batch.size());
-    } else {
-        numbers_.addDiscarded(batch.size());
-    }
-    oldestTaken_ = 0;
-    unused = batch.takeBlocks();
-    messageQueue_.addSpares(unused);
-    if (consumer_ == TAKES_MESSAGES && threadRecord().putOffMessages > 0) {
-        consumer_ = IS_AWAY;
-    }
-    queueMonitor_.notify();
-}
-
-void MessageQueue::stop(std::atomic<bool>& stopped) {
-    const QueueMonitorLock lock(queueMonitor_);
-    stopped = true;
-    if (consumer_ != NO_CONSUMER) {
-        consumer_ = ENDS;
-    }
-    wakeConsumer();
-}
-
-MessageBatch MessageQueue::close() {
-    const QueueMonitorLock lock(queueMonitor_);
-    closed_ = true;
-    return takeAll();
-}
-
-int MessageQueue::priority() {
-    const QueueMonitorLock lock(queueMonitor_);
-    return settings_.priority;
-}
-
-// Memory
-
-/// Has the consumer make some more, if it waits for messages. While it delivers them it has no time for that:
-/// what the calls would save, the delivery would lose.
-void MessageQueue::askForMemory() {
-    if (messageQueue_.wantsSpare() && !wantsMemory_) {
-        wantsMemory_ = true;
-        queueMonitor_.notify();
-    }
-}
-
-/// Makes one block, and releases the monitor meanwhile. If there is no memory, the next logging call asks
-/// again.
-void MessageQueue::addMemory() noexcept {
-    wantsMemory_ = false;
-    queueMonitor_.unlock();
-    makeSpare();
-    queueMonitor_.lock();
-    const Platform::ScopedLock lock(memoryLock_);
-    if (!madeSpare_.empty()) {
-        messageQueue_.addSpares(madeSpare_);
-        wantsMemory_ = messageQueue_.wantsSpare();
-    }
-}
-
-void MessageQueue::makeSpare() noexcept {
-    const Platform::ScopedLock lock(memoryLock_);
-    try {
-        madeSpare_ = MessageBatch::makeSpare();
-    } catch (const std::bad_alloc&) {
+/// The number of the last message is read before the rings, since each of them holds what was numbered by
+/// then, or will do so in a moment.
+void MessageQueue::fill(MessageBatch& batch) {
+    batch.first_ = lastTaken_ + 1;
+    batch.last_ = lastNumber_;
+    if (batch.size() == 0 || isClosed_) {
+        batch.clear();
         return;
+    }
+    for (const std::unique_ptr<Ring>& ring : rings_) {
+        ring->findFront(batch.first_);
+        ring->keep();
+        batch.streams_.push_back({ring.get(), ring->lastKept(), ring->front(), ring->front(), 0});
+    }
+    lastTaken_ = batch.last_;
+    delivered_ = &batch;
+}
+
+void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
+    {
+        const ScopedLock lock(queueLock_);
+        for (const MessageBatch::Stream& stream : batch.streams_) {
+            stream.ring->release(stream.cursor);
+        }
+        (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
+        delivered_ = nullptr;
+        lastDone_.store(lastTaken_);
+        removeEndedRings();
+    }
+    batch.clear();
+    bell_.ring();
+}
+
+// The end of the process
+
+void MessageQueue::close() {
+    isClosed_ = true;
+    setServed(false);
+}
+
+void MessageQueue::showAll() {
+    for (bool isDone = false; !isDone; std::this_thread::yield()) {
+        const ScopedLock lock(queueLock_);
+        while (lastTaken_ != lastNumber_ && takeOldest(SHOWN_AT_PROCESS_END)) {
+        }
+        isDone = lastTaken_ == lastNumber_;
+    }
+    lines_.write();
+}
+
+/// The consumer gives the batch back under the lock, so it stays meanwhile.
+void MessageQueue::showRestOfDelivery() {
+    const ScopedLock lock(queueLock_);
+    if (delivered_ == nullptr) {
+        return;
+    }
+    try {
+        MessageBatch rest;
+        delivered_->copyRestTo(rest);
+        while (rest.hasNext()) {
+            lines_.add(shownLine(SHOWN_AT_PROCESS_END, rest.next().fields), SHOWN_AT_PROCESS_END);
+        }
+    } catch (const std::bad_alloc&) {
+        lines_.add(std::string(), SHOWN_AT_PROCESS_END);
     }
 }
 
 // In a forked child
 
-void MessageQueue::renewInChild() {
-    MessageBatch parents;
-    parents.swap(messageQueue_);
-    numbers_.forgetWaiting();
-    oldestTaken_ = 0;
-    consumer_ = NO_CONSUMER;
+void MessageQueue::renewInChild() noexcept {
+    bell_.renewInChild();
+    lines_.renewInChild();
+    const ScopedLock lock(queueLock_);
+    threadRecord().ring = nullptr;
+    sharedRing_ = nullptr;
+    rings_.clear();
+    lastNumber_ = deliveredCount_ + discardedCount_;
+    lastTaken_.store(lastNumber_);
+    lastDone_.store(lastNumber_);
+    delivered_ = nullptr;
+    isServed_ = false;
     isAwaited_ = false;
-    isWoken_ = false;
-    queueMonitor_.renewInChild();
+    isOnCall_ = false;
 }
 
 } // namespace Log

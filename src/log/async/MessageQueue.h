@@ -1,26 +1,37 @@
 #pragma once
 
-#include "log/async/Deadline.h"
+#include "log/LogStatistics.h"
+#include "log/async/Bell.h"
+#include "log/async/DiscardedLines.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageBatch.h"
-#include "log/async/QueueMonitor.h"
-#include "log/async/QueueNumbers.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
 
-/// The messages that wait for the consumer thread, oldest first. All operations may be called from any
-/// thread.
+struct ThreadRecord;
+
+/// The messages that wait for the consumer, oldest first.
+///
+/// Each thread appends to a ring of its own; one counter gives every message of the process its number, which
+/// is its place in the order. A call that neither wakes, waits nor discards takes no lock. The process has one
+/// queue, which is never destroyed, since threads may still log while the process ends. All operations may be
+/// called from any thread.
 class MessageQueue {
 public:
+    MessageQueue() { use(DispatcherSettings()); }
+
     /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
     void configure(const Util::Properties& properties);
 
-    /// Appends a message. It waits for no appender, unless it may wait for room. When the queue has reached
-    /// its limit, or was closed, the oldest message leaves it and is shown on the standard error stream.
+    /// Appends a message. When the queue has reached its limit, or was closed, the oldest message leaves it
+    /// and is shown on the standard error stream.
     /// \param mayWait whether to wait for room instead, if that is configured and a consumer makes room
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
     void append(const MessageFields& message, bool mayWait = false);
@@ -30,97 +41,102 @@ public:
     /// \return false if the time is over, or if messages wait that no consumer comes for
     bool flush(Util::TimeUtils::Time timeout);
 
-    LogStatistics statistics() const { return numbers_.statistics(); }
-
-    /// Empties the queue for the last time: from now on every message is shown on the standard error stream
-    /// instead, since no consumer will come for it.
-    MessageBatch close();
+    /// \return the numbers of the queue; `failed` is not counted here
+    LogStatistics statistics() const noexcept;
 
     // The consumer's side
 
-    /// Says that a consumer will come for the messages from now on.
-    void consumerStarts();
+    /// Says whether a consumer comes for the messages from now on; if not, nobody waits for it any longer.
+    void setServed(bool isServed);
 
-    /// Says that the consumer comes no more; nobody waits for it any longer.
-    void consumerEnds() noexcept;
+    /// Waits for the waiting period, or until the consumer is to come before: the queue is half full, or holds
+    /// a message that is to be delivered promptly, or somebody waits for the messages, or the settings have
+    /// changed, or nobody is served any longer.
+    void wait();
 
-    /// Waits for the waiting period, or until somebody wakes the consumer: the queue is half full, or holds a
-    /// message that is to be delivered promptly, or somebody waits for the messages, or the consumer is to
-    /// stop or to take other settings. Meanwhile it makes memory for them.
-    /// \param stopped the flag that was given to `stop`; if it is set already there is no wait
-    void wait(const std::atomic<bool>& stopped);
+    /// Has the consumer come before its waiting period is over; without effect on one that does not wait.
+    void wake();
 
-    /// Empties the queue; what it held counts as waiting until `endDelivery`.
-    MessageBatch takeBatch();
+    /// Takes out all that is queued; it counts as waiting until `release`. Without memory it takes nothing.
+    void take(MessageBatch& batch);
 
-    /// Shows the messages of a batch on the standard error stream in place of their delivery, since the
-    /// process ends.
-    static void showAll(const MessageBatch& batch) noexcept;
-
-    /// Says what became of the batch that was taken last. If the calling thread has put messages off, no
-    /// logging call waits for room until the next `wait`: the thread may need the lock that such a call
-    /// holds.
+    /// Gives the memory of a batch back.
     /// \param isDelivered false if there was no appender to give it to
-    /// \param batch is emptied: its memory serves the next messages
-    void endDelivery(MessageBatch& batch, bool isDelivered) noexcept;
+    void release(MessageBatch& batch, bool isDelivered);
 
-    /// Sets a consumer's flag and wakes it.
-    void stop(std::atomic<bool>& stopped);
+    /// \return the priority that the consumer shall have, or `DEFAULT_PRIORITY_MARK`
+    int priority() const noexcept { return priority_.load(std::memory_order_relaxed); }
 
-    /// \return the priority that the consumer thread shall have, or `DEFAULT_PRIORITY_MARK`
-    int priority();
+    // The end of the process
 
-    // Around a fork, which happens with the monitor locked
+    /// From now on no message is kept: a call that appends one shows what is queued.
+    void close();
 
-    void lockForFork() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.lock(); }
-    void unlockInParent() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.unlock(); }
+    /// Shows all that is queued on the standard error stream.
+    void showAll();
 
-    /// Begins anew, with an empty queue and without a consumer. The monitor is free then, unless the thread
-    /// was in a call of the queue when it forked.
-    void renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS;
+    /// Shows what a running delivery has not given to all appenders yet, and does not wait for it. What it
+    /// writes until the process is gone is shown as well: rather twice than not at all.
+    void showRestOfDelivery();
+
+    /// Waits until all that was discarded is shown, as long as that goes on.
+    void finishShowing() { lines_.finish(); }
+
+    /// In a forked child: begins anew, with an empty queue and without a consumer. It takes no memory.
+    void renewInChild() noexcept;
 
 private:
-    enum Consumer {
-        NO_CONSUMER,
-        TAKES_MESSAGES, ///< it is waiting or delivering, and will make room
-        IS_AWAY,        ///< it may be waiting for a lock that a logging call holds
-        ENDS            ///< it is in its last round
-    };
+    using Number = std::atomic<std::uint64_t>;
 
-    static constexpr int MOST_NESTED_SHOWS = 8;
+    DispatcherSettings settings() const;
+    void use(const DispatcherSettings& settings);
+    bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
 
-    DispatcherSettings presentSettings() ZAV_LOG_EXCLUDES(queueMonitor_);
-    void callConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
-    void waitForRoom() ZAV_LOG_REQUIRES(queueMonitor_);
-    bool isFull() const ZAV_LOG_REQUIRES(queueMonitor_);
-    bool mayExceedLimit(bool mayWait) const ZAV_LOG_REQUIRES(queueMonitor_);
-    void discardOldest() noexcept ZAV_LOG_REQUIRES(queueMonitor_);
-    bool wakesConsumer(std::uint64_t size) const ZAV_LOG_REQUIRES(queueMonitor_);
-    bool deliversPromptly() const ZAV_LOG_REQUIRES(queueMonitor_);
-    bool isDone(std::uint64_t number) const ZAV_LOG_REQUIRES(queueMonitor_);
-    std::uint64_t numberOfFront() const ZAV_LOG_REQUIRES(queueMonitor_);
-    MessageBatch takeAll() ZAV_LOG_REQUIRES(queueMonitor_);
-    void wakeConsumer() ZAV_LOG_REQUIRES(queueMonitor_);
-    void askForMemory() ZAV_LOG_REQUIRES(queueMonitor_);
-    void addMemory() noexcept ZAV_LOG_REQUIRES(queueMonitor_);
-    void makeSpare() noexcept;
+    bool addRing(ThreadRecord& thread);
+    void endRing() noexcept;
+    void removeEndedRings() noexcept ZAV_LOG_REQUIRES(queueLock_);
+    std::uint64_t appendToSharedRing(const MessageFields& message);
 
-    QueueMonitor queueMonitor_;
-    MessageBatch messageQueue_ ZAV_LOG_GUARDED_BY(queueMonitor_);
-    DispatcherSettings settings_ ZAV_LOG_GUARDED_BY(queueMonitor_);
-    QueueNumbers numbers_; ///< changed under the monitor, read without it
-    /// Of the oldest message that is being delivered; 0 if none is. Messages are numbered as they are queued.
-    std::uint64_t oldestTaken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0;
-    Consumer consumer_ ZAV_LOG_GUARDED_BY(queueMonitor_) = NO_CONSUMER;
-    bool isAwaited_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false; ///< somebody waits for the queue to be emptied
-    bool isWoken_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;   ///< the consumer is to end its wait
-    bool closed_ ZAV_LOG_GUARDED_BY(queueMonitor_) = false;
-    int nestedShows_ ZAV_LOG_GUARDED_BY(queueMonitor_) = 0; ///< discarded messages that are being shown
-    /// A fork waits for it until the memory is made. It is never held while the monitor is waited for.
-    Platform::CriticalSection memoryLock_{Platform::AWAITED_BY_FORK};
-    /// Made and not added yet. Not on the consumer's stack, which a forked child does not have.
-    MessageBlocks madeSpare_ ZAV_LOG_GUARDED_BY(memoryLock_);
-    bool wantsMemory_ ZAV_LOG_GUARDED_BY(queueMonitor_) = true;
+    std::uint64_t takeNumber() noexcept { return lastNumber_.fetch_add(1) + 1; }
+    std::uint64_t takeNumberWithRoom();
+    void hasAppended(std::uint64_t number);
+    bool isFullBehind(std::uint64_t number) const noexcept;
+    void callConsumer();
+    void discardOldest();
+    bool takeOldest(const char* reason) noexcept ZAV_LOG_REQUIRES(queueLock_);
+    Deadline endOfWait() const;
+    void fill(MessageBatch& batch) ZAV_LOG_REQUIRES(queueLock_);
+
+    // The order. Messages are numbered from 1; all but the first number change under the lock.
+    Number lastNumber_{0}; ///< of the message that was queued last
+    Number lastTaken_{0};  ///< of the message that was taken out last
+    Number lastDone_{0};   ///< up to which all messages were delivered or discarded
+    Number deliveredCount_{0};
+    Number discardedCount_{0};
+
+    // The settings, which a call reads without a lock.
+    Number maxQueueSize_;
+    Number waitingPeriod_; ///< in microseconds
+    std::atomic<int> priority_;
+    std::atomic<bool> overflowBlocks_;
+
+    // What those who wait are waiting for.
+    Bell bell_;
+    std::atomic<bool> isServed_{false};   ///< a consumer comes
+    std::atomic<bool> isAwaited_{false};  ///< somebody waits for the consumer to take what is queued
+    std::atomic<bool> isWoken_{false};    ///< the consumer is to end its wait
+    std::atomic<bool> isOnCall_{false};   ///< the consumer sleeps until there is a message
+    std::atomic<bool> isClosed_{false};
+
+    /// Held for short steps: messages are taken out or given back, a ring comes or goes.
+    Platform::CriticalSection queueLock_{Platform::AWAITED_BY_FORK};
+    BlockPool pool_;
+    std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(queueLock_);
+    /// One of them, for threads that get none of their own.
+    Ring* sharedRing_ ZAV_LOG_GUARDED_BY(queueLock_) = nullptr;
+    MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(queueLock_) = nullptr; ///< not given back yet
+
+    DiscardedLines lines_;
 };
 
 } // namespace Log

@@ -1,6 +1,7 @@
 #include "log/async/PackedMessage.h"
 
 #include <cstring>
+#include <limits>
 
 namespace ZAV {
 namespace Log {
@@ -8,10 +9,15 @@ namespace Log {
 namespace {
 
 /// They follow the header in this order; the text comes last.
-enum OwnPart : unsigned { OWN_TIME = 1, OWN_LOGGER_NAME = 2, OWN_FILE = 4 };
+enum OwnPart : unsigned { OWN_NUMBER = 1, OWN_LENGTH = 2, OWN_TIME = 4, OWN_LOGGER_NAME = 8, OWN_FILE = 16 };
 
-unsigned findOwnParts(const MessageFields& message, const SharedFields& before) {
-    return (message.time == before.time ? 0U : OWN_TIME) |
+constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
+
+unsigned findOwnParts(const MessageFields& message, const SharedFields& before, std::uint64_t nextNumber) {
+    // The number is not known yet. It will not be half of the range further than what comes next now.
+    const bool needsNumber = nextNumber - before.number > LARGEST_STEP / 2;
+    return (needsNumber ? OWN_NUMBER : 0U) | (message.text.size() > LARGEST_STEP ? OWN_LENGTH : 0U) |
+           (message.time == before.time ? 0U : OWN_TIME) |
            (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
            (message.file == before.file ? 0U : OWN_FILE);
 }
@@ -45,45 +51,65 @@ std::string_view readText(const char*& bytes, std::size_t length) {
 
 } // namespace
 
-PackedMessage::PackedMessage(const MessageFields& message, int answeredReports,
-                             const SharedFields& before) noexcept
-    : message_(message), header_{message.text.size(),
+PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
+                             std::uint64_t nextNumber) noexcept
+    : message_(message), header_{static_cast<std::uint32_t>(message.text.size()),
+                                 0,
                                  message.line,
                                  static_cast<std::int16_t>(message.level),
-                                 static_cast<std::uint8_t>(message.type & 0xF),
-                                 static_cast<std::uint8_t>(findOwnParts(message, before) & 0xF),
+                                 static_cast<std::uint8_t>(message.type & 0x7),
+                                 static_cast<std::uint8_t>(findOwnParts(message, before, nextNumber) & 0x1F),
                                  static_cast<std::uint8_t>(answeredReports)} {}
 
 std::size_t PackedMessage::size() const noexcept {
-    const unsigned parts = header_.ownParts;
-    return sizeof header_ + ((parts & OWN_TIME) != 0 ? sizeof(Util::TimeUtils::Time) : 0) +
-           ((parts & OWN_LOGGER_NAME) != 0 ? sizeof(std::string_view) : 0) +
-           ((parts & OWN_FILE) != 0 ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
+    return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
+           (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) +
+           (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
+           (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) : 0) +
+           (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
-const char* PackedMessage::writeTo(char* place, SharedFields& before) const noexcept {
-    const unsigned parts = header_.ownParts;
-    char* next = write(place, header_);
-    if ((parts & OWN_TIME) != 0) {
+void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept {
+    Header header = header_;
+    header.numberStep = static_cast<std::uint32_t>(number - before.number);
+    before.number = number;
+    char* next = write(place, header);
+    if (has(OWN_NUMBER)) {
+        next = write(next, number);
+    }
+    if (has(OWN_LENGTH)) {
+        next = write(next, message_.text.size());
+    }
+    if (has(OWN_TIME)) {
         next = write(next, message_.time);
         before.time = message_.time;
     }
-    if ((parts & OWN_LOGGER_NAME) != 0) {
+    if (has(OWN_LOGGER_NAME)) {
         next = write(next, message_.loggerName);
         before.loggerName = message_.loggerName;
     }
-    if ((parts & OWN_FILE) != 0) {
+    if (has(OWN_FILE)) {
         next = write(next, message_.file.size());
         before.file = std::string_view(next, message_.file.size());
         next = writeText(next, message_.file);
     }
-    return writeText(next, message_.text);
+    writeText(next, message_.text);
+}
+
+std::uint64_t PackedMessage::readNumber(const char* bytes, const SharedFields& before) noexcept {
+    const auto header = readNext<Header>(bytes);
+    return (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(bytes)
+                                               : before.number + header.numberStep;
 }
 
 PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedFields& before) noexcept {
     const char* next = bytes;
     const auto header = readNext<Header>(next);
     SharedFields shared(before);
+    shared.number =
+        (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(next) : before.number + header.numberStep;
+    const std::size_t textLength =
+        (header.ownParts & OWN_LENGTH) != 0 ? readNext<std::size_t>(next) : header.textLength;
     if ((header.ownParts & OWN_TIME) != 0) {
         shared.time = readNext<Util::TimeUtils::Time>(next);
     }
@@ -93,9 +119,10 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
     if ((header.ownParts & OWN_FILE) != 0) {
         shared.file = readText(next, readNext<std::size_t>(next));
     }
-    const std::string_view text = readText(next, header.textLength);
+    const std::string_view text = readText(next, textLength);
     return {{shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text, header.line,
              shared.file, static_cast<MessageType>(header.type)},
+            shared.number,
             header.answeredReports,
             static_cast<std::size_t>(next - bytes)};
 }

@@ -55,6 +55,11 @@ void CommandBus::clearCommandListeners() {
     listeners_.clear();
 }
 
+void CommandBus::forgetListeners() {
+    const ScopedLock mapLock(mapLock_);
+    listeners_.clear();
+}
+
 void CommandBus::deliver(const std::string& name, const std::string& argument) {
     const LibraryCall call;
     const ScopedLock lock(listenersLock_);

@@ -29,6 +29,9 @@ public:
     /// Removes all listeners of all names.
     void clearCommandListeners();
 
+    /// The same, but does not wait for a command that is being delivered: the process ends.
+    void forgetListeners();
+
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
     /// that is removed meanwhile is not called, nor is one that is added. An exception of a listener ends the
     /// delivery and reaches the caller.

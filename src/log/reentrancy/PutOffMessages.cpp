@@ -51,7 +51,9 @@ void PutOffMessages::writeOwn() noexcept {
             return;
         }
         try {
-            write(*logger);
+            if (!write(*logger, !thread.isConsumer)) {
+                return;
+            }
         } catch (const std::bad_alloc&) {
             FailureCount::add(); // it may not have been written, and cannot be reported
         } catch (...) {

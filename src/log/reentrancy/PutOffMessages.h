@@ -20,8 +20,10 @@ public:
     struct PutOffMessage;
     using Messages = std::list<PutOffMessage>;
 
-    /// Waits for the logger's lock, takes the calling thread's first message and gives it to the appenders.
-    using Write = void (*)(Logger& logger);
+    /// Takes the calling thread's first message with the logger's lock held, and gives it to the appenders.
+    /// \param mayWait whether to wait for that lock
+    /// \return false if another thread holds the lock and the message stays
+    using Write = bool (*)(Logger& logger, bool mayWait);
 
     struct PutOffMessage {
         ThreadRecord* thread; ///< whose message it is
@@ -40,7 +42,8 @@ public:
     void keep(Logger& logger, const MessageFields& message, Write write);
 
     /// Writes the messages of the calling thread in their order, also those that are put off meanwhile. The
-    /// thread must hold no lock of the library. What is thrown at a message is dropped: nobody is left who
+    /// thread must hold no lock of the library. The consumer, for which the holder of a logger may be waiting,
+    /// leaves the rest if a logger is not free. What is thrown at a message is dropped: nobody is left who
     /// logged it.
     void writeOwn() noexcept;
 

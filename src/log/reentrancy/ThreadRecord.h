@@ -3,6 +3,8 @@
 namespace ZAV {
 namespace Log {
 
+class Ring;
+
 /// What the library knows of a thread that is inside it. It has no destructor, so that a thread may log to
 /// its very end.
 struct ThreadRecord {
@@ -11,6 +13,10 @@ struct ThreadRecord {
                          ///< before
     int nestedReports;   ///< reports delivered in answer to others, since the outermost call began
     int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps
+    int writtenLines;    ///< lines of discarded messages that the thread is writing, one within the other
+    Ring* ring;          ///< what the thread has queued; null before its first message and at its end
+    bool isConsumer;     ///< logging calls may wait for the thread, which does not wait for loggers
+    bool hasEndedRing;   ///< the thread is ending, and gets no other ring
 };
 
 /// \return the calling thread's own

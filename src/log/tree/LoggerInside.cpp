@@ -87,15 +87,21 @@ void Logger::Inside::putOff(const MessageFields& message) {
     PutOffMessages::instance().keep(logger_, message, dispatchPutOff);
 }
 
-void Logger::Inside::dispatchPutOff(Logger& logger) {
+bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
     Inside& inside = *logger.inside_;
-    const ScopedLock lock(inside.criticalSection_);
+    if (mayWait) {
+        inside.criticalSection_.lock();
+    } else if (!inside.criticalSection_.tryLock()) {
+        return false;
+    }
+    const ScopedLock lock(inside.criticalSection_, ADOPT_LOCK);
     for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
         const ReportAnswer answer(threadRecord(), putOff.answeredReports);
         MessageFields message(putOff.message);
         message.loggerName = logger.name_; // which stays where it is
         inside.dispatchMessage(message, false);
     }
+    return true;
 }
 
 // The subtree

@@ -77,7 +77,7 @@ private:
     bool isExpired(Util::TimeUtils::Time now) const;
     void dispatchMessage(const MessageFields& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
     void putOff(const MessageFields& message);
-    static void dispatchPutOff(Logger& logger);
+    static bool dispatchPutOff(Logger& logger, bool mayWait);
 
     bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
     bool moveOn(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());

@@ -1,0 +1,10 @@
+# Gives the target zav-log-threading: where the dispatcher's threads and monitors come from.
+add_library(zav-log-threading INTERFACE)
+if(ZAV_LOG_WITH_ICE)
+    include(cmake/IceUtil.cmake)
+    target_include_directories(zav-log-threading INTERFACE ${PROJECT_SOURCE_DIR}/src/log/async/ice)
+    target_link_libraries(zav-log-threading INTERFACE zav-log-iceutil)
+else()
+    target_include_directories(zav-log-threading INTERFACE ${PROJECT_SOURCE_DIR}/src/log/async/standard)
+endif()
+target_link_libraries(zav-log-threading INTERFACE Threads::Threads)

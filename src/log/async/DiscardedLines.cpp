@@ -1,0 +1,120 @@
+#include "log/async/DiscardedLines.h"
+
+#include "log/layout/ShownMessage.h"
+#include "log/reentrancy/ThreadRecord.h"
+
+#include <exception>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+namespace {
+
+constexpr std::size_t MOST_WAITING_BYTES = std::size_t{1024} * 1024;
+
+/// Whoever reads standard error may log what is written, and so discard the next message, and so on. The last
+/// of such a chain is only counted, or it would never end.
+constexpr int DEEPEST = 8;
+
+/// How long the end of the process waits for one line.
+constexpr std::chrono::seconds LONGEST_WRITE{2};
+
+} // namespace
+
+void DiscardedLines::waitForRoom() {
+    if (waitingBytes() >= MOST_WAITING_BYTES && threadRecord().writtenLines == 0) {
+        bell_.wait(Deadline(), [this] { return waitingBytes() < MOST_WAITING_BYTES; });
+    }
+}
+
+std::size_t DiscardedLines::waitingBytes() noexcept {
+    const ScopedLock lock(lock_);
+    return bytes_;
+}
+
+void DiscardedLines::add(std::string line, const char* reason) noexcept {
+    const int depth = threadRecord().writtenLines;
+    if (depth >= DEEPEST) {
+        return;
+    }
+    const ScopedLock lock(lock_);
+    try {
+        lines_.push_back({std::string(), reason, depth});
+        lines_.back().text.swap(line);
+        bytes_ += lines_.back().text.size();
+    } catch (const std::exception&) {
+        ++withoutMemory_;
+        theirReason_ = reason;
+    }
+}
+
+/// What is discarded while a line is written, by whoever reads standard error, is written after it.
+void DiscardedLines::write() {
+    int& depth = threadRecord().writtenLines;
+    if (depth > 0 || !begin()) {
+        return;
+    }
+    Line line{};
+    while (takeNext(line)) {
+        depth = line.depth + 1;
+        showLine(line.text, line.reason);
+        depth = 0;
+        bell_.ring();
+    }
+}
+
+/// \return false if another thread writes
+bool DiscardedLines::begin() noexcept {
+    const ScopedLock lock(lock_);
+    return !std::exchange(isWriting_, true);
+}
+
+/// \return false if there is no line any more; the writing is then over
+bool DiscardedLines::takeNext(Line& line) noexcept {
+    const ScopedLock lock(lock_);
+    if (!lines_.empty()) {
+        line = std::move(lines_.front());
+        lines_.pop_front();
+        bytes_ -= line.text.size();
+    } else if (withoutMemory_ > 0) {
+        --withoutMemory_;
+        line = {std::string(), theirReason_, 0};
+    } else {
+        isWriting_ = false;
+        return false;
+    }
+    ++taken_;
+    return true;
+}
+
+void DiscardedLines::finish() {
+    write();
+    bool goesOn = true;
+    for (std::uint64_t before = 0; goesOn;) {
+        const auto hasChanged = [this, &before] {
+            const ScopedLock lock(lock_);
+            const bool isChanged = !isWriting_ || taken_ != before;
+            before = taken_;
+            return isChanged;
+        };
+        goesOn = bell_.wait(Deadline(LONGEST_WRITE), hasChanged) && [this] {
+            const ScopedLock lock(lock_);
+            return isWriting_;
+        }();
+    }
+}
+
+void DiscardedLines::renewInChild() noexcept {
+    bell_.renewInChild();
+    const ScopedLock lock(lock_);
+    lines_.clear();
+    bytes_ = 0;
+    withoutMemory_ = 0;
+    isWriting_ = threadRecord().writtenLines > 0;
+}
+
+} // namespace Log
+} // namespace ZAV

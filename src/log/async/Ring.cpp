@@ -1,0 +1,175 @@
+#include "log/async/Ring.h"
+
+#include <algorithm>
+#include <new>
+
+namespace ZAV {
+namespace Log {
+
+// The pool
+
+MessageBlock* BlockPool::take(std::size_t capacity) {
+    for (auto& place : kept_) {
+        MessageBlock* const kept =
+            capacity == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
+        if (kept != nullptr) {
+            kept->next.store(nullptr, std::memory_order_relaxed);
+            kept->published.store(0, std::memory_order_relaxed);
+            return kept;
+        }
+    }
+    auto* const block = new (::operator new(sizeof(MessageBlock) + capacity)) MessageBlock;
+    block->capacity = capacity;
+    return block;
+}
+
+void BlockPool::giveBack(MessageBlock* block) noexcept {
+    for (auto& place : kept_) {
+        MessageBlock* empty = nullptr;
+        if (block->capacity == USUAL_CAPACITY &&
+            place.compare_exchange_strong(empty, block, std::memory_order_release, std::memory_order_relaxed)) {
+            return;
+        }
+    }
+    ::operator delete(block);
+}
+
+namespace {
+
+/// A thread that seldom logs shall cost little, and one that logs much seldom need another block.
+constexpr std::size_t FIRST_CAPACITY = 2048;
+constexpr std::size_t GROWTH = 8;
+
+} // namespace
+
+Ring::Ring(BlockPool& pool)
+    : pool_(pool), nextCapacity_(FIRST_CAPACITY * GROWTH), lastBlock_(pool.take(FIRST_CAPACITY)) {
+    oldest_ = lastBlock_.load(std::memory_order_relaxed);
+    front_ = Cursor(oldest_);
+}
+
+Ring::~Ring() {
+    for (MessageBlock* block = oldest_; block != nullptr;) {
+        MessageBlock* const next = block->next.load(std::memory_order_relaxed);
+        pool_.giveBack(block);
+        block = next;
+    }
+}
+
+// The side of the thread that appends
+
+PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber) {
+    const PackedMessage packed(message, answeredReports, last_, nextNumber);
+    if (lastBlock_.load(std::memory_order_relaxed)->capacity - used_ >= packed.size()) {
+        return packed;
+    }
+    // The first message of a block has nothing in common with the one before, since blocks come and go one by
+    // one.
+    const PackedMessage first(message, answeredReports, SharedFields(), nextNumber);
+    addBlock(first.size());
+    return first;
+}
+
+/// The block is linked before the message has its number: who has seen the number sees the block.
+void Ring::addBlock(std::size_t neededBytes) {
+    MessageBlock* const block = pool_.take(std::max(neededBytes, nextCapacity_));
+    nextCapacity_ = std::min(nextCapacity_ * GROWTH, BlockPool::USUAL_CAPACITY);
+    lastBlock_.load(std::memory_order_relaxed)->next.store(block, std::memory_order_release);
+    lastBlock_.store(block, std::memory_order_release);
+    used_ = 0;
+    last_ = SharedFields();
+}
+
+void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
+    MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
+    message.writeTo(block.bytes() + used_, number, last_);
+    used_ += message.size();
+    block.published.store(used_, std::memory_order_release);
+}
+
+// The readers' side
+
+/// The last message of a block is published before the next block is linked: what is published has to be
+/// looked at again once a link was seen.
+bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
+    while (offset_ == block_->published.load(std::memory_order_acquire)) {
+        MessageBlock* const next =
+            block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
+        if (next == nullptr) {
+            return false;
+        }
+        if (offset_ == block_->published.load(std::memory_order_acquire)) {
+            *this = Cursor(next, passed_);
+        }
+    }
+    return true;
+}
+
+std::uint64_t Ring::Cursor::nextNumber() const noexcept {
+    return PackedMessage::readNumber(block_->bytes() + offset_, before_);
+}
+
+PackedMessage::Unpacked Ring::Cursor::next() noexcept {
+    const PackedMessage::Unpacked message = PackedMessage::read(block_->bytes() + offset_, before_);
+    before_ = message.sharedFields();
+    offset_ += message.size;
+    passed_ = message.number;
+    return message;
+}
+
+bool Ring::findFront(std::uint64_t lowest) noexcept {
+    do {
+        while (front_.findNext(front_.block())) {
+            if (front_.nextNumber() >= lowest) {
+                return true;
+            }
+            front_.next();
+        }
+    } while (passBlock());
+    return false;
+}
+
+/// Has the front go on from the end of its block, if there is a next one, and frees the block that it has
+/// left, unless that is kept.
+/// \return whether there may be another message
+bool Ring::passBlock() noexcept {
+    MessageBlock* const passed = front_.block();
+    MessageBlock* const next = passed->next.load(std::memory_order_acquire);
+    if (next == nullptr || front_.findNext(passed)) {
+        return next != nullptr;
+    }
+    front_ = Cursor(next, front_.passed());
+    if (lastKept_ == nullptr) {
+        freeToFront();
+    } else if (isFrontBeyondKept_) {
+        lastKept_->next.store(next, std::memory_order_relaxed);
+        pool_.giveBack(passed);
+    } else {
+        isFrontBeyondKept_ = passed == lastKept_;
+    }
+    return true;
+}
+
+void Ring::freeToFront() noexcept {
+    while (oldest_ != front_.block()) {
+        MessageBlock* const passed = oldest_;
+        oldest_ = passed->next.load(std::memory_order_relaxed);
+        pool_.giveBack(passed);
+    }
+}
+
+void Ring::keep() noexcept {
+    lastKept_ = lastBlock_.load(std::memory_order_acquire);
+    isFrontBeyondKept_ = false;
+}
+
+void Ring::release(const Cursor& read) noexcept {
+    lastKept_ = nullptr;
+    if (front_.passed() < read.passed()) {
+        front_ = read;
+    }
+    freeToFront();
+}
+
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "log/async/PackedMessage.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace ZAV {
+namespace Log {
+
+/// Memory for packed messages, which lie behind this head.
+struct MessageBlock {
+    char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
+
+    std::atomic<MessageBlock*> next{nullptr}; ///< set once, when the thread that appends has filled this block
+    std::atomic<std::size_t> published{0};    ///< bytes that hold messages
+    std::size_t capacity;                     ///< in bytes
+};
+
+/// Hands out blocks, and keeps a few that were given back: the first touch of new memory costs as much as
+/// packing the messages into it. All operations may be called from any thread, and take no lock.
+class BlockPool {
+public:
+    static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;
+
+    /// \return a block of at least that capacity
+    /// \throw std::bad_alloc
+    MessageBlock* take(std::size_t capacity);
+
+    void giveBack(MessageBlock* block) noexcept;
+
+private:
+    std::atomic<MessageBlock*> kept_[16] = {}; ///< all of the usual capacity
+};
+
+/// The queued messages of one thread, packed one behind another into a chain of blocks.
+///
+/// The thread appends without a lock; what is published by one store of its is there for the readers. These
+/// take messages out at the front, one reader at a time, under the lock of the queue.
+class Ring {
+public:
+    /// \param pool must outlive the ring
+    /// \throw std::bad_alloc
+    explicit Ring(BlockPool& pool);
+    ~Ring();
+    Ring(const Ring&) = delete;
+    Ring& operator=(const Ring&) = delete;
+
+    // The side of the thread that appends
+
+    /// Makes room for a message; the `append` that has to follow cannot fail.
+    /// \param message lives until then
+    /// \param nextNumber a number that the message's own will be at or above
+    /// \throw std::bad_alloc
+    PackedMessage reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber);
+
+    /// Writes the message that room was made for, and publishes it.
+    void append(const PackedMessage& message, std::uint64_t number) noexcept;
+
+    // The readers' side
+
+    /// A place between two messages.
+    class Cursor {
+    public:
+        Cursor() = default;
+        explicit Cursor(MessageBlock* block, std::uint64_t passed = 0) : block_(block), passed_(passed) {}
+
+        /// Goes on to the block that holds the next message.
+        /// \param last the block beyond which the cursor does not go
+        /// \return whether there is a message behind the cursor
+        bool findNext(const MessageBlock* last) noexcept;
+
+        /// \return the number of the message that `findNext` has found
+        std::uint64_t nextNumber() const noexcept;
+
+        /// Passes the message that `findNext` has found.
+        PackedMessage::Unpacked next() noexcept;
+
+        /// \return the number of the message that was passed last; 0 if none was
+        std::uint64_t passed() const noexcept { return passed_; }
+
+        MessageBlock* block() const noexcept { return block_; }
+
+    private:
+        MessageBlock* block_ = nullptr;
+        std::size_t offset_ = 0;
+        SharedFields before_; ///< of the message before it in the block
+        std::uint64_t passed_ = 0;
+    };
+
+    // The lock of the queue guards what these use.
+
+    /// Takes all messages out that have a lower number.
+    /// \return whether there is another one, which `front` leads to
+    bool findFront(std::uint64_t lowest) noexcept;
+    Cursor& front() noexcept { return front_; }
+
+    /// Keeps the memory of what is published now from the front on, until `release`. What is appended later
+    /// can be taken out meanwhile, and its memory is freed.
+    void keep() noexcept;
+
+    /// \return the block with the end of what is kept; null if nothing is
+    const MessageBlock* lastKept() const noexcept { return lastKept_; }
+
+    /// \param read everything before it has been taken out
+    void release(const Cursor& read) noexcept;
+
+    /// Says that no thread appends any more.
+    void end() noexcept { hasEnded_ = true; }
+    bool hasEnded() const noexcept { return hasEnded_; }
+
+private:
+    void addBlock(std::size_t neededBytes);
+    bool passBlock() noexcept;
+    void freeToFront() noexcept;
+
+    BlockPool& pool_;
+
+    // Used by the thread that appends alone.
+    std::size_t used_ = 0; ///< of the last block
+    SharedFields last_;    ///< of the newest message in the last block
+    std::size_t nextCapacity_;
+
+    std::atomic<MessageBlock*> lastBlock_; ///< written by that thread
+
+    // Used by the readers.
+    MessageBlock* oldest_; ///< the first of the chain
+    Cursor front_;
+    MessageBlock* lastKept_ = nullptr;
+    bool isFrontBeyondKept_ = false;
+    bool hasEnded_ = false;
+};
+
+} // namespace Log
+} // namespace ZAV
