@@ -16,25 +16,6 @@ public:
     std::string text() { return testing::internal::GetCapturedStderr(); }
 };
 
-/// The lines of a text, each without the time that it begins with.
-inline std::vector<std::string> linesIn(const std::string& text, std::size_t timeLength = 27) {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line.substr(std::min(timeLength, line.size())));
-    }
-    return lines;
-}
-
-/// The last word of every line of a text.
-inline std::vector<std::string> lastWordsIn(const std::string& text) {
-    std::vector<std::string> words = linesIn(text);
-    for (std::string& word : words) {
-        word.erase(0, word.rfind(' ') + 1);
-    }
-    return words;
-}
-
 /// Runs a function in several threads at once, each with its number, and waits for all of them.
 template <typename Function>
 void inThreads(int count, Function function) {

@@ -7,6 +7,7 @@
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -46,6 +47,25 @@ public:
     void onCommand(const std::string& argument) override { arguments.push_back(argument); }
     std::vector<std::string> arguments;
 };
+
+/// The lines of a text, each without the time that it begins with.
+inline std::vector<std::string> linesIn(const std::string& text, std::size_t timeLength = 27) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line.substr(std::min(timeLength, line.size())));
+    }
+    return lines;
+}
+
+/// The last word of every line of a text.
+inline std::vector<std::string> lastWordsIn(const std::string& text) {
+    std::vector<std::string> words = linesIn(text);
+    for (std::string& word : words) {
+        word.erase(0, word.rfind(' ') + 1);
+    }
+    return words;
+}
 
 /// Redirects a standard stream to memory while it lives.
 class StreamCapture {

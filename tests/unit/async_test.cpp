@@ -5,12 +5,13 @@
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
-#include "log/reentrancy/LibraryCall.h"
 
 #include <future>
 #include <iostream>
 #include <limits>
+#include <set>
 #include <sstream>
+#include <thread>
 #include <tuple>
 #include <utility>
 
@@ -41,11 +42,26 @@ auto allOf(const MessageFields& message) {
                       message.line, message.file, message.type);
 }
 
-std::vector<std::string> textsOf(const MessageBatch& batch) {
+/// A process has one queue, and so has a test; a thread may still look for it when the test is over.
+MessageQueue& makeQueue(const std::string& maxQueueSize, const std::string& waitingPeriod = "3600") {
+    MessageQueue& queue = *new MessageQueue;
+    queue.configure(tuning(maxQueueSize, waitingPeriod));
+    return queue;
+}
+
+std::vector<std::string> textsIn(MessageBatch& batch) {
     std::vector<std::string> texts;
-    for (MessageBatch::Reader messages(batch); messages.hasNext();) {
-        texts.emplace_back(messages.next().text);
+    for (batch.rewind(); batch.hasNext();) {
+        texts.emplace_back(batch.next().fields.text);
     }
+    return texts;
+}
+
+std::vector<std::string> takeTexts(MessageQueue& queue) {
+    MessageBatch batch;
+    queue.take(batch);
+    const std::vector<std::string> texts = textsIn(batch);
+    queue.release(batch, true);
     return texts;
 }
 
@@ -77,8 +93,7 @@ TEST(DispatcherSettings, MapThePriorityScaleToThreePriorities) {
 }
 
 TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
-    MessageQueue queue;
-    queue.configure(tuning("4", "3600"));
+    MessageQueue& queue = makeQueue("4");
     const TestSupport::StreamCapture errors(std::cerr);
     for (const char* text : {"1", "2", "3"}) {
         queue.append(fields(text));
@@ -87,25 +102,23 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     queue.append(fields("4"));
     EXPECT_THAT(errors.text(), StartsWith("Message queue size reached. Discarding oldest log message: "));
     EXPECT_THAT(errors.text(), EndsWith(" net.tcp INFO 1\n"));
-    EXPECT_THAT(textsOf(queue.close()), ElementsAre("2", "3", "4"));
+    EXPECT_THAT(takeTexts(queue), ElementsAre("2", "3", "4"));
+    queue.close();
     queue.append(fields("too late"));
-    EXPECT_THAT(errors.text(), HasSubstr("Discarding oldest log message: "));
-    EXPECT_THAT(errors.text(), HasSubstr(" too late\n"));
+    EXPECT_THAT(errors.text(), AllOf(HasSubstr("The process ends. "), EndsWith(" too late\n")));
 }
 
 TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     const TestSupport::StreamCapture errors(std::cerr);
-    MessageQueue none;
-    none.configure(tuning("1", "3600"));
-    none.append(fields("a"));
+    MessageQueue& queue = makeQueue("1");
+    queue.append(fields("a"));
     EXPECT_THAT(errors.text(), HasSubstr(" INFO a\n"));
-    EXPECT_EQ(none.close().size(), 0U);
-    MessageQueue all;
-    all.configure(tuning("-1", "3600"));
+    EXPECT_THAT(takeTexts(queue), IsEmpty());
+    queue.configure(tuning("-1", "3600"));
     for (int i = 0; i < 3000; ++i) {
-        all.append(fields("b"));
+        queue.append(fields("b"));
     }
-    EXPECT_EQ(all.close().size(), 3000U);
+    EXPECT_THAT(takeTexts(queue), SizeIs(3000));
 }
 
 namespace {
@@ -131,163 +144,165 @@ private:
 } // namespace
 
 TEST(MessageQueue, ShowsEachDiscardedMessageOnceAlsoIfThatLogs) {
-    MessageQueue queue;
-    queue.configure(tuning("2", "3600"));
+    MessageQueue& queue = makeQueue("2");
     LoggingBuffer buffer(queue, 1);
     std::streambuf* const before = std::cerr.rdbuf(&buffer);
     queue.append(fields("1"));
     queue.append(fields("2"));
     std::cerr.rdbuf(before);
-    EXPECT_THAT(buffer.str(), HasSubstr(" INFO 1\n"));
-    EXPECT_THAT(buffer.str(), HasSubstr(" INFO 2\n"));
-    EXPECT_THAT(textsOf(queue.close()), ElementsAre("x"));
+    EXPECT_THAT(TestSupport::lastWordsIn(buffer.str()), ElementsAre("1", "2"));
+    EXPECT_THAT(takeTexts(queue), ElementsAre("x"));
 }
 
 TEST(MessageQueue, StopsShowingIfEveryLineShownIsLoggedAgain) {
-    MessageQueue queue;
-    queue.configure(tuning("2", "3600"));
+    MessageQueue& queue = makeQueue("2");
     LoggingBuffer buffer(queue, std::numeric_limits<int>::max());
     std::streambuf* const before = std::cerr.rdbuf(&buffer);
     queue.append(fields("1"));
     queue.append(fields("2"));
     std::cerr.rdbuf(before);
     EXPECT_GT(queue.statistics().discarded, 2U);
-    EXPECT_THAT(textsOf(queue.close()), ElementsAre("x"));
-}
-
-TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
-    MessageQueue queue;
-    queue.configure(tuning("4", "3600"));
-    const std::atomic<bool> stopped{false};
-    auto batch = std::async(std::launch::async, [&] {
-        queue.wait(stopped);
-        return queue.takeBatch();
-    });
-    // A notification is lost on a consumer that does not wait yet, so the queue is filled again until one is
-    // not; if none ever wakes it, the test hangs.
-    do {
-        queue.takeBatch();
-        queue.append(fields("a"));
-        queue.append(fields("b"));
-    } while (batch.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
-    EXPECT_THAT(textsOf(batch.get()), ElementsAre("a", "b"));
-}
-
-TEST(MessageQueue, DoesNotEndAWaitToMakeMemory) {
-    constexpr std::size_t MESSAGES = 1000;
-    MessageQueue queue;
-    queue.configure(tuning("-1", "3600"));
-    std::atomic<bool> stopped{false};
-    auto taken = std::async(std::launch::async, [&] {
-        queue.wait(stopped);
-        return queue.takeBatch().size();
-    });
-    for (std::size_t i = 0; i < MESSAGES; ++i) {
-        queue.append(fields(std::string(1000, 'a')));
-    }
-    queue.stop(stopped);
-    EXPECT_EQ(taken.get(), MESSAGES);
-}
-
-TEST(MessageQueue, ForgetsInAForkedChildWhatTheParentHasQueued) {
-    static MessageQueue& queue = *new MessageQueue; // which keeps the parent's monitor for good
-    queue.append(fields("the parent's"));
-    queue.lockForFork();
-    queue.renewInChild();
-    EXPECT_EQ(queue.statistics().queued, 0U);
-    queue.append(fields("the child's"));
-    EXPECT_THAT(textsOf(queue.close()), ElementsAre("the child's"));
+    EXPECT_THAT(takeTexts(queue), ElementsAre("x"));
 }
 
 namespace {
 
-/// A standard error in which the process forks, as far as the queue in the child can tell.
-class ForkingBuffer : public std::stringbuf {
+/// A standard error that nobody reads until it is released.
+class StuckBuffer : public std::stringbuf {
 public:
-    explicit ForkingBuffer(MessageQueue& queue) : queue_(queue) {}
+    void waitUntilInUse() { inUse_.get_future().wait(); }
+    void release() { released_.set_value(); }
 
 protected:
     std::streamsize xsputn(const char* text, std::streamsize size) override {
-        queue_.lockForFork();
-        queue_.renewInChild();
+        if (!std::exchange(hasBeenUsed_, true)) {
+            inUse_.set_value();
+            released_.get_future().wait();
+        }
         return std::stringbuf::xsputn(text, size);
     }
 
 private:
-    MessageQueue& queue_;
+    bool hasBeenUsed_ = false;
+    std::promise<void> inUse_;
+    std::promise<void> released_;
 };
 
 } // namespace
 
-TEST(MessageQueue, IsFreeInAForkedChildOnceTheCallThatForkedIsOver) {
-    static MessageQueue& queue = *new MessageQueue; // which keeps the parent's monitor for good
-    queue.configure(tuning("1", "3600"));
-    ForkingBuffer buffer(queue);
+TEST(MessageQueue, LetsNobodyElseWaitForAStandardErrorThatNobodyReads) {
+    MessageQueue& queue = makeQueue("3");
+    StuckBuffer buffer;
     std::streambuf* const before = std::cerr.rdbuf(&buffer);
-    queue.append(fields("the parent's"));
+    auto stuck = std::async(std::launch::async, [&queue] {
+        for (const char* text : {"1", "2", "3"}) {
+            queue.append(fields(text));
+        }
+    });
+    buffer.waitUntilInUse();
+    queue.append(fields("4")); // discards as well, and leaves the line to the other thread
+    queue.append(fields("5"));
+    EXPECT_FALSE(queue.flush(Time(1, USEC)));
+    EXPECT_EQ(queue.statistics().discarded, 3U);
+    EXPECT_THAT(takeTexts(queue), ElementsAre("4", "5"));
+    buffer.release();
+    stuck.get();
     std::cerr.rdbuf(before);
-    queue.configure(tuning("10", "3600"));
-    for (int i = 0; i < 2; ++i) {
-        std::async(std::launch::async, [] { queue.append(fields("a")); }).get();
-    }
-    EXPECT_EQ(queue.statistics().waiting, 2U);
-    EXPECT_EQ(queue.close().size(), 2U);
+    EXPECT_THAT(TestSupport::lastWordsIn(buffer.str()), ElementsAre("1", "2", "3"));
 }
 
-TEST(MessageBatch, UsesTheMemoryOfDeliveredMessagesAgain) {
-    MessageBatch delivered;
-    delivered.append(fields("a"));
-    MessageBlocks blocks = delivered.takeBlocks();
-    const char* const memory = blocks.front().bytes.get();
-    MessageBatch batch;
-    batch.addSpares(blocks);
-    batch.append(fields("b"));
-    EXPECT_EQ(batch.takeBlocks().front().bytes.get(), memory);
-    EXPECT_TRUE(batch.wantsSpare());
-    MessageBlocks many;
-    for (int i = 0; i < 100; ++i) {
-        many.splice(many.end(), MessageBatch::makeSpare());
-    }
-    batch.addSpares(many);
-    EXPECT_FALSE(batch.wantsSpare());
-    EXPECT_EQ(many.size(), 84U);
+TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
+    MessageQueue& queue = makeQueue("4");
+    queue.setServed(true);
+    auto taken = std::async(std::launch::async, [&queue] {
+        queue.wait();
+        return takeTexts(queue);
+    });
+    // A notification is lost on a consumer that does not wait yet, so the queue is filled again until one is
+    // not; if none ever wakes it, the test hangs.
+    std::vector<std::string> all;
+    do {
+        const std::vector<std::string> lost = takeTexts(queue);
+        EXPECT_THAT(lost, AnyOf(IsEmpty(), ElementsAre("a", "b")));
+        queue.append(fields("a"));
+        queue.append(fields("b"));
+    } while (taken.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready);
+    EXPECT_THAT(taken.get(), ElementsAre("a", "b"));
 }
 
 TEST(MessageQueue, LeavesAWaitThatIsLongerThanThoseToCome) {
+    MessageQueue& queue = makeQueue("4");
     for (const auto& [before, after] : {std::pair("0", "3600"), {"3600", "1800"}}) {
-        MessageQueue queue;
         bool woken = false;
         while (!woken) { // a consumer that does not wait yet is not woken, so it is tried again
-            std::atomic<bool> stopped{false};
+            queue.setServed(true);
             queue.configure(tuning("4", before));
-            const auto wait = std::async(std::launch::async, [&] { queue.wait(stopped); });
+            const auto wait = std::async(std::launch::async, [&queue] { queue.wait(); });
             wait.wait_for(std::chrono::milliseconds(20));
             queue.configure(tuning("4", after));
             woken = wait.wait_for(std::chrono::milliseconds(100)) == std::future_status::ready;
-            queue.stop(stopped);
+            queue.setServed(false);
         }
-        EXPECT_EQ(queue.takeBatch().size(), 0U);
     }
 }
 
-TEST(AsynchronousAppenders, ShowWhatTheLastOfThemHasNotBeenGiven) {
-    AsynchronousAppenders appenders;
-    TestSupport::CallingAppender first([](const LogMessage&) {});
-    TestSupport::CallingAppender last([&appenders](const LogMessage& message) {
-        if (message.getText() == "2") {
-            appenders.showRestOfDelivery();
-        }
-    });
-    appenders.add(&first);
-    appenders.add(&last);
-    MessageBatch batch;
+TEST(MessageQueue, ShowsAtTheEndOfTheProcessWhatADeliveryHasNotGivenToAllAppenders) {
+    MessageQueue& queue = makeQueue("10");
     for (const char* text : {"1", "2", "3"}) {
-        batch.append(fields(text));
+        queue.append(fields(text));
     }
-    const TestSupport::StreamCapture errors(std::cerr);
-    const LibraryCall call;
-    EXPECT_TRUE(appenders.deliver(batch));
-    EXPECT_THAT(errors.text(), AllOf(EndsWith(" INFO 3\n"), Not(HasSubstr(" INFO 2\n"))));
+    MessageBatch batch;
+    queue.take(batch);
+    queue.append(fields("4"));
+    batch.rewind();
+    batch.next();
+    batch.setGiven();
+    batch.next();
+    TestSupport::StreamCapture errors(std::cerr);
+    queue.close();
+    queue.showRestOfDelivery();
+    queue.showAll();
+    EXPECT_THAT(TestSupport::lastWordsIn(errors.text()), ElementsAre("2", "3", "4"));
+    queue.release(batch, true);
+}
+
+/// Threads come and go while others take and discard; each message comes once, and each thread's in its
+/// order.
+TEST(MessageQueue, KeepsTheOrderOfManyShortThreads) {
+    constexpr int THREADS = 1000;
+    MessageQueue& queue = makeQueue("-1");
+    std::vector<int> next(THREADS);
+    const auto check = [&] {
+        for (const std::string& text : takeTexts(queue)) {
+            const std::size_t colon = text.find(':');
+            EXPECT_EQ(std::stoi(text.substr(colon + 1)), next[std::stoul(text.substr(0, colon))]++);
+        }
+    };
+    for (int thread = 0; thread < THREADS; thread += 4) {
+        std::vector<std::thread> threads;
+        for (int i = thread; i < thread + 4; ++i) {
+            threads.emplace_back([&queue, i] {
+                for (int number = 0; number < 100; ++number) { // beyond a ring's first block
+                    queue.append(fields(std::to_string(i) + ":" + std::to_string(number)));
+                }
+            });
+        }
+        check();
+        for (std::thread& ended : threads) {
+            ended.join();
+        }
+    }
+    check();
+    EXPECT_THAT(next, Each(100));
+}
+
+TEST(MessageQueue, ForgetsInAForkedChildWhatTheParentHasQueued) {
+    MessageQueue& queue = makeQueue("10");
+    queue.append(fields("the parent's"));
+    queue.renewInChild();
+    EXPECT_EQ(queue.statistics().queued, 0U);
+    queue.append(fields("the child's"));
+    EXPECT_THAT(takeTexts(queue), ElementsAre("the child's"));
 }
 
 TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
@@ -303,91 +318,81 @@ TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
     for (std::size_t i = 0; i < MESSAGES; ++i) {
         dispatcher.enqueue(message, true);
     }
+    EXPECT_EQ(dispatcher.statistics().waiting, MESSAGES);
     dispatcher.registerAsynchronousAppender(&appender);
     dispatcher.stop();
     dispatcher.unregisterAsynchronousAppender(&appender);
     EXPECT_EQ(delivered, MESSAGES);
 }
 
-TEST(MessageBatch, GivesEveryFieldBack) {
-    const LogMessage messages[] = {LogMessage("net.tcp", Time(1, DAY), Level::TRACE,
-                                              std::string("two\nlines and a zero \0 byte", 27), -7, "", CFG),
-                                   LogMessage("", Time(), Level::AUDIT, "", 120, "Socket.cpp", LOG)};
-    MessageBatch batch;
-    batch.append(messages[0]);
-    batch.append(messages[1]);
-    MessageBatch::Reader reader(batch);
-    for (const LogMessage& message : messages) {
-        EXPECT_EQ(allOf(reader.next()), allOf(message));
+namespace {
+
+/// The messages of a ring, from a cursor on.
+std::vector<PackedMessage::Unpacked> read(Ring& ring) {
+    std::vector<PackedMessage::Unpacked> messages;
+    ring.findFront(0);
+    ring.keep();
+    for (Ring::Cursor cursor = ring.front(); cursor.findNext(ring.lastKept());) {
+        messages.push_back(cursor.next());
     }
-    EXPECT_FALSE(reader.hasNext());
+    return messages;
 }
 
-TEST(MessageBatch, GivesBackWhatAMessageSharesWithTheOneBefore) {
+} // namespace
+
+TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
     const std::string names[] = {"net.tcp", "net.udp"};
     const std::string files[] = {"", std::string(100, 'a'), std::string(100, 'b')};
+    const std::string texts[] = {std::string("two\nlines and a zero \0 byte", 27), "",
+                                 std::string(70'000, 'c')};
     const auto message = [&](std::size_t i) {
-        return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), Level::INFO, "text", 1, files[i / 5 % 3],
-                             LOG);
+        return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), Level::INFO, texts[i % 97 == 0 ? 2 : i % 2],
+                             static_cast<int>(i % 3) - 1, files[i / 5 % 3], i % 4 == 0 ? CFG : LOG);
     };
-    MessageBatch batch;
-    for (std::size_t i = 0; i < 3000; ++i) { // several blocks
-        batch.append(message(i));
+    // A ring whose thread has not logged for long: the step to the next number is beyond 32 bits.
+    const auto number = [](std::size_t i) { return 7 + i + (i > 1500 ? (std::uint64_t{1} << 33) : 0); };
+    BlockPool pool;
+    Ring ring(pool);
+    for (std::size_t i = 0; i < 3000; ++i) {
+        ring.append(ring.reserve(message(i), static_cast<int>(i % 5), number(i) - 1), number(i));
     }
-    for (std::size_t i = 0; i < 1003; ++i) {
-        EXPECT_EQ(allOf(batch.front()), allOf(message(i)));
-        batch.removeFront();
+    const std::vector<PackedMessage::Unpacked> messages = read(ring);
+    ASSERT_THAT(messages, SizeIs(3000));
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+        ASSERT_EQ(allOf(messages[i].fields), allOf(message(i))) << i;
+        ASSERT_EQ(messages[i].number, number(i));
+        ASSERT_EQ(messages[i].answeredReports, static_cast<int>(i % 5));
     }
-    MessageBatch other;
-    other.append(message(2999));
-    batch.swap(other);
-    batch.append(message(2999));
-    MessageBatch::Reader left(other);
-    for (std::size_t i = 1003; i < 3000; ++i) {
-        EXPECT_EQ(allOf(left.next()), allOf(message(i)));
-    }
-    batch.removeFront();
-    EXPECT_EQ(allOf(batch.front()), allOf(message(2999)));
-    for (const std::size_t i : {0U, 2999U, 2999U}) { // nothing of a block that is gone
-        batch.takeBlocks();
-        batch.append(message(i));
-        EXPECT_EQ(allOf(batch.front()), allOf(message(i)));
-    }
+    ring.release(Ring::Cursor());
+    EXPECT_TRUE(ring.findFront(number(2000)));
+    EXPECT_EQ(ring.front().nextNumber(), number(2000));
 }
 
-TEST(MessageBatch, ForgetsAMessageThatHadABlockOfItsOwn) {
-    const std::string large(500'000, 'a'); // whose memory goes back to the system
-    MessageBatch batch;
-    for (int i = 0; i < 3; ++i) {
-        batch.append({"net.tcp", Time(), Level::INFO, large, 1, "Socket.cpp", LOG});
-        EXPECT_EQ(batch.front().text, large);
-        batch.removeFront();
+/// A queue that is full for long must not grow while a delivery lasts.
+TEST(Ring, FreesWhatIsTakenOutBehindWhatItKeeps) {
+    BlockPool pool;
+    Ring ring(pool);
+    const std::string text(10'000, 'a');
+    std::uint64_t number = 0;
+    const auto append = [&] { ring.append(ring.reserve(fields(text), 0, number), number + 1), ++number; };
+    for (int i = 0; i < 20; ++i) {
+        append();
     }
-    batch.append(fields("a"));
-    EXPECT_EQ(batch.front().text, "a");
-}
-
-TEST(MessageBatch, KeepsTheOrderAcrossBlocksOfAnySize) {
-    MessageBatch batch;
-    std::vector<std::string> expected;
-    for (std::size_t i = 0; i < 300; ++i) {
-        expected.push_back(std::string(i % 50 == 49 ? 100'000 : i * 3, static_cast<char>('a' + i % 26)));
-        batch.append(fields(expected.back()));
+    EXPECT_THAT(read(ring), SizeIs(20));
+    const Ring::Cursor kept = ring.front();
+    std::set<const MessageBlock*> blocks;
+    for (int i = 0; i < 1000; ++i) {
+        append();
+        EXPECT_TRUE(ring.findFront(number));
+        blocks.insert(ring.front().block());
     }
-    EXPECT_EQ(textsOf(batch), expected);
-    for (std::size_t i = 0; i < 200; ++i) {
-        EXPECT_EQ(batch.front().text, expected[i]);
-        batch.removeFront();
+    EXPECT_LE(blocks.size(), 20U);
+    Ring::Cursor again = kept;
+    for (std::uint64_t expected = 1; expected <= 20; ++expected) {
+        ASSERT_TRUE(again.findNext(ring.lastKept()));
+        EXPECT_EQ(again.next().number, expected);
     }
-    expected.erase(expected.begin(), expected.begin() + 200);
-    EXPECT_EQ(textsOf(batch), expected);
-    MessageBatch other;
-    other.append(fields("other"));
-    other.swap(batch);
-    EXPECT_EQ(textsOf(other), expected);
-    EXPECT_THAT(textsOf(batch), ElementsAre("other"));
-    batch.removeFront();
-    EXPECT_EQ(batch.size(), 0U);
-    batch.append(fields("again"));
-    EXPECT_THAT(textsOf(batch), ElementsAre("again"));
+    ring.release(again);
+    EXPECT_TRUE(ring.findFront(0));
+    EXPECT_EQ(ring.front().nextNumber(), number);
 }

@@ -46,7 +46,7 @@ private:
     /// Changed under both locks: either one is enough to read it.
     std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     std::atomic<std::uint64_t> progress_{0}; ///< written by whoever delivers
-    std::atomic<bool> isAbandoned_{false}; ///< in a forked child: the delivery must not go on
+    std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not go on
 };
 
 } // namespace Log

@@ -144,8 +144,8 @@ void AsynchronousDispatcher::runConsumer() {
     }
 }
 
-/// A consumer that is stopped before its first round makes that round at once, so that what was queued by then
-/// is written as if it had been waiting already.
+/// A consumer that is stopped before its first round makes that round at once, so that what was queued by
+/// then is written as if it had been waiting already.
 void AsynchronousDispatcher::makeRounds() {
     const unsigned generation = generation_;
     MessageBatch batch;
@@ -228,8 +228,8 @@ bool AsynchronousDispatcher::endConsumer() {
 
 // In a forked child
 
-/// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object is
-/// left alone.
+/// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object
+/// is left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
     ++generation_;
     queue_.renewInChild();

@@ -10,9 +10,9 @@
 namespace ZAV {
 namespace Log {
 
-/// The process-wide road from loggers to asynchronous appenders: the queue, and one consumer thread, which takes
-/// what is queued, a batch a round, and gives it to the appenders. All operations may be called from any
-/// thread.
+/// The process-wide road from loggers to asynchronous appenders: the queue, and one consumer thread, which
+/// takes what is queued, a batch a round, and gives it to the appenders. All operations may be called from
+/// any thread.
 class AsynchronousDispatcher {
 public:
     /// Never destroyed, since threads may still log while the process ends.

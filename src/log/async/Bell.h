@@ -39,8 +39,8 @@ private:
     Clock::time_point end_ = NEVER;
 };
 
-/// What threads wait at until something has changed. It guards nothing: the condition is an atomic, or takes a
-/// lock itself, and the bell is rung after the change, without a lock that the condition takes.
+/// What threads wait at until something has changed. It guards nothing: the condition is an atomic, or takes
+/// a lock itself, and the bell is rung after the change, without a lock that the condition takes.
 class Bell {
 public:
     Bell() = default;

@@ -54,7 +54,7 @@ private:
     const char* theirReason_ ZAV_LOG_GUARDED_BY(lock_) = "";
     bool isWriting_ ZAV_LOG_GUARDED_BY(lock_) = false;
     std::uint64_t taken_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< lines that were or are being written
-    Bell bell_;                                          ///< rung when a line was written
+    Bell bell_;                                         ///< rung when a line was written
 };
 
 } // namespace Log

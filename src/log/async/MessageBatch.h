@@ -17,7 +17,9 @@ public:
     std::uint64_t size() const noexcept { return last_ - first_ + 1; }
 
     /// Says that all appenders have got the message that was read last.
-    void setGiven() noexcept { given_.store(given_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); }
+    void setGiven() noexcept {
+        given_.store(given_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
 
     /// Begins to read anew.
     void rewind() noexcept;
@@ -54,7 +56,7 @@ private:
     std::uint64_t last_ = 0;
     std::uint64_t number_ = 1; ///< of the next message
     std::vector<Stream> streams_;
-    std::size_t stream_ = 0; ///< that the last message came from
+    std::size_t stream_ = 0;              ///< that the last message came from
     std::atomic<std::uint64_t> given_{0}; ///< how many messages all appenders have got
 };
 

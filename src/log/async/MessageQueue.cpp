@@ -160,7 +160,8 @@ Platform::ThreadSlot& queueOfThread(void (*end)(void* queue) = nullptr) {
 
 /// \return false if the thread gets none: it is ending, and would leave the ring behind
 bool MessageQueue::addRing(ThreadRecord& thread) {
-    Platform::ThreadSlot& slot = queueOfThread([](void* queue) { static_cast<MessageQueue*>(queue)->endRing(); });
+    Platform::ThreadSlot& slot =
+        queueOfThread([](void* queue) { static_cast<MessageQueue*>(queue)->endRing(); });
     if (thread.hasEndedRing || !slot.set(this)) {
         return false;
     }
@@ -280,9 +281,8 @@ void MessageQueue::wait() {
 
 /// What the consumer has put off is tried again soon: it does not wait for loggers.
 Deadline MessageQueue::endOfWait() const {
-    return threadRecord().putOffMessages > 0
-               ? Deadline(std::chrono::milliseconds(10))
-               : deadlineAfter(Time(waitingPeriod_, Util::TimeUtils::USEC));
+    return threadRecord().putOffMessages > 0 ? Deadline(std::chrono::milliseconds(10))
+                                             : deadlineAfter(Time(waitingPeriod_, Util::TimeUtils::USEC));
 }
 
 void MessageQueue::take(MessageBatch& batch) {

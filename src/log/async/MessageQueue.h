@@ -20,9 +20,9 @@ struct ThreadRecord;
 /// The messages that wait for the consumer, oldest first.
 ///
 /// Each thread appends to a ring of its own; one counter gives every message of the process its number, which
-/// is its place in the order. A call that neither wakes, waits nor discards takes no lock. The process has one
-/// queue, which is never destroyed, since threads may still log while the process ends. All operations may be
-/// called from any thread.
+/// is its place in the order. A call that neither wakes, waits nor discards takes no lock. The process has
+/// one queue, which is never destroyed, since threads may still log while the process ends. All operations
+/// may be called from any thread.
 class MessageQueue {
 public:
     MessageQueue() { use(DispatcherSettings()); }
@@ -49,9 +49,9 @@ public:
     /// Says whether a consumer comes for the messages from now on; if not, nobody waits for it any longer.
     void setServed(bool isServed);
 
-    /// Waits for the waiting period, or until the consumer is to come before: the queue is half full, or holds
-    /// a message that is to be delivered promptly, or somebody waits for the messages, or the settings have
-    /// changed, or nobody is served any longer.
+    /// Waits for the waiting period, or until the consumer is to come before: the queue is half full, or
+    /// holds a message that is to be delivered promptly, or somebody waits for the messages, or the settings
+    /// have changed, or nobody is served any longer.
     void wait();
 
     /// Has the consumer come before its waiting period is over; without effect on one that does not wait.
@@ -122,10 +122,10 @@ private:
 
     // What those who wait are waiting for.
     Bell bell_;
-    std::atomic<bool> isServed_{false};   ///< a consumer comes
-    std::atomic<bool> isAwaited_{false};  ///< somebody waits for the consumer to take what is queued
-    std::atomic<bool> isWoken_{false};    ///< the consumer is to end its wait
-    std::atomic<bool> isOnCall_{false};   ///< the consumer sleeps until there is a message
+    std::atomic<bool> isServed_{false};  ///< a consumer comes
+    std::atomic<bool> isAwaited_{false}; ///< somebody waits for the consumer to take what is queued
+    std::atomic<bool> isWoken_{false};   ///< the consumer is to end its wait
+    std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
     std::atomic<bool> isClosed_{false};
 
     /// Held for short steps: messages are taken out or given back, a ring comes or goes.

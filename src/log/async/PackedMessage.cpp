@@ -63,8 +63,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
 
 std::size_t PackedMessage::size() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
-           (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) +
-           (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
+           (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
            (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) : 0) +
            (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
@@ -106,8 +105,8 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
     const char* next = bytes;
     const auto header = readNext<Header>(next);
     SharedFields shared(before);
-    shared.number =
-        (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(next) : before.number + header.numberStep;
+    shared.number = (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(next)
+                                                        : before.number + header.numberStep;
     const std::size_t textLength =
         (header.ownParts & OWN_LENGTH) != 0 ? readNext<std::size_t>(next) : header.textLength;
     if ((header.ownParts & OWN_TIME) != 0) {

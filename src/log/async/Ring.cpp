@@ -8,6 +8,12 @@ namespace Log {
 
 // The pool
 
+BlockPool::~BlockPool() {
+    for (const auto& place : kept_) {
+        ::operator delete(place.load(std::memory_order_acquire));
+    }
+}
+
 MessageBlock* BlockPool::take(std::size_t capacity) {
     for (auto& place : kept_) {
         MessageBlock* const kept =
@@ -27,7 +33,8 @@ void BlockPool::giveBack(MessageBlock* block) noexcept {
     for (auto& place : kept_) {
         MessageBlock* empty = nullptr;
         if (block->capacity == USUAL_CAPACITY &&
-            place.compare_exchange_strong(empty, block, std::memory_order_release, std::memory_order_relaxed)) {
+            place.compare_exchange_strong(empty, block, std::memory_order_release,
+                                          std::memory_order_relaxed)) {
             return;
         }
     }
@@ -93,8 +100,7 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
 /// looked at again once a link was seen.
 bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
     while (offset_ == block_->published.load(std::memory_order_acquire)) {
-        MessageBlock* const next =
-            block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
+        MessageBlock* const next = block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
         if (next == nullptr) {
             return false;
         }

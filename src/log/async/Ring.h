@@ -13,9 +13,10 @@ namespace Log {
 struct MessageBlock {
     char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
 
-    std::atomic<MessageBlock*> next{nullptr}; ///< set once, when the thread that appends has filled this block
-    std::atomic<std::size_t> published{0};    ///< bytes that hold messages
-    std::size_t capacity;                     ///< in bytes
+    std::atomic<MessageBlock*> next{
+        nullptr};                          ///< set once, when the thread that appends has filled this block
+    std::atomic<std::size_t> published{0}; ///< bytes that hold messages
+    std::size_t capacity;                  ///< in bytes
 };
 
 /// Hands out blocks, and keeps a few that were given back: the first touch of new memory costs as much as
@@ -23,6 +24,11 @@ struct MessageBlock {
 class BlockPool {
 public:
     static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;
+
+    BlockPool() = default;
+    ~BlockPool();
+    BlockPool(const BlockPool&) = delete;
+    BlockPool& operator=(const BlockPool&) = delete;
 
     /// \return a block of at least that capacity
     /// \throw std::bad_alloc
