@@ -32,7 +32,8 @@ public:
     const std::string& getName() const noexcept { return name_; }
 
     /// \return true if messages are written in the thread that logs; false if they go through the queue of the
-    ///         asynchronous dispatcher, which serves the appenders of the configuration only
+    ///         asynchronous dispatcher, which serves the appenders of the configuration and those of
+    ///         `LogManager::addAsynchronousAppender`
     bool isSynchronous() const noexcept { return synchronous_; }
 
     /// Writes a message that all filters accept, in the calling thread.

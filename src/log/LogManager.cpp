@@ -6,6 +6,7 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
 #include "log/message/FailureCount.h"
+#include "log/tree/LoggerInside.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
 
@@ -51,6 +52,7 @@ void finish() {
     CommandBus::instance().clearCommandListeners();
     AsynchronousDispatcher::instance().stop();
     AppenderRegistry::instance().destroyAppenders();
+    AsynchronousDispatcher::instance().resume();
     initialised = false;
 }
 
@@ -62,6 +64,14 @@ LogStatistics statistics() {
     LogStatistics statistics = AsynchronousDispatcher::instance().statistics();
     statistics.failed = FailureCount::get();
     return statistics;
+}
+
+void addAsynchronousAppender(Appender* appender) {
+    AsynchronousDispatcher::instance().registerAsynchronousAppender(appender, isListed);
+}
+
+void removeAsynchronousAppender(Appender* appender) {
+    AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender);
 }
 
 void registerCommandListener(const std::string& name, CommandListener* listener) {

@@ -13,6 +13,7 @@ class Properties;
 
 namespace Log {
 
+class Appender;
 class CommandListener;
 
 /// The library's life cycle, and the command bus: named commands with a text argument, delivered to the
@@ -51,6 +52,18 @@ ZAV_LOG_API bool flush(const Util::TimeUtils::Time& timeout = Util::TimeUtils::T
 
 /// \return what was counted since the library was loaded; nobody is stopped for it
 ZAV_LOG_API LogStatistics statistics();
+
+/// Has the consumer thread serve an appender of the application, which was made with `synchronous = false`,
+/// as it serves those of the configuration: the appender gets the messages of the loggers that list it
+/// (`Logger::addAppender`). `finish` leaves it registered, and the consumer runs on for it.
+/// \param appender not null, not owned; must live until it was removed
+/// \throw std::exception if the consumer thread cannot be started
+ZAV_LOG_API void addAsynchronousAppender(Appender* appender);
+
+/// Takes an appender off the consumer thread. Once it returns, the appender is not used any more; what waits
+/// in the queue is not given to it. Only inside an appender or a command listener it does not wait for a call
+/// of the appender that another thread makes.
+ZAV_LOG_API void removeAsynchronousAppender(Appender* appender);
 
 /// Registers a listener behind those that the name already has, without a look for duplicates. It waits for a
 /// command that another thread is delivering, and must not be called from a listener.

@@ -104,6 +104,7 @@ public:
 private:
     friend class LoggerFactory;
     friend class MessageStream;
+    friend bool isListed(const Logger& logger, const Appender* appender);
     struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);

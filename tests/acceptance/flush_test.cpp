@@ -150,3 +150,45 @@ TEST_F(Flush, LeavesCountersThatAddUpUnderEightProducers) {
     EXPECT_EQ(after.queued - before.queued, 8000U);
     EXPECT_EQ(linesOf("queued0").size(), after.delivered - before.delivered);
 }
+
+TEST_F(Flush, ReachesAnAppenderOfTheApplicationWithTheMessagesOfTheLoggersThatListIt) {
+    ASSERT_TRUE(init(queued()));
+    std::vector<std::string> texts;
+    CallingAppender appender([&texts](const LogMessage& message) { texts.push_back(message.getText()); },
+                             false);
+    Logger& listing = LoggerFactory::getLogger("net.tcp");
+    listing.addAppender(&appender);
+    LogManager::addAsynchronousAppender(&appender);
+    LoggerFactory::getLogger("net").error("other", 0, "");
+    listing.error("first", 0, "");
+    EXPECT_TRUE(LogManager::flush());
+    LogManager::finish();
+    listing.error("after finish", 0, "");
+    EXPECT_TRUE(LogManager::flush()); // the consumer runs on for it
+    listing.error("never given", 0, "");
+    LogManager::removeAsynchronousAppender(&appender);
+    ASSERT_TRUE(init(queued()));
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_THAT(texts, ElementsAre("first", "after finish"));
+    EXPECT_THAT(linesOf("queued0"), SizeIs(1)); // what was left in the queue
+    listing.removeAppender(&appender);
+}
+
+/// It takes itself off amid a delivery, where waiting for the delivery would last for ever.
+TEST_F(Flush, BearsAnAppenderThatTakesItselfOff) {
+    int calls = 0;
+    Appender* self = nullptr;
+    CallingAppender appender(
+        [&](const LogMessage&) {
+            ++calls;
+            LogManager::removeAsynchronousAppender(self);
+        },
+        false);
+    self = &appender;
+    LoggerFactory::getLogger("net").addAppender(&appender);
+    LogManager::addAsynchronousAppender(&appender);
+    log(3);
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_EQ(calls, 1);
+    LoggerFactory::getLogger("net").removeAppender(&appender);
+}

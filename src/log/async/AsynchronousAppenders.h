@@ -15,10 +15,15 @@ class Appender;
 /// The appenders that the consumer writes to, in the order of their registration. It does not own them.
 class AsynchronousAppenders {
 public:
-    void add(Appender* appender);
+    /// Asks whether a logger lists an appender.
+    using IsListed = bool (*)(const Logger& logger, const Appender* appender);
 
-    /// Removes every entry of an appender. Waits for a running delivery: once it returns, the appender is not
-    /// called any more.
+    /// \param isListed asked for each message whether its logger lists the appender; null if the appender gets
+    ///        all messages
+    void add(Appender* appender, IsListed isListed);
+
+    /// Removes every entry of an appender. Waits for a running delivery, except inside an appender or a
+    /// listener: once it returns, the appender is not called any more.
     /// \return true if no appender is left
     bool remove(Appender* appender);
 
@@ -36,15 +41,24 @@ public:
     void endDeliveryInChild() noexcept;
 
 private:
-    void deliverTo(Appender& appender, MessageBatch& batch, bool isLast) noexcept
-        ZAV_LOG_REQUIRES(appendersLock_);
+    struct Entry {
+        Entry(Appender* added, IsListed asked) : appender(added), isListed(asked) {}
+        Appender* appenderOf(const MessageFields& message) const noexcept;
 
-    Platform::CriticalSection appendersLock_; ///< held for a whole delivery, and by every change
+        std::atomic<Appender*> appender; ///< null once it was removed
+        const IsListed isListed;
+    };
+
+    void deliverTo(const Entry& entry, MessageBatch& batch, bool isLast) noexcept
+        ZAV_LOG_REQUIRES(appendersLock_);
+    void dropRemoved() ZAV_LOG_REQUIRES(appendersLock_);
+
+    Platform::CriticalSection appendersLock_; ///< held for a whole delivery
 
     /// Held for each single step, so that a forked child finds the list whole.
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
-    /// Changed under both locks: either one is enough to read it.
-    std::list<Appender*> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
+    /// Entries come and go under both locks: either one is enough to read the list.
+    std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     std::atomic<std::uint64_t> progress_{0}; ///< written by whoever delivers
     std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not go on
 };

@@ -57,8 +57,9 @@ bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
 
 // The consumer's life
 
-void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender) {
-    appenders_.add(appender);
+void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender,
+                                                          AsynchronousAppenders::IsListed isListed) {
+    appenders_.add(appender, isListed);
     const ScopedLock lock(threadLock_);
     if (!consumerThread_) {
         start();
@@ -67,7 +68,7 @@ void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender) {
 
 void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) {
     const bool noneLeft = appenders_.remove(appender);
-    if (noneLeft) {
+    if (noneLeft && !LibraryCall::isOpen()) {
         stop();
     }
 }
@@ -121,6 +122,16 @@ void AsynchronousDispatcher::stop() {
         consumerThread_.reset();
     }
     enter(ABSENT);
+}
+
+void AsynchronousDispatcher::resume() noexcept {
+    {
+        const ScopedLock lock(threadLock_);
+        if (!consumerThread_ && !appenders_.isEmpty()) {
+            enter(WANTED);
+        }
+    }
+    startIfWanted(true);
 }
 
 // The consumer's thread

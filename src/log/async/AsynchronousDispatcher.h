@@ -23,10 +23,12 @@ public:
 
     /// Has the consumer write to an appender, and starts it if it does not run.
     /// \param appender not owned; must live until it was unregistered
-    void registerAsynchronousAppender(Appender* appender);
+    /// \param isListed asked for each message whether its logger lists the appender; null if the appender gets
+    ///        all messages
+    void registerAsynchronousAppender(Appender* appender, AsynchronousAppenders::IsListed isListed = nullptr);
 
     /// Removes every entry of an appender, and stops the consumer when none is left. Once it returns, the
-    /// appender is not called any more.
+    /// appender is not called any more; only inside an appender or a listener it does not wait for that.
     void unregisterAsynchronousAppender(Appender* appender);
 
     /// Queues a message for the consumer.
@@ -45,11 +47,14 @@ public:
     /// Stops the consumer, if it runs, after the round that it is in.
     void stop();
 
+    /// Starts the consumer again if there is an appender for it.
+    void resume() noexcept;
+
 private:
     /// What becomes of the consumer. Only while it is `RUNNING`, others wait for it.
     enum State {
         ABSENT,  ///< no appender needs it
-        WANTED,  ///< in a forked child, whose parent had one: the first message starts the child's own
+        WANTED,  ///< the next message starts it, as in a forked child whose parent had one
         RUNNING, ///< it waits or delivers
         ENDING,  ///< it makes its last round
         ENDED    ///< its thread is over, and is still to be joined

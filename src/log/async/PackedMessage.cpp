@@ -64,7 +64,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
 std::size_t PackedMessage::size() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
-           (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) : 0) +
+           (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) + sizeof(const Logger*) : 0) +
            (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
@@ -85,7 +85,9 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
     }
     if (has(OWN_LOGGER_NAME)) {
         next = write(next, message_.loggerName);
+        next = write(next, message_.logger);
         before.loggerName = message_.loggerName;
+        before.logger = message_.logger;
     }
     if (has(OWN_FILE)) {
         next = write(next, message_.file.size());
@@ -114,16 +116,16 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
     }
     if ((header.ownParts & OWN_LOGGER_NAME) != 0) {
         shared.loggerName = readNext<std::string_view>(next);
+        shared.logger = readNext<const Logger*>(next);
     }
     if ((header.ownParts & OWN_FILE) != 0) {
         shared.file = readText(next, readNext<std::size_t>(next));
     }
     const std::string_view text = readText(next, textLength);
-    return {{shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text, header.line,
-             shared.file, static_cast<MessageType>(header.type)},
-            shared.number,
-            header.answeredReports,
-            static_cast<std::size_t>(next - bytes)};
+    MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
+                         header.line, shared.file, static_cast<MessageType>(header.type));
+    fields.logger = shared.logger;
+    return {fields, shared.number, header.answeredReports, static_cast<std::size_t>(next - bytes)};
 }
 
 } // namespace Log

@@ -15,6 +15,7 @@ struct SharedFields {
     std::uint64_t number = 0; ///< the message's place in the order of the queue
     Util::TimeUtils::Time time;
     std::string_view loggerName; ///< the logger's own string, so that its address identifies the logger
+    const Logger* logger = nullptr;
     std::string_view file;
 };
 
@@ -47,7 +48,7 @@ public:
         std::size_t size; ///< of the packed message, in bytes
 
         SharedFields sharedFields() const noexcept {
-            return {number, fields.time, fields.loggerName, fields.file};
+            return {number, fields.time, fields.loggerName, fields.logger, fields.file};
         }
     };
 

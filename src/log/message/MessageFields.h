@@ -8,6 +8,8 @@
 namespace ZAV {
 namespace Log {
 
+class Logger;
+
 /// \return whether two texts are the same one, not only alike
 inline bool isSamePlace(std::string_view text, std::string_view other) {
     return text.data() == other.data() && text.size() == other.size();
@@ -40,6 +42,7 @@ struct MessageFields {
     int line;
     std::string_view file;
     MessageType type;
+    const Logger* logger = nullptr; ///< that logged it; null in a message that an application makes
 };
 
 } // namespace Log

@@ -51,6 +51,15 @@ const LogMessage& ReusedMessage::get() {
     return kept_->message;
 }
 
+MessageFields ReusedMessage::fields() const {
+    MessageFields fields(fields_);
+    if (kept_ != nullptr) {
+        fields.text = kept_->message.getText();
+        fields.file = kept_->message.getFile();
+    }
+    return fields;
+}
+
 void ReusedMessage::take() {
     auto* const threads = static_cast<Kept*>(Kept::slot().get());
     if (threads != nullptr && !threads->isTaken) {

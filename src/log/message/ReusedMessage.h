@@ -27,6 +27,10 @@ public:
     /// \throw std::bad_alloc
     const LogMessage& get();
 
+    /// \return the fields, with the object's texts once it was filled: what the fields refer to is the
+    ///         caller's, and an appender or a listener may have changed it since
+    MessageFields fields() const;
+
 private:
     struct Kept;
     static const bool hasSlotFromLoad;

@@ -26,17 +26,17 @@ void AppenderList::copyFrom(const AppenderList& other) {
     ++version_;
 }
 
-AppenderList::Outcome AppenderList::giveToSynchronous(const MessageFields& fields, bool isOutermost) {
+AppenderList::Outcome AppenderList::giveToSynchronous(ReusedMessage& message, bool isOutermost) {
     const bool hasChanged = copiedVersion_ != version_.load(std::memory_order_acquire);
     if (hasChanged && !isOutermost) {
         std::uint64_t version = 0;
         const Copy copy = makeCopy(version);
-        return give(copy, version, fields);
+        return give(copy, version, message);
     }
     if (hasChanged) {
         renewCopy();
     }
-    return give(copy_, copiedVersion_, fields);
+    return give(copy_, copiedVersion_, message);
 }
 
 void AppenderList::renewCopy() {
@@ -52,9 +52,8 @@ AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
 }
 
 AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version,
-                                         const MessageFields& fields) const {
+                                         ReusedMessage& message) const {
     Outcome outcome;
-    ReusedMessage message(fields);
     for (Appender* const appender : copy) {
         if (!isStillListed(appender, version)) {
             continue;
@@ -83,6 +82,10 @@ bool AppenderList::isStillListed(Appender* appender, std::uint64_t version) cons
         return true;
     }
     const ScopedLock lock(treeLock());
+    return contains(appender);
+}
+
+bool AppenderList::contains(const Appender* appender) const {
     return std::find(appenders_.begin(), appenders_.end(), appender) != appenders_.end();
 }
 

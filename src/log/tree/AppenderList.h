@@ -12,7 +12,7 @@ namespace ZAV {
 namespace Log {
 
 class Appender;
-struct MessageFields;
+class ReusedMessage;
 
 /// The appenders of one logger, in the order in which they were added. It does not own them.
 ///
@@ -43,14 +43,17 @@ public:
     ///
     /// A filter or a command listener that throws for one appender does not keep the message from the others.
     /// \param isOutermost whether no other walk of this thread goes through this list
-    Outcome giveToSynchronous(const MessageFields& fields, bool isOutermost);
+    Outcome giveToSynchronous(ReusedMessage& message, bool isOutermost);
+
+    /// \return whether an appender is listed now
+    bool contains(const Appender* appender) const ZAV_LOG_REQUIRES(treeLock());
 
 private:
     using Copy = std::vector<Appender*>;
 
     void renewCopy();
     Copy makeCopy(std::uint64_t& version) const;
-    Outcome give(const Copy& copy, std::uint64_t version, const MessageFields& fields) const;
+    Outcome give(const Copy& copy, std::uint64_t version, ReusedMessage& message) const;
     bool isStillListed(Appender* appender, std::uint64_t version) const;
 
     Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());

@@ -1,7 +1,7 @@
 #include "log/tree/LoggerInside.h"
 
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/message/MessageFields.h"
+#include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ReportAnswer.h"
@@ -72,11 +72,14 @@ bool Logger::Inside::isExpired(Time now) const {
 
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
 /// \param mayWait whether it may wait for room in the queue
-void Logger::Inside::dispatchMessage(const MessageFields& message, bool mayWait) {
+void Logger::Inside::dispatchMessage(const MessageFields& fields, bool mayWait) {
+    ReusedMessage message(fields);
     const AppenderList::Outcome outcome =
         appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
-        AsynchronousDispatcher::instance().enqueue(message, mayWait);
+        MessageFields queued(message.fields());
+        queued.logger = &logger_;
+        AsynchronousDispatcher::instance().enqueue(queued, mayWait);
     }
     if (outcome.exception) {
         std::rethrow_exception(outcome.exception);
@@ -102,6 +105,11 @@ bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
         inside.dispatchMessage(message, false);
     }
     return true;
+}
+
+bool isListed(const Logger& logger, const Appender* appender) {
+    const ScopedLock lock(treeLock());
+    return logger.inside_->appenders_.contains(appender);
 }
 
 // The subtree

@@ -75,13 +75,16 @@ private:
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
-    void dispatchMessage(const MessageFields& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    void dispatchMessage(const MessageFields& fields, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
     void putOff(const MessageFields& message);
     static bool dispatchPutOff(Logger& logger, bool mayWait);
 
     bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
     bool moveOn(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
 };
+
+/// \return whether an appender is in the list of a logger now
+bool isListed(const Logger& logger, const Appender* appender);
 
 } // namespace Log
 } // namespace ZAV
