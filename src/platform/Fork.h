@@ -11,15 +11,29 @@ enum ForkRule {
     FREED_IN_CHILD,
 
     /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
-    /// that is held for short steps only, in which no lock is made or destroyed, and only an older one of
-    /// this kind is waited for: the fork takes the youngest first.
+    /// under which nothing is waited for but others of this kind, in whatever order, and the system: a slow
+    /// file delays the fork, and no other thread, since a fork that waits for one lock holds no other.
     AWAITED_BY_FORK
 };
 
-/// Has functions called around every fork of the process: in the parent before and after it, and in the
-/// child. The locks are dealt with outside of them: `before` runs while none is taken yet, the other two when
-/// all are as their rules say. Where no process forks (Windows), they are never called.
-void atFork(void (*before)(), void (*inParent)(), void (*inChild)());
+/// What a fork does about something that is no lock of ours and that it has to wait for all the same. The
+/// forking thread calls them; they must neither throw nor take memory.
+struct ForkHandlers {
+    /// Takes it, if no other thread has it.
+    /// \return false, without waiting, if one has
+    bool (*tryTake)();
+    void (*take)();    ///< waits for it; the thread holds nothing meanwhile that a fork waits for
+    void (*release)(); ///< gives it back, in the parent
+    void (*inChild)(); ///< in the child, whose locks are as their rules say by then; gives it back as well
+};
+
+/// Has every fork of the process take something along with the locks. Where no process forks (Windows), the
+/// handlers are never called.
+void atFork(const ForkHandlers& handlers);
+
+/// \return a number that is another one in a forked child than it was in the parent. A child that was made
+///         past the C library has its parent's.
+unsigned forkGeneration() noexcept;
 
 } // namespace Platform
 } // namespace ZAV

@@ -150,6 +150,10 @@ TEST_F(DrillInProcess, AForkBearsAStandardErrorThatMakesALogger) {
     EXPECT_THAT(buffer.str(), HasSubstr(" shown\n"));
 }
 
+TEST_F(Drill, AForkNeedsNoMemory) {
+    EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "no-memory"), 0) << errors();
+}
+
 TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
     constexpr std::size_t MESSAGES = 500;
     std::size_t reports = 0;

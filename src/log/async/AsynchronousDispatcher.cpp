@@ -30,11 +30,9 @@ const AsynchronousDispatcher& madeAtLoad = AsynchronousDispatcher::instance();
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
-}
-
-void AsynchronousDispatcher::heedForks() {
-    Platform::atFork([] { instance().queue_.lockForFork(); }, [] { instance().queue_.unlockInParent(); },
-                     [] { instance().beginInChild(); });
+    Platform::atFork({[] { return instance().queue_.tryLockForFork(); },
+                      [] { instance().queue_.lockForFork(); }, [] { instance().queue_.unlockInParent(); },
+                      [] { instance().beginInChild(); }});
 }
 
 void AsynchronousDispatcher::configure(const Util::Properties& properties) {

@@ -18,11 +18,6 @@ public:
     /// Never destroyed, since threads may still log while the process ends.
     static AsynchronousDispatcher& instance();
 
-    /// Has every fork of the process wait until the queue is whole. Called once, after `Platform::atFork` for
-    /// every lock that a thread may take while it holds the queue's monitor: what is registered last runs
-    /// first, so a fork takes the locks in the order in which such a thread does.
-    static void heedForks();
-
     /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
     void configure(const Util::Properties& properties);
 

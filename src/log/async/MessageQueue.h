@@ -72,6 +72,7 @@ public:
 
     // Around a fork, which happens with the monitor locked
 
+    bool tryLockForFork() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { return queueMonitor_.tryLock(); }
     void lockForFork() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.lock(); }
     void unlockInParent() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS { queueMonitor_.unlock(); }
 

@@ -35,43 +35,50 @@ private:
 } // namespace
 
 void QueueMonitor::lock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    monitor_->lock();
+    place_.monitor.lock();
     ++depth_;
+}
+
+bool QueueMonitor::tryLock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+    if (!place_.monitor.tryLock()) {
+        return false;
+    }
+    ++depth_;
+    return true;
 }
 
 void QueueMonitor::unlock() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     --depth_;
-    monitor_->unlock();
+    place_.monitor.unlock();
 }
 
 void QueueMonitor::wait() {
     const Waiting waiting(waiting_, depth_);
-    monitor_->wait();
+    place_.monitor.wait();
 }
 
 void QueueMonitor::timedWait(Util::TimeUtils::Time duration) {
     const Waiting waiting(waiting_, depth_);
     const std::uint64_t longest = Util::TimeUtils::Time(20, Util::TimeUtils::DAY).microseconds();
     const auto microseconds = static_cast<IceUtil::Int64>(std::min(duration.microseconds(), longest));
-    monitor_->timedWait(IceUtil::Time::microSeconds(microseconds));
+    place_.monitor.timedWait(IceUtil::Time::microSeconds(microseconds));
 }
 
 void QueueMonitor::notify() {
     if (waiting_ == 1) {
-        monitor_->notify();
+        place_.monitor.notify();
     } else if (waiting_ > 1) {
-        monitor_->notifyAll();
+        place_.monitor.notifyAll();
     }
 }
 
 void QueueMonitor::renewInChild() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    monitor_->unlock(); // it may stay locked, but checking tools take note
-    parents_ = monitor_.release();
-    monitor_ = std::make_unique<Monitor>();
+    place_.monitor.unlock(); // it may stay locked, but checking tools take note
+    new (&place_.monitor) Monitor;
     waiting_ = 0;
     --depth_;
     for (int i = 0; i < depth_; ++i) {
-        monitor_->lock();
+        place_.monitor.lock();
     }
 }
 

@@ -5,7 +5,7 @@
 
 #include <IceUtil/Monitor.h>
 #include <IceUtil/RecMutex.h>
-#include <memory>
+#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -19,6 +19,7 @@ public:
     QueueMonitor& operator=(const QueueMonitor&) = delete;
 
     void lock() ZAV_LOG_ACQUIRE();
+    bool tryLock() ZAV_LOG_TRY_ACQUIRE(true);
     void unlock() ZAV_LOG_RELEASE();
 
     /// Releases the monitor until it is notified, or spuriously; holds it again on return.
@@ -32,15 +33,19 @@ public:
     void notify() ZAV_LOG_REQUIRES(this);
 
     /// In a forked child, whose parent held the monitor while it forked: gives one `lock` back and puts a new
-    /// monitor in the place of the old one, which is left alone, since it cannot be released there. Nobody
+    /// monitor in the place of the old one, which is not destroyed, since it cannot be released there. Nobody
     /// waits on the new one; the calling thread holds it as often as it still has to release it.
     void renewInChild() ZAV_LOG_RELEASE();
 
 private:
     using Monitor = IceUtil::Monitor<IceUtil::RecMutex>;
 
-    std::unique_ptr<Monitor> monitor_ = std::make_unique<Monitor>();
-    Monitor* parents_ = nullptr;               ///< in a forked child: never released, and so never destroyed
+    /// A child puts a new one into the same place, since a fork must not need memory.
+    union Place {
+        Place() { new (&monitor) Monitor; }
+        ~Place() { monitor.~Monitor(); }
+        Monitor monitor;
+    } place_;
     int waiting_ ZAV_LOG_GUARDED_BY(this) = 0; ///< threads
     int depth_ ZAV_LOG_GUARDED_BY(this) = 0;   ///< how often its holder has taken it
 };
