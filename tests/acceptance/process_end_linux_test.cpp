@@ -53,8 +53,10 @@ TEST_F(QueueAtProcessEnd, IsShownWhenAListenerOrAnAppenderExits) {
 }
 
 TEST_F(QueueAtProcessEnd, IsShownWithTheMessagesThatAListenerHadToPutOff) {
-    end("exit-with-message-put-off");
-    EXPECT_THAT(lastWordsIn(errors()), testing::Contains("11"));
+    for (const char* way : {"exit-with-message-put-off", "exit-while-put-off-is-written"}) {
+        end(way);
+        EXPECT_THAT(lastWordsIn(errors()), testing::Contains("11")) << way;
+    }
 }
 
 TEST_F(QueueAtProcessEnd, DoesNotHangTheConsumerThreadThatExits) {

@@ -76,8 +76,7 @@ bool MessageQueue::deliversPromptly() const {
 /// Whoever reads standard error may log what is shown, and so discard the next message while this one is
 /// being shown, and so on. The last of such a chain is only counted, or it would never end.
 void MessageQueue::discardOldest() noexcept {
-    const char* const reason =
-        closed_ ? SHOWN_AT_PROCESS_END : "Message queue size reached. Discarding oldest log message: ";
+    const char* const reason = closed_ ? SHOWN_AT_PROCESS_END : SHOWN_WHEN_DISCARDED;
     const std::string line = shownLine(reason, messageQueue_.front());
     messageQueue_.removeFront();
     numbers_.addDiscarded(1);

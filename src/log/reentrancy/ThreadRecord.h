@@ -10,7 +10,8 @@ struct ThreadRecord {
     int answeredReports; ///< reports of failures that the thread is answering, each an answer to the one
                          ///< before
     int nestedReports;   ///< reports delivered in answer to others, since the outermost call began
-    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps
+    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps and has not begun to write
+    bool showsDiscarded; ///< it is showing one that was discarded, since it had put off too many
 };
 
 /// \return the calling thread's own

@@ -90,9 +90,10 @@ void Logger::Inside::putOff(const MessageFields& message) {
 void Logger::Inside::dispatchPutOff(Logger& logger) {
     Inside& inside = *logger.inside_;
     const ScopedLock lock(inside.criticalSection_);
-    for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
-        const ReportAnswer answer(threadRecord(), putOff.answeredReports);
-        MessageFields message(putOff.message);
+    const PutOffMessages::First first;
+    if (first.get() != nullptr) {
+        const ReportAnswer answer(threadRecord(), first.get()->answeredReports);
+        MessageFields message(first.get()->message);
         message.loggerName = logger.name_; // which stays where it is
         inside.dispatchMessage(message, false);
     }
