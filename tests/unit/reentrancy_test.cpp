@@ -51,7 +51,7 @@ TEST(Reentrancy, AListenerNeverWaitsForALoggerThatIsWriting) {
 }
 
 TEST(Reentrancy, AListenerThatLogsTooMuchThroughABusyLoggerLosesTheOldestMessagesVisibly) {
-    Logger& logger = LoggerFactory::getLogger("busy");
+    Logger& logger = LoggerFactory::getLogger("crowded");
     std::vector<std::string> texts;
     std::promise<void> entered;
     std::promise<void> released;
@@ -78,7 +78,8 @@ TEST(Reentrancy, AListenerThatLogsTooMuchThroughABusyLoggerLosesTheOldestMessage
     TestSupport::StreamCapture errors(std::cerr);
     LogManager::command("X", "");
     const std::string reason = "Message queue size reached. Discarding oldest log message: ";
-    EXPECT_THAT(errors.text(), MatchesRegex(reason + ".* busy ERROR 1\n" + reason + ".* busy ERROR 2\n"));
+    EXPECT_THAT(errors.text(),
+                MatchesRegex(reason + ".* crowded ERROR 1\n" + reason + ".* crowded ERROR 2\n"));
     EXPECT_EQ(texts.size(), 1U + MOST);
     EXPECT_EQ(texts[1] + " to " + texts.back(), "3 to " + std::to_string(MOST + 2));
     const LogStatistics after = LogManager::statistics();
