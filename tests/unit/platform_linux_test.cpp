@@ -9,6 +9,7 @@
 #include "platform/Files.h"
 #include "platform/OutputFile.h"
 #include "platform/Process.h"
+#include "platform/ProcessLifetime.h"
 #include "zav-util/StandardError.h"
 #include "zav-util/SystemInformation.h"
 
@@ -186,6 +187,32 @@ TEST(Process, HasANumberOfItsOwnInAForkedChild) {
               }),
               0);
     EXPECT_EQ(Platform::forkGeneration(), generation);
+}
+
+TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    EXPECT_EQ(resultInChild([] {
+                  if (!Platform::isOnlyThread()) {
+                      return 1;
+                  }
+                  std::promise<void> looked;
+                  std::thread([&looked] {
+                      if (Platform::isOnlyThread()) {
+                          _exit(2);
+                      }
+                      looked.set_value();
+                      while (!Platform::isOnlyThread()) { // a hang here is the failure
+                          std::this_thread::yield();
+                      }
+                      _exit(0);
+                  }).detach();
+                  looked.get_future().wait();
+                  syscall(SYS_exit, 0); // the thread alone, as pthread_exit would, but without unwinding
+                  return 3;
+              }),
+              0);
 }
 
 /// The other locks, the making of locks and loggers, and the queue. The busy lock is destroyed as soon as it
