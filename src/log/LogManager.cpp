@@ -6,6 +6,7 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
 #include "log/message/FailureCount.h"
+#include "log/reentrancy/PutOffMessages.h"
 #include "log/tree/LoggerInside.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
@@ -62,6 +63,9 @@ bool flush(const Util::TimeUtils::Time& timeout) {
 
 LogStatistics statistics() {
     LogStatistics statistics = AsynchronousDispatcher::instance().statistics();
+    const std::uint64_t neverQueued = PutOffMessages::instance().discarded();
+    statistics.queued += neverQueued;
+    statistics.discarded += neverQueued;
     statistics.failed = FailureCount::get();
     return statistics;
 }

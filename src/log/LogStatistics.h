@@ -8,13 +8,16 @@ namespace Log {
 /// What the library has counted since it was loaded. A forked child goes on from its parent's numbers, but
 /// nothing waits in it.
 struct LogStatistics {
-    /// Messages that loggers have handed to the queue of the asynchronous appenders.
+    /// Messages that loggers have handed to the queue of the asynchronous appenders; and those that an
+    /// appender or a listener logged while another thread held the logger, if they were discarded before they
+    /// came that far.
     std::uint64_t queued = 0;
     /// Messages of the queue that were given to the asynchronous appenders, each counted once, however many
     /// appenders there are, and also if they failed to write it.
     std::uint64_t delivered = 0;
-    /// Messages of the queue that no appender got: pushed out of a full queue, taken while there was no
-    /// appender, or shown on the standard error stream when the process ended.
+    /// Messages that no appender got: pushed out of a full queue, taken from it while there was no appender,
+    /// or shown on the standard error stream when the process ended; and of those that a thread had to put
+    /// off, the oldest beyond 10,000.
     std::uint64_t discarded = 0;
     /// Failures of appenders to write a message, synchronous ones too: each would be a command "EXCEPTION".
     std::uint64_t failed = 0;

@@ -11,15 +11,18 @@ enum ForkRule {
     FREED_IN_CHILD,
 
     /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
-    /// that is held for short steps only, in which no lock is made or destroyed, and only an older one of
-    /// this kind is waited for: the fork takes the youngest first.
+    /// under which nothing is waited for but others of this kind, in whatever order, and the system: a slow
+    /// file delays the fork, and no other thread, since a fork that waits for one lock holds no other.
     AWAITED_BY_FORK
 };
 
-/// Has functions called around every fork of the process: in the parent before and after it, and in the
-/// child. The locks are dealt with outside of them: `before` runs while none is taken yet, the other two when
-/// all are as their rules say. Where no process forks (Windows), they are never called.
-void atFork(void (*before)(), void (*inParent)(), void (*inChild)());
+/// Has a function called in every forked child, whose locks are as their rules say by then. It must neither
+/// throw nor take memory. Where no process forks (Windows), it is never called.
+void atFork(void (*inChild)());
+
+/// \return a number that is another one in a forked child than it was in the parent. A child that was made
+///         past the C library has its parent's.
+unsigned forkGeneration() noexcept;
 
 } // namespace Platform
 } // namespace ZAV

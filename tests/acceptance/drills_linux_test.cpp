@@ -150,6 +150,42 @@ TEST_F(DrillInProcess, AForkBearsAStandardErrorThatMakesALogger) {
     EXPECT_THAT(buffer.str(), HasSubstr(" shown\n"));
 }
 
+TEST_F(Drill, AForkNeedsNoMemory) {
+    EXPECT_EQ(run(ZAV_LOG_DRILL_PROGRAM, "no-memory"), 0) << errors();
+}
+
+/// It returns in both processes.
+TEST_F(DrillInProcess, AnAppenderThatForksLeavesTheMessageToTheParent) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
+#endif
+    Logger& root = LoggerFactory::getRootLogger();
+    pid_t child = -1;
+    CallingAppender forking([&child](const LogMessage& message) {
+        if (message.getText() == "once") {
+            child = fork();
+        }
+    });
+    root.addAppender(&forking);
+    ASSERT_TRUE(init("appender.after = SimpleFileAppender\nappender.after.dir = DIR\n"
+                     "appender.queued = SimpleFileAppender\n"
+                     "appender.queued.asynchronous = true\n"
+                     "appender.queued.dir = DIR\n"));
+    root.error("once", 0, "");
+    if (child == 0) {
+        root.error("child", 0, "");
+        _exit(LogManager::flush() ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+    int status = EXIT_FAILURE;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, EXIT_SUCCESS);
+    root.removeAppender(&forking);
+    EXPECT_TRUE(LogManager::flush());
+    for (const char* file : {"after", "queued"}) {
+        EXPECT_THAT(lastWordsOf(file), UnorderedElementsAre("once", "child")) << file;
+    }
+}
+
 TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
     constexpr std::size_t MESSAGES = 500;
     std::size_t reports = 0;

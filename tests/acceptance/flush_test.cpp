@@ -170,7 +170,6 @@ TEST_F(Flush, ReachesAnAppenderOfTheApplicationWithTheMessagesOfTheLoggersThatLi
     ASSERT_TRUE(init(queued()));
     EXPECT_TRUE(LogManager::flush());
     EXPECT_THAT(texts, ElementsAre("first", "after finish"));
-    EXPECT_THAT(linesOf("queued0"), SizeIs(1)); // what was left in the queue
     listing.removeAppender(&appender);
 }
 

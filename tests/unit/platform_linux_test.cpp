@@ -4,10 +4,12 @@
 
 #include "log/appenders/FileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
+#include "platform/CriticalSection.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
 #include "platform/OutputFile.h"
 #include "platform/Process.h"
+#include "platform/ProcessLifetime.h"
 #include "zav-util/StandardError.h"
 #include "zav-util/SystemInformation.h"
 
@@ -17,6 +19,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <future>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -148,14 +152,105 @@ TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
     EXPECT_FALSE(fileExists(directory / name)) << "it did not run under that name";
 }
 
-TEST(Process, HasANumberOfItsOwnInAForkedChild) {
+namespace {
+
+/// Forks, and has the child end with what a function returns in it.
+/// \return the child's exit code, or another number if it crashed
+template <typename Function>
+int resultInChild(Function function) {
     const pid_t child = fork();
     if (child == 0) {
-        _exit(Platform::rememberedProcessId() == getpid() ? 0 : 1);
+        _exit(function());
     }
     int status = -1;
     waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Waits until a thread waits.
+void waitUntilAsleep(const std::atomic<pid_t>& thread) {
+    for (char state = 'R'; state != 'S'; std::this_thread::yield()) {
+        const std::string line = readFile("/proc/self/task/" + std::to_string(thread) + "/stat");
+        state = line.empty() ? 'R' : line.at(line.rfind(')') + 2);
+    }
+}
+
+} // namespace
+
+TEST(Process, HasANumberOfItsOwnInAForkedChild) {
+    const unsigned generation = Platform::forkGeneration();
+    EXPECT_EQ(resultInChild([generation] {
+                  return Platform::rememberedProcessId() == getpid() &&
+                                 Platform::forkGeneration() != generation
+                             ? 0
+                             : 1;
+              }),
+              0);
+    EXPECT_EQ(Platform::forkGeneration(), generation);
+}
+
+TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    EXPECT_EQ(resultInChild([] {
+                  if (!Platform::isOnlyThread()) {
+                      return 1;
+                  }
+                  std::promise<void> looked;
+                  std::thread([&looked] {
+                      if (Platform::isOnlyThread()) {
+                          _exit(2);
+                      }
+                      looked.set_value();
+                      while (!Platform::isOnlyThread()) { // a hang here is the failure
+                          std::this_thread::yield();
+                      }
+                      _exit(0);
+                  }).detach();
+                  looked.get_future().wait();
+                  syscall(SYS_exit, 0); // the thread alone, as pthread_exit would, but without unwinding
+                  return 3;
+              }),
+              0);
+}
+
+/// The other locks, the making of locks and loggers, and the queue. The busy lock is destroyed as soon as it
+/// is free, as a file's is when its appender goes.
+TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
+#endif
+    Platform::CriticalSection own(Platform::AWAITED_BY_FORK);
+    Platform::CriticalSection other(Platform::AWAITED_BY_FORK);
+    auto busy = std::make_unique<Platform::CriticalSection>(Platform::AWAITED_BY_FORK);
+    std::promise<void> held;
+    std::promise<void> released;
+    std::thread holding([&] {
+        {
+            const Platform::ScopedLock lock(*busy);
+            held.set_value();
+            released.get_future().wait();
+        }
+        busy.reset();
+    });
+    held.get_future().wait();
+    std::atomic<pid_t> forkingThread{0};
+    std::thread forking([&] {
+        const Platform::ScopedLock lock(own);
+        forkingThread = gettid();
+        EXPECT_EQ(resultInChild([&] { return other.tryLock() && own.isHeldOnce() ? 0 : 1; }), 0);
+    });
+    waitUntilAsleep(forkingThread);
+    { const Platform::ScopedLock lock(other); } // a hang here is the failure, or in any call down to the join
+    { const Platform::CriticalSection made(Platform::AWAITED_BY_FORK); }
+    LoggerFactory::getLogger("made.while.a.fork.waits").setLevel(Level::ERROR, true);
+    LogManager::flush();
+    released.set_value();
+    holding.join();
+    forking.join();
+    EXPECT_TRUE(own.tryLock());
+    own.unlock();
 }
 
 TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {

@@ -2,6 +2,7 @@
 #include "TestSupport.h"
 
 #include "log/LogException.h"
+#include "log/reentrancy/PutOffMessages.h"
 
 #include <future>
 #include <thread>
@@ -46,6 +47,45 @@ TEST(Reentrancy, AListenerNeverWaitsForALoggerThatIsWriting) {
     LogManager::registerCommandListener("X", &listener);
     LogManager::command("X", "");
     EXPECT_THAT(texts, ElementsAre("held 1", "begin 1", "end 2"));
+    LogManager::finish();
+}
+
+TEST(Reentrancy, AListenerThatLogsTooMuchThroughABusyLoggerLosesTheOldestMessagesVisibly) {
+    Logger& logger = LoggerFactory::getLogger("crowded");
+    std::vector<std::string> texts;
+    std::promise<void> entered;
+    std::promise<void> released;
+    CallingAppender holding([&](const LogMessage& message) {
+        texts.push_back(message.getText());
+        if (texts.size() == 1) {
+            entered.set_value();
+            released.get_future().wait();
+        }
+    });
+    logger.addAppender(&holding);
+    std::thread writer([&] { logger.error("held", 0, ""); });
+    entered.get_future().wait();
+    constexpr int MOST = PutOffMessages::MOST_OF_A_THREAD;
+    CallingListener listener([&](const std::string&) {
+        for (int number = 1; number <= MOST + 2; ++number) {
+            logger.error(std::to_string(number), 0, "");
+        }
+        released.set_value();
+        writer.join();
+    });
+    LogManager::registerCommandListener("X", &listener);
+    const LogStatistics before = LogManager::statistics();
+    TestSupport::StreamCapture errors(std::cerr);
+    LogManager::command("X", "");
+    const std::string reason = "Message queue size reached. Discarding oldest log message: ";
+    EXPECT_THAT(errors.text(),
+                MatchesRegex(reason + ".* crowded ERROR 1\n" + reason + ".* crowded ERROR 2\n"));
+    EXPECT_EQ(texts.size(), 1U + MOST);
+    EXPECT_EQ(texts[1] + " to " + texts.back(), "3 to " + std::to_string(MOST + 2));
+    const LogStatistics after = LogManager::statistics();
+    EXPECT_EQ(after.discarded - before.discarded, 2U);
+    EXPECT_EQ(after.queued, after.delivered + after.discarded + after.waiting);
+    logger.removeAppender(&holding);
     LogManager::finish();
 }
 

@@ -35,7 +35,7 @@ constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
-    Platform::atFork(nullptr, nullptr, [] { instance().beginInChild(); });
+    Platform::atFork([] { instance().beginInChild(); });
 }
 
 void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
@@ -139,7 +139,7 @@ void AsynchronousDispatcher::resume() noexcept {
 /// What is thrown in it, because the priority cannot be set for example, ends the thread alone.
 void AsynchronousDispatcher::runConsumer() {
     AsynchronousDispatcher& dispatcher = instance();
-    const unsigned generation = dispatcher.generation_;
+    const unsigned generation = Platform::forkGeneration();
     threadRecord().isConsumer = true;
     try {
         dispatcher.makeRounds();
@@ -147,7 +147,7 @@ void AsynchronousDispatcher::runConsumer() {
         Util::writeErrorLine("IceUtil::Thread::run(): uncaught exception: ", exception.what());
     }
     threadRecord().isConsumer = false;
-    if (generation == dispatcher.generation_) {
+    if (generation == Platform::forkGeneration()) {
         dispatcher.enter(ENDING);
         { const LibraryCall call; } // writes what was left, since nobody waits for this thread any more
         dispatcher.enter(ENDED);
@@ -158,15 +158,16 @@ void AsynchronousDispatcher::runConsumer() {
 /// A consumer that is stopped before its first round makes that round at once, so that what was queued by
 /// then is written as if it had been waiting already.
 void AsynchronousDispatcher::makeRounds() {
-    const unsigned generation = generation_;
+    const unsigned generation = Platform::forkGeneration();
     MessageBatch batch;
     int priority = DEFAULT_PRIORITY_MARK;
+    bool hasCompany = true; // without any, the process is over once this thread is
     do {
         applyPriority(priority);
-        queue_.wait();
+        hasCompany = queue_.wait();
         applyPriority(priority);
         deliverRound(batch);
-    } while (state_ == RUNNING && generation == generation_);
+    } while (hasCompany && state_ == RUNNING && generation == Platform::forkGeneration());
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No
@@ -187,11 +188,11 @@ void AsynchronousDispatcher::applyPriority(int& applied) const {
 /// delivery. At the end of the call, and so of the round, the thread writes what its appenders and listeners
 /// put off.
 void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
-    const unsigned generation = generation_;
+    const unsigned generation = Platform::forkGeneration();
     queue_.take(batch);
     const LibraryCall call;
     const bool isDelivered = appenders_.deliver(batch);
-    if (generation == generation_) {
+    if (generation == Platform::forkGeneration()) {
         queue_.release(batch, isDelivered);
     }
 }
@@ -209,6 +210,7 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     const bool mayDeliver = !LibraryCall::isOpen();
     const LibraryCall call;
     CommandBus::instance().forgetListeners();
+    Dispatch::showOpen();
     const bool hasEnded = mayDeliver && endConsumer();
     if (hasEnded && !appenders_.isEmpty()) {
         MessageBatch batch;
@@ -242,7 +244,6 @@ bool AsynchronousDispatcher::endConsumer() {
 /// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object
 /// is left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
-    ++generation_;
     queue_.renewInChild();
     stateBell_.renewInChild();
     appenders_.endDeliveryInChild();

@@ -79,8 +79,6 @@ private:
     AsynchronousAppenders appenders_;
     std::atomic<State> state_{ABSENT};
     Bell stateBell_; ///< rung when the consumer has ended
-    /// Raised in a forked child: a consumer of an earlier number is the parent's, and does not go on.
-    std::atomic<unsigned> generation_{0};
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);

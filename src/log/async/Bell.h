@@ -21,6 +21,8 @@ public:
     /// \param limit from now
     explicit Deadline(std::chrono::microseconds limit) : end_(Clock::now() + std::min(limit, LONGEST)) {}
 
+    Deadline orEarlier(const Deadline& other) const { return other.end_ < end_ ? other : *this; }
+
     bool isOver() const { return end_ != NEVER && Clock::now() >= end_; }
 
     /// \return how long to wait in one step, at least a microsecond

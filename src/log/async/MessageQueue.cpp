@@ -2,6 +2,7 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
+#include "platform/ProcessLifetime.h"
 #include "platform/ThreadSlot.h"
 #include "platform/Threads.h"
 
@@ -18,7 +19,8 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-constexpr char QUEUE_IS_FULL[] = "Message queue size reached. Discarding oldest log message: ";
+/// How often a consumer that has nothing to do looks whether the process has another thread still.
+constexpr std::chrono::seconds TIME_BETWEEN_LOOKS{2};
 
 /// \param duration 0 for no end
 Deadline deadlineAfter(Time duration) {
@@ -123,7 +125,7 @@ void MessageQueue::discardOldest() {
     for (bool isDone = false; !isDone; std::this_thread::yield()) {
         const ScopedLock lock(queueLock_);
         const bool hasRoom = lastNumber_ - lastTaken_ < maxQueueSize_; // the consumer has come meanwhile
-        isDone = hasRoom || takeOldest(QUEUE_IS_FULL);
+        isDone = hasRoom || takeOldest(SHOWN_WHEN_DISCARDED);
     }
     lines_.write();
 }
@@ -258,7 +260,7 @@ void MessageQueue::wake() {
 
 /// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
 /// first, since it waits without a limit.
-void MessageQueue::wait() {
+bool MessageQueue::wait() {
     isWoken_ = false;
     const bool isPrompt = deliversPromptly();
     const auto isDue = [this, isPrompt] {
@@ -268,15 +270,30 @@ void MessageQueue::wait() {
     constexpr int LOOKS = 20;
     for (int look = 0; isPrompt && look < LOOKS; ++look) {
         if (isDue()) {
-            return;
+            return true;
         }
         if (!Platform::sleepBriefly()) {
             break;
         }
     }
     isOnCall_ = isPrompt;
-    bell_.wait(endOfWait(), isDue);
+    const Deadline end = endOfWait();
+    bool hasCompany = true;
+    bool isOver = false;
+    while (!isOver && !bell_.wait(end.orEarlier(nextLook_), isDue)) {
+        hasCompany = lookForCompany();
+        isOver = !hasCompany || end.isOver();
+    }
     isOnCall_ = false;
+    return hasCompany;
+}
+
+bool MessageQueue::lookForCompany() {
+    if (!nextLook_.isOver()) {
+        return true;
+    }
+    nextLook_ = Deadline(TIME_BETWEEN_LOOKS);
+    return !Platform::isOnlyThread();
 }
 
 /// What the consumer has put off is tried again soon: it does not wait for loggers.

@@ -52,7 +52,8 @@ public:
     /// Waits for the waiting period, or until the consumer is to come before: the queue is half full, or
     /// holds a message that is to be delivered promptly, or somebody waits for the messages, or the settings
     /// have changed, or nobody is served any longer.
-    void wait();
+    /// \return false if the process has no other thread any more, and so nobody who could log
+    bool wait();
 
     /// Has the consumer come before its waiting period is over; without effect on one that does not wait.
     void wake();
@@ -105,6 +106,7 @@ private:
     void discardOldest();
     bool takeOldest(const char* reason) noexcept ZAV_LOG_REQUIRES(queueLock_);
     Deadline endOfWait() const;
+    bool lookForCompany();
     void fill(MessageBatch& batch) ZAV_LOG_REQUIRES(queueLock_);
 
     // The order. Messages are numbered from 1; all but the first number change under the lock.
@@ -127,6 +129,7 @@ private:
     std::atomic<bool> isWoken_{false};   ///< the consumer is to end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
     std::atomic<bool> isClosed_{false};
+    Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads of the process; used by the consumer
 
     /// Held for short steps: messages are taken out or given back, a ring comes or goes.
     Platform::CriticalSection queueLock_{Platform::AWAITED_BY_FORK};

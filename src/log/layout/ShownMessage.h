@@ -10,6 +10,9 @@ struct MessageFields;
 /// What a line begins with that shows a message because the process ends.
 constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was not written: ";
 
+/// What a line begins with that shows the oldest message of too many.
+constexpr char SHOWN_WHEN_DISCARDED[] = "Message queue size reached. Discarding oldest log message: ";
+
 /// \return the line that shows a message; empty if there is no memory for it
 std::string shownLine(const char* reason, const MessageFields& message) noexcept;
 

@@ -1,5 +1,7 @@
 #include "log/reentrancy/LibraryCall.h"
 
+#include "log/layout/ShownMessage.h"
+#include "log/message/ReusedMessage.h"
 #include "log/reentrancy/PutOffMessages.h"
 
 namespace ZAV {
@@ -10,6 +12,12 @@ void LibraryCall::end() noexcept {
         PutOffMessages::instance().writeOwn();
     }
     record_.nestedReports = 0;
+}
+
+void Dispatch::showOpen() noexcept {
+    for (const Dispatch* open = threadRecord().dispatch; open != nullptr; open = open->outer_) {
+        showOnStandardError(SHOWN_AT_PROCESS_END, open->message_.fields());
+    }
 }
 
 } // namespace Log

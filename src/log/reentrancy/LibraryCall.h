@@ -5,6 +5,8 @@
 namespace ZAV {
 namespace Log {
 
+class ReusedMessage;
+
 /// A stretch of a thread's work in which it may hold a lock of the library while appenders and command
 /// listeners run, which may log themselves.
 ///
@@ -41,6 +43,28 @@ private:
 
     ThreadRecord& record_;
     const bool isNested_;
+};
+
+/// A message that a thread is giving to the synchronous appenders of its logger.
+class Dispatch {
+public:
+    /// \param message must live as long as this object
+    explicit Dispatch(const ReusedMessage& message) noexcept
+        : record_(threadRecord()), message_(message), outer_(record_.dispatch) {
+        record_.dispatch = this;
+    }
+    ~Dispatch() { record_.dispatch = outer_; }
+    Dispatch(const Dispatch&) = delete;
+    Dispatch& operator=(const Dispatch&) = delete;
+
+    /// Shows on the standard error stream the messages that the calling thread will not get through with: it
+    /// is inside an appender or a listener and ends the process.
+    static void showOpen() noexcept;
+
+private:
+    ThreadRecord& record_;
+    const ReusedMessage& message_;
+    const Dispatch* const outer_;
 };
 
 } // namespace Log

@@ -28,16 +28,44 @@ const PutOffMessages& madeAtLoad = PutOffMessages::instance();
 void PutOffMessages::keep(Logger& logger, const MessageFields& message, Write write) {
     ThreadRecord& thread = threadRecord();
     Messages one;
-    one.push_back({&thread, thread.answeredReports, &logger, message.makeMessage(), write});
+    one.push_back({&thread, thread.answeredReports, &logger, message.makeMessage(), write, false});
+    Messages discarded;
     {
         const ScopedLock lock(messagesLock_);
         if (!closed_) {
             messages_.splice(messages_.end(), one);
             ++thread.putOffMessages;
-            return;
+            discarded = takeBeyondLimit(thread);
         }
     }
-    showOnStandardError(SHOWN_AT_PROCESS_END, one.front().message);
+    for (const PutOffMessage& late : one) {
+        showOnStandardError(SHOWN_AT_PROCESS_END, late.message);
+    }
+    showDiscarded(discarded);
+}
+
+PutOffMessages::Messages PutOffMessages::takeBeyondLimit(ThreadRecord& thread) noexcept {
+    Messages taken;
+    if (thread.putOffMessages > MOST_OF_A_THREAD) {
+        taken.splice(taken.end(), messages_, findFirst(thread));
+        --thread.putOffMessages;
+        discarded_.fetch_add(1, std::memory_order_relaxed);
+    }
+    return taken;
+}
+
+/// Whoever reads standard error may log what is shown, and so discard the next message while this one is
+/// being shown. That one is only counted, or there would be no end.
+void PutOffMessages::showDiscarded(const Messages& discarded) noexcept {
+    ThreadRecord& thread = threadRecord();
+    if (thread.showsDiscarded) {
+        return;
+    }
+    thread.showsDiscarded = true;
+    for (const PutOffMessage& putOff : discarded) {
+        showOnStandardError(SHOWN_WHEN_DISCARDED, putOff.message);
+    }
+    thread.showsDiscarded = false;
 }
 
 void PutOffMessages::writeOwn() noexcept {
@@ -65,46 +93,58 @@ void PutOffMessages::writeOwn() noexcept {
 PutOffMessages::Write PutOffMessages::nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept {
     const ScopedLock lock(messagesLock_);
     const auto first = findFirst(thread);
-    if (first == messages_.end()) {
+    if (closed_ || first == messages_.end()) {
         return nullptr;
     }
     logger = first->logger;
     return first->write;
 }
 
-PutOffMessages::Messages PutOffMessages::takeFirst() noexcept {
+const PutOffMessages::PutOffMessage* PutOffMessages::beginFirst() noexcept {
     ThreadRecord& thread = threadRecord();
-    Messages taken;
     const ScopedLock lock(messagesLock_);
     const auto first = findFirst(thread);
-    if (first != messages_.end()) {
-        taken.splice(taken.end(), messages_, first);
-        --thread.putOffMessages;
+    if (closed_ || first == messages_.end()) {
+        return nullptr;
     }
-    return taken;
+    first->isBeingWritten = true;
+    --thread.putOffMessages;
+    return &*first;
 }
 
-PutOffMessages::Messages::iterator PutOffMessages::findFirst(const ThreadRecord& thread) {
-    return std::find_if(messages_.begin(), messages_.end(),
-                        [&thread](const PutOffMessage& putOff) { return putOff.thread == &thread; });
+void PutOffMessages::endFirst() noexcept {
+    const ScopedLock lock(messagesLock_);
+    const auto written = findFirst(threadRecord(), true);
+    if (!closed_ && written != messages_.end()) {
+        messages_.erase(written);
+    }
 }
 
-void PutOffMessages::showAll() noexcept {
-    Messages shown;
+PutOffMessages::Messages::iterator PutOffMessages::findFirst(const ThreadRecord& thread,
+                                                             bool isBeingWritten) {
+    return std::find_if(messages_.begin(), messages_.end(), [&](const PutOffMessage& putOff) {
+        return putOff.thread == &thread && putOff.isBeingWritten == isBeingWritten;
+    });
+}
+
+void PutOffMessages::showAll() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     {
         const ScopedLock lock(messagesLock_);
         closed_ = true;
-        shown.swap(messages_);
     }
-    for (const PutOffMessage& putOff : shown) {
+    for (const PutOffMessage& putOff : messages_) {
         showOnStandardError(SHOWN_AT_PROCESS_END, putOff.message);
     }
 }
 
+/// The thread that forked may be writing one.
 void PutOffMessages::forgetInChild() noexcept {
+    ThreadRecord& thread = threadRecord();
     const ScopedLock lock(messagesLock_);
-    messages_.clear();
-    threadRecord().putOffMessages = 0;
+    messages_.remove_if([&thread](const PutOffMessage& putOff) {
+        return putOff.thread != &thread || !putOff.isBeingWritten;
+    });
+    thread.putOffMessages = 0;
 }
 
 } // namespace Log

@@ -4,6 +4,8 @@
 #include "log/reentrancy/ThreadRecord.h"
 #include "platform/CriticalSection.h"
 
+#include <atomic>
+#include <cstdint>
 #include <list>
 
 namespace ZAV {
@@ -14,13 +16,17 @@ struct MessageFields;
 
 /// The messages that appenders and listeners logged while another thread held the logger. Each is complete,
 /// and its thread writes it as soon as it has left the library; it is kept here, and not with the thread, so
-/// that it can be shown if the process ends first. All operations may be called from any thread.
+/// that it can be shown if the process ends first. A thread that stays in the library for long may put any
+/// number off, so that no more than `MOST_OF_A_THREAD` are kept of each. All operations may be called from
+/// any thread.
 class PutOffMessages {
 public:
     struct PutOffMessage;
     using Messages = std::list<PutOffMessage>;
 
-    /// Takes the calling thread's first message with the logger's lock held, and gives it to the appenders.
+    static constexpr int MOST_OF_A_THREAD = 10'000;
+
+    /// Gives the calling thread's first message to the appenders, with the logger's lock held.
     /// \param mayWait whether to wait for that lock
     /// \return false if another thread holds the lock and the message stays
     using Write = bool (*)(Logger& logger, bool mayWait);
@@ -31,26 +37,39 @@ public:
         Logger* logger;
         LogMessage message;
         Write write;
+        bool isBeingWritten;
+    };
+
+    /// The first message of the calling thread while it is being written. To be made with the logger's lock
+    /// held; until it ends, the message is shown if the process ends: rather twice than not at all.
+    class First {
+    public:
+        First() noexcept : message_(instance().beginFirst()) {}
+        ~First() { instance().endFirst(); }
+        First(const First&) = delete;
+        First& operator=(const First&) = delete;
+
+        /// \return null if the messages were shown
+        const PutOffMessage* get() const noexcept { return message_; }
+
+    private:
+        const PutOffMessage* const message_;
     };
 
     /// Never destroyed, since threads may still log while the process ends.
     static PutOffMessages& instance();
 
-    /// Keeps a message of the calling thread, behind the earlier ones. Once the messages have been shown, it
-    /// is shown at once.
+    /// Keeps a message of the calling thread, behind the earlier ones. If those are too many, the oldest is
+    /// shown on the standard error stream and discarded. Once the messages have been shown, this one is shown
+    /// at once.
     /// \throw std::bad_alloc if there is no room; the message is then not kept
     void keep(Logger& logger, const MessageFields& message, Write write);
 
     /// Writes the messages of the calling thread in their order, also those that are put off meanwhile. The
-    /// thread must hold no lock of the library. The consumer, for which the holder of a logger may be waiting,
-    /// leaves the rest if a logger is not free. What is thrown at a message is dropped: nobody is left who
-    /// logged it.
+    /// thread must hold no lock of the library. The consumer, for which the holder of a logger may be
+    /// waiting, leaves the rest if a logger is not free. What is thrown at a message is dropped: nobody is
+    /// left who logged it.
     void writeOwn() noexcept;
-
-    /// Takes the first message of the calling thread: with the logger's lock held, since it can be shown
-    /// until then if the process ends.
-    /// \return a list of one message, or an empty one if the messages were shown
-    Messages takeFirst() noexcept;
 
     /// Shows the messages of all threads on the standard error stream, since the process ends.
     void showAll() noexcept;
@@ -58,15 +77,24 @@ public:
     /// Forgets all messages in a forked child: they are the parent's to write.
     void forgetInChild() noexcept;
 
+    /// \return how many messages were discarded because a thread had put off too many
+    std::uint64_t discarded() const noexcept { return discarded_.load(std::memory_order_relaxed); }
+
 private:
     PutOffMessages() = default;
 
+    static void showDiscarded(const Messages& discarded) noexcept;
+    Messages takeBeyondLimit(ThreadRecord& thread) noexcept ZAV_LOG_REQUIRES(messagesLock_);
+    const PutOffMessage* beginFirst() noexcept;
+    void endFirst() noexcept;
     Write nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept;
-    Messages::iterator findFirst(const ThreadRecord& thread) ZAV_LOG_REQUIRES(messagesLock_);
+    Messages::iterator findFirst(const ThreadRecord& thread, bool isBeingWritten = false)
+        ZAV_LOG_REQUIRES(messagesLock_);
 
     Platform::CriticalSection messagesLock_{Platform::AWAITED_BY_FORK};
-    Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);
-    bool closed_ ZAV_LOG_GUARDED_BY(messagesLock_) = false; ///< the messages have been shown
+    Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);   ///< they do not change any more once it is closed
+    bool closed_ ZAV_LOG_GUARDED_BY(messagesLock_) = false; ///< the messages are being shown, or have been
+    std::atomic<std::uint64_t> discarded_{0};
 };
 
 } // namespace Log

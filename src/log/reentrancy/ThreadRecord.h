@@ -3,6 +3,7 @@
 namespace ZAV {
 namespace Log {
 
+class Dispatch;
 class Ring;
 
 /// What the library knows of a thread that is inside it. It has no destructor, so that a thread may log to
@@ -12,11 +13,13 @@ struct ThreadRecord {
     int answeredReports; ///< reports of failures that the thread is answering, each an answer to the one
                          ///< before
     int nestedReports;   ///< reports delivered in answer to others, since the outermost call began
-    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps
+    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps and has not begun to write
+    bool showsDiscarded; ///< it is showing one that was discarded, since it had put off too many
     int writtenLines;    ///< lines of discarded messages that the thread is writing, one within the other
-    Ring* ring;          ///< what the thread has queued; null before its first message and at its end
-    bool isConsumer;     ///< logging calls may wait for the thread, which does not wait for loggers
-    bool hasEndedRing;   ///< the thread is ending, and gets no other ring
+    const Dispatch* dispatch; ///< the innermost one that is open; null if none is
+    Ring* ring;               ///< what the thread has queued; null before its first message and at its end
+    bool isConsumer;          ///< logging calls may wait for the thread, which does not wait for loggers
+    bool hasEndedRing;        ///< the thread is ending, and gets no other ring
 };
 
 /// \return the calling thread's own

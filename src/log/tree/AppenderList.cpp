@@ -3,6 +3,7 @@
 #include "ForcedUnwind.h"
 #include "log/Appender.h"
 #include "log/message/ReusedMessage.h"
+#include "platform/Fork.h"
 
 #include <algorithm>
 
@@ -51,6 +52,8 @@ AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
     return Copy(appenders_.begin(), appenders_.end());
 }
 
+/// If an appender forks, the walk ends in the child: the message goes to the appenders behind it in the
+/// parent, and would come twice.
 AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version,
                                          ReusedMessage& message) const {
     Outcome outcome;
@@ -63,6 +66,7 @@ AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version
             continue;
         }
         const LogMessage& made = message.get();
+        const unsigned generation = Platform::forkGeneration();
         try {
             appender->output(made);
         } catch (const Platform::ForcedUnwind&) {
@@ -71,6 +75,10 @@ AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version
             if (!outcome.exception) {
                 outcome.exception = std::current_exception();
             }
+        }
+        if (Platform::forkGeneration() != generation) {
+            outcome.hasAsynchronous = false;
+            break;
         }
     }
     return outcome;

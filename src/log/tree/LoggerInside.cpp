@@ -36,7 +36,10 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
     const Time now = Time::now();
     if (type == CFG || passesExpiration(level, now)) {
-        dispatchMessage({logger_.name_, now, level, text, line, file, type}, !call.isNested());
+        const MessageFields fields(logger_.name_, now, level, text, line, file, type);
+        ReusedMessage message(fields);
+        const Dispatch dispatch(message);
+        dispatchMessage(message, !call.isNested());
     }
 }
 
@@ -72,8 +75,7 @@ bool Logger::Inside::isExpired(Time now) const {
 
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
 /// \param mayWait whether it may wait for room in the queue
-void Logger::Inside::dispatchMessage(const MessageFields& fields, bool mayWait) {
-    ReusedMessage message(fields);
+void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWait) {
     const AppenderList::Outcome outcome =
         appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
@@ -98,10 +100,12 @@ bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
         return false;
     }
     const ScopedLock lock(inside.criticalSection_, ADOPT_LOCK);
-    for (const auto& putOff : PutOffMessages::instance().takeFirst()) {
-        const ReportAnswer answer(threadRecord(), putOff.answeredReports);
-        MessageFields message(putOff.message);
-        message.loggerName = logger.name_; // which stays where it is
+    const PutOffMessages::First first;
+    if (first.get() != nullptr) {
+        const ReportAnswer answer(threadRecord(), first.get()->answeredReports);
+        MessageFields fields(first.get()->message);
+        fields.loggerName = logger.name_; // which stays where it is
+        ReusedMessage message(fields);
         inside.dispatchMessage(message, false);
     }
     return true;

@@ -19,6 +19,7 @@ namespace ZAV {
 namespace Log {
 
 class LibraryCall;
+class ReusedMessage;
 struct MessageFields;
 
 /// What applications do not see of a logger.
@@ -75,7 +76,7 @@ private:
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
-    void dispatchMessage(const MessageFields& fields, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    void dispatchMessage(ReusedMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
     void putOff(const MessageFields& message);
     static bool dispatchPutOff(Logger& logger, bool mayWait);
 

@@ -50,7 +50,7 @@ public:
     bool isHeldOnce() const { return count_ == 1; }
 
 private:
-    friend class AllLocks;
+    friend class ForkLocks;
     static constexpr pthread_t NOBODY = 0;
 
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
@@ -60,7 +60,10 @@ private:
     std::atomic<pthread_t> holder_{NOBODY};
     unsigned count_ = 0; ///< used by the holder alone
     const ForkRule rule_;
-    NativeLock* previous_ = nullptr; ///< in the list of all locks
+
+    // Under the mutex over the list of all locks
+    unsigned waitingForks_ = 0; ///< threads that wait for this lock in order to fork
+    NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };
 

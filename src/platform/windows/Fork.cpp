@@ -3,8 +3,12 @@
 namespace ZAV {
 namespace Platform {
 
-void atFork(void (*)(), void (*)(), void (*)()) {
+void atFork(void (*)()) {
     // No process forks here.
+}
+
+unsigned forkGeneration() noexcept {
+    return 0;
 }
 
 } // namespace Platform

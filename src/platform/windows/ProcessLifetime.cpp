@@ -10,6 +10,10 @@ void atProcessEnd(void (*)()) {
     // there is nothing left to wait for, and a lock that one of them was holding is never released.
 }
 
+bool isOnlyThread() noexcept {
+    return false;
+}
+
 void keepLibraryLoaded() {
     const auto placeInLibrary = reinterpret_cast<const char*>(&keepLibraryLoaded);
     HMODULE library;

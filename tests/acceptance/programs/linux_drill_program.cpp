@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <new>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <thread>
@@ -19,6 +20,30 @@ using namespace ZAV::Log;
 namespace {
 
 constexpr int THREADS = 4;
+std::atomic<bool> hasMemory{true};
+
+} // namespace
+
+// These stand in the place of the system's; the array forms call them.
+
+void* operator new(std::size_t size) {
+    void* const memory = hasMemory ? std::malloc(size) : nullptr;
+    if (memory != nullptr) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+// Not inlined: the compiler would take its call of free for a mistake.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
 
 /// The number of the last message of each thread for which the call has returned.
 using Returned = std::atomic<int>[THREADS];
@@ -112,6 +137,23 @@ int forkWhileThreadsLog(const std::string& directory) {
     return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
+/// The child only ends, and so does one of its own.
+int forkWithoutMemory() {
+    LoggerFactory::getLogger("net").error("queued", 0, "");
+    hasMemory = false;
+    const auto forkOnce = [](auto inChild) {
+        const pid_t process = fork();
+        if (process == 0) {
+            _exit(inChild());
+        }
+        int status = EXIT_FAILURE;
+        return waitpid(process, &status, 0) == process && status == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    };
+    const int result = forkOnce([forkOnce] { return forkOnce([] { return EXIT_SUCCESS; }); });
+    hasMemory = true;
+    return result;
+}
+
 } // namespace
 
 int main(int, char** arguments) {
@@ -119,6 +161,8 @@ int main(int, char** arguments) {
     if (!TestSupport::initForEnd(directory)) {
         return EXIT_FAILURE;
     }
-    return std::string(arguments[1]) == "kill" ? killWhileThreadsLog(directory)
-                                               : forkWhileThreadsLog(directory);
+    const std::string way = arguments[1];
+    return way == "kill"        ? killWhileThreadsLog(directory)
+           : way == "no-memory" ? forkWithoutMemory()
+                                : forkWhileThreadsLog(directory);
 }

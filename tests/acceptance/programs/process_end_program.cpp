@@ -4,6 +4,8 @@
 #include "Calling.h"
 #include "ProcessEndSupport.h"
 
+#include "log/LogMessage.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <future>
@@ -105,6 +107,30 @@ int exitWithMessagePutOff() {
     return NOT_ENDED;
 }
 
+/// A thread is writing then what its listener had to put off.
+int exitWhilePutOffIsWritten() {
+    std::promise<void> held;
+    std::promise<void> released;
+    std::promise<void> written;
+    CallingAppender slow([&](const LogMessage& message) {
+        const bool isFirst = message.getText() == "held";
+        (isFirst ? held : written).set_value();
+        (isFirst ? released : *new std::promise<void>).get_future().wait();
+    });
+    Logger& logger = LoggerFactory::getLogger("slow");
+    logger.addAppender(&slow);
+    std::thread([&logger] { logger.error("held", 0, ""); }).detach();
+    held.get_future().wait();
+    CallingListener listener([&](const std::string&) {
+        logger.error("11", 0, "");
+        released.set_value();
+    });
+    LogManager::registerCommandListener("log", &listener);
+    std::thread([] { LogManager::command("log", ""); }).detach();
+    written.get_future().wait();
+    std::exit(EXIT_SUCCESS);
+}
+
 /// Here the consumer thread itself ends the process, since a report of its failing appender comes in it.
 int exitInConsumerThread() {
     CallingListener listener([](const std::string&) { std::exit(EXIT_SUCCESS); });
@@ -119,15 +145,17 @@ int exitInConsumerThread() {
 
 int main(int, char** arguments) {
     const std::string way = arguments[1];
-    const std::map<std::string, int (*)()> ways = {{"return", [] { return EXIT_SUCCESS; }},
-                                                   {"exit", []() -> int { std::exit(EXIT_SUCCESS); }},
-                                                   {"exit-while-threads-log", exitWhileThreadsLog},
-                                                   {"static-object", logFromStaticObject},
-                                                   {"lost-listener", loseListener},
-                                                   {"exit-in-listener", exitInListener},
-                                                   {"exit-in-appender", exitInAppender},
-                                                   {"exit-with-message-put-off", exitWithMessagePutOff},
-                                                   {"exit-in-consumer-thread", exitInConsumerThread}};
+    const std::map<std::string, int (*)()> ways = {
+        {"return", [] { return EXIT_SUCCESS; }},
+        {"exit", []() -> int { std::exit(EXIT_SUCCESS); }},
+        {"exit-while-threads-log", exitWhileThreadsLog},
+        {"static-object", logFromStaticObject},
+        {"lost-listener", loseListener},
+        {"exit-in-listener", exitInListener},
+        {"exit-in-appender", exitInAppender},
+        {"exit-with-message-put-off", exitWithMessagePutOff},
+        {"exit-while-put-off-is-written", exitWhilePutOffIsWritten},
+        {"exit-in-consumer-thread", exitInConsumerThread}};
     const std::string waitingPeriod = way == "exit-in-consumer-thread" ? "0" : "3600";
     if (!initForEnd(arguments[2], waitingPeriod)) {
         return NOT_ENDED;
