@@ -30,6 +30,9 @@ public:
     /// May be called from any thread.
     void stop() noexcept { server_.stop(); }
 
+    /// In a forked child: closes what it has inherited. The loop must not be used or destroyed afterwards.
+    void closeInherited() noexcept { server_.closeInherited(); }
+
 private:
     using Clock = ClientSession::Clock;
     using Event = Platform::LocalServer::Event;

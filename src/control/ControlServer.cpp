@@ -18,25 +18,25 @@ public:
     explicit Inside(const std::string& address)
         : loop_(address, ControlLoop::Limits()), process_(Platform::processId()) {
         const Platform::NoSignals noSignals;
-        thread_ = std::make_unique<std::thread>([this] { loop_.run(); });
+        thread_ = std::thread([this] { loop_.run(); });
     }
 
     ~Inside() {
-        if (process_ != Platform::processId()) {
-            // A forked child has no such thread: nothing to wait for, and nothing that could be destroyed.
-            static_cast<void>(thread_.release());
-            return;
-        }
         loop_.stop();
-        thread_->join();
+        thread_.join();
     }
 
     /// \return true in the server's own thread, as when a command listener ends the process
-    bool isServing() const { return thread_->get_id() == std::this_thread::get_id(); }
+    bool isServing() const { return thread_.get_id() == std::this_thread::get_id(); }
+
+    /// \return true in a forked child, which does not have the server's thread
+    bool isInherited() const { return process_ != Platform::processId(); }
+
+    void closeInherited() noexcept { loop_.closeInherited(); }
 
 private:
     ControlLoop loop_;
-    std::unique_ptr<std::thread> thread_;
+    std::thread thread_;
     const int process_; ///< id of the one whose thread it is
 };
 
@@ -47,10 +47,15 @@ ControlServer::ControlServer(const std::string& address) try {
     throw LogException("Can't serve " + address + ": " + exception.what());
 }
 
-/// The server's own thread cannot wait for itself: the loop is left alone there, and ends with the process.
+/// The server's own thread cannot wait for itself: the loop is left alone there, and ends with the process. A
+/// forked child may have been made while that thread was changing what the loop holds, for example freeing
+/// what a client had sent: nothing of it can be destroyed there, and its memory is lost to the child.
 ControlServer::~ControlServer() {
     const Platform::NoCancellation noCancellation;
-    if (inside_->isServing()) {
+    if (inside_->isInherited() && !inside_->isServing()) {
+        inside_->closeInherited();
+    }
+    if (inside_->isInherited() || inside_->isServing()) {
         static_cast<void>(inside_.release());
     }
     inside_.reset();

@@ -46,9 +46,10 @@ public:
     ///        used; and if no thread can be started
     explicit ControlServer(const std::string& address);
 
-    /// Disconnects all clients, also in the middle of an answer, and removes the socket. In a forked
-    /// child, which serves nobody, it leaves the socket to the parent. A command listener should not call it,
-    /// but may end the process: the socket then stays, for the next server to replace.
+    /// Disconnects all clients, also in the middle of an answer, and removes the socket. In a forked child,
+    /// which serves nobody, it leaves the socket to the parent, and the server's memory is lost. A command
+    /// listener should not call it, but may end the process: the socket then stays, for the next server to
+    /// replace.
     ~ControlServer();
 
     ControlServer(const ControlServer&) = delete;

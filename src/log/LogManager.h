@@ -23,7 +23,8 @@ namespace LogManager {
 /// Sets the loggers, the appenders and the asynchronous dispatcher up as the properties say.
 ///
 /// Calls of `init` and `finish` must not overlap; other threads may log meanwhile. A bad value of a logger or
-/// of the dispatcher is reported on the standard error stream and leaves its setting as it was.
+/// of the dispatcher, or a bad name of a logger, is reported on the standard error stream and leaves its
+/// setting as it was.
 /// \return false if the library is set up already; the properties are then ignored
 /// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
 ///        arrives, and a later `init` may succeed.

@@ -6,6 +6,7 @@
 #include "log/commands/CommandNames.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/tree/LoggerInside.h"
+#include "log/tree/LoggerName.h"
 
 namespace ZAV {
 namespace Log {
@@ -82,38 +83,32 @@ Logger::Logger(Logger* parent, const std::string& shortName)
 
 Logger::~Logger() = default;
 
-namespace {
-
-struct SplitPath {
-    std::string head; ///< what stands before the first dot; empty if there is none
-    std::string rest;
-    bool hasDot;
-};
-
-SplitPath splitAtFirstDot(const std::string& path) {
-    const std::string::size_type dot = path.find('.');
-    if (dot == std::string::npos) {
-        return {std::string(), path, false};
-    }
-    return {path.substr(0, dot), path.substr(dot + 1), true};
-}
-
-} // namespace
-
 Logger& Logger::getLogger(const std::string& path) {
+    requireAcceptableName(path); // before anything is made
     const ScopedLock lock(treeLock());
-    const SplitPath split = splitAtFirstDot(path);
-    return split.hasDot ? inside_->getChild(split.head).getLogger(split.rest) : inside_->getChild(path);
+    Logger* logger = this;
+    std::string_view rest = path;
+    for (std::size_t dot = rest.find('.'); dot != std::string_view::npos; dot = rest.find('.')) {
+        logger = &logger->inside_->getChild(rest.substr(0, dot));
+        rest.remove_prefix(dot + 1);
+    }
+    return logger->inside_->getChild(rest);
 }
 
+/// Unlike above, the first empty component is left out, and all that follows it is taken for a single one.
 const Logger* Logger::findLogger(const std::string& path) const {
     const ScopedLock lock(treeLock());
-    const SplitPath split = splitAtFirstDot(path);
-    if (split.head.empty()) {
-        return inside_->findChild(split.rest);
+    const Logger* logger = this;
+    std::string_view rest = path;
+    for (std::size_t dot = rest.find('.'); dot != std::string_view::npos && dot != 0; dot = rest.find('.')) {
+        logger = logger->inside_->findChild(rest.substr(0, dot));
+        if (logger == nullptr) {
+            return nullptr;
+        }
+        rest.remove_prefix(dot + 1);
     }
-    const Logger* const child = inside_->findChild(split.head);
-    return child == nullptr ? nullptr : child->findLogger(split.rest);
+    const bool beginsWithDot = !rest.empty() && rest.front() == '.';
+    return logger->inside_->findChild(rest.substr(beginsWithDot ? 1 : 0));
 }
 
 std::vector<std::string> Logger::getLoggerNames() const {

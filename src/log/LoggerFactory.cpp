@@ -35,8 +35,8 @@ Logger& getConfiguredLogger(const std::string& name) {
 }
 
 void applyKey(const LoggerKey& key, const Util::Properties& properties) {
-    Logger& logger = getConfiguredLogger(key.loggerName);
     try {
+        Logger& logger = getConfiguredLogger(key.loggerName);
         std::string value;
         properties.getProperty(key.key, value);
         applySetting(logger, key.attribute, value);

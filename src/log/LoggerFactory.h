@@ -24,9 +24,11 @@ public:
     static Logger& getRootLogger();
 
     /// \return the logger with that dotted name; it and its ancestors are created if they do not exist yet
+    /// \throw LogException for a name of more than 1,000 components, of which no logger is made
     static Logger& getLogger(const std::string& name);
 
     /// \return the logger `name`, of which only the last path component counts, below `parentName`
+    /// \throw LogException if the whole name has more than 1,000 components
     static Logger& getLogger(const std::string& parentName, const std::string& name);
 
     /// \return whether that logger exists; it is not created
@@ -39,9 +41,10 @@ public:
     static std::vector<std::string> getLoggerNames();
 
     /// Applies the keys `logger.NAME.level` and `logger.NAME.expiration`, parents before their children.
-    /// A bad value is reported on the standard error stream and leaves its setting as it was. Each level
-    /// issues the command "DynamicLogLevelFilterSoft"; a `std::exception` that a listener throws is reported
-    /// in the same way, and anything else that it throws reaches the caller.
+    /// A bad value is reported on the standard error stream and leaves its setting as it was, and so is a
+    /// name of more than 1,000 components. Each level issues the command "DynamicLogLevelFilterSoft"; a
+    /// `std::exception` that a listener throws is reported in the same way, and anything else that it throws
+    /// reaches the caller.
     static void initLoggers(const Util::Properties& properties);
 };
 

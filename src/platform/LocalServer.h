@@ -39,8 +39,7 @@ public:
     /// \throw std::runtime_error if the address cannot be taken, with the reason
     LocalServer(const std::string& address, int maxClients);
 
-    /// Drops the clients and gives the address back. In a forked child it closes what the child has inherited
-    /// and leaves the parent's clients and address alone.
+    /// Drops the clients and gives the address back. Not in a forked child, see `closeInherited`.
     ~LocalServer();
 
     LocalServer(const LocalServer&) = delete;
@@ -58,6 +57,11 @@ public:
 
     /// Disconnects a client, whatever it is doing; no event follows, and its number is free.
     void drop(int client);
+
+    /// In a forked child, where the server's thread may have been in the middle of anything: closes what the
+    /// child has inherited, and leaves the parent's clients and address alone. The object must not be used or
+    /// destroyed afterwards.
+    void closeInherited() noexcept;
 
     /// Has `wait` give `STOPPED` from now on. May be called from any thread.
     void stop() noexcept;

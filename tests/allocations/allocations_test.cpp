@@ -210,3 +210,14 @@ TEST_F(LoggingCost, OneFailingAllocationLosesNoMessageUnseen) {
         EXPECT_GE(lines + after.failed - before.failed, isInitialised ? logged : 0U) << number;
     }
 }
+
+TEST(Appender, TakesItsCommandListenersAlongAlsoWithoutMemory) {
+    TestSupport::CallingListener listener([](const std::string&) { FAIL() << "it was left behind"; });
+    LogManager::registerCommandListener("calling", &listener);
+    {
+        const TestSupport::CallingAppender appender([](const LogMessage&) {});
+        untilFailure = 1;
+    }
+    EXPECT_FALSE(endFailing()) << "it took memory";
+    LogManager::command("calling", "");
+}

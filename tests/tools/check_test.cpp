@@ -28,6 +28,10 @@ const std::string SERVER = "appender.s = FileAppender\n";
 const std::string CONSOLE = "appender.c = StdoutAppender\n";
 const std::string DISPATCHER = "zav.log.AsynchronousDispatcher.";
 
+std::string dots(std::size_t count) {
+    return std::string(count, '.');
+}
+
 const std::vector<Case> CASES = {
     // The grammar, and the lines behind what breaks it.
     {"", {}},
@@ -53,6 +57,12 @@ const std::vector<Case> CASES = {
     {SERVER +
          "appender.s.fileMaxSize = 5x\nappender.s.fileMaxLifetimeUnit = weeks\nappender.s.ostream = cout\n",
      {"2 lonely-pair", "3 lonely-pair", "4 ignored-key"}},
+
+    // Loggers that cannot be; the value and the attribute do not matter then.
+    {"logger.a" + dots(999) + ".level = INFO\nlogger.a" + dots(1000) + ".level = info\nlogger.a" +
+         dots(1000) + ".colour = red\n",
+     {"2 bad-name", "3 bad-name"}},
+    {CONSOLE + "appender.c.filters = a" + dots(1000) + "\nappender.c.level = WARNING\n", {}},
 
     // Values that are rejected.
     {CONSOLE + "appender.c.level = info\nappender.c.expiration = soon\nappender.c.message_type = cfg\n",

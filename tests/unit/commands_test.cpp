@@ -46,3 +46,15 @@ TEST(CommandBus, AListenerMayBeUnregisteredOrDestroyedWhileItIsCalled) {
     LogManager::command("Y", "d");
     EXPECT_THAT(behind.arguments, ElementsAre("c", "d"));
 }
+
+TEST(CommandBus, AllListenersGetTheCommandAsItWasGiven) {
+    std::string name = "X";
+    std::string argument = "a";
+    CallingListener changing([&](const std::string&) { name = argument = "changed"; });
+    RecordingListener behind;
+    LogManager::registerCommandListener(name, &changing);
+    LogManager::registerCommandListener(name, &behind);
+    LogManager::command(name, argument);
+    EXPECT_THAT(behind.arguments, ElementsAre("a"));
+    LogManager::finish();
+}

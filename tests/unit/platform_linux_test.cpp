@@ -1,6 +1,7 @@
 // What differs on Linux.
 
 #include "TestSupport.h"
+#include "TimeZone.h"
 
 #include "log/appenders/FileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
@@ -18,9 +19,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <future>
 #include <memory>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -251,6 +254,95 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
     forking.join();
     EXPECT_TRUE(own.tryLock());
     own.unlock();
+}
+
+namespace {
+
+/// The whole library at the deepest name that it takes, in a thread with little room.
+void* logDeep(void* texts) {
+    std::string name = "a";
+    for (int i = 1; i < 1000; ++i) {
+        name += ".a";
+    }
+    CallingAppender appender([texts](const LogMessage& message) {
+        static_cast<std::vector<std::string>*>(texts)->push_back(message.getText());
+    });
+    Logger& deepest = LoggerFactory::getLogger(name);
+    Logger& root = LoggerFactory::getRootLogger();
+    root.addAppender(&appender);
+    root.setLevel(Level::INFO, false);
+    root.setExpirationTime(Util::TimeUtils::Time(1, Util::TimeUtils::HOUR));
+    LoggerFactory::loggerExists(name);
+    LoggerFactory::getLoggerNames();
+    deepest.info("seen", 0, "");
+    root.removeAppender(&appender);
+    deepest.info("unseen", 0, "");
+    return nullptr;
+}
+
+} // namespace
+
+TEST(Logger, OfTheDeepestNameTakesLittleStack) {
+    std::vector<std::string> texts;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 128 * 1024);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, logDeep, &texts), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    EXPECT_THAT(texts, ElementsAre("seen"));
+}
+
+namespace {
+
+std::string textOf(std::int64_t seconds) {
+    return Util::TimeUtils::Time(static_cast<std::uint64_t>(seconds), Util::TimeUtils::SEC).toString();
+}
+
+std::string systemsTextOf(std::time_t seconds) {
+    std::tm local;
+    char text[30];
+    strftime(text, sizeof text, "%Y.%m.%d %H:%M:%S", localtime_r(&seconds, &local));
+    return std::string(text) + ":000000";
+}
+
+} // namespace
+
+/// A thread of the application is in the middle of reading a time zone, and so holds the system's lock around
+/// all conversions.
+TEST(Time, InAForkedChildDoesNotNeedTheSystemsLock) {
+    setTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const std::int64_t now = std::time(nullptr);
+    std::vector<std::pair<std::int64_t, std::string>> expected;
+    for (std::int64_t day = -300; day < 3000; ++day) {
+        const std::int64_t seconds = now + day * 86400 + day;
+        expected.emplace_back(seconds, systemsTextOf(seconds));
+    }
+    textOf(now);
+    const TemporaryDirectory directory;
+    const std::string zone = directory / "zone";
+    ASSERT_EQ(mkfifo(zone.c_str(), 0600), 0);
+    setenv("TZ", zone.c_str(), 1);
+    std::thread reading(tzset);
+    int writer = -1;
+    while (writer < 0) { // until the thread is at it
+        writer = open(zone.c_str(), O_WRONLY | O_NONBLOCK);
+        std::this_thread::yield();
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool areRight = std::all_of(expected.begin(), expected.end(), [](const auto& time) {
+            return textOf(time.first) == time.second; // a hang here is the failure
+        });
+        _exit(areRight ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    close(writer);
+    reading.join();
+    EXPECT_EQ(textOf(now), systemsTextOf(now)) << "the zone has changed";
 }
 
 TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {

@@ -2,6 +2,7 @@
 #include "TestSupport.h"
 
 #include "log/ConfigurationMessage.h"
+#include "log/LogException.h"
 #include "log/LogLine.h"
 
 using namespace ZAV;
@@ -32,6 +33,31 @@ TEST(LoggerFactory, SplitsAtTheFirstDotAndKeepsEmptyNames) {
     EXPECT_FALSE(LoggerFactory::loggerExists(".x")); // the look-up skips the leading dot
     LoggerFactory::getLogger("x");
     EXPECT_TRUE(LoggerFactory::loggerExists(".x"));
+}
+
+TEST(LoggerFactory, RefusesANameOfMoreThanAThousandComponents) {
+    std::string deepest = "a";
+    for (int i = 1; i < 1000; ++i) {
+        deepest += i % 2 == 0 ? ".a" : "."; // empty components count as well
+    }
+    const std::string refusal = "Logger name has too many components: 1001";
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([&] { LoggerFactory::getLogger(deepest + ".a"); }),
+              refusal);
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([&] { LoggerFactory::getLogger(deepest, "a"); }),
+              refusal);
+    EXPECT_FALSE(LoggerFactory::loggerExists(std::string(100'000, 'a').replace(1, 1, ".")));
+    EXPECT_THAT(LoggerFactory::getLoggerNames(), IsEmpty());
+    EXPECT_EQ(LoggerFactory::getLogger("not.in.the.name/" + deepest).getName(), deepest);
+    EXPECT_THAT(LoggerFactory::getLoggerNames(), SizeIs(1000));
+
+    TestSupport::StreamCapture errors(std::cerr);
+    Util::Properties properties;
+    properties["logger." + deepest + ".a.level"] = "INFO";
+    properties["logger.b.level"] = "DEBUG";
+    LogManager::init(properties);
+    EXPECT_EQ(errors.text(), "Exception parsing property logger." + deepest + ".a.level: " + refusal + "\n");
+    EXPECT_EQ(LoggerFactory::getLogger("b").getLevel(), Level::DEBUG);
+    LogManager::finish();
 }
 
 TEST(Logger, SettingsSpreadToTheSubtreeAndToNewChildren) {

@@ -16,12 +16,15 @@ namespace {
 
 namespace Setting = Log::AppenderSetting;
 
-/// \return the loggers that the file names, and those that a prefix names without it
+/// \return the loggers that the file names, and those that a prefix names without it, if they can be
 std::vector<std::string> loggersFor(const LoggerLevels& levels, const PropertyLine* filters) {
     std::vector<std::string> loggers = levels.named();
     if (filters != nullptr) {
         for (const std::string& prefix : Util::split(filters->value, ' ')) {
-            loggers.push_back(prefix.back() == '.' ? prefix + "any" : prefix);
+            const std::string logger = prefix.back() == '.' ? prefix + "any" : prefix;
+            if (isAcceptedLogger(logger)) {
+                loggers.push_back(logger);
+            }
         }
     }
     return loggers;

@@ -20,6 +20,7 @@ void check(const std::string& fileName, Findings& findings) {
     const Configuration configuration(file);
     checkDeclarations(configuration, findings);
     checkKeys(configuration, findings);
+    checkNames(configuration, findings);
     checkRejectedValues(configuration, findings);
     checkMisreadValues(configuration, findings);
     checkQueue(configuration, findings);

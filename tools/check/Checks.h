@@ -14,6 +14,9 @@ void checkDeclarations(const Configuration& configuration, Findings& findings);
 /// Keys that nothing reads, or that have no effect.
 void checkKeys(const Configuration& configuration, Findings& findings);
 
+/// Loggers that the library refuses to make.
+void checkNames(const Configuration& configuration, Findings& findings);
+
 /// Values that the library rejects.
 void checkRejectedValues(const Configuration& configuration, Findings& findings);
 

@@ -1,6 +1,7 @@
 #include "check/Configuration.h"
 
 #include "check/KeyTable.h"
+#include "config/LoggerLevels.h"
 #include "log/config/KeyNames.h"
 #include "log/config/LoggerKeys.h"
 
@@ -39,7 +40,9 @@ Configuration::Configuration(const PropertyFile& file) : file_(file) {
 
 void Configuration::addLine(const PropertyLine& line) {
     for (const Log::LoggerKey& key : Log::orderLoggerKeys({line.key})) {
-        loggers_.emplace(key.loggerName, &line);
+        if (isAcceptedLogger(key.loggerName)) {
+            loggers_.emplace(key.loggerName, &line);
+        }
     }
     const std::optional<std::string> name = Log::declaredAppender(line.key);
     if (name && findAppender(*name) == nullptr) {
@@ -68,7 +71,11 @@ KeyMeaning Configuration::meaningOf(const std::string& key) const {
     }
     const std::vector<Log::LoggerKey> loggerKeys = Log::orderLoggerKeys({key});
     if (!loggerKeys.empty()) {
-        return settingOf(KeySection::LOGGER, loggerKeys.front().attribute);
+        KeyMeaning meaning = settingOf(KeySection::LOGGER, loggerKeys.front().attribute);
+        if (!isAcceptedLogger(loggerKeys.front().loggerName)) {
+            meaning.kind = KeyMeaning::REFUSED_LOGGER;
+        }
+        return meaning;
     }
     const std::string dispatcher = Log::DISPATCHER_KEY_PREFIX;
     if (beginsWith(key, dispatcher)) {

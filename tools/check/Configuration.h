@@ -23,6 +23,7 @@ struct KeyMeaning {
     enum Kind {
         DECLARATION,         ///< of an appender
         SETTING,             ///< something reads it
+        REFUSED_LOGGER,      ///< of a logger that cannot be, whatever the attribute
         FOREIGN_SETTING,     ///< only other classes of appenders read it
         UNDECLARED_APPENDER, ///< a setting of an appender that is not declared
         UNKNOWN
@@ -55,7 +56,7 @@ public:
     /// \return the key that a setting needs to have an effect; nullptr if the file has it, or if it needs none
     const Log::ConfigurationKey* missingPartner(const KeyMeaning& meaning) const;
 
-    /// \return the first line of each logger that a key names
+    /// \return the first line of each logger that a key names and the library accepts
     const std::map<std::string, const PropertyLine*>& loggers() const { return loggers_; }
 
 private:

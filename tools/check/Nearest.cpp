@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 #include <limits>
+#include <string_view>
 
 namespace ZAV {
 namespace Tools {
@@ -28,8 +29,29 @@ std::size_t costOfReplacing(char a, char b) {
     return lower(a) == lower(b) ? CASE_COST : REPLACEMENT_COST;
 }
 
+/// Beyond that length nobody is helped by a guess, which would cost the product of two lengths.
+constexpr std::size_t LONGEST_GUESSED = 1000;
+
+bool isTooLong(const std::string& word, const std::string& candidate) {
+    return std::max(word.size(), candidate.size()) > LONGEST_GUESSED;
+}
+
+/// Leaves out what both begin and end with, which most keys have in common and which costs no change.
+void cutWhatIsCommon(std::string_view& a, std::string_view& b) {
+    const auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    a.remove_prefix(static_cast<std::size_t>(begin.first - a.begin()));
+    b.remove_prefix(static_cast<std::size_t>(begin.second - b.begin()));
+    const auto end = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+    a.remove_suffix(static_cast<std::size_t>(end.first - a.rbegin()));
+    b.remove_suffix(static_cast<std::size_t>(end.second - b.rbegin()));
+}
+
 /// The edit distance, with two neighbours that changed places as one change.
-std::size_t distance(const std::string& from, const std::string& to) {
+std::size_t distance(std::string_view from, std::string_view to) {
+    cutWhatIsCommon(from, to);
+    if (from.empty() || to.empty()) {
+        return (from.size() + to.size()) * LETTER_COST;
+    }
     std::vector<std::size_t> beforeLast;
     std::vector<std::size_t> last;
     std::vector<std::size_t> row(to.size() + 1);
@@ -58,6 +80,9 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 
 /// A third of the letters may be wrong, and one always; "async" is near "asynchronous" as well.
 bool isNear(const std::string& word, const std::string& candidate) {
+    if (isTooLong(word, candidate)) {
+        return false;
+    }
     const std::size_t length = std::max(word.size(), candidate.size());
     const std::size_t limit = std::max(LETTER_COST, LETTER_COST * length / 3);
     const bool isShortForm =
@@ -78,6 +103,9 @@ std::vector<std::string> components(const std::string& key) {
 }
 
 bool isNearKey(const std::string& key, const std::string& candidate) {
+    if (isTooLong(key, candidate)) {
+        return false;
+    }
     const std::vector<std::string> from = components(key);
     const std::vector<std::string> to = components(candidate);
     if (from.size() != to.size()) {

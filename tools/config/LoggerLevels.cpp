@@ -1,10 +1,13 @@
 #include "config/LoggerLevels.h"
 
 #include "config/ReportCapture.h"
+#include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/config/LoggerKeys.h"
+#include "log/tree/LoggerName.h"
+#include "zav-util/FileUtils.h"
 
-#include <set>
+#include <algorithm>
 
 namespace ZAV {
 namespace Tools {
@@ -13,17 +16,28 @@ namespace {
 
 const char ROOT[] = "root";
 
+/// The order of the tree: by components, of which an earlier one decides whatever follows.
+bool isEarlierInTree(const std::string& a, const std::string& b) {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char left, char right) {
+        const auto rank = [](char c) {
+            return c == '.' ? -1 : static_cast<int>(static_cast<unsigned char>(c));
+        };
+        return rank(left) < rank(right);
+    });
+}
+
+/// The tree is not asked, since all the loggers between the named ones may have very long names.
 std::vector<std::string> namedLoggers(const Util::Properties& properties) {
-    std::set<std::string> configured;
-    for (const Log::LoggerKey& key : Log::orderLoggerKeys(properties.getKeys())) {
-        configured.insert(key.loggerName);
-    }
     std::vector<std::string> named{ROOT};
-    for (const std::string& name : Log::LoggerFactory::getLoggerNames()) {
-        if (name != ROOT && configured.count(name) != 0) {
+    for (const Log::LoggerKey& key : Log::orderLoggerKeys(properties.getKeys())) {
+        const std::string& name = key.loggerName;
+        const bool isPath = Util::FileUtils::baseName(name) != name;
+        if (name != ROOT && !isPath && isAcceptedLogger(name)) {
             named.push_back(name);
         }
     }
+    std::sort(named.begin() + 1, named.end(), isEarlierInTree);
+    named.erase(std::unique(named.begin(), named.end()), named.end());
     return named;
 }
 
@@ -32,6 +46,15 @@ const Log::Logger& loggerCalled(const std::string& name) {
 }
 
 } // namespace
+
+bool isAcceptedLogger(const std::string& name) {
+    try {
+        Log::requireAcceptableName(Util::FileUtils::baseName(name));
+        return true;
+    } catch (const Log::LogException&) {
+        return false;
+    }
+}
 
 LoggerLevels::LoggerLevels(const Util::Properties& properties) {
     const ReportCapture reports;

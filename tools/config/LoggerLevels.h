@@ -9,6 +9,9 @@
 namespace ZAV {
 namespace Tools {
 
+/// \return whether the library makes a logger of that name, which may be a path
+bool isAcceptedLogger(const std::string& name);
+
 /// The levels that the loggers have after `init`. They are those of this process's loggers, so only the
 /// object that was made last tells the truth.
 class LoggerLevels {
@@ -20,6 +23,7 @@ public:
     Log::Level::LogLevel of(const std::string& loggerName) const;
 
     /// \param loggerName a full name, or a path as `LoggerFactory::getLogger` takes it
+    /// \throw LogException for a name that is not accepted
     std::string fullName(const std::string& loggerName) const;
 
     /// \return the loggers that the keys of the configuration name, the root first, then in the tree's order

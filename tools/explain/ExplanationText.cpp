@@ -27,12 +27,14 @@ std::vector<Row> tableOf(const Explanation& explanation) {
     return table;
 }
 
-std::size_t widthOf(const std::vector<Row>& table, std::size_t column) {
-    std::size_t width = 0;
+std::vector<std::size_t> columnWidths(const std::vector<Row>& table) {
+    std::vector<std::size_t> widths(table.front().size());
     for (const Row& row : table) {
-        width = std::max(width, row[column].size());
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            widths[column] = std::max(widths[column], row[column].size());
+        }
     }
-    return width;
+    return widths;
 }
 
 std::string bold(const std::string& text, bool withColors) {
@@ -43,10 +45,11 @@ std::string bold(const std::string& text, bool withColors) {
 
 std::string tableText(const Explanation& explanation) {
     const std::vector<Row> table = tableOf(explanation);
+    const std::vector<std::size_t> widths = columnWidths(table);
     std::string text;
     for (const Row& row : table) {
         for (std::size_t column = 0; column + 1 < row.size(); ++column) {
-            text += row[column] + std::string(widthOf(table, column) + 2 - row[column].size(), ' ');
+            text += row[column] + std::string(widths[column] + 2 - row[column].size(), ' ');
         }
         text += row.back() + '\n';
     }

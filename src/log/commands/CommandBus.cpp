@@ -32,8 +32,8 @@ void CommandBus::registerListener(const std::string& name, CommandListener* list
 
 /// A name without listeners does not wait for the bus: an appender may be destroyed under a lock that a
 /// listener wants.
-void CommandBus::unregisterListeners(const std::string& name) {
-    if (entriesOf(name).empty()) {
+void CommandBus::unregisterListeners(const std::string& name) noexcept {
+    if (!hasListeners(name)) {
         return;
     }
     const ScopedLock lock(listenersLock_);
@@ -63,11 +63,23 @@ void CommandBus::forgetListeners() {
 void CommandBus::deliver(const std::string& name, const std::string& argument) {
     const LibraryCall call;
     const ScopedLock lock(listenersLock_);
-    for (const Entry& entry : entriesOf(name)) {
-        if (isStillRegistered(name, entry)) {
-            entry.listener->onCommand(argument);
+    const std::vector<Entry> entries = entriesOf(name);
+    if (entries.empty()) {
+        return;
+    }
+    // A listener may change the caller's strings, and the others still get the command as it was given.
+    const std::string givenName = name;
+    const std::string givenArgument = argument;
+    for (const Entry& entry : entries) {
+        if (isStillRegistered(givenName, entry)) {
+            entry.listener->onCommand(givenArgument);
         }
     }
+}
+
+bool CommandBus::hasListeners(const std::string& name) noexcept {
+    const ScopedLock lock(mapLock_);
+    return listeners_.count(name) != 0;
 }
 
 std::vector<CommandBus::Entry> CommandBus::entriesOf(const std::string& name) {

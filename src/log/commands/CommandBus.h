@@ -20,8 +20,9 @@ public:
 
     void registerListener(const std::string& name, CommandListener* listener);
 
-    /// Removes all listeners of a name. Once it returns, no other thread is calling them by that name.
-    void unregisterListeners(const std::string& name);
+    /// Removes all listeners of a name. Once it returns, no other thread is calling them by that name. It
+    /// takes no memory, so that destructors may call it.
+    void unregisterListeners(const std::string& name) noexcept;
 
     /// Removes a listener from all names. Once it returns, no other thread is calling that listener.
     void unregisterListener(const CommandListener* listener);
@@ -33,8 +34,9 @@ public:
     void forgetListeners();
 
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
-    /// that is removed meanwhile is not called, nor is one that is added. An exception of a listener ends the
-    /// delivery and reaches the caller.
+    /// that is removed meanwhile is not called, nor is one that is added. All get the argument as it was when
+    /// the first one was called, whatever a listener does to the caller's string. An exception of a listener
+    /// ends the delivery and reaches the caller.
     void deliver(const std::string& name, const std::string& argument);
 
 private:
@@ -46,6 +48,7 @@ private:
 
     CommandBus() = default;
 
+    bool hasListeners(const std::string& name) noexcept;
     std::vector<Entry> entriesOf(const std::string& name);
     bool isStillRegistered(const std::string& name, const Entry& entry);
 

@@ -4,11 +4,13 @@
 #include "zav-util/StringUtils.h"
 #include "zav-util/UtilException.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <locale>
-#include <sstream>
+#include <limits>
+#include <string_view>
 #include <system_error>
+#include <type_traits>
 #include <vector>
 
 namespace ZAV {
@@ -18,16 +20,31 @@ using namespace Util::TimeUtils;
 
 namespace {
 
-/// A stream that fails at a text without a number leaves 0, and at one out of range a bound.
+/// It reads what a stream would, which is not made: a forked child might wait for ever for the lock that this
+/// takes under a global locale. A number out of range becomes a bound; an unsigned one may have a minus.
 template <typename Number>
 LeadingNumber<Number> readLeadingNumber(const std::string& text) {
-    std::istringstream stream(text);
-    stream.imbue(std::locale::classic());
+    const std::string_view digits =
+        std::string_view(text).substr(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const bool hasMinus = !digits.empty() && digits.front() == '-';
+    const bool hasSign = hasMinus || (!digits.empty() && digits.front() == '+');
+    const char* const end = digits.data() + digits.size();
+    std::uint64_t magnitude = 0;
+    const std::from_chars_result read = std::from_chars(digits.data() + (hasSign ? 1 : 0), end, magnitude);
     LeadingNumber<Number> number;
-    stream >> number.value;
-    number.isCut = stream.fail() && number.value != 0;
-    number.isNumber = !stream.fail() || number.isCut;
-    number.isWhole = number.isNumber && stream.eof();
+    if (read.ec == std::errc::invalid_argument) {
+        return number;
+    }
+    constexpr std::uint64_t MAX = std::numeric_limits<Number>::max();
+    const bool isBelowZero = hasMinus && std::is_signed_v<Number>;
+    number.isNumber = true;
+    number.isWhole = read.ptr == end;
+    number.isCut = read.ec == std::errc::result_out_of_range || magnitude > MAX + (isBelowZero ? 1 : 0);
+    if (number.isCut) {
+        number.value = isBelowZero ? std::numeric_limits<Number>::min() : std::numeric_limits<Number>::max();
+    } else {
+        number.value = static_cast<Number>(hasMinus ? 0 - magnitude : magnitude);
+    }
     return number;
 }
 

@@ -1,5 +1,6 @@
 #include "log/text/MessageText.h"
 
+#include "log/text/SpareStreams.h"
 #include "platform/ThreadSlot.h"
 
 #include <algorithm>
@@ -22,10 +23,21 @@ Platform::ThreadSlot& keptText() {
     return slot;
 }
 
-/// So that no thread makes it while another one forks.
-const Platform::ThreadSlot& madeAtLoad = keptText();
+/// To make a buffer takes a lock if there is a global locale, which a forked child must not take (see
+/// `SpareStreams`). To copy one does not.
+const std::streambuf& emptyBuffer() {
+    class Empty : public std::streambuf {};
+    static const std::streambuf& buffer = *new Empty;
+    return buffer;
+}
+
+/// So that no thread makes them while another one forks.
+const Platform::ThreadSlot& slotMadeAtLoad = keptText();
+const std::streambuf& bufferMadeAtLoad = emptyBuffer();
 
 } // namespace
+
+MessageText::MessageText() : std::streambuf(emptyBuffer()) {}
 
 MessageText& MessageText::take() {
     auto* const kept = static_cast<MessageText*>(keptText().get());
@@ -52,9 +64,12 @@ void MessageText::giveBack(MessageText& text) noexcept {
 }
 
 void MessageText::clear() {
-    if (stream_) {
-        stream_.reset();
+    if (ownStream_) {
+        ownStream_.reset();
+    } else if (stream_ != nullptr) {
+        SpareStreams::instance().giveBack(*stream_);
     }
+    stream_ = nullptr;
     state_ = State::FRESH;
     next_ = memory_.get();
     endBeforeSeek_ = nullptr;
@@ -63,14 +78,17 @@ void MessageText::clear() {
 bool MessageText::takesNumbers() {
     if (state_ == State::FRESH) {
         // The application may have set a locale for all new streams, with other separators.
-        state_ = std::locale() == std::locale::classic() ? State::PLAIN : State::STREAMED;
+        state_ = SpareStreams::instance().isLocaleClassic() ? State::PLAIN : State::STREAMED;
     }
     return state_ == State::PLAIN;
 }
 
 std::ostream& MessageText::stream() {
-    if (!stream_) {
-        stream_.emplace(static_cast<std::streambuf*>(this));
+    if (stream_ == nullptr) {
+        stream_ = SpareStreams::instance().take(*this);
+    }
+    if (stream_ == nullptr) {
+        stream_ = &ownStream_.emplace(static_cast<std::streambuf*>(this));
     }
     state_ = State::STREAMED;
     return *stream_;

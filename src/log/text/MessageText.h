@@ -23,6 +23,8 @@ public:
     /// \throw std::bad_alloc
     static MessageText& take();
 
+    ~MessageText() override { clear(); }
+
     /// Takes back what `take` gave in this thread; a text that has grown large is freed.
     static void giveBack(MessageText& text) noexcept;
 
@@ -70,7 +72,7 @@ private:
         STREAMED ///< only the stream knows how it writes
     };
 
-    MessageText() = default;
+    MessageText();
     const char* end() const { return next_ < endBeforeSeek_ ? endBeforeSeek_ : next_; }
     void clear();
     std::size_t capacity() const;
@@ -89,7 +91,8 @@ private:
     char* memoryEnd_ = nullptr;
     char* next_ = nullptr; ///< where the next character goes; before the end only after a seek
     char* endBeforeSeek_ = nullptr;
-    std::optional<std::ostream> stream_;
+    std::ostream* stream_ = nullptr; ///< the one below, or a spare one
+    std::optional<std::ostream> ownStream_;
 };
 
 } // namespace Log

@@ -8,6 +8,7 @@
 #include "platform/CancellationGuard.h"
 
 #include <exception>
+#include <iterator>
 #include <utility>
 
 namespace ZAV {
@@ -131,36 +132,40 @@ std::size_t Logger::Inside::countSubtree() {
     return count;
 }
 
-/// It takes no memory, since the end of the library must not fail. No child is ever removed from the map, and
-/// one that is added meanwhile has inherited what is being waited for.
+/// It takes no memory, since the end of the library must not fail. No logger ever leaves the tree, and one
+/// that is added meanwhile has inherited what is being waited for.
 void Logger::Inside::waitForSubtree() {
-    { const ScopedLock lock(criticalSection_); }
-    Children::iterator child;
-    for (bool hasChild = moveToFirst(child); hasChild; hasChild = moveOn(child)) {
-        child->second->inside_->waitForSubtree();
+    for (Inside* inside = this; inside != nullptr;) {
+        { const ScopedLock lock(inside->criticalSection_); }
+        const ScopedLock lock(treeLock());
+        inside = inside->nextBelow(*this);
     }
 }
 
-bool Logger::Inside::moveToFirst(Children::iterator& child) {
-    const ScopedLock lock(treeLock());
-    child = children_.begin();
-    return child != children_.end();
+Logger::Inside* Logger::Inside::nextBelow(const Inside& top) {
+    if (!children_.empty()) {
+        return children_.begin()->second->inside_.get();
+    }
+    for (Inside* inside = this; inside != &top; inside = inside->parent_->inside_.get()) {
+        const auto sibling = std::next(inside->place_);
+        if (sibling != inside->parent_->inside_->children_.end()) {
+            return sibling->second->inside_.get();
+        }
+    }
+    return nullptr;
 }
 
-bool Logger::Inside::moveOn(Children::iterator& child) {
-    const ScopedLock lock(treeLock());
-    return ++child != children_.end();
-}
-
-Logger& Logger::Inside::getChild(const std::string& shortName) {
+Logger& Logger::Inside::getChild(std::string_view shortName) {
     if (Logger* const child = findChild(shortName)) {
         return *child;
     }
-    Children::mapped_type child(new Logger(&logger_, shortName));
-    return *children_.emplace(shortName, std::move(child)).first->second;
+    Children::mapped_type made(new Logger(&logger_, std::string(shortName)));
+    Logger& child = *made;
+    child.inside_->place_ = children_.emplace(shortName, std::move(made)).first;
+    return child;
 }
 
-Logger* Logger::Inside::findChild(const std::string& shortName) const {
+Logger* Logger::Inside::findChild(std::string_view shortName) const {
     const auto entry = children_.find(shortName);
     return entry == children_.end() ? nullptr : entry->second.get();
 }

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -28,7 +29,7 @@ struct Logger::Inside {
     struct Deleter {
         void operator()(Logger* logger) const { delete logger; }
     };
-    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>>;
+    using Children = std::map<std::string, std::unique_ptr<Logger, Deleter>, std::less<>>;
 
     Inside(Logger& logger, Logger* parent);
     Inside(const Inside&) = delete;
@@ -42,15 +43,14 @@ struct Logger::Inside {
     void inherit() ZAV_LOG_REQUIRES(treeLock());
 
     /// \return the child of that short name, made if it is missing
-    Logger& getChild(const std::string& shortName) ZAV_LOG_REQUIRES(treeLock());
-    Logger* findChild(const std::string& shortName) const ZAV_LOG_REQUIRES(treeLock());
+    Logger& getChild(std::string_view shortName) ZAV_LOG_REQUIRES(treeLock());
+    Logger* findChild(std::string_view shortName) const ZAV_LOG_REQUIRES(treeLock());
 
     /// Calls a function for the logger and all below it, parents before their children.
     template <typename Function>
     void forSubtree(const Function& function) ZAV_LOG_REQUIRES(treeLock()) {
-        function(logger_);
-        for (const auto& child : children_) {
-            child.second->inside_->forSubtree(function);
+        for (Inside* inside = this; inside != nullptr; inside = inside->nextBelow(*this)) {
+            function(inside->logger_);
         }
     }
 
@@ -80,8 +80,12 @@ private:
     void putOff(const MessageFields& message);
     static bool dispatchPutOff(Logger& logger, bool mayWait);
 
-    bool moveToFirst(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
-    bool moveOn(Children::iterator& child) ZAV_LOG_EXCLUDES(treeLock());
+    /// One step of a walk that needs neither memory nor a deep stack, however deep the tree is.
+    /// \return what follows this logger in the subtree of `top`, children first; null at the end
+    Inside* nextBelow(const Inside& top) ZAV_LOG_REQUIRES(treeLock());
+
+    /// Where the logger stands among its parent's children. The root has no such place.
+    Children::iterator place_ ZAV_LOG_GUARDED_BY(treeLock());
 };
 
 /// \return whether an appender is in the list of a logger now

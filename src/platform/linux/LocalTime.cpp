@@ -1,7 +1,10 @@
 #include "platform/LocalTime.h"
 
+#include "CivilTime.h"
+#include "OffsetTable.h"
 #include "platform/CriticalSection.h"
 
+#include <cstring>
 #include <ctime>
 
 namespace ZAV {
@@ -13,25 +16,87 @@ TimeZone currentTimeZone() noexcept {
 
 namespace {
 
-/// The system's own lock in `localtime_r` would stay locked in a child that is forked meanwhile.
-CriticalSection& conversionLock() {
-    static CriticalSection& lock = *new CriticalSection(AWAITED_BY_FORK);
-    return lock;
+/// The system reads the zone with the first conversion, and heeds a "TZ" that is set before. Until then the
+/// names are these; a zone that is called so cannot be told apart from that.
+bool isZoneRead() {
+    return tzname[0] != nullptr && (tzname[0] != tzname[1] || std::strcmp(tzname[0], "GMT") != 0);
 }
 
+/// The process's zone, from a table.
+///
+/// The system's conversions take a lock of its own, which any thread of the application may hold when it
+/// forks, and which then stays locked in the child. So a fork makes sure that the table is filled, and the
+/// child asks the table alone, until the zone has changed there: whoever changed it has had that lock.
+class LocalZone {
+public:
+    /// Never destroyed, since threads may still log while the process ends.
+    static LocalZone& instance() {
+        static LocalZone& zone = *new LocalZone;
+        return zone;
+    }
+
+    CalendarTime convert(std::int64_t seconds) {
+        const ScopedLock lock(lock_);
+        if (!mayAskSystem() && table_.isFilled()) {
+            return toCalendarTime(seconds + table_.offsetAt(seconds));
+        }
+        if (!isCurrentAt(seconds)) {
+            renew();
+        }
+        return isCurrentAt(seconds) ? toCalendarTime(seconds + table_.offsetAt(seconds)) : askSystem(seconds);
+    }
+
+private:
+    LocalZone() {
+        atFork([] { instance().prepareForFork(); }, nullptr, [] { instance().becomeChild(); });
+    }
+
+    void prepareForFork() {
+        const ScopedLock lock(lock_);
+        if (isZoneRead() && mayAskSystem()) {
+            renew();
+        }
+    }
+
+    void becomeChild() {
+        const ScopedLock lock(lock_);
+        isInherited_ = true;
+        inheritedZone_ = currentTimeZone();
+    }
+
+    bool mayAskSystem() ZAV_LOG_REQUIRES(lock_) {
+        isInherited_ = isInherited_ && currentTimeZone() == inheritedZone_;
+        return !isInherited_;
+    }
+
+    bool isCurrentAt(std::int64_t seconds) const ZAV_LOG_REQUIRES(lock_) {
+        return table_.isFreshAt(seconds) && currentTimeZone() == zone_;
+    }
+
+    /// Fills the table anew if the day or the zone is no longer that of the last time.
+    void renew() ZAV_LOG_REQUIRES(lock_) {
+        const std::int64_t now = std::time(nullptr);
+        if (!isCurrentAt(now)) {
+            askSystem(now); // which reads the zone if nobody has done so
+            zone_ = currentTimeZone();
+            table_.fill(now);
+        }
+    }
+
+    CriticalSection lock_{AWAITED_BY_FORK};
+    OffsetTable table_ ZAV_LOG_GUARDED_BY(lock_);
+    TimeZone zone_ ZAV_LOG_GUARDED_BY(lock_){};          ///< of the table
+    bool isInherited_ ZAV_LOG_GUARDED_BY(lock_) = false; ///< whether the system's lock may be locked for ever
+    TimeZone inheritedZone_ ZAV_LOG_GUARDED_BY(lock_){}; ///< at the fork
+};
+
 /// So that no thread makes it while another one forks.
-const CriticalSection& madeAtLoad = conversionLock();
+const LocalZone& madeAtLoad = LocalZone::instance();
 
 } // namespace
 
 CalendarTime toLocalTime(std::int64_t seconds) {
-    const ScopedLock lock(conversionLock());
-    const std::time_t time = static_cast<std::time_t>(seconds);
-    std::tm local;
-    if (localtime_r(&time, &local) == nullptr) {
-        return CalendarTime{};
-    }
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
+    return LocalZone::instance().convert(seconds);
 }
 
 } // namespace Platform

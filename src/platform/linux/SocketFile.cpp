@@ -87,7 +87,7 @@ void removeStaleFile(const std::string& path) {
 
 } // namespace
 
-SocketFile::SocketFile(const std::string& path) : path_(path), socket_(makeSocket()), maker_(getpid()) {
+SocketFile::SocketFile(const std::string& path) : path_(path), socket_(makeSocket()) {
     const SocketAddress address(path); // which may not be one
     const FolderLock lock(path);
     removeStaleFile(path);
@@ -113,9 +113,6 @@ void SocketFile::bindAndListen() {
 }
 
 SocketFile::~SocketFile() {
-    if (!isOurs()) {
-        return;
-    }
     // While it still listens, so that no other server takes the file for a stale one and replaces it
     // meanwhile.
     if (isStillThere()) {
@@ -123,10 +120,6 @@ SocketFile::~SocketFile() {
     }
     // Also for the copies of forked children, so that nobody waits for an answer.
     shutdown(socket_.number(), SHUT_RDWR);
-}
-
-bool SocketFile::isOurs() const noexcept {
-    return getpid() == maker_;
 }
 
 bool SocketFile::isStillThere() const {

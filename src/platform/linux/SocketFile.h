@@ -8,9 +8,8 @@
 namespace ZAV {
 namespace Platform {
 
-/// A listening socket and its file, which nobody but this user may open and which goes with it.
-///
-/// A forked child has a copy of the socket: it closes that, and leaves the file to its parent.
+/// A listening socket and its file, which nobody but this user may open and which goes with it. A forked
+/// child must not destroy its copy, which would take the file from its parent.
 class SocketFile {
 public:
     /// Replaces the file of a socket whose server is gone.
@@ -23,16 +22,12 @@ public:
 
     int descriptor() const noexcept { return socket_.number(); }
 
-    /// \return whether this process made the socket, and is no forked child of the one that did
-    bool isOurs() const noexcept;
-
 private:
     void bindAndListen();
     bool isStillThere() const;
 
     const std::string path_;
     FileDescriptor socket_;
-    pid_t maker_;
     dev_t device_ = 0; ///< of the file, as is `inode_`: another file at the path is somebody else's
     ino_t inode_ = 0;
 };

@@ -119,6 +119,9 @@ void LocalServer::drop(int client) {
     inside_->instances[static_cast<std::size_t>(client)].hangUp();
 }
 
+/// No process forks here.
+void LocalServer::closeInherited() noexcept {}
+
 void LocalServer::stop() noexcept {
     SetEvent(inside_->stopSignal.get());
 }

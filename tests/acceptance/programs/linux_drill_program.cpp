@@ -3,11 +3,17 @@
 
 #include "ProcessEndSupport.h"
 
+#include "log/LogMacros.h"
+
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <new>
+#include <locale>
+#include <sstream>
+#include <string>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <thread>
@@ -86,6 +92,29 @@ int killWhileThreadsLog(const std::string& directory) {
     return EXIT_FAILURE; // it was not killed
 }
 
+/// A type of the application, which needs a stream.
+struct Price {
+    int value;
+};
+
+std::ostream& operator<<(std::ostream& stream, Price price) {
+    return stream << price.value;
+}
+
+struct Grouping : std::numpunct<char> {
+    std::string do_grouping() const override { return "\3"; }
+};
+
+/// Spends as much time as it can in locks of the standard libraries, which nobody frees in a child.
+void lockStandardLibraries(const std::atomic<bool>& stopped) {
+    while (!stopped) {
+        const std::time_t now = std::time(nullptr);
+        std::tm local;
+        localtime_r(&now, &local);
+        std::ostringstream stream;
+    }
+}
+
 /// What a forked child may do: log at once, to all appenders, or set the library up for files of its own.
 int live(int child, const std::string& directory) {
     const bool hasOwnFiles = child % 2 == 0;
@@ -94,7 +123,7 @@ int live(int child, const std::string& directory) {
         TestSupport::initForEnd(directory + "/child");
     }
     LoggerFactory::getLogger("new.in.child").error("child", 0, "");
-    LoggerFactory::getLogger("net").error("child", 0, "");
+    ZAV_LOG_ERROR(LoggerFactory::getLogger("net"), "child " << 1000 << ' ' << Price{2000});
     const bool isFlushed = LogManager::flush(); // a hang here is a failure
     if (hasOwnFiles && !isFlushed) {
         return EXIT_FAILURE; // another child may have come while the parent had no consumer
@@ -127,13 +156,16 @@ int forkWhileThreadsLog(const std::string& directory) {
             TestSupport::initForEnd(directory, "0");
         }
     });
+    std::locale::global(std::locale(std::locale(), new Grouping));
+    std::thread locking([&stopped] { lockStandardLibraries(stopped); });
     bool endedWell = true;
-    for (int child = 0; child < 30; ++child) {
+    for (int child = 0; child < 60; ++child) {
         endedWell = forkChild(child, directory) && endedWell;
     }
     stopped = true;
     logging.join();
     restarting.join();
+    locking.join();
     return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

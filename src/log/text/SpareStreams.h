@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/CriticalSection.h"
+
+#include <locale>
+#include <memory>
+#include <ostream>
+#include <streambuf>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+/// The streams of a forked child.
+///
+/// If the application has set a global locale other than the classic one, whoever looks at it or makes a
+/// stream takes a lock of the C++ library. Any thread of the application may hold that when it forks, and it
+/// then stays locked in the child. So a fork keeps that locale and a few streams ready, and messages of the
+/// child use these, as long as they do not need more at once.
+class SpareStreams {
+public:
+    /// Never destroyed, since threads may still log while the process ends.
+    static SpareStreams& instance();
+
+    /// \return whether a stream that is made now writes as in the classic locale. A child that has inherited
+    ///         another locale keeps to that.
+    bool isLocaleClassic() const;
+
+    /// \return a stream as a new one would be, until it is given back; nullptr if the caller has to make one
+    std::ostream* take(std::streambuf& buffer);
+
+    void giveBack(std::ostream& stream) noexcept;
+
+private:
+    SpareStreams();
+    void prepareForFork();
+    void keepLocale() ZAV_LOG_REQUIRES(lock_);
+
+    Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
+    std::ios pristine_{nullptr};
+    std::locale locale_ ZAV_LOG_GUARDED_BY(lock_) = std::locale::classic(); ///< at the last fork
+    std::vector<std::unique_ptr<std::ostream>> free_ ZAV_LOG_GUARDED_BY(lock_);
+    /// Whether this is a child that must not look at its locale. It changes during a fork only.
+    bool isInherited_ = false;
+};
+
+} // namespace Log
+} // namespace ZAV
