@@ -292,8 +292,8 @@ TEST(AppenderRegistry, TakesARefusedAppendersDynamicFilterOffTheBus) {
         return build<StdoutAppenderBuilder>({{"level", "INFO"}, {"expiration", "1"}}).release();
     };
     AppenderRegistry& registry = AppenderRegistry::instance();
-    registry.registerAppender(makeAppender());
-    EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender()); }),
+    registry.registerAppender(makeAppender(), "StdoutAppender");
+    EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender(), ""); }),
               "Appender x has already been registered.");
     const StreamCapture output(std::cout);
     // A filter that is gone would be called here, which the address sanitizer sees.

@@ -55,6 +55,11 @@ void CommandBus::clearCommandListeners() {
     listeners_.clear();
 }
 
+bool CommandBus::hasListener(const std::string& name) {
+    const ScopedLock lock(mapLock_);
+    return listeners_.count(name) != 0;
+}
+
 void CommandBus::deliver(const std::string& name, const std::string& argument) {
     const LibraryCall call;
     const ScopedLock lock(listenersLock_);

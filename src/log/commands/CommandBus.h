@@ -29,6 +29,9 @@ public:
     /// Removes all listeners of all names.
     void clearCommandListeners();
 
+    /// \return whether a name has a listener at this moment
+    bool hasListener(const std::string& name);
+
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
     /// that is removed meanwhile is not called, nor is one that is added. An exception of a listener ends the
     /// delivery and reaches the caller.
