@@ -1,6 +1,7 @@
 #include "explain/Explanation.h"
 
 #include "Failure.h"
+#include "config/PropertySource.h"
 #include "log/LogManager.h"
 #include "log/config/KeyNames.h"
 
@@ -26,6 +27,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
 /// What the library reports on single keys goes to standard error, as it does in a program.
 Util::Properties readAndTry(const std::string& fileName) {
     try {
+        requirePropertySource(fileName);
         Util::Properties properties(fileName);
         Log::LogManager::init(properties);
         Log::LogManager::finish();
