@@ -21,6 +21,21 @@ namespace Log {
 
 using Platform::ScopedLock;
 
+namespace {
+
+void addLevel(AppenderStatus& status, const Appender::Filters& filters, Util::TimeUtils::Time now) {
+    for (const auto& filter : filters) {
+        if (const auto* const levelFilter = dynamic_cast<const LevelFilter*>(filter.get())) {
+            const LevelFilter::State state = levelFilter->stateAt(now);
+            status.hasLevel = true;
+            status.level = state.level;
+            status.until = state.until;
+        }
+    }
+}
+
+} // namespace
+
 AppenderRegistry& AppenderRegistry::instance() {
     static AppenderRegistry& registry = *new AppenderRegistry;
     return registry;
@@ -67,30 +82,27 @@ bool AppenderRegistry::hasAppender(const std::string& name) const {
                        [&name](const Created& created) { return created.appender->getName() == name; });
 }
 
+/// The filters are asked when the lock is free: they have locks of their own, and a fork takes all of these
+/// in another order.
 std::vector<AppenderStatus> AppenderRegistry::statuses() const {
-    const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
     std::vector<AppenderStatus> statuses;
-    const ScopedLock tablesLock(tablesLock_);
-    for (const Created& created : createdAppenders_) {
-        statuses.push_back(statusOf(created, now));
-    }
-    return statuses;
-}
-
-AppenderStatus AppenderRegistry::statusOf(const Created& created, Util::TimeUtils::Time now) {
-    AppenderStatus status;
-    status.name = created.appender->getName();
-    status.className = created.className;
-    status.synchronous = created.appender->isSynchronous();
-    for (const auto& filter : created.appender->filters_) {
-        if (const auto* const levelFilter = dynamic_cast<const LevelFilter*>(filter.get())) {
-            const LevelFilter::State state = levelFilter->stateAt(now);
-            status.hasLevel = true;
-            status.level = state.level;
-            status.until = state.until;
+    std::vector<Appender::Filters> filters;
+    {
+        const ScopedLock tablesLock(tablesLock_);
+        for (const Created& created : createdAppenders_) {
+            const Appender& appender = *created.appender;
+            AppenderStatus& status = statuses.emplace_back();
+            status.name = appender.getName();
+            status.className = created.className;
+            status.synchronous = appender.isSynchronous();
+            filters.push_back(appender.filters_);
         }
     }
-    return status;
+    const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
+    for (std::size_t index = 0; index < statuses.size(); ++index) {
+        addLevel(statuses[index], filters[index], now);
+    }
+    return statuses;
 }
 
 void AppenderRegistry::initAppenders(const Util::Properties& properties) {

@@ -57,7 +57,6 @@ private:
     void createAppender(const Util::Properties& properties, const std::string& name);
     bool hasAppender(const std::string& name) const;
     Appender* firstAppender() const;
-    static AppenderStatus statusOf(const Created& created, Util::TimeUtils::Time now);
 
     Platform::CriticalSection factoriesLock_; ///< outermost lock of the library
     std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>

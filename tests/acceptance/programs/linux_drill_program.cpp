@@ -89,7 +89,8 @@ bool forkChild(int child, const std::string& directory) {
     return waitpid(process, &status, 0) == process && status == 0; // a hang here is a failure
 }
 
-/// Other threads log, make loggers, deliver, and take the library down and set it up again.
+/// Other threads log, make loggers, deliver, lower levels and look at them, and take the library down and set
+/// it up again.
 int forkWhileThreadsLog(const std::string& directory) {
     Returned returned{};
     std::atomic<bool> stopped{false};
@@ -102,6 +103,12 @@ int forkWhileThreadsLog(const std::string& directory) {
             TestSupport::initForEnd(directory, "0");
         }
     });
+    std::thread steering([&] {
+        while (!stopped) {
+            LogManager::setLevelFor("net", Level::DEBUG, Util::TimeUtils::Time(1, Util::TimeUtils::MSEC));
+            LogManager::appenders();
+        }
+    });
     bool endedWell = true;
     for (int child = 0; child < 30; ++child) {
         endedWell = forkChild(child, directory) && endedWell;
@@ -109,6 +116,7 @@ int forkWhileThreadsLog(const std::string& directory) {
     stopped = true;
     logging.join();
     restarting.join();
+    steering.join();
     return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
