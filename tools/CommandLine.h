@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "ExitCode.h"
 #include "Output.h"
+#include "terminal/TerminalErrors.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -28,6 +29,7 @@ private:
     ExitCode parseAndRun(int argc, const char* const* argv);
     ExitCode runChosen();
 
+    TerminalErrors errors_; ///< whatever is said to the end
     CLI::App app_;
     std::vector<std::unique_ptr<Command>> commands_;
     Output output_;

@@ -4,10 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdint>
 #include <stdexcept>
 
 namespace ZAV {
 namespace Log {
+
+using Util::TimeUtils::Time;
 
 namespace {
 
@@ -20,9 +24,10 @@ struct Form {
     const char* usage;
 };
 
-constexpr std::array<Form, 6> FORMS = {{
+constexpr std::array<Form, 7> FORMS = {{
     {"loggers", ControlRequest::LOGGERS, NO_ARGUMENTS, "loggers"},
-    {"level", ControlRequest::LEVEL, NAME_AND_VALUE, "level LOGGER LEVEL"},
+    {"appenders", ControlRequest::APPENDERS, NO_ARGUMENTS, "appenders"},
+    {"level", ControlRequest::LEVEL, NAME_AND_VALUE, "level LOGGER LEVEL [for TIME]"},
     {"expiration", ControlRequest::EXPIRATION, NAME_AND_VALUE, "expiration LOGGER MINUTES"},
     {"command", ControlRequest::COMMAND, NAME_AND_REST, "command NAME [ARGUMENT]"},
     {"statistics", ControlRequest::STATISTICS, NO_ARGUMENTS, "statistics"},
@@ -30,6 +35,22 @@ constexpr std::array<Form, 6> FORMS = {{
 }};
 
 const char* const BLANKS = " \t";
+
+struct Unit {
+    const char* word;
+    Util::TimeUtils::TimeUnit unit;
+};
+
+constexpr std::array<Unit, 8> UNITS = {{
+    {"sec", Util::TimeUtils::SEC},
+    {"s", Util::TimeUtils::SEC},
+    {"min", Util::TimeUtils::MIN},
+    {"m", Util::TimeUtils::MIN},
+    {"hour", Util::TimeUtils::HOUR},
+    {"h", Util::TimeUtils::HOUR},
+    {"day", Util::TimeUtils::DAY},
+    {"d", Util::TimeUtils::DAY},
+}};
 
 /// A text in two: what stands before a blank, and what stands behind it.
 struct Halves {
@@ -55,8 +76,9 @@ const Form& formOf(const std::string& word) {
     const auto form = std::find_if(FORMS.begin(), FORMS.end(),
                                    [&word](const Form& candidate) { return candidate.word == word; });
     if (form == FORMS.end()) {
-        throw std::invalid_argument("There is no request '" + toPrintable(word) +
-                                    "', but loggers, level, expiration, command, statistics and flush");
+        throw std::invalid_argument(
+            "There is no request '" + toPrintable(word) +
+            "', but loggers, appenders, level, expiration, command, statistics and flush");
     }
     return *form;
 }
@@ -87,9 +109,45 @@ bool hasRightNumber(const Form& form, const Halves& arguments) {
     return !arguments.first.empty();
 }
 
+/// \throw std::invalid_argument if it is none, or so long that nobody can mean it
+Time readDuration(const std::string& text) {
+    const std::uint64_t mostDays = 36500;
+    std::uint64_t count = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, count);
+    const auto unit = std::find_if(UNITS.begin(), UNITS.end(), [&](const Unit& candidate) {
+        return candidate.word == std::string(result.ptr, end);
+    });
+    if (result.ec != std::errc() || unit == UNITS.end() ||
+        count > Time(mostDays, Util::TimeUtils::DAY).microseconds() / Time(1, unit->unit).microseconds()) {
+        throw std::invalid_argument("'" + toPrintable(text) +
+                                    "' is no time, which is 90sec, 10min or 2h, for example");
+    }
+    return Time(count, unit->unit);
+}
+
+/// What stands before "for", in "LOGGER LEVEL for TIME"; the last word is TIME.
+struct ForWhile {
+    Halves nameAndLevel;
+    bool isMeant; ///< a last word that begins with a digit is no level
+};
+
+ForWhile splitAtFor(const Halves& arguments) {
+    const Halves beforeFor = splitAt(arguments.first, arguments.first.find_last_of(BLANKS));
+    const std::string rest = withoutBlanksBehind(beforeFor.first);
+    const std::string::size_type lastBlank = rest.find_last_of(BLANKS);
+    const bool isTime = arguments.second.find_first_of("0123456789") == 0;
+    const Halves nameAndLevel = splitAt(rest, lastBlank);
+    return {{withoutBlanksBehind(nameAndLevel.first), nameAndLevel.second},
+            isTime && beforeFor.second == "for" && lastBlank != std::string::npos};
+}
+
 } // namespace
 
 ControlRequest ControlRequest::parse(const std::string& line) {
+    if (line.find('\0') != std::string::npos) {
+        throw std::invalid_argument("A request holds no NUL.");
+    }
     const std::string text = withoutBlanksBefore(line);
     const Halves halves = splitAt(text, text.find_first_of(BLANKS));
     const Form& form = formOf(halves.first);
@@ -100,6 +158,13 @@ ControlRequest ControlRequest::parse(const std::string& line) {
     ControlRequest request(form.kind);
     request.name_ = arguments.first;
     request.value_ = arguments.second;
+    const ForWhile forWhile = splitAtFor(arguments);
+    if (form.kind == LEVEL && forWhile.isMeant) {
+        request.kind_ = LEVEL_FOR;
+        request.name_ = forWhile.nameAndLevel.first;
+        request.value_ = forWhile.nameAndLevel.second;
+        request.duration_ = readDuration(arguments.second);
+    }
     return request;
 }
 

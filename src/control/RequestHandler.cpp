@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cstdint>
 #include <exception>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -99,6 +100,36 @@ std::string describeLoggers() {
     return lines;
 }
 
+/// \return the whole seconds up to a moment, the last one included; "-" if there is no such moment
+std::string secondsUntil(Time end, Time now) {
+    const bool isNever = end == Time(std::numeric_limits<std::uint64_t>::max(), Util::TimeUtils::USEC);
+    if (end == Time() || isNever) {
+        return "-";
+    }
+    const std::uint64_t left = end > now ? end.microseconds() - now.microseconds() : 0;
+    const std::uint64_t perSecond = 1000000;
+    return std::to_string(left / perSecond + (left % perSecond == 0 ? 0 : 1));
+}
+
+std::string describeAppenders() {
+    std::string lines;
+    const Time now = Time::now();
+    for (const AppenderStatus& appender : LogManager::appenders()) {
+        lines += toPrintable(appender.name) + " " + toPrintable(appender.className) +
+                 (appender.synchronous ? " sync " : " async ") +
+                 (appender.hasLevel ? Level::toString(appender.level) : "-") + " " +
+                 secondsUntil(appender.until, now) + "\n";
+    }
+    return lines;
+}
+
+/// \return a word on a command that nobody listens to
+std::string issue(const std::string& command, const std::string& argument) {
+    const bool isHeard = LogManager::hasCommandListener(command);
+    LogManager::command(command, argument);
+    return isHeard ? std::string() : "nobody listens to '" + toPrintable(command) + "'\n";
+}
+
 std::string describeStatistics() {
     const LogStatistics statistics = LogManager::statistics();
     return "queued " + std::to_string(statistics.queued) + "\ndelivered " +
@@ -112,6 +143,12 @@ std::string carryOut(const ControlRequest& request) {
     switch (request.kind()) {
     case ControlRequest::LOGGERS:
         return describeLoggers();
+    case ControlRequest::APPENDERS:
+        return describeAppenders();
+    case ControlRequest::LEVEL_FOR:
+        LogManager::setLevelFor(existingLogger(request.name()), Level::fromString(request.value()),
+                                request.duration());
+        break;
     case ControlRequest::LEVEL:
         existingLogger(request.name()).setLevel(Level::fromString(request.value()), true);
         break;
@@ -119,8 +156,7 @@ std::string carryOut(const ControlRequest& request) {
         existingLogger(request.name()).setExpirationTime(toMinutes(request.value()));
         break;
     case ControlRequest::COMMAND:
-        LogManager::command(request.name(), request.value());
-        break;
+        return issue(request.name(), request.value());
     case ControlRequest::STATISTICS:
         return describeStatistics();
     case ControlRequest::FLUSH:

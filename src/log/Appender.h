@@ -56,6 +56,8 @@ protected:
     virtual void doOutput(const LogMessage& message) = 0;
 
 private:
+    friend class AppenderRegistry; // which tells the level in the filters
+
     std::string name_;
     bool synchronous_;
     Filters filters_;

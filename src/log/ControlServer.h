@@ -20,16 +20,22 @@ namespace Log {
 /// alone. At most eight at once; further ones wait. Who sends no whole request for 30 seconds is
 /// disconnected.
 ///
-/// **What is asked.** A line of at most 4096 bytes, which ends in LF or CR LF:
+/// **What is asked.** A line of at most 4096 bytes, none of them NUL, which ends in LF or CR LF:
 ///
 /// | request | what it does |
 /// |---|---|
 /// | `loggers` | a line for each logger: name, level, minutes of expiration (0 for ever); the root first |
+/// | `appenders` | a line for each appender: name, class, `sync` or `async`, level now, seconds |
 /// | `level LOGGER LEVEL` | `Logger::setLevel(LEVEL, true)` |
+/// | `level LOGGER LEVEL for TIME` | `LogManager::setLevelFor`; TIME is `90sec`, `10min`, `2h` or `1d` |
 /// | `expiration LOGGER MINUTES` | `Logger::setExpirationTime` |
 /// | `command NAME [ARGUMENT]` | `LogManager::command`; the argument is the rest of the line |
 /// | `statistics` | a line for each of the library's counters: name and value |
 /// | `flush` | `LogManager::flush`, for at most five seconds |
+///
+/// The level of an appender that has none is `-`. The seconds are those until the level goes back, if it was
+/// lowered; `-` if it was not, and if it never goes back. A command to which nobody listens is answered by a
+/// line that says so, before the `ok`.
 ///
 /// **What is answered.** Either one line `error: TEXT`, or the lines that were asked for and then a line
 /// `ok`. Each answer is sent before the next request of that client is read. Bytes of a name or a text that

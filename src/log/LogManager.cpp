@@ -8,6 +8,7 @@
 #include "log/message/FailureCount.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/tree/LoggerInside.h"
+#include "log/tree/SubtreeLevel.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
 
@@ -78,12 +79,31 @@ void removeAsynchronousAppender(Appender* appender) {
     AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender);
 }
 
+std::vector<AppenderStatus> appenders() {
+    return AppenderRegistry::instance().statuses();
+}
+
+void setLevelFor(Logger& logger, Level::LogLevel level, const Util::TimeUtils::Time& duration) {
+    SubtreeLevel::setFor(logger, level, duration);
+}
+
+void setLevelFor(const std::string& loggerName, Level::LogLevel level,
+                 const Util::TimeUtils::Time& duration) {
+    Logger& logger =
+        loggerName == "root" ? LoggerFactory::getRootLogger() : LoggerFactory::getLogger(loggerName);
+    setLevelFor(logger, level, duration);
+}
+
 void registerCommandListener(const std::string& name, CommandListener* listener) {
     CommandBus::instance().registerListener(name, listener);
 }
 
 void unregisterCommandListener(const std::string& name) {
     CommandBus::instance().unregisterListeners(name);
+}
+
+bool hasCommandListener(const std::string& name) {
+    return CommandBus::instance().hasListener(name);
 }
 
 void command(const std::string& name, const std::string& argument) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "log/AppenderStatus.h"
+#include "log/Level.h"
 #include "log/LogStatistics.h"
 #include "zav-util/Export.h"
 #include "zav-util/TimeUtils.h"
 
 #include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Util {
@@ -15,6 +18,7 @@ namespace Log {
 
 class Appender;
 class CommandListener;
+class Logger;
 
 /// The library's life cycle, and the command bus: named commands with a text argument, delivered to the
 /// listeners that are registered under the name.
@@ -65,6 +69,26 @@ ZAV_LOG_API void addAsynchronousAppender(Appender* appender);
 /// in the queue is not given to it. Only inside an appender or a command listener it does not wait for a call
 /// of the appender that another thread makes.
 ZAV_LOG_API void removeAsynchronousAppender(Appender* appender);
+/// \return the appenders that `init` has set up, in the order of their creation, with their levels at this
+///         moment. It may be called from anywhere and waits for nobody.
+ZAV_LOG_API std::vector<AppenderStatus> appenders();
+
+/// Lets a level through for a while: in a logger and all below it, also in those that are made meanwhile, and
+/// in every appender of the configuration that has a level, for the messages of all loggers. Nothing is made
+/// less verbose by it. When the time is over, each goes back to what it was, without anybody's help; a
+/// message is judged by the time when it was logged, even if it comes out of the queue later.
+///
+/// Another call for the same logger takes the place of the first one, with a duration of 0 it ends it. So
+/// does `Logger::setLevel` for the loggers that it sets, and with them for the appenders if the logger of
+/// this call is among them. An expiration of the logger does not. Levels for different loggers add up: the
+/// lowest holds. `finish` changes nothing about it, as it leaves the loggers' levels.
+ZAV_LOG_API void setLevelFor(Logger& logger, Level::LogLevel level, const Util::TimeUtils::Time& duration);
+
+/// \copydoc setLevelFor
+/// \param loggerName as `LoggerFactory::getLogger` takes it, which makes a logger that does not exist; "root"
+///        for the root
+ZAV_LOG_API void setLevelFor(const std::string& loggerName, Level::LogLevel level,
+                             const Util::TimeUtils::Time& duration);
 
 /// Registers a listener behind those that the name already has, without a look for duplicates. It waits for a
 /// command that another thread is delivering, and must not be called from a listener.
@@ -74,6 +98,9 @@ ZAV_LOG_API void registerCommandListener(const std::string& name, CommandListene
 /// Removes all listeners of a name; a name without listeners is no error. Once it returns, no other thread is
 /// calling them.
 ZAV_LOG_API void unregisterCommandListener(const std::string& name);
+
+/// \return whether a name has a listener at this moment
+ZAV_LOG_API bool hasCommandListener(const std::string& name);
 
 /// Calls the listeners of a name, in the order of their registration and in the calling thread.
 /// \throw whatever a listener throws; the listeners behind it are then not called

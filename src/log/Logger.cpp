@@ -4,6 +4,7 @@
 #include "log/MessageType.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/CommandNames.h"
+#include "log/filters/TemporaryLevels.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/LoggerName.h"
@@ -30,11 +31,15 @@ void Logger::setLevel(Level::LogLevel level, bool notify) {
         CommandBus::instance().deliver(CommandName::LOWER_DYNAMIC_LEVELS, Level::toString(level));
     }
     const ScopedLock lock(treeLock());
-    const std::uint64_t now = Time::now().microseconds();
-    inside_->forSubtree([level, now](Logger& logger) {
-        logger.inside_->levelSetTime_.store(now, std::memory_order_relaxed);
-        logger.level_.store(level, std::memory_order_relaxed);
-    });
+    const Time now = Time::now();
+    inside_->forSubtree([level, now](Logger& logger)
+                            ZAV_LOG_REQUIRES(treeLock()) { logger.inside_->setLevel(level, now); });
+    TemporaryLevels::instance().endWhere(
+        [this](const Logger* logger) { return logger->inside_->isBelow(*this); }, now);
+}
+
+Level::LogLevel Logger::temporaryLevel() const noexcept {
+    return inside_->levelAt(Time::now());
 }
 
 void Logger::setExpirationTime(const Time& duration) {

@@ -32,11 +32,17 @@ public:
     /// \return the full dotted name; "root" for the root logger
     const std::string& getName() const noexcept { return name_; }
 
-    /// \return the level in force, read without a lock; an expired level shows until a message is logged
-    Level::LogLevel getLevel() const noexcept { return level_.load(std::memory_order_relaxed); }
+    /// \return the level in force, read without a lock; an expired level shows until a message is logged, and
+    ///         one of `LogManager::setLevelFor` until its time is over
+    Level::LogLevel getLevel() const noexcept {
+        return isTemporary_.load(std::memory_order_relaxed) ? temporaryLevel() : storedLevel();
+    }
 
     /// \return whether a message of that level would pass, read without a lock
-    bool isLoggable(Level::LogLevel level) const noexcept { return level >= getLevel(); }
+    bool isLoggable(Level::LogLevel level) const noexcept {
+        return level >= storedLevel() &&
+               (!isTemporary_.load(std::memory_order_relaxed) || level >= temporaryLevel());
+    }
 
     /// Logs a message; below the logger's level the call costs one comparison.
     ///
@@ -76,7 +82,8 @@ public:
     /// and its failures are reported, as those of `audit` are.
     ZAV_LOG_API void config(const ConfigurationMessage& message);
 
-    /// Sets the level of this logger and of its whole subtree, and starts their expiration anew.
+    /// Sets the level of this logger and of its whole subtree, and starts their expiration anew. What
+    /// `LogManager::setLevelFor` has set for one of these loggers ends with it.
     /// \param notify whether to issue the command "DynamicLogLevelFilterSoft" first, which lowers the dynamic
     ///        filters of the appenders to that level; what its listeners throw reaches the caller, and the
     ///        level is then not set
@@ -105,16 +112,22 @@ private:
     friend class LoggerFactory;
     friend class MessageStream;
     friend bool isListed(const Logger& logger, const Appender* appender);
+    friend struct SubtreeLevel;
     struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);
     ~Logger();
 
     void log(Level::LogLevel level, const std::string& text, int line, const std::string& file) {
-        if (isLoggable(level)) {
+        if (level >= storedLevel()) {
             logPassed(level, text, line, file);
         }
     }
+
+    Level::LogLevel storedLevel() const noexcept { return level_.load(std::memory_order_relaxed); }
+
+    /// \return the level at this moment, while it is one that lasts for a while
+    ZAV_LOG_API Level::LogLevel temporaryLevel() const noexcept;
 
     /// Logs a message that has passed the first comparison.
     ZAV_LOG_API void logPassed(Level::LogLevel level, std::string_view text, int line, std::string_view file);
@@ -125,6 +138,7 @@ private:
 
     std::string name_; ///< never changes after the construction
     std::atomic<Level::LogLevel> level_;
+    std::atomic<bool> isTemporary_{false}; ///< whether the level is lower than the one that it goes back to
     const std::unique_ptr<Inside> inside_;
 };
 

@@ -2,16 +2,27 @@
 
 #include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace ZAV {
 namespace Platform {
 
+/// Says that an address is served by somebody whom this user does not trust.
+class ForeignServer : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// A connection to a `LocalServer` of another process. It has no lock.
+///
+/// Only a server of the same user or of the system's administrator is spoken to; the administrator speaks to
+/// any.
 class LocalClient {
 public:
     /// \param address as the server was given it
-    /// \param limit how long each call may wait
+    /// \param limit how long all calls together may take, from now on
+    /// \throw ForeignServer
     /// \throw std::runtime_error if nobody is there, or if the user may not speak to who is
     LocalClient(const std::string& address, std::chrono::milliseconds limit);
     ~LocalClient();

@@ -6,9 +6,12 @@
 #include "zav-util/Properties.h"
 
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <functional>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,6 +76,106 @@ TEST_F(Control, AnotherUserIsNotServed) {
               7);
     EXPECT_TRUE(isServed(address_));
 }
+
+TEST_F(Control, AServerOfAnotherUserIsNotAsked) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become somebody else";
+    }
+    const uid_t nobody = 65534;
+    chmod(directory_.path().c_str(), S_IRWXU | S_IRWXG | S_IRWXO);
+    int ended[2];
+    int ready[2];
+    ASSERT_EQ(pipe(ended) + pipe(ready), 0);
+    const pid_t foreign = fork();
+    if (foreign == 0) {
+        close(ended[1]);
+        char byte = setuid(nobody) == 0 && new ControlServer(address_) != nullptr ? 'y' : 'n';
+        _exit(write(ready[1], &byte, 1) == 1 && read(ended[0], &byte, 1) == 0 ? 0 : 1);
+    }
+    char byte = 'n';
+    EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 'y');
+    chmod(address_.c_str(), S_IRWXU | S_IRWXG | S_IRWXO); // so that the credentials decide
+    EXPECT_TRUE((Client(address_), true));                // root asks anybody
+    const auto connectsAs = [this](uid_t user) {
+        return inChild([this, user] {
+            try {
+                return setuid(user) == 0 ? (Client(address_), 1) : 2;
+            } catch (const Platform::ForeignServer&) {
+                return 7;
+            }
+        });
+    };
+    EXPECT_EQ(connectsAs(nobody), 1);
+    EXPECT_EQ(connectsAs(nobody - 1), 7);
+    close(ended[1]);
+    waitpid(foreign, nullptr, 0);
+    for (const int descriptor : {ended[0], ready[0], ready[1]}) {
+        close(descriptor);
+    }
+}
+
+namespace {
+
+/// Serves one client with what a function says, up to the end of the test.
+class TalkativeServer {
+public:
+    TalkativeServer(const std::string& address, std::function<std::string()> speech)
+        : listening_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), speech_(std::move(speech)) {
+        sockaddr_un name = {};
+        name.sun_family = AF_UNIX;
+        address.copy(name.sun_path, sizeof name.sun_path - 1);
+        EXPECT_EQ(bind(listening_, reinterpret_cast<const sockaddr*>(&name), sizeof name), 0);
+        EXPECT_EQ(listen(listening_, 1), 0);
+        thread_ = std::thread([this] { talk(); });
+    }
+    ~TalkativeServer() {
+        shutdown(listening_, SHUT_RDWR);
+        thread_.join();
+        close(listening_);
+    }
+
+private:
+    void talk() const {
+        const int client = accept(listening_, nullptr, nullptr);
+        for (std::string text = speech_(); send(client, text.data(), text.size(), MSG_NOSIGNAL) > 0;) {
+            text = speech_(); // until the client has hung up
+        }
+        close(client);
+    }
+
+    int listening_;
+    std::function<std::string()> speech_;
+    std::thread thread_;
+};
+
+} // namespace
+
+TEST_F(Control, AnAnswerThatDripsEndsAtTheLimitOfTheWholeConversation) {
+    const TalkativeServer server(address_, [] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return std::string(".");
+    });
+    Platform::LocalClient client(address_, std::chrono::milliseconds(300));
+    EXPECT_EQ(TestSupport::textThrownBy<std::runtime_error>([&client] {
+                  while (!client.receive().empty()) { // a hang here is the failure
+                  }
+              }),
+              "No answer came in time");
+}
+
+#ifdef ZAV_LOG_PROGRAM
+TEST_F(Control, CtlTakesNoAnswerWithoutAnEnd) {
+    const TalkativeServer server(address_, [] { return std::string(65535, 'x') + '\n'; });
+    const std::string command =
+        std::string(ZAV_LOG_PROGRAM) + " ctl " + address_ + " loggers 2>&1 >/dev/null";
+    FILE* const output = popen(command.c_str(), "r");
+    char text[1000] = {};
+    EXPECT_GT(fread(text, 1, sizeof text - 1, output), 0U);
+    EXPECT_EQ(WEXITSTATUS(pclose(output)), 1);
+    EXPECT_THAT(text, EndsWith("the answer is larger than 16 MiB\n"));
+}
+#endif
 
 TEST_F(Control, ReplacesAStaleSocketAndNothingElse) {
     const auto crash = [this] {

@@ -59,6 +59,10 @@ TEST_F(Control, SteersTheLoggers) {
                                      "two\\nlines ERROR 0\n"
                                      "ok\n");
     EXPECT_THAT(dynamicFilter.arguments, ElementsAre("DEBUG", "TRACE", "ERROR", "TRACE"));
+    EXPECT_EQ(client.ask("level src/main.with blank DEBUG  for 2h"), "ok\n");
+    EXPECT_EQ(LoggerFactory::getLogger("src/main", "with blank").getLevel(), Level::DEBUG);
+    EXPECT_EQ(client.ask("level src/main.with blank TRACE for 0s"), "ok\n");
+    EXPECT_EQ(LoggerFactory::getLogger("src/main", "with blank").getLevel(), Level::ERROR);
     EXPECT_EQ(client.ask("level .net DEBUG"), "error: There is no logger '.net'.\n");
     EXPECT_EQ(client.ask("level net..tcp DEBUG"), "error: There is no logger 'net..tcp'.\n");
 }
@@ -73,7 +77,12 @@ TEST_F(Control, RefusesWhatItCannotDoWithTheReason) {
     EXPECT_EQ(client.ask("expiration root 1.5"), "error: Can't convert 1.5 to integer\n");
     EXPECT_THAT(client.ask("expiration root -1"), StartsWith("error: "));
     EXPECT_THAT(client.ask("expiration root 99999999999"), StartsWith("error: "));
-    EXPECT_EQ(client.ask("level root"), "error: The request is: level LOGGER LEVEL\n");
+    EXPECT_EQ(client.ask("level root"), "error: The request is: level LOGGER LEVEL [for TIME]\n");
+    EXPECT_EQ(client.ask("level root LOUD for 1min"), "error: There is no 'LOUD' LogLevel defined.\n");
+    EXPECT_EQ(client.ask("level net for DEBUG"), "error: There is no logger 'net for'.\n");
+    for (const char* const time : {"10", "1.5h", "10 min", "2weeks", "99999999999999999999d", "40000d"}) {
+        EXPECT_THAT(client.ask(std::string("level root DEBUG for ") + time), StartsWith("error: ")) << time;
+    }
     EXPECT_EQ(client.ask("flush now"), "error: The request is: flush\n");
     EXPECT_THAT(client.ask("Flush"), StartsWith("error: There is no request 'Flush'"));
     EXPECT_THAT(client.ask(""), StartsWith("error: There is no request ''"));
@@ -89,7 +98,7 @@ TEST_F(Control, DeliversCommandsWithTheirArgumentAsItIs) {
     Client client(address_);
     EXPECT_EQ(client.ask("command heard"), "ok\n");
     EXPECT_EQ(client.ask("command heard  two  words "), "ok\n");
-    EXPECT_EQ(client.ask("command nobody x"), "ok\n");
+    EXPECT_EQ(client.ask("command nobody x"), "nobody listens to 'nobody'\nok\n");
     EXPECT_EQ(client.ask("command refused x"), "error: two\\nlines\n");
     EXPECT_THAT(listener.arguments, ElementsAre("", " two  words "));
 }
@@ -132,17 +141,42 @@ TEST_F(Control, CountsAndWritesTheQueue) {
     EXPECT_EQ(client.ask("statistics"), "queued 1\ndelivered 1\ndiscarded 0\nfailed 0\nwaiting 0\nok\n");
 }
 
+TEST_F(Control, TellsTheAppendersAndLowersThemForAWhile) {
+    Util::Properties properties;
+    properties["appender.all"] = "SimpleFileAppender";
+    properties["appender.all.asynchronous"] = "true";
+    properties["appender.errors"] = "StdoutAppender";
+    properties["appender.errors.level"] = "ERROR";
+    properties["appender.lasting"] = "StdoutAppender";
+    properties["appender.lasting.level"] = "WARNING";
+    properties["appender.lasting.expiration"] = "0";
+    LogManager::init(properties);
+    const ControlServer server(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("appenders"), "all SimpleFileAppender async - -\n"
+                                       "errors StdoutAppender sync ERROR -\n"
+                                       "lasting StdoutAppender sync WARNING -\nok\n");
+    EXPECT_EQ(client.ask("level root DEBUG for 1day"), "ok\n");
+    EXPECT_THAT(client.ask("appenders"),
+                testing::MatchesRegex("all SimpleFileAppender async - -\n"
+                                      "errors StdoutAppender sync DEBUG 86...\n"
+                                      "lasting StdoutAppender sync DEBUG 86...\nok\n"));
+    LogManager::command("DynamicLogLevelFilterSoft", "TRACE"); // for ever
+    EXPECT_THAT(client.ask("appenders"), testing::HasSubstr("lasting StdoutAppender sync TRACE -\n"));
+    EXPECT_EQ(LoggerFactory::getRootLogger().getLevel(), Level::DEBUG);
+}
+
 TEST_F(Control, SurvivesGarbage) {
     const ControlServer server(address_);
     Client other(address_);
     {
         Client client(address_);
-        EXPECT_EQ(client.ask("command x " + std::string(4086, 'y')), "ok\n");
+        EXPECT_EQ(client.ask("command x " + std::string(4086, 'y')), "nobody listens to 'x'\nok\n");
         EXPECT_EQ(client.ask("command x " + std::string(4087, 'y')),
                   "error: A request has at most 4096 bytes.\n");
         EXPECT_EQ(client.ask(std::string(300000, 'y')), "error: A request has at most 4096 bytes.\n");
-        EXPECT_THAT(client.ask(std::string("\0\x1b[31m\xff", 7)),
-                    StartsWith("error: There is no request '\\x00\\x1b[31m"));
+        EXPECT_THAT(client.ask("\x1b[31m\xff"), StartsWith("error: There is no request '\\x1b[31m"));
+        EXPECT_EQ(client.ask(std::string("level root\0 TRACE", 17)), "error: A request holds no NUL.\n");
         client.say("statistics\nlevel root NONE\nlevel root ERROR\nlevel root TR");
         EXPECT_THAT(client.answer(), StartsWith("queued "));
         EXPECT_THAT(client.answer(), StartsWith("error: "));

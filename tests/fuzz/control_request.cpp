@@ -27,8 +27,9 @@ bool isOneLine(const std::string& answer) {
 void readRequest(const std::string& line) {
     try {
         const ControlRequest request = ControlRequest::parse(line);
-        const bool needsValue =
-            request.kind() == ControlRequest::LEVEL || request.kind() == ControlRequest::EXPIRATION;
+        const bool needsValue = request.kind() == ControlRequest::LEVEL ||
+                                request.kind() == ControlRequest::LEVEL_FOR ||
+                                request.kind() == ControlRequest::EXPIRATION;
         const bool needsName = needsValue || request.kind() == ControlRequest::COMMAND;
         EXPECT(request.name().empty() != needsName);
         EXPECT(!needsValue || !request.value().empty());

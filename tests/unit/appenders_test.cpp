@@ -82,9 +82,12 @@ TEST(StdoutAppender, WritesOneFlushedLineToTheChosenStream) {
 
 TEST(Escape, KeepsEveryMessageOnOneLineInAllClasses) {
     const Time time = Time::now();
-    const LogMessage message("l\\\n", time, Level::INFO, "a\nb\rc\td\x01\x7f\xc3\xa9", 1, "f\n", LOG);
-    const LogMessage escaped("l\\\\\\n", time, Level::INFO, "a\\nb\\rc\\td\\x01\\x7f\xc3\xa9", 1, "f\\n",
+    const LogMessage message("l\\\n", time, Level::INFO,
+                             "a\nb\rc\td\x01\x7f\xc3\xa9\xc2\x9b\xe2\x80\xae\x9b\xe2\x80\x94\xc2", 1, "f\n",
                              LOG);
+    const LogMessage escaped("l\\\\\\n", time, Level::INFO,
+                             "a\\nb\\rc\\td\\x01\\x7f\xc3\xa9\\u{009b}\\u{202e}\x9b\xe2\x80\x94\xc2", 1,
+                             "f\\n", LOG);
     const TemporaryDirectory directory;
     const Settings settings{{"escape", "true"}, {"dir", directory.path()}};
     const StreamCapture capture(std::cout);
@@ -289,8 +292,8 @@ TEST(AppenderRegistry, TakesARefusedAppendersDynamicFilterOffTheBus) {
         return build<StdoutAppenderBuilder>({{"level", "INFO"}, {"expiration", "1"}}).release();
     };
     AppenderRegistry& registry = AppenderRegistry::instance();
-    registry.registerAppender(makeAppender());
-    EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender()); }),
+    registry.registerAppender(makeAppender(), "StdoutAppender");
+    EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender(), ""); }),
               "Appender x has already been registered.");
     const StreamCapture output(std::cout);
     // A filter that is gone would be called here, which the address sanitizer sees.

@@ -1,5 +1,7 @@
 #include "check/FindingText.h"
 
+#include "terminal/Paint.h"
+
 #include <nlohmann/json.hpp>
 
 namespace ZAV {
@@ -12,8 +14,8 @@ const char* nameOf(Finding::Severity severity) {
 }
 
 std::string colored(const Finding& finding) {
-    const char* const color = finding.severity == Finding::AN_ERROR ? "\x1b[1;31m" : "\x1b[33m";
-    return color + std::string(nameOf(finding.severity)) + "\x1b[0m";
+    const Paint paint = finding.severity == Finding::AN_ERROR ? Paint::RED : Paint::YELLOW;
+    return painted(paint, nameOf(finding.severity));
 }
 
 } // namespace

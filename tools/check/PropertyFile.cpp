@@ -1,5 +1,6 @@
 #include "check/PropertyFile.h"
 
+#include "config/PropertySource.h"
 #include "zav-util/FileUtils.h"
 #include "zav-util/UtilException.h"
 
@@ -10,6 +11,7 @@ namespace Tools {
 
 PropertyFile::PropertyFile(const std::string& name) {
     std::vector<std::string> lines;
+    requirePropertySource(name);
     Util::FileUtils::readLines(name, lines);
     const Util::PropertyParser parser(name);
     std::size_t number = 0;

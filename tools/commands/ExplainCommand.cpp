@@ -18,6 +18,10 @@ ExplainCommand::ExplainCommand(CLI::App& program)
     command_.add_option("--type", type_, "Of the messages: configuration messages are CFG")
         ->check(CLI::IsMember({"LOG", "CFG"}))
         ->type_name("LOG|CFG");
+    command_
+        .add_option("--at", address_,
+                    "Take the levels of the running program that has a control server there")
+        ->type_name("ADDRESS");
     command_.add_flag("--dot", isGraph_, "Show it as a graph for Graphviz");
     color_.addTo(command_);
 }
@@ -26,7 +30,7 @@ ExitCode ExplainCommand::run(Output& output) {
     if (hasLevel()) {
         level_ = readLevel(levelName_);
     }
-    const Explanation explanation(file_, Log::messageTypeFromString(type_));
+    const Explanation explanation(file_, Log::messageTypeFromString(type_), address_);
     if (hasLogger()) {
         logger_ = explanation.fullName(logger_);
     }

@@ -31,6 +31,7 @@ private:
     CLI::Option* levelOption_ = nullptr;
     Log::Level::LogLevel level_ = Log::Level::LEVEL_AUDIT;
     std::string type_ = "LOG";
+    std::string address_;
     bool isGraph_ = false;
     ColorOption color_;
 };

@@ -12,6 +12,13 @@ _zav_log_options() {
     "$@" --help 2>/dev/null | sed -nE 's/^  (-[^ ]+)( ([^ ]+))?.*/\1 \3/p' | tr ',' ' '
 }
 
+# Completes a level, in capitals or not.
+_zav_log_level() {
+    local levels="AUDIT ERROR WARNING INFO DEBUG TRACE"
+    [[ $1 == [a-z]* ]] && levels=${levels,,}
+    COMPREPLY=($(compgen -W "$levels" -- "$1"))
+}
+
 # Completes the word behind an option. Fails if the option takes nothing, or the program has no such option.
 _zav_log_argument() {
     local option=$1 current=$2 argument
@@ -19,7 +26,7 @@ _zav_log_argument() {
     case $argument in
     '') return 1 ;;
     *'|'*) COMPREPLY=($(compgen -W "${argument//|/ }" -- "$current")) ;;
-    LEVEL) COMPREPLY=($(compgen -W "AUDIT ERROR WARNING INFO DEBUG TRACE" -- "$current")) ;;
+    LEVEL) _zav_log_level "$current" ;;
     FILE) compopt -o default ;;
     esac
 }
@@ -40,6 +47,8 @@ _zav_log() {
         COMPREPLY=($(compgen -W "$(tr ' ' '\n' <<<"$options" | grep '^-')" -- "$current"))
     elif [ "$command $COMP_CWORD" = "ctl 3" ]; then
         COMPREPLY=($(compgen -W "$(_zav_log_section requests "$program" ctl)" -- "$current"))
+    elif [ "$command $COMP_CWORD" = "explain 4" ] || [ "$command $COMP_CWORD ${COMP_WORDS[3]}" = "ctl 5 level" ]; then
+        _zav_log_level "$current"
     else
         compopt -o default
     fi

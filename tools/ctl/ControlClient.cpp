@@ -7,8 +7,7 @@ namespace Tools {
 
 namespace {
 
-/// Longer than the server gives the silent clients for whom a new one may have to wait.
-constexpr std::chrono::milliseconds LIMIT(45000);
+constexpr std::size_t LARGEST_ANSWER = 16 * 1024 * 1024;
 
 Failure failureAt(const std::string& address, const std::string& reason) {
     return Failure("nobody answers at " + address + ": " + reason);
@@ -26,41 +25,48 @@ auto at(const std::string& address, Call call) {
 
 } // namespace
 
-ControlClient::ControlClient(const std::string& address) try
-    : address_(address), connection_(address, LIMIT) {
+ControlClient::ControlClient(const std::string& address, std::chrono::seconds limit) try
+    : address_(address), connection_(address, limit) {
+} catch (const Platform::ForeignServer& error) {
+    throw Failure(address + ": " + error.what());
 } catch (const std::runtime_error& error) {
     throw failureAt(address, error.what());
 }
 
 ControlClient::Answer ControlClient::ask(const std::string& request) {
-    const std::string refused = "error: ";
+    const std::string_view refused = "error: ";
+    received_.clear(); // nothing comes unasked
     at(address_, [&] { connection_.send(request + "\n"); });
     Answer answer;
-    for (std::string line = readLine(); line != "ok"; line = readLine()) {
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = received_.find('\n', begin);
+        if (end == std::string::npos) {
+            receiveMore();
+            continue;
+        }
+        const std::string_view line = std::string_view(received_).substr(begin, end - begin);
         // A refusal stands alone; further lines are the program's, whatever they begin with.
-        if (answer.lines.empty() && line.compare(0, refused.size(), refused) == 0) {
+        if (begin == 0 && line.substr(0, refused.size()) == refused) {
             answer.refusal = line.substr(refused.size());
             return answer;
         }
-        answer.lines.push_back(line);
+        if (line == "ok") {
+            answer.lines = received_.substr(0, begin);
+            return answer;
+        }
+        begin = end + 1;
     }
-    return answer;
 }
 
-std::string ControlClient::readLine() {
-    std::string::size_type end = received_.find('\n');
-    while (end == std::string::npos) {
-        const std::string bytes = at(address_, [this] { return connection_.receive(); });
-        if (bytes.empty()) {
-            throw failureAt(address_, "the program has hung up");
-        }
-        end = bytes.find('\n');
-        end = end == std::string::npos ? end : received_.size() + end;
-        received_ += bytes;
+void ControlClient::receiveMore() {
+    const std::string bytes = at(address_, [this] { return connection_.receive(); });
+    if (bytes.empty()) {
+        throw failureAt(address_, "the program has hung up");
     }
-    std::string line = received_.substr(0, end);
-    received_.erase(0, end + 1);
-    return line;
+    if (bytes.size() > LARGEST_ANSWER - received_.size()) {
+        throw Failure(address_ + ": the answer is larger than 16 MiB");
+    }
+    received_ += bytes;
 }
 
 } // namespace Tools

@@ -1,6 +1,8 @@
 #include "explain/Explanation.h"
 
 #include "Failure.h"
+#include "config/PropertySource.h"
+#include "explain/RunningLevels.h"
 #include "log/LogManager.h"
 #include "log/config/KeyNames.h"
 
@@ -26,6 +28,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
 /// What the library reports on single keys goes to standard error, as it does in a program.
 Util::Properties readAndTry(const std::string& fileName) {
     try {
+        requirePropertySource(fileName);
         Util::Properties properties(fileName);
         Log::LogManager::init(properties);
         Log::LogManager::finish();
@@ -37,13 +40,22 @@ Util::Properties readAndTry(const std::string& fileName) {
 
 } // namespace
 
-Explanation::Explanation(const std::string& fileName, Log::MessageType type)
+Explanation::Explanation(const std::string& fileName, Log::MessageType type, const std::string& address)
     : type_(type), properties_(readAndTry(fileName)), levels_(properties_) {
+    if (!address.empty()) {
+        takeLevelsFrom(address);
+    }
     for (const std::string& key : properties_.getKeys()) {
         if (const std::optional<std::string> name = Log::declaredAppender(key)) {
             appenders_.emplace_back(*name, properties_);
         }
     }
+}
+
+void Explanation::takeLevelsFrom(const std::string& address) {
+    const RunningLevels running(address);
+    running.applyTo(properties_);
+    running.applyToLoggers();
 }
 
 std::vector<Route> Explanation::routesOf(const std::string& logger) const {

@@ -17,8 +17,10 @@ namespace Tools {
 /// one object at a time, since the loggers are those of the process.
 class Explanation {
 public:
-    /// \throw Failure with the text that `init` would throw
-    Explanation(const std::string& fileName, Log::MessageType type);
+    /// \param address of a running program whose levels count; empty for those of the file
+    /// \throw Failure with the text that `init` would throw, or if the program does not answer
+    Explanation(const std::string& fileName, Log::MessageType type,
+                const std::string& address = std::string());
 
     /// \return the loggers that the file names, the root first
     const std::vector<std::string>& loggers() const { return levels_.named(); }
@@ -39,6 +41,7 @@ public:
     std::vector<Delivery> deliveriesOf(const std::string& logger, Log::Level::LogLevel level) const;
 
 private:
+    void takeLevelsFrom(const std::string& address);
     Log::LogMessage makeMessage(const std::string& logger, Log::Level::LogLevel level) const;
     std::string refusal(const ExplainedAppender& appender, const std::string& logger,
                         Log::Level::LogLevel level) const;

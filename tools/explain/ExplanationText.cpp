@@ -1,5 +1,7 @@
 #include "explain/ExplanationText.h"
 
+#include "terminal/Paint.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
@@ -37,8 +39,8 @@ std::vector<std::size_t> columnWidths(const std::vector<Row>& table) {
     return widths;
 }
 
-std::string bold(const std::string& text, bool withColors) {
-    return withColors ? "\x1b[1;32m" + text + "\x1b[0m" : text;
+std::string green(const std::string& text, bool withColors) {
+    return withColors ? painted(Paint::GREEN, text) : text;
 }
 
 } // namespace
@@ -74,7 +76,7 @@ std::string messageText(const Explanation& explanation, const std::string& logge
     for (const Delivery& delivery : explanation.deliveriesOf(logger, level)) {
         const bool isWritten = delivery.refusal.empty();
         text += delivery.appender +
-                (isWritten ? ": " + bold("written", withColors) + " to " + delivery.place
+                (isWritten ? ": " + green("written", withColors) + " to " + delivery.place
                            : ": not written: " + delivery.refusal) +
                 '\n';
     }

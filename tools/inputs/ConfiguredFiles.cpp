@@ -1,6 +1,7 @@
 #include "inputs/ConfiguredFiles.h"
 
 #include "config/AppenderPlace.h"
+#include "config/PropertySource.h"
 #include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 
@@ -25,6 +26,7 @@ InputSpec inputAt(const AppenderPlace& place) {
 } // namespace
 
 std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
+    requirePropertySource(propertyFile);
     const Util::Properties properties(propertyFile);
     std::vector<InputSpec> inputs;
     for (const std::string& key : properties.getKeys()) {

@@ -19,8 +19,15 @@ bool looksMarked(const std::string& word) {
 }
 
 /// \param words the program's name among them
-bool isArgumentOfCommand(const std::vector<std::string>& words, std::size_t number) {
-    return number > 4 && words[1] == "ctl" && words[3] == "command";
+/// \return the number of the first word that is an argument of a command's listeners; how many there are if none is
+std::size_t firstArgumentOfCommand(const std::vector<std::string>& words) {
+    std::size_t address = 2;
+    while (address < words.size() && words[address].compare(0, 2, "--") == 0) {
+        const bool hasValue = words[address].find('=') != std::string::npos || words[address] == "--help";
+        address += hasValue ? 1 : 2; // all options of ctl take a value
+    }
+    const bool isCommand = words.size() > address + 1 && words[1] == "ctl" && words[address + 1] == "command";
+    return isCommand ? address + 3 : words.size();
 }
 
 /// \return the word, or the value in "--option=value", with a mark if it would be misread
@@ -39,10 +46,11 @@ std::string withoutMark(const std::string& word) {
 
 std::vector<std::string> marked(int argc, const char* const* argv) {
     const std::vector<std::string> words(argv, argv + argc);
+    const std::size_t firstArgument = firstArgumentOfCommand(words);
     std::vector<std::string> result;
     for (std::size_t number = words.size() - 1; number > 0; --number) {
         const std::string& word = words[number];
-        result.push_back(isArgumentOfCommand(words, number) ? MARK + word : markedWhereMisread(word));
+        result.push_back(number >= firstArgument ? MARK + word : markedWhereMisread(word));
     }
     return result;
 }

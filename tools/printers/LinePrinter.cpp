@@ -1,41 +1,26 @@
 #include "printers/LinePrinter.h"
 
+#include "terminal/Paint.h"
+
 namespace ZAV {
 namespace Tools {
 
 namespace {
 
-constexpr const char* RESET = "\x1b[0m";
-
-/// \return an escape sequence; empty for what is shown as it is
-const char* colorOf(const Fields& fields) {
-    if (!fields.hasLevel) {
-        return "";
-    }
-    switch (fields.level) {
-    case Log::Level::LEVEL_AUDIT:
-        return "\x1b[1;35m";
-    case Log::Level::LEVEL_ERROR:
-        return "\x1b[1;31m";
-    case Log::Level::LEVEL_WARNING:
-        return "\x1b[33m";
-    case Log::Level::LEVEL_INFO:
-        return "";
-    case Log::Level::LEVEL_DEBUG:
-    case Log::Level::LEVEL_TRACE:
-        return "\x1b[2m";
-    }
-    return "";
+Paint paintOfRecord(const Fields& fields) {
+    return fields.hasLevel ? paintOf(fields.level) : Paint::PLAIN;
 }
 
 } // namespace
 
 void LinePrinter::print(std::size_t, RecordStream& stream, std::string& text) {
     const Record& record = stream.record();
-    const char* color = hasColors_ ? colorOf(stream.fields()) : "";
-    text += color;
-    text += record.lines;
-    text += *color != '\0' ? RESET : "";
+    const Paint paint = hasColors_ ? paintOfRecord(stream.fields()) : Paint::PLAIN;
+    if (paint == Paint::PLAIN) {
+        text += record.lines;
+    } else {
+        text += painted(paint, record.lines);
+    }
     if (!record.isCutInLine) {
         text += '\n';
     }

@@ -9,6 +9,7 @@
 #include "log/appenders/StdoutAppenderBuilder.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/KeyNames.h"
+#include "log/filters/LevelFilter.h"
 #include "zav-util/Properties.h"
 
 #include <algorithm>
@@ -19,6 +20,21 @@ namespace ZAV {
 namespace Log {
 
 using Platform::ScopedLock;
+
+namespace {
+
+void addLevel(AppenderStatus& status, const Appender::Filters& filters, Util::TimeUtils::Time now) {
+    for (const auto& filter : filters) {
+        if (const auto* const levelFilter = dynamic_cast<const LevelFilter*>(filter.get())) {
+            const LevelFilter::State state = levelFilter->stateAt(now);
+            status.hasLevel = true;
+            status.level = state.level;
+            status.until = state.until;
+        }
+    }
+}
+
+} // namespace
 
 AppenderRegistry& AppenderRegistry::instance() {
     static AppenderRegistry& registry = *new AppenderRegistry;
@@ -39,10 +55,11 @@ void AppenderRegistry::registerFactory(const std::string& className, AbstractApp
     factories_[className].swap(replaced);
 }
 
-void AppenderRegistry::registerAppender(Appender* appender) {
+void AppenderRegistry::registerAppender(Appender* appender, const std::string& className) {
     std::unique_ptr<Appender> owned(appender);
     CreatedAppenders added;
-    added.push_back(std::move(owned));
+    added.push_back({nullptr, className});
+    added.front().appender = std::move(owned);
     const ScopedLock lock(createdAppendersLock_);
     if (hasAppender(appender->getName())) {
         const std::string problem = "Appender " + appender->getName() + " has already been registered.";
@@ -60,9 +77,32 @@ void AppenderRegistry::registerAppender(Appender* appender) {
 }
 
 bool AppenderRegistry::hasAppender(const std::string& name) const {
-    return std::any_of(
-        createdAppenders_.begin(), createdAppenders_.end(),
-        [&name](const std::unique_ptr<Appender>& created) { return created->getName() == name; });
+    const ScopedLock tablesLock(tablesLock_);
+    return std::any_of(createdAppenders_.begin(), createdAppenders_.end(),
+                       [&name](const Created& created) { return created.appender->getName() == name; });
+}
+
+/// The filters are asked when the lock is free: they have locks of their own, and a fork takes all of these
+/// in another order.
+std::vector<AppenderStatus> AppenderRegistry::statuses() const {
+    std::vector<AppenderStatus> statuses;
+    std::vector<Appender::Filters> filters;
+    {
+        const ScopedLock tablesLock(tablesLock_);
+        for (const Created& created : createdAppenders_) {
+            const Appender& appender = *created.appender;
+            AppenderStatus& status = statuses.emplace_back();
+            status.name = appender.getName();
+            status.className = created.className;
+            status.synchronous = appender.isSynchronous();
+            filters.push_back(appender.filters_);
+        }
+    }
+    const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
+    for (std::size_t index = 0; index < statuses.size(); ++index) {
+        addLevel(statuses[index], filters[index], now);
+    }
+    return statuses;
 }
 
 void AppenderRegistry::initAppenders(const Util::Properties& properties) {
@@ -86,14 +126,13 @@ void AppenderRegistry::createAppender(const Util::Properties& properties, const 
         throw LogException("No factory registered for appenderName = " + name +
                            ", appenderClass = " + className);
     }
-    registerAppender(factory->second->create(properties, name));
+    registerAppender(factory->second->create(properties, name), className);
 }
 
 /// Takes no memory, so that it cannot fail.
 void AppenderRegistry::destroyAppenders() {
     const ScopedLock lock(createdAppendersLock_);
-    while (!createdAppenders_.empty()) {
-        Appender* const appender = createdAppenders_.front().get();
+    while (Appender* const appender = firstAppender()) {
         LoggerFactory::getRootLogger().removeAppender(appender);
         if (!appender->isSynchronous()) {
             AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender);
@@ -102,6 +141,11 @@ void AppenderRegistry::destroyAppenders() {
         const ScopedLock tablesLock(tablesLock_);
         destroyed.splice(destroyed.end(), createdAppenders_, createdAppenders_.begin());
     }
+}
+
+Appender* AppenderRegistry::firstAppender() const {
+    const ScopedLock tablesLock(tablesLock_);
+    return createdAppenders_.empty() ? nullptr : createdAppenders_.front().appender.get();
 }
 
 } // namespace Log

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log/AppenderStatus.h"
 #include "log/appenders/AbstractAppenderFactory.h"
 #include "platform/CriticalSection.h"
 
@@ -8,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -27,34 +29,46 @@ public:
     /// Puts an appender into service: attaches it to every logger, and to the dispatcher if it is
     /// asynchronous.
     /// \param appender owned from now on
+    /// \param className what the configuration calls it
     /// \throw LogException if an appender of that name is in service; the new one is destroyed by then
-    void registerAppender(Appender* appender);
+    void registerAppender(Appender* appender, const std::string& className);
 
     /// Makes every appender that the properties declare by a key "appender.<name>".
     /// \throw LogException for an unknown class name, a name that is declared twice, or a bad setting; the
     ///        appenders made by then stay in service
     void initAppenders(const Util::Properties& properties);
 
+    /// \return what the appenders in service are like at this moment, in the order of their creation. It waits
+    ///         for nothing, so an appender or a listener may call it.
+    std::vector<AppenderStatus> statuses() const;
+
     /// Takes all appenders out of service and destroys them.
     void destroyAppenders();
 
 private:
-    using CreatedAppenders = std::list<std::unique_ptr<Appender>>;
+    struct Created {
+        std::unique_ptr<Appender> appender;
+        std::string className;
+    };
+    using CreatedAppenders = std::list<Created>;
 
     AppenderRegistry() = default;
 
     void createAppender(const Util::Properties& properties, const std::string& name);
-    bool hasAppender(const std::string& name) const ZAV_LOG_REQUIRES(createdAppendersLock_);
+    bool hasAppender(const std::string& name) const;
+    Appender* firstAppender() const;
 
     Platform::CriticalSection factoriesLock_; ///< outermost lock of the library
     std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
         factories_ ZAV_LOG_GUARDED_BY(factoriesLock_);
 
-    Platform::CriticalSection createdAppendersLock_; ///< taken after factoriesLock_
-    CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(createdAppendersLock_);
+    /// Held while an appender is put into service or taken out of it; taken after factoriesLock_.
+    Platform::CriticalSection createdAppendersLock_;
 
-    /// Held in addition for each step that changes a table, so that a forked child finds it whole.
-    Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
+    /// Held in addition for each step that changes a table, so that a forked child finds it whole, and alone
+    /// to look at the appenders.
+    mutable Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
+    CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(tablesLock_);
 };
 
 } // namespace Log

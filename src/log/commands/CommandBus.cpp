@@ -60,6 +60,11 @@ void CommandBus::forgetListeners() {
     listeners_.clear();
 }
 
+bool CommandBus::hasListener(const std::string& name) {
+    const ScopedLock lock(mapLock_);
+    return listeners_.count(name) != 0;
+}
+
 void CommandBus::deliver(const std::string& name, const std::string& argument) {
     const LibraryCall call;
     const ScopedLock lock(listenersLock_);

@@ -33,6 +33,9 @@ public:
     /// The same, but does not wait for a command that is being delivered: the process ends.
     void forgetListeners();
 
+    /// \return whether a name has a listener at this moment
+    bool hasListener(const std::string& name);
+
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
     /// that is removed meanwhile is not called, nor is one that is added. All get the argument as it was when
     /// the first one was called, whatever a listener does to the caller's string. An exception of a listener

@@ -10,8 +10,12 @@ namespace Log {
 FilterLogLevel::FilterLogLevel(const std::string& appenderName, const Util::Properties& properties)
     : level_(Level::fromString(AppenderSettings(appenderName, properties).require(AppenderSetting::LEVEL))) {}
 
-bool FilterLogLevel::accept(const LogMessage& message) {
+bool FilterLogLevel::passes(const LogMessage& message) {
     return level_ <= message.getLevel();
+}
+
+LevelFilter::State FilterLogLevel::ownStateAt(Time) const {
+    return {level_, Time()};
 }
 
 } // namespace Log

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "log/Level.h"
-#include "log/MessageFilter.h"
+#include "log/filters/LevelFilter.h"
 
 #include <string>
 
@@ -13,15 +12,16 @@ class Properties;
 namespace Log {
 
 /// Passes messages at or above a level.
-class FilterLogLevel : public MessageFilter {
+class FilterLogLevel : public LevelFilter {
 public:
     /// Reads the key "appender.<appenderName>.level".
     /// \throw LogException if the key is missing or its value is no level name
     FilterLogLevel(const std::string& appenderName, const Util::Properties& properties);
 
-    bool accept(const LogMessage& message) override;
-
 private:
+    bool passes(const LogMessage& message) override;
+    State ownStateAt(Time time) const override;
+
     Level::LogLevel level_;
 };
 

@@ -5,6 +5,8 @@
 #include "log/config/AppenderSettings.h"
 #include "log/config/KeyNames.h"
 
+#include <limits>
+
 namespace ZAV {
 namespace Log {
 
@@ -29,7 +31,7 @@ FilterLogLevelDynamic::FilterLogLevelDynamic(const std::string& appenderName,
       levelSetTime_(Time::now().microseconds()),
       expiration_(AppenderSettings(appenderName, properties).getPeriod(AppenderSetting::EXPIRATION)) {}
 
-bool FilterLogLevelDynamic::accept(const LogMessage& message) {
+bool FilterLogLevelDynamic::passes(const LogMessage& message) {
     if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {
         const ScopedLock lock(criticalSection_);
         if (isLaterThanPeriod(message.getTime())) { // and no command has come meanwhile
@@ -37,6 +39,18 @@ bool FilterLogLevelDynamic::accept(const LogMessage& message) {
         }
     }
     return level_.load(std::memory_order_relaxed) <= message.getLevel();
+}
+
+/// A period that is over shows as over, also before a message has ended it.
+LevelFilter::State FilterLogLevelDynamic::ownStateAt(Time time) const {
+    const ScopedLock lock(criticalSection_);
+    const bool returns = expiration_ != Time();
+    if (!isLowered() || (returns && isLaterThanPeriod(time))) {
+        return {defaultLevel_, Time()};
+    }
+    const Time end = Time(levelSetTime_.load(std::memory_order_relaxed), USEC) + expiration_;
+    return {level_.load(std::memory_order_relaxed),
+            returns ? end : Time(std::numeric_limits<std::uint64_t>::max(), USEC)};
 }
 
 bool FilterLogLevelDynamic::isLowered() const {

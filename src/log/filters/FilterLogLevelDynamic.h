@@ -2,7 +2,7 @@
 
 #include "log/CommandListener.h"
 #include "log/Level.h"
-#include "log/MessageFilter.h"
+#include "log/filters/LevelFilter.h"
 #include "platform/CriticalSection.h"
 #include "zav-util/TimeUtils.h"
 
@@ -18,15 +18,13 @@ namespace Log {
 
 /// Passes messages at or above a level that a command can lower for a while. The first message later than the
 /// expiration period takes the level back to the configured one.
-class FilterLogLevelDynamic : public MessageFilter, public CommandListener {
+class FilterLogLevelDynamic : public LevelFilter, public CommandListener {
 public:
     /// Reads the keys "appender.<appenderName>.level" and "appender.<appenderName>.expiration": a count and a
     /// unit, "msec", "sec", "min" (which any other word means too), "hour" or "day". Without the second key,
     /// or with the count 0, a lowered level stays.
     /// \throw LogException if the level is missing, or for a value that cannot be read
     FilterLogLevelDynamic(const std::string& appenderName, const Util::Properties& properties);
-
-    bool accept(const LogMessage& message) override;
 
     /// Lowers the level to the one that the argument names, or starts its period anew; a higher level is
     /// ignored.
@@ -37,17 +35,18 @@ public:
     void setLevel(Level::LogLevel level);
 
 private:
-    using Time = Util::TimeUtils::Time;
-
+    bool passes(const LogMessage& message) override;
+    State ownStateAt(Time time) const override;
     bool isLowered() const;
     bool isLaterThanPeriod(Time time) const;
 
     // Changed under the lock, read without it.
     std::atomic<Level::LogLevel> level_;
     const Level::LogLevel defaultLevel_;
-    std::atomic<std::uint64_t> levelSetTime_;                              ///< microseconds since 1970
-    const Time expiration_;                                                ///< 0: a lowered level stays
-    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< always the innermost lock
+    std::atomic<std::uint64_t> levelSetTime_; ///< microseconds since 1970
+    const Time expiration_;                   ///< 0: a lowered level stays
+    mutable Platform::CriticalSection criticalSection_{
+        Platform::AWAITED_BY_FORK}; ///< always the innermost lock
 };
 
 } // namespace Log

@@ -1,6 +1,7 @@
 #include "log/layout/LineEscaping.h"
 
 #include "log/message/MessageFields.h"
+#include "zav-util/Utf8.h"
 
 #include <algorithm>
 #include <string_view>
@@ -10,21 +11,19 @@ namespace Log {
 
 namespace {
 
-bool needsEscape(char character) {
+/// The first bytes, in UTF-8, of the characters behind ASCII that are escaped.
+constexpr char FIRST_OF_CONTROLS = '\xc2';
+constexpr char FIRST_OF_OVERRIDES = '\xe2';
+
+/// \return whether a byte is escaped, or begins a character that may have to be
+bool mayNeedEscape(char character) {
     const auto code = static_cast<unsigned char>(character);
-    return code < 0x20 || code == 0x7f || character == '\\';
+    return code < 0x20 || code == 0x7f || character == '\\' || character == FIRST_OF_CONTROLS ||
+           character == FIRST_OF_OVERRIDES;
 }
 
-bool needsEscape(std::string_view text) {
-    return std::any_of(text.begin(), text.end(), [](char character) { return needsEscape(character); });
-}
-
-void appendCode(std::string& text, char character) {
-    constexpr char DIGITS[] = "0123456789abcdef";
-    const auto code = static_cast<unsigned char>(character);
-    text += "\\x";
-    text += DIGITS[code / 16];
-    text += DIGITS[code % 16];
+bool mayNeedEscape(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char character) { return mayNeedEscape(character); });
 }
 
 void appendEscape(std::string& text, char character) {
@@ -42,19 +41,32 @@ void appendEscape(std::string& text, char character) {
         text += "\\\\";
         break;
     default:
-        appendCode(text, character);
+        Util::appendByteEscape(text, character);
     }
+}
+
+/// Appends the first character of a text, or the first byte where none is whole.
+/// \return its size in the text
+std::size_t appendFirst(std::string& escaped, std::string_view text) {
+    const bool isAscii = static_cast<unsigned char>(text[0]) < 0x80;
+    if (isAscii && mayNeedEscape(text[0])) {
+        appendEscape(escaped, text[0]);
+        return 1;
+    }
+    const Util::CodePoint character = isAscii ? Util::CodePoint() : Util::firstCodePoint(text);
+    if (character.size > 1 && Util::steersTerminal(character.value)) {
+        Util::appendCharacterEscape(escaped, character.value);
+        return character.size;
+    }
+    escaped += text[0];
+    return 1;
 }
 
 std::string escape(std::string_view text) {
     std::string escaped;
     escaped.reserve(text.size() + 16);
-    for (const char character : text) {
-        if (needsEscape(character)) {
-            appendEscape(escaped, character);
-        } else {
-            escaped += character;
-        }
+    while (!text.empty()) {
+        text.remove_prefix(appendFirst(escaped, text));
     }
     return escaped;
 }
@@ -63,7 +75,7 @@ std::string escape(std::string_view text) {
 
 /// Hardly any message needs it, so the others are not copied.
 void appendEscaped(std::string& line, const MessageFields& message, AppendLine appendLine) {
-    if (!needsEscape(message.text) && !needsEscape(message.loggerName) && !needsEscape(message.file)) {
+    if (!mayNeedEscape(message.text) && !mayNeedEscape(message.loggerName) && !mayNeedEscape(message.file)) {
         appendLine(line, message);
         return;
     }

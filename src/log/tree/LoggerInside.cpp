@@ -1,12 +1,14 @@
 #include "log/tree/LoggerInside.h"
 
 #include "log/async/AsynchronousDispatcher.h"
+#include "log/filters/TemporaryLevels.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "platform/CancellationGuard.h"
 
+#include <algorithm>
 #include <exception>
 #include <iterator>
 #include <utility>
@@ -29,14 +31,14 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
     const LibraryCall call;
     if (!lockFor(call)) {
         const Time now = Time::now();
-        if (type == CFG || passesExpiration(level, now)) {
+        if (type == CFG || passes(level, now)) {
             putOff({logger_.name_, now, level, text, line, file, type});
         }
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
     const Time now = Time::now();
-    if (type == CFG || passesExpiration(level, now)) {
+    if (type == CFG || passes(level, now)) {
         const MessageFields fields(logger_.name_, now, level, text, line, file, type);
         ReusedMessage message(fields);
         const Dispatch dispatch(message);
@@ -56,22 +58,30 @@ bool Logger::Inside::lockFor(const LibraryCall& call) {
 }
 
 /// \return whether a message that reached the level when it was logged still does at this moment
-bool Logger::Inside::passesExpiration(Level::LogLevel level, Time now) {
-    if (!isExpired(now)) {
+bool Logger::Inside::passes(Level::LogLevel level, Time now) {
+    if (!isExpired(now) && !needsTemporaryLevel(level)) {
         return true;
     }
     const ScopedLock lock(treeLock());
-    if (!isExpired(now)) {
-        return true; // the level was set anew meanwhile
+    if (isExpired(now)) { // and was not set anew meanwhile
+        lastingLevel_.store(Level::LEVEL_WARNING, std::memory_order_relaxed);
+    } else if (!needsTemporaryLevel(level)) {
+        return true;
     }
-    logger_.level_.store(Level::LEVEL_WARNING, std::memory_order_relaxed);
-    return level >= Level::LEVEL_WARNING;
+    renewLevel(now);
+    return level >= logger_.storedLevel();
 }
 
 bool Logger::Inside::isExpired(Time now) const {
     const Time duration(expirationTime_.load(std::memory_order_relaxed), USEC);
-    return duration != Time() && logger_.getLevel() < Level::LEVEL_WARNING &&
+    return duration != Time() && lastingLevel_.load(std::memory_order_relaxed) < Level::LEVEL_WARNING &&
            now > Time(levelSetTime_.load(std::memory_order_relaxed), USEC) + duration;
+}
+
+/// \return whether the logger would stop a message but for a level that lasts for a while
+bool Logger::Inside::needsTemporaryLevel(Level::LogLevel level) const {
+    return temporaryUntil_.load(std::memory_order_relaxed) != 0 &&
+           level < lastingLevel_.load(std::memory_order_relaxed);
 }
 
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
@@ -121,9 +131,55 @@ bool isListed(const Logger& logger, const Appender* appender) {
 
 void Logger::Inside::inherit() {
     const Inside& parent = *parent_->inside_;
-    logger_.level_.store(parent_->getLevel(), std::memory_order_relaxed);
+    lastingLevel_.store(parent.lastingLevel_, std::memory_order_relaxed);
+    overruledNumber_ = parent.overruledNumber_;
+    renewLevel(Time(levelSetTime_, USEC));
     expirationTime_.store(parent.expirationTime_, std::memory_order_relaxed);
     appenders_.copyFrom(parent.appenders_);
+}
+
+void Logger::Inside::setLevel(Level::LogLevel level, Time now) {
+    levelSetTime_.store(now.microseconds(), std::memory_order_relaxed);
+    lastingLevel_.store(level, std::memory_order_relaxed);
+    overruledNumber_ = TemporaryLevels::instance().newestNumber();
+    temporaryUntil_.store(0, std::memory_order_relaxed);
+    logger_.isTemporary_.store(false, std::memory_order_relaxed);
+    logger_.level_.store(level, std::memory_order_relaxed);
+}
+
+/// Of several levels that hold, the one that ends first tells when to look again.
+void Logger::Inside::renewLevel(Time now) {
+    const Level::LogLevel lasting = lastingLevel_.load(std::memory_order_relaxed);
+    Level::LogLevel level = lasting;
+    std::uint64_t until = 0;
+    TemporaryLevels::instance().forEachLasting(now, overruledNumber_, [&](const TemporaryLevel& temporary) {
+        if (isBelow(*temporary.logger)) {
+            level = std::min(level, temporary.level);
+            const std::uint64_t end = temporary.until.microseconds();
+            until = until == 0 ? end : std::min(until, end);
+        }
+    });
+    if (until != 0) {
+        temporaryUntil_.store(until, std::memory_order_relaxed);
+    }
+    logger_.isTemporary_.store(level < lasting, std::memory_order_relaxed);
+    logger_.level_.store(level, std::memory_order_relaxed);
+}
+
+Level::LogLevel Logger::Inside::levelAt(Time now) noexcept {
+    if (now.microseconds() > temporaryUntil_.load(std::memory_order_relaxed)) {
+        const ScopedLock lock(treeLock());
+        renewLevel(now);
+    }
+    return logger_.storedLevel();
+}
+
+bool Logger::Inside::isBelow(const Logger& top) const {
+    const Logger* logger = &logger_;
+    while (logger != nullptr && logger != &top) {
+        logger = logger->inside_->parent_;
+    }
+    return logger != nullptr;
 }
 
 std::size_t Logger::Inside::countSubtree() {

@@ -54,6 +54,19 @@ struct Logger::Inside {
         }
     }
 
+    /// Sets the level, also in the place of one that was to last for a while only.
+    void setLevel(Level::LogLevel level, Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(treeLock());
+
+    /// Makes the level that of a moment: the lasting one, or a lower one that somebody has asked for until
+    /// then.
+    void renewLevel(Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(treeLock());
+
+    /// \return the level at a moment, for a logger whose level lasts for a while
+    Level::LogLevel levelAt(Util::TimeUtils::Time now) noexcept ZAV_LOG_EXCLUDES(treeLock());
+
+    /// \return whether this logger belongs to the subtree of another
+    bool isBelow(const Logger& top) const;
+
     /// \return how many loggers the subtree has
     std::size_t countSubtree() ZAV_LOG_REQUIRES(treeLock());
 
@@ -66,6 +79,11 @@ struct Logger::Inside {
     // Written under the tree's lock, read without it: the numbers of microseconds.
     std::atomic<std::uint64_t> expirationTime_{0}; ///< 0: a level below `WARNING` lasts for ever
     std::atomic<std::uint64_t> levelSetTime_;
+    std::atomic<Level::LogLevel> lastingLevel_{Level::LEVEL_WARNING}; ///< what the level goes back to
+    /// When the level has to be looked at again; 0 if it was not lowered for a while since it was set.
+    std::atomic<std::uint64_t> temporaryUntil_{0};
+    /// Temporary levels up to this number were set before the level was.
+    std::uint64_t overruledNumber_ ZAV_LOG_GUARDED_BY(treeLock()) = 0;
     AppenderList appenders_;
     /// Held while a message is dispatched: the messages of one logger reach its appenders one by one.
     mutable Platform::CriticalSection criticalSection_;
@@ -74,8 +92,9 @@ struct Logger::Inside {
 
 private:
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
-    bool passesExpiration(Level::LogLevel level, Util::TimeUtils::Time now);
+    bool passes(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
+    bool needsTemporaryLevel(Level::LogLevel level) const;
     void dispatchMessage(ReusedMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
     void putOff(const MessageFields& message);
     static bool dispatchPutOff(Logger& logger, bool mayWait);

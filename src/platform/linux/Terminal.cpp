@@ -5,8 +5,12 @@
 namespace ZAV {
 namespace Platform {
 
+bool isTerminal(StandardStream stream) {
+    return isatty(stream == STANDARD_OUTPUT ? STDOUT_FILENO : STDERR_FILENO) == 1;
+}
+
 bool showsColors() {
-    return isatty(STDOUT_FILENO) == 1;
+    return isTerminal(STANDARD_OUTPUT);
 }
 
 } // namespace Platform

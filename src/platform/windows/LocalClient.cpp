@@ -3,19 +3,55 @@
 #include "platform/windows/Handle.h"
 #include "platform/windows/PipeName.h"
 #include "platform/windows/SystemFailure.h"
+#include "platform/windows/UserOnly.h"
 
+#include <aclapi.h>
 #include <algorithm>
 
 namespace ZAV {
 namespace Platform {
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// \return the milliseconds up to a deadline; 0 if it is over
+DWORD until(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    return left <= 0 ? 0 : static_cast<DWORD>(std::min<std::int64_t>(left, 24 * 3600 * 1000));
+}
+
+} // namespace
+
 struct LocalClient::Inside {
     Handle pipe;
     Handle ready;
-    DWORD limit; ///< in milliseconds
+    Clock::time_point deadline;
 };
 
 namespace {
+
+struct Description {
+    ~Description() { LocalFree(value); }
+    PSECURITY_DESCRIPTOR value = nullptr;
+};
+
+/// A pipe belongs to the user who has made it, or to the administrators if he is one of them.
+void requireTrusted(HANDLE pipe) {
+    const char* const localSystem = "S-1-5-18";
+    const char* const administrators = "S-1-5-32-544";
+    PSID owner = nullptr; // in the description
+    Description description;
+    const DWORD error = GetSecurityInfo(pipe, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
+                                        nullptr, nullptr, &description.value);
+    if (error != ERROR_SUCCESS) {
+        throw systemFailure(error);
+    }
+    const std::string identifier = identifierText(owner);
+    if (identifier != userIdentifier() && identifier != localSystem && identifier != administrators) {
+        throw ForeignServer("the server belongs to another user (" + identifier + "), who is not asked");
+    }
+}
 
 /// The server learns who its client is, but cannot act in the client's name.
 Handle openPipe(const std::string& name) {
@@ -25,11 +61,12 @@ Handle openPipe(const std::string& name) {
 }
 
 /// While the server has all the clients that it serves at once, it waits for one of them to leave.
-Handle connectTo(const std::string& address, DWORD limit) {
+Handle connectTo(const std::string& address, Clock::time_point deadline) {
     const std::string name = pipeName(address);
     Handle pipe = openPipe(name);
     while (!pipe.isOpen() && GetLastError() == ERROR_PIPE_BUSY) {
-        if (!WaitNamedPipeA(name.c_str(), limit)) {
+        const DWORD left = until(deadline);
+        if (left == 0 || !WaitNamedPipeA(name.c_str(), left)) { // 0 would be the server's own limit
             throw systemFailure();
         }
         pipe = openPipe(name); // which another client may have been quicker to take
@@ -37,15 +74,17 @@ Handle connectTo(const std::string& address, DWORD limit) {
     if (!pipe.isOpen()) {
         throw systemFailure();
     }
+    requireTrusted(pipe.get());
     return pipe;
 }
 
 } // namespace
 
 LocalClient::LocalClient(const std::string& address, std::chrono::milliseconds limit)
-    : inside_(new Inside{connectTo(address, static_cast<DWORD>(limit.count())),
-                         Handle(CreateEventA(nullptr, TRUE, FALSE, nullptr)),
-                         static_cast<DWORD>(limit.count())}) {}
+    : inside_(
+          new Inside{Handle(), Handle(CreateEventA(nullptr, TRUE, FALSE, nullptr)), Clock::now() + limit}) {
+    inside_->pipe = connectTo(address, inside_->deadline);
+}
 
 LocalClient::~LocalClient() = default;
 
@@ -54,14 +93,15 @@ namespace {
 /// Waits for a request that the system has taken, and takes it back if that lasts too long.
 /// \param taken what the call that made the request gave
 /// \return how many bytes were read or written; 0 if the server has hung up
-DWORD finish(BOOL taken, HANDLE pipe, OVERLAPPED& request, DWORD limit) {
+DWORD finish(BOOL taken, HANDLE pipe, OVERLAPPED& request, Clock::time_point deadline) {
     const bool isUnderWay = taken || GetLastError() == ERROR_IO_PENDING;
-    const bool isLate = isUnderWay && WaitForSingleObject(request.hEvent, limit) == WAIT_TIMEOUT;
+    const bool isLate = isUnderWay && (until(deadline) == 0 ||
+                                       WaitForSingleObject(request.hEvent, until(deadline)) == WAIT_TIMEOUT);
     if (isLate) {
         CancelIoEx(pipe, &request);
     }
     DWORD count = 0;
-    if (isUnderWay && GetOverlappedResult(pipe, &request, &count, TRUE)) {
+    if (isUnderWay && GetOverlappedResult(pipe, &request, &count, TRUE) && !isLate) {
         return count;
     }
     if (isLate) {
@@ -81,7 +121,7 @@ void LocalClient::send(const std::string& text) {
         request.hEvent = inside_->ready.get();
         const auto piece = static_cast<DWORD>(std::min<std::size_t>(text.size() - sent, 4096));
         const BOOL taken = WriteFile(inside_->pipe.get(), text.data() + sent, piece, nullptr, &request);
-        const DWORD count = finish(taken, inside_->pipe.get(), request, inside_->limit);
+        const DWORD count = finish(taken, inside_->pipe.get(), request, inside_->deadline);
         if (count == 0) {
             throw std::runtime_error("The server has hung up");
         }
@@ -94,7 +134,7 @@ std::string LocalClient::receive() {
     OVERLAPPED request = {};
     request.hEvent = inside_->ready.get();
     const BOOL taken = ReadFile(inside_->pipe.get(), buffer, sizeof buffer, nullptr, &request);
-    return std::string(buffer, finish(taken, inside_->pipe.get(), request, inside_->limit));
+    return std::string(buffer, finish(taken, inside_->pipe.get(), request, inside_->deadline));
 }
 
 } // namespace Platform

@@ -4,15 +4,21 @@
 #include "platform/windows/SystemFailure.h"
 
 #include <sddl.h>
-#include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Platform {
 
-namespace {
+std::string identifierText(PSID identifier) {
+    char* text = nullptr;
+    if (!ConvertSidToStringSidA(identifier, &text)) {
+        throw systemFailure();
+    }
+    std::string result(text);
+    LocalFree(text);
+    return result;
+}
 
-/// \return the security identifier of this process's user in its text form
 std::string userIdentifier() {
     HANDLE opened = nullptr;
     if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) {
@@ -22,17 +28,11 @@ std::string userIdentifier() {
     DWORD size = 0;
     GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
     std::vector<unsigned char> buffer(size);
-    char* text = nullptr;
-    if (!GetTokenInformation(token.get(), TokenUser, buffer.data(), size, &size) ||
-        !ConvertSidToStringSidA(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid, &text)) {
+    if (!GetTokenInformation(token.get(), TokenUser, buffer.data(), size, &size)) {
         throw systemFailure();
     }
-    std::string identifier(text);
-    LocalFree(text);
-    return identifier;
+    return identifierText(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid);
 }
-
-} // namespace
 
 UserOnly::UserOnly() {
     // Protected from what would be inherited; one entry, which allows the user everything.

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <string>
 #include <windows.h>
 
 namespace ZAV {
 namespace Platform {
+
+/// \return a security identifier in its text form
+std::string identifierText(PSID identifier);
+
+/// \return the security identifier of this process's user, in its text form
+std::string userIdentifier();
 
 /// The right to use an object, for the user of this process and nobody else.
 class UserOnly {

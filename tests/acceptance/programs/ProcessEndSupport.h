@@ -24,6 +24,7 @@ inline bool initForEnd(const std::string& directory, const std::string& waitingP
     properties["appender.queued"] = "SimpleFileAppender";
     properties["appender.queued.asynchronous"] = "true";
     properties["appender.queued.dir"] = directory;
+    properties["appender.queued.level"] = "TRACE";
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
     properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = waitingPeriod;
     return Log::LogManager::init(properties);

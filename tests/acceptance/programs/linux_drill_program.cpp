@@ -143,7 +143,8 @@ bool forkChild(int child, const std::string& directory) {
     return waitpid(process, &status, 0) == process && status == 0; // a hang here is a failure
 }
 
-/// Other threads log, make loggers, deliver, and take the library down and set it up again.
+/// Other threads log, make loggers, deliver, lower levels and look at them, and take the library down and set
+/// it up again.
 int forkWhileThreadsLog(const std::string& directory) {
     Returned returned{};
     std::atomic<bool> stopped{false};
@@ -158,6 +159,12 @@ int forkWhileThreadsLog(const std::string& directory) {
     });
     std::locale::global(std::locale(std::locale(), new Grouping));
     std::thread locking([&stopped] { lockStandardLibraries(stopped); });
+    std::thread steering([&] {
+        while (!stopped) {
+            LogManager::setLevelFor("net", Level::DEBUG, Util::TimeUtils::Time(1, Util::TimeUtils::MSEC));
+            LogManager::appenders();
+        }
+    });
     bool endedWell = true;
     for (int child = 0; child < 60; ++child) {
         endedWell = forkChild(child, directory) && endedWell;
@@ -166,6 +173,7 @@ int forkWhileThreadsLog(const std::string& directory) {
     logging.join();
     restarting.join();
     locking.join();
+    steering.join();
     return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "log/Level.h"
+#include "platform/CriticalSection.h"
+#include "zav-util/TimeUtils.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+class Logger;
+
+/// A level that is let through for a while, by the loggers of a subtree and by every appender.
+struct TemporaryLevel {
+    using Time = Util::TimeUtils::Time;
+
+    const Logger* logger; ///< the top of the subtree
+    Level::LogLevel level;
+    std::uint64_t number; ///< higher than that of any earlier one
+    Time from;
+    Time until;           ///< the last moment that belongs to it
+    bool isEnded = false; ///< replaced or taken back before its time was over: `until` is when
+
+    bool covers(Time time) const { return from <= time && time <= until; }
+};
+
+/// What `LogManager::setLevelFor` has set. A message is judged by the time when it was logged, and it may
+/// come out of the queue long after: so those whose time is over are kept as well, the last few of them.
+///
+/// The functions may be called from any thread. Those that change something are called under the tree's lock,
+/// which is taken before this one's.
+class TemporaryLevels {
+public:
+    using Time = Util::TimeUtils::Time;
+
+    /// Never destroyed, since threads may still log while the process ends.
+    static TemporaryLevels& instance();
+
+    /// Sets a level from now on, in the place of the one that the logger has.
+    /// \param until later than now
+    void set(const Logger* logger, Level::LogLevel level, Time now, Time until);
+
+    /// Ends those of the loggers that a function selects.
+    template <typename Selection>
+    void endWhere(const Selection& isSelected, Time now) {
+        const Platform::ScopedLock lock(lock_);
+        for (TemporaryLevel& temporary : levels_) {
+            if (!temporary.isEnded && isSelected(temporary.logger)) {
+                end(temporary, now);
+            }
+        }
+    }
+
+    /// \return the number of the newest one; 0 if there has been none
+    std::uint64_t newestNumber() const noexcept { return newest_.load(std::memory_order_relaxed); }
+
+    /// Calls a function with each whose time is not over at a moment, and with no number below `after`. One
+    /// that begins later by then begins at that moment: the clock has been set back.
+    template <typename Function>
+    void forEachLasting(Time now, std::uint64_t after, const Function& function) {
+        const Platform::ScopedLock lock(lock_);
+        for (TemporaryLevel& temporary : levels_) {
+            if (!temporary.isEnded && now <= temporary.until && temporary.number > after) {
+                temporary.from = temporary.from < now ? temporary.from : now;
+                function(temporary);
+            }
+        }
+    }
+
+    /// \return whether an appender that would stop a message of that level has to take it; one comparison
+    ///         while nothing was ever set
+    bool letsThrough(Level::LogLevel level, Time time) const {
+        return level >= lowest_.load(std::memory_order_relaxed) && time <= latest() && covers(level, time);
+    }
+
+    /// \return the lowest one that holds at a moment, of several such that which ends last
+    std::optional<TemporaryLevel> lowestAt(Time time) const;
+
+private:
+    TemporaryLevels() = default;
+
+    Time latest() const { return Time(latest_.load(std::memory_order_relaxed), Util::TimeUtils::USEC); }
+    bool covers(Level::LogLevel level, Time time) const;
+    void end(TemporaryLevel& temporary, Time now) ZAV_LOG_REQUIRES(lock_);
+    void forgetOldest(Time now) ZAV_LOG_REQUIRES(lock_);
+    void renewBounds() ZAV_LOG_REQUIRES(lock_);
+
+    mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
+    std::vector<TemporaryLevel> levels_ ZAV_LOG_GUARDED_BY(lock_); ///< in the order of their numbers
+
+    // Written under the lock, read without it: what spares nearly every message the lock.
+    std::atomic<std::uint64_t> newest_{0};
+    std::atomic<std::int32_t> lowest_{std::numeric_limits<std::int32_t>::max()}; ///< of all levels
+    std::atomic<std::uint64_t> latest_{0}; ///< the last moment of all, in microseconds
+};
+
+} // namespace Log
+} // namespace ZAV

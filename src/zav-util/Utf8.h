@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ZAV {
+namespace Util {
+
+/// What a text begins with, read as UTF-8.
+struct CodePoint {
+    char32_t value = 0;
+    std::size_t size = 0; ///< bytes; 0 if the text does not begin with a whole and valid character
+};
+
+/// \param text at least one byte
+CodePoint firstCodePoint(std::string_view text);
+
+/// \return whether a text is the beginning of a character that more bytes may complete
+bool isCutCharacter(std::string_view text);
+
+/// \return whether a character changes what a terminal shows of the text around it, and is none of ASCII: the
+///         control characters from U+0080 to U+009F, and those that override or isolate the direction of
+///         writing
+bool steersTerminal(char32_t character);
+
+/// Appends a byte as `\xHH`.
+void appendByteEscape(std::string& text, char byte);
+
+/// Appends a character as `\u{HHHH}`.
+/// \param character below U+10000
+void appendCharacterEscape(std::string& text, char32_t character);
+
+} // namespace Util
+} // namespace ZAV

@@ -1,0 +1,98 @@
+#include "explain/RunningLevels.h"
+
+#include "Complaint.h"
+#include "Failure.h"
+#include "ctl/ControlClient.h"
+#include "log/LoggerFactory.h"
+#include "log/config/KeyNames.h"
+#include "options/LevelName.h"
+#include "zav-util/StringUtils.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+constexpr int BEHIND_LOGGER = 2;   ///< its level and its minutes
+constexpr int BEHIND_APPENDER = 4; ///< class, sync or async, level and seconds
+
+/// Takes the last word off a line.
+std::string takeLastWord(std::string& line) {
+    const std::size_t blank = line.find_last_of(' ');
+    const std::string word = blank == std::string::npos ? std::string() : line.substr(blank + 1);
+    line.erase(std::min(blank, line.size()));
+    return word;
+}
+
+std::string ask(ControlClient& client, const std::string& request) {
+    const ControlClient::Answer answer = client.ask(request);
+    if (!answer.refusal.empty()) {
+        throw Failure(answer.refusal);
+    }
+    return answer.lines;
+}
+
+} // namespace
+
+RunningLevels::RunningLevels(const std::string& address) : address_(address) {
+    ControlClient client(address);
+    loggers_ = read(ask(client, "loggers"), BEHIND_LOGGER);
+    appenders_ = read(ask(client, "appenders"), BEHIND_APPENDER);
+}
+
+/// A name may have blanks in it, and the level is the last word but one.
+std::vector<RunningLevels::Named> RunningLevels::read(const std::string& answer, int wordsBehindName) const {
+    std::vector<Named> all;
+    for (std::string line : Util::split(answer, '\n')) {
+        takeLastWord(line);
+        const std::string level = takeLastWord(line);
+        for (int taken = 2; taken < wordsBehindName; ++taken) {
+            takeLastWord(line);
+        }
+        all.push_back({line, findLevel(level)});
+        if (line.empty() || (!all.back().level && level != "-")) {
+            throw Failure(address_ + ": the answer cannot be understood");
+        }
+    }
+    return all;
+}
+
+const RunningLevels::Named* RunningLevels::findAppender(const std::string& name) const {
+    const auto found = std::find_if(appenders_.begin(), appenders_.end(),
+                                    [&name](const Named& appender) { return appender.name == name; });
+    return found == appenders_.end() ? nullptr : &*found;
+}
+
+void RunningLevels::applyTo(Util::Properties& properties) const {
+    for (const std::string& key : properties.getKeys()) {
+        const std::optional<std::string> name = Log::declaredAppender(key);
+        if (!name) {
+            continue;
+        }
+        const Named* const running = findAppender(*name);
+        if (running == nullptr) {
+            complain("the program at " + address_ + " has no appender '" + *name +
+                     "'; its level is that of the file");
+            continue;
+        }
+        const std::string level = Log::appenderKey(*name, Log::AppenderSetting::LEVEL);
+        properties.erase(Log::appenderKey(*name, Log::AppenderSetting::EXPIRATION));
+        properties.erase(level);
+        if (running->level) {
+            properties[level] = Log::Level::toString(*running->level);
+        }
+    }
+}
+
+void RunningLevels::applyToLoggers() const {
+    for (const Named& logger : loggers_) {
+        Log::Logger& own = logger.name == "root" ? Log::LoggerFactory::getRootLogger()
+                                                 : Log::LoggerFactory::getLogger(logger.name);
+        own.setLevel(logger.level.value_or(own.getLevel()), false);
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV
