@@ -11,7 +11,8 @@ struct FileRules {
     /// read and write that the process does not mask. A file that exists keeps its own.
     std::optional<unsigned> permissions;
 
-    /// Whether a symbolic link in the place of the file leads to it, or is an error.
+    /// Whether a symbolic link in the place of the file leads to it, or is an error. Where it is an error,
+    /// a process that runs as root refuses a file of another user as well.
     bool followLinks = true;
 };
 

@@ -9,6 +9,11 @@ namespace Platform {
 /// \return true if the file now has the new name
 bool renameFile(const std::string& from, const std::string& to);
 
+/// \return the path, from the root of the file system if it is a relative one: it leads to the same folder, also
+///         when the process has gone into another one. An empty path stays, since what is put behind it
+///         begins with a "/"; and so does one from a folder that the process could not come back to.
+std::string absolutePath(const std::string& folder);
+
 /// Deletes a file; directories are left alone.
 /// \return true if the file is gone
 bool removeFile(const std::string& path);

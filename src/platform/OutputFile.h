@@ -16,7 +16,9 @@ class OutputFile {
 public:
     enum Mode {
         TRUNCATE, ///< the content of a file that exists is lost
-        APPEND    ///< it is kept
+        APPEND,   ///< it is kept
+        CREATE ///< none should be there; one that is there all the same is refused if links are not followed,
+               ///< and otherwise kept, but a link is refused in any case
     };
 
     OutputFile() noexcept = default;
@@ -24,11 +26,15 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible.
+    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible,
+    /// and never waits for another process. What stands in the file's place is looked at before it is
+    /// changed: a regular file and a character device will do, and a pipe that has a reader if a symbolic
+    /// link leads to it. All else is refused and left as it was.
     void open(const std::string& path, Mode mode, const FileRules& rules = FileRules()) noexcept;
 
     /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
-    /// end. It is a failure if the system does not accept the whole text.
+    /// end. It is a failure if the system does not accept the whole text. A pipe whose reader has left is a
+    /// failure and no signal.
     void write(const std::string& text) noexcept;
 
     /// Closes the file, if one is open. A failed write that the system reports only now counts as well.
@@ -45,13 +51,14 @@ public:
 
     /// \param path leads to the open file
     /// \return whether the open file has a last line without an end; false if it cannot be read
-    bool endsInTornLine(const std::string& path) const noexcept;
+    bool endsInTornLine(const std::string& path, const FileRules& rules = FileRules()) const noexcept;
 
 private:
     static constexpr int NONE = -1;
 
     int descriptor_ = NONE;
     bool failed_ = false;
+    bool isPipe_ = false; ///< whether its reader may leave
 };
 
 } // namespace Platform

@@ -1,6 +1,6 @@
 #include "zav-util/StandardError.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/StandardStreams.h"
 
 #include <iostream>
 #include <string>
@@ -9,11 +9,10 @@ namespace ZAV {
 namespace Util {
 
 void writeErrorLine(std::string_view begin, std::string_view rest) noexcept {
-    const Platform::NoCancellation noCancellation;
     try {
         std::string text(begin);
         text.append(rest).append(1, '\n');
-        std::cerr.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+        Platform::writeToStream(std::cerr, text);
     } catch (...) {
         return;
     }

@@ -247,8 +247,13 @@ TEST_F(Control, TheServerThreadLeavesSignalsToTheApplication) {
 }
 
 TEST_F(Control, AFlushThatHangsKeepsNobodyWaiting) {
-    ASSERT_EQ(mkfifo((directory_ / "x").c_str(), S_IRUSR | S_IWUSR),
-              0); // blocks the appender until it is read
+    // A pipe that is full blocks the appender until it is read.
+    ASSERT_EQ(mkfifo((directory_ / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    ASSERT_EQ(symlink("pipe", (directory_ / "x").c_str()), 0);
+    const int reader = open((directory_ / "pipe").c_str(), O_RDWR | O_NONBLOCK);
+    char page[4096] = {};
+    while (write(reader, page, sizeof page) > 0) {
+    }
     Util::Properties properties;
     properties["appender.x"] = "SimpleFileAppender";
     properties["appender.x.asynchronous"] = "true";
@@ -263,7 +268,8 @@ TEST_F(Control, AFlushThatHangsKeepsNobodyWaiting) {
     EXPECT_EQ(Client(address_).ask("level root ERROR"), "ok\n");
     EXPECT_EQ(flushing.answer(), "error: The queue was not written in time.\n");
 
-    const int reader = open((directory_ / "x").c_str(), O_RDONLY | O_NONBLOCK);
+    while (read(reader, page, sizeof page) > 0) {
+    }
     while (flushing.ask("flush") != "ok\n") { // a hang here is the failure
     }
     LogManager::finish();

@@ -43,6 +43,15 @@ protected:
     static std::string line(const std::string& text) { return formatLogLine(makeMessage(text)) + "\n"; }
     static void passTime(Time time) { setClock(Time::now() + time); }
 
+    static std::vector<std::string> linesOf(const std::string& text) {
+        std::istringstream stream(text);
+        std::vector<std::string> lines;
+        for (std::string one; std::getline(stream, one);) {
+            lines.push_back(one);
+        }
+        return lines;
+    }
+
     std::string file(const std::string& index) const { return directory_ / ("f" + index); }
     std::string content(const std::string& index) const { return readFile(file(index)); }
 
@@ -208,6 +217,109 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
     EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
     EXPECT_EQ(content("0"), line("child"));
     EXPECT_EQ(content("1"), line("parent"));
+}
+
+TEST_F(FileSettings, WhatChildrenWriteBeforeTheirParentStaysInTheLiveFile) {
+    const auto appender = make<FileAppenderBuilder>({{"fileNumber", "0"}});
+    for (int children = 0; children < 2; ++children) {
+        const pid_t child = fork();
+        if (child == 0) {
+            appender->output(makeMessage("child"));
+            _exit(0);
+        }
+        ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    }
+    appender->output(makeMessage("parent"));
+    EXPECT_THAT(linesOf(content("0")),
+                ElementsAre(EndsWith(" child"), EndsWith(" child"), EndsWith(" parent")));
+}
+
+TEST_F(FileSettings, AForkedChildFollowsTheLiveFileThatItsParentMoves) {
+    const auto appender =
+        make<FileAppenderBuilder>({{"fileNumber", "0"}, {"fileMaxSize", "200"}, {"fileMaxSizeUnit", "B"}});
+    appender->output(makeMessage("a"));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char moved = 0;
+        appender->output(makeMessage(read(ends[0], &moved, 1) == 1 ? "child" : "not told"));
+        _exit(0);
+    }
+    appender->output(makeMessage(std::string(150, 'b'))); // which deletes the file that the child has open
+    ASSERT_EQ(write(ends[1], "m", 1), 1);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith("bbb"), EndsWith(" child")));
+}
+
+TEST_F(FileSettings, AChildThatTakesOverASeriesWithoutAFileBeginsItAsItsParentWould) {
+    writeFile(file("0"), "earlier run\n");
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        const auto appender = make<FileAppenderBuilder>({});
+        const pid_t self = getpid();
+        if (fork() == 0) {
+            while (Platform::isProcessAlive(self)) {
+                std::this_thread::yield();
+            }
+            appender->output(makeMessage("child"));
+        }
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(parent, nullptr, 0), parent);
+    close(ends[1]);
+    char nothing = 0;
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
+    EXPECT_EQ(content("1"), "earlier run\n");
+    EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith(" child")));
+}
+
+TEST_F(FileSettings, FilesStayInTheFolderThatWasMeantWhenTheAppenderWasMade) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(directory_.path());
+    std::filesystem::create_directory("logs");
+    const auto simple = make<SimpleFileAppenderBuilder>({{"dir", "logs"}, {"file", "s"}});
+    const auto rotating =
+        make<FileAppenderBuilder>({{"dir", "logs"}, {"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+    std::filesystem::current_path(before);
+    for (int messages = 0; messages < 2; ++messages) {
+        simple->output(makeMessage("a"));
+        rotating->output(makeMessage("a"));
+    }
+    EXPECT_EQ(failure(), "none");
+    EXPECT_EQ(linesOf(readFile(directory_ / "logs/s")).size(), 2U);
+    EXPECT_EQ(linesOf(readFile(directory_ / "logs/f0") + readFile(directory_ / "logs/f1")).size(), 2U);
+
+    std::filesystem::remove_all(directory_ /
+                                "logs"); // what is said of it keeps the words of the configuration
+    simple->output(makeMessage("b"));
+    EXPECT_THAT(failure(), StartsWith("Failed to open file logs/s. "));
+    rotating->output(makeMessage("b"));
+    EXPECT_EQ(failure(), "Unable to open the file: logs/f0");
+}
+
+TEST_F(FileSettings, AnEmptyFolderIsTheRoot) {
+    const std::string inRoot = directory_.path().substr(1) + "/f";
+    make<FileAppenderBuilder>({{"dir", ""}, {"file", inRoot}})->output(makeMessage("a"));
+    make<SimpleFileAppenderBuilder>({{"dir", ""}, {"file", inRoot + "-s"}})->output(makeMessage("a"));
+    EXPECT_EQ(failure(), "none");
+    EXPECT_EQ(linesOf(content("0") + content("-s")).size(), 2U);
+}
+
+TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
+    for (const char* follows : {"true", "false"}) {
+        ASSERT_EQ(mkfifo(file("").c_str(), 0600), 0);
+        make<SimpleFileAppenderBuilder>({{"followLinks", follows}})->output(makeMessage("a"));
+        EXPECT_THAT(failure(), StartsWith("Failed to open file"));
+        std::filesystem::create_directory(file("1")); // keeps the pipe from being moved
+        std::filesystem::rename(file(""), file("0"));
+        make<FileAppenderBuilder>({{"followLinks", follows}})->output(makeMessage("a"));
+        EXPECT_EQ(failure(), "Unable to open the file: " + file("0"));
+        std::filesystem::remove(file("0"));
+        std::filesystem::remove(file("1"));
+    }
 }
 
 TEST_F(FileSettings, TwoWritersLeaveNoHoles) {

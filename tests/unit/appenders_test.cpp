@@ -230,9 +230,11 @@ TEST_F(RotatingFiles, CheckTheSizeBeforeTheWriteWithOneByteForTheEndOfLine) {
     small->output(lineOfLength(99));
     EXPECT_TRUE(rotatedBy(*small, lineOfLength(100)));
     EXPECT_TRUE(rotatedBy(*small, lineOfLength(1000))); // a long line gets a file of its own
-    const auto large = configure({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "GB"}});
-    large->output(lineOfLength(99));
-    EXPECT_FALSE(rotatedBy(*large, lineOfLength(11 * mega)));
+    for (const char* size : {"1", "17179869184"}) {     // the second is more bytes than any number
+        const auto large = configure({{"fileMaxSize", size}, {"fileMaxSizeUnit", "GB"}});
+        large->output(lineOfLength(99));
+        EXPECT_FALSE(rotatedBy(*large, lineOfLength(11 * mega))) << size;
+    }
 }
 
 TEST_F(RotatingFiles, GrowOldWhenTheyHaveBeenOpenForTooLong) {

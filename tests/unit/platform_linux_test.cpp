@@ -99,7 +99,7 @@ TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
         stream.peek(); // waits until the writer is at it
         // The first one ends a write with what the pipe took, the next ones end writes of nothing. They are
         // counted here, since the thread sanitizer puts the handler off until the writer is through.
-        for (int i = 0; i < 10'000; ++i) {
+        for (int i = 0; i < 1'000; ++i) {
             pthread_kill(writer, SIGUSR1);
             std::this_thread::yield();
         }
@@ -109,14 +109,111 @@ TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
     for (int i = 0; i < 100'000; ++i) { // more than the pipe takes
         text += std::to_string(i);
     }
+    std::filesystem::create_symlink("pipe", directory / "link");
     Platform::OutputFile file;
-    file.open(pipe, Platform::OutputFile::APPEND);
+    do {
+        file.open(directory / "link", Platform::OutputFile::APPEND);
+    } while (file.hasFailed()); // until the reader is there
     file.write(text);
     file.close();
     reader.join();
     EXPECT_GT(interruptions, 0);
     EXPECT_FALSE(file.hasFailed());
     EXPECT_TRUE(received == text);
+}
+
+namespace {
+
+using Platform::FileRules;
+using Platform::OutputFile;
+
+constexpr OutputFile::Mode MODES[] = {OutputFile::TRUNCATE, OutputFile::APPEND, OutputFile::CREATE};
+constexpr FileRules STRICT{std::nullopt, false};
+
+bool canOpen(const std::string& path, OutputFile::Mode mode, const FileRules& rules) {
+    OutputFile file;
+    file.open(path, mode, rules);
+    EXPECT_EQ(file.isOpen(), !file.hasFailed());
+    return file.isOpen();
+}
+
+} // namespace
+
+TEST(OutputFile, RefusesWhatIsNoFileAndLeavesItAlone) {
+    const TemporaryDirectory directory;
+    const std::string pipe = directory / "pipe";
+    std::filesystem::create_symlink("pipe", directory / "link");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const bool hasReader : {false, true}) {
+        const int reader = hasReader ? ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK) : -1;
+        for (const OutputFile::Mode mode : MODES) {
+            EXPECT_FALSE(canOpen(pipe, mode, FileRules()));
+            EXPECT_FALSE(canOpen(pipe, mode, STRICT));
+            EXPECT_FALSE(canOpen(directory / "link", mode, STRICT));
+            EXPECT_EQ(canOpen(directory / "link", mode, FileRules()),
+                      hasReader && mode != OutputFile::CREATE);
+            EXPECT_FALSE(canOpen(directory.path(), mode, FileRules()));
+            EXPECT_TRUE(canOpen("/dev/null", mode, FileRules()));
+        }
+        ::close(reader);
+    }
+    EXPECT_TRUE(canOpen("/dev/null", OutputFile::APPEND, STRICT));
+}
+
+TEST(OutputFile, KeepsWhatHasAppearedInTheNewFilesPlace) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "f";
+    for (const std::optional<unsigned> permissions :
+         {std::optional<unsigned>(), std::optional<unsigned>(0600)}) {
+        writeFile(path, "foreign\n");
+        EXPECT_FALSE(canOpen(path, OutputFile::CREATE, {permissions, false}));
+        EXPECT_TRUE(canOpen(path, OutputFile::CREATE, {permissions, true}));
+        EXPECT_EQ(readFile(path), "foreign\n");
+        std::filesystem::remove(path);
+        EXPECT_TRUE(canOpen(path, OutputFile::CREATE, {permissions, false}));
+        std::filesystem::remove(path);
+        for (const char* target : {"missing", "present"}) {
+            writeFile(directory / "present", "foreign\n");
+            std::filesystem::create_symlink(target, path);
+            EXPECT_FALSE(canOpen(path, OutputFile::CREATE, {permissions, false}));
+            EXPECT_FALSE(canOpen(path, OutputFile::CREATE, {permissions, true}));
+            EXPECT_FALSE(fileExists(directory / "missing"));
+            EXPECT_EQ(readFile(directory / "present"), "foreign\n");
+            std::filesystem::remove(path);
+        }
+    }
+}
+
+TEST(OutputFile, RefusesAnotherUsersFileForRootWhereLinksAreNotFollowed) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root is refused such a file, and only root can make one";
+    }
+    const TemporaryDirectory directory;
+    const std::string path = directory / "f";
+    writeFile(path, "foreign\n");
+    ASSERT_EQ(chown(path.c_str(), 1, 1), 0);
+    EXPECT_FALSE(canOpen(path, OutputFile::APPEND, STRICT));
+    EXPECT_FALSE(canOpen(path, OutputFile::TRUNCATE, STRICT));
+    EXPECT_EQ(readFile(path), "foreign\n");
+    EXPECT_TRUE(canOpen(path, OutputFile::TRUNCATE, FileRules()));
+    EXPECT_EQ(readFile(path), "");
+}
+
+TEST(OutputFile, WritesToAPipeWhoseReaderHasLeftWithoutASignal) {
+    const TemporaryDirectory directory;
+    std::filesystem::create_symlink("pipe", directory / "link");
+    ASSERT_EQ(mkfifo((directory / "pipe").c_str(), 0600), 0);
+    const int reader = ::open((directory / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    OutputFile file;
+    file.open(directory / "link", OutputFile::APPEND);
+    file.write("a");
+    EXPECT_FALSE(file.hasFailed());
+    ::close(reader);
+    file.write("b"); // here the signal would end the test
+    EXPECT_TRUE(file.hasFailed());
+    sigset_t pending;
+    ASSERT_EQ(sigpending(&pending), 0);
+    EXPECT_FALSE(sigismember(&pending, SIGPIPE));
 }
 
 TEST(NoCancellation, PutsOffACancellationThatIsAskedForBeforeASystemCall) {

@@ -19,7 +19,7 @@ void checkProduct(const Configuration& configuration, const DeclaredAppender& ap
     if (isRead && isProductTooLarge(size->value, unit->value)) {
         findings.addWarning(later(*size, *unit), "out-of-range",
                             "the size " + size->value + ' ' + unit->value +
-                                " does not fit into 64 bits of bytes, of which only the lowest count");
+                                " does not fit into 64 bits of bytes and counts as the largest that does");
     }
 }
 

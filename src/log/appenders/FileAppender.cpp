@@ -35,7 +35,8 @@ FileAppender::FileAppender(const std::string& name, bool synchronous, const Filt
     : Appender(name, synchronous, filters), dir_(dir), file_(file),
       fileNumber_(std::min(fileNumber, HIGHEST_FILE_NUMBER)), fileMaxSize_(fileMaxSize),
       openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime), options_(options),
-      livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_), lastLook_(openTime_) {}
+      folder_(Platform::absolutePath(dir_)), livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_),
+      lastLook_(openTime_) {}
 
 /// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
 /// forks can wait until no line is half written.
@@ -44,7 +45,7 @@ void FileAppender::doOutput(const LogMessage& message) {
     recover();
     checkFile();
     renderLine(message);
-    prepareFile(currentSize_ + line_.size());
+    prepareFile();
     write(line_);
 }
 
@@ -76,15 +77,19 @@ void FileAppender::renderLine(const LogMessage& message) {
 
 /// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
 /// memory is taken up by the next message where this one stopped.
-void FileAppender::prepareFile(std::uint64_t newSize) {
-    if (outputFileStream_.isOpen() && newSize <= fileMaxSize_ && !isTooOld()) {
+void FileAppender::prepareFile() {
+    if (outputFileStream_.isOpen() && hasRoom() && !owner_.isBehind()) {
         return;
     }
     if (!owner_.mayRotate()) {
-        if (!outputFileStream_.isOpen() || !outputFileStream_.isAt(livePath_)) {
-            continueFile();
-        }
+        followFile();
         return;
+    }
+    if (!outputFileStream_.isOpen() && !hasRotated_ && owner_.isShared()) {
+        continueFile();
+        if (hasRoom()) {
+            return;
+        }
     }
     outputFileStream_.close();
     if (!hasRotated_) {
@@ -97,6 +102,18 @@ void FileAppender::prepareFile(std::uint64_t newSize) {
     openFile();
 }
 
+bool FileAppender::hasRoom() const {
+    return currentSize_ + line_.size() <= fileMaxSize_ && !isTooOld();
+}
+
+/// In a process that may not rotate, which goes where the live file is now.
+void FileAppender::followFile() {
+    owner_.follow();
+    if (!outputFileStream_.isOpen() || !outputFileStream_.isAt(livePath_)) {
+        continueFile();
+    }
+}
+
 bool FileAppender::isTooOld() const {
     return fileMaxLifetime_ != Time() && Time::now() > openTime_ + fileMaxLifetime_;
 }
@@ -104,7 +121,7 @@ bool FileAppender::isTooOld() const {
 /// Finds the files that an earlier run or another process left.
 void FileAppender::browseFiles() {
     std::vector<std::string> entries;
-    if (!Platform::listFiles(dir_, entries)) {
+    if (!Platform::listFiles(folder_, entries)) {
         const std::string pattern = dir_ + "/*";
         const int invalidHandle = -1;
         throw LogException(
@@ -140,21 +157,24 @@ void FileAppender::rotateFiles() {
         renamings.push_back({&*name, pathOf(*name), pathOf(next)});
     }
     const bool isFull = !fileNames_.empty() && indexOf(fileNames_.back()) >= fileNumber_;
+    bool isGone = true; // of the file with the lowest index, which comes last
     if (isFull) {
-        Platform::removeFile(renamings.front().from);
+        isGone = Platform::removeFile(renamings.front().from);
         fileNames_.pop_back();
     }
     for (auto renaming = renamings.begin() + (isFull ? 1 : 0); renaming != renamings.end(); ++renaming) {
         ++renaming->name->back();
-        Platform::renameFile(renaming->from, renaming->to);
+        isGone = Platform::renameFile(renaming->from, renaming->to);
     }
+    liveFileStays_ = !isGone && renamings.back().from == livePath_;
 }
 
 void FileAppender::openFile() {
     fileNames_.push_front(file_ + LIVE_INDEX);
     hasRotated_ = false; // from here on the series has its live file, or has failed
-    openLiveFile(Platform::OutputFile::TRUNCATE);
-    currentSize_ = 0;
+    openLiveFile(liveFileStays_ ? Platform::OutputFile::TRUNCATE : Platform::OutputFile::CREATE);
+    currentSize_ = outputFileStream_.size();
+    owner_.noteRotation();
 }
 
 /// Opens the live file where it ends and leaves the older files where they are: whoever put it there, what it
@@ -165,7 +185,7 @@ void FileAppender::continueFile() {
     outputFileStream_.close();
     openLiveFile(Platform::OutputFile::APPEND);
     currentSize_ = outputFileStream_.size();
-    if (outputFileStream_.endsInTornLine(livePath_)) {
+    if (outputFileStream_.endsInTornLine(livePath_, options_.rules)) {
         write("\n");
     }
 }
@@ -174,7 +194,7 @@ void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
     lastLook_ = Time::now();
     outputFileStream_.open(livePath_, mode, options_.rules);
     if (outputFileStream_.hasFailed()) {
-        throw LogException("Unable to open the file: " + livePath_);
+        throw LogException("Unable to open the file: " + dir_ + "/" + file_ + LIVE_INDEX);
     }
     openTime_ = lastLook_;
 }
@@ -196,7 +216,7 @@ void FileAppender::checkFile() const {
 }
 
 std::string FileAppender::pathOf(const std::string& fileName) const {
-    return dir_ + "/" + fileName;
+    return folder_ + "/" + fileName;
 }
 
 } // namespace Log

@@ -20,7 +20,8 @@ namespace Log {
 /// The live file gives way to a new one when the next line would make it too large, or when it has been open
 /// too long; each older file then moves up by one, and the one beyond the highest index is deleted.
 ///
-/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`.
+/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. A relative
+/// directory is taken from the one that the process is in when the appender is made.
 class FileAppender : public Appender {
 public:
     /// So that an index is always one digit.
@@ -44,7 +45,9 @@ private:
     void recover() ZAV_LOG_REQUIRES(criticalSection_);
     bool isTimeToLook() const ZAV_LOG_REQUIRES(criticalSection_);
     void renderLine(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
-    void prepareFile(std::uint64_t newSize) ZAV_LOG_REQUIRES(criticalSection_);
+    void prepareFile() ZAV_LOG_REQUIRES(criticalSection_);
+    bool hasRoom() const ZAV_LOG_REQUIRES(criticalSection_);
+    void followFile() ZAV_LOG_REQUIRES(criticalSection_);
     bool isTooOld() const ZAV_LOG_REQUIRES(criticalSection_);
     void browseFiles() ZAV_LOG_REQUIRES(criticalSection_);
     bool isInSeries(const std::string& fileName) const;
@@ -56,7 +59,7 @@ private:
     void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     std::string pathOf(const std::string& fileName) const;
 
-    std::string dir_;
+    std::string dir_; ///< as it was given, for texts
     std::string file_;
     std::uint64_t fileNumber_;
     std::uint64_t fileMaxSize_;
@@ -69,12 +72,15 @@ private:
     Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 
     const FileOptions options_;
+    const std::string folder_; ///< `dir_`, wherever the process goes
     const std::string livePath_;
     SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
     /// Whether others may have changed the series since `fileNames_` was read.
     bool mustBrowse_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
     /// Whether the older files have moved up already for a live file that is not open yet.
     bool hasRotated_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
+    /// Whether the last rotation had to leave the live file where it was.
+    bool liveFileStays_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
     Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
     std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
 };

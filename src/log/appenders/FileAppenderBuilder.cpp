@@ -5,10 +5,22 @@
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 
+#include <limits>
+
 namespace ZAV {
 namespace Log {
 
 using namespace Util::TimeUtils;
+
+namespace {
+
+/// \return the bytes of a size; the largest number if it is more than that, since no limit is nearer
+std::uint64_t bytesOf(std::uint64_t count, std::uint64_t unit) {
+    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+    return count > LARGEST / unit ? LARGEST : count * unit;
+}
+
+} // namespace
 
 FileAppenderBuilder::FileAppenderBuilder(const std::string& name) : AppenderBuilder(name), file_(name) {}
 
@@ -42,7 +54,7 @@ void FileAppenderBuilder::configureSize(const AppenderSettings& settings) {
     }
     const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(size);
     if (count.isNumber) {
-        fileMaxSize_ = count.value * readSizeUnit(unit).value_or(DEFAULT_SIZE_UNIT);
+        fileMaxSize_ = bytesOf(count.value, readSizeUnit(unit).value_or(DEFAULT_SIZE_UNIT));
     }
 }
 

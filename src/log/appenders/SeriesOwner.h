@@ -5,11 +5,14 @@
 namespace ZAV {
 namespace Log {
 
-/// Says whether this process may rotate a series of files. A forked child that rotated would tear the files
-/// away from its parent, so it may not while the parent lives, also with an appender that it makes itself for
-/// the same files.
+/// Says which process may rotate a series of files. A forked child that rotated would tear the files away
+/// from its parent, so it may not while the parent lives, also with an appender that it makes itself for the
+/// same files. It only appends to the live file, and follows when the parent has moved that.
 ///
-/// Which process rotates which series is remembered for the whole process, and forked with it.
+/// Which process rotates which series is remembered for the whole process, and forked with it. What changes
+/// of it afterwards is in memory that these processes have in common.
+///
+/// An object belongs to one appender, whose lock guards it.
 class SeriesOwner {
 public:
     /// \param livePath the path of the live file, which stands for the series
@@ -22,13 +25,28 @@ public:
     /// it has ended. Takes no lock.
     bool mayRotate();
 
+    /// \return whether the live file holds what another of these processes has written before this one began,
+    ///         so that it may not be rotated away at the beginning
+    bool isShared() const;
+
+    /// Notes that this process has moved the live file.
+    void noteRotation();
+
+    /// Notes that this process, which may not rotate, is about to look where the live file is.
+    void follow();
+
+    /// \return whether another process has moved the live file since `follow`. Costs no call of the system.
+    bool isBehind() const;
+
 private:
+    struct Common;
     struct Series;
     struct Table;
     static Table& table();
     static const Table& madeAtLoad;
 
     Series& series_;
+    unsigned rotationsSeen_ = 0;
 };
 
 } // namespace Log

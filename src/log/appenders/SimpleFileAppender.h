@@ -8,7 +8,8 @@ namespace ZAV {
 namespace Log {
 
 /// Appends each message, with process details, to a single file. The file is opened and closed for every
-/// message, so that other programs may move or delete it in between.
+/// message, so that other programs may move or delete it in between. A relative directory is taken from the
+/// one that the process is in when the appender is made.
 class SimpleFileAppender : public Appender {
 public:
     /// \param dir directory of the file; it is never created
@@ -22,8 +23,8 @@ protected:
     void doOutput(const LogMessage& message) override;
 
 private:
-    std::string dir_;
-    std::string file_;
+    const std::string givenPath_; ///< for texts
+    const std::string path_;      ///< the same, wherever the process goes
     Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
     const FileOptions options_;
 };

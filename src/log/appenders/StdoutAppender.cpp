@@ -2,9 +2,7 @@
 
 #include "log/layout/LineEscaping.h"
 #include "log/message/MessageFields.h"
-#include "platform/CancellationGuard.h"
-
-#include <ostream>
+#include "platform/StandardStreams.h"
 
 namespace ZAV {
 namespace Log {
@@ -17,8 +15,7 @@ StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const 
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
     appendWholeLine(line, message, appendLogLine, escape_);
-    const Platform::NoCancellation guard; // nothing may be unwound inside the stream
-    stream_->write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    Platform::writeToStream(*stream_, line);
 }
 
 } // namespace Log

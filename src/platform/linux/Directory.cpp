@@ -28,7 +28,7 @@ bool isDirectory(DIR* directory, const dirent& entry) {
 
 bool listFiles(const std::string& directory, std::vector<std::string>& names) {
     const NoCancellation guard;
-    const std::unique_ptr<DIR, DirectoryCloser> stream(opendir(directory.c_str()));
+    const std::unique_ptr<DIR, DirectoryCloser> stream(opendir((directory + "/").c_str()));
     if (!stream) {
         return false;
     }

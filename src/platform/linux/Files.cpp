@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace ZAV {
@@ -38,6 +39,16 @@ bool renameFile(const std::string& from, const std::string& to) {
     }
     const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
     return hasNoLinks && renameIfAbsent(from.c_str(), to.c_str());
+}
+
+std::string absolutePath(const std::string& folder) {
+    if (folder.empty() || folder.front() == '/') {
+        return folder;
+    }
+    std::error_code problem;
+    const std::filesystem::path here = std::filesystem::current_path(problem);
+    const bool isReachable = !problem && std::filesystem::equivalent(here, ".", problem);
+    return isReachable ? (here / folder).native() : folder;
 }
 
 bool removeFile(const std::string& path) {

@@ -1,14 +1,15 @@
 #include "platform/OutputFile.h"
 
 #include "platform/CancellationGuard.h"
+#include "platform/linux/Writing.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstddef>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace ZAV {
@@ -54,6 +55,16 @@ private:
     char text_[PATH_MAX];
 };
 
+/// Makes a file that does not exist yet, not even as a symbolic link that leads nowhere.
+int makeFile(const char* path, int flags, const FileRules& rules) {
+    const int made =
+        ::open(path, flags | O_CREAT | O_EXCL, rules.permissions.value_or(READABLE_AND_WRITABLE));
+    if (made >= 0 && rules.permissions) {
+        fchmod(made, *rules.permissions); // adds what the process masks
+    }
+    return made;
+}
+
 /// Only a file that this call makes gets the permissions, so it is made in a step of its own, which fails if
 /// another makes it first, and follows no link to a file that is missing.
 int openWithPermissions(const char* path, int flags, const FileRules& rules) {
@@ -63,39 +74,60 @@ int openWithPermissions(const char* path, int flags, const FileRules& rules) {
         if (existing >= 0 || errno != ENOENT) {
             return existing;
         }
-        const int made = ::open(linked.text(), flags | O_CREAT | O_EXCL, *rules.permissions);
-        if (made >= 0) {
-            fchmod(made, *rules.permissions); // adds what the process masks
+        const int made = makeFile(linked.text(), flags, rules);
+        if (made >= 0 || errno != EEXIST) {
             return made;
         }
-        if (errno != EEXIST) {
-            return made;
+        if (rules.followLinks) {
+            linked.follow();
         }
-        linked.follow();
     }
     return -1;
 }
 
-/// The C library's function would also end a thread that is being cancelled. To keep it from that costs a
-/// fiftieth of the call.
-ssize_t writeUncancelled(int descriptor, const char* text, std::size_t size) {
-    return ::syscall(SYS_write, descriptor, text, size);
+int openKept(const char* path, int flags, const FileRules& rules) {
+    return rules.permissions ? openWithPermissions(path, flags, rules)
+                             : ::open(path, flags | O_CREAT, READABLE_AND_WRITABLE);
 }
 
-/// \return false if the system did not take the whole text
-bool writeAll(int descriptor, const char* text, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = writeUncancelled(descriptor, text, size);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return false;
-        }
-        text += written;
-        size -= static_cast<std::size_t>(written);
+/// Opening a pipe without a reader would wait for one, hence `O_NONBLOCK`; and nothing is emptied yet, since
+/// it is not known what it is.
+int openUnseen(const char* path, OutputFile::Mode mode, const FileRules& rules) {
+    const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK;
+    if (mode != OutputFile::CREATE) {
+        return openKept(path, flags | (rules.followLinks ? 0 : O_NOFOLLOW), rules);
     }
-    return true;
+    const int made = makeFile(path, flags, rules);
+    const bool mayBeThere = made < 0 && errno == EEXIST && rules.followLinks;
+    return mayBeThere ? openKept(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
+}
+
+bool isLink(const char* path) {
+    struct stat named;
+    return lstat(path, &named) == 0 && S_ISLNK(named.st_mode);
+}
+
+/// Asks for no times: they are what makes this call dear, since the next write then has to keep a finer one.
+bool lookAt(int descriptor, struct statx& file) {
+    return statx(descriptor, "", AT_EMPTY_PATH, STATX_TYPE | STATX_UID | STATX_SIZE, &file) == 0;
+}
+
+bool isAcceptable(const struct statx& file, const char* path, OutputFile::Mode mode, const FileRules& rules) {
+    if (!rules.followLinks && file.stx_uid != 0 && geteuid() == 0) {
+        return false;
+    }
+    const bool mayBeLinked = rules.followLinks && mode != OutputFile::CREATE;
+    return S_ISREG(file.stx_mode) || S_ISCHR(file.stx_mode) ||
+           (S_ISFIFO(file.stx_mode) && mayBeLinked && isLink(path));
+}
+
+/// Gives a file that was opened unseen the state that writing needs. The system does not look at `O_NONBLOCK`
+/// when a regular file is written, so it may stay.
+bool makeReady(int descriptor, const struct statx& file, OutputFile::Mode mode) {
+    if (!S_ISREG(file.stx_mode)) {
+        return fcntl(descriptor, F_SETFL, O_APPEND) == 0;
+    }
+    return mode != OutputFile::TRUNCATE || file.stx_size == 0 || ftruncate(descriptor, 0) == 0;
 }
 
 bool isSameFile(const struct stat& one, const struct stat& other) {
@@ -103,9 +135,10 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
 }
 
 /// \return the last character of a file that is not empty; a line feed if it cannot be read
-char readLastCharacter(const char* path, const struct stat& file) {
+char readLastCharacter(const char* path, const struct stat& file, const FileRules& rules) {
     char last = '\n';
-    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    const int descriptor =
+        ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | (rules.followLinks ? 0 : O_NOFOLLOW));
     if (descriptor >= 0) {
         struct stat found;
         if (fstat(descriptor, &found) == 0 && isSameFile(found, file)) {
@@ -120,14 +153,22 @@ char readLastCharacter(const char* path, const struct stat& file) {
 
 void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules) noexcept {
     const NoCancellation guard;
-    const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | (mode == TRUNCATE ? O_TRUNC : 0) |
-                      (rules.followLinks ? 0 : O_NOFOLLOW);
-    descriptor_ = rules.permissions ? openWithPermissions(path.c_str(), flags, rules)
-                                    : ::open(path.c_str(), flags | O_CREAT, READABLE_AND_WRITABLE);
+    descriptor_ = openUnseen(path.c_str(), mode, rules);
+    struct statx opened;
+    if (isOpen() && (!lookAt(descriptor_, opened) || !isAcceptable(opened, path.c_str(), mode, rules) ||
+                     !makeReady(descriptor_, opened, mode))) {
+        ::close(descriptor_);
+        descriptor_ = NONE;
+    }
+    isPipe_ = isOpen() && S_ISFIFO(opened.stx_mode);
     failed_ = !isOpen();
 }
 
 void OutputFile::write(const std::string& text) noexcept {
+    std::optional<BrokenPipeGuard> guard;
+    if (isPipe_) {
+        guard.emplace(descriptor_);
+    }
     failed_ = !writeAll(descriptor_, text.data(), text.size()) || failed_;
 }
 
@@ -150,11 +191,11 @@ std::uint64_t OutputFile::size() const noexcept {
     return fstat(descriptor_, &opened) == 0 ? static_cast<std::uint64_t>(opened.st_size) : 0;
 }
 
-bool OutputFile::endsInTornLine(const std::string& path) const noexcept {
+bool OutputFile::endsInTornLine(const std::string& path, const FileRules& rules) const noexcept {
     const NoCancellation guard;
     struct stat opened;
     const bool hasLines = fstat(descriptor_, &opened) == 0 && S_ISREG(opened.st_mode) && opened.st_size > 0;
-    return hasLines && readLastCharacter(path.c_str(), opened) != '\n';
+    return hasLines && readLastCharacter(path.c_str(), opened, rules) != '\n';
 }
 
 } // namespace Platform

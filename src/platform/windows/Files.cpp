@@ -1,12 +1,21 @@
 #include "platform/Files.h"
 
 #include <cstdio>
+#include <windows.h>
 
 namespace ZAV {
 namespace Platform {
 
 bool renameFile(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0; // which overwrites nothing here
+}
+
+std::string absolutePath(const std::string& folder) {
+    const DWORD size = folder.empty() ? 0 : GetFullPathNameA(folder.c_str(), 0, nullptr, nullptr);
+    std::string absolute(size, '\0'); // with its end
+    const DWORD length = size == 0 ? 0 : GetFullPathNameA(folder.c_str(), size, &absolute[0], nullptr);
+    absolute.resize(length < size ? length : 0);
+    return absolute.empty() ? folder : absolute;
 }
 
 bool removeFile(const std::string& path) {

@@ -14,7 +14,7 @@ constexpr DWORD SHARED_WITH_ALL = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHAR
 /// A right to append, and no other, has the system find the end in the same step as it writes; the C runtime
 /// would look for it first, and two processes could find the same.
 HANDLE openForAppending(const char* path, OutputFile::Mode mode) {
-    const DWORD disposition = mode == OutputFile::TRUNCATE ? CREATE_ALWAYS : OPEN_ALWAYS;
+    const DWORD disposition = mode == OutputFile::APPEND ? OPEN_ALWAYS : CREATE_ALWAYS;
     return CreateFileA(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
@@ -87,7 +87,7 @@ std::uint64_t OutputFile::size() const noexcept {
     return length < 0 ? 0 : static_cast<std::uint64_t>(length);
 }
 
-bool OutputFile::endsInTornLine(const std::string& path) const noexcept {
+bool OutputFile::endsInTornLine(const std::string& path, const FileRules&) const noexcept {
     const ScopedHandle file(path.c_str(), GENERIC_READ);
     if (file.get() == INVALID_HANDLE_VALUE || !isSameFile(file.get(), descriptor_)) {
         return false;
