@@ -12,12 +12,18 @@ step() {
     echo "= $((SECONDS - start)) s"
 }
 
-# Builds a preset and runs its tests; shows the number of tests, and all of the output only if one fails.
-# usage: test_preset PRESET [-DVARIABLE=VALUE...]
+# Runs the tests that were built in a folder below build/; shows their number, and all of the output only if one fails.
+# usage: run_tests FOLDER [OPTION OF CTEST...]
+run_tests() {
+    local folder=$1
+    shift
+    quietly "test-$folder" "A test failed; the end of the output says which." \
+        ctest --test-dir "build/$folder" --output-on-failure "$@"
+    grep 'tests passed' "$(log_of "test-$folder")"
+}
+
+# Builds a preset and runs its tests.
 test_preset() {
-    local preset=$1
-    build_preset "$@"
-    quietly "test-$preset" "A test failed; the end of the output says which." \
-        ctest --test-dir "build/$preset" --output-on-failure --parallel "$(nproc)"
-    grep 'tests passed' "$(log_of "test-$preset")"
+    build_preset "$1"
+    run_tests "$1" --parallel "$(nproc)"
 }
