@@ -58,12 +58,16 @@ inline void waitForLines(const std::string& path, std::size_t lines) {
 }
 
 /// Calls with values of one producer that hand their message to another thread. A tenth more of them comes
-/// first and does not count.
+/// first and does not count. The other threads' share of a core is that of the consumer.
 template <typename Call>
 void measureLatency(const Task& task, const Rhythm& rhythm, Call call, const std::string& file) {
     const std::size_t bursts = rhythm.bursts / std::min<std::size_t>(task.divisor, rhythm.bursts / 10);
     const std::size_t warmUp = timeCalls(rhythm, bursts / 10 + 1, call).size();
+    const Clock::time_point start = Clock::now();
+    const double cpuStart = cpuNanosecondsOfOtherThreads();
     std::vector<double> nanoseconds = timeCalls(rhythm, bursts, call);
+    const double cpu = cpuNanosecondsOfOtherThreads() - cpuStart;
+    printFigure("consumer_percent", 100 * cpu / nanosecondsBetween(start, Clock::now()));
     waitForLines(file, warmUp + nanoseconds.size());
     FileCheck(file, formatWithValues()).expectMessages(warmUp + nanoseconds.size());
     std::sort(nanoseconds.begin(), nanoseconds.end());

@@ -28,7 +28,7 @@ constexpr const char* VALUES_END = " s from 10.0.0.1";
 constexpr const char* VALUES_TEXT_PATTERN = R"(user \d+ left after [\d.e+]+ s from 10\.0\.0\.1)";
 
 inline std::string patternWithValues() {
-    return std::string(TIME_PATTERN) + R"( net\.tcp \S+:\d+ INFO )" + VALUES_TEXT_PATTERN;
+    return std::string(TIME_PATTERN) + R"( net\.tc[p0-9] \S+:\d+ INFO )" + VALUES_TEXT_PATTERN;
 }
 
 /// The line that also shows the program's name, the process id and the host's name.

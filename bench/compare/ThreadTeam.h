@@ -66,10 +66,14 @@ inline void forgetMemory() {
     asm volatile("" ::: "memory");
 }
 
+#if !defined(BENCH_INLINED_LOOP)
+#define BENCH_INLINED_LOOP [[gnu::flatten]]
+#endif
+
 /// Not inlined itself, so that the warm-up runs the same code as the measurement, and so that each kind of
 /// call has a single caller: the compiler then inlines the call into the loop, however long its cold part is.
 template <typename Call>
-[[gnu::noinline, gnu::flatten]] void repeat(std::size_t calls, Call& call) {
+[[gnu::noinline]] BENCH_INLINED_LOOP void repeat(std::size_t calls, Call& call) {
     for (std::size_t i = 0; i < calls; ++i) {
         call(i);
         forgetMemory();

@@ -3,7 +3,7 @@
 #include "CpuTime.h"
 #include "DroppedMessages.h"
 #include "LogFiles.h"
-#include "PeakMemory.h"
+#include "Memory.h"
 #include "RotatedFiles.h"
 #include "SampleLine.h"
 #include "ThreadTeam.h"

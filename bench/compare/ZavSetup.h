@@ -42,6 +42,13 @@ inline Properties asynchronousProperties(const Task& task) {
     return properties;
 }
 
+/// One write for all lines of a round, instead of one for each.
+inline Properties batchProperties(const Task& task) {
+    Properties properties = asynchronousProperties(task);
+    properties["appender.file.flush"] = "batch";
+    return properties;
+}
+
 inline Properties rotationProperties(const Task& task) {
     Properties properties = fileProperties(task);
     properties["appender.file.fileMaxSize"] = std::to_string(ROTATION_BYTES);

@@ -3,6 +3,7 @@
 
 #include "BoostSetup.h"
 #include "Latency.h"
+#include "ThreadMemory.h"
 
 #include <boost/log/core.hpp>
 #include <boost/log/expressions.hpp>
@@ -130,6 +131,10 @@ void burst(const Task& task) {
     withQueue(task, [&task] { measureBurst(task, streamedCall, task.file()); });
 }
 
+void seldom(const Task& task) {
+    withQueue(task, [&task] { measureThreadMemory(task, streamedCall, task.file()); });
+}
+
 Workload latency(const Rhythm& rhythm) {
     return [&rhythm](const Task& task) {
         withQueue(task, [&] { measureLatency(task, rhythm, streamedCall(), task.file()); });
@@ -252,6 +257,7 @@ int main(int argc, char** argv) {
                          {"latency-bursts-prompt", latency(BURSTS)},
                          {"latency-spaced", latency(SPACED)},
                          {"latency-spaced-prompt", latency(SPACED)},
+                         {"seldom", seldom},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

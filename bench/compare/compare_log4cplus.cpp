@@ -2,6 +2,7 @@
 // always bounded; here it has room for all messages.
 
 #include "Latency.h"
+#include "ThreadMemory.h"
 
 #include <log4cplus/asyncappender.h>
 #include <log4cplus/fileappender.h>
@@ -155,6 +156,11 @@ void burst(const Task& task) {
     measureBurst(task, streamedCall, task.file());
 }
 
+void seldom(const Task& task) {
+    attachQueue(task);
+    measureThreadMemory(task, streamedCall, task.file());
+}
+
 Workload latency(const Rhythm& rhythm) {
     return [&rhythm](const Task& task) {
         attachQueue(task);
@@ -223,6 +229,7 @@ int main(int argc, char** argv) {
                          {"latency-bursts-prompt", latency(BURSTS)},
                          {"latency-spaced", latency(SPACED)},
                          {"latency-spaced-prompt", latency(SPACED)},
+                         {"seldom", seldom},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

@@ -3,6 +3,7 @@
 // always bounded; here it has room for all messages.
 
 #include "Latency.h"
+#include "ThreadMemory.h"
 
 #include <log4cxx/appenderskeleton.h>
 #include <log4cxx/asyncappender.h>
@@ -167,6 +168,11 @@ void burst(const Task& task) {
     measureBurst(task, streamedCall, task.file());
 }
 
+void seldom(const Task& task) {
+    attachQueue(task);
+    measureThreadMemory(task, streamedCall, task.file());
+}
+
 Workload latency(const Rhythm& rhythm) {
     return [&rhythm](const Task& task) {
         attachQueue(task);
@@ -234,6 +240,7 @@ int main(int argc, char** argv) {
                          {"latency-bursts-prompt", latency(BURSTS)},
                          {"latency-spaced", latency(SPACED)},
                          {"latency-spaced-prompt", latency(SPACED)},
+                         {"seldom", seldom},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

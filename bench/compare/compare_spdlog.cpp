@@ -2,6 +2,7 @@
 
 #include "Latency.h"
 #include "SpdlogSetup.h"
+#include "ThreadMemory.h"
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/base_sink.h>
@@ -124,6 +125,23 @@ void burst(const Task& task) {
         task, [&logger](std::size_t) { return formattedCall(logger); }, task.file());
 }
 
+void burstOwnLoggers(const Task& task) {
+    const Queue queue(task);
+    measureBurst(
+        task,
+        [&queue](std::size_t thread) {
+            return formattedCall(queue.makeLogger(SampleLine::ownLoggerName(thread)));
+        },
+        task.file());
+}
+
+void seldom(const Task& task) {
+    const Queue queue(task);
+    const LoggerPointer logger = queue.makeLogger(SampleLine::sharedLoggerName());
+    measureThreadMemory(
+        task, [&logger](std::size_t) { return formattedCall(logger); }, task.file());
+}
+
 Workload latency(const Rhythm& rhythm) {
     return [&rhythm](const Task& task) {
         const Queue queue(task);
@@ -184,10 +202,12 @@ int main(int argc, char** argv) {
                          {"dropped-formatted", droppedFormatted},
                          {"burst-streamed", burst},
                          {"burst-formatted", burst},
+                         {"burst-formatted-own", burstOwnLoggers},
                          {"latency-bursts", latency(BURSTS)},
                          {"latency-bursts-prompt", latency(BURSTS)},
                          {"latency-spaced", latency(SPACED)},
                          {"latency-spaced-prompt", latency(SPACED)},
+                         {"seldom", seldom},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

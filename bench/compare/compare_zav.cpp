@@ -1,6 +1,7 @@
 // ZAV Log itself.
 
 #include "Latency.h"
+#include "ThreadMemory.h"
 #include "ZavSetup.h"
 
 #include "log/Appender.h"
@@ -48,11 +49,19 @@ auto streamedCall(std::size_t = 0) {
     };
 }
 
-auto formattedCall(std::size_t = 0) {
-    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName())](std::size_t i) {
+auto formattingCall(const std::string& loggerName) {
+    return [&logger = LoggerFactory::getLogger(loggerName)](std::size_t i) {
         ZAV_LOGF_INFO(logger, "user {} left after {} s from {}", i, static_cast<double>(i) * 0.25,
                       "10.0.0.1");
     };
+}
+
+auto formattedCall(std::size_t) {
+    return formattingCall(SampleLine::sharedLoggerName());
+}
+
+auto formattedCallOfOwnLogger(std::size_t thread) {
+    return formattingCall(SampleLine::ownLoggerName(thread));
 }
 
 template <typename MakeCall>
@@ -93,18 +102,12 @@ void sharedLogger(const Task& task) {
     measureFile(task, callOfSharedLogger);
 }
 
-template <typename MakeCall>
-void measureQueue(const Task& task, MakeCall makeCall) {
-    const Library library(asynchronousProperties(task));
-    measureAsynchronous(task, makeCall, liveFile(task));
-}
-
-void asynchronousOwnLoggers(const Task& task) {
-    measureQueue(task, callOfOwnLogger);
-}
-
-void asynchronousSharedLogger(const Task& task) {
-    measureQueue(task, callOfSharedLogger);
+Workload queue(Properties (*properties)(const Task&),
+               decltype(callOfSharedLogger(0)) (*makeCall)(std::size_t)) {
+    return [properties, makeCall](const Task& task) {
+        const Library library(properties(task));
+        measureAsynchronous(task, makeCall, liveFile(task));
+    };
 }
 
 void rotation(const Task& task) {
@@ -166,6 +169,16 @@ void burstFormatted(const Task& task) {
     measureBurst(task, formattedCall, liveFile(task));
 }
 
+void burstFormattedOwnLoggers(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureBurst(task, formattedCallOfOwnLogger, liveFile(task));
+}
+
+void seldom(const Task& task) {
+    const Library library(asynchronousProperties(task));
+    measureThreadMemory(task, formattedCall, liveFile(task));
+}
+
 Workload latency(const Rhythm& rhythm, Properties (*properties)(const Task&)) {
     return [&rhythm, properties](const Task& task) {
         const Library library(properties(task));
@@ -208,17 +221,21 @@ int main(int argc, char** argv) {
                          {"rejected-macro", rejectedMacro},
                          {"sync-own", ownLoggers},
                          {"sync-shared", sharedLogger},
-                         {"async-own", asynchronousOwnLoggers},
-                         {"async-shared", asynchronousSharedLogger},
+                         {"async-own", queue(asynchronousProperties, callOfOwnLogger)},
+                         {"async-shared", queue(asynchronousProperties, callOfSharedLogger)},
+                         {"async-batch-own", queue(batchProperties, callOfOwnLogger)},
+                         {"async-batch-shared", queue(batchProperties, callOfSharedLogger)},
                          {"dropped-text", droppedText},
                          {"dropped-streamed", droppedStreamed},
                          {"dropped-formatted", droppedFormatted},
                          {"burst-streamed", burstStreamed},
                          {"burst-formatted", burstFormatted},
+                         {"burst-formatted-own", burstFormattedOwnLoggers},
                          {"latency-bursts", latency(BURSTS, unhurriedProperties)},
                          {"latency-bursts-prompt", latency(BURSTS, asynchronousProperties)},
                          {"latency-spaced", latency(SPACED, unhurriedProperties)},
                          {"latency-spaced-prompt", latency(SPACED, asynchronousProperties)},
+                         {"seldom", seldom},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

@@ -2,6 +2,7 @@
 
 import datetime
 import pathlib
+import re
 import subprocess
 
 PACKAGES = ["libfmt-dev", "libspdlog-dev", "liblog4cplus-dev", "liblog4cxx-dev", "libgoogle-glog-dev", "libboost-log-dev"]
@@ -21,8 +22,16 @@ def file_entry(path, key):
     return "unknown"
 
 
-def describe(folder):
-    """\\param folder where the logs are written"""
+def version_of_quill(headers):
+    parts = dict(re.findall(r"Version(Major|Minor|Patch)\{(\d+)\}", (headers / "quill/Backend.h").read_text("utf-8")))
+    return "%(Major)s.%(Minor)s.%(Patch)s" % parts
+
+
+def describe(folder, quill):
+    """
+    \\param folder where the logs are written
+    \\param quill the folder of quill's headers, or None
+    """
     yield "date", datetime.date.today().isoformat()
     yield "processor", "%s, %s cores" % (file_entry("/proc/cpuinfo", "model name"), first_line_of("nproc"))
     yield "memory", file_entry("/proc/meminfo", "MemTotal")
@@ -31,3 +40,5 @@ def describe(folder):
     yield "compiler", first_line_of("c++", "--version")
     for package in PACKAGES:
         yield package, first_line_of("dpkg-query", "--show", "--showformat=${Version}", package)
+    if quill:
+        yield "quill, headers alone", version_of_quill(quill)

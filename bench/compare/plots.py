@@ -12,7 +12,7 @@ COLUMNS = 2
 PANEL_WIDTH = 660
 PANEL_HEIGHT = 340
 
-COLORS = {LIMITS: "#bbbbbb", "zav": "#c03028", "spdlog": "#4477aa", "log4cplus": "#66ccee", "log4cxx": "#228833",
+COLORS = {LIMITS: "#bbbbbb", "zav": "#c03028", "before": "#e8a49c", "quill": "#ee7733", "spdlog": "#4477aa", "log4cplus": "#66ccee", "log4cxx": "#228833",
           "glog": "#ccbb44", "boost": "#aa3377"}
 
 HEAD = """\

@@ -3,7 +3,7 @@
 import statistics
 from collections import namedtuple
 
-from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Nanoseconds, name_of, targets
+from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Value, name_of, targets
 
 Verdict = namedtuple("Verdict", "title ratio factor against met")
 
@@ -26,8 +26,8 @@ def measured_groups(results):
 
 def base_of(target, results):
     """\\return what our figure is divided by, and its name; None where it was not measured"""
-    if isinstance(target.against, Nanoseconds):
-        return target.against.value, "%d ns" % target.against.value
+    if isinstance(target.against, Value):
+        return target.against.value, "%d %s" % target.against
     if target.against == BEST_OTHER:
         return results.best_other(target.figure)
     if target.against in LOGGERS:
@@ -47,6 +47,7 @@ def verdicts(results):
 class TextReport:
     def __init__(self, results, environment):
         self.results = results
+        self.loggers = results.loggers()
         self.lines = ["%-20s %s" % line for line in environment] + [""]
         self.add_limits()
         for group in measured_groups(results):
@@ -76,10 +77,10 @@ class TextReport:
         ours = self.results.median(OURS, row.figure)
         if limit:
             self.add_values(LIMITS, row.limit, ours, limit)
-        present = [logger for logger in LOGGERS if self.results.of(logger, row.figure)]
+        present = [logger for logger in self.loggers if self.results.of(logger, row.figure)]
         for logger in sorted(present, key=lambda logger: self.results.median(logger, row.figure)):
             self.add_values(logger, row.figure, ours, limit)
-        for logger in LOGGERS:
+        for logger in self.loggers:
             if logger not in present:
                 reason = ABSENT.get((logger, row.figure.task.workload), "was not run")
                 self.add("  %-12s %s" % (name_of(logger), reason))
@@ -101,6 +102,7 @@ class TextReport:
 class MarkdownReport:
     def __init__(self, results, environment):
         self.results = results
+        self.loggers = results.loggers()
         self.lines = []
         self.add_table(["The run", ""], environment)
         self.add("### Targets", "")
@@ -130,11 +132,11 @@ class MarkdownReport:
 
     def add_group(self, group):
         limits = [LIMITS] if any(row.limit for row in group.rows) else []
-        head = ["%s (%s)" % (group.title, group.unit)] + [name_of(program) for program in limits + LOGGERS]
+        head = ["%s (%s)" % (group.title, group.unit)] + [name_of(program) for program in limits + self.loggers]
         rows = []
         for row in group.rows:
             cells = [self.cell(LIMITS, row.limit, row.figure)] if limits else []
-            cells += [self.cell(logger, row.figure, row.figure) for logger in LOGGERS]
+            cells += [self.cell(logger, row.figure, row.figure) for logger in self.loggers]
             rows.append([row.label] + cells)
         self.add_table(head, rows)
         self.add_absent(group)
@@ -154,7 +156,7 @@ class MarkdownReport:
     def add_absent(self, group):
         reasons = {}
         for row in group.rows:
-            for logger in LOGGERS:
+            for logger in self.loggers:
                 reason = ABSENT.get((logger, row.figure.task.workload))
                 if reason:
                     reasons.setdefault((logger, reason), []).append(row.label)

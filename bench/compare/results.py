@@ -3,7 +3,7 @@
 import csv
 import statistics
 
-from rows import LIMITS, OTHERS
+from rows import LIMITS, LOGGERS, OTHERS
 
 
 class Results:
@@ -17,6 +17,11 @@ class Results:
 
     def of(self, program, measured):
         return self.values.get((program, measured), [])
+
+    def loggers(self):
+        """\\return those that were run"""
+        run = {program for program, _ in self.values}
+        return [logger for logger in LOGGERS if logger in run]
 
     def median(self, program, measured):
         values = self.of(program, measured)

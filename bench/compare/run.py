@@ -92,13 +92,17 @@ def parse_options():
                         help="only these, with their limits: " + ", ".join(rows.workloads()))
     parser.add_argument("--loggers", nargs="+", metavar="LOGGER", choices=rows.PROGRAMS, default=rows.PROGRAMS,
                         help="only these: " + ", ".join(rows.PROGRAMS))
+    parser.add_argument("--quill", type=pathlib.Path, help="folder of quill's headers, for its version")
+    parser.add_argument("--before", help="what the program \"before\" was built from")
     options = parser.parse_args()
     options.folder = options.folder or options.results
     return options
 
 
 def write(options, results):
-    described = list(environment.describe(options.folder))
+    described = list(environment.describe(options.folder, options.quill))
+    if options.before:
+        described.append(("before", options.before))
     described.append(("rounds", str(options.rounds)))
     if options.divisor > 1:
         described.append(("quick run", "messages divided by %d" % options.divisor))

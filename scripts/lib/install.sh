@@ -32,3 +32,14 @@ install_packages() {
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
             apt-get install --yes --no-install-recommends "${missing[@]}"
 }
+
+# Calls a script of this folder that makes another folder, unless that is there.
+# usage: provide FOLDER SCRIPT [ARGUMENT OF THE SCRIPT...]
+provide() {
+    local folder=$1 script=$2
+    shift 2
+    if [ ! -e "$folder" ]; then
+        quietly "$script" "Could not make $folder. Is the package mirror in reach?" \
+            "$root/scripts/lib/$script" "$folder" "$@"
+    fi
+}

@@ -27,14 +27,18 @@ quietly() {
 }
 
 # Configures and builds one of the presets in CMakePresets.json.
-# usage: build_preset PRESET [ARGUMENT OF THE BUILD...]
+# usage: build_preset PRESET [-DVARIABLE=VALUE...] [ARGUMENT OF THE BUILD...]
 build_preset() {
     quietly "build-$1" "If $root/build/$1 is from another place or compiler, remove that folder and try again." \
         configure_and_build "$@"
 }
 
 configure_and_build() {
-    local preset=$1
+    local preset=$1 variables=()
     shift
-    (cd "$root" && cmake --preset "$preset") && cmake --build "$root/build/$preset" "$@"
+    while [[ ${1:-} == -D* ]]; do
+        variables+=("$1")
+        shift
+    done
+    (cd "$root" && cmake --preset "$preset" "${variables[@]}") && cmake --build "$root/build/$preset" "$@"
 }

@@ -12,20 +12,12 @@ provide_windows_dependencies() {
     compiler_version=$(x86_64-w64-mingw32-g++-posix -dumpversion)
     cache=${XDG_CACHE_HOME:-$HOME/.cache}/zav-log/windows-$compiler_version
     mkdir -p "$cache/boost/include" "$cache/headers/include" "$cache/headers/share/cmake" "$cache/fmt/include" "$root/build"
-    provide "$cache/ice" "$root/scripts/lib/get-ice-sources"
-    provide "$cache/googletest" "$root/scripts/lib/build-googletest"
-    provide "$cache/pcre2" "$root/scripts/lib/build-pcre2"
+    provide "$cache/ice" get-ice-sources
+    provide "$cache/googletest" build-googletest mingw-w64.cmake
+    provide "$cache/pcre2" build-pcre2
     ln -sfn /usr/include/boost "$cache/boost/include/boost"
     ln -sfn /usr/include/fmt "$cache/fmt/include/fmt"
     ln -sfn /usr/include/CLI /usr/include/nlohmann "$cache/headers/include"
     ln -sfn /usr/share/cmake/CLI11 /usr/share/cmake/nlohmann_json "$cache/headers/share/cmake"
     ln -sfn "$cache" "$root/build/windows-dependencies"
-}
-
-# Calls a script that makes a folder, unless the folder is there.
-provide() {
-    local folder=$1 script=$2
-    if [ ! -e "$folder" ]; then
-        quietly windows-dependencies "Could not make $folder. Is the package mirror in reach?" "$script" "$folder"
-    fi
 }
