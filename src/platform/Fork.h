@@ -16,9 +16,13 @@ enum ForkRule {
     AWAITED_BY_FORK
 };
 
-/// Has a function called in every forked child, whose locks are as their rules say by then. It must neither
-/// throw nor take memory. Where no process forks (Windows), it is never called.
-void atFork(void (*inChild)());
+/// Has functions called around every fork. To be called while the library is loaded. Where no process forks
+/// (Windows), they are never called.
+/// \param before called by the thread that is about to fork, without a lock of the library; must not throw.
+///        Null for none
+/// \param inChild called in the child, whose locks are as their rules say by then; must neither throw nor take
+///        memory
+void atFork(void (*before)(), void (*inChild)());
 
 /// \return a number that is another one in a forked child than it was in the parent. A child that was made
 ///         past the C library has its parent's.

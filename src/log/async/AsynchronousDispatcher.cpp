@@ -35,7 +35,7 @@ constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().endWithProcess(); });
-    Platform::atFork([] { instance().beginInChild(); });
+    Platform::atFork(nullptr, [] { instance().beginInChild(); });
 }
 
 void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {

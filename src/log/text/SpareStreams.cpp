@@ -34,7 +34,7 @@ const SpareStreams& madeAtLoad = SpareStreams::instance();
 } // namespace
 
 SpareStreams::SpareStreams() {
-    Platform::atFork([] { instance().prepareForFork(); }, nullptr,
+    Platform::atFork([] { instance().prepareForFork(); },
                      []() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
                          SpareStreams& streams = instance();
                          streams.isInherited_ = streams.locale_ != std::locale::classic();

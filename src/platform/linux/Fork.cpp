@@ -51,19 +51,25 @@ public:
         pthread_mutex_unlock(&mutex_);
     }
 
-    void add(void (*inChild)()) {
-        pthread_mutex_lock(&mutex_);
-        inChild_.push_back(inChild);
-        pthread_mutex_unlock(&mutex_);
-    }
+    void add(void (*before)(), void (*inChild)()) { handlers_.push_back({before, inChild}); }
 
 private:
+    struct Handlers {
+        void (*before)();
+        void (*inChild)();
+    };
+
     ForkLocks() {
         pthread_atfork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
                        [] { instance().renewInChild(); });
     }
 
     void takeAll() {
+        for (const Handlers& handlers : handlers_) {
+            if (handlers.before != nullptr) {
+                handlers.before();
+            }
+        }
         pthread_mutex_lock(&mutex_);
         NativeLock* busy = tryAllBut(nullptr);
         while (busy != nullptr) {
@@ -124,15 +130,15 @@ private:
         }
         pthread_cond_init(&awaitsNoMore_, nullptr);
         releaseInParent();
-        for (void (*const inChild)() : inChild_) {
-            inChild();
+        for (const Handlers& handlers : handlers_) {
+            handlers.inChild();
         }
     }
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< over the lists; held for short steps and the fork
     pthread_cond_t awaitsNoMore_ = PTHREAD_COND_INITIALIZER; ///< a fork waits for one lock less
     NativeLock* first_ = nullptr;
-    std::list<void (*)()> inChild_;
+    std::list<Handlers> handlers_; ///< complete once the library is loaded
 };
 
 namespace {
@@ -159,8 +165,8 @@ void NativeLock::makeFree() {
     count_ = 0;
 }
 
-void atFork(void (*inChild)()) {
-    ForkLocks::instance().add(inChild);
+void atFork(void (*before)(), void (*inChild)()) {
+    ForkLocks::instance().add(before, inChild);
 }
 
 unsigned forkGeneration() noexcept {

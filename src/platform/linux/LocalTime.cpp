@@ -48,7 +48,7 @@ public:
 
 private:
     LocalZone() {
-        atFork([] { instance().prepareForFork(); }, nullptr, [] { instance().becomeChild(); });
+        atFork([] { instance().prepareForFork(); }, [] { instance().becomeChild(); });
     }
 
     void prepareForFork() {

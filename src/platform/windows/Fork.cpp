@@ -3,7 +3,7 @@
 namespace ZAV {
 namespace Platform {
 
-void atFork(void (*)()) {
+void atFork(void (*)(), void (*)()) {
     // No process forks here.
 }
 
