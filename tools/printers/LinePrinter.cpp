@@ -30,15 +30,23 @@ const char* colorOf(const Fields& fields) {
 
 } // namespace
 
-void LinePrinter::print(std::size_t, RecordStream& stream, std::string& text) {
+void LinePrinter::print(RecordStream& stream, std::string& text) {
     const Record& record = stream.record();
     const char* color = hasColors_ ? colorOf(stream.fields()) : "";
+    if (hasSources_ && !record.isContinuation) {
+        text += stream.source();
+        text += ": ";
+    }
     text += color;
     text += record.lines;
     text += *color != '\0' ? RESET : "";
     if (!record.isCutInLine) {
         text += '\n';
     }
+}
+
+void LinePrinter::printGap(std::string& text) {
+    text += "--\n";
 }
 
 } // namespace Tools
