@@ -55,8 +55,8 @@ std::string& RecordShower::hold() {
 }
 
 void RecordShower::showHeld() {
-    for (const Entry& entry : std::exchange(held_, {})) {
-        placeFor(entry.number, false) += entry.text;
+    for (; !held_.empty(); held_.pop_front()) {
+        placeFor(held_.front().number, false) += held_.front().text;
     }
 }
 

@@ -49,7 +49,7 @@ void ZonedClock::lookUp(std::int64_t localSeconds) {
 
 std::string ZonedClock::isoText() const {
     const int minutes = static_cast<int>(std::abs(offset()) / 60);
-    std::string text = time_;
+    std::string text(this->text());
     text[4] = text[7] = '-';
     text[10] = 'T';
     text[19] = '.';
@@ -60,7 +60,7 @@ std::string ZonedClock::isoText() const {
 }
 
 std::int64_t ZonedClock::microseconds() const {
-    return (minute_ + secondOf(time_) - offset()) * 1000000 + civilFraction(time_);
+    return (minute_ + secondOf(text()) - offset()) * 1000000 + civilFraction(text());
 }
 
 } // namespace Tools

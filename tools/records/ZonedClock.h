@@ -2,7 +2,9 @@
 
 #include "records/TimeStamp.h"
 
+#include <array>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -16,17 +18,17 @@ namespace Tools {
 /// goes back, and the second one from then on.
 class ZonedClock {
 public:
-    /// Takes the time of the next record; every record of the input must come here.
+    /// Takes the time stamp of the next record; every record of the input must come here.
     void observe(std::string_view time) {
-        if (time.substr(0, MINUTE_LENGTH) != std::string_view(time_).substr(0, MINUTE_LENGTH)) {
+        if (std::memcmp(time.data(), time_.data(), MINUTE_LENGTH) != 0) {
             goToMinute(time);
         }
-        isSecond_ = comesTwice() && (isSecond_ || time < time_);
-        time_.assign(time);
+        isSecond_ = comesTwice() && (isSecond_ || time < text());
+        std::memcpy(time_.data(), time.data(), TIME_STAMP_LENGTH);
     }
 
-    /// \return the time that was observed last, as it stands in the record; of 26 blanks before the first one
-    std::string_view text() const { return time_; }
+    /// \return the time that was observed last, as it stands in the record; zeros before the first one
+    std::string_view text() const { return std::string_view(time_.data(), time_.size()); }
 
     /// \return the same as in "2013-05-07T14:03:27.123000+02:00"
     std::string isoText() const;
@@ -45,7 +47,7 @@ private:
     std::int64_t offset() const { return isSecond_ ? second_ : first_; }
 
     std::int64_t minute_ = 0; ///< the begin of its minute, in seconds as `civilSeconds` counts them
-    std::string time_ = std::string(TIME_STAMP_LENGTH, ' ');
+    std::array<char, TIME_STAMP_LENGTH> time_ = {};
     std::int64_t span_ =
         INT64_MIN; ///< the quarter of an hour that the two offsets are of: no zone changes within one
     std::int64_t first_ = 0; ///< seconds ahead of UTC
