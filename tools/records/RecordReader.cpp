@@ -109,6 +109,9 @@ void RecordReader::emit(Record& record, std::size_t end) {
 }
 
 std::string_view RecordReader::lowestFrom(std::string_view time) {
+    if (ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // as a rule
+        return time;
+    }
     if (offset_ + begin_ <= lowest_) { // within the run of falling times that an earlier record has begun
         return std::string_view(buffer_.data() + (lowest_ - offset_), TIME_STAMP_LENGTH);
     }
