@@ -5,12 +5,18 @@
 namespace ZAV {
 namespace Platform {
 
-/// Gives a file a new content in one step: at every moment, also after a crash of the process or of the
-/// machine, the path leads to the old content as a whole or to the new one. It waits for the disk.
-/// \param path of a file that may not exist yet; the content is put together in a file beside it, PATH.new
+/// The two steps in which a file gets a new content as a whole: at every moment, also after a crash of the
+/// process or of the machine, its path leads to the old content or to the new one.
+
+/// Puts the new content on the disk, in a file PATH.new, and waits for that.
+/// \param path of a file that may not exist yet
 /// \param problem receives the system's word for what went wrong
-/// \return false, and the old content is still there, if that is not possible
-bool replaceFile(const std::string& path, const std::string& content, std::string& problem);
+/// \return false if that is not possible; nothing is left behind then
+bool writeReplacement(const std::string& path, const std::string& content, std::string& problem);
+
+/// Puts it into the place of the old one, which takes no time.
+/// \copydetails writeReplacement
+bool replaceFile(const std::string& path, std::string& problem);
 
 } // namespace Platform
 } // namespace ZAV

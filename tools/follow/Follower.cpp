@@ -14,8 +14,9 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds IDLE(100);
-constexpr milliseconds SETTLING(20); ///< in which a write that has begun is expected to end, or to go on
-constexpr milliseconds SAVE_PERIOD(500);
+constexpr milliseconds SETTLING(20);      ///< in which a write that has begun is expected to end, or to go on
+constexpr milliseconds SAVE_PERIOD(200);  ///< while many records come
+constexpr milliseconds RETRY_PERIOD(500); ///< of a state that cannot be written
 constexpr std::size_t RECORDS_PER_LOOK = 256;
 
 } // namespace
@@ -51,8 +52,8 @@ void Follower::run() {
     bool isBusy = true;
     while (!haveAllEnded() && !Platform::waitForStop(isBusy ? SETTLING : IDLE)) {
         isBusy = readRound() || isAnyPending();
+        saveProgressIfDue(milliseconds::zero());
         output_.flush();
-        saveProgressIfDue();
     }
     saveProgress();
 }
@@ -92,7 +93,7 @@ bool Follower::readRound() {
         show(static_cast<std::size_t>(next));
         if (++sinceLastLook_ >= RECORDS_PER_LOOK) {
             sinceLastLook_ = 0;
-            saveProgressIfDue();
+            saveProgressIfDue(SAVE_PERIOD);
             if (Platform::isStopRequested()) {
                 return hasShown;
             }
@@ -140,31 +141,42 @@ void Follower::reportNotices(const std::vector<std::string>& notices) {
     }
 }
 
-/// In this order: what has not left the process is not done.
+/// In this order: what has not left the process is not done, and what has should be done at once.
 void Follower::saveProgress() {
+    const auto begin = std::chrono::steady_clock::now();
+    if (state_) {
+        preparePlaces();
+    }
+    savePause_ = std::chrono::steady_clock::now() - begin;
     output_.flush();
     if (state_) {
-        keepPlaces();
+        state_->save();
+        reportState();
     }
     savedAt_ = std::chrono::steady_clock::now();
+    savePause_ = stateProblem_.empty() ? savePause_ : RETRY_PERIOD;
 }
 
-/// A state waits for the disk, and is not worth that for each record.
-void Follower::saveProgressIfDue() {
-    if (!isBeginning_ && std::chrono::steady_clock::now() - savedAt_ > SAVE_PERIOD) {
+/// The state should be as new as it can, for a follower that is killed while its files are rotated; but no
+/// more than half of the time goes into waiting for the disk.
+void Follower::saveProgressIfDue(milliseconds period) {
+    if (!isBeginning_ && std::chrono::steady_clock::now() - savedAt_ >= savePause_ + period) {
         saveProgress();
     }
 }
 
-/// One that cannot be kept is no reason to show no more records: it is kept later, or they come again.
-void Follower::keepPlaces() {
+void Follower::preparePlaces() {
     for (const FollowedInput& input : inputs_) {
         const std::optional<FilePlace> place = input.place();
         if (place) {
             state_->set(input.path(), *place);
         }
     }
-    state_->save();
+    state_->prepare();
+}
+
+/// A state that cannot be kept is no reason to show no more records: it is kept later, or they come again.
+void Follower::reportState() {
     if (!state_->problem().empty() && state_->problem() != stateProblem_) {
         complain(state_->problem());
     }

@@ -47,8 +47,9 @@ private:
     bool isAnyPending() const;
     void reportNotices(const std::vector<std::string>& notices);
     void saveProgress();
-    void saveProgressIfDue();
-    void keepPlaces();
+    void saveProgressIfDue(std::chrono::milliseconds period);
+    void preparePlaces();
+    void reportState();
 
     const RecordFilter& filter_;
     RecordShower shower_;
@@ -60,6 +61,7 @@ private:
     std::string filterProblem_;     ///< what was reported of the filter last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
     std::chrono::steady_clock::time_point savedAt_;
+    std::chrono::steady_clock::duration savePause_ = {}; ///< from then on until it is tried again
 };
 
 } // namespace Tools

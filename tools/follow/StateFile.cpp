@@ -124,18 +124,34 @@ std::string StateFile::text() const {
     return json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-void StateFile::save() {
+void StateFile::prepare() {
     if (!isChanged_) {
         return;
     }
     problem_.clear();
     lock(problem_);
     std::string reason;
-    if (Platform::replaceFile(path_, text(), reason)) {
+    isPrepared_ = Platform::writeReplacement(path_, text(), reason);
+    if (!isPrepared_) {
+        fail(reason);
+    }
+}
+
+void StateFile::save() {
+    if (!isPrepared_) {
+        return;
+    }
+    isPrepared_ = false;
+    std::string reason;
+    if (Platform::replaceFile(path_, reason)) {
         isChanged_ = false;
     } else {
-        problem_ = path_ + ": cannot keep the state: " + reason + "; going on, and trying again";
+        fail(reason);
     }
+}
+
+void StateFile::fail(const std::string& reason) {
+    problem_ = path_ + ": cannot keep the state: " + reason + "; going on, and trying again";
 }
 
 } // namespace Tools

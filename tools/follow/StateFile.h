@@ -25,16 +25,20 @@ public:
     /// Sets the place of an input; inputs that nobody sets keep theirs.
     void set(const std::string& input, const FilePlace& place);
 
-    /// Replaces the file in one step, if anything has changed since it was last replaced. On the disk is the
-    /// old state or the new one, also after a crash.
+    /// Puts the state on the disk beside the old one, if anything has changed, and waits for that.
     /// \throw Failure if another process uses the state
+    void prepare();
+
+    /// Puts what was prepared into the place of the old state, in one step that takes no time. On the disk is
+    /// the old state or the new one, also after a crash.
     void save();
 
-    /// \return what was wrong when `save` last had something to do; empty if all was well
+    /// \return what was wrong when there last was something to save; empty if all was well
     const std::string& problem() const { return problem_; }
 
 private:
     void lock(std::string& problem);
+    void fail(const std::string& reason);
     std::string read() const;
     void load();
     std::string text() const;
@@ -43,6 +47,7 @@ private:
     Platform::FileLock lock_;
     bool existed_ = false;
     bool isChanged_ = false;
+    bool isPrepared_ = false;
     std::string problem_;
     std::map<std::string, FilePlace> places_;
 };

@@ -33,16 +33,22 @@ bool writeToDisk(const std::string& path, const std::string& content) {
     return file.isOpen() && writeAll(file.number(), content) && fsync(file.number()) == 0;
 }
 
+bool fail(const std::string& replacement, std::string& problem) {
+    problem = std::generic_category().message(errno);
+    unlink(replacement.c_str()); // on a full disk a part of it takes the room that the next try needs
+    return false;
+}
+
 } // namespace
 
-bool replaceFile(const std::string& path, const std::string& content, std::string& problem) {
-    const std::string next = path + ".new";
-    if (writeToDisk(next, content) && std::rename(next.c_str(), path.c_str()) == 0) {
-        return true;
-    }
-    problem = std::generic_category().message(errno);
-    unlink(next.c_str()); // on a full disk a part of it takes the room that the next try needs
-    return false;
+bool writeReplacement(const std::string& path, const std::string& content, std::string& problem) {
+    const std::string replacement = path + ".new";
+    return writeToDisk(replacement, content) || fail(replacement, problem);
+}
+
+bool replaceFile(const std::string& path, std::string& problem) {
+    const std::string replacement = path + ".new";
+    return std::rename(replacement.c_str(), path.c_str()) == 0 || fail(replacement, problem);
 }
 
 } // namespace Platform

@@ -24,17 +24,23 @@ bool writeToDisk(const std::string& path, const std::string& content) {
     return isOnDisk;
 }
 
+bool fail(const std::string& replacement, std::string& problem) {
+    problem = std::system_category().message(static_cast<int>(GetLastError()));
+    DeleteFileA(replacement.c_str());
+    return false;
+}
+
 } // namespace
 
-bool replaceFile(const std::string& path, const std::string& content, std::string& problem) {
-    const std::string next = path + ".new";
-    if (writeToDisk(next, content) &&
-        MoveFileExA(next.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-        return true;
-    }
-    problem = std::system_category().message(static_cast<int>(GetLastError()));
-    DeleteFileA(next.c_str());
-    return false;
+bool writeReplacement(const std::string& path, const std::string& content, std::string& problem) {
+    const std::string replacement = path + ".new";
+    return writeToDisk(replacement, content) || fail(replacement, problem);
+}
+
+bool replaceFile(const std::string& path, std::string& problem) {
+    const std::string replacement = path + ".new";
+    const DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExA(replacement.c_str(), path.c_str(), flags) || fail(replacement, problem);
 }
 
 } // namespace Platform
