@@ -14,7 +14,7 @@ enum class WriteResult {
 };
 
 /// Makes standard output take bytes as they are, and a closed pipe a result instead of the process's end.
-/// Called once, before the first write.
+/// Called once, before the first write and before a file is opened.
 void prepareStandardOutput();
 
 /// Writes all of a text to standard output, past the standard library's buffers.

@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 #include "UsageError.h"
 #include "filters/TimeBound.h"
+#include "platform/ZoneOffset.h"
 #include "records/CivilTime.h"
 #include "records/LineParser.h"
 #include "records/RecordReader.h"
@@ -149,15 +150,94 @@ TEST(CivilTime, CountsDaysAsTheCalendarDoes) {
     EXPECT_EQ(1367935407, civilSeconds(TIME));
 }
 
+/// \return where a time of the process's zone lies: "before" the span, "in" it or "behind" it
+std::string placeOf(const std::string& time, const TimeBound& bound) {
+    ZonedClock clock;
+    clock.observe(time);
+    return bound.isAfter(clock) ? "before" : bound.isBefore(clock) ? "behind" : "in";
+}
+
 TEST(TimeBound, TakesAgesAndRefusesHalfNumbers) {
     const std::int64_t now = civilSeconds(TIME) * 1000000;
-    const TimeBound age("4294967295d", now);
-    EXPECT_FALSE(age.isAfter("1971.01.01 00:00:00:000000"));
-    for (const char* text :
-         {"", "2013.", "2013.5", "2013.05.07 ", "2013.05.07 14:3", "2013.05.07 14:03:27:123000", "2013.02.29",
-          "2013.05.07T14", "-1d", "1", "1D", "d", "1.5h", "99999999999sec"}) {
+    EXPECT_NE("before", placeOf("1971.01.01 00:00:00:000000", TimeBound("4294967295d", now)));
+    for (const char* text : {"",
+                             "2013.",
+                             "2013.5",
+                             "2013.05.07 ",
+                             "2013.05.07 14:3",
+                             "2013.05.07 14:03:27:12",
+                             "2013.02.29",
+                             "2013.05.07T14",
+                             "2013-05.07",
+                             "2013-05-07T14:03:27.",
+                             "2013-05-07T14:03:27.1234567Z",
+                             "2013-05-07Z",
+                             "2013-05-07T14Z",
+                             "2013-05-07T14:03+24:00",
+                             "2013-05-07T14:03 02:00",
+                             "2013-02-29T14:03Z",
+                             "24:00",
+                             "4:03",
+                             "14:03:",
+                             "-1d",
+                             "1",
+                             "1D",
+                             "d",
+                             "10  min",
+                             "10 ",
+                             "1.5h",
+                             "99999999999sec"}) {
         EXPECT_THROW(TimeBound(text, now), UsageError) << text;
     }
+}
+
+TEST(TimeBound, NamesTheSpanThatItsLastNumberIs) {
+    ASSERT_TRUE(Platform::useZone("UTC"));
+    const std::int64_t now = civilSeconds(TIME) * 1000000 + 123000;
+    struct Case {
+        std::string bound, first, last; ///< the first and the last microsecond of the span
+    };
+    for (const Case& span : std::vector<Case>{
+             {"2013", "2013.01.01 00:00:00:000000", "2013.12.31 23:59:59:999999"},
+             {"2013-05", "2013.05.01 00:00:00:000000", "2013.05.31 23:59:59:999999"},
+             {TIME, TIME, TIME},
+             {"2013-05-07 14:03:27.12", "2013.05.07 14:03:27:120000", "2013.05.07 14:03:27:129999"},
+             {"2013-05-07T16:03+02:00", "2013.05.07 14:03:00:000000", "2013.05.07 14:03:59:999999"},
+             {"2013-05-06T23:33:27-14:30", "2013.05.07 14:03:27:000000", "2013.05.07 14:03:27:999999"},
+             {"2013-05-07T14:03:27.12Z", "2013.05.07 14:03:27:120000", "2013.05.07 14:03:27:129999"},
+             {"14:03", "2013.05.07 14:03:00:000000", "2013.05.07 14:03:59:999999"},
+             {"14:03:26", "2013.05.07 14:03:26:000000", "2013.05.07 14:03:26:999999"},
+             {"10m", "2013.05.07 13:53:27:123000", "2013.05.07 13:53:27:123000"},
+             {"10 min", "2013.05.07 13:53:27:123000", "2013.05.07 13:53:27:123000"}}) {
+        const TimeBound bound(span.bound, now);
+        const auto shifted = [](const std::string& time, std::int64_t microseconds) {
+            return civilText(civilSeconds(time) * 1000000 + civilFraction(time) + microseconds);
+        };
+        EXPECT_EQ("before", placeOf(shifted(span.first, -1), bound)) << span.bound;
+        EXPECT_EQ("in", placeOf(span.first, bound)) << span.bound;
+        EXPECT_EQ("in", placeOf(span.last, bound)) << span.bound;
+        EXPECT_EQ("behind", placeOf(shifted(span.last, 1), bound)) << span.bound;
+    }
+}
+
+TEST(RecordReader, FollowsATimeThatGoesBackAsLongAsItDoes) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "back.log";
+    const auto line = [](int second) {
+        return "2013.05.07 14:03:0" + std::to_string(second) + ":000000 a\nmore\n";
+    };
+    TestSupport::writeFile(path,
+                           line(1) + line(9) + line(8) + line(4) + line(5) + line(5) + line(6) + line(2));
+    Platform::InputFile file;
+    std::string problem;
+    ASSERT_TRUE(file.open(path, problem)) << problem;
+    RecordReader reader(file);
+    Record record;
+    std::string lowest;
+    while (reader.next(record)) {
+        lowest += reader.lowestFrom(record.time())[18];
+    }
+    EXPECT_EQ("1444552", lowest);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "commands/CatCommand.h"
 
 #include "Complaint.h"
+#include "commands/OrderOfRecords.h"
 #include "inputs/LogFiles.h"
 #include "printers/RecordShower.h"
 #include "records/Merger.h"
@@ -39,14 +40,13 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
     return Merger(pointers, RecordStream::Ending::FINAL);
 }
 
-void showAll(std::deque<RecordStream>& streams, const RecordFilter& filter, Printer& printer,
-             Output& output) {
-    RecordShower shower(filter, printer, streams.size());
+void showAll(std::deque<RecordStream>& streams, RecordShower& shower, Output& output) {
     Merger merger = mergerOf(streams);
     for (int next = merger.next(); next >= 0; next = merger.next()) {
         const auto input = static_cast<std::size_t>(next);
         output.write(shower.show(input, streams[input]));
     }
+    output.write(shower.release());
     output.write(shower.end());
 }
 
@@ -57,7 +57,8 @@ CatCommand::CatCommand(CLI::App& program)
     inputs_.addTo(command_);
     filters_.addTo(command_);
     printing_.addTo(command_);
-    printing_.addCountTo(command_);
+    printing_.addEndTo(command_);
+    command_.footer(std::string(ORDER_OF_RECORDS) + "\n\n" + program.get_footer());
 }
 
 ExitCode CatCommand::run(Output& output) {
@@ -66,7 +67,9 @@ ExitCode CatCommand::run(Output& output) {
     const std::unique_ptr<Printer> printer = printing_.printer();
     std::deque<RecordStream> streams;
     bool isComplete = openStreams(inputs_.inputs(), streams);
-    showAll(streams, filter, *printer, output);
+    RecordShower shower(filter, *printer, streams.size());
+    printing_.applyTo(shower);
+    showAll(streams, shower, output);
     std::vector<std::string> problems = {filter.problem()};
     for (RecordStream& stream : streams) {
         problems.push_back(stream.takeProblem());

@@ -28,6 +28,7 @@ private:
     std::size_t lines_ = DEFAULT_LINES;
     bool fromStart_ = false;
     std::string state_;
+    CLI::Option* linesOption_ = nullptr;
     CLI::Option* stateOption_ = nullptr;
 };
 

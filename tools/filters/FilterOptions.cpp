@@ -12,15 +12,20 @@ void FilterOptions::addTo(CLI::App& command) {
     command.add_option("--logger", loggers_, "Only this logger and all below it; may be repeated")
         ->allow_extra_args(false)
         ->type_name("NAME");
+    command.add_option("--type", type_, "Only log messages, or only configuration messages")
+        ->check(CLI::IsMember({"LOG", "CFG"}))
+        ->type_name("LOG|CFG");
     sinceOption_ = command.add_option("--since", since_,
-                                      "Only from this time on: \"2013.05.07 14:03:27\", a "
-                                      "beginning of it, or an age (30sec, 10min, 2h, 1d)");
+                                      "Only from this time on: \"2013.05.07 14:03:27\", a beginning of it, "
+                                      "what a record shows (also in ISO 8601), 14:03 of today, or an age "
+                                      "(30sec, 10min, 2h, 1d)");
     sinceOption_->type_name("TIME");
     untilOption_ =
         command.add_option("--until", until_, "Only up to this time, inclusive")->type_name("TIME");
     patternOption_ =
         command.add_option("--grep", pattern_, "Only where a regular expression matches in the text")
             ->type_name("REGEX");
+    command.add_flag("--invert", invert_, "Only the records that the other filters leave out");
 }
 
 RecordFilter FilterOptions::filter() const {
@@ -32,6 +37,9 @@ RecordFilter FilterOptions::filter() const {
     for (const std::string& logger : loggers_) {
         filter.allowLogger(logger);
     }
+    if (!type_.empty()) {
+        filter.requireType(type_ == "LOG" ? Log::LOG : Log::CFG);
+    }
     if (sinceOption_->count() > 0) {
         filter.requireSince(TimeBound(since_, now));
     }
@@ -40,6 +48,9 @@ RecordFilter FilterOptions::filter() const {
     }
     if (patternOption_->count() > 0) {
         filter.requirePattern(pattern_);
+    }
+    if (invert_) {
+        filter.invert();
     }
     return filter;
 }

@@ -9,8 +9,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--since`,
-/// `--until` and `--grep`.
+/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--type`, `--since`,
+/// `--until`, `--grep` and `--invert`.
 class FilterOptions {
 public:
     void addTo(CLI::App& command);
@@ -21,9 +21,11 @@ public:
 private:
     std::string level_;
     std::vector<std::string> loggers_;
+    std::string type_;
     std::string since_;
     std::string until_;
     std::string pattern_;
+    bool invert_ = false;
     CLI::Option* levelOption_ = nullptr;
     CLI::Option* sinceOption_ = nullptr;
     CLI::Option* untilOption_ = nullptr;

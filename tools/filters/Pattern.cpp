@@ -71,7 +71,8 @@ Pattern::~Pattern() = default;
 bool Pattern::matches(std::string_view text) {
     const int result = pcre2_match(compiled_->code.get(), reinterpret_cast<PCRE2_SPTR>(text.data()),
                                    text.size(), 0, 0, compiled_->data.get(), compiled_->context.get());
-    if (result < 0 && result != PCRE2_ERROR_NOMATCH) {
+    wasUndecided_ = result < 0 && result != PCRE2_ERROR_NOMATCH;
+    if (wasUndecided_) {
         problem_ = describe(result);
     }
     return result != PCRE2_ERROR_NOMATCH;

@@ -21,12 +21,16 @@ public:
     /// wanted is not left out
     bool matches(std::string_view text);
 
+    /// \return true if it took too many steps for the last text
+    bool wasUndecided() const { return wasUndecided_; }
+
     /// \return why some texts could not be told; empty if all could
     const std::string& problem() const { return problem_; }
 
 private:
     struct Compiled;
     std::unique_ptr<Compiled> compiled_;
+    bool wasUndecided_ = false;
     std::string problem_;
 };
 

@@ -15,8 +15,16 @@ bool isAtOrBelow(std::string_view logger, const std::string& ancestor) {
 } // namespace
 
 bool RecordFilter::accepts(RecordStream& stream) const {
+    const bool meets = meetsAll(stream);
+    return isInverted_ ? !meets || (pattern_ && pattern_->wasUndecided()) : meets;
+}
+
+bool RecordFilter::meetsAll(RecordStream& stream) const {
     const Record& record = stream.record();
-    if (!acceptsTime(record)) {
+    if (!meetsTime(stream)) {
+        return false;
+    }
+    if (type_ && (!record.hasTime || stream.fields().hasLevel != (*type_ == Log::LOG))) {
         return false;
     }
     if (level_ && (!record.hasTime || (stream.fields().hasLevel && stream.fields().level < *level_))) {
@@ -33,12 +41,12 @@ std::string RecordFilter::problem() const {
     return isExact ? "" : "--grep: " + pattern_->problem() + "; records that may not match are shown too";
 }
 
-bool RecordFilter::acceptsTime(const Record& record) const {
+bool RecordFilter::meetsTime(const RecordStream& stream) const {
     if (!since_ && !until_) {
         return true;
     }
-    return record.hasTime && !(since_ && since_->isAfter(record.time())) &&
-           !(until_ && until_->isBefore(record.time()));
+    return stream.record().hasTime && !(since_ && since_->isAfter(stream.clock())) &&
+           !(until_ && until_->isBefore(stream.clock()));
 }
 
 bool RecordFilter::acceptsLogger(std::string_view logger) const {

@@ -3,6 +3,7 @@
 #include "filters/Pattern.h"
 #include "filters/TimeBound.h"
 #include "log/Level.h"
+#include "log/MessageType.h"
 #include "records/RecordStream.h"
 
 #include <memory>
@@ -14,7 +15,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Which records are wanted: those that meet every requirement.
+/// Which records are wanted: those that meet every requirement, or all others.
 class RecordFilter {
 public:
     /// Configuration messages, which have no level in their lines, are of the most severe one.
@@ -24,28 +25,35 @@ public:
     /// all.
     void allowLogger(const std::string& name) { loggers_.push_back(name); }
 
+    void requireType(Log::MessageType type) { type_ = type; }
     void requireSince(const TimeBound& bound) { since_ = bound; }
     void requireUntil(const TimeBound& bound) { until_ = bound; }
 
     /// \throw UsageError if the expression cannot be read
     void requirePattern(const std::string& expression) { pattern_ = std::make_unique<Pattern>(expression); }
 
+    /// From now on what does not meet the requirements is wanted.
+    void invert() { isInverted_ = true; }
+
     /// \param stream at a record that is no continuation: those share the fate of what they belong to
-    /// \return true if the record meets all requirements; one without a time has no level and no logger either
+    /// \return true if the record is wanted; one without a time has no level, no logger and no type either
     bool accepts(RecordStream& stream) const;
 
     /// \return what the user must know about the records that were accepted; empty if nothing
     std::string problem() const;
 
 private:
-    bool acceptsTime(const Record& record) const;
+    bool meetsAll(RecordStream& stream) const;
+    bool meetsTime(const RecordStream& stream) const;
     bool acceptsLogger(std::string_view logger) const;
 
     std::optional<Log::Level::LogLevel> level_;
     std::vector<std::string> loggers_;
+    std::optional<Log::MessageType> type_;
     std::optional<TimeBound> since_;
     std::optional<TimeBound> until_;
     std::unique_ptr<Pattern> pattern_;
+    bool isInverted_ = false;
 };
 
 } // namespace Tools

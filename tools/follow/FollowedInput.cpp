@@ -34,22 +34,20 @@ std::vector<FilePlace> endsOf(const std::vector<LogFile>& files) {
 } // namespace
 
 void FollowedInput::poll(std::vector<std::string>& notices) {
-    if (isGivenUp_) {
-        return;
-    }
     const std::string problem = stream_.takeProblem();
-    if (!problem.empty()) {
-        noticeOnce(notices, problem);
+    if (!problem.empty() && problem != readProblem_) {
+        notices.push_back(problem);
+        readProblem_ = problem;
     }
-    if (stream_.hasMoreFiles()) {
+    if (stream_.hasMoreFiles() || hasEnded()) {
         return;
     }
     if (stream_.file() == nullptr) {
         openFirst(notices);
         tailFilter_ = nullptr; // what comes into being later is new from its start
-        return;
-    }
-    if (isCurrentLive()) {
+    } else if (isStandardInput()) {
+        return; // which has no name to be found by again
+    } else if (isCurrentLive()) {
         reopenIfCut(notices);
     } else {
         appendNewerFiles(notices);
@@ -60,32 +58,22 @@ void FollowedInput::openFirst(std::vector<std::string>& notices) {
     kind_ = resolve(spec_);
     std::vector<std::string> problems;
     std::vector<LogFile> files = openAll(spec_, problems);
-    for (const std::string& problem : problems) {
-        noticeOnce(notices, problem + "; waiting for it");
+    for (std::string& problem : problems) {
+        problem += files.empty() && !isStandardInput() ? "; waiting for it" : "";
     }
-    dropPipes(files, notices);
+    noticeNew(notices, std::move(problems));
     if (files.empty()) {
         return;
     }
-    done_ = endsOf(files);
+    if (!isStandardInput()) {
+        done_ = endsOf(files);
+    }
     if (resumedPlace_) {
         skipToResumedPlace(files, notices);
-    } else if (tailFilter_ != nullptr) {
+    } else if (tailFilter_ != nullptr && !isStandardInput()) {
         cutToTail(files, *tailFilter_, tailLength_);
     }
     append(std::move(files));
-}
-
-/// A pipe is read only once, and has no place to go on from. An input that has nothing else is given up:
-/// whoever writes to the pipe must not find a reader that goes again at once.
-void FollowedInput::dropPipes(std::vector<LogFile>& files, std::vector<std::string>& notices) {
-    const auto isPipe = [](const LogFile& file) { return !file.file.isSeekable(); };
-    const auto pipe = std::find_if(files.begin(), files.end(), isPipe);
-    if (pipe != files.end()) {
-        noticeOnce(notices, pipe->path + " is no file that can be followed");
-        files.erase(std::remove_if(pipe, files.end(), isPipe), files.end());
-        isGivenUp_ = files.empty() && stream_.file() == nullptr;
-    }
 }
 
 void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices) {
@@ -120,7 +108,7 @@ void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
 void FollowedInput::settle() {
     stream_.settle();
     const bool hasRead = !seen_ || seen_->offset() != stream_.bytesSeen();
-    if (stream_.file() != nullptr && hasRead) {
+    if (stream_.file() != nullptr && hasRead && !isStandardInput()) {
         seen_ = FilePlace::in(stream_.file()->file, stream_.bytesSeen());
     }
 }
@@ -139,10 +127,7 @@ void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
     spec.mayBeMissing = true; // between two steps of a rotation
     std::vector<std::string> problems;
     std::vector<LogFile> files = openAll(spec, problems);
-    for (const std::string& problem : problems) {
-        noticeOnce(notices, problem);
-    }
-    dropPipes(files, notices);
+    noticeNew(notices, std::move(problems));
     const Platform::FileIdentity identity = stream_.file()->file.identity();
     const auto current = std::find_if(files.begin(), files.end(), [&identity](const LogFile& file) {
         return file.file.identity() == identity;
@@ -173,7 +158,6 @@ void FollowedInput::leaveOutDone(std::vector<LogFile>& files) const {
 void FollowedInput::append(std::vector<LogFile> files) {
     if (!files.empty()) {
         seen_.reset();
-        lastNotice_.clear();
     }
     for (LogFile& file : files) {
         stream_.append(std::move(file));
@@ -198,11 +182,14 @@ std::optional<FilePlace> FollowedInput::place() const {
     return FilePlace::in(file->file, hasCommitted ? committedEnd_ : file->offset);
 }
 
-void FollowedInput::noticeOnce(std::vector<std::string>& notices, const std::string& notice) {
-    if (notice != lastNotice_) {
-        notices.push_back(notice);
-        lastNotice_ = notice;
+/// Says what the last look has not found already.
+void FollowedInput::noticeNew(std::vector<std::string>& notices, std::vector<std::string> problems) {
+    for (const std::string& problem : problems) {
+        if (std::find(problems_.begin(), problems_.end(), problem) == problems_.end()) {
+            notices.push_back(problem);
+        }
     }
+    problems_ = std::move(problems);
 }
 
 std::string FollowedInput::livePath() const {

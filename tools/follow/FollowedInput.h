@@ -42,6 +42,13 @@ public:
     /// that is noticed at the next `poll`.
     void settle();
 
+    bool isStandardInput() const { return spec_.kind == InputSpec::STANDARD_INPUT; }
+
+    /// \return true if no record will come any more, as from a pipe that nobody can write to
+    bool hasEnded() const {
+        return isStandardInput() && (stream_.hasEnded() || !problems_.empty() || !readProblem_.empty());
+    }
+
     RecordStream& stream() { return stream_; }
     const RecordStream& stream() const { return stream_; }
     const std::string& path() const { return spec_.path; }
@@ -54,14 +61,13 @@ public:
 
 private:
     void openFirst(std::vector<std::string>& notices);
-    void dropPipes(std::vector<LogFile>& files, std::vector<std::string>& notices);
     void skipToResumedPlace(std::vector<LogFile>& files, std::vector<std::string>& notices);
     void reopenIfCut(std::vector<std::string>& notices);
     bool isCurrentLive() const;
     void appendNewerFiles(std::vector<std::string>& notices);
     void leaveOutDone(std::vector<LogFile>& files) const;
     void append(std::vector<LogFile> files);
-    void noticeOnce(std::vector<std::string>& notices, const std::string& notice);
+    void noticeNew(std::vector<std::string>& notices, std::vector<std::string> problems);
     std::string livePath() const;
     void warnOfLoss(std::vector<std::string>& notices, const std::string& reason) const;
 
@@ -75,8 +81,8 @@ private:
     std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
     std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;
-    bool isGivenUp_ = false; ///< there is only a pipe
-    std::string lastNotice_;
+    std::string readProblem_;
+    std::vector<std::string> problems_; ///< that the last look at the files has found
 };
 
 } // namespace Tools

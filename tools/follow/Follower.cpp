@@ -4,6 +4,8 @@
 #include "platform/StopSignal.h"
 #include "records/Merger.h"
 
+#include <algorithm>
+
 namespace ZAV {
 namespace Tools {
 
@@ -12,19 +14,23 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds IDLE(100);
-constexpr milliseconds SETTLING(20);     ///< in which a write that has begun is expected to end, or to go on
-constexpr milliseconds SAVE_PERIOD(200); ///< while many records come
+constexpr milliseconds SETTLING(20);      ///< in which a write that has begun is expected to end, or to go on
+constexpr milliseconds SAVE_PERIOD(200);  ///< while many records come
+constexpr milliseconds RETRY_PERIOD(500); ///< of a state that cannot be written
 constexpr std::size_t RECORDS_PER_LOOK = 256;
 
 } // namespace
 
-Follower::Follower(const RecordFilter& filter, Printer& printer, Output& output)
-    : filter_(filter), printer_(printer), output_(output) {
+Follower::Follower(const RecordFilter& filter, Printer& printer, const std::vector<InputSpec>& inputs,
+                   Output& output)
+    : filter_(filter), shower_(filter, printer, inputs.size()), output_(output),
+      inputs_(inputs.begin(), inputs.end()) {
     Platform::catchStopSignals(); // before the first input is opened, which may be a pipe
 }
 
 void Follower::showLast(std::size_t count) {
-    last_.emplace(count);
+    isBeginning_ = true;
+    shower_.keepLast(count);
     for (FollowedInput& input : inputs_) {
         input.beginNearEnd(filter_, count);
     }
@@ -35,20 +41,21 @@ void Follower::keepState(const std::string& path) {
 }
 
 void Follower::run() {
-    shower_.emplace(filter_, printer_, inputs_.size());
     resume();
     readRound();
     const bool mayGoOn = !Platform::isStopRequested() && !(isAnyPending() && Platform::waitForStop(SETTLING));
     if (mayGoOn) {
         readRound();
     }
-    showLastRecords();
+    endBeginning();
     saveProgress();
     bool isBusy = true;
-    while (!Platform::waitForStop(isBusy ? SETTLING : IDLE)) {
+    while (!haveAllEnded() && !Platform::waitForStop(isBusy ? SETTLING : IDLE)) {
         isBusy = readRound() || isAnyPending();
-        saveProgress();
+        saveProgressIfDue(milliseconds::zero());
+        output_.flush();
     }
+    saveProgress();
 }
 
 /// With a state, nothing is left out: an input that it does not know is read from its start.
@@ -56,7 +63,9 @@ void Follower::resume() {
     if (!state_ || !state_->existed()) {
         return;
     }
-    last_.reset();
+    if (isBeginning_) {
+        endBeginning();
+    }
     for (FollowedInput& input : inputs_) {
         input.beginAtStart();
         const std::optional<FilePlace> place = state_->find(input.path());
@@ -71,7 +80,9 @@ bool Follower::readRound() {
     std::vector<RecordStream*> streams;
     std::vector<std::string> notices;
     for (FollowedInput& input : inputs_) {
-        input.poll(notices);
+        if (!isBeginning_ || !input.isStandardInput()) {
+            input.poll(notices);
+        }
         streams.push_back(&input.stream());
     }
     reportNotices(notices);
@@ -82,7 +93,7 @@ bool Follower::readRound() {
         show(static_cast<std::size_t>(next));
         if (++sinceLastLook_ >= RECORDS_PER_LOOK) {
             sinceLastLook_ = 0;
-            saveProgressIfDue();
+            saveProgressIfDue(SAVE_PERIOD);
             if (Platform::isStopRequested()) {
                 return hasShown;
             }
@@ -96,24 +107,18 @@ bool Follower::readRound() {
 }
 
 void Follower::show(std::size_t input) {
-    RecordStream& stream = inputs_[input].stream();
-    const bool isContinuation = stream.record().isContinuation;
-    const std::string& text = shower_->show(input, stream);
-    if (!last_) {
-        output_.write(text);
-    } else if (isContinuation) {
-        last_->extend(text);
-    } else if (!text.empty()) {
-        last_->add(text);
-    }
+    output_.write(shower_.show(input, inputs_[input].stream()));
     inputs_[input].commit();
 }
 
-void Follower::showLastRecords() {
-    if (last_) {
-        output_.write(last_->take());
-        last_.reset();
-    }
+void Follower::endBeginning() {
+    output_.write(shower_.release());
+    isBeginning_ = false;
+}
+
+bool Follower::haveAllEnded() const {
+    return std::all_of(inputs_.begin(), inputs_.end(),
+                       [](const FollowedInput& input) { return input.hasEnded(); });
 }
 
 bool Follower::isAnyPending() const {
@@ -136,26 +141,46 @@ void Follower::reportNotices(const std::vector<std::string>& notices) {
     }
 }
 
-/// In this order: what has not left the process is not done.
+/// In this order: what has not left the process is not done, and what has should be done at once.
 void Follower::saveProgress() {
-    output_.flush();
-    if (!state_) {
-        return;
+    const auto begin = std::chrono::steady_clock::now();
+    if (state_) {
+        preparePlaces();
     }
+    savePause_ = std::chrono::steady_clock::now() - begin;
+    output_.flush();
+    if (state_) {
+        state_->save();
+        reportState();
+    }
+    savedAt_ = std::chrono::steady_clock::now();
+    savePause_ = stateProblem_.empty() ? savePause_ : RETRY_PERIOD;
+}
+
+/// The state should be as new as it can, for a follower that is killed while its files are rotated; but no
+/// more than half of the time goes into waiting for the disk.
+void Follower::saveProgressIfDue(milliseconds period) {
+    if (!isBeginning_ && std::chrono::steady_clock::now() - savedAt_ >= savePause_ + period) {
+        saveProgress();
+    }
+}
+
+void Follower::preparePlaces() {
     for (const FollowedInput& input : inputs_) {
         const std::optional<FilePlace> place = input.place();
         if (place) {
             state_->set(input.path(), *place);
         }
     }
-    state_->save();
-    savedAt_ = std::chrono::steady_clock::now();
+    state_->prepare();
 }
 
-void Follower::saveProgressIfDue() {
-    if (!last_ && std::chrono::steady_clock::now() - savedAt_ > SAVE_PERIOD) {
-        saveProgress();
+/// A state that cannot be kept is no reason to show no more records: it is kept later, or they come again.
+void Follower::reportState() {
+    if (!state_->problem().empty() && state_->problem() != stateProblem_) {
+        complain(state_->problem());
     }
+    stateProblem_ = state_->problem();
 }
 
 } // namespace Tools

@@ -3,7 +3,6 @@
 #include "Output.h"
 #include "filters/RecordFilter.h"
 #include "follow/FollowedInput.h"
-#include "follow/LastRecords.h"
 #include "follow/StateFile.h"
 #include "inputs/InputSpec.h"
 #include "printers/RecordShower.h"
@@ -22,17 +21,20 @@ namespace Tools {
 class Follower {
 public:
     /// The references must outlive the follower.
-    Follower(const RecordFilter& filter, Printer& printer, Output& output);
+    Follower(const RecordFilter& filter, Printer& printer, const std::vector<InputSpec>& inputs,
+             Output& output);
 
-    void addInput(const InputSpec& spec) { inputs_.emplace_back(spec); }
+    /// \return what makes the text of the records, which may be told to show more or less before `run`
+    RecordShower& shower() { return shower_; }
 
-    /// Shows no more than the last few records of what is there at the start; called behind `addInput`.
+    /// Shows no more than the last few records of what is there at the start; of standard input, all.
     void showLast(std::size_t count);
 
     /// Keeps the places in a file, and goes on at those that it has.
-    /// \throw Failure if the file exists and cannot be read
+    /// \throw Failure if the file exists and cannot be read, or if another follower keeps its places there
     void keepState(const std::string& path);
 
+    /// Returns when the process is asked to end, or when all inputs are pipes that have ended.
     /// \throw OutputClosed, Failure
     void run();
 
@@ -40,22 +42,26 @@ private:
     void resume();
     bool readRound();
     void show(std::size_t input);
-    void showLastRecords();
+    void endBeginning();
+    bool haveAllEnded() const;
     bool isAnyPending() const;
     void reportNotices(const std::vector<std::string>& notices);
     void saveProgress();
-    void saveProgressIfDue();
+    void saveProgressIfDue(std::chrono::milliseconds period);
+    void preparePlaces();
+    void reportState();
 
     const RecordFilter& filter_;
-    Printer& printer_;
-    std::optional<RecordShower> shower_; ///< while it runs
+    RecordShower shower_;
     Output& output_;
     std::deque<FollowedInput> inputs_;
-    std::optional<LastRecords> last_;
+    bool isBeginning_ = false; ///< the last records of what is there are being looked for
     std::optional<StateFile> state_;
+    std::string stateProblem_;      ///< why the state could not be written when that was last tried
     std::string filterProblem_;     ///< what was reported of the filter last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
     std::chrono::steady_clock::time_point savedAt_;
+    std::chrono::steady_clock::duration savePause_ = {}; ///< from then on until it is tried again
 };
 
 } // namespace Tools

@@ -2,11 +2,10 @@
 
 #include "Failure.h"
 #include "platform/InputFile.h"
+#include "platform/ReplacedFile.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
@@ -41,8 +40,29 @@ StateFile::StateFile(std::string path) : path_(std::move(path)) {
     if (problem) {
         throw Failure(path_ + ": " + problem.message());
     }
+    if (std::filesystem::is_symlink(path_, problem) && existed_) {
+        path_ = std::filesystem::canonical(path_).string();
+    }
+    std::string ignored; // told when the state is written
+    lock(ignored);
+    existed_ = std::filesystem::exists(path_, problem);
     if (existed_) {
         load();
+    }
+}
+
+/// \throw Failure if another process holds the lock
+void StateFile::lock(std::string& problem) {
+    const std::string path = path_ + ".lock";
+    std::string reason;
+    switch (lock_.acquire(path, reason)) {
+    case Platform::FileLock::HELD:
+        return;
+    case Platform::FileLock::HELD_BY_ANOTHER:
+        throw Failure(path_ +
+                      ": another zav-log follow keeps its state there; give each one a file of its own");
+    case Platform::FileLock::CANNOT_BE_DECIDED:
+        problem = path + ": " + reason + "; another zav-log follow with this state would go unnoticed";
     }
 }
 
@@ -58,7 +78,8 @@ std::string StateFile::read() const {
         }
     }
     if (!problem.empty()) {
-        throw Failure(path_ + ": the state cannot be read: " + problem);
+        throw Failure(path_ + ": the state cannot be read: " + problem +
+                      "; mend that, or remove the file to begin anew");
     }
     return content;
 }
@@ -68,7 +89,8 @@ void StateFile::load() {
     try {
         const Json json = Json::parse(content);
         if (json.at("version") != VERSION) {
-            throw Failure(path_ + ": the state is of another version of this program");
+            throw Failure(path_ +
+                          ": the state is of another version of this program; remove the file to begin anew");
         }
         for (const auto& [input, place] : json.at("inputs").items()) {
             places_[input] = toPlace(place);
@@ -102,23 +124,34 @@ std::string StateFile::text() const {
     return json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-void StateFile::save() {
+void StateFile::prepare() {
     if (!isChanged_) {
         return;
     }
-    const std::string temporary = path_ + ".new";
-    errno = 0;
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    file << text();
-    file.close();
-    std::error_code problem(file ? 0 : errno, std::generic_category());
-    if (file) {
-        std::filesystem::rename(temporary, path_, problem);
+    problem_.clear();
+    lock(problem_);
+    std::string reason;
+    isPrepared_ = Platform::writeReplacement(path_, text(), reason);
+    if (!isPrepared_) {
+        fail(reason);
     }
-    if (!file || problem) {
-        throw Failure(path_ + ": cannot keep the state" + (problem ? ": " + problem.message() : ""));
+}
+
+void StateFile::save() {
+    if (!isPrepared_) {
+        return;
     }
-    isChanged_ = false;
+    isPrepared_ = false;
+    std::string reason;
+    if (Platform::replaceFile(path_, reason)) {
+        isChanged_ = false;
+    } else {
+        fail(reason);
+    }
+}
+
+void StateFile::fail(const std::string& reason) {
+    problem_ = path_ + ": cannot keep the state: " + reason + "; going on, and trying again";
 }
 
 } // namespace Tools

@@ -5,11 +5,22 @@
 #include "inputs/ConfiguredFiles.h"
 #include "zav-util/UtilException.h"
 
+#include <algorithm>
+
 namespace ZAV {
 namespace Tools {
 
+namespace {
+
+const char* const STANDARD_INPUT = "-";
+
+} // namespace
+
 void InputOptions::addTo(CLI::App& command) {
-    command.add_option("PATH", paths_, "A log file, or the base name of a rotated series (logs/server.log.)")
+    command
+        .add_option("PATH", paths_,
+                    "A log file, the base name of a rotated series (logs/server.log.), or - for standard "
+                    "input")
         ->type_name("");
     command
         .add_option("--config", configuration_,
@@ -38,7 +49,11 @@ std::vector<InputSpec> InputOptions::inputsOfPaths() const {
     for (const std::string& path : paths_) {
         InputSpec input;
         input.path = path;
+        input.kind = path == STANDARD_INPUT ? InputSpec::STANDARD_INPUT : InputSpec::FILE_OR_SERIES;
         inputs.push_back(input);
+    }
+    if (std::count(paths_.begin(), paths_.end(), STANDARD_INPUT) > 1) {
+        throw UsageError("standard input can be read only once");
     }
     return inputs;
 }

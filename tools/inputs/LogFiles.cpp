@@ -1,7 +1,11 @@
 #include "inputs/LogFiles.h"
 
+#include "inputs/PackedFile.h"
+#include "platform/DirectoryAccess.h"
+
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 namespace ZAV {
@@ -9,23 +13,31 @@ namespace Tools {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr char NEWEST = '0';
 constexpr char OLDEST = '9';
 
+/// \return true for whatever is there and is no folder, also for a symbolic link that leads nowhere
+bool isThere(const std::string& path) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(path, ignored)) && !fs::is_directory(path, ignored);
+}
+
 bool isFile(const std::string& path) {
     std::error_code ignored;
-    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
-    return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+    const fs::file_status status = fs::status(path, ignored);
+    return fs::exists(status) && !fs::is_directory(status);
 }
 
 bool exists(const std::string& path) {
     std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
+    return fs::exists(path, ignored);
 }
 
 bool hasSeries(const std::string& base) {
     for (char digit = NEWEST; digit <= OLDEST; ++digit) {
-        if (isFile(base + digit)) {
+        if (isThere(base + digit)) {
             return true;
         }
     }
@@ -38,11 +50,63 @@ bool isAmong(const std::vector<LogFile>& files, const LogFile& wanted) {
     });
 }
 
+fs::path folderOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+/// Whoever may write to the folder of a series could otherwise have any file shown by those who read the log.
+/// \return the file that a member of a series is, behind symbolic links within its folder; empty if one leads out of it
+std::string withinFolder(const std::string& member, std::string& problem) {
+    std::error_code error;
+    if (!fs::is_symlink(fs::symlink_status(member, error))) {
+        return member;
+    }
+    const fs::path target = fs::canonical(member, error);
+    const fs::path folder = error ? fs::path() : fs::canonical(folderOf(member), error);
+    if (error) {
+        problem = error.message();
+        return "";
+    }
+    if (target.parent_path() != folder) {
+        problem = "Is a symbolic link out of its folder";
+        return "";
+    }
+    return target.string();
+}
+
+bool openMember(LogFile& member, std::string& problem) {
+    problem.clear();
+    const std::string path = withinFolder(member.path, problem);
+    return !path.empty() && member.file.open(path, problem, Platform::InputFile::Links::REFUSED) &&
+           !isPacked(member, problem);
+}
+
+/// \return why nothing can be said about the files that are not in a folder; empty if none was written there yet
+std::string whyUnknown(const InputSpec& input) {
+    const std::string folder = folderOf(input.path).string();
+    std::string problem;
+    if (Platform::isReadableDirectory(folder, problem)) {
+        return "";
+    }
+    std::error_code ignored;
+    const std::string origin = fs::path(folder).is_relative() ? " (relative paths are taken from " +
+                                                                    fs::current_path(ignored).string() + ")"
+                                                              : "";
+    return folder + ": " + problem + origin;
+}
+
+bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
+    const bool isOpen = input.kind == InputSpec::STANDARD_INPUT ? file.file.openStandardInput(problem)
+                                                                : file.file.open(file.path, problem);
+    file.offset = isOpen && input.kind == InputSpec::STANDARD_INPUT ? file.file.position() : 0;
+    return isOpen && !isPacked(file, problem);
+}
+
 } // namespace
 
 InputSpec::Kind resolve(const InputSpec& input) {
     if (input.kind != InputSpec::FILE_OR_SERIES || isFile(input.path)) {
-        return input.kind == InputSpec::SERIES ? InputSpec::SERIES : InputSpec::FILE;
+        return input.kind == InputSpec::FILE_OR_SERIES ? InputSpec::FILE : input.kind;
     }
     return hasSeries(input.path) ? InputSpec::SERIES : InputSpec::FILE_OR_SERIES;
 }
@@ -56,14 +120,14 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
         LogFile member;
         member.path = input.path + digit;
         member.layout = input.layout;
-        if (!isFile(member.path)) {
+        if (!isThere(member.path)) {
             continue;
         }
         std::string problem;
-        const bool isOpen = member.file.open(member.path, problem) || member.file.open(member.path, problem);
+        const bool isOpen = openMember(member, problem) || openMember(member, problem);
         if (isOpen && !isAmong(files, member)) {
             files.push_back(std::move(member));
-        } else if (!isOpen && isFile(member.path)) {
+        } else if (!isOpen && isThere(member.path)) {
             problems.push_back(member.path + ": " + problem);
         }
     }
@@ -72,18 +136,25 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
 }
 
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems) {
-    if (resolve(input) == InputSpec::SERIES && (hasSeries(input.path) || input.mayBeMissing)) {
-        return openSeries(input, problems);
-    }
     std::vector<LogFile> files;
-    LogFile file;
-    file.path = input.path;
-    file.layout = input.layout;
-    std::string problem;
-    if (file.file.open(file.path, problem)) {
-        files.push_back(std::move(file));
-    } else if (!input.mayBeMissing || exists(file.path)) {
-        problems.push_back(file.path + ": " + problem);
+    const std::size_t problemsBefore = problems.size();
+    if (resolve(input) == InputSpec::SERIES && (hasSeries(input.path) || input.mayBeMissing)) {
+        files = openSeries(input, problems);
+    } else {
+        LogFile file;
+        file.path = input.path;
+        file.layout = input.layout;
+        std::string problem;
+        if (openOne(file, input, problem)) {
+            files.push_back(std::move(file));
+        } else if (!input.mayBeMissing || exists(file.path)) {
+            problems.push_back(file.path + ": " + problem);
+        }
+    }
+    const std::string unknown =
+        files.empty() && problems.size() == problemsBefore ? whyUnknown(input) : std::string();
+    if (!unknown.empty()) {
+        problems.push_back(unknown);
     }
     return files;
 }

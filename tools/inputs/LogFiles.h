@@ -15,11 +15,13 @@ InputSpec::Kind resolve(const InputSpec& input);
 /// Opens the files of a series, the oldest first.
 ///
 /// A rotation meanwhile can make a file appear under two names, and it is given once; none is passed over.
-/// \param problems receives a line for each member that cannot be read
+/// \param problems receives a line for each member that cannot be read, is no regular file, or is a symbolic link out
+/// of its folder
 std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems);
 
 /// Opens all that the input means, the oldest first.
-/// \param problems receives a line for each file that cannot be read, or for an input that is missing and may not be
+/// \param problems receives a line for each file that cannot be read or is packed, for an input that is missing and may
+/// not be, and for the folder of one that may, if that is missing or cannot be read
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems);
 
 } // namespace Tools

@@ -31,7 +31,7 @@ void appendRight(std::string& text, const std::string& cell) {
 
 } // namespace
 
-void CountPrinter::print(std::size_t, RecordStream& stream, std::string&) {
+void CountPrinter::print(RecordStream& stream, std::string&) {
     if (!stream.record().hasTime) {
         return;
     }

@@ -14,7 +14,7 @@ namespace Tools {
 /// Shows, instead of the records, how many there are of each logger and level.
 class CountPrinter : public Printer {
 public:
-    void print(std::size_t input, RecordStream& stream, std::string& text) override;
+    void print(RecordStream& stream, std::string& text) override;
     void printEnd(std::string& text) override;
 
 private:

@@ -27,23 +27,14 @@ void addNumber(Object& object, const char* key, std::string_view value) {
 
 } // namespace
 
-void JsonPrinter::observe(std::size_t input, const RecordStream& stream) {
-    if (stream.record().hasTime) {
-        if (input >= clocks_.size()) {
-            clocks_.resize(input + 1);
-        }
-        clocks_[input].observe(stream.record().time());
-    }
-}
-
-void JsonPrinter::print(std::size_t input, RecordStream& stream, std::string& text) {
+void JsonPrinter::print(RecordStream& stream, std::string& text) {
     const bool belongsToARecord = stream.record().hasTime || stream.hasHeader();
     if (!belongsToARecord) {
         return;
     }
     const Fields& fields = stream.fields();
     Object object;
-    object["time"] = clocks_[input].isoText();
+    object["time"] = stream.clock().isoText();
     addText(object, "logger", fields.logger);
     object["type"] = fields.hasLevel ? "LOG" : "CFG";
     if (fields.hasLevel) {

@@ -13,8 +13,12 @@ Paint paintOfRecord(const Fields& fields) {
 
 } // namespace
 
-void LinePrinter::print(std::size_t, RecordStream& stream, std::string& text) {
+void LinePrinter::print(RecordStream& stream, std::string& text) {
     const Record& record = stream.record();
+    if (hasSources_ && !record.isContinuation) {
+        text += stream.source();
+        text += ": ";
+    }
     const Paint paint = hasColors_ ? paintOfRecord(stream.fields()) : Paint::PLAIN;
     if (paint == Paint::PLAIN) {
         text += record.lines;
@@ -24,6 +28,10 @@ void LinePrinter::print(std::size_t, RecordStream& stream, std::string& text) {
     if (!record.isCutInLine) {
         text += '\n';
     }
+}
+
+void LinePrinter::printGap(std::string& text) {
+    text += "--\n";
 }
 
 } // namespace Tools

@@ -5,16 +5,19 @@
 namespace ZAV {
 namespace Tools {
 
-/// Shows records as they stand in their files.
+/// Shows records as they stand in their files, or behind the paths of these.
 class LinePrinter : public Printer {
 public:
     /// \param hasColors true to colour each record by its level
-    explicit LinePrinter(bool hasColors) : hasColors_(hasColors) {}
+    /// \param hasSources true to begin each record with the path of its file
+    LinePrinter(bool hasColors, bool hasSources) : hasColors_(hasColors), hasSources_(hasSources) {}
 
-    void print(std::size_t input, RecordStream& stream, std::string& text) override;
+    void print(RecordStream& stream, std::string& text) override;
+    void printGap(std::string& text) override;
 
 private:
     bool hasColors_;
+    bool hasSources_;
 };
 
 } // namespace Tools

@@ -1,6 +1,7 @@
 #include "printers/PrintOptions.h"
 
 #include "UsageError.h"
+#include "options/RecordCount.h"
 #include "platform/ZoneOffset.h"
 #include "printers/CountPrinter.h"
 #include "printers/JsonPrinter.h"
@@ -11,6 +12,10 @@ namespace Tools {
 
 void PrintOptions::addTo(CLI::App& command) {
     jsonOption_ = command.add_flag("--json", json_, "Show each record as a JSON object on a line");
+    command.add_flag("--source", source_, "Show the path of its file before each record");
+    command.add_flag("--unique", unique_, "Of equal records from different inputs, show the first alone");
+    contextOption_ =
+        addRecordCount(command, "--context", context_, "Also show so many records before and behind each");
     zoneOption_ = command.add_option("--zone", zone_,
                                      "The time zone that the files were written in, if it is not "
                                      "that of this process");
@@ -18,9 +23,12 @@ void PrintOptions::addTo(CLI::App& command) {
     color_.addTo(command);
 }
 
-void PrintOptions::addCountTo(CLI::App& command) {
+void PrintOptions::addEndTo(CLI::App& command) {
+    tailOption_ = addRecordCount(command, "--tail", tail_, "Only the last of the records that remain");
     command.add_flag("--count", count_, "Show how many records there are of each logger and level instead")
-        ->excludes(jsonOption_);
+        ->excludes(jsonOption_)
+        ->excludes(contextOption_)
+        ->excludes(tailOption_);
 }
 
 void PrintOptions::useZone() const {
@@ -36,7 +44,17 @@ std::unique_ptr<Printer> PrintOptions::printer() const {
     if (json_) {
         return std::make_unique<JsonPrinter>();
     }
-    return std::make_unique<LinePrinter>(color_.isOn());
+    return std::make_unique<LinePrinter>(color_.isOn(), source_);
+}
+
+void PrintOptions::applyTo(RecordShower& shower) const {
+    shower.showContext(context_);
+    if (unique_) {
+        shower.leaveOutRepetitions();
+    }
+    if (tailOption_ != nullptr && tailOption_->count() > 0) {
+        shower.keepLast(tail_);
+    }
 }
 
 } // namespace Tools

@@ -2,20 +2,23 @@
 
 #include "options/ColorOption.h"
 #include "printers/Printer.h"
+#include "printers/RecordShower.h"
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
 #include <memory>
 #include <string>
 
 namespace ZAV {
 namespace Tools {
 
-/// The part of a command line that says how records are shown: `--json`, `--zone`, `--color` and, where
-/// records have an end, `--count`.
+/// The part of a command line that says how records are shown: `--json`, `--source`, `--unique`, `--context`,
+/// `--zone`,
+/// `--color` and, where records have an end, `--tail` and `--count`.
 class PrintOptions {
 public:
     void addTo(CLI::App& command);
-    void addCountTo(CLI::App& command);
+    void addEndTo(CLI::App& command);
 
     /// Makes the zone that is named that of the process; to be called before times are converted.
     /// \throw UsageError if the zone is unknown
@@ -23,12 +26,21 @@ public:
 
     std::unique_ptr<Printer> printer() const;
 
+    /// Has a shower show what was asked for.
+    void applyTo(RecordShower& shower) const;
+
 private:
     bool json_ = false;
     bool count_ = false;
+    bool source_ = false;
+    bool unique_ = false;
+    std::size_t context_ = 0;
+    std::size_t tail_ = 0;
     std::string zone_;
     ColorOption color_;
     CLI::Option* jsonOption_ = nullptr;
+    CLI::Option* contextOption_ = nullptr;
+    CLI::Option* tailOption_ = nullptr;
     CLI::Option* zoneOption_ = nullptr;
 };
 

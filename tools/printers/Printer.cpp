@@ -3,7 +3,7 @@
 namespace ZAV {
 namespace Tools {
 
-void Printer::observe(std::size_t, const RecordStream&) {}
+void Printer::printGap(std::string&) {}
 
 void Printer::printEnd(std::string&) {}
 

@@ -1,16 +1,127 @@
 #include "printers/RecordShower.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace ZAV {
 namespace Tools {
 
 const std::string& RecordShower::show(std::size_t input, RecordStream& stream) {
     text_.clear();
-    printer_.observe(input, stream);
-    if (!stream.record().isContinuation) {
-        isWanted_[input] = filter_.accepts(stream);
+    Fate& fate = fates_[input];
+    if (stream.record().isContinuation) {
+        if (fate.kind != Fate::LEFT_OUT) {
+            printer_.print(stream, placeOf(fate));
+        }
+        return text_;
     }
-    if (isWanted_[input]) {
-        printer_.print(input, stream, text_);
+    const bool isWanted = judge(input, stream);
+    if (fate.kind == Fate::SHOWN) {
+        printer_.print(stream, placeFor(number_, isWanted));
+    } else if (fate.kind == Fate::HELD) {
+        printer_.print(stream, hold());
+    }
+    return text_;
+}
+
+/// \return whether the record is wanted; its fate says whether it is shown
+bool RecordShower::judge(std::size_t input, RecordStream& stream) {
+    Fate& fate = fates_[input];
+    fate = Fate();
+    if (repetitions_ && repetitions_->isRepeated(input, stream)) {
+        return false;
+    }
+    fate.number = ++number_;
+    const bool isWanted = filter_.accepts(stream);
+    if (isWanted) {
+        showHeld();
+        following_ = context_;
+        fate.kind = Fate::SHOWN;
+    } else if (following_ > 0) {
+        --following_;
+        fate.kind = Fate::SHOWN;
+    } else if (context_ > 0) {
+        fate.kind = Fate::HELD;
+    }
+    return isWanted;
+}
+
+std::string& RecordShower::hold() {
+    held_.push_back({number_, false, std::string()});
+    if (held_.size() > context_) {
+        held_.pop_front();
+    }
+    return held_.back().text;
+}
+
+void RecordShower::showHeld() {
+    for (; !held_.empty(); held_.pop_front()) {
+        placeFor(held_.front().number, false) += held_.front().text;
+    }
+}
+
+/// \return where the text of a record goes that comes to be shown
+std::string& RecordShower::placeFor(std::uint64_t number, bool isWanted) {
+    if (limit_) {
+        dropBeyondLimit();
+        kept_.push_back({number, isWanted, std::string()});
+        keptWanted_ += isWanted ? 1 : 0;
+        return kept_.back().text;
+    }
+    addGap(number);
+    return text_;
+}
+
+/// \return where the text goes that continues a record
+std::string& RecordShower::placeOf(const Fate& fate) {
+    for (std::deque<Entry>* const entries : {&held_, &kept_}) {
+        const auto found = std::find_if(entries->rbegin(), entries->rend(),
+                                        [&fate](const Entry& entry) { return entry.number == fate.number; });
+        if (found != entries->rend()) {
+            return found->text;
+        }
+    }
+    const bool isDropped = limit_ || fate.kind == Fate::HELD;
+    nowhere_.clear();
+    return isDropped ? nowhere_ : text_;
+}
+
+/// A wanted record too many is kept no longer than what is shown around the next one.
+void RecordShower::dropBeyondLimit() {
+    const auto isWanted = [](const Entry& entry) { return entry.isWanted; };
+    while (keptWanted_ > *limit_) {
+        std::find_if(kept_.begin(), kept_.end(), isWanted)->isWanted = false;
+        --keptWanted_;
+        const auto next = std::find_if(kept_.begin(), kept_.end(), isWanted);
+        if (next == kept_.end()) {
+            kept_.clear();
+        }
+        while (!kept_.empty() && kept_.front().number + context_ < next->number) {
+            kept_.pop_front();
+        }
+    }
+}
+
+/// Between records that do not follow one another.
+void RecordShower::addGap(std::uint64_t number) {
+    if (context_ > 0 && lastShown_ != 0 && number > lastShown_ + 1) {
+        printer_.printGap(text_);
+    }
+    lastShown_ = number;
+}
+
+const std::string& RecordShower::release() {
+    text_.clear();
+    if (limit_) {
+        dropBeyondLimit();
+        limit_.reset();
+    }
+    if (keptWanted_ == 0) {
+        kept_.clear();
+    }
+    for (const Entry& entry : std::exchange(kept_, {})) {
+        addGap(entry.number);
+        text_ += entry.text;
     }
     return text_;
 }

@@ -2,33 +2,80 @@
 
 #include "filters/RecordFilter.h"
 #include "printers/Printer.h"
+#include "printers/Repetitions.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
 
-/// Makes the text of those records that are wanted. What continues a record is wanted if the record was.
+/// Makes the text of those records that are wanted, and of those around them. What continues a record is
+/// shown if the record was.
 class RecordShower {
 public:
     /// The references must outlive this object.
     RecordShower(const RecordFilter& filter, Printer& printer, std::size_t inputs)
-        : filter_(filter), printer_(printer), isWanted_(inputs, 0) {}
+        : filter_(filter), printer_(printer), fates_(inputs) {}
+
+    /// Also shows so many records before and behind each that is wanted.
+    void showContext(std::size_t count) { context_ = count; }
+
+    /// Takes no notice of records that another input had before.
+    void leaveOutRepetitions() { repetitions_.emplace(); }
+
+    /// Shows nothing until `release`, and then only the last few wanted records.
+    void keepLast(std::size_t count) { limit_ = count; }
 
     /// \param input the number of the input whose stream has come to its next record
-    /// \return the text to show, until the next call; empty if the record is not wanted
+    /// \return the text to show, until the next call; empty if there is none now
     const std::string& show(std::size_t input, RecordStream& stream);
+
+    /// Ends what `keepLast` began, if it was called.
+    /// \return the text to show, until the next call
+    const std::string& release();
 
     /// \return what comes behind all records
     const std::string& end();
 
 private:
+    /// A record that is shown, or may be.
+    struct Entry {
+        std::uint64_t number; ///< among the records of all inputs
+        bool isWanted;
+        std::string text;
+    };
+    struct Fate {
+        enum { LEFT_OUT, HELD, SHOWN } kind = LEFT_OUT;
+        std::uint64_t number = 0;
+    };
+
+    bool judge(std::size_t input, RecordStream& stream);
+    std::string& hold();
+    void showHeld();
+    std::string& placeOf(const Fate& fate);
+    std::string& placeFor(std::uint64_t number, bool isWanted);
+    void dropBeyondLimit();
+    void addGap(std::uint64_t number);
+
     const RecordFilter& filter_;
     Printer& printer_;
-    std::vector<char> isWanted_; ///< for each input, whether its last record was
+    std::size_t context_ = 0;
+    std::optional<std::size_t> limit_; ///< while the last records are kept
+    std::optional<Repetitions> repetitions_;
+    std::vector<Fate> fates_;     ///< for each input, of its last record
+    std::uint64_t number_ = 0;    ///< of the last record
+    std::uint64_t lastShown_ = 0; ///< 0 before the first one
+    std::size_t following_ = 0;   ///< how many more records are shown behind a wanted one
+    std::deque<Entry> held_;      ///< no more than `context_`, which are shown if the next one is wanted
+    std::deque<Entry> kept_;      ///< until `release`
+    std::size_t keptWanted_ = 0;  ///< how many of them are wanted
     std::string text_;
+    std::string nowhere_;
 };
 
 } // namespace Tools

@@ -48,6 +48,10 @@ std::int64_t civilSeconds(std::string_view time) {
            number(time, 17, 2);
 }
 
+std::int64_t civilFraction(std::string_view time) {
+    return number(time, 20, 6);
+}
+
 std::string civilText(std::int64_t microseconds) {
     const std::int64_t seconds = microseconds / MICROSECONDS_PER_SECOND;
     std::int64_t days = seconds / SECONDS_PER_DAY;

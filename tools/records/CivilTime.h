@@ -12,6 +12,10 @@ namespace Tools {
 /// \return seconds since 1970-01-01 00:00:00
 std::int64_t civilSeconds(std::string_view time);
 
+/// \param time a time stamp
+/// \return its microseconds within the second
+std::int64_t civilFraction(std::string_view time);
+
 /// \return the number of days of a month, from 1 to 12
 int daysOfMonth(int year, int month);
 

@@ -1,7 +1,9 @@
 #include "records/LayoutDetector.h"
 
 #include "records/LineParser.h"
-#include "records/RecordReader.h"
+#include "records/TimeStamp.h"
+
+#include <algorithm>
 
 namespace ZAV {
 namespace Tools {
@@ -20,17 +22,32 @@ Layout scan(const Platform::InputFile& file) {
     return Layout::UNKNOWN;
 }
 
+Layout scanLines(std::string_view lines) {
+    while (!lines.empty()) {
+        const Layout layout = startsWithTime(lines) ? layoutOf(lines) : Layout::UNKNOWN;
+        if (layout != Layout::UNKNOWN) {
+            return layout;
+        }
+        lines.remove_prefix(std::min(lines.find('\n'), lines.size() - 1) + 1);
+    }
+    return Layout::UNKNOWN;
+}
+
 } // namespace
 
 LayoutDetector::LayoutDetector(const Platform::InputFile& file, Layout given) : file_(file), layout_(given) {}
 
-Layout LayoutDetector::layoutFor(const Record& record) {
+Layout LayoutDetector::layoutFor(const Record& record, const RecordReader& reader) {
     if (layout_ == Layout::UNKNOWN && !hasScanned_ && file_.isSeekable()) {
         layout_ = scan(file_);
         hasScanned_ = true;
     }
     if (layout_ == Layout::UNKNOWN && record.hasTime) {
         layout_ = layoutOf(record.lines); // of a line that was written after the scan
+    }
+    if (layout_ == Layout::UNKNOWN && !file_.isSeekable() && reader.bytesSeen() != scannedTo_) {
+        layout_ = scanLines(reader.ahead());
+        scannedTo_ = reader.bytesSeen();
     }
     return layout_;
 }

@@ -3,11 +3,15 @@
 #include "platform/InputFile.h"
 #include "records/Layout.h"
 #include "records/Record.h"
+#include "records/RecordReader.h"
+
+#include <cstdint>
 
 namespace ZAV {
 namespace Tools {
 
-/// Decides the layout of one file by its first line with a level, wherever in the file that stands.
+/// Decides the layout of one file by its first line with a level, wherever in the file that stands. Of a pipe
+/// it sees no more than what has been read.
 class LayoutDetector {
 public:
     /// \param file must outlive the detector
@@ -15,13 +19,15 @@ public:
     LayoutDetector(const Platform::InputFile& file, Layout given);
 
     /// \param record a record of the file; the records of a growing file must come here one after another
+    /// \param reader has given the record
     /// \return the file's layout; `UNKNOWN` if no line of the file has a level yet
-    Layout layoutFor(const Record& record);
+    Layout layoutFor(const Record& record, const RecordReader& reader);
 
 private:
     const Platform::InputFile& file_;
     Layout layout_;
     bool hasScanned_ = false;
+    std::uint64_t scannedTo_ = 0; ///< of a pipe
 };
 
 } // namespace Tools

@@ -1,14 +1,13 @@
 #include "records/Merger.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 namespace ZAV {
 namespace Tools {
 
 Merger::Merger(std::vector<RecordStream*> streams, RecordStream::Ending ending)
-    : streams_(std::move(streams)), ending_(ending) {
+    : streams_(std::move(streams)), places_(streams_.size()), ending_(ending) {
     for (std::size_t index = 0; index < streams_.size(); ++index) {
         advance(index);
     }
@@ -30,17 +29,15 @@ int Merger::next() {
 
 void Merger::advance(std::size_t index) {
     if (streams_[index]->next(ending_)) {
+        places_[index] = streams_.size() > 1 ? streams_[index]->place() : 0;
         heap_.push_back(index);
         std::push_heap(heap_.begin(), heap_.end(),
                        [this](std::size_t a, std::size_t b) { return comesLater(a, b); });
     }
 }
 
-/// What has no time comes before all else: the first lines of a file, and what belongs to the record before
-/// it.
 bool Merger::comesLater(std::size_t a, std::size_t b) const {
-    const int order = streams_[a]->record().time().compare(streams_[b]->record().time());
-    return order > 0 || (order == 0 && a > b);
+    return places_[a] > places_[b] || (places_[a] == places_[b] && a > b);
 }
 
 } // namespace Tools

@@ -3,13 +3,15 @@
 #include "records/RecordStream.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
 
 /// Merges streams in the order of time. Records of one time come in the order of their streams; within a
-/// stream the order stays as it is, also where its time goes back.
+/// stream the order stays as it is, also where its time goes back: a record then comes as early as the next
+/// one, and holds up nothing.
 class Merger {
 public:
     /// \param streams must outlive the merger
@@ -23,6 +25,7 @@ private:
     bool comesLater(std::size_t a, std::size_t b) const;
 
     std::vector<RecordStream*> streams_;
+    std::vector<std::int64_t> places_; ///< of their records
     RecordStream::Ending ending_;
     std::vector<std::size_t> heap_; ///< numbers of the streams that have a record, the earliest in front
     int given_ = -1;

@@ -108,6 +108,28 @@ void RecordReader::emit(Record& record, std::size_t end) {
     searched_ = std::max(searched_, end);
 }
 
+std::string_view RecordReader::lowestFrom(std::string_view time) {
+    if (ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // as a rule
+        return time;
+    }
+    if (offset_ + begin_ <= lowest_) { // within the run of falling times that an earlier record has begun
+        return std::string_view(buffer_.data() + (lowest_ - offset_), TIME_STAMP_LENGTH);
+    }
+    std::string_view lowest = time;
+    for (std::size_t line = begin_; line < end_;) {
+        const std::string_view ahead(buffer_.data() + line, end_ - line);
+        if (startsWithTime(ahead)) {
+            if (ahead.substr(0, TIME_STAMP_LENGTH) >= lowest) {
+                break;
+            }
+            lowest = ahead.substr(0, TIME_STAMP_LENGTH);
+            lowest_ = offset_ + line;
+        }
+        line += std::min(ahead.find('\n'), ahead.size() - 1) + 1;
+    }
+    return lowest;
+}
+
 /// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for
 /// at least one byte, so that what follows can end it.
 void RecordReader::emitPart(Record& record) {

@@ -33,8 +33,17 @@ public:
     /// \return false if nothing is left
     bool takeRest(Record& record, bool withUnfinishedLine);
 
+    /// Follows the times of the next records as long as each is earlier than the one before it, in what was
+    /// read.
+    /// \param time of the last record
+    /// \return the last of these times, or that of the record itself; valid until the next record
+    std::string_view lowestFrom(std::string_view time);
+
     /// \return the first line of the record that a continuation belongs to; empty if that is unknown
     std::string_view header() const { return header_; }
+
+    /// \return what was read of the file behind the last record
+    std::string_view ahead() const { return std::string_view(buffer_.data() + begin_, end_ - begin_); }
 
     /// \return how far the file has been read
     std::uint64_t bytesSeen() const { return offset_ + end_; }
@@ -67,6 +76,7 @@ private:
     bool continues_ = false;   ///< lines without a time belong to the record that was handed out last
     bool isInLine_ = false;    ///< what was handed out last ended within a line
     bool isStopped_ = false;
+    std::uint64_t lowest_ = 0; ///< offset of the line where the time stops going back, if it does so ahead
     std::string header_;
     std::string normalised_;
     std::string problem_;

@@ -2,6 +2,7 @@
 
 #include "records/LineParser.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ZAV {
@@ -13,11 +14,58 @@ void RecordStream::append(LogFile file) {
 
 bool RecordStream::next(Ending ending) {
     hasFields_ = false;
+    if (!read(ending)) {
+        return false;
+    }
+    if (record_.hasTime) {
+        observeTime();
+    }
+    return true;
+}
+
+/// Where reading begins amid an hour that comes twice, what stands before tells which of the two it is.
+void RecordStream::observeTime() {
+    clock_.observe(record_.time());
+    if (knowsPast_) {
+        return;
+    }
+    knowsPast_ = true;
+    if (clock_.comesTwice()) {
+        clock_ = ZonedClock();
+        RecordReader reader(current_->log.file);
+        Record past;
+        while (reader.next(past) && past.end <= current_->log.offset) {
+            if (past.hasTime) {
+                clock_.observe(past.time());
+            }
+        }
+        clock_.observe(record_.time());
+    }
+}
+
+/// A time that goes back because its hour comes twice is no earlier point.
+std::int64_t RecordStream::place() {
+    if (!record_.hasTime) {
+        return INT64_MIN;
+    }
+    const std::string_view lowest =
+        record_.isPart ? record_.time() : current_->reader.lowestFrom(record_.time());
+    const std::int64_t own = clock_.microseconds();
+    if (lowest == record_.time()) {
+        return own;
+    }
+    ZonedClock later = clock_;
+    later.observe(lowest);
+    return std::min(own, later.microseconds());
+}
+
+bool RecordStream::read(Ending ending) {
     for (;;) {
         if (current_ && current_->reader.next(record_)) {
             return true;
         }
-        const bool isOver = ending == Ending::FINAL || hasMoreFiles();
+        const bool hasEnded = current_ && current_->log.file.hasEnded();
+        const bool isOver = ending == Ending::FINAL || hasMoreFiles() || hasEnded;
         const bool isSettled = bytesSeen() == settledAt_;
         if (current_ && (isOver || isSettled) && current_->reader.takeRest(record_, isOver)) {
             return true;
@@ -43,11 +91,12 @@ const Fields& RecordStream::fields() {
     hasFields_ = true;
     fields_ = Fields();
     if (record_.hasTime) {
-        fields_ = parseRecord(record_.lines, current_->detector.layoutFor(record_));
+        fields_ = parseRecord(record_.lines, current_->detector.layoutFor(record_, current_->reader));
         return fields_;
     }
     if (hasHeader()) {
-        fields_ = parseRecord(current_->reader.header(), current_->detector.layoutFor(record_));
+        fields_ =
+            parseRecord(current_->reader.header(), current_->detector.layoutFor(record_, current_->reader));
     }
     fields_.text = record_.lines;
     return fields_;
@@ -62,6 +111,7 @@ void RecordStream::goToNextFile() {
     waiting_.pop_front();
     ++fileCount_;
     settledAt_ = 0;
+    knowsPast_ = current_->log.offset == 0 || !current_->log.file.isSeekable();
 }
 
 void RecordStream::keepProblem() {

@@ -5,6 +5,7 @@
 #include "records/LayoutDetector.h"
 #include "records/Record.h"
 #include "records/RecordReader.h"
+#include "records/ZonedClock.h"
 
 #include <cstddef>
 #include <deque>
@@ -45,6 +46,14 @@ public:
     /// \return what that record says; of a continuation, what the record says that it belongs to, but for the text
     const Fields& fields();
 
+    /// \return the point in time by which the record is merged with those of other streams. It is the record's own, or
+    /// that of the next one of its file where that is earlier. What has no time comes before all else: the
+    /// first lines of a file, and what belongs to the record before it.
+    std::int64_t place();
+
+    /// \return the clock at the time of the last record that has one
+    const ZonedClock& clock() const { return clock_; }
+
     /// \return true for a continuation of a record whose first line is known
     bool hasHeader() const { return record_.isContinuation && !current_->reader.header().empty(); }
 
@@ -56,6 +65,9 @@ public:
 
     /// \return how many files were begun
     std::size_t fileCount() const { return fileCount_; }
+
+    /// \return true if the input is a pipe and was read to its end
+    bool hasEnded() const { return current_ && current_->log.file.hasEnded() && !isPending(); }
 
     /// \return true if files wait behind the one that is being read
     bool hasMoreFiles() const { return !waiting_.empty(); }
@@ -78,12 +90,16 @@ private:
         LayoutDetector detector;
     };
 
+    bool read(Ending ending);
+    void observeTime();
     void goToNextFile();
     void keepProblem();
 
     std::deque<LogFile> waiting_;
     std::unique_ptr<OpenFile> current_;
     Record record_;
+    ZonedClock clock_;
+    bool knowsPast_ = true; ///< the clock has seen the records before the current one
     Fields fields_;
     bool hasFields_ = false;
     std::size_t fileCount_ = 0;

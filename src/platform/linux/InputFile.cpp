@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -26,6 +27,21 @@ int descriptor(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
 
+/// \return what the path leads to; empty if it can be read as a file
+std::string whyNoFile(const struct stat& status) {
+    if (S_ISREG(status.st_mode)) {
+        return "";
+    }
+    return S_ISDIR(status.st_mode) ? describe(EISDIR) : "Not a regular file";
+}
+
+/// Whoever is to end on request must not wait for the other side of a pipe. The pipe itself is not told so:
+/// others have it open too.
+bool wouldWait(int number) {
+    pollfd input = {number, POLLIN, 0};
+    return stopDescriptor() >= 0 && poll(&input, 1, 0) == 0;
+}
+
 } // namespace
 
 bool identifyFile(const std::string& path, FileIdentity& identity) {
@@ -37,30 +53,48 @@ bool identifyFile(const std::string& path, FileIdentity& identity) {
     return true;
 }
 
-InputFile::InputFile(InputFile&& other) noexcept : handle_(std::exchange(other.handle_, NONE)) {}
+InputFile::InputFile(InputFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, NONE)), hasEnded_(other.hasEnded_) {}
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(hasEnded_, other.hasEnded_);
     return *this;
 }
 
-bool InputFile::open(const std::string& path, std::string& problem) {
+/// Looks before it opens, since opening a pipe lets its writer go, and afterwards at what it has.
+bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
-    // Whoever is to end on request must not wait for the other side of a pipe.
-    const int waits = stopDescriptor() < 0 ? 0 : O_NONBLOCK;
-    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | waits);
+    struct stat status;
+    if (stat(path.c_str(), &status) == 0 && !(problem = whyNoFile(status)).empty()) {
+        return false;
+    }
+    const int noLink = links == Links::REFUSED ? O_NOFOLLOW : 0;
+    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | noLink);
     if (opened < 0) {
         problem = describe(errno);
         return false;
     }
     handle_ = opened;
+    problem = fstat(opened, &status) == 0 ? whyNoFile(status) : describe(errno);
+    if (!problem.empty()) {
+        close();
+    }
+    return isOpen();
+}
+
+bool InputFile::openStandardInput(std::string& problem) {
+    close();
+    handle_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
     struct stat status;
-    if (fstat(opened, &status) == 0 && S_ISDIR(status.st_mode)) {
+    if (!isOpen() || fstat(descriptor(handle_), &status) != 0) {
+        problem = describe(errno);
+        close();
+    } else if (S_ISDIR(status.st_mode)) {
         problem = describe(EISDIR);
         close();
-        return false;
     }
-    return true;
+    return isOpen();
 }
 
 InputFile InputFile::duplicate() const {
@@ -74,7 +108,11 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
     for (;;) {
         ssize_t count = pread(descriptor(handle_), buffer, size, static_cast<off_t>(offset));
         if (count < 0 && errno == ESPIPE) {
+            if (wouldWait(descriptor(handle_))) {
+                return 0;
+            }
             count = read(descriptor(handle_), buffer, size);
+            hasEnded_ = hasEnded_ || (count == 0 && size > 0);
         }
         if (count >= 0) {
             return count;
@@ -91,6 +129,11 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
 
 bool InputFile::isSeekable() const {
     return lseek(descriptor(handle_), 0, SEEK_CUR) >= 0;
+}
+
+std::uint64_t InputFile::position() const {
+    const off_t place = lseek(descriptor(handle_), 0, SEEK_CUR);
+    return place < 0 ? 0 : static_cast<std::uint64_t>(place);
 }
 
 std::uint64_t InputFile::size() const {

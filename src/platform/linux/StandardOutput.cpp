@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <system_error>
 #include <unistd.h>
@@ -30,10 +31,20 @@ std::size_t portion(std::string_view text) {
     return mustNotBlock ? std::min<std::size_t>(text.size(), PIPE_BUF) : text.size();
 }
 
+/// The next file that is opened must not become standard input or output where that is closed.
+void occupyClosedStreams() {
+    int opened = 0;
+    do {
+        opened = open("/dev/null", O_PATH | O_CLOEXEC); // to read or write it fails as before
+    } while (opened >= 0 && opened <= STDERR_FILENO);
+    close(opened);
+}
+
 } // namespace
 
 void prepareStandardOutput() {
     std::signal(SIGPIPE, SIG_IGN);
+    occupyClosedStreams();
 }
 
 WriteResult writeStandardOutput(std::string_view text, std::string& problem) {

@@ -1,5 +1,7 @@
 #include "platform/InputFile.h"
 
+#include "platform/windows/StopEvent.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -21,9 +23,25 @@ std::string describe(DWORD error) {
 }
 
 /// Its owner may go on writing, renaming and deleting: a log that is read must still be rotated.
-HANDLE openShared(const std::string& path, DWORD access) {
+HANDLE openShared(const std::string& path, DWORD access, DWORD flags = 0) {
     return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+}
+
+/// \return what is open there; empty if it can be read as a file
+std::string whyNoFile(HANDLE handle, InputFile::Links links) {
+    BY_HANDLE_FILE_INFORMATION information;
+    if (GetFileType(handle) != FILE_TYPE_DISK || !GetFileInformationByHandle(handle, &information)) {
+        return "Not a regular file";
+    }
+    const bool isLink = (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return isLink && links == InputFile::Links::REFUSED ? "Is a symbolic link" : "";
+}
+
+bool isEmptyPipe(HANDLE handle) {
+    DWORD available = 0;
+    return GetFileType(handle) == FILE_TYPE_PIPE &&
+           PeekNamedPipe(handle, nullptr, 0, nullptr, &available, nullptr) && available == 0;
 }
 
 bool identify(HANDLE handle, FileIdentity& identity) {
@@ -48,22 +66,41 @@ bool identifyFile(const std::string& path, FileIdentity& identity) {
     return identified;
 }
 
-InputFile::InputFile(InputFile&& other) noexcept : handle_(std::exchange(other.handle_, NONE)) {}
+InputFile::InputFile(InputFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, NONE)), hasEnded_(other.hasEnded_) {}
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(hasEnded_, other.hasEnded_);
     return *this;
 }
 
-bool InputFile::open(const std::string& path, std::string& problem) {
+bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         problem = "Is a directory";
         return false;
     }
-    const HANDLE handle = openShared(path, GENERIC_READ);
+    const DWORD noLink = links == Links::REFUSED ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
+    const HANDLE handle = openShared(path, GENERIC_READ, noLink);
     if (handle == INVALID_HANDLE_VALUE) {
+        problem = describe(GetLastError());
+        return false;
+    }
+    handle_ = reinterpret_cast<std::intptr_t>(handle);
+    problem = whyNoFile(handle, links);
+    if (!problem.empty()) {
+        close();
+    }
+    return isOpen();
+}
+
+bool InputFile::openStandardInput(std::string& problem) {
+    close();
+    HANDLE handle = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_INPUT_HANDLE), GetCurrentProcess(), &handle, 0,
+                         FALSE, DUPLICATE_SAME_ACCESS)) {
         problem = describe(GetLastError());
         return false;
     }
@@ -87,12 +124,17 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
     place.Offset = static_cast<DWORD>(offset);
     place.OffsetHigh = static_cast<DWORD>(offset >> 32);
     DWORD count = 0;
+    if (catchesStopSignals() && isEmptyPipe(toHandle(handle_))) {
+        return 0;
+    }
     const DWORD wanted = static_cast<DWORD>(std::min(size, LARGEST_READ));
     if (ReadFile(toHandle(handle_), buffer, wanted, &count, isSeekable() ? &place : nullptr)) {
+        hasEnded_ = hasEnded_ || (count == 0 && wanted > 0 && !isSeekable());
         return count;
     }
     const DWORD error = GetLastError();
     if (error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE) {
+        hasEnded_ = hasEnded_ || !isSeekable();
         return 0;
     }
     problem = describe(error);
@@ -101,6 +143,13 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
 
 bool InputFile::isSeekable() const {
     return GetFileType(toHandle(handle_)) == FILE_TYPE_DISK;
+}
+
+std::uint64_t InputFile::position() const {
+    LARGE_INTEGER place = {};
+    return isSeekable() && SetFilePointerEx(toHandle(handle_), {}, &place, FILE_CURRENT)
+               ? static_cast<std::uint64_t>(place.QuadPart)
+               : 0;
 }
 
 std::uint64_t InputFile::size() const {

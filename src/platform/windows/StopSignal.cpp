@@ -1,11 +1,15 @@
 #include "platform/StopSignal.h"
 
+#include "platform/windows/StopEvent.h"
+
 #include <windows.h>
 
 namespace ZAV {
 namespace Platform {
 
 namespace {
+
+bool catchesStopSignals_ = false;
 
 HANDLE stopEvent() {
     static const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
@@ -23,8 +27,13 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 
 } // namespace
 
+bool catchesStopSignals() {
+    return catchesStopSignals_;
+}
+
 void catchStopSignals() {
     stopEvent();
+    catchesStopSignals_ = true;
     SetConsoleCtrlHandler(onConsoleEvent, TRUE);
 }
 

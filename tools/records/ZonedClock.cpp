@@ -1,9 +1,8 @@
-#include "printers/ZonedClock.h"
+#include "records/ZonedClock.h"
 
 #include "platform/ZoneOffset.h"
 #include "records/CivilTime.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,21 +14,22 @@ namespace {
 constexpr std::int64_t SECONDS_PER_DAY = 86400;
 constexpr std::int64_t SECONDS_PER_SPAN = 900;
 
+int secondOf(std::string_view time) {
+    return (time[17] - '0') * 10 + time[18] - '0';
+}
+
 bool isOffsetOf(std::int64_t localSeconds, std::int64_t offset) {
     return Platform::utcOffset(localSeconds - offset) == offset;
 }
 
 } // namespace
 
-void ZonedClock::observe(std::string_view time) {
-    const std::int64_t seconds = civilSeconds(time);
-    if (seconds / SECONDS_PER_SPAN != span_) {
-        lookUp(seconds);
-        span_ = seconds / SECONDS_PER_SPAN;
+void ZonedClock::goToMinute(std::string_view time) {
+    minute_ = civilSeconds(time) - secondOf(time);
+    if (minute_ / SECONDS_PER_SPAN != span_) {
+        lookUp(minute_);
+        span_ = minute_ / SECONDS_PER_SPAN;
     }
-    const bool comesTwice = first_ != second_;
-    isSecond_ = comesTwice && (isSecond_ || time < time_);
-    time_ = time;
 }
 
 /// The offsets of the day before and of the day after are all that can apply; at a time that a change leaves
@@ -37,6 +37,10 @@ void ZonedClock::observe(std::string_view time) {
 void ZonedClock::lookUp(std::int64_t localSeconds) {
     const std::int64_t before = Platform::utcOffset(localSeconds - SECONDS_PER_DAY);
     const std::int64_t after = Platform::utcOffset(localSeconds + SECONDS_PER_DAY);
+    if (before == after) {
+        first_ = second_ = before;
+        return;
+    }
     const bool beforeApplies = isOffsetOf(localSeconds, before);
     const bool afterApplies = isOffsetOf(localSeconds, after);
     first_ = beforeApplies || !afterApplies ? before : after;
@@ -44,15 +48,19 @@ void ZonedClock::lookUp(std::int64_t localSeconds) {
 }
 
 std::string ZonedClock::isoText() const {
-    const std::int64_t offset = isSecond_ ? second_ : first_;
-    const int minutes = static_cast<int>(std::abs(offset) / 60);
-    std::string text = time_;
+    const int minutes = static_cast<int>(std::abs(offset()) / 60);
+    std::string text(this->text());
     text[4] = text[7] = '-';
     text[10] = 'T';
     text[19] = '.';
     char zone[16];
-    std::snprintf(zone, sizeof zone, "%c%02d:%02d", offset < 0 ? '-' : '+', minutes / 60 % 100, minutes % 60);
+    std::snprintf(zone, sizeof zone, "%c%02d:%02d", offset() < 0 ? '-' : '+', minutes / 60 % 100,
+                  minutes % 60);
     return text + zone;
+}
+
+std::int64_t ZonedClock::microseconds() const {
+    return (minute_ + secondOf(text()) - offset()) * 1000000 + civilFraction(text());
 }
 
 } // namespace Tools
