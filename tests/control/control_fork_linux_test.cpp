@@ -45,7 +45,7 @@ void* operator new(std::size_t size) {
 TEST_F(Control, AForkedChildFreesNothingThatTheServersThreadWorksOn) {
     std::optional<ControlServer> server(std::in_place, address_);
     Client client(address_);
-    client.say("command x " + std::string(1000, 'x') + "\nhalf a request" + std::string(1000, 'x'));
+    client.say("level root INFO\nhalf a request" + std::string(1000, 'x'));
     EXPECT_EQ(client.answer(), "ok\n");
     const pid_t child = fork();
     if (child == 0) {
