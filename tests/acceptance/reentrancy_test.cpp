@@ -210,6 +210,7 @@ TEST_F(Reentrancy, AListenerThatThrowsDoesNotEndTheConsumerThread) {
                      "appender.working.dir = DIR\n"
                      "zav.log.AsynchronousDispatcher.waitingPeriod = 0\n"));
     LogManager::registerCommandListener("EXCEPTION", &throwing_);
+    TestSupport::StandardErrorCapture errors;
     for (std::size_t messages = 1; messages <= 2; ++messages) {
         root_.error("message", 0, "");
         while (lastWordsOf("working").size() < messages) { // a hang here is the failure
@@ -217,4 +218,27 @@ TEST_F(Reentrancy, AListenerThatThrowsDoesNotEndTheConsumerThread) {
         }
     }
     LogManager::finish(); // the consumer may still be calling the listener
+    EXPECT_THAT(TestSupport::linesIn(errors.text(), 0),
+                AllOf(SizeIs(2), Each(StartsWith("IceUtil::Thread::run(): uncaught exception: "))));
+}
+
+/// What the listener and the appender assign to is what the message was logged with.
+TEST_F(Reentrancy, EveryAppenderGetsAMessageAsItWasLogged) {
+    ASSERT_TRUE(init("appender.queued = SimpleFileAppender\n"
+                     "appender.queued.asynchronous = true\n"
+                     "appender.queued.dir = DIR\n"));
+    std::string text = "a text that is too long for a string to hold in itself";
+    std::string file = "a-file-whose-name-is-too-long-for-a-string-to-hold-in-itself.cpp";
+    CallingAppender changing([&](const LogMessage&) {
+        text = std::string(text.size(), 'x');
+        file = std::string(1000, 'y');
+    });
+    Logger& logger = LoggerFactory::getLogger("net");
+    logger.addAppender(&changing);
+    logger.error(text, 7, file);
+    logger.removeAppender(&changing);
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_THAT(TestSupport::readFile(directory_ / "queued"),
+                AllOf(HasSubstr("-hold-in-itself.cpp:7"), HasSubstr(" ERROR a text that is too long"),
+                      Not(HasSubstr("xxx"))));
 }

@@ -5,8 +5,10 @@
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ReportAnswer.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <new>
 
@@ -27,12 +29,14 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
         FailureCount::add(); // there is no message to report
         return;
     }
+    // A listener that was just told of a failed write may throw, and so may a filter. That must not end the
+    // thread, and with it the log, but is shown as if it had.
     try {
         appender.output(message.get());
+    } catch (const std::exception& exception) {
+        Util::writeErrorLine(UNCAUGHT_IN_CONSUMER, exception.what());
     } catch (...) {
-        // Thrown by a listener that was just told of a failed write: it must not end the consumer thread, and
-        // with it the log.
-        return;
+        Util::writeErrorLine(UNCAUGHT_IN_CONSUMER, "unknown exception");
     }
 }
 

@@ -12,6 +12,9 @@ namespace Log {
 
 class Appender;
 
+/// What a line begins with that shows an exception which nobody in the consumer's thread has caught.
+constexpr char UNCAUGHT_IN_CONSUMER[] = "IceUtil::Thread::run(): uncaught exception: ";
+
 /// The appenders that the consumer writes to, in the order of their registration. It does not own them.
 class AsynchronousAppenders {
 public:
@@ -30,7 +33,8 @@ public:
     bool isEmpty();
 
     /// Gives every message of the batch to the first appender, then to the next, and so on. The caller must
-    /// be in a `LibraryCall`. Nothing is thrown: what a command listener throws at a report is dropped.
+    /// be in a `LibraryCall`. Nothing is thrown: what a command listener throws at a report is
+    /// shown on the standard error stream.
     /// \return false if there is no appender
     bool deliver(MessageBatch& batch) noexcept;
 

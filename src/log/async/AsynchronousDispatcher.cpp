@@ -144,7 +144,7 @@ void AsynchronousDispatcher::runConsumer() {
     try {
         dispatcher.makeRounds();
     } catch (const std::exception& exception) {
-        Util::writeErrorLine("IceUtil::Thread::run(): uncaught exception: ", exception.what());
+        Util::writeErrorLine(UNCAUGHT_IN_CONSUMER, exception.what());
     }
     threadRecord().isConsumer = false;
     if (generation == Platform::forkGeneration()) {
