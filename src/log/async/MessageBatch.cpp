@@ -5,6 +5,15 @@
 namespace ZAV {
 namespace Log {
 
+/// Forgets what the batch held, but not the memory for it.
+void MessageBatch::begin(std::uint64_t first, std::uint64_t last) noexcept {
+    first_ = number_ = first;
+    last_ = last;
+    streams_.clear();
+    stream_ = 0;
+    given_ = 0;
+}
+
 void MessageBatch::rewind() noexcept {
     for (Stream& stream : streams_) {
         stream.cursor = stream.begin;
@@ -33,8 +42,7 @@ PackedMessage::Unpacked MessageBatch::next() noexcept {
 }
 
 void MessageBatch::copyRestTo(MessageBatch& rest) const {
-    rest.first_ = first_;
-    rest.last_ = last_;
+    rest.begin(first_, last_);
     for (const Stream& stream : streams_) {
         rest.streams_.push_back({stream.ring, stream.end, stream.begin, stream.begin, 0});
     }

@@ -26,19 +26,11 @@ public:
 
     bool hasNext() const noexcept { return number_ <= last_; }
 
-    /// Forgets the messages, but not the memory for the next ones.
-    void clear() noexcept {
-        given_ = 0;
-        streams_.clear();
-        stream_ = 0;
-        first_ = number_ = last_ + 1;
-    }
-
     /// \return the next message, whose texts lie in the batch
     PackedMessage::Unpacked next() noexcept;
 
 private:
-    friend class MessageQueue; // which fills it
+    friend class MessageStore; // which fills it
 
     /// What is read of one ring.
     struct Stream {
@@ -49,6 +41,7 @@ private:
         std::uint64_t nextNumber; ///< of the message behind the cursor; 0 if none was there
     };
 
+    void begin(std::uint64_t first, std::uint64_t last) noexcept;
     void lookForMore() noexcept;
     void copyRestTo(MessageBatch& rest) const;
 

@@ -3,7 +3,6 @@
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
 #include "platform/ProcessLifetime.h"
-#include "platform/ThreadSlot.h"
 #include "platform/Threads.h"
 
 #include <algorithm>
@@ -14,7 +13,6 @@
 namespace ZAV {
 namespace Log {
 
-using Platform::ScopedLock;
 using Util::TimeUtils::Time;
 
 namespace {
@@ -64,19 +62,26 @@ void MessageQueue::use(const DispatcherSettings& settings) {
 
 // The logging call's side
 
-/// Nothing can fail once the message has its number, since those behind it wait for it.
 void MessageQueue::append(const MessageFields& message, bool mayWait) {
-    ThreadRecord& thread = threadRecord();
-    if (thread.ring == nullptr && !addRing(thread)) {
-        hasAppended(appendToSharedRing(message));
-        return;
-    }
-    const PackedMessage packed =
-        thread.ring->reserve(message, thread.answeredReports, lastNumber_.load(std::memory_order_relaxed));
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
-    const std::uint64_t number = waits ? takeNumberWithRoom() : takeNumber();
-    thread.ring->append(packed, number);
-    hasAppended(number);
+    hasAppended(waits ? appendWithRoom(message) : store_.append(message));
+}
+
+/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
+std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
+    while (isServed_ && maxQueueSize_ > 1) {
+        const std::uint64_t number = store_.append(message, maxQueueSize_ - 1);
+        if (number != 0) {
+            return number;
+        }
+        waitForRoom();
+    }
+    return store_.append(message);
+}
+
+void MessageQueue::waitForRoom() {
+    callConsumer();
+    bell_.wait(Deadline(), [this] { return !isAwaited_ || !isServed_ || store_.size() + 1 < maxQueueSize_; });
 }
 
 /// Only the message that fills the first half wakes the consumer, not every message behind it.
@@ -84,7 +89,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
 /// A consumer on call looks for new numbers after it has said that it sleeps, and a call looks whether it
 /// sleeps after it has taken a number: one of the two sees the other.
 void MessageQueue::hasAppended(std::uint64_t number) {
-    const std::uint64_t size = number - lastTaken_.load(std::memory_order_relaxed);
+    const std::uint64_t size = store_.sizeUpTo(number);
     const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
     if (size == limit / 2 || isOnCall_) {
         wake();
@@ -97,130 +102,29 @@ void MessageQueue::hasAppended(std::uint64_t number) {
     }
 }
 
-std::uint64_t MessageQueue::takeNumberWithRoom() {
-    std::uint64_t last = lastNumber_;
-    while (isServed_) {
-        if (!isFullBehind(last)) {
-            if (lastNumber_.compare_exchange_weak(last, last + 1)) {
-                return last + 1;
-            }
-            continue;
-        }
-        callConsumer();
-        bell_.wait(Deadline(), [this] { return !isAwaited_ || !isServed_ || !isFullBehind(lastNumber_); });
-        last = lastNumber_;
-    }
-    return takeNumber();
-}
-
-/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
-bool MessageQueue::isFullBehind(std::uint64_t number) const noexcept {
-    return maxQueueSize_ > 1 && number + 1 - lastTaken_ >= maxQueueSize_;
-}
-
-/// The oldest message may be on its way still: its thread has taken the number and waits for nothing before
-/// it publishes the message.
+/// Nothing is discarded if the consumer has come meanwhile.
 void MessageQueue::discardOldest() {
     lines_.waitForRoom();
-    for (bool isDone = false; !isDone; std::this_thread::yield()) {
-        const ScopedLock lock(queueLock_);
-        const bool hasRoom = lastNumber_ - lastTaken_ < maxQueueSize_; // the consumer has come meanwhile
-        isDone = hasRoom || takeOldest(SHOWN_WHEN_DISCARDED);
+    while (store_.discardOldest(maxQueueSize_, lines_, SHOWN_WHEN_DISCARDED) == MessageStore::NOT_YET_HERE) {
+        std::this_thread::yield();
     }
     lines_.write();
-}
-
-/// \return false if the oldest message is not published yet
-bool MessageQueue::takeOldest(const char* reason) noexcept {
-    const std::uint64_t number = lastTaken_ + 1;
-    for (const std::unique_ptr<Ring>& ring : rings_) {
-        if (ring->findFront(number) && ring->front().nextNumber() == number) {
-            lines_.add(shownLine(reason, ring->front().next().fields), reason);
-            lastTaken_ = number;
-            ++discardedCount_;
-            if (delivered_ == nullptr) {
-                lastDone_ = number;
-            }
-            return true;
-        }
-    }
-    return false;
-}
-
-// The rings
-
-namespace {
-
-/// Has a thread that ends give its ring up. Never destroyed, since threads may still log while the process
-/// ends.
-Platform::ThreadSlot& queueOfThread(void (*end)(void* queue) = nullptr) {
-    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(end);
-    return slot;
-}
-
-} // namespace
-
-/// \return false if the thread gets none: it is ending, and would leave the ring behind
-bool MessageQueue::addRing(ThreadRecord& thread) {
-    Platform::ThreadSlot& slot =
-        queueOfThread([](void* queue) { static_cast<MessageQueue*>(queue)->endRing(); });
-    if (thread.hasEndedRing || !slot.set(this)) {
-        return false;
-    }
-    auto ring = std::make_unique<Ring>(pool_);
-    Ring* const added = ring.get();
-    const ScopedLock lock(queueLock_);
-    rings_.push_back(std::move(ring));
-    thread.ring = added;
-    return true;
-}
-
-/// The ring stays until its messages are gone.
-void MessageQueue::endRing() noexcept {
-    ThreadRecord& thread = threadRecord();
-    thread.hasEndedRing = true;
-    const ScopedLock lock(queueLock_);
-    if (thread.ring != nullptr) {
-        thread.ring->end();
-        thread.ring = nullptr;
-        removeEndedRings();
-    }
-}
-
-void MessageQueue::removeEndedRings() noexcept {
-    const std::uint64_t lowest = lastTaken_ + 1;
-    const auto isOver = [lowest](const std::unique_ptr<Ring>& ring) {
-        return ring->hasEnded() && ring->lastKept() == nullptr && !ring->findFront(lowest);
-    };
-    rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
-}
-
-std::uint64_t MessageQueue::appendToSharedRing(const MessageFields& message) {
-    const ScopedLock lock(queueLock_);
-    if (sharedRing_ == nullptr) {
-        rings_.push_back(std::make_unique<Ring>(pool_));
-        sharedRing_ = rings_.back().get();
-    }
-    const PackedMessage packed = sharedRing_->reserve(message, threadRecord().answeredReports, lastNumber_);
-    const std::uint64_t number = takeNumber();
-    sharedRing_->append(packed, number);
-    return number;
 }
 
 // Waiting for the consumer
 
 bool MessageQueue::flush(Time timeout) {
-    const std::uint64_t last = lastNumber_;
+    const std::uint64_t last = store_.lastNumber();
     const Deadline deadline = deadlineAfter(timeout);
-    while (lastDone_ < last) {
+    while (store_.lastDone() < last) {
         if (!isServed_) {
             return false;
         }
-        if (lastTaken_ < last) {
+        if (store_.lastTaken() < last) {
             callConsumer(); // however short the time is
         }
         const auto mayBeDone = [this, last] {
-            return lastDone_ >= last || !isServed_ || (lastTaken_ < last && !isAwaited_);
+            return store_.lastDone() >= last || !isServed_ || (store_.lastTaken() < last && !isAwaited_);
         };
         if (!bell_.wait(deadline, mayBeDone)) {
             return false;
@@ -234,16 +138,6 @@ void MessageQueue::callConsumer() {
     if (!isAwaited_.exchange(true)) {
         bell_.ring();
     }
-}
-
-/// What leaves the queue is read first: what entered it is never less.
-LogStatistics MessageQueue::statistics() const noexcept {
-    LogStatistics statistics;
-    statistics.delivered = deliveredCount_;
-    statistics.discarded = discardedCount_;
-    statistics.queued = lastNumber_;
-    statistics.waiting = statistics.queued - statistics.delivered - statistics.discarded;
-    return statistics;
 }
 
 // The consumer's side
@@ -264,7 +158,7 @@ bool MessageQueue::wait() {
     isWoken_ = false;
     const bool isPrompt = deliversPromptly();
     const auto isDue = [this, isPrompt] {
-        return !isServed_ || isWoken_ || isAwaited_ || (isPrompt && lastNumber_ != lastTaken_);
+        return !isServed_ || isWoken_ || isAwaited_ || (isPrompt && store_.size() != 0);
     };
     // One that has just been busy looks again for a while, which spares the calls from waking it.
     constexpr int LOOKS = 20;
@@ -303,49 +197,17 @@ Deadline MessageQueue::endOfWait() const {
 }
 
 void MessageQueue::take(MessageBatch& batch) {
-    {
-        const ScopedLock lock(queueLock_);
-        isAwaited_ = false;
-        try {
-            batch.streams_.reserve(rings_.size());
-            fill(batch);
-        } catch (const std::bad_alloc&) {
-            batch.clear();
-        }
+    isAwaited_ = false;
+    try {
+        store_.take(batch);
+    } catch (const std::bad_alloc&) {
+        // the next round tries again
     }
     bell_.ring(); // those who wait for room
 }
 
-/// The number of the last message is read before the rings, since each of them holds what was numbered by
-/// then, or will do so in a moment.
-void MessageQueue::fill(MessageBatch& batch) {
-    batch.first_ = lastTaken_ + 1;
-    batch.last_ = lastNumber_;
-    if (batch.size() == 0 || isClosed_) {
-        batch.clear();
-        return;
-    }
-    for (const std::unique_ptr<Ring>& ring : rings_) {
-        ring->findFront(batch.first_);
-        ring->keep();
-        batch.streams_.push_back({ring.get(), ring->lastKept(), ring->front(), ring->front(), 0});
-    }
-    lastTaken_ = batch.last_;
-    delivered_ = &batch;
-}
-
 void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
-    {
-        const ScopedLock lock(queueLock_);
-        for (const MessageBatch::Stream& stream : batch.streams_) {
-            stream.ring->release(stream.cursor);
-        }
-        (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
-        delivered_ = nullptr;
-        lastDone_.store(lastTaken_);
-        removeEndedRings();
-    }
-    batch.clear();
+    store_.release(batch, isDelivered);
     bell_.ring();
 }
 
@@ -353,34 +215,23 @@ void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
 
 void MessageQueue::close() {
     isClosed_ = true;
+    store_.close();
     setServed(false);
 }
 
 void MessageQueue::showAll() {
-    for (bool isDone = false; !isDone; std::this_thread::yield()) {
-        const ScopedLock lock(queueLock_);
-        while (lastTaken_ != lastNumber_ && takeOldest(SHOWN_AT_PROCESS_END)) {
+    MessageStore::Taken taken = MessageStore::TAKEN;
+    while (taken != MessageStore::NOTHING) {
+        taken = store_.discardOldest(1, lines_, SHOWN_AT_PROCESS_END);
+        if (taken == MessageStore::NOT_YET_HERE) {
+            std::this_thread::yield();
         }
-        isDone = lastTaken_ == lastNumber_;
     }
     lines_.write();
 }
 
-/// The consumer gives the batch back under the lock, so it stays meanwhile.
 void MessageQueue::showRestOfDelivery() {
-    const ScopedLock lock(queueLock_);
-    if (delivered_ == nullptr) {
-        return;
-    }
-    try {
-        MessageBatch rest;
-        delivered_->copyRestTo(rest);
-        while (rest.hasNext()) {
-            lines_.add(shownLine(SHOWN_AT_PROCESS_END, rest.next().fields), SHOWN_AT_PROCESS_END);
-        }
-    } catch (const std::bad_alloc&) {
-        lines_.add(std::string(), SHOWN_AT_PROCESS_END);
-    }
+    store_.showRestOfDelivery(lines_, SHOWN_AT_PROCESS_END);
 }
 
 // In a forked child
@@ -388,14 +239,7 @@ void MessageQueue::showRestOfDelivery() {
 void MessageQueue::renewInChild() noexcept {
     bell_.renewInChild();
     lines_.renewInChild();
-    const ScopedLock lock(queueLock_);
-    threadRecord().ring = nullptr;
-    sharedRing_ = nullptr;
-    rings_.clear();
-    lastNumber_ = deliveredCount_ + discardedCount_;
-    lastTaken_.store(lastNumber_);
-    lastDone_.store(lastNumber_);
-    delivered_ = nullptr;
+    store_.renewInChild();
     isServed_ = false;
     isAwaited_ = false;
     isOnCall_ = false;

@@ -1,21 +1,15 @@
 #pragma once
 
-#include "log/LogStatistics.h"
 #include "log/async/Bell.h"
 #include "log/async/DiscardedLines.h"
 #include "log/async/DispatcherSettings.h"
-#include "log/async/MessageBatch.h"
-#include "platform/CriticalSection.h"
+#include "log/async/MessageStore.h"
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace ZAV {
 namespace Log {
-
-struct ThreadRecord;
 
 /// The messages that wait for the consumer, oldest first.
 ///
@@ -42,7 +36,7 @@ public:
     bool flush(Util::TimeUtils::Time timeout);
 
     /// \return the numbers of the queue; `failed` is not counted here
-    LogStatistics statistics() const noexcept;
+    LogStatistics statistics() const noexcept { return store_.statistics(); }
 
     // The consumer's side
 
@@ -87,38 +81,23 @@ public:
     void renewInChild() noexcept;
 
 private:
-    using Number = std::atomic<std::uint64_t>;
-
     DispatcherSettings settings() const;
     void use(const DispatcherSettings& settings);
     bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
 
-    bool addRing(ThreadRecord& thread);
-    void endRing() noexcept;
-    void removeEndedRings() noexcept ZAV_LOG_REQUIRES(queueLock_);
-    std::uint64_t appendToSharedRing(const MessageFields& message);
-
-    std::uint64_t takeNumber() noexcept { return lastNumber_.fetch_add(1) + 1; }
-    std::uint64_t takeNumberWithRoom();
+    std::uint64_t appendWithRoom(const MessageFields& message);
+    void waitForRoom();
     void hasAppended(std::uint64_t number);
-    bool isFullBehind(std::uint64_t number) const noexcept;
     void callConsumer();
     void discardOldest();
-    bool takeOldest(const char* reason) noexcept ZAV_LOG_REQUIRES(queueLock_);
     Deadline endOfWait() const;
     bool lookForCompany();
-    void fill(MessageBatch& batch) ZAV_LOG_REQUIRES(queueLock_);
 
-    // The order. Messages are numbered from 1; all but the first number change under the lock.
-    Number lastNumber_{0}; ///< of the message that was queued last
-    Number lastTaken_{0};  ///< of the message that was taken out last
-    Number lastDone_{0};   ///< up to which all messages were delivered or discarded
-    Number deliveredCount_{0};
-    Number discardedCount_{0};
+    MessageStore store_;
 
     // The settings, which a call reads without a lock.
-    Number maxQueueSize_;
-    Number waitingPeriod_; ///< in microseconds
+    std::atomic<std::uint64_t> maxQueueSize_;
+    std::atomic<std::uint64_t> waitingPeriod_; ///< in microseconds
     std::atomic<int> priority_;
     std::atomic<bool> overflowBlocks_;
 
@@ -130,14 +109,6 @@ private:
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
     std::atomic<bool> isClosed_{false};
     Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads of the process; used by the consumer
-
-    /// Held for short steps: messages are taken out or given back, a ring comes or goes.
-    Platform::CriticalSection queueLock_{Platform::AWAITED_BY_FORK};
-    BlockPool pool_;
-    std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(queueLock_);
-    /// One of them, for threads that get none of their own.
-    Ring* sharedRing_ ZAV_LOG_GUARDED_BY(queueLock_) = nullptr;
-    MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(queueLock_) = nullptr; ///< not given back yet
 
     DiscardedLines lines_;
 };

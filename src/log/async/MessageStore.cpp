@@ -1,0 +1,213 @@
+#include "log/async/MessageStore.h"
+
+#include "log/async/DiscardedLines.h"
+#include "log/layout/ShownMessage.h"
+#include "log/reentrancy/ThreadRecord.h"
+#include "platform/ThreadSlot.h"
+
+#include <algorithm>
+#include <new>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+// The logging call's side
+
+std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t limit) {
+    ThreadRecord& thread = threadRecord();
+    if (thread.ring == nullptr && !addRing(thread)) {
+        return appendToSharedRing(message, limit);
+    }
+    return append(*thread.ring, message, limit);
+}
+
+/// Nothing can fail once the message has its number, since those behind it wait for it.
+std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std::uint64_t limit) {
+    const int answeredReports = threadRecord().answeredReports;
+    const PackedMessage packed =
+        ring.reserve(message, answeredReports, lastNumber_.load(std::memory_order_relaxed));
+    const std::uint64_t number = limit == NO_LIMIT ? lastNumber_.fetch_add(1) + 1 : takeNumber(limit);
+    if (number != 0) {
+        ring.append(packed, number);
+    }
+    return number;
+}
+
+/// \return 0 if as many messages wait as may
+std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
+    std::uint64_t last = lastNumber_;
+    while (last - lastTaken_ < limit) {
+        if (lastNumber_.compare_exchange_weak(last, last + 1)) {
+            return last + 1;
+        }
+    }
+    return 0;
+}
+
+namespace {
+
+/// Has a thread that ends give its ring up. Never destroyed, since threads may still log while the process
+/// ends.
+Platform::ThreadSlot& storeOfThread(void (*end)(void* store)) {
+    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(end);
+    return slot;
+}
+
+} // namespace
+
+/// \return false if the thread gets none: it is ending, and would leave the ring behind
+bool MessageStore::addRing(ThreadRecord& thread) {
+    Platform::ThreadSlot& slot =
+        storeOfThread([](void* store) { static_cast<MessageStore*>(store)->endRing(); });
+    if (thread.hasEndedRing || !slot.set(this)) {
+        return false;
+    }
+    auto ring = std::make_unique<Ring>(pool_);
+    Ring* const added = ring.get();
+    const ScopedLock lock(storeLock_);
+    rings_.push_back(std::move(ring));
+    thread.ring = added;
+    return true;
+}
+
+/// The ring stays until its messages are gone.
+void MessageStore::endRing() noexcept {
+    ThreadRecord& thread = threadRecord();
+    thread.hasEndedRing = true;
+    const ScopedLock lock(storeLock_);
+    if (thread.ring != nullptr) {
+        thread.ring->end();
+        thread.ring = nullptr;
+        removeEndedRings();
+    }
+}
+
+void MessageStore::removeEndedRings() noexcept {
+    const std::uint64_t lowest = lastTaken_ + 1;
+    const auto isOver = [lowest](const std::unique_ptr<Ring>& ring) {
+        return ring->hasEnded() && ring->lastKept() == nullptr && !ring->findFront(lowest);
+    };
+    rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
+}
+
+std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit) {
+    const ScopedLock lock(storeLock_);
+    if (sharedRing_ == nullptr) {
+        rings_.push_back(std::make_unique<Ring>(pool_));
+        sharedRing_ = rings_.back().get();
+    }
+    return append(*sharedRing_, message, limit);
+}
+
+/// What leaves the queue is read first: what entered it is never less.
+LogStatistics MessageStore::statistics() const noexcept {
+    LogStatistics statistics;
+    statistics.delivered = deliveredCount_;
+    statistics.discarded = discardedCount_;
+    statistics.queued = lastNumber_;
+    statistics.waiting = statistics.queued - statistics.delivered - statistics.discarded;
+    return statistics;
+}
+
+// The readers' side
+
+MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLines& lines,
+                                                const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (size() < least) {
+        return NOTHING;
+    }
+    Ring* const ring = ringWithOldest();
+    if (ring == nullptr) {
+        return NOT_YET_HERE;
+    }
+    lines.add(shownLine(reason, ring->front().next().fields), reason);
+    ++lastTaken_;
+    ++discardedCount_;
+    if (delivered_ == nullptr) {
+        lastDone_.store(lastTaken_);
+    }
+    return TAKEN;
+}
+
+/// \return null if the oldest message is not published yet
+Ring* MessageStore::ringWithOldest() noexcept {
+    const std::uint64_t number = lastTaken_ + 1;
+    const auto ring = std::find_if(rings_.begin(), rings_.end(), [number](const std::unique_ptr<Ring>& any) {
+        return any->findFront(number) && any->front().nextNumber() == number;
+    });
+    return ring == rings_.end() ? nullptr : ring->get();
+}
+
+/// The number of the last message is read before the rings, since each of them holds what was numbered by
+/// then, or will do so in a moment.
+void MessageStore::take(MessageBatch& batch) {
+    const ScopedLock lock(storeLock_);
+    batch.streams_.reserve(rings_.size());
+    batch.begin(lastTaken_ + 1, isClosed_ ? lastTaken_ : lastNumber_);
+    if (batch.size() == 0) {
+        return;
+    }
+    for (const std::unique_ptr<Ring>& ring : rings_) {
+        ring->findFront(batch.first_);
+        ring->keep();
+        batch.streams_.push_back({ring.get(), ring->lastKept(), ring->front(), ring->front(), 0});
+    }
+    lastTaken_ = batch.last_;
+    delivered_ = &batch;
+}
+
+void MessageStore::release(MessageBatch& batch, bool isDelivered) {
+    if (batch.size() == 0) {
+        return;
+    }
+    const ScopedLock lock(storeLock_);
+    for (const MessageBatch::Stream& stream : batch.streams_) {
+        stream.ring->release(stream.cursor);
+    }
+    (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
+    batch.begin(1, 0);
+    delivered_ = nullptr;
+    lastDone_.store(lastTaken_);
+    removeEndedRings();
+}
+
+/// The batch is given back under the lock, so it stays meanwhile.
+void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (delivered_ == nullptr) {
+        return;
+    }
+    try {
+        MessageBatch rest;
+        delivered_->copyRestTo(rest);
+        while (rest.hasNext()) {
+            lines.add(shownLine(reason, rest.next().fields), reason);
+        }
+    } catch (const std::bad_alloc&) {
+        lines.add(std::string(), reason);
+    }
+}
+
+void MessageStore::close() noexcept {
+    const ScopedLock lock(storeLock_);
+    isClosed_ = true;
+}
+
+// In a forked child
+
+void MessageStore::renewInChild() noexcept {
+    const ScopedLock lock(storeLock_);
+    threadRecord().ring = nullptr;
+    sharedRing_ = nullptr;
+    rings_.clear();
+    lastNumber_ = deliveredCount_ + discardedCount_;
+    lastTaken_.store(lastNumber_);
+    lastDone_.store(lastNumber_);
+    delivered_ = nullptr;
+}
+
+} // namespace Log
+} // namespace ZAV

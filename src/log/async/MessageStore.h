@@ -1,0 +1,111 @@
+#pragma once
+
+#include "log/LogStatistics.h"
+#include "log/async/MessageBatch.h"
+#include "platform/CriticalSection.h"
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+class DiscardedLines;
+struct ThreadRecord;
+
+/// The queued messages of all threads, and their order.
+///
+/// Each thread appends to a ring of its own; one counter gives every message of the process its number, which
+/// is its place in the order, counted from 1. A call that appends takes no lock but for its thread's first
+/// message. The process has one store, which is never destroyed, since threads may still log while the
+/// process ends. All operations may be called from any thread.
+class MessageStore {
+public:
+    static constexpr std::uint64_t NO_LIMIT = std::numeric_limits<std::uint64_t>::max();
+
+    // The logging call's side
+
+    /// Appends a message.
+    /// \param limit of the messages that wait with it
+    /// \return its number; 0 if more would wait, and it was not appended
+    /// \throw std::bad_alloc if there is no memory for the message, which was not appended then
+    std::uint64_t append(const MessageFields& message, std::uint64_t limit = NO_LIMIT);
+
+    // How far it is. Sequentially consistent, for those who look at something else as well.
+
+    std::uint64_t lastNumber() const noexcept { return lastNumber_; } ///< of the message appended last
+    std::uint64_t lastTaken() const noexcept { return lastTaken_; }   ///< of the message taken out last
+    std::uint64_t lastDone() const noexcept { return lastDone_; } ///< all to it were delivered or discarded
+    std::uint64_t size() const noexcept { return lastNumber_ - lastTaken_; }
+
+    /// \return how many messages wait, that one being the last
+    std::uint64_t sizeUpTo(std::uint64_t number) const noexcept {
+        return number - lastTaken_.load(std::memory_order_relaxed);
+    }
+
+    /// \return the numbers of the queue; `failed` is not counted here
+    LogStatistics statistics() const noexcept;
+
+    // The readers' side
+
+    enum Taken {
+        TAKEN,       ///< the oldest message
+        NOTHING,     ///< fewer messages wait than asked for
+        NOT_YET_HERE ///< the oldest message is not published yet; its thread waits for nothing before it does
+    };
+
+    /// Takes the oldest message out if at least so many wait, and leaves the line that shows it to others.
+    /// \param reason what the line begins with
+    Taken discardOldest(std::uint64_t least, DiscardedLines& lines, const char* reason) noexcept;
+
+    /// Takes out all that is there; it counts as waiting until `release`.
+    /// \throw std::bad_alloc; nothing was taken then
+    void take(MessageBatch& batch);
+
+    /// Gives the memory of a batch back.
+    /// \param isDelivered false if there was no appender to give it to
+    void release(MessageBatch& batch, bool isDelivered);
+
+    /// Leaves the lines to others that show what the batch taken last holds and not all appenders have got
+    /// yet.
+    void showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept;
+
+    /// From now on nothing is taken out as a batch.
+    void close() noexcept;
+
+    /// In a forked child: forgets everything. It takes no memory.
+    void renewInChild() noexcept;
+
+private:
+    using Number = std::atomic<std::uint64_t>;
+
+    std::uint64_t takeNumber(std::uint64_t limit) noexcept;
+    std::uint64_t append(Ring& ring, const MessageFields& message, std::uint64_t limit);
+    std::uint64_t appendToSharedRing(const MessageFields& message, std::uint64_t limit);
+    bool addRing(ThreadRecord& thread);
+    void endRing() noexcept;
+    void removeEndedRings() noexcept ZAV_LOG_REQUIRES(storeLock_);
+    Ring* ringWithOldest() noexcept ZAV_LOG_REQUIRES(storeLock_);
+
+    // All but the first number change under the lock.
+    Number lastNumber_{0};
+    Number lastTaken_{0};
+    Number lastDone_{0};
+    Number deliveredCount_{0};
+    Number discardedCount_{0};
+
+    /// Held for short steps: messages are taken out or given back, a ring comes or goes.
+    Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
+    BlockPool pool_;
+    std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(storeLock_);
+    /// One of them, for threads that get none of their own.
+    Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
+    MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< not given back yet
+    bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;
+};
+
+} // namespace Log
+} // namespace ZAV
