@@ -59,9 +59,10 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
                                  static_cast<std::int16_t>(message.level),
                                  static_cast<std::uint8_t>(message.type & 0x7),
                                  static_cast<std::uint8_t>(findOwnParts(message, before, nextNumber) & 0x1F),
-                                 static_cast<std::uint8_t>(answeredReports)} {}
+                                 static_cast<std::uint8_t>(answeredReports)},
+      size_(measure()) {}
 
-std::size_t PackedMessage::size() const noexcept {
+std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
            (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) + sizeof(const Logger*) : 0) +
@@ -122,9 +123,9 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
         shared.file = readText(next, readNext<std::size_t>(next));
     }
     const std::string_view text = readText(next, textLength);
-    MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
-                         header.line, shared.file, static_cast<MessageType>(header.type));
-    fields.logger = shared.logger;
+    const MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level),
+                               text, header.line, shared.file, static_cast<MessageType>(header.type),
+                               shared.logger);
     return {fields, shared.number, header.answeredReports, static_cast<std::size_t>(next - bytes)};
 }
 

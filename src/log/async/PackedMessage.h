@@ -31,7 +31,7 @@ public:
                   std::uint64_t nextNumber) noexcept;
 
     /// \return how many bytes the message takes
-    std::size_t size() const noexcept;
+    std::size_t size() const noexcept { return size_; }
 
     /// Writes the message with its texts, but for the logger's name, which must stay where it is.
     /// \param place has room for `size` bytes
@@ -72,9 +72,11 @@ private:
     };
 
     bool has(unsigned part) const noexcept { return (header_.ownParts & part) != 0; }
+    std::size_t measure() const noexcept;
 
     const MessageFields& message_;
     Header header_;
+    std::size_t size_;
 };
 
 } // namespace Log

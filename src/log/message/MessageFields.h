@@ -19,9 +19,10 @@ inline bool isSamePlace(std::string_view text, std::string_view other) {
 /// until an appender needs the object.
 struct MessageFields {
     MessageFields(std::string_view loggerNameText, Util::TimeUtils::Time moment, Level::LogLevel severity,
-                  std::string_view messageText, int sourceLine, std::string_view sourceFile, MessageType kind)
+                  std::string_view messageText, int sourceLine, std::string_view sourceFile, MessageType kind,
+                  const Logger* origin = nullptr)
         : loggerName(loggerNameText), time(moment), level(severity), text(messageText), line(sourceLine),
-          file(sourceFile), type(kind) {}
+          file(sourceFile), type(kind), logger(origin) {}
 
     MessageFields(const LogMessage& message)
         : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
@@ -42,7 +43,7 @@ struct MessageFields {
     int line;
     std::string_view file;
     MessageType type;
-    const Logger* logger = nullptr; ///< that logged it; null in a message that an application makes
+    const Logger* logger; ///< that logged it; null in a message that an application makes
 };
 
 } // namespace Log

@@ -24,11 +24,12 @@ void dropUnusualMemory(std::string& text) {
 /// A message, and whose it is.
 struct ReusedMessage::Kept {
     explicit Kept(const MessageFields& fields)
-        : message(fields.makeMessage()), loggerName(fields.loggerName) {}
+        : message(fields.makeMessage()), shownFields(fields), loggerName(fields.loggerName) {}
 
     void fill(const MessageFields& fields);
 
     LogMessage message;
+    MessageFields shownFields;   ///< of it, when somebody asks for them
     std::string_view loggerName; ///< where the logger keeps it
     bool isThreads = false;      ///< kept until its thread ends
     bool isTaken = true;
@@ -51,12 +52,11 @@ const LogMessage& ReusedMessage::get() {
     return kept_->message;
 }
 
-MessageFields ReusedMessage::fields() const {
-    MessageFields fields(fields_);
-    if (kept_ != nullptr) {
-        fields.text = kept_->message.getText();
-        fields.file = kept_->message.getFile();
-    }
+const MessageFields& ReusedMessage::keptFields() const noexcept {
+    MessageFields& fields = kept_->shownFields;
+    fields = fields_;
+    fields.text = kept_->message.getText();
+    fields.file = kept_->message.getFile();
     return fields;
 }
 

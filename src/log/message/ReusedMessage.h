@@ -29,7 +29,7 @@ public:
 
     /// \return the fields, with the object's texts once it was filled: what the fields refer to is the
     ///         caller's, and an appender or a listener may have changed it since
-    MessageFields fields() const;
+    const MessageFields& fields() const noexcept { return kept_ == nullptr ? fields_ : keptFields(); }
 
 private:
     struct Kept;
@@ -37,6 +37,7 @@ private:
 
     void take();
     void fillTaken(Kept& kept) const;
+    const MessageFields& keptFields() const noexcept;
     void giveBack() noexcept;
 
     const MessageFields& fields_;

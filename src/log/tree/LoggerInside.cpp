@@ -39,7 +39,7 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
     const Time now = Time::now();
     if (type == CFG || passes(level, now)) {
-        const MessageFields fields(logger_.name_, now, level, text, line, file, type);
+        const MessageFields fields(logger_.name_, now, level, text, line, file, type, &logger_);
         ReusedMessage message(fields);
         const Dispatch dispatch(message);
         dispatchMessage(message, !call.isNested());
@@ -90,9 +90,7 @@ void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWait) {
     const AppenderList::Outcome outcome =
         appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
-        MessageFields queued(message.fields());
-        queued.logger = &logger_;
-        AsynchronousDispatcher::instance().enqueue(queued, mayWait);
+        AsynchronousDispatcher::instance().enqueue(message.fields(), mayWait);
     }
     if (outcome.exception) {
         std::rethrow_exception(outcome.exception);
@@ -116,6 +114,7 @@ bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
         const ReportAnswer answer(threadRecord(), first.get()->answeredReports);
         MessageFields fields(first.get()->message);
         fields.loggerName = logger.name_; // which stays where it is
+        fields.logger = &logger;
         ReusedMessage message(fields);
         inside.dispatchMessage(message, false);
     }
