@@ -54,6 +54,17 @@ The command zav-log checks property files, reads several log files and
 rotated series as one log, once or as they grow, and steers the logging of
 a running program.")
 
+# The licence of IceUtil concerns those who pass on what is linked with it.
+if(ZAV_LOG_WITH_ICE)
+    set(debian_terms_of_ice "Comment:
+ The library is linked with IceUtil, a part of ZeroC Ice (libzeroc-ice), which
+ is under the GNU General Public License, version 2. The terms of that licence
+ apply to whoever distributes the built library, or a program that uses it; it
+ stands in /usr/share/common-licenses/GPL-2.
+")
+endif()
+configure_file(cmake/debian/copyright.in ${PROJECT_BINARY_DIR}/debian/copyright @ONLY)
+
 # What only these packages have is added to the folders that they are made of.
 configure_file(cmake/debian/AddFiles.cmake.in ${PROJECT_BINARY_DIR}/debian/AddFiles.cmake @ONLY)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/debian/AddFiles.cmake)

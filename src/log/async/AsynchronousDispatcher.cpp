@@ -221,6 +221,20 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     queue_.showAll();
     PutOffMessages::instance().showAll();
     queue_.finishShowing();
+    abandonConsumer();
+}
+
+/// Nobody waits for it any more. It may be stuck, or be this thread, the last of the process; so it is not
+/// joined. If another thread has the lock, that one joins it.
+void AsynchronousDispatcher::abandonConsumer() {
+    if (!threadLock_.tryLock()) {
+        return;
+    }
+    const ScopedLock lock(threadLock_, Platform::ADOPT_LOCK);
+    if (consumerThread_) {
+        consumerThread_->detach();
+        consumerThread_.reset();
+    }
 }
 
 /// \return false if the consumer is stuck

@@ -72,6 +72,7 @@ private:
     void deliverRound(MessageBatch& batch);
 
     bool endConsumer();
+    void abandonConsumer();
     void endWithProcess() noexcept;
     void beginInChild() noexcept;
 

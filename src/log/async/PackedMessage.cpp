@@ -11,6 +11,11 @@ namespace {
 /// They follow the header in this order; the text comes last.
 enum OwnPart : unsigned { OWN_NUMBER = 1, OWN_LENGTH = 2, OWN_TIME = 4, OWN_LOGGER_NAME = 8, OWN_FILE = 16 };
 
+struct PackedLogger {
+    std::string_view name;
+    const Logger* logger;
+};
+
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
 unsigned findOwnParts(const MessageFields& message, const SharedFields& before, std::uint64_t nextNumber) {
@@ -65,7 +70,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
 std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
-           (has(OWN_LOGGER_NAME) ? sizeof(std::string_view) + sizeof(const Logger*) : 0) +
+           (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) +
            (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
@@ -85,8 +90,7 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         before.time = message_.time;
     }
     if (has(OWN_LOGGER_NAME)) {
-        next = write(next, message_.loggerName);
-        next = write(next, message_.logger);
+        next = write(next, PackedLogger{message_.loggerName, message_.logger});
         before.loggerName = message_.loggerName;
         before.logger = message_.logger;
     }
@@ -116,8 +120,9 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
         shared.time = readNext<Util::TimeUtils::Time>(next);
     }
     if ((header.ownParts & OWN_LOGGER_NAME) != 0) {
-        shared.loggerName = readNext<std::string_view>(next);
-        shared.logger = readNext<const Logger*>(next);
+        const auto logger = readNext<PackedLogger>(next);
+        shared.loggerName = logger.name;
+        shared.logger = logger.logger;
     }
     if ((header.ownParts & OWN_FILE) != 0) {
         shared.file = readText(next, readNext<std::size_t>(next));

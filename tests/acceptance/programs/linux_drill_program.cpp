@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <new>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <string>
 #include <sys/mman.h>

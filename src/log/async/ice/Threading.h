@@ -42,6 +42,9 @@ public:
     /// Waits until the function has returned.
     void join() { thread_->getThreadControl().join(); }
 
+    /// Lets the thread go on by itself; nobody joins it.
+    void detach() { thread_->getThreadControl().detach(); }
+
     /// \return what is thrown if the system refuses to set a thread's priority
     static IceUtil::ThreadSyscallException priorityFailure(int error) { return {__FILE__, __LINE__, error}; }
 

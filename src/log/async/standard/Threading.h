@@ -47,6 +47,9 @@ public:
     /// Waits until the function has returned.
     void join() { thread_.join(); }
 
+    /// Lets the thread go on by itself; nobody joins it.
+    void detach() { thread_.detach(); }
+
     /// \return what is thrown if the system refuses to set a thread's priority
     static std::system_error priorityFailure(int error) { return {error, std::generic_category()}; }
 
