@@ -2,11 +2,9 @@
 
 #include "ForcedUnwind.h"
 #include "log/LogException.h"
-#include "log/LogLine.h"
 #include "log/LogMessage.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
-#include "log/message/FailureCount.h"
 
 #include <algorithm>
 
@@ -37,14 +35,11 @@ void Appender::output(const LogMessage& message) {
     try {
         doOutput(message);
     } catch (const LogException& exception) {
-        FailureCount::add();
-        FailureReport::deliver(std::string("LogException from doOutput(msg).\nException = ") +
-                               exception.what() + "\nMsg = " + formatLogLine(message));
+        FailureReport::deliverFor(message, exception.what());
     } catch (const Platform::ForcedUnwind&) {
         throw; // the thread is being cancelled
     } catch (...) {
-        FailureCount::add();
-        FailureReport::deliver("Unknown exception from doOutput(msg).\nMsg = " + formatLogLine(message));
+        FailureReport::deliverFor(message, nullptr);
     }
 }
 

@@ -2,8 +2,10 @@
 
 #include "platform/FileRules.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace ZAV {
 namespace Platform {
@@ -35,7 +37,8 @@ public:
     /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
     /// end. It is a failure if the system does not accept the whole text. A pipe whose reader has left is a
     /// failure and no signal.
-    void write(const std::string& text) noexcept;
+    /// \return how many bytes of the text the system accepted
+    std::size_t write(std::string_view text) noexcept;
 
     /// Closes the file, if one is open. A failed write that the system reports only now counts as well.
     void close() noexcept;

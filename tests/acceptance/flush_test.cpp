@@ -151,6 +151,39 @@ TEST_F(Flush, LeavesCountersThatAddUpUnderEightProducers) {
     EXPECT_EQ(linesOf("queued0").size(), after.delivered - before.delivered);
 }
 
+TEST_F(Flush, HasWrittenTheBatchesOfBothKindsOfFilesAndReportedWhatIsInNone) {
+    ASSERT_TRUE(init(queued() + "appender.queued.flush = batch\n"
+                                "appender.queued.fileMaxSizeUnit = B\n" // not as large as a batch
+                                "appender.broken.flush = batch\n"
+                                "appender.single = SimpleFileAppender\n"
+                                "appender.single.asynchronous = true\n"
+                                "appender.single.flush = batch\n"
+                                "appender.single.dir = DIR\n"
+                                "appender.at-once = FileAppender\n"
+                                "appender.at-once.flush = batch\n" // which only the consumer knows
+                                "appender.at-once.dir = DIR\n"
+                                "zav.log.AsynchronousDispatcher.maxQueueSize = -1\n"));
+    std::vector<std::string> reports;
+    CallingListener recording([&reports](const std::string& report) { reports.push_back(report); });
+    LogManager::registerCommandListener("EXCEPTION", &recording);
+    for (int number = 0; number < 30'000; number += 100) {
+        log(100);
+        LoggerFactory::getLogger("broken").error(std::to_string(number), 0, "");
+    }
+    EXPECT_THAT(linesOf("at-once0"), SizeIs(30'300));
+    EXPECT_TRUE(LogManager::flush());
+    ASSERT_THAT(reports, SizeIs(300));
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        EXPECT_THAT(reports[i], EndsWith(" broken ERROR " + std::to_string(i * 100)));
+    }
+    const std::vector<std::string> all = lastWordsOf("at-once0");
+    EXPECT_EQ(lastWordsOf("single"), all);
+    std::vector<std::string> rotated = lastWordsOf("queued1");
+    const std::vector<std::string> newer = lastWordsOf("queued0");
+    rotated.insert(rotated.end(), newer.begin(), newer.end());
+    EXPECT_EQ(rotated, all);
+}
+
 TEST_F(Flush, ReachesAnAppenderOfTheApplicationWithTheMessagesOfTheLoggersThatListIt) {
     ASSERT_TRUE(init(queued()));
     std::vector<std::string> texts;

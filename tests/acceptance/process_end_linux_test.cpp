@@ -24,11 +24,17 @@ protected:
     void expectEnd(const std::string& program, const std::string& arguments) {
         std::filesystem::remove(directory_ / "queued");
         std::filesystem::remove(directory_ / "sync0");
+        for (const char* file : {"together0", "together1"}) {
+            std::filesystem::remove(directory_ / file);
+        }
         ASSERT_EQ(run(program, arguments), 0) << errors();
     }
     void end(const std::string& way) { expectEnd(ZAV_LOG_PROCESS_END_PROGRAM, way); }
 
     Words queued() const { return lastWordsIn(readFile(directory_ / "queued")); }
+    Words together() const {
+        return lastWordsIn(readFile(directory_ / "together1") + readFile(directory_ / "together0"));
+    }
     Words synchronous() const { return lastWordsIn(readFile(directory_ / "sync0")); }
 };
 
@@ -39,6 +45,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenOnceWithWhatStaticObjectsLogAndThoughAListene
          {std::pair("return", 10), {"exit", 10}, {"static-object", 12}, {"lost-listener", 12}}) {
         end(way);
         EXPECT_EQ(queued(), numbersTo(last)) << way;
+        EXPECT_EQ(together(), numbersTo(last)) << way;
         EXPECT_EQ(synchronous(), numbersTo(last)) << way;
         EXPECT_THAT(errors(), IsEmpty()) << way;
     }
@@ -91,6 +98,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenOnceThoughTheLibraryWasUnloaded) {
     for (const std::string way : {"leave", "finish"}) {
         expectEnd(ZAV_LOG_UNLOAD_PROGRAM, way + " \"" + ZAV_LOG_PLUGIN + "\"");
         EXPECT_EQ(queued(), numbersTo(10)) << way;
+        EXPECT_EQ(together(), numbersTo(10)) << way;
         EXPECT_THAT(errors(), IsEmpty()) << way;
     }
 }
@@ -104,6 +112,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAndTheChildWritesItsOwn) {
         Words expected = numbersTo(10);
         expected.insert(expected.begin() + 5, "child");
         EXPECT_THAT(queued(), testing::UnorderedElementsAreArray(expected)) << way;
+        EXPECT_THAT(together(), testing::UnorderedElementsAreArray(expected)) << way;
         EXPECT_EQ(synchronous(), expected) << way;
         // A leak sanitizer says a word of its own about the threads of a forked process.
         EXPECT_THAT(errors(), Not(HasSubstr("og message"))) << way;

@@ -101,6 +101,13 @@ const std::vector<Case> CASES = {
     {SERVER + "appender.s.recovery = often\nappender.s.escape = yes\nappender.s.fileMode = 800\n"
               "appender.s.followLinks = False\n",
      {"2 bad-expiration", "3 unknown-value", "4 unknown-value", "5 unknown-value"}},
+    {SERVER +
+         "appender.s.flush = Batch\nappender.t = SimpleFileAppender\nappender.t.asynchronous = true\n"
+         "appender.t.flush = batch\n" +
+         CONSOLE + "appender.c.asynchronous = true\nappender.c.flush = line\n",
+     {"2 unknown-value", "8 ignored-key"}},
+    {SERVER + "appender.s.flush = batch\nappender.t = SimpleFileAppender\nappender.t.flush = line\n",
+     {"2 ignored-key"}},
     {SERVER + "appender.s.recovery = -1 secs\n" + CONSOLE + "appender.c.recovery = often\n",
      {"2 unknown-unit", "2 out-of-range", "4 ignored-key"}},
 

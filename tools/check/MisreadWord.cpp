@@ -72,6 +72,7 @@ void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Find
         return words.checkValue(Log::readBoolean(line.value).has_value(), "'" + defaultOf(row) + "'");
     case ValueForm::STREAM:
     case ValueForm::OVERFLOW_RULE:
+    case ValueForm::FLUSH_RULE:
         return words.checkChoice("'" + defaultOf(row) + "'");
     case ValueForm::FILE_MODE:
         return words.checkValue(Log::readFileMode(line.value).has_value(), defaultOf(row));

@@ -18,8 +18,6 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
-
 constexpr char LIVE_INDEX = '0';
 
 /// \return a number beyond every index if the name does not end in a digit
@@ -32,21 +30,29 @@ std::uint64_t indexOf(const std::string& fileName) {
 FileAppender::FileAppender(const std::string& name, bool synchronous, const Filters& filters,
                            const std::string& dir, const std::string& file, std::uint64_t fileNumber,
                            std::uint64_t fileMaxSize, const Time& fileMaxLifetime, const FileOptions& options)
-    : Appender(name, synchronous, filters), dir_(dir), file_(file),
+    : BatchAppender(name, synchronous, filters, options.writesBatches), dir_(dir), file_(file),
       fileNumber_(std::min(fileNumber, HIGHEST_FILE_NUMBER)), fileMaxSize_(fileMaxSize),
       openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime), options_(options),
       folder_(Platform::absolutePath(dir_)), livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_),
       lastLook_(openTime_) {}
 
-/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
-/// forks can wait until no line is half written.
-void FileAppender::doOutput(const LogMessage& message) {
-    const Platform::ScopedLock lock(criticalSection_);
+/// One that leaves amid a round has lines left.
+FileAppender::~FileAppender() {
+    endRound();
+}
+
+void FileAppender::outputLine(const LogMessage& message) {
     recover();
     checkFile();
-    renderLine(message);
+    appendWholeLine(beginLine(), message, appendLogLine, options_.escape);
     prepareFile();
-    write(line_);
+    currentSize_ += line().size();
+    if (keepsLines()) {
+        keepLine();
+        return;
+    }
+    write(line());
+    checkFile();
 }
 
 /// Brings a file back that has failed, or that is gone from its name. A failure here is the one to report,
@@ -57,6 +63,10 @@ void FileAppender::recover() {
     }
     lastLook_ = Time::now();
     const bool isGone = outputFileStream_.isOpen() && !outputFileStream_.isAt(livePath_);
+    if (isGone) {
+        writeKept();
+        checkFile();
+    }
     if (outputFileStream_.hasFailed() || isGone) {
         continueFile();
     }
@@ -65,14 +75,6 @@ void FileAppender::recover() {
 /// If the clock was set back, the unsigned difference is huge, so that the look happens at once.
 bool FileAppender::isTimeToLook() const {
     return Time::now().microseconds() - lastLook_.microseconds() >= options_.recovery.microseconds();
-}
-
-void FileAppender::renderLine(const LogMessage& message) {
-    if (line_.capacity() > LARGEST_KEPT_LINE) {
-        line_ = std::string();
-    }
-    line_.clear();
-    appendWholeLine(line_, message, appendLogLine, options_.escape);
 }
 
 /// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
@@ -91,6 +93,8 @@ void FileAppender::prepareFile() {
             return;
         }
     }
+    writeKept();
+    checkFile();
     outputFileStream_.close();
     if (!hasRotated_) {
         if (mustBrowse_) {
@@ -103,7 +107,7 @@ void FileAppender::prepareFile() {
 }
 
 bool FileAppender::hasRoom() const {
-    return currentSize_ + line_.size() <= fileMaxSize_ && !isTooOld();
+    return currentSize_ + line().size() <= fileMaxSize_ && !isTooOld();
 }
 
 /// In a process that may not rotate, which goes where the live file is now.
@@ -184,9 +188,10 @@ void FileAppender::continueFile() {
     hasRotated_ = false;
     outputFileStream_.close();
     openLiveFile(Platform::OutputFile::APPEND);
-    currentSize_ = outputFileStream_.size();
+    currentSize_ = outputFileStream_.size() + keptSize();
     if (outputFileStream_.endsInTornLine(livePath_, options_.rules)) {
-        write("\n");
+        currentSize_ += write("\n");
+        checkFile();
     }
 }
 
@@ -199,14 +204,23 @@ void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
     openTime_ = lastLook_;
 }
 
-/// A line that does not reach the file, on a full disk for example, is reported.
-void FileAppender::write(const std::string& text) {
-    currentSize_ += text.size();
-    outputFileStream_.write(text);
+/// Another process may have moved the live file since the first line was kept.
+void FileAppender::writeLines(std::string_view text, std::size_t& written) {
+    if (owner_.isBehind() && !owner_.mayRotate()) {
+        followFile();
+    }
+    checkFile();
+    written = write(text);
+    checkFile();
+}
+
+/// A line that does not reach the file, on a full disk for example, has failed it, and is reported.
+std::size_t FileAppender::write(std::string_view text) {
+    const std::size_t taken = outputFileStream_.write(text);
     if (outputFileStream_.hasFailed()) {
         lastLook_ = Time::now();
     }
-    checkFile();
+    return taken;
 }
 
 void FileAppender::checkFile() const {

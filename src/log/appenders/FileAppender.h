@@ -1,9 +1,8 @@
 #pragma once
 
-#include "log/Appender.h"
 #include "log/appenders/FileOptions.h"
 #include "log/appenders/SeriesOwner.h"
-#include "platform/CriticalSection.h"
+#include "log/async/BatchAppender.h"
 #include "platform/OutputFile.h"
 #include "zav-util/TimeUtils.h"
 
@@ -22,7 +21,7 @@ namespace Log {
 ///
 /// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. A relative
 /// directory is taken from the one that the process is in when the appender is made.
-class FileAppender : public Appender {
+class FileAppender : public BatchAppender {
 public:
     /// So that an index is always one digit.
     static constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;
@@ -35,16 +34,17 @@ public:
     FileAppender(const std::string& name, bool synchronous, const Filters& filters, const std::string& dir,
                  const std::string& file, std::uint64_t fileNumber, std::uint64_t fileMaxSize,
                  const Util::TimeUtils::Time& fileMaxLifetime, const FileOptions& options = FileOptions());
+    ~FileAppender() override;
 
 protected:
     /// \throw LogException if the directory cannot be listed (the next message tries again), or if the live
     ///        file cannot be opened or written (every later message fails as well, until a recovery)
-    void doOutput(const LogMessage& message) override;
+    void outputLine(const LogMessage& message) override ZAV_LOG_REQUIRES(criticalSection_);
+    void writeLines(std::string_view text, std::size_t& written) override ZAV_LOG_REQUIRES(criticalSection_);
 
 private:
     void recover() ZAV_LOG_REQUIRES(criticalSection_);
     bool isTimeToLook() const ZAV_LOG_REQUIRES(criticalSection_);
-    void renderLine(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
     void prepareFile() ZAV_LOG_REQUIRES(criticalSection_);
     bool hasRoom() const ZAV_LOG_REQUIRES(criticalSection_);
     void followFile() ZAV_LOG_REQUIRES(criticalSection_);
@@ -55,7 +55,7 @@ private:
     void openFile() ZAV_LOG_REQUIRES(criticalSection_);
     void continueFile() ZAV_LOG_REQUIRES(criticalSection_);
     void openLiveFile(Platform::OutputFile::Mode mode) ZAV_LOG_REQUIRES(criticalSection_);
-    void write(const std::string& text) ZAV_LOG_REQUIRES(criticalSection_);
+    std::size_t write(std::string_view text) ZAV_LOG_REQUIRES(criticalSection_);
     void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     std::string pathOf(const std::string& fileName) const;
 
@@ -69,7 +69,6 @@ private:
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 
     const FileOptions options_;
     const std::string folder_; ///< `dir_`, wherever the process goes
@@ -82,7 +81,6 @@ private:
     /// Whether the last rotation had to leave the live file where it was.
     bool liveFileStays_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
     Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
-    std::string line_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< with its end; kept for its memory
 };
 
 } // namespace Log

@@ -17,6 +17,10 @@ void FileOptions::read(const AppenderSettings& settings) {
         rules.permissions = readFileMode(mode);
     }
     recovery = settings.getPeriod(AppenderSetting::RECOVERY);
+    std::string flush;
+    if (settings.get(AppenderSetting::FLUSH, flush)) {
+        writesBatches = flush == "batch";
+    }
 }
 
 } // namespace Log

@@ -13,6 +13,7 @@ struct FileOptions {
     bool escape = false;            ///< whether each message is kept on one line
     Platform::FileRules rules;      ///< how files are found and made
     Util::TimeUtils::Time recovery; ///< how often `FileAppender` looks after its live file; 0 for never
+    bool writesBatches = false;     ///< whether the lines of a round of the consumer are one write
 
     /// Takes the settings that are present; a `fileMode` that is no mode counts as absent.
     /// \throw LogException if the count of `recovery` is no number

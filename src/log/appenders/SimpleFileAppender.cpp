@@ -4,7 +4,6 @@
 #include "log/layout/LineEscaping.h"
 #include "log/message/MessageFields.h"
 #include "platform/Files.h"
-#include "platform/OutputFile.h"
 
 namespace ZAV {
 namespace Log {
@@ -12,21 +11,42 @@ namespace Log {
 SimpleFileAppender::SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
                                        const std::string& dir, const std::string& file,
                                        const FileOptions& options)
-    : Appender(name, synchronous, filters), givenPath_(dir + "/" + file),
+    : BatchAppender(name, synchronous, filters, options.writesBatches), givenPath_(dir + "/" + file),
       path_(Platform::absolutePath(dir) + "/" + file), options_(options) {}
 
-/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
-/// forks can wait until no line is half written.
-void SimpleFileAppender::doOutput(const LogMessage& message) {
-    const Platform::ScopedLock lock(criticalSection_);
+/// One that leaves amid a round has lines left.
+SimpleFileAppender::~SimpleFileAppender() {
+    endRound();
+}
+
+void SimpleFileAppender::outputLine(const LogMessage& message) {
+    if (keepsLines()) {
+        render(message);
+        keepLine();
+        return;
+    }
     Platform::OutputFile file;
+    open(file);
+    render(message);
+    file.write(line());
+}
+
+void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written) {
+    Platform::OutputFile file;
+    open(file);
+    file.write(text);
+    written = text.size();
+}
+
+void SimpleFileAppender::open(Platform::OutputFile& file) const {
     file.open(path_, Platform::OutputFile::APPEND, options_.rules);
     if (file.hasFailed()) {
         throw LogException("Failed to open file " + givenPath_ + ". Are you sure that the directory exists?");
     }
-    std::string line;
-    appendWholeLine(line, message, appendLogLineWithProcess, options_.escape);
-    file.write(line);
+}
+
+void SimpleFileAppender::render(const LogMessage& message) {
+    appendWholeLine(beginLine(), message, appendLogLineWithProcess, options_.escape);
 }
 
 } // namespace Log

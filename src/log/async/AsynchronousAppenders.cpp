@@ -1,6 +1,7 @@
 #include "log/async/AsynchronousAppenders.h"
 
-#include "log/Appender.h"
+#include "log/LogException.h"
+#include "log/commands/FailureReport.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
@@ -19,9 +20,10 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// The message object is filled for each appender again: an appender is given the whole batch before the next
-/// one is, and all messages at once would take several times the memory.
-void give(Appender& appender, const MessageFields& fields) noexcept {
+/// Does something with the message object. It is filled for each appender again: an appender is given the
+/// whole batch before the next one is, and all messages at once would take several times the memory.
+template <typename Use>
+void withMessage(const MessageFields& fields, Use use) noexcept {
     ReusedMessage message(fields);
     try {
         message.get();
@@ -32,7 +34,7 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
     // A listener that was just told of a failed write may throw, and so may a filter. That must not end the
     // thread, and with it the log, but is shown as if it had.
     try {
-        appender.output(message.get());
+        use(message.get());
     } catch (const std::exception& exception) {
         Util::writeErrorLine(UNCAUGHT_IN_CONSUMER, exception.what());
     } catch (...) {
@@ -40,7 +42,40 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
     }
 }
 
+void give(Appender& appender, const MessageFields& fields) noexcept {
+    withMessage(fields, [&appender](const LogMessage& message) { appender.output(message); });
+}
+
+/// Reports a message as `Appender::output` does.
+void report(const MessageFields& fields, const std::exception_ptr& reason) noexcept {
+    withMessage(fields, [&reason](const LogMessage& message) {
+        try {
+            std::rethrow_exception(reason);
+        } catch (const LogException& exception) {
+            FailureReport::deliverFor(message, exception.what());
+        } catch (const std::exception&) {
+            FailureReport::deliverFor(message, nullptr);
+        }
+    });
+}
+
+/// The bound of reports in answer to others holds for each message that answers none.
+ReportAnswer answerOf(const PackedMessage::Unpacked& message, ThreadRecord& thread) noexcept {
+    if (message.answeredReports == 0) {
+        thread.nestedReports = 0;
+    }
+    return ReportAnswer(thread, message.answeredReports);
+}
+
+BatchAppender* batchAppenderIn(Appender* appender) {
+    auto* const batching = dynamic_cast<BatchAppender*>(appender);
+    return batching != nullptr && batching->writesBatches() ? batching : nullptr;
+}
+
 } // namespace
+
+AsynchronousAppenders::Entry::Entry(Appender* added, IsListed asked)
+    : appender(added), isListed(asked), batching(batchAppenderIn(added)) {}
 
 void AsynchronousAppenders::add(Appender* appender, IsListed isListed) {
     std::list<Entry> added;
@@ -82,28 +117,89 @@ bool AsynchronousAppenders::deliver(MessageBatch& batch) noexcept {
     isAbandoned_ = false;
     dropRemoved();
     for (auto entry = asynchronousAppenders_.begin(); entry != asynchronousAppenders_.end(); ++entry) {
-        deliverTo(*entry, batch, std::next(entry) == asynchronousAppenders_.end());
+        const bool isLast = std::next(entry) == asynchronousAppenders_.end();
+        if (entry->batching != nullptr) {
+            deliverTogether(*entry, batch, isLast);
+        } else {
+            deliverTo(*entry, batch, isLast);
+        }
     }
     return !asynchronousAppenders_.empty();
 }
 
-/// The bound of reports in answer to others holds for each message that answers none.
 void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
     ThreadRecord& thread = threadRecord();
     for (batch.rewind(); !isAbandoned_ && batch.hasNext();) {
-        const PackedMessage::Unpacked message = batch.next();
-        if (message.answeredReports == 0) {
-            thread.nestedReports = 0;
-        }
-        const ReportAnswer answer(thread, message.answeredReports);
-        if (Appender* const appender = entry.appenderOf(message.fields)) {
-            give(*appender, message.fields);
-        }
+        giveTo(entry, batch.next(), thread);
         if (isLast) {
             batch.setGiven();
         }
-        progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        countProgress();
     }
+}
+
+/// The messages count as given once their lines are written. A failure is reported before the next message is
+/// given, so that all reports come in the order of their messages.
+void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
+    if (BatchAppender* const appender = entry.batchAppender()) {
+        appender->beginRound();
+    }
+    ThreadRecord& thread = threadRecord();
+    for (batch.rewind(); !isAbandoned_ && batch.hasNext();) {
+        const PackedMessage::Unpacked message = batch.next();
+        if (BatchAppender* const appender = entry.batchAppender()) {
+            appender->expect(message.number);
+        }
+        giveTo(entry, message, thread);
+        reportFailed(entry, batch, isLast);
+        countProgress();
+    }
+    BatchAppender* const appender = entry.batchAppender();
+    if (!isAbandoned_ && appender != nullptr) {
+        appender->endRound();
+        countProgress();
+        reportFailed(entry, batch, isLast);
+    }
+    if (isLast) {
+        batch.setGivenTo(batch.nextNumber() - 1);
+    }
+}
+
+/// The batch is read again up to where it has been read: reports are rare, and to keep what they show would
+/// cost each message.
+void AsynchronousAppenders::reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
+    BatchAppender* const appender = isAbandoned_ ? nullptr : entry.batchAppender();
+    if (appender == nullptr || !appender->hasFailed()) {
+        return;
+    }
+    const BatchAppender::Failed failed = appender->takeFailed();
+    const std::uint64_t end = batch.nextNumber();
+    ThreadRecord& thread = threadRecord();
+    auto line = failed.lines.begin();
+    for (batch.rewind(); !isAbandoned_ && batch.nextNumber() != end;) {
+        const PackedMessage::Unpacked message = batch.next();
+        if (line == failed.lines.end() || line->number != message.number) {
+            continue;
+        }
+        ++line;
+        if (isLast) {
+            batch.setGivenTo(message.number - 1);
+        }
+        const ReportAnswer answer = answerOf(message, thread);
+        report(message.fields, failed.reason);
+    }
+}
+
+void AsynchronousAppenders::giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
+                                   ThreadRecord& thread) noexcept {
+    const ReportAnswer answer = answerOf(message, thread);
+    if (Appender* const appender = entry.appenderOf(message.fields)) {
+        give(*appender, message.fields);
+    }
+}
+
+void AsynchronousAppenders::countProgress() noexcept {
+    progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
 /// \return null if the appender was removed, or is not meant to get the message
@@ -111,6 +207,11 @@ Appender* AsynchronousAppenders::Entry::appenderOf(const MessageFields& message)
     Appender* const listed = appender.load(std::memory_order_acquire);
     const bool getsAll = isListed == nullptr || message.logger == nullptr;
     return listed == nullptr || getsAll || isListed(*message.logger, listed) ? listed : nullptr;
+}
+
+/// \return null if the appender was removed
+BatchAppender* AsynchronousAppenders::Entry::batchAppender() const noexcept {
+    return appender.load(std::memory_order_acquire) != nullptr ? batching : nullptr;
 }
 
 void AsynchronousAppenders::endDeliveryInChild() noexcept {

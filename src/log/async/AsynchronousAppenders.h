@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log/async/BatchAppender.h"
 #include "log/async/MessageBatch.h"
 #include "platform/CriticalSection.h"
 
@@ -10,7 +11,7 @@
 namespace ZAV {
 namespace Log {
 
-class Appender;
+struct ThreadRecord;
 
 /// What a line begins with that shows an exception which nobody in the consumer's thread has caught.
 constexpr char UNCAUGHT_IN_CONSUMER[] = "IceUtil::Thread::run(): uncaught exception: ";
@@ -46,15 +47,23 @@ public:
 
 private:
     struct Entry {
-        Entry(Appender* added, IsListed asked) : appender(added), isListed(asked) {}
+        Entry(Appender* added, IsListed asked);
         Appender* appenderOf(const MessageFields& message) const noexcept;
+        BatchAppender* batchAppender() const noexcept;
 
         std::atomic<Appender*> appender; ///< null once it was removed
         const IsListed isListed;
+        BatchAppender* const batching; ///< the same, if it is to be told of rounds; else null
     };
 
     void deliverTo(const Entry& entry, MessageBatch& batch, bool isLast) noexcept
         ZAV_LOG_REQUIRES(appendersLock_);
+    void deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast) noexcept
+        ZAV_LOG_REQUIRES(appendersLock_);
+    void reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept;
+    static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
+                       ThreadRecord& thread) noexcept;
+    void countProgress() noexcept;
     void dropRemoved() ZAV_LOG_REQUIRES(appendersLock_);
 
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery

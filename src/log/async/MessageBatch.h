@@ -21,10 +21,18 @@ public:
         given_.store(given_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
 
+    /// Says that all appenders have got the messages up to that number.
+    void setGivenTo(std::uint64_t number) noexcept {
+        given_.store(number + 1 - first_, std::memory_order_relaxed);
+    }
+
     /// Begins to read anew.
     void rewind() noexcept;
 
     bool hasNext() const noexcept { return number_ <= last_; }
+
+    /// \return the number of the next message
+    std::uint64_t nextNumber() const noexcept { return number_; }
 
     /// \return the next message, whose texts lie in the batch
     PackedMessage::Unpacked next() noexcept;

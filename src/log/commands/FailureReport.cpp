@@ -1,7 +1,9 @@
 #include "log/commands/FailureReport.h"
 
+#include "log/LogLine.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/CommandNames.h"
+#include "log/message/FailureCount.h"
 #include "log/reentrancy/ReportAnswer.h"
 
 namespace ZAV {
@@ -29,6 +31,14 @@ void deliver(const std::string& text) {
         const ReportAnswer answer(thread, thread.answeredReports + 1);
         CommandBus::instance().deliver(CommandName::FAILURE_REPORT, text);
     }
+}
+
+void deliverFor(const LogMessage& message, const char* reason) {
+    FailureCount::add();
+    const std::string problem = reason != nullptr
+                                    ? std::string("LogException from doOutput(msg).\nException = ") + reason
+                                    : std::string("Unknown exception from doOutput(msg).");
+    deliver(problem + "\nMsg = " + formatLogLine(message));
 }
 
 } // namespace FailureReport

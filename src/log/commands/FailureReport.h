@@ -5,6 +5,8 @@
 namespace ZAV {
 namespace Log {
 
+class LogMessage;
+
 /// The report of a message that an appender could not write.
 namespace FailureReport {
 
@@ -15,6 +17,11 @@ namespace FailureReport {
 /// one call of the application or for one message of the queue; the rest are dropped.
 /// \throw whatever a listener throws
 void deliver(const std::string& text);
+
+/// Counts a message that could not be written, and delivers its report.
+/// \param reason the text of the `LogException` that said so; null if it was another exception
+/// \throw whatever a listener throws
+void deliverFor(const LogMessage& message, const char* reason);
 
 } // namespace FailureReport
 } // namespace Log

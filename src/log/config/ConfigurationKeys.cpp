@@ -70,6 +70,10 @@ const ConfigurationKey OUTPUT_KEYS[] = {
     {KeySection::APPENDER, AppenderSetting::FOLLOW_LINKS, READ_BY_FILE_APPENDERS, ValueForm::BOOLEAN, nullptr,
      "`true` or `false`", "`true`",
      "whether a symbolic link in the place of the file is followed, or an error"},
+    {KeySection::APPENDER, AppenderSetting::FLUSH, READ_BY_FILE_APPENDERS, ValueForm::FLUSH_RULE, nullptr,
+     "`line` or `batch`", "`line`",
+     "whether an asynchronous appender makes one write for each line, or one for all lines of a round, see "
+     "[One write for many lines](#one-write-for-many-lines)"},
 };
 
 const ConfigurationKey DISPATCHER_KEYS[] = {

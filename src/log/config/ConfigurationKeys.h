@@ -34,6 +34,7 @@ enum class ValueForm {
     BOOLEAN,          ///< `readBoolean`; anything else counts as the default
     STREAM,           ///< `cout`, `cerr` or `clog`; anything else counts as the first
     OVERFLOW_RULE,    ///< `discard` or `block`; anything else counts as the first
+    FLUSH_RULE,       ///< `line` or `batch`; anything else counts as the first
     PERIOD,           ///< `readPeriod`; a bad count is an error
     WHOLE_NUMBER,     ///< `Util::toInteger`; anything else is reported and left out
     LEADING_UNSIGNED, ///< `readLeadingUnsigned`

@@ -38,6 +38,7 @@ constexpr char FILE_MAX_LIFETIME_UNIT[] = "fileMaxLifetimeUnit";
 constexpr char FILE_MODE[] = "fileMode";
 constexpr char FOLLOW_LINKS[] = "followLinks";
 constexpr char RECOVERY[] = "recovery";
+constexpr char FLUSH[] = "flush";
 } // namespace AppenderSetting
 
 /// The options of the asynchronous dispatcher: "zav.log.AsynchronousDispatcher.<option>".

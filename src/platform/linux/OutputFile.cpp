@@ -164,12 +164,14 @@ void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules
     failed_ = !isOpen();
 }
 
-void OutputFile::write(const std::string& text) noexcept {
+std::size_t OutputFile::write(std::string_view text) noexcept {
     std::optional<BrokenPipeGuard> guard;
     if (isPipe_) {
         guard.emplace(descriptor_);
     }
-    failed_ = !writeAll(descriptor_, text.data(), text.size()) || failed_;
+    const std::size_t taken = writeAll(descriptor_, text.data(), text.size());
+    failed_ = taken != text.size() || failed_;
+    return taken;
 }
 
 void OutputFile::close() noexcept {

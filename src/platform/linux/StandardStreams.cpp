@@ -56,7 +56,7 @@ private:
 /// Writes past the buffer; what the application has left in there goes first.
 bool writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
     const HeldFile held(target.file);
-    return buffer.pubsync() == 0 && writeAll(target.descriptor, text.data(), text.size());
+    return buffer.pubsync() == 0 && writeAll(target.descriptor, text.data(), text.size()) == text.size();
 }
 
 } // namespace

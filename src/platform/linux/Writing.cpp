@@ -37,19 +37,19 @@ bool isPending(int signal) {
 
 } // namespace
 
-bool writeAll(int descriptor, const char* text, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = writeUncancelled(descriptor, text, size);
+std::size_t writeAll(int descriptor, const char* text, std::size_t size) {
+    std::size_t taken = 0;
+    while (taken < size) {
+        const ssize_t written = writeUncancelled(descriptor, text + taken, size - taken);
         if (written < 0 && errno == EINTR) {
             continue;
         }
         if (written <= 0) {
-            return false;
+            break;
         }
-        text += written;
-        size -= static_cast<std::size_t>(written);
+        taken += static_cast<std::size_t>(written);
     }
-    return true;
+    return taken;
 }
 
 BrokenPipeGuard::BrokenPipeGuard(int descriptor) noexcept : error_(errno), mayBreak_(!hasPlace(descriptor)) {

@@ -8,8 +8,8 @@ namespace ZAV {
 namespace Platform {
 
 /// Writes all of a text, in one piece if the system takes it so. The thread is not cancelled meanwhile.
-/// \return false if the system did not take the whole text
-bool writeAll(int descriptor, const char* text, std::size_t size);
+/// \return how many bytes the system took; fewer than all if it refused the rest
+std::size_t writeAll(int descriptor, const char* text, std::size_t size);
 
 /// While it lives, a pipe or socket whose other end has gone fails the writes of its thread without the
 /// signal (SIGPIPE) that would end the process. What the process does about that signal is not touched, and

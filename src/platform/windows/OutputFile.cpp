@@ -65,9 +65,12 @@ void OutputFile::open(const std::string& path, Mode mode, const FileRules&) noex
     failed_ = !isOpen();
 }
 
-void OutputFile::write(const std::string& text) noexcept {
+/// The runtime counts the line feeds that it was given, not the line ends that it made of them.
+std::size_t OutputFile::write(std::string_view text) noexcept {
     const int written = _write(descriptor_, text.data(), static_cast<unsigned>(text.size()));
-    failed_ = written < 0 || static_cast<std::size_t>(written) != text.size() || failed_;
+    const std::size_t taken = written < 0 ? 0 : static_cast<std::size_t>(written);
+    failed_ = taken != text.size() || failed_;
+    return taken;
 }
 
 void OutputFile::close() noexcept {

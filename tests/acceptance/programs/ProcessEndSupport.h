@@ -25,6 +25,10 @@ inline bool initForEnd(const std::string& directory, const std::string& waitingP
     properties["appender.queued.asynchronous"] = "true";
     properties["appender.queued.dir"] = directory;
     properties["appender.queued.level"] = "TRACE";
+    properties["appender.together"] = "FileAppender";
+    properties["appender.together.asynchronous"] = "true";
+    properties["appender.together.flush"] = "batch";
+    properties["appender.together.dir"] = directory;
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
     properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = waitingPeriod;
     return Log::LogManager::init(properties);

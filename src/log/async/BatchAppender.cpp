@@ -1,0 +1,107 @@
+#include "log/async/BatchAppender.h"
+
+#include "log/LogException.h"
+#include "platform/Fork.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+namespace {
+
+/// Bytes of a line that room is kept for between two that are written by themselves.
+constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
+
+} // namespace
+
+BatchAppender::BatchAppender(const std::string& name, bool synchronous, const Filters& filters,
+                             bool writesBatches)
+    : Appender(name, synchronous, filters), writesBatches_(writesBatches && !synchronous) {}
+
+void BatchAppender::beginRound() noexcept {
+    const ScopedLock lock(criticalSection_);
+    lines_.clear();
+    failure_ = nullptr;
+    hasFailed_ = false;
+    isInRound_ = true;
+    roundGeneration_ = Platform::forkGeneration();
+}
+
+void BatchAppender::endRound() noexcept {
+    const ScopedLock lock(criticalSection_);
+    writeKept();
+    isInRound_ = false;
+}
+
+BatchAppender::Failed BatchAppender::takeFailed() noexcept {
+    const ScopedLock lock(criticalSection_);
+    hasFailed_ = false;
+    Failed failed{std::move(lines_), std::move(failure_)};
+    lines_.clear();
+    return failed;
+}
+
+/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
+/// forks can wait until no line is half written.
+void BatchAppender::doOutput(const LogMessage& message) {
+    const ScopedLock lock(criticalSection_);
+    try {
+        outputLine(message);
+    } catch (const LogException&) {
+        writeKept();
+        if (!hasFailed()) {
+            throw;
+        }
+        lines_.push_back({number_, 0}); // behind those that are still to be reported
+    }
+}
+
+bool BatchAppender::keepsLines() const noexcept {
+    return isInRound_ && roundGeneration_ == Platform::forkGeneration();
+}
+
+/// A line that was given up is still there.
+std::string& BatchAppender::beginLine() {
+    const std::size_t usual = keepsLines() ? 2 * LARGEST_BATCH : LARGEST_KEPT_LINE;
+    if (lines_.empty() && text_.capacity() > usual) {
+        text_ = std::string();
+    }
+    text_.resize(keptSize());
+    return text_;
+}
+
+void BatchAppender::keepLine() {
+    lines_.push_back({number_, text_.size()});
+    if (text_.size() >= LARGEST_BATCH) {
+        writeKept();
+    }
+}
+
+/// A line of which only a part was written is not in the file.
+void BatchAppender::writeKept() noexcept {
+    const std::size_t size = keptSize();
+    if (size == 0 || !keepsLines()) {
+        return;
+    }
+    std::size_t written = 0;
+    try {
+        writeLines(std::string_view(text_).substr(0, size), written);
+        written = size;
+    } catch (const std::exception&) {
+        failure_ = std::current_exception();
+    }
+    text_.erase(0, size);
+    lines_.erase(lines_.begin(), std::find_if(lines_.begin(), lines_.end(),
+                                              [written](const Line& line) { return line.end > written; }));
+    for (Line& line : lines_) {
+        line.end = 0; // its text is gone
+    }
+    hasFailed_ = !lines_.empty();
+}
+
+} // namespace Log
+} // namespace ZAV
