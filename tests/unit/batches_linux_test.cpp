@@ -208,13 +208,25 @@ TEST_F(Batches, RotateWhereLinesByThemselvesDo) {
         round(numbered(20));
         round(ages);
     });
+    const Outcome moved = expectSame([&](bool batch) {
+        filter_->tell = [this](const std::string& text) {
+            if (text == "moved") {
+                std::filesystem::rename(directory_ / "f0", directory_ / "g");
+                setClock(Time::now() + Time(31, SEC));
+            }
+        };
+        makeRotating(batch, {1000, Time(30, SEC), "."});
+        round({"a"});
+        round({"b", "moved", "c"});
+    });
+    EXPECT_THAT(textsIn(moved.files.at("g")), ElementsAre("a", "b"));
 }
 
 /// Wherever the disk ends: amid a line, at its end, before a rotation, or in a later round.
 TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
-    for (rlim_t limit = 0; limit < 1500; limit += 13) {
+    for (rlim_t limit = 0; limit < 300; limit += 3) {
         const Outcome outcome = expectSame([&](bool batch) {
-            makeRotating(batch, {700, Time(30, SEC), "."});
+            makeRotating(batch, {250, Time(30, SEC), "."});
             limitFileSize(limit);
             round(numbered(8));
             round({"again", "and-again"});
@@ -224,14 +236,20 @@ TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
         });
         Texts all = numbered(8);
         all.insert(all.end(), {"again", "and-again", "later"});
-        Texts found = textsIn(outcome.files.count("f1") != 0 ? outcome.files.at("f1") : std::string());
-        const Texts newer = textsIn(outcome.files.at("f0"));
-        found.insert(found.end(), newer.begin(), newer.end());
+        Texts found;
+        for (const auto& [name, content] : outcome.files) {
+            const Texts texts = textsIn(content);
+            found.insert(found.end(), texts.begin(), texts.end());
+        }
         const Texts reported = textsOf(outcome.reports);
+        const std::string cut = outcome.files.rbegin()->second.substr(0, limit); // the oldest file
+        const bool isCut = !cut.empty() && cut.back() != '\n';
+        // Only its end was missing, which the recovery has added.
+        const std::string ended = isCut ? lastWordsIn(cut).back() : std::string();
         for (const std::string& text : all) {
             EXPECT_EQ(std::count(found.begin(), found.end(), text) +
                           std::count(reported.begin(), reported.end(), text),
-                      1)
+                      text == ended ? 2 : 1)
                 << text << ' ' << limit;
         }
     }
@@ -289,7 +307,8 @@ TEST_F(Batches, MayLoseTheirAppenderInAReport) {
 }
 
 TEST_F(Batches, AreWrittenByTheProcessThatForksAmidThem) {
-    for (const bool simple : {false, true}) {
+    for (const auto& [simple, childLogs] :
+         {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
         simple ? makeSimple(true) : makeRotating(true, {});
         pid_t child = -1;
         filter_->tell = [&](const std::string& text) {
@@ -304,13 +323,17 @@ TEST_F(Batches, AreWrittenByTheProcessThatForksAmidThem) {
         round(numbered(5));
         if (child == 0) {
             queue_.renewInChild();
-            round({"child"});
+            if (childLogs) {
+                round({"child"});
+            }
             appender_.reset();
             _exit(0);
         }
         ASSERT_EQ(waitpid(child, nullptr, 0), child);
         Texts expected = numbered(5);
-        expected.emplace_back("child");
+        if (childLogs) {
+            expected.emplace_back("child");
+        }
         EXPECT_THAT(textsIn(readFile(directory_ / (simple ? "f" : "f0"))),
                     UnorderedElementsAreArray(expected));
         end();
