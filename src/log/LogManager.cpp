@@ -52,9 +52,8 @@ bool init(const std::string& fileName) {
 void finish() {
     const Platform::NoCancellation noCancellation; // it must not be left half done
     CommandBus::instance().clearCommandListeners();
-    AsynchronousDispatcher::instance().stop();
+    AsynchronousDispatcher::instance().finishConfigured();
     AppenderRegistry::instance().destroyAppenders();
-    AsynchronousDispatcher::instance().resume();
     initialised = false;
 }
 

@@ -80,43 +80,59 @@ AsynchronousAppenders::Entry::Entry(Appender* added, IsListed asked)
 void AsynchronousAppenders::add(Appender* appender, IsListed isListed) {
     std::list<Entry> added;
     added.emplace_back(appender, isListed);
-    const ScopedLock lock(appendersLock_);
     const ScopedLock listLock(listLock_);
-    asynchronousAppenders_.splice(asynchronousAppenders_.end(), added);
+    added_.splice(added_.end(), added);
 }
 
 /// A thread that is inside an appender or a listener may hold what a delivery waits for.
-bool AsynchronousAppenders::remove(Appender* appender) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
-    {
-        const ScopedLock listLock(listLock_);
-        for (Entry& entry : asynchronousAppenders_) {
-            Appender* expected = appender;
-            entry.appender.compare_exchange_strong(expected, nullptr);
-        }
-    }
+bool AsynchronousAppenders::remove(Appender* appender) {
+    hasEntry([appender](Entry& entry) {
+        Appender* expected = appender;
+        entry.appender.compare_exchange_strong(expected, nullptr);
+        return false; // all of them
+    });
     if (!LibraryCall::isOpen()) {
         const ScopedLock lock(appendersLock_);
-        dropRemoved();
+        renewList();
     }
     return isEmpty();
 }
 
-void AsynchronousAppenders::dropRemoved() {
+void AsynchronousAppenders::renewList() {
+    std::list<Entry> removed; // freed when the lock is
     const ScopedLock listLock(listLock_);
-    asynchronousAppenders_.remove_if([](const Entry& entry) { return entry.appender == nullptr; });
+    asynchronousAppenders_.splice(asynchronousAppenders_.end(), added_);
+    for (auto entry = asynchronousAppenders_.begin(); entry != asynchronousAppenders_.end();) {
+        const auto next = std::next(entry);
+        if (entry->appender == nullptr) {
+            removed.splice(removed.end(), asynchronousAppenders_, entry);
+        }
+        entry = next;
+    }
 }
 
-bool AsynchronousAppenders::isEmpty() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+template <typename Condition>
+bool AsynchronousAppenders::hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     const ScopedLock listLock(listLock_);
-    return std::all_of(asynchronousAppenders_.begin(), asynchronousAppenders_.end(),
-                       [](const Entry& entry) { return entry.appender == nullptr; });
+    return std::any_of(asynchronousAppenders_.begin(), asynchronousAppenders_.end(), condition) ||
+           std::any_of(added_.begin(), added_.end(), condition);
+}
+
+bool AsynchronousAppenders::isEmpty() {
+    return !hasEntry([](const Entry& entry) { return entry.appender != nullptr; });
+}
+
+bool AsynchronousAppenders::hasOwnOfApplication() {
+    return hasEntry(
+        [](const Entry& entry) { return entry.appender != nullptr && entry.isListed != nullptr; });
 }
 
 bool AsynchronousAppenders::deliver(MessageBatch& batch) noexcept {
     const ScopedLock lock(appendersLock_);
     isAbandoned_ = false;
-    dropRemoved();
-    for (auto entry = asynchronousAppenders_.begin(); entry != asynchronousAppenders_.end(); ++entry) {
+    renewList();
+    for (auto entry = asynchronousAppenders_.begin(); !isAbandoned_ && entry != asynchronousAppenders_.end();
+         ++entry) {
         const bool isLast = std::next(entry) == asynchronousAppenders_.end();
         if (entry->batching != nullptr) {
             deliverTogether(*entry, batch, isLast);

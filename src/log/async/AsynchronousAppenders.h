@@ -22,6 +22,7 @@ public:
     /// Asks whether a logger lists an appender.
     using IsListed = bool (*)(const Logger& logger, const Appender* appender);
 
+    /// Never waits for a running delivery, which does not reach the appender.
     /// \param isListed asked for each message whether its logger lists the appender; null if the appender gets
     ///        all messages
     void add(Appender* appender, IsListed isListed);
@@ -32,6 +33,9 @@ public:
     bool remove(Appender* appender);
 
     bool isEmpty();
+
+    /// \return whether there is an appender that gets the messages of the loggers that list it
+    bool hasOwnOfApplication();
 
     /// Gives every message of the batch to the first appender, then to the next, and so on. The caller must
     /// be in a `LibraryCall`. Nothing is thrown: what a command listener throws at a report is
@@ -64,7 +68,9 @@ private:
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
                        ThreadRecord& thread) noexcept;
     void countProgress() noexcept;
-    void dropRemoved() ZAV_LOG_REQUIRES(appendersLock_);
+    void renewList() ZAV_LOG_REQUIRES(appendersLock_);
+    template <typename Condition>
+    bool hasEntry(Condition condition);
 
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery
 
@@ -72,8 +78,9 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Entries come and go under both locks: either one is enough to read the list.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    std::atomic<std::uint64_t> progress_{0}; ///< written by whoever delivers
-    std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not go on
+    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
+    std::atomic<std::uint64_t> progress_{0};               ///< written by whoever delivers
+    std::atomic<bool> isAbandoned_{false};                 ///< in a forked child: the delivery must not go on
 };
 
 } // namespace Log

@@ -10,6 +10,7 @@
 #include "platform/ThreadPriority.h"
 #include "zav-util/StandardError.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace ZAV {
@@ -60,34 +61,57 @@ bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
 void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender,
                                                           AsynchronousAppenders::IsListed isListed) {
     appenders_.add(appender, isListed);
+    if (LibraryCall::isOpen()) { // another thread may be joining the consumer, and waiting for what this one
+                                 // holds
+        change({ABSENT}, WANTED);
+        startIfWanted(false);
+        return;
+    }
     const ScopedLock lock(threadLock_);
-    if (!consumerThread_) {
-        start();
+    try {
+        if (!consumerThread_) {
+            start();
+        }
+    } catch (...) {
+        appenders_.remove(appender); // whom its owner will destroy now
+        throw;
     }
 }
 
 void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) {
     const bool noneLeft = appenders_.remove(appender);
     if (noneLeft && !LibraryCall::isOpen()) {
-        stop();
+        const ScopedLock lock(threadLock_);
+        if (appenders_.isEmpty()) { // and no other thread has just registered one
+            stop();
+        }
     }
 }
 
 /// Those who wait for room or for a flush learn of it.
-void AsynchronousDispatcher::enter(State state) {
-    state_ = state;
-    queue_.setServed(state == RUNNING);
+/// \return false if the state is none of those that it may be left from
+bool AsynchronousDispatcher::change(std::initializer_list<State> from, State to) {
+    const ScopedLock lock(stateLock_);
+    if (std::find(from.begin(), from.end(), state_.load()) == from.end()) {
+        return false;
+    }
+    state_ = to;
+    queue_.setServed(to == RUNNING);
+    return true;
 }
 
+/// Without effect once the process ends.
 void AsynchronousDispatcher::start() {
     Platform::keepLibraryLoaded();
     const Platform::NoSignals noSignals;
     const State before = state_;
-    enter(RUNNING);
+    if (!change({ABSENT, WANTED}, RUNNING)) {
+        return;
+    }
     try {
         consumerThread_ = std::make_unique<Worker>(runConsumer);
     } catch (...) {
-        enter(before);
+        change({RUNNING}, before);
         throw;
     }
 }
@@ -114,24 +138,27 @@ void AsynchronousDispatcher::startIfWanted(bool mayWait) noexcept {
     }
 }
 
+/// An appender that is registered meanwhile, from inside another one, gets a consumer with the next message.
 void AsynchronousDispatcher::stop() {
+    const Platform::NoCancellation noCancellation; // or the thread would be joined by nobody
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
-        enter(ENDING);
+        change({RUNNING}, ENDING);
         consumerThread_->join();
         consumerThread_.reset();
     }
-    enter(ABSENT);
+    change({WANTED, ENDED}, ABSENT);
+    if (appenders_.hasOwnOfApplication()) {
+        change({ABSENT}, WANTED);
+    }
 }
 
-void AsynchronousDispatcher::resume() noexcept {
-    {
-        const ScopedLock lock(threadLock_);
-        if (!consumerThread_ && !appenders_.isEmpty()) {
-            enter(WANTED);
-        }
+void AsynchronousDispatcher::finishConfigured() {
+    if (state_ == RUNNING && appenders_.hasOwnOfApplication()) {
+        queue_.flush(Util::TimeUtils::Time());
+    } else {
+        stop();
     }
-    startIfWanted(true);
 }
 
 // The consumer's thread
@@ -148,9 +175,9 @@ void AsynchronousDispatcher::runConsumer() {
     }
     threadRecord().isConsumer = false;
     if (generation == Platform::forkGeneration()) {
-        dispatcher.enter(ENDING);
+        dispatcher.change({RUNNING}, ENDING);
         { const LibraryCall call; } // writes what was left, since nobody waits for this thread any more
-        dispatcher.enter(ENDED);
+        dispatcher.change({ENDING}, ENDED);
         dispatcher.stateBell_.ring();
     }
 }
@@ -189,8 +216,8 @@ void AsynchronousDispatcher::applyPriority(int& applied) const {
 /// put off.
 void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
     const unsigned generation = Platform::forkGeneration();
+    const LibraryCall call; // what is logged while memory is taken must not wait for a logger either
     queue_.take(batch);
-    const LibraryCall call;
     const bool isDelivered = appenders_.deliver(batch);
     if (generation == Platform::forkGeneration()) {
         queue_.release(batch, isDelivered);
@@ -211,7 +238,7 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     const LibraryCall call;
     CommandBus::instance().forgetListeners();
     Dispatch::showOpen();
-    const bool hasEnded = mayDeliver && endConsumer();
+    const bool hasEnded = endConsumer(mayDeliver);
     if (hasEnded && !appenders_.isEmpty()) {
         MessageBatch batch;
         deliverRound(batch);
@@ -237,13 +264,14 @@ void AsynchronousDispatcher::abandonConsumer() {
     }
 }
 
-/// \return false if the consumer is stuck
-bool AsynchronousDispatcher::endConsumer() {
-    if (state_ == RUNNING) {
-        enter(ENDING);
-    }
-    const auto hasEnded = [this] { return state_ != RUNNING && state_ != ENDING; };
+/// \return false if the consumer is stuck, or was not waited for
+bool AsynchronousDispatcher::endConsumer(bool mayWait) {
+    change({RUNNING}, ENDING);
+    const auto hasEnded = [this] { return change({ABSENT, WANTED, ENDED}, OVER); };
     std::uint64_t progress = 0;
+    if (!mayWait) {
+        return false;
+    }
     do {
         progress = appenders_.progress();
         if (stateBell_.wait(Deadline(LONGEST_STANDSTILL), hasEnded)) {
@@ -265,6 +293,7 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     const ScopedLock lock(threadLock_);
     static_cast<void>(consumerThread_.release());
     state_ = appenders_.isEmpty() ? ABSENT : WANTED;
+    queue_.setServed(false);
 }
 
 } // namespace Log

@@ -5,6 +5,7 @@
 #include "platform/CriticalSection.h"
 
 #include <atomic>
+#include <initializer_list>
 #include <memory>
 
 namespace ZAV {
@@ -47,8 +48,9 @@ public:
     /// Stops the consumer, if it runs, after the round that it is in.
     void stop();
 
-    /// Starts the consumer again if there is an appender for it.
-    void resume() noexcept;
+    /// The same, but for a consumer that appenders of the application need: that one makes a round, and goes
+    /// on.
+    void finishConfigured();
 
 private:
     /// What becomes of the consumer. Only while it is `RUNNING`, others wait for it.
@@ -57,12 +59,13 @@ private:
         WANTED,  ///< the next message starts it, as in a forked child whose parent had one
         RUNNING, ///< it waits or delivers
         ENDING,  ///< it makes its last round
-        ENDED    ///< its thread is over, and is still to be joined
+        ENDED,   ///< its thread is over, and is still to be joined
+        OVER     ///< the process ends, and there is no other consumer
     };
 
     AsynchronousDispatcher();
 
-    void enter(State state);
+    bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);
     void start() ZAV_LOG_REQUIRES(threadLock_);
     void startIfWanted(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
 
@@ -71,15 +74,16 @@ private:
     void applyPriority(int& applied) const;
     void deliverRound(MessageBatch& batch);
 
-    bool endConsumer();
+    bool endConsumer(bool mayWait);
     void abandonConsumer();
     void endWithProcess() noexcept;
     void beginInChild() noexcept;
 
     MessageQueue queue_;
     AsynchronousAppenders appenders_;
-    std::atomic<State> state_{ABSENT};
-    Bell stateBell_; ///< rung when the consumer has ended
+    Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
+    std::atomic<State> state_{ABSENT};                               ///< read without it
+    Bell stateBell_;                                                 ///< rung when the consumer has ended
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);

@@ -59,11 +59,12 @@ void DiscardedLines::write() {
     }
     Line line{};
     while (takeNext(line)) {
+        bell_.ring(); // there is room again
         depth = line.depth + 1;
         showLine(line.text, line.reason);
         depth = 0;
-        bell_.ring();
     }
+    bell_.ring();
 }
 
 /// \return false if another thread writes

@@ -63,6 +63,11 @@ void MessageQueue::use(const DispatcherSettings& settings) {
 // The logging call's side
 
 void MessageQueue::append(const MessageFields& message, bool mayWait) {
+    if (maxQueueSize_.load(std::memory_order_relaxed) <= 1 &&
+        store_.discard(message, lines_, SHOWN_WHEN_DISCARDED)) {
+        lines_.write();
+        return;
+    }
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
     hasAppended(waits ? appendWithRoom(message) : store_.append(message));
 }
@@ -104,6 +109,9 @@ void MessageQueue::hasAppended(std::uint64_t number) {
 
 /// Nothing is discarded if the consumer has come meanwhile.
 void MessageQueue::discardOldest() {
+    if (store_.size() < maxQueueSize_) {
+        return;
+    }
     lines_.waitForRoom();
     while (store_.discardOldest(maxQueueSize_, lines_, SHOWN_WHEN_DISCARDED) == MessageStore::NOT_YET_HERE) {
         std::this_thread::yield();
@@ -243,6 +251,7 @@ void MessageQueue::renewInChild() noexcept {
     isServed_ = false;
     isAwaited_ = false;
     isOnCall_ = false;
+    isClosed_ = false;
 }
 
 } // namespace Log

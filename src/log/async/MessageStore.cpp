@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -46,22 +47,22 @@ std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
     return 0;
 }
 
-namespace {
+/// The slot is made with the store, so that no thread makes it while another one forks.
+MessageStore::MessageStore() {
+    slotOfThread();
+}
 
 /// Has a thread that ends give its ring up. Never destroyed, since threads may still log while the process
 /// ends.
-Platform::ThreadSlot& storeOfThread(void (*end)(void* store)) {
-    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(end);
+Platform::ThreadSlot& MessageStore::slotOfThread() {
+    static Platform::ThreadSlot& slot =
+        *new Platform::ThreadSlot([](void* store) { static_cast<MessageStore*>(store)->endRing(); });
     return slot;
 }
 
-} // namespace
-
 /// \return false if the thread gets none: it is ending, and would leave the ring behind
 bool MessageStore::addRing(ThreadRecord& thread) {
-    Platform::ThreadSlot& slot =
-        storeOfThread([](void* store) { static_cast<MessageStore*>(store)->endRing(); });
-    if (thread.hasEndedRing || !slot.set(this)) {
+    if (thread.hasEndedRing || !slotOfThread().set(this)) {
         return false;
     }
     auto ring = std::make_unique<Ring>(pool_);
@@ -116,20 +117,38 @@ LogStatistics MessageStore::statistics() const noexcept {
 MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLines& lines,
                                                 const char* reason) noexcept {
     const ScopedLock lock(storeLock_);
-    if (size() < least) {
+    if (size() == 0 || size() < least || isRendering_) {
         return NOTHING;
     }
     Ring* const ring = ringWithOldest();
     if (ring == nullptr) {
         return NOT_YET_HERE;
     }
+    isRendering_ = true; // taking memory may run a function of the application, which may log
     lines.add(shownLine(reason, ring->front().next().fields), reason);
+    isRendering_ = false;
+    countDiscarded();
+    return TAKEN;
+}
+
+void MessageStore::countDiscarded() noexcept {
     ++lastTaken_;
     ++discardedCount_;
     if (delivered_ == nullptr) {
         lastDone_.store(lastTaken_);
     }
-    return TAKEN;
+}
+
+bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    std::uint64_t last = lastTaken_;
+    if (isClosed_ || !lastNumber_.compare_exchange_strong(last, last + 1)) {
+        return false;
+    }
+    lines.add(std::move(line), reason);
+    countDiscarded();
+    return true;
 }
 
 /// \return null if the oldest message is not published yet
@@ -147,7 +166,8 @@ void MessageStore::take(MessageBatch& batch) {
     const ScopedLock lock(storeLock_);
     batch.streams_.reserve(rings_.size());
     batch.begin(lastTaken_ + 1, isClosed_ ? lastTaken_ : lastNumber_);
-    if (batch.size() == 0) {
+    if (batch.size() == 0 || delivered_ != nullptr) {
+        batch.begin(1, 0); // another thread is still delivering one
         return;
     }
     for (const std::unique_ptr<Ring>& ring : rings_) {
@@ -207,6 +227,8 @@ void MessageStore::renewInChild() noexcept {
     lastTaken_.store(lastNumber_);
     lastDone_.store(lastNumber_);
     delivered_ = nullptr;
+    isRendering_ = false;
+    isClosed_ = false;
 }
 
 } // namespace Log

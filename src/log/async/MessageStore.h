@@ -3,6 +3,7 @@
 #include "log/LogStatistics.h"
 #include "log/async/MessageBatch.h"
 #include "platform/CriticalSection.h"
+#include "platform/ThreadSlot.h"
 
 #include <atomic>
 #include <cstdint>
@@ -24,6 +25,8 @@ struct ThreadRecord;
 /// process ends. All operations may be called from any thread.
 class MessageStore {
 public:
+    MessageStore();
+
     static constexpr std::uint64_t NO_LIMIT = std::numeric_limits<std::uint64_t>::max();
 
     // The logging call's side
@@ -43,7 +46,8 @@ public:
 
     /// \return how many messages wait, that one being the last
     std::uint64_t sizeUpTo(std::uint64_t number) const noexcept {
-        return number - lastTaken_.load(std::memory_order_relaxed);
+        const std::uint64_t taken = lastTaken_.load(std::memory_order_relaxed);
+        return number > taken ? number - taken : 0;
     }
 
     /// \return the numbers of the queue; `failed` is not counted here
@@ -60,6 +64,11 @@ public:
     /// Takes the oldest message out if at least so many wait, and leaves the line that shows it to others.
     /// \param reason what the line begins with
     Taken discardOldest(std::uint64_t least, DiscardedLines& lines, const char* reason) noexcept;
+
+    /// Appends a message and takes it out at once, so that no batch holds it, if no other waits. It counts as
+    /// discarded.
+    /// \return false if others wait, and it was not appended
+    bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason);
 
     /// Takes out all that is there; it counts as waiting until `release`.
     /// \throw std::bad_alloc; nothing was taken then
@@ -85,10 +94,12 @@ private:
     std::uint64_t takeNumber(std::uint64_t limit) noexcept;
     std::uint64_t append(Ring& ring, const MessageFields& message, std::uint64_t limit);
     std::uint64_t appendToSharedRing(const MessageFields& message, std::uint64_t limit);
+    static Platform::ThreadSlot& slotOfThread();
     bool addRing(ThreadRecord& thread);
     void endRing() noexcept;
     void removeEndedRings() noexcept ZAV_LOG_REQUIRES(storeLock_);
     Ring* ringWithOldest() noexcept ZAV_LOG_REQUIRES(storeLock_);
+    void countDiscarded() noexcept ZAV_LOG_REQUIRES(storeLock_);
 
     // All but the first number change under the lock.
     Number lastNumber_{0};
@@ -104,6 +115,7 @@ private:
     /// One of them, for threads that get none of their own.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< not given back yet
+    bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false; ///< a discarded message, which may take memory
     bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;
 };
 

@@ -81,8 +81,10 @@ PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, s
 void Ring::addBlock(std::size_t neededBytes) {
     MessageBlock* const block = pool_.take(std::max(neededBytes, nextCapacity_));
     nextCapacity_ = std::min(nextCapacity_ * GROWTH, BlockPool::USUAL_CAPACITY);
-    lastBlock_.load(std::memory_order_relaxed)->next.store(block, std::memory_order_release);
+    MessageBlock* const filled = lastBlock_.load(std::memory_order_relaxed);
     lastBlock_.store(block, std::memory_order_release);
+    filled->next.store(block,
+                       std::memory_order_release); // whoever passes the old block finds it last no more
     used_ = 0;
     last_ = SharedFields();
 }
