@@ -84,7 +84,8 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
 /// A consumer on call looks for new numbers after it has said that it sleeps, and a call looks whether it
 /// sleeps after it has taken a number: one of the two sees the other.
 void MessageQueue::hasAppended(std::uint64_t number) {
-    const std::uint64_t size = number - lastTaken_.load(std::memory_order_relaxed);
+    const std::uint64_t taken = lastTaken_.load(std::memory_order_relaxed);
+    const std::uint64_t size = number > taken ? number - taken : 0; // the consumer may be beyond it by now
     const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
     if (size == limit / 2 || isOnCall_) {
         wake();
@@ -115,7 +116,9 @@ std::uint64_t MessageQueue::takeNumberWithRoom() {
 
 /// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
 bool MessageQueue::isFullBehind(std::uint64_t number) const noexcept {
-    return maxQueueSize_ > 1 && number + 1 - lastTaken_ >= maxQueueSize_;
+    const std::uint64_t limit = maxQueueSize_;
+    const std::uint64_t taken = lastTaken_; // the consumer may be beyond the number by now
+    return limit > 1 && number >= taken && number + 1 - taken >= limit;
 }
 
 /// The oldest message may be on its way still: its thread has taken the number and waits for nothing before
@@ -124,7 +127,8 @@ void MessageQueue::discardOldest() {
     lines_.waitForRoom();
     for (bool isDone = false; !isDone; std::this_thread::yield()) {
         const ScopedLock lock(queueLock_);
-        const bool hasRoom = lastNumber_ - lastTaken_ < maxQueueSize_; // the consumer has come meanwhile
+        const std::uint64_t waiting = lastNumber_ - lastTaken_;
+        const bool hasRoom = waiting == 0 || waiting < maxQueueSize_; // the consumer has come meanwhile
         isDone = hasRoom || takeOldest(SHOWN_WHEN_DISCARDED);
     }
     lines_.write();
@@ -236,9 +240,10 @@ void MessageQueue::callConsumer() {
     }
 }
 
-/// What leaves the queue is read first: what entered it is never less.
+/// Nothing leaves the queue meanwhile, or what has entered since the others were read would seem to wait.
 LogStatistics MessageQueue::statistics() const noexcept {
     LogStatistics statistics;
+    const ScopedLock lock(queueLock_);
     statistics.delivered = deliveredCount_;
     statistics.discarded = discardedCount_;
     statistics.queued = lastNumber_;

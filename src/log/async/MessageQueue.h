@@ -132,7 +132,7 @@ private:
     Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads of the process; used by the consumer
 
     /// Held for short steps: messages are taken out or given back, a ring comes or goes.
-    Platform::CriticalSection queueLock_{Platform::AWAITED_BY_FORK};
+    mutable Platform::CriticalSection queueLock_{Platform::AWAITED_BY_FORK};
     BlockPool pool_;
     std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(queueLock_);
     /// One of them, for threads that get none of their own.
