@@ -55,7 +55,7 @@ ZAV_LOG_API void finish();
 ///         runs
 ZAV_LOG_API bool flush(const Util::TimeUtils::Time& timeout = Util::TimeUtils::Time());
 
-/// \return what was counted since the library was loaded; nobody is stopped for it
+/// \return what was counted since the library was loaded, all at one moment; logging calls do not wait for it
 ZAV_LOG_API LogStatistics statistics();
 
 /// Has the consumer thread serve an appender of the application, which was made with `synchronous = false`,

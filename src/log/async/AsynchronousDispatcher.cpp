@@ -238,6 +238,9 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     const LibraryCall call;
     CommandBus::instance().forgetListeners();
     Dispatch::showOpen();
+    if (!mayDeliver) {
+        queue_.close(); // so that the consumer does not begin what is shown here
+    }
     const bool hasEnded = endConsumer(mayDeliver);
     if (hasEnded && !appenders_.isEmpty()) {
         MessageBatch batch;

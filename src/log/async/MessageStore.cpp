@@ -102,9 +102,10 @@ std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std
     return append(*sharedRing_, message, limit);
 }
 
-/// What leaves the queue is read first: what entered it is never less.
+/// Nothing leaves the queue meanwhile, or what has entered since the others were read would seem to wait.
 LogStatistics MessageStore::statistics() const noexcept {
     LogStatistics statistics;
+    const ScopedLock lock(storeLock_);
     statistics.delivered = deliveredCount_;
     statistics.discarded = discardedCount_;
     statistics.queued = lastNumber_;

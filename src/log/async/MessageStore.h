@@ -109,7 +109,7 @@ private:
     Number discardedCount_{0};
 
     /// Held for short steps: messages are taken out or given back, a ring comes or goes.
-    Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
+    mutable Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
     BlockPool pool_;
     std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(storeLock_);
     /// One of them, for threads that get none of their own.

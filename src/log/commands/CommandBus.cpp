@@ -33,7 +33,7 @@ void CommandBus::registerListener(const std::string& name, CommandListener* list
 /// A name without listeners does not wait for the bus: an appender may be destroyed under a lock that a
 /// listener wants.
 void CommandBus::unregisterListeners(const std::string& name) noexcept {
-    if (!hasListeners(name)) {
+    if (!hasListener(name)) {
         return;
     }
     const ScopedLock lock(listenersLock_);
@@ -60,7 +60,7 @@ void CommandBus::forgetListeners() {
     listeners_.clear();
 }
 
-bool CommandBus::hasListener(const std::string& name) {
+bool CommandBus::hasListener(const std::string& name) noexcept {
     const ScopedLock lock(mapLock_);
     return listeners_.count(name) != 0;
 }
@@ -73,18 +73,15 @@ void CommandBus::deliver(const std::string& name, const std::string& argument) {
         return;
     }
     // A listener may change the caller's strings, and the others still get the command as it was given.
-    const std::string givenName = name;
-    const std::string givenArgument = argument;
+    const struct {
+        std::string name;
+        std::string argument;
+    } given{name, argument};
     for (const Entry& entry : entries) {
-        if (isStillRegistered(givenName, entry)) {
-            entry.listener->onCommand(givenArgument);
+        if (isStillRegistered(given.name, entry)) {
+            entry.listener->onCommand(given.argument);
         }
     }
-}
-
-bool CommandBus::hasListeners(const std::string& name) noexcept {
-    const ScopedLock lock(mapLock_);
-    return listeners_.count(name) != 0;
 }
 
 std::vector<CommandBus::Entry> CommandBus::entriesOf(const std::string& name) {

@@ -34,7 +34,7 @@ public:
     void forgetListeners();
 
     /// \return whether a name has a listener at this moment
-    bool hasListener(const std::string& name);
+    bool hasListener(const std::string& name) noexcept;
 
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
     /// that is removed meanwhile is not called, nor is one that is added. All get the argument as it was when
@@ -51,7 +51,6 @@ private:
 
     CommandBus() = default;
 
-    bool hasListeners(const std::string& name) noexcept;
     std::vector<Entry> entriesOf(const std::string& name);
     bool isStillRegistered(const std::string& name, const Entry& entry);
 
