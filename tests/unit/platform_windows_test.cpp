@@ -83,6 +83,31 @@ TEST_F(WindowsFiles, AppendedTextGoesToTheEndOfThatMoment) {
     EXPECT_FALSE(one.hasFailed() || other.hasFailed());
 }
 
+TEST_F(WindowsFiles, WhatHasAppearedInTheNewFilesPlaceIsKeptAndAPipeIsRefused) {
+    using Platform::OutputFile;
+    const std::string path = directory_ / "x";
+    std::ofstream(path) << "found\n" << std::flush;
+    OutputFile file;
+    file.open(path, OutputFile::CREATE);
+    file.write("new\n");
+    file.close();
+    EXPECT_EQ(readBytes(path), "found\r\nnew\r\n");
+    file.open(path, OutputFile::TRUNCATE);
+    EXPECT_EQ(file.size(), 0U);
+    file.close();
+
+    const std::string name = "\\\\.\\pipe\\zav-log-test-" + std::to_string(GetCurrentProcessId());
+    const HANDLE pipe =
+        CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND, PIPE_TYPE_BYTE, 1, 0, 0, 0, nullptr);
+    ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
+    for (const OutputFile::Mode mode : {OutputFile::TRUNCATE, OutputFile::APPEND, OutputFile::CREATE}) {
+        file.open(name, mode);
+        EXPECT_FALSE(file.isOpen()) << mode;
+        file.close();
+    }
+    CloseHandle(pipe);
+}
+
 TEST_F(WindowsFiles, AFileThatIsHeldOpenStaysWhereItIsAndLoggingGoesOn) {
     const auto appender = makeSeries(directory_.path(), 1);
     appender->output(makeMessage("1"));

@@ -1,7 +1,13 @@
 #include "platform/OutputFile.h"
 
+#include "platform/windows/Handle.h"
+
+#include <algorithm>
+#include <cstddef>
 #include <fcntl.h>
 #include <io.h>
+#include <memory>
+#include <new>
 #include <windows.h>
 
 namespace ZAV {
@@ -9,44 +15,72 @@ namespace Platform {
 
 namespace {
 
-constexpr DWORD SHARED_WITH_ALL = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 /// A right to append, and no other, has the system find the end in the same step as it writes; the C runtime
-/// would look for it first, and two processes could find the same.
+/// would look for it first, and two processes could find the same. Where a new file is due, a link is opened
+/// itself, so that it can be told from a file.
 HANDLE openForAppending(const char* path, OutputFile::Mode mode) {
-    const DWORD disposition = mode == OutputFile::APPEND ? OPEN_ALWAYS : CREATE_ALWAYS;
+    const DWORD disposition = mode == OutputFile::TRUNCATE ? CREATE_ALWAYS : OPEN_ALWAYS;
+    const DWORD noLink = mode == OutputFile::CREATE ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
     return CreateFileA(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
-                       FILE_ATTRIBUTE_NORMAL, nullptr);
+                       FILE_ATTRIBUTE_NORMAL | noLink, nullptr);
+}
+
+/// Refuses pipes, and a link in the place of a new file.
+bool isAcceptable(HANDLE handle, OutputFile::Mode mode) {
+    BY_HANDLE_FILE_INFORMATION file;
+    const DWORD type = GetFileType(handle);
+    const bool isLink = mode == OutputFile::CREATE && GetFileInformationByHandle(handle, &file) &&
+                        (file.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return type == FILE_TYPE_CHAR || (type == FILE_TYPE_DISK && !isLink);
 }
 
 /// \return a descriptor that owns the handle, or -1
-int toTextDescriptor(HANDLE handle) {
-    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_TEXT);
+int toDescriptor(HANDLE handle) {
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
     if (descriptor < 0) {
         CloseHandle(handle);
     }
     return descriptor;
 }
 
-/// A handle that closes with its scope.
-class ScopedHandle {
-public:
-    ScopedHandle(const char* path, DWORD access)
-        : handle_(CreateFileA(path, access, SHARED_WITH_ALL, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                              nullptr)) {}
-    ~ScopedHandle() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            CloseHandle(handle_);
-        }
+/// \return how many characters of a text are in so many bytes of it with the system's line ends
+std::size_t countCharacters(std::string_view text, std::size_t bytes) {
+    std::size_t characters = 0;
+    while (characters < text.size() && bytes >= (text[characters] == '\n' ? 2U : 1U)) {
+        bytes -= text[characters] == '\n' ? 2 : 1;
+        ++characters;
     }
-    ScopedHandle(const ScopedHandle&) = delete;
-    ScopedHandle& operator=(const ScopedHandle&) = delete;
+    return characters;
+}
 
-    HANDLE get() const { return handle_; }
+/// Ends lines as the system does. The C runtime would as well, but in pieces of a kilobyte or a few, each
+/// written on its own: another process could append in the middle of a line.
+/// \return how many characters of the text were written
+std::size_t writeInOnePiece(int descriptor, std::string_view text) {
+    char buffer[4096];
+    const std::size_t size =
+        text.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    const bool isLong = size > sizeof buffer;
+    const std::unique_ptr<char[]> memory(isLong ? new (std::nothrow) char[size] : nullptr);
+    char* const begin = isLong ? memory.get() : buffer;
+    if (begin == nullptr) {
+        return 0;
+    }
+    char* end = begin;
+    for (const char character : text) {
+        if (character == '\n') {
+            *end++ = '\r';
+        }
+        *end++ = character;
+    }
+    const int written = _write(descriptor, begin, static_cast<unsigned>(size));
+    return written <= 0 ? 0 : countCharacters(text, static_cast<std::size_t>(written));
+}
 
-private:
-    HANDLE handle_;
-};
+Handle openExisting(const char* path, DWORD access) {
+    return Handle(CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
 
 bool isSameFile(HANDLE one, int descriptor) {
     BY_HANDLE_FILE_INFORMATION first;
@@ -60,15 +94,17 @@ bool isSameFile(HANDLE one, int descriptor) {
 } // namespace
 
 void OutputFile::open(const std::string& path, Mode mode, const FileRules&) noexcept {
-    const HANDLE handle = openForAppending(path.c_str(), mode);
-    descriptor_ = handle == INVALID_HANDLE_VALUE ? NONE : toTextDescriptor(handle);
+    HANDLE handle = openForAppending(path.c_str(), mode);
+    if (handle != INVALID_HANDLE_VALUE && !isAcceptable(handle, mode)) {
+        CloseHandle(handle);
+        handle = INVALID_HANDLE_VALUE;
+    }
+    descriptor_ = handle == INVALID_HANDLE_VALUE ? NONE : toDescriptor(handle);
     failed_ = !isOpen();
 }
 
-/// The runtime counts the line feeds that it was given, not the line ends that it made of them.
 std::size_t OutputFile::write(std::string_view text) noexcept {
-    const int written = _write(descriptor_, text.data(), static_cast<unsigned>(text.size()));
-    const std::size_t taken = written < 0 ? 0 : static_cast<std::size_t>(written);
+    const std::size_t taken = writeInOnePiece(descriptor_, text);
     failed_ = taken != text.size() || failed_;
     return taken;
 }
@@ -81,8 +117,8 @@ void OutputFile::close() noexcept {
 }
 
 bool OutputFile::isAt(const std::string& path) const noexcept {
-    const ScopedHandle named(path.c_str(), 0);
-    return named.get() != INVALID_HANDLE_VALUE && isSameFile(named.get(), descriptor_);
+    const Handle named = openExisting(path.c_str(), 0);
+    return named.isOpen() && isSameFile(named.get(), descriptor_);
 }
 
 std::uint64_t OutputFile::size() const noexcept {
@@ -91,8 +127,8 @@ std::uint64_t OutputFile::size() const noexcept {
 }
 
 bool OutputFile::endsInTornLine(const std::string& path, const FileRules&) const noexcept {
-    const ScopedHandle file(path.c_str(), GENERIC_READ);
-    if (file.get() == INVALID_HANDLE_VALUE || !isSameFile(file.get(), descriptor_)) {
+    const Handle file = openExisting(path.c_str(), GENERIC_READ);
+    if (!file.isOpen() || !isSameFile(file.get(), descriptor_)) {
         return false;
     }
     char last = '\n';
