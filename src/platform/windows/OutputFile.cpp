@@ -58,6 +58,7 @@ std::size_t countCharacters(std::string_view text, std::size_t bytes) {
 /// \return how many characters of the text were written
 std::size_t writeInOnePiece(int descriptor, std::string_view text) {
     char buffer[4096];
+    buffer[0] = '\0'; // an empty text leaves it so, as the compiler notices
     const std::size_t size =
         text.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     const bool isLong = size > sizeof buffer;
