@@ -353,6 +353,39 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
     own.unlock();
 }
 
+/// Each thread holds its own lock nearly all the time, so that hardly ever all are free.
+TEST(Fork, ComesThroughAmongThreadsThatLogWithoutAPause) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
+#endif
+    constexpr std::size_t THREADS = 8;
+    std::atomic<bool> isOver{false};
+    std::atomic<std::size_t> logging{0};
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < THREADS; ++i) {
+        threads.emplace_back([&] {
+            Platform::CriticalSection file(Platform::AWAITED_BY_FORK);
+            Platform::CriticalSection inner(Platform::AWAITED_BY_FORK);
+            for (bool isFirst = true; !isOver; isFirst = false) {
+                const Platform::ScopedLock lock(file);
+                logging += isFirst ? 1 : 0;
+                std::this_thread::yield(); // as in a write, others run
+                const Platform::ScopedLock nested(inner);
+            }
+        });
+    }
+    while (logging < THREADS) {
+        std::this_thread::yield();
+    }
+    for (int i = 0; i < 5; ++i) { // a hang here is the failure
+        EXPECT_EQ(resultInChild([] { return 0; }), 0);
+    }
+    isOver = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 namespace {
 
 /// The whole library at the deepest name that it takes, in a thread with little room.

@@ -1,8 +1,10 @@
 #include "platform/Fork.h"
 
 #include "NativeLock.h"
+#include "SystemClock.h"
 #include "platform/CancellationGuard.h"
 
+#include <algorithm>
 #include <list>
 
 namespace ZAV {
@@ -12,6 +14,9 @@ namespace {
 
 std::atomic<unsigned> generation{0};
 
+constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
+constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
+
 } // namespace
 
 /// All locks of the library, which a fork has to deal with.
@@ -19,6 +24,11 @@ std::atomic<unsigned> generation{0};
 /// A lock may be busy for as long as a file is slow. So a fork takes all of them or none: it tries, and if
 /// one is busy it gives all back, waits for that one with nothing in its hands, and tries the others again.
 /// No order of the locks has to be kept.
+///
+/// Among threads that log without a pause it would hardly ever find all of them free. So a lock that a fork
+/// waits for is the fork's next, and a fork that has failed twice holds up the threads that hold none of the
+/// locks, while the others go on until they hold none. That ends by itself after a moment, since the fork may
+/// still have to wait for a slow file; each further failure makes the moment longer, up to a bound.
 class ForkLocks {
 public:
     /// Never destroyed, since threads may still log while the process ends.
@@ -41,9 +51,7 @@ public:
     void remove(NativeLock& lock) {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
-        while (lock.waitingForks_ > 0) {
-            pthread_cond_wait(&awaitsNoMore_, &mutex_);
-        }
+        waitForForksOf(lock);
         (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
         if (lock.next_ != nullptr) {
             lock.next_->previous_ = lock.previous_;
@@ -53,6 +61,22 @@ public:
 
     void add(void (*before)(), void (*inChild)()) { handlers_.push_back({before, inChild}); }
 
+    /// What a thread does before it takes a lock while a fork is delayed. A lock that a fork waits for is
+    /// busy, so nobody waits longer for it because the fork is its next.
+    void letForksFirst(const NativeLock& lock) {
+        if (lock.waitingForks_.load(std::memory_order_relaxed) == 0 &&
+            !holdsUp_.load(std::memory_order_relaxed)) {
+            return;
+        }
+        const NoCancellation noCancellation;
+        pthread_mutex_lock(&mutex_);
+        waitForForksOf(lock);
+        if (holdsUp_.load(std::memory_order_relaxed) && !isAnyHeldBy(pthread_self())) {
+            waitWhileHeldUp();
+        }
+        pthread_mutex_unlock(&mutex_);
+    }
+
 private:
     struct Handlers {
         void (*before)();
@@ -60,6 +84,7 @@ private:
     };
 
     ForkLocks() {
+        initCondition();
         pthread_atfork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
                        [] { instance().renewInChild(); });
     }
@@ -72,11 +97,25 @@ private:
         }
         pthread_mutex_lock(&mutex_);
         NativeLock* busy = tryAllBut(nullptr);
-        while (busy != nullptr) {
+        if (busy != nullptr) {
+            ++NativeLock::delayedForks_;
+            waitForAll(*busy);
+            --NativeLock::delayedForks_;
+            holdsUp_.store(false, std::memory_order_relaxed);
+            pthread_cond_broadcast(&forkGoesOn_);
+        }
+    }
+
+    void waitForAll(NativeLock& firstBusy) {
+        NativeLock* busy = &firstBusy;
+        for (std::uint64_t wait = SHORTEST_HOLD_UP; busy != nullptr;
+             wait = std::min(2 * wait, LONGEST_HOLD_UP)) {
             NativeLock* const held = busy;
             waitFor(*held);
             busy = tryAllBut(held);
             if (busy != nullptr) {
+                heldUpUntil_ = nanosecondsOf(CLOCK_MONOTONIC) + wait;
+                holdsUp_.store(true, std::memory_order_relaxed);
                 held->unlock();
             }
         }
@@ -86,10 +125,47 @@ private:
     void waitFor(NativeLock& lock) {
         ++lock.waitingForks_;
         pthread_mutex_unlock(&mutex_);
-        lock.lock();
+        lock.lockAtOnce(); // two forks that let each other first would wait for ever
         pthread_mutex_lock(&mutex_);
         --lock.waitingForks_;
-        pthread_cond_broadcast(&awaitsNoMore_);
+        pthread_cond_broadcast(&forkGoesOn_);
+    }
+
+    void waitForForksOf(const NativeLock& lock) {
+        while (lock.waitingForks_.load(std::memory_order_relaxed) > 0) {
+            pthread_cond_wait(&forkGoesOn_, &mutex_);
+        }
+    }
+
+    /// Waits until the hold-up that is now is over, not for the next one. Who sees the end of the latest ends
+    /// it for all.
+    void waitWhileHeldUp() {
+        constexpr std::uint64_t SECOND = 1'000'000'000;
+        const std::uint64_t until = heldUpUntil_;
+        const timespec end = {static_cast<time_t>(until / SECOND), static_cast<long>(until % SECOND)};
+        while (holdsUp_.load(std::memory_order_relaxed) && nanosecondsOf(CLOCK_MONOTONIC) < until) {
+            pthread_cond_timedwait(&forkGoesOn_, &mutex_, &end);
+        }
+        if (nanosecondsOf(CLOCK_MONOTONIC) >= heldUpUntil_) {
+            holdsUp_.store(false, std::memory_order_relaxed);
+        }
+    }
+
+    bool isAnyHeldBy(pthread_t thread) const {
+        for (const NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
+            if (lock->rule_ == AWAITED_BY_FORK && lock->isHeldBy(thread)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void initCondition() {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&forkGoesOn_, &attributes);
+        pthread_condattr_destroy(&attributes);
     }
 
     /// Takes all but the one that is held already, or none.
@@ -128,7 +204,8 @@ private:
                 lock->makeFree();
             }
         }
-        pthread_cond_init(&awaitsNoMore_, nullptr);
+        NativeLock::delayedForks_.store(0, std::memory_order_relaxed);
+        initCondition();
         releaseInParent();
         for (const Handlers& handlers : handlers_) {
             handlers.inChild();
@@ -136,7 +213,9 @@ private:
     }
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< over the lists; held for short steps and the fork
-    pthread_cond_t awaitsNoMore_ = PTHREAD_COND_INITIALIZER; ///< a fork waits for one lock less
+    pthread_cond_t forkGoesOn_;                         ///< a fork waits for one lock less, or has all
+    std::atomic<bool> holdsUp_{false}; ///< whether threads wait for a fork; written under the mutex
+    std::uint64_t heldUpUntil_ = 0;    ///< when that ends
     NativeLock* first_ = nullptr;
     std::list<Handlers> handlers_; ///< complete once the library is loaded
 };
@@ -155,6 +234,14 @@ NativeLock::NativeLock(ForkRule rule) : rule_(rule) {
 NativeLock::~NativeLock() {
     ForkLocks::instance().remove(*this);
     pthread_mutex_destroy(&mutex_);
+}
+
+std::atomic<unsigned> NativeLock::delayedForks_{0};
+
+void NativeLock::letForksFirst() {
+    if (rule_ == AWAITED_BY_FORK && !isHeldBy(pthread_self())) {
+        ForkLocks::instance().letForksFirst(*this);
+    }
 }
 
 /// A mutex without a known holder may still be locked: a thread records itself after it has locked it, and

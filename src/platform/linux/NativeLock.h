@@ -20,12 +20,10 @@ public:
     NativeLock& operator=(const NativeLock&) = delete;
 
     void lock() {
-        const pthread_t self = pthread_self();
-        if (!isHeldBy(self)) {
-            pthread_mutex_lock(&mutex_);
-            holder_.store(self, std::memory_order_relaxed);
+        if (delayedForks_.load(std::memory_order_relaxed) > 0) {
+            letForksFirst();
         }
-        ++count_;
+        lockAtOnce();
     }
 
     bool tryLock() {
@@ -55,6 +53,18 @@ private:
 
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
     void makeFree();
+    void letForksFirst();
+
+    void lockAtOnce() {
+        const pthread_t self = pthread_self();
+        if (!isHeldBy(self)) {
+            pthread_mutex_lock(&mutex_);
+            holder_.store(self, std::memory_order_relaxed);
+        }
+        ++count_;
+    }
+
+    static std::atomic<unsigned> delayedForks_; ///< forks that have found a lock busy
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
@@ -62,7 +72,7 @@ private:
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
-    unsigned waitingForks_ = 0; ///< threads that wait for this lock in order to fork
+    std::atomic<unsigned> waitingForks_{0}; ///< threads that wait for this lock in order to fork
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };
