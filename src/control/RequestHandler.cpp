@@ -39,7 +39,8 @@ Logger* findLogger(const std::string& name) {
     }
     // The factory would not find a name with an empty component, but make it.
     if (hasEmptyComponent(name)) {
-        return isListed(name) ? &LoggerFactory::getLogger(name) : nullptr;
+        return name.find('/') == std::string::npos && isListed(name) ? &LoggerFactory::getLogger(name)
+                                                                     : nullptr;
     }
     // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
     const std::string::size_type dot = name.rfind('.');
@@ -88,11 +89,20 @@ std::string describe(const Logger& logger) {
            minutesText(logger.getExpirationTime()) + "\n";
 }
 
+/// \param name of a logger that is there, so that the whole tree need not be searched for it
+/// \return null if the factory would take the name for that of another one
+Logger* findListed(const std::string& name) {
+    if (!hasEmptyComponent(name)) {
+        return findLogger(name);
+    }
+    return name.find('/') == std::string::npos ? &LoggerFactory::getLogger(name) : nullptr;
+}
+
 /// The names are those of the loggers that can be asked for: one with a "/" that has no parent cannot.
 std::string describeLoggers() {
     std::string lines = describe(LoggerFactory::getRootLogger());
     for (const std::string& name : LoggerFactory::getLoggerNames()) {
-        const Logger* const logger = findLogger(name);
+        const Logger* const logger = findListed(name);
         if (logger != nullptr && logger->getName() == name) {
             lines += describe(*logger);
         }

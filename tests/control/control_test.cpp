@@ -67,6 +67,22 @@ TEST_F(Control, SteersTheLoggers) {
     EXPECT_EQ(client.ask("level net..tcp DEBUG"), "error: There is no logger 'net..tcp'.\n");
 }
 
+TEST_F(Control, ListsALoggerWithAnEmptyComponentWithoutASearchForIt) {
+    LoggerFactory::getLogger("a/x", ".b"); // the factory takes that name for "x..b"
+    for (int i = 0; i < 8000; ++i) {
+        LoggerFactory::getLogger("a..b" + std::to_string(i));
+    }
+    const std::size_t count = LoggerFactory::getLoggerNames().size();
+    const ControlServer server(address_);
+    Client client(address_);
+    const bool isListed = client.ask("loggers").find("\na..b7999 ") != std::string::npos;
+    EXPECT_TRUE(isListed); // no answer in time is the failure
+    EXPECT_EQ(client.ask("level a/x..b DEBUG"), "error: There is no logger 'a/x..b'.\n");
+    EXPECT_EQ(client.ask("level a..b1 DEBUG"), "ok\n");
+    EXPECT_EQ(LoggerFactory::getLogger("a..b1").getLevel(), Level::DEBUG);
+    EXPECT_EQ(LoggerFactory::getLoggerNames().size(), count); // none was made
+}
+
 TEST_F(Control, RefusesWhatItCannotDoWithTheReason) {
     const ControlServer server(address_);
     Client client(address_);
