@@ -14,6 +14,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -22,6 +23,8 @@ namespace Log {
 namespace {
 
 using Util::TimeUtils::Time;
+
+constexpr std::string_view REFUSED = "error: ";
 
 bool hasEmptyComponent(const std::string& name) {
     return name.empty() || name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos;
@@ -192,7 +195,11 @@ std::string RequestHandler::done() {
 }
 
 std::string RequestHandler::refused(const std::string& reason) {
-    return "error: " + toPrintable(reason) + "\n";
+    return std::string(REFUSED) + toPrintable(reason) + "\n";
+}
+
+bool RequestHandler::isRefusal(const std::string& answer) {
+    return answer.compare(0, REFUSED.size(), REFUSED) == 0;
 }
 
 } // namespace Log

@@ -221,6 +221,25 @@ TEST_F(Control, DropsWhoIsSilentOrDoesNotRead) {
     EXPECT_EQ(notReading.rest().find("\nok\n"), std::string::npos);
 }
 
+TEST_F(Control, DropsWhoAsksForNothingThatCanBeDone) {
+    ControlLoop::Limits limits;
+    limits.clients = 2;
+    limits.silence = milliseconds(300);
+    const ShortServer server(address_, limits);
+    const auto asksUntilDropped = [this](const std::string& request) {
+        Client client(address_);
+        try {
+            while (!client.ask(request).empty()) { // a hang here is the failure
+            }
+        } catch (const std::runtime_error&) { // the server hung up first
+        }
+    };
+    std::thread empty(asksUntilDropped, "");
+    asksUntilDropped("level nobody INFO");
+    empty.join();
+    EXPECT_EQ(Client(address_).ask("level root ERROR"), "ok\n");
+}
+
 TEST_F(Control, WhoLeavesAmidAnAnswerMakesRoom) {
     makeAnswersLong();
     ControlLoop::Limits limits;
