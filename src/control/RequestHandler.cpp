@@ -124,11 +124,18 @@ std::string secondsUntil(Time end, Time now) {
     return std::to_string(left / perSecond + (left % perSecond == 0 ? 0 : 1));
 }
 
+/// An answer that begins with "error:" would be taken for a refusal; that of the loggers begins with the
+/// root.
+std::string appenderName(const std::string& name) {
+    const bool looksRefused = name.compare(0, 6, "error:") == 0;
+    return looksRefused ? "\\x65" + toPrintable(name.substr(1)) : toPrintable(name);
+}
+
 std::string describeAppenders() {
     std::string lines;
     const Time now = Time::now();
     for (const AppenderStatus& appender : LogManager::appenders()) {
-        lines += toPrintable(appender.name) + " " + toPrintable(appender.className) +
+        lines += appenderName(appender.name) + " " + toPrintable(appender.className) +
                  (appender.synchronous ? " sync " : " async ") +
                  (appender.hasLevel ? Level::toString(appender.level) : "-") + " " +
                  secondsUntil(appender.until, now) + "\n";

@@ -182,6 +182,14 @@ TEST_F(Control, TellsTheAppendersAndLowersThemForAWhile) {
     EXPECT_EQ(LoggerFactory::getRootLogger().getLevel(), Level::DEBUG);
 }
 
+TEST_F(Control, NoAppenderLooksLikeARefusal) {
+    Util::Properties properties;
+    properties["appender.error:"] = "StdoutAppender";
+    LogManager::init(properties);
+    const ControlServer server(address_);
+    EXPECT_EQ(Client(address_).ask("appenders"), "\\x65rror: StdoutAppender sync - -\nok\n");
+}
+
 TEST_F(Control, SurvivesGarbage) {
     const ControlServer server(address_);
     Client other(address_);
