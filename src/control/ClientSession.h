@@ -13,7 +13,9 @@ struct ClientSession {
     using Clock = std::chrono::steady_clock;
 
     LineBuffer lines;
-    Clock::time_point silentSince; ///< it sent no whole request, or took no whole answer, since then
+    Clock::time_point
+        silentSince;        ///< nothing that it asked for was done, nor a whole answer taken, since then
+    bool isRefused = false; ///< its last request, which does not count then
 
     bool isFlushing = false; ///< its answer comes when the queue is written, or at `flushUntil`
     Clock::time_point flushUntil;

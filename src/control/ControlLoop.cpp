@@ -73,7 +73,9 @@ void ControlLoop::handle(const Event& event) {
         serveNextLine(event.client);
         break;
     case LocalServer::SENT:
-        session(event.client)->silentSince = Clock::now();
+        if (!session(event.client)->isRefused) {
+            session(event.client)->silentSince = Clock::now();
+        }
         serveNextLine(event.client);
         break;
     case LocalServer::LEFT:
@@ -98,7 +100,7 @@ void ControlLoop::serveNextLine(int client) {
 void ControlLoop::serve(int client, const LineBuffer::Line& line) {
     if (line.isTooLong) {
         const std::string longest = std::to_string(LineBuffer::MAX_LENGTH);
-        answer(client, RequestHandler::refused("A request has at most " + longest + " bytes."));
+        refuse(client, RequestHandler::refused("A request has at most " + longest + " bytes."));
         return;
     }
     try {
@@ -106,15 +108,24 @@ void ControlLoop::serve(int client, const LineBuffer::Line& line) {
         if (request.kind() == ControlRequest::FLUSH) {
             startFlushing(client);
         } else {
-            answer(client, RequestHandler::answerTo(request));
+            const std::string text = RequestHandler::answerTo(request);
+            RequestHandler::isRefusal(text) ? refuse(client, text) : answer(client, text);
         }
     } catch (const std::invalid_argument& exception) {
-        answer(client, RequestHandler::refused(exception.what()));
+        refuse(client, RequestHandler::refused(exception.what()));
     }
 }
 
 void ControlLoop::answer(int client, const std::string& text) {
+    session(client)->isRefused = false;
     session(client)->silentSince = Clock::now();
+    server_.send(client, text);
+}
+
+/// Who asks for nothing that can be done counts as silent: empty lines must not keep a place from other
+/// clients.
+void ControlLoop::refuse(int client, const std::string& text) {
+    session(client)->isRefused = true;
     server_.send(client, text);
 }
 

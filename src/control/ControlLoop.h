@@ -42,6 +42,7 @@ private:
     void serveNextLine(int client);
     void serve(int client, const LineBuffer::Line& line);
     void answer(int client, const std::string& text);
+    void refuse(int client, const std::string& text);
     void startFlushing(int client);
     void goOnFlushing();
     void endFlushing(int client, const std::string& text);

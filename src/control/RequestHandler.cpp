@@ -14,6 +14,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -22,6 +23,8 @@ namespace Log {
 namespace {
 
 using Util::TimeUtils::Time;
+
+constexpr std::string_view REFUSED = "error: ";
 
 bool hasEmptyComponent(const std::string& name) {
     return name.empty() || name.front() == '.' || name.back() == '.' || name.find("..") != std::string::npos;
@@ -39,7 +42,8 @@ Logger* findLogger(const std::string& name) {
     }
     // The factory would not find a name with an empty component, but make it.
     if (hasEmptyComponent(name)) {
-        return isListed(name) ? &LoggerFactory::getLogger(name) : nullptr;
+        return name.find('/') == std::string::npos && isListed(name) ? &LoggerFactory::getLogger(name)
+                                                                     : nullptr;
     }
     // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
     const std::string::size_type dot = name.rfind('.');
@@ -88,11 +92,20 @@ std::string describe(const Logger& logger) {
            minutesText(logger.getExpirationTime()) + "\n";
 }
 
+/// \param name of a logger that is there, so that the whole tree need not be searched for it
+/// \return null if the factory would take the name for that of another one
+Logger* findListed(const std::string& name) {
+    if (!hasEmptyComponent(name)) {
+        return findLogger(name);
+    }
+    return name.find('/') == std::string::npos ? &LoggerFactory::getLogger(name) : nullptr;
+}
+
 /// The names are those of the loggers that can be asked for: one with a "/" that has no parent cannot.
 std::string describeLoggers() {
     std::string lines = describe(LoggerFactory::getRootLogger());
     for (const std::string& name : LoggerFactory::getLoggerNames()) {
-        const Logger* const logger = findLogger(name);
+        const Logger* const logger = findListed(name);
         if (logger != nullptr && logger->getName() == name) {
             lines += describe(*logger);
         }
@@ -111,11 +124,18 @@ std::string secondsUntil(Time end, Time now) {
     return std::to_string(left / perSecond + (left % perSecond == 0 ? 0 : 1));
 }
 
+/// An answer that begins with "error:" would be taken for a refusal; that of the loggers begins with the
+/// root.
+std::string appenderName(const std::string& name) {
+    const bool looksRefused = name.compare(0, 6, "error:") == 0;
+    return looksRefused ? "\\x65" + toPrintable(name.substr(1)) : toPrintable(name);
+}
+
 std::string describeAppenders() {
     std::string lines;
     const Time now = Time::now();
     for (const AppenderStatus& appender : LogManager::appenders()) {
-        lines += toPrintable(appender.name) + " " + toPrintable(appender.className) +
+        lines += appenderName(appender.name) + " " + toPrintable(appender.className) +
                  (appender.synchronous ? " sync " : " async ") +
                  (appender.hasLevel ? Level::toString(appender.level) : "-") + " " +
                  secondsUntil(appender.until, now) + "\n";
@@ -182,7 +202,11 @@ std::string RequestHandler::done() {
 }
 
 std::string RequestHandler::refused(const std::string& reason) {
-    return "error: " + toPrintable(reason) + "\n";
+    return std::string(REFUSED) + toPrintable(reason) + "\n";
+}
+
+bool RequestHandler::isRefusal(const std::string& answer) {
+    return answer.compare(0, REFUSED.size(), REFUSED) == 0;
 }
 
 } // namespace Log

@@ -20,6 +20,9 @@ std::string done();
 /// \return the answer to what was refused
 std::string refused(const std::string& reason);
 
+/// \return whether an answer is one of those
+bool isRefusal(const std::string& answer);
+
 } // namespace RequestHandler
 } // namespace Log
 } // namespace ZAV

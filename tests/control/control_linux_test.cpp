@@ -227,6 +227,25 @@ TEST_F(Control, AForkedChildLeavesTheServerToItsParent) {
     EXPECT_TRUE(isServed(address_));
 }
 
+TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
+    const std::string file = directory_ / "file";
+    EXPECT_EQ(inChild([&] { // a hang here is the failure
+                  auto server = std::make_unique<ControlServer>(address_);
+                  EXPECT_TRUE(isServed(address_));
+                  const int behindAll = 1024;
+                  for (int descriptor = 3; descriptor < behindAll; ++descriptor) {
+                      close(descriptor);
+                  }
+                  for (int i = 0; i < 10; ++i) {
+                      open(file.c_str(), O_CREAT | O_RDWR, S_IRUSR | S_IWUSR);
+                  }
+                  server.reset();
+                  return 7;
+              }),
+              7);
+    EXPECT_EQ(TestSupport::readFile(file), "");
+}
+
 TEST_F(Control, TheServerThreadLeavesSignalsToTheApplication) {
     static volatile std::sig_atomic_t handled = 0;
     std::signal(SIGUSR1, [](int) { handled = 1; });

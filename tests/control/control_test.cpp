@@ -67,6 +67,22 @@ TEST_F(Control, SteersTheLoggers) {
     EXPECT_EQ(client.ask("level net..tcp DEBUG"), "error: There is no logger 'net..tcp'.\n");
 }
 
+TEST_F(Control, ListsALoggerWithAnEmptyComponentWithoutASearchForIt) {
+    LoggerFactory::getLogger("a/x", ".b"); // the factory takes that name for "x..b"
+    for (int i = 0; i < 8000; ++i) {
+        LoggerFactory::getLogger("a..b" + std::to_string(i));
+    }
+    const std::size_t count = LoggerFactory::getLoggerNames().size();
+    const ControlServer server(address_);
+    Client client(address_);
+    const bool isListed = client.ask("loggers").find("\na..b7999 ") != std::string::npos;
+    EXPECT_TRUE(isListed); // no answer in time is the failure
+    EXPECT_EQ(client.ask("level a/x..b DEBUG"), "error: There is no logger 'a/x..b'.\n");
+    EXPECT_EQ(client.ask("level a..b1 DEBUG"), "ok\n");
+    EXPECT_EQ(LoggerFactory::getLogger("a..b1").getLevel(), Level::DEBUG);
+    EXPECT_EQ(LoggerFactory::getLoggerNames().size(), count); // none was made
+}
+
 TEST_F(Control, RefusesWhatItCannotDoWithTheReason) {
     const ControlServer server(address_);
     Client client(address_);
@@ -166,6 +182,14 @@ TEST_F(Control, TellsTheAppendersAndLowersThemForAWhile) {
     EXPECT_EQ(LoggerFactory::getRootLogger().getLevel(), Level::DEBUG);
 }
 
+TEST_F(Control, NoAppenderLooksLikeARefusal) {
+    Util::Properties properties;
+    properties["appender.error:"] = "StdoutAppender";
+    LogManager::init(properties);
+    const ControlServer server(address_);
+    EXPECT_EQ(Client(address_).ask("appenders"), "\\x65rror: StdoutAppender sync - -\nok\n");
+}
+
 TEST_F(Control, SurvivesGarbage) {
     const ControlServer server(address_);
     Client other(address_);
@@ -203,6 +227,25 @@ TEST_F(Control, DropsWhoIsSilentOrDoesNotRead) {
     }
     EXPECT_EQ(silent.rest() + trickling.rest(), "");
     EXPECT_EQ(notReading.rest().find("\nok\n"), std::string::npos);
+}
+
+TEST_F(Control, DropsWhoAsksForNothingThatCanBeDone) {
+    ControlLoop::Limits limits;
+    limits.clients = 2;
+    limits.silence = milliseconds(300);
+    const ShortServer server(address_, limits);
+    const auto asksUntilDropped = [this](const std::string& request) {
+        Client client(address_);
+        try {
+            while (!client.ask(request).empty()) { // a hang here is the failure
+            }
+        } catch (const std::runtime_error&) { // the server hung up first
+        }
+    };
+    std::thread empty(asksUntilDropped, "");
+    asksUntilDropped("level nobody INFO");
+    empty.join();
+    EXPECT_EQ(Client(address_).ask("level root ERROR"), "ok\n");
 }
 
 TEST_F(Control, WhoLeavesAmidAnAnswerMakesRoom) {

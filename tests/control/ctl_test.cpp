@@ -77,6 +77,17 @@ TEST_F(Ctl, ExplainTakesTheLevelsOfTheRunningProgram) {
     EXPECT_EQ(run("explain \"" + file + "\" --at \"" + (directory_ / "nobody") + "\""), 1);
 }
 
+TEST_F(Ctl, ExplainMakesNoMoreLoggersThanItHasRoomFor) {
+    for (int i = 0; i < 40000; ++i) {
+        LoggerFactory::getLogger("many" + std::to_string(i));
+    }
+    const std::string file = directory_ / "app.properties";
+    TestSupport::writeFile(file, "appender.out = StdoutAppender\n");
+    const ControlServer server(address_);
+    EXPECT_EQ(run("explain \"" + file + "\" many0 --at \"" + address_ + "\""), 0) << err();
+    EXPECT_THAT(err(), HasSubstr("has too many loggers; all but the first "));
+}
+
 TEST_F(Ctl, TellsWrongUsageBeforeItAsks) {
     const std::string nobody = "\"" + address_ + "\" ";
     for (const char* const request :

@@ -236,6 +236,19 @@ TEST_F(CheckTest, WordsItsFindingsAsACompilerDoes) {
         textOf(DISPATCHER + "x = 5\n"));
 }
 
+TEST_F(CheckTest, GuessesNoMoreThanItCanInAMoment) {
+    std::string content = "logger.x0.levle = INFO\n";
+    for (int i = 1; i < 5000; ++i) {
+        content += "logger.x" + std::to_string(i) + ".levle = INFO\n";
+    }
+    content += "appender.s = " + std::string(4000000, 'F') + '\n';
+    const std::vector<Finding> findings = findingsIn(content); // the time limit of the test is the failure
+    ASSERT_EQ(5001U, findings.size());
+    EXPECT_THAT(findings.front().text, EndsWith("did you mean 'logger.x0.level'?"));
+    EXPECT_EQ("nothing reads this key", findings[4999].text);
+    EXPECT_EQ(0U, findings[5000].text.find("No factory registered for appenderName = s"));
+}
+
 TEST_F(CheckTest, SaysThatAFileCannotBeRead) {
     const std::vector<Finding> findings = checkFile("missing");
     ASSERT_EQ(1U, findings.size());

@@ -16,7 +16,8 @@ void checkClass(const Configuration& configuration, const DeclaredAppender& appe
     const std::string meant = line != nullptr ? nearest(appender.className, appenderClasses()) : key;
     Util::Properties trial;
     trial[place.key] = place.value;
-    findings.addError(place, "unknown-class", "did you mean '" + meant + "'? " + complaintOfInit(trial));
+    const std::string guess = meant.empty() ? meant : "did you mean '" + meant + "'? ";
+    findings.addError(place, "unknown-class", guess + complaintOfInit(trial));
 }
 
 } // namespace

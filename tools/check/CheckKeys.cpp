@@ -2,6 +2,7 @@
 #include "check/Nearest.h"
 #include "log/config/KeyNames.h"
 
+#include <cstddef>
 #include <set>
 
 namespace ZAV {
@@ -59,25 +60,50 @@ void ReadKeys::addLoggerKeys(const Log::ConfigurationKey& row, const Configurati
     }
 }
 
-/// A key whose beginning already says that nothing reads it. It may have been meant to declare an appender.
-void addUnknownKey(const Configuration& configuration, const PropertyLine& line, Findings& findings) {
+/// What may be spent on the guesses for one file. Each wrong key is compared with all that could have been
+/// meant, which would take hours for a large file of wrong keys; its later keys then get no guess.
+class Budget {
+public:
+    bool isLeft() const { return left_ > 0; }
+
+    /// \return whether the comparison of a word with all candidates can be afforded; nothing is left if it cannot
+    bool affords(const std::string& word, const std::vector<std::string>& candidates) {
+        std::size_t price = 0;
+        for (const std::string& candidate : candidates) {
+            price += word.size() * candidate.size();
+        }
+        const bool isAffordable = price <= left_;
+        left_ = isAffordable ? left_ - price : 0;
+        return isAffordable;
+    }
+
+private:
+    std::size_t left_ = 50000000; ///< pairs of letters; a second or so
+};
+
+/// \return the key that was probably meant, which may be one to declare an appender
+std::string guessKey(const Configuration& configuration, const PropertyLine& line, Budget& budget) {
+    if (!budget.isLeft()) {
+        return std::string();
+    }
     std::vector<std::string> known = ReadKeys(configuration, line.key).all();
     const std::string::size_type dot = line.key.find('.');
     if (dot != std::string::npos && line.key.find('.', dot + 1) == std::string::npos) {
         known.push_back(Log::appenderKey(line.key.substr(dot + 1)));
     }
-    findings.addWarning(line, "unknown-key", "nothing reads this key" + question(nearKey(line.key, known)));
+    return budget.affords(line.key, known) ? nearKey(line.key, known) : std::string();
 }
 
-void addUndeclared(const Configuration& configuration, const PropertyLine& line, const std::string& name,
-                   Findings& findings) {
+/// \return the declared appender that was probably meant
+std::string guessAppender(const Configuration& configuration, const std::string& name, Budget& budget) {
+    if (!budget.isLeft()) {
+        return std::string();
+    }
     std::vector<std::string> declared;
     for (const DeclaredAppender& appender : configuration.appenders()) {
         declared.push_back(appender.name);
     }
-    findings.addWarning(line, "undeclared-appender",
-                        "no key '" + Log::appenderKey(name) + "' declares the appender '" + name + "'" +
-                            question(nearWord(name, declared)));
+    return budget.affords(name, declared) ? nearWord(name, declared) : std::string();
 }
 
 void checkPartner(const Configuration& configuration, const PropertyLine& line, const KeyMeaning& meaning,
@@ -95,13 +121,18 @@ void checkPartner(const Configuration& configuration, const PropertyLine& line, 
 
 void checkKeys(const Configuration& configuration, Findings& findings) {
     std::set<std::string> undeclared;
+    Budget budget;
     for (const PropertyLine& line : configuration.file().lines()) {
         const KeyMeaning meaning = configuration.meaningOf(line.key);
         if (meaning.kind == KeyMeaning::UNKNOWN) {
-            addUnknownKey(configuration, line, findings);
+            const std::string guess = guessKey(configuration, line, budget);
+            findings.addWarning(line, "unknown-key", "nothing reads this key" + question(guess));
         } else if (meaning.kind == KeyMeaning::UNDECLARED_APPENDER) {
             if (undeclared.insert(meaning.owner).second) {
-                addUndeclared(configuration, line, meaning.owner, findings);
+                const std::string guess = guessAppender(configuration, meaning.owner, budget);
+                findings.addWarning(line, "undeclared-appender",
+                                    "no key '" + Log::appenderKey(meaning.owner) +
+                                        "' declares the appender '" + meaning.owner + "'" + question(guess));
             }
         } else if (meaning.kind == KeyMeaning::FOREIGN_SETTING) {
             findings.addWarning(line, "ignored-key",

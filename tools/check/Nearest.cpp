@@ -32,8 +32,8 @@ std::size_t costOfReplacing(char a, char b) {
 /// Beyond that length nobody is helped by a guess, which would cost the product of two lengths.
 constexpr std::size_t LONGEST_GUESSED = 1000;
 
-bool isTooLong(const std::string& word, const std::string& candidate) {
-    return std::max(word.size(), candidate.size()) > LONGEST_GUESSED;
+bool isTooLong(const std::string& word) {
+    return word.size() > LONGEST_GUESSED;
 }
 
 /// Leaves out what both begin and end with, which most keys have in common and which costs no change.
@@ -80,9 +80,6 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 
 /// A third of the letters may be wrong, and one always; "async" is near "asynchronous" as well.
 bool isNear(const std::string& word, const std::string& candidate) {
-    if (isTooLong(word, candidate)) {
-        return false;
-    }
     const std::size_t length = std::max(word.size(), candidate.size());
     const std::size_t limit = std::max(LETTER_COST, LETTER_COST * length / 3);
     const bool isShortForm =
@@ -103,9 +100,6 @@ std::vector<std::string> components(const std::string& key) {
 }
 
 bool isNearKey(const std::string& key, const std::string& candidate) {
-    if (isTooLong(key, candidate)) {
-        return false;
-    }
     const std::vector<std::string> from = components(key);
     const std::vector<std::string> to = components(candidate);
     if (from.size() != to.size()) {
@@ -119,8 +113,11 @@ std::string nearestOf(const std::string& word, const std::vector<std::string>& c
                       IsNear isNearEnough) {
     std::string best;
     std::size_t bestDistance = FAR;
+    if (isTooLong(word)) {
+        return best;
+    }
     for (const std::string& candidate : candidates) {
-        if (!isNearEnough(word, candidate)) {
+        if (isTooLong(candidate) || !isNearEnough(word, candidate)) {
             continue;
         }
         const std::size_t candidateDistance = distance(word, candidate);

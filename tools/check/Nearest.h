@@ -6,9 +6,10 @@
 namespace ZAV {
 namespace Tools {
 
-// Guesses what somebody meant who wrote a word that nobody knows.
+// Guesses what somebody meant who wrote a word that nobody knows. A word of more than 1000 bytes is not
+// guessed, nor is such a candidate: the time is the product of both lengths.
 
-/// \return the candidate that is most like the word; empty if there are no candidates
+/// \return the candidate that is most like the word; empty if there is none
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates);
 
 /// \return the same, if it is so much like the word that it was probably meant; empty otherwise

@@ -1,7 +1,6 @@
 #include "check/PropertyFile.h"
 
 #include "config/PropertySource.h"
-#include "zav-util/FileUtils.h"
 #include "zav-util/UtilException.h"
 
 #include <optional>
@@ -10,12 +9,9 @@ namespace ZAV {
 namespace Tools {
 
 PropertyFile::PropertyFile(const std::string& name) {
-    std::vector<std::string> lines;
-    requirePropertySource(name);
-    Util::FileUtils::readLines(name, lines);
     const Util::PropertyParser parser(name);
     std::size_t number = 0;
-    for (const std::string& line : lines) {
+    for (const std::string& line : readPropertyLines(name)) {
         read(parser, line, ++number);
     }
 }

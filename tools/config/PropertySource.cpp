@@ -1,27 +1,73 @@
 #include "config/PropertySource.h"
 
+#include "zav-util/FileUtils.h"
+#include "zav-util/PropertyParser.h"
 #include "zav-util/UtilException.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <system_error>
 
 namespace ZAV {
 namespace Tools {
 
-void requirePropertySource(const std::string& fileName) {
-    constexpr std::uintmax_t LARGEST = 16 * 1024 * 1024;
+namespace {
+
+constexpr std::size_t LARGEST = 16 * 1024 * 1024;
+
+[[noreturn]] void refuse(const std::string& fileName, const std::string& reason) {
+    throw Util::UtilException("Unable to open file: " + fileName + reason);
+}
+
+bool isDevice(const std::string& fileName) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(fileName, error);
-    if (std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status)) {
-        throw Util::UtilException("Unable to open file: " + fileName + " is a device");
+    return std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status);
+}
+
+/// A size that the system tells would say nothing of a pipe, and may be out of date for a file.
+std::string readBounded(const std::string& fileName) {
+    std::ifstream file(fileName);
+    std::string text;
+    std::string block(std::size_t{64} * 1024, '\0');
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
+        text.append(block, 0, static_cast<std::size_t>(file.gcount()));
+        if (text.size() > LARGEST) {
+            refuse(fileName, " has more than the 16 MB of the largest property file");
+        }
     }
-    const std::uintmax_t size =
-        std::filesystem::is_regular_file(status) ? std::filesystem::file_size(fileName, error) : 0;
-    if (!error && size > LARGEST) {
-        throw Util::UtilException("Unable to open file: " + fileName +
-                                  " has more than the 16 MB of the largest property file");
+    // A directory can be opened on some systems, but not read.
+    if (!file.is_open() || file.bad()) {
+        std::vector<std::string> none;
+        Util::FileUtils::readLines(fileName, none); // fails in the words that a program would show
     }
+    return text;
+}
+
+} // namespace
+
+std::vector<std::string> readPropertyLines(const std::string& fileName) {
+    if (isDevice(fileName)) {
+        refuse(fileName, " is a device");
+    }
+    std::istringstream text(readBounded(fileName));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        const bool endedByLineFeed = !text.eof();
+        if (endedByLineFeed && !line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Util::Properties readProperties(const std::string& fileName) {
+    Util::Properties properties;
+    Util::PropertyParser(fileName).parse(readPropertyLines(fileName), properties);
+    return properties;
 }
 
 } // namespace Tools

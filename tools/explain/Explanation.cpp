@@ -28,8 +28,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
 /// What the library reports on single keys goes to standard error, as it does in a program.
 Util::Properties readAndTry(const std::string& fileName) {
     try {
-        requirePropertySource(fileName);
-        Util::Properties properties(fileName);
+        Util::Properties properties = readProperties(fileName);
         Log::LogManager::init(properties);
         Log::LogManager::finish();
         return properties;

@@ -6,7 +6,6 @@
 #include "log/LoggerFactory.h"
 #include "log/config/KeyNames.h"
 #include "options/LevelName.h"
-#include "zav-util/StringUtils.h"
 
 #include <algorithm>
 
@@ -17,6 +16,18 @@ namespace {
 
 constexpr int BEHIND_LOGGER = 2;   ///< its level and its minutes
 constexpr int BEHIND_APPENDER = 4; ///< class, sync or async, level and seconds
+
+/// What the names of an answer may take of memory. Each logger is made here, with its parents and their whole
+/// names, so that an answer of a few megabytes could ask for gigabytes.
+constexpr std::size_t MOST_MEMORY = 16 * 1024 * 1024;
+
+/// \return about what a name takes that follows another one in the order of the tree
+std::size_t memoryOf(const std::string& name, const std::string& previous) {
+    const std::size_t ofLogger = 500;
+    const auto different = std::mismatch(name.begin(), name.end(), previous.begin(), previous.end()).first;
+    const auto made = static_cast<std::size_t>(std::count(different, name.end(), '.')) + 1;
+    return made * (ofLogger + name.size());
+}
 
 /// Takes the last word off a line.
 std::string takeLastWord(std::string& line) {
@@ -38,18 +49,29 @@ std::string ask(ControlClient& client, const std::string& request) {
 
 RunningLevels::RunningLevels(const std::string& address) : address_(address) {
     ControlClient client(address);
-    loggers_ = read(ask(client, "loggers"), BEHIND_LOGGER);
-    appenders_ = read(ask(client, "appenders"), BEHIND_APPENDER);
+    loggers_ = read(client, "loggers", BEHIND_LOGGER);
+    appenders_ = read(client, "appenders", BEHIND_APPENDER);
 }
 
 /// A name may have blanks in it, and the level is the last word but one.
-std::vector<RunningLevels::Named> RunningLevels::read(const std::string& answer, int wordsBehindName) const {
+std::vector<RunningLevels::Named> RunningLevels::read(ControlClient& client, const std::string& request,
+                                                      int wordsBehindName) const {
+    const std::string answer = ask(client, request);
     std::vector<Named> all;
-    for (std::string line : Util::split(answer, '\n')) {
+    std::size_t memory = 0;
+    for (std::size_t begin = 0, end = 0; begin < answer.size(); begin = end + 1) {
+        end = answer.find('\n', begin);
+        std::string line = answer.substr(begin, end - begin);
         takeLastWord(line);
         const std::string level = takeLastWord(line);
         for (int taken = 2; taken < wordsBehindName; ++taken) {
             takeLastWord(line);
+        }
+        memory += memoryOf(line, all.empty() ? std::string() : all.back().name);
+        if (memory > MOST_MEMORY) {
+            complain("the program at " + address_ + " has too many " + request + "; all but the first " +
+                     std::to_string(all.size()) + " are left out");
+            break;
         }
         all.push_back({line, findLevel(level)});
         if (line.empty() || (!all.back().level && level != "-")) {

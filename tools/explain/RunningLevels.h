@@ -10,7 +10,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// The levels that a running program has at this moment, by its `ControlServer`.
+class ControlClient;
+
+/// The levels that a running program has at this moment, by its `ControlServer`. Of a huge number of loggers
+/// or appenders the first ones alone are known, which is said on standard error.
 class RunningLevels {
 public:
     /// \throw Failure if the program does not answer
@@ -30,7 +33,7 @@ private:
         std::optional<Log::Level::LogLevel> level; ///< nothing for an appender without one
     };
 
-    std::vector<Named> read(const std::string& answer, int wordsBehindName) const;
+    std::vector<Named> read(ControlClient& client, const std::string& request, int wordsBehindName) const;
     const Named* findAppender(const std::string& name) const;
 
     const std::string address_;

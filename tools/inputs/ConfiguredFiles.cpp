@@ -26,8 +26,7 @@ InputSpec inputAt(const AppenderPlace& place) {
 } // namespace
 
 std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
-    requirePropertySource(propertyFile);
-    const Util::Properties properties(propertyFile);
+    const Util::Properties properties = readProperties(propertyFile);
     std::vector<InputSpec> inputs;
     for (const std::string& key : properties.getKeys()) {
         const std::optional<std::string> name = Log::declaredAppender(key);

@@ -5,10 +5,12 @@
 #include "platform/linux/SystemFailure.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <vector>
 
 namespace ZAV {
@@ -36,9 +38,10 @@ bool mayBeServed(int connection) {
 }
 
 int toPollTimeout(std::optional<LocalServer::Milliseconds> limit) {
-    const LocalServer::Milliseconds::rep longest = 60000; // and then the caller asks again
-    return limit ? static_cast<int>(std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest))
-                 : -1;
+    // Nothing wakes `poll` of a program that has closed all descriptors, as one that becomes a daemon does.
+    const LocalServer::Milliseconds::rep longest = 2000; // and then the caller asks again
+    return static_cast<int>(limit ? std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest)
+                                  : longest);
 }
 
 } // namespace
@@ -55,6 +58,7 @@ struct LocalServer::Inside {
     Event ready(const std::vector<pollfd>& polled);
 
     const FileDescriptor stopSignal;
+    std::atomic<bool> isStopped{false}; ///< what the signal says, should its descriptor have been closed
     SocketFile socket;
     std::vector<LocalConnection> clients; ///< by number; not open where a number is free
     int lastServed = 0;                   ///< whose turn it is last
@@ -72,7 +76,11 @@ LocalServer::Event LocalServer::wait(std::optional<Milliseconds> limit) {
         limit = limit ? std::min(*limit, untilNextAttempt) : untilNextAttempt;
     }
     std::vector<pollfd> polled = inside_->whatToPoll();
-    if (poll(polled.data(), polled.size(), toPollTimeout(limit)) <= 0) {
+    const int ready = poll(polled.data(), polled.size(), toPollTimeout(limit));
+    if (inside_->isStopped) {
+        return Event{STOPPED, -1, std::string()};
+    }
+    if (ready <= 0) {
         return Event{NOTHING, -1, std::string()};
     }
     return inside_->ready(polled);
@@ -175,7 +183,13 @@ void LocalServer::closeInherited() noexcept {
     }
 }
 
+/// The program may have closed the signal, and its number may be a file's now, which must get nothing.
 void LocalServer::stop() noexcept {
+    inside_->isStopped = true;
+    struct stat status = {};
+    if (fstat(inside_->stopSignal.number(), &status) != 0 || (status.st_mode & S_IFMT) != 0) {
+        return;
+    }
     const std::uint64_t one = 1;
     // It can only fail if the signal is there already, a huge number of times.
     [[maybe_unused]] const ssize_t written = write(inside_->stopSignal.number(), &one, sizeof one);
