@@ -10,6 +10,7 @@
 #include "platform/Process.h"
 
 #include <csignal>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -211,12 +212,37 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
         }
         _exit(0);
     }
-    ASSERT_EQ(waitpid(parent, nullptr, 0), parent);
     close(ends[1]);
     char nothing = 0;
-    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0);       // when the child has ended
+    ASSERT_EQ(waitpid(parent, nullptr, 0), parent); // whose result nobody has asked for until now
     EXPECT_EQ(content("0"), line("child"));
     EXPECT_EQ(content("1"), line("parent"));
+}
+
+TEST_F(FileSettings, AForkedChildInAnotherContainerLeavesTheRotationToItsParent) {
+    const pid_t parent = fork();
+    if (parent == 0) {
+        const auto appender = make<FileAppenderBuilder>({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+        appender->output(makeMessage("parent"));
+        const bool isApart = unshare(CLONE_NEWUSER | CLONE_NEWPID) == 0 || unshare(CLONE_NEWPID) == 0;
+        if (!isApart) {
+            _exit(EXIT_FAILURE);
+        }
+        const pid_t child = fork();
+        if (child == 0) {
+            appender->output(makeMessage("child"));
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(parent, &status, 0), parent);
+    if (status != 0) {
+        GTEST_SKIP() << "containers are not allowed here";
+    }
+    EXPECT_EQ(content("0"), line("parent") + line("child"));
 }
 
 TEST_F(FileSettings, WhatChildrenWriteBeforeTheirParentStaysInTheLiveFile) {
@@ -250,6 +276,32 @@ TEST_F(FileSettings, AForkedChildFollowsTheLiveFileThatItsParentMoves) {
     ASSERT_EQ(write(ends[1], "m", 1), 1);
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith("bbb"), EndsWith(" child")));
+}
+
+TEST_F(FileSettings, AForkedChildFollowsTheNextAppenderOfItsParent) {
+    const Settings rotatesAlways = {{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}};
+    auto appender = make<FileAppenderBuilder>(rotatesAlways);
+    appender->output(makeMessage("a"));
+    int toChild[2];
+    int toParent[2];
+    ASSERT_EQ(pipe(toChild) + pipe(toParent), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char moved = 0;
+        appender->output(makeMessage("before"));
+        const bool isTold = write(toParent[1], "w", 1) == 1 && read(toChild[0], &moved, 1) == 1;
+        appender->output(makeMessage(isTold ? "after" : "not told"));
+        _exit(0);
+    }
+    char written = 0;
+    ASSERT_EQ(read(toParent[0], &written, 1), 1);
+    appender.reset();
+    appender = make<FileAppenderBuilder>(rotatesAlways);
+    appender->output(makeMessage("b"));
+    ASSERT_EQ(write(toChild[1], "m", 1), 1);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(content("1"), line("a") + line("before"));
+    EXPECT_EQ(content("0"), line("b") + line("after"));
 }
 
 TEST_F(FileSettings, AChildThatTakesOverASeriesWithoutAFileBeginsItAsItsParentWould) {
