@@ -33,6 +33,15 @@ Target targetOf(std::streambuf* buffer) {
     return {nullptr, own != nullptr && own->is_open() ? own->fd() : UNKNOWN};
 }
 
+/// A failure is not the application's, whose stream it would end.
+void writeByStream(std::ostream& stream, std::string_view text) {
+    const std::ios_base::iostate before = stream.rdstate();
+    stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    if (stream.rdstate() != before) {
+        stream.clear(before);
+    }
+}
+
 /// Keeps other threads from C's stream.
 class HeldFile {
 public:
@@ -54,9 +63,10 @@ private:
 };
 
 /// Writes past the buffer; what the application has left in there goes first.
-bool writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
+void writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
     const HeldFile held(target.file);
-    return buffer.pubsync() == 0 && writeAll(target.descriptor, text.data(), text.size()) == text.size();
+    buffer.pubsync();
+    writeAll(target.descriptor, text.data(), text.size());
 }
 
 } // namespace
@@ -66,13 +76,13 @@ void writeToStream(std::ostream& stream, std::string_view text) {
     const bool flushesAnother = stream.tie() != nullptr;
     const BrokenPipeGuard guard(flushesAnother ? UNKNOWN : target.descriptor);
     if (target.descriptor == UNKNOWN) {
-        stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+        writeByStream(stream, text);
         return;
     }
-    const std::ostream::sentry isReady(stream); // flushes a tied stream, hence before the lock
-    if (isReady && !writePast(*stream.rdbuf(), target, text)) {
-        stream.setstate(std::ios_base::badbit);
+    if (flushesAnother) { // before the lock
+        stream.tie()->flush();
     }
+    writePast(*stream.rdbuf(), target, text);
 }
 
 } // namespace Platform

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -15,6 +16,13 @@ namespace {
 /// fiftieth of the call.
 ssize_t writeUncancelled(int descriptor, const char* text, std::size_t size) {
     return ::syscall(SYS_write, descriptor, text, size);
+}
+
+/// Another process can make a pipe or terminal that it shares with this one non-blocking.
+bool waitUntilWritable(int descriptor) {
+    const NoCancellation guard;
+    pollfd watched = {descriptor, POLLOUT, 0};
+    return poll(&watched, 1, -1) == 1 || errno == EINTR;
 }
 
 /// The system knows a place in a file, and none in a pipe, a socket or a terminal. It may be another one with
@@ -41,7 +49,7 @@ std::size_t writeAll(int descriptor, const char* text, std::size_t size) {
     std::size_t taken = 0;
     while (taken < size) {
         const ssize_t written = writeUncancelled(descriptor, text + taken, size - taken);
-        if (written < 0 && errno == EINTR) {
+        if (written < 0 && (errno == EINTR || (errno == EAGAIN && waitUntilWritable(descriptor)))) {
             continue;
         }
         if (written <= 0) {
