@@ -24,8 +24,10 @@ struct SeriesOwner::Common {
 
     /// For a process that has no appender for the series yet, and begins it as the first one did.
     void takeIfFree() {
-        if (Platform::processIdSpace() == idSpace && isFree.exchange(false)) {
-            processId = Platform::processId();
+        int rotating = processId;
+        const bool mayTake = Platform::processIdSpace() == idSpace &&
+                             (isFree.exchange(false) || !Platform::isProcessAlive(rotating));
+        if (mayTake && processId.compare_exchange_strong(rotating, Platform::processId())) {
             rotationsBefore = rotations.load();
             isShared = false;
         }
