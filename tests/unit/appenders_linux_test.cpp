@@ -10,6 +10,7 @@
 #include "platform/Process.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -372,6 +373,26 @@ TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
         std::filesystem::remove(file("0"));
         std::filesystem::remove(file("1"));
     }
+}
+
+TEST_F(FileSettings, NoFileTakesThePlaceOfAClosedStandardStream) {
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            close(stream);
+        }
+        const auto appender = make<FileAppenderBuilder>({});
+        appender->output(makeMessage("a"));
+        bool isTaken = false;
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            isTaken = fcntl(stream, F_GETFD) >= 0 || isTaken;
+        }
+        _exit(isTaken ? EXIT_FAILURE : EXIT_SUCCESS);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(content("0"), line("a"));
 }
 
 TEST_F(FileSettings, TwoWritersLeaveNoHoles) {

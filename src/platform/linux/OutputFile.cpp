@@ -1,6 +1,7 @@
 #include "platform/OutputFile.h"
 
 #include "platform/CancellationGuard.h"
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 
 #include <cerrno>
@@ -153,7 +154,7 @@ char readLastCharacter(const char* path, const struct stat& file, const FileRule
 
 void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules) noexcept {
     const NoCancellation guard;
-    descriptor_ = openUnseen(path.c_str(), mode, rules);
+    descriptor_ = beyondStandardStreams(openUnseen(path.c_str(), mode, rules));
     struct statx opened;
     if (isOpen() && (!lookAt(descriptor_, opened) || !isAcceptable(opened, path.c_str(), mode, rules) ||
                      !makeReady(descriptor_, opened, mode))) {
