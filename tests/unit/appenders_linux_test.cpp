@@ -395,6 +395,25 @@ TEST_F(FileSettings, NoFileTakesThePlaceOfAClosedStandardStream) {
     EXPECT_EQ(content("0"), line("a"));
 }
 
+TEST_F(FileSettings, ALimitOfSizeIsAFailedWriteAndNoSignal) {
+    const pid_t child = fork();
+    if (child == 0) {
+        limitFileSize(10);
+        std::signal(SIGXFSZ, SIG_DFL);
+        make<FileAppenderBuilder>({})->output(makeMessage("a"));
+        make<SimpleFileAppenderBuilder>({{"file", "s"}})->output(makeMessage("a"));
+        sigset_t pending;
+        const bool isLeft = sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) == 1;
+        _exit(isLeft || failures_.arguments.size() != 1 ? EXIT_FAILURE
+                                                        : EXIT_SUCCESS); // the simple one's is silent
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(content("0").size(), 10U);
+    EXPECT_EQ(readFile(directory_ / "s").size(), 10U);
+}
+
 TEST_F(FileSettings, TwoWritersLeaveNoHoles) {
     const auto appender = make<FileAppenderBuilder>({});
     appender->output(makeMessage("a"));

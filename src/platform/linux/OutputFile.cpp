@@ -161,14 +161,14 @@ void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules
         ::close(descriptor_);
         descriptor_ = NONE;
     }
-    isPipe_ = isOpen() && S_ISFIFO(opened.stx_mode);
+    mayRaiseSignal_ = isOpen() && (S_ISFIFO(opened.stx_mode) || isFileSizeLimited());
     failed_ = !isOpen();
 }
 
 std::size_t OutputFile::write(std::string_view text) noexcept {
-    std::optional<BrokenPipeGuard> guard;
-    if (isPipe_) {
-        guard.emplace(descriptor_);
+    std::optional<WriteSignalGuard> guard;
+    if (mayRaiseSignal_) {
+        guard.emplace(descriptor_, true);
     }
     const std::size_t taken = writeAll(descriptor_, text.data(), text.size());
     failed_ = taken != text.size() || failed_;

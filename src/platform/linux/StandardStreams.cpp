@@ -14,6 +14,9 @@ namespace {
 
 constexpr int UNKNOWN = -1;
 
+/// A stream may lead to a file that the shell has opened. Asked once, since it would cost each line a call.
+const bool wasLimitedAtLoad = isFileSizeLimited();
+
 /// What a standard stream has in the place of a buffer: it uses that of C's stream.
 using SharedBuffer = __gnu_cxx::stdio_sync_filebuf<char>;
 /// What it has instead once the application has called `sync_with_stdio(false)`.
@@ -74,7 +77,7 @@ void writePast(std::streambuf& buffer, const Target& target, std::string_view te
 void writeToStream(std::ostream& stream, std::string_view text) {
     const Target target = targetOf(stream.rdbuf());
     const bool flushesAnother = stream.tie() != nullptr;
-    const BrokenPipeGuard guard(flushesAnother ? UNKNOWN : target.descriptor);
+    const WriteSignalGuard guard(flushesAnother ? UNKNOWN : target.descriptor, wasLimitedAtLoad);
     if (target.descriptor == UNKNOWN) {
         writeByStream(stream, text);
         return;

@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <initializer_list>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -31,16 +33,12 @@ bool hasPlace(int descriptor) {
     return lseek(descriptor, 0, SEEK_CUR) >= 0;
 }
 
-sigset_t brokenPipe() {
+sigset_t signalsOfWrites() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, SIGXFSZ);
     return signals;
-}
-
-bool isPending(int signal) {
-    sigset_t pending;
-    return sigpending(&pending) == 0 && sigismember(&pending, signal) == 1;
 }
 
 } // namespace
@@ -60,39 +58,48 @@ std::size_t writeAll(int descriptor, const char* text, std::size_t size) {
     return taken;
 }
 
-BrokenPipeGuard::BrokenPipeGuard(int descriptor) noexcept : error_(errno), mayBreak_(!hasPlace(descriptor)) {
-    if (mayBreak_) {
+bool isFileSizeLimited() noexcept {
+    rlimit limit;
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+}
+
+WriteSignalGuard::WriteSignalGuard(int descriptor, bool isSizeLimited) noexcept
+    : error_(errno), mayRaise_(isSizeLimited || !hasPlace(descriptor)) {
+    if (mayRaise_) {
         block();
     }
 }
 
-BrokenPipeGuard::~BrokenPipeGuard() {
-    if (mayBreak_) {
+WriteSignalGuard::~WriteSignalGuard() {
+    if (mayRaise_) {
         unblock();
     }
     errno = error_;
 }
 
-void BrokenPipeGuard::block() noexcept {
-    const sigset_t signals = brokenPipe();
-    sigset_t before;
-    pthread_sigmask(SIG_BLOCK, &signals, &before);
-    wasBlocked_ = sigismember(&before, SIGPIPE) == 1;
-    wasPending_ = wasBlocked_ && isPending(SIGPIPE);
+/// Only a signal that was blocked before can be pending, and then it is somebody else's.
+void WriteSignalGuard::block() noexcept {
+    own_ = signalsOfWrites();
+    pthread_sigmask(SIG_BLOCK, &own_, &before_);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+        sigset_t pending;
+        if (sigismember(&before_, signal) == 1 && sigpending(&pending) == 0 &&
+            sigismember(&pending, signal) == 1) {
+            sigdelset(&own_, signal);
+        }
+    }
     errno = 0;
 }
 
 /// The signal goes to the thread that has written. Only a failed call can have raised it, so without an error
 /// the system is not asked.
-void BrokenPipeGuard::unblock() noexcept {
-    const sigset_t signals = brokenPipe();
-    if (errno != 0 && !wasPending_) {
+void WriteSignalGuard::unblock() noexcept {
+    if (errno != 0) {
         const timespec noTime = {0, 0};
-        sigtimedwait(&signals, nullptr, &noTime);
+        while (sigtimedwait(&own_, nullptr, &noTime) > 0) {
+        }
     }
-    if (!wasBlocked_) {
-        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 } // namespace Platform
