@@ -35,8 +35,8 @@ public:
     void open(const std::string& path, Mode mode, const FileRules& rules = FileRules()) noexcept;
 
     /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
-    /// end. It is a failure if the system does not accept the whole text. A pipe whose reader has left is a
-    /// failure and no signal.
+    /// end. It is a failure if the system does not accept the whole text. A pipe whose reader has left, and
+    /// a limit of the process on the size of files, are a failure and no signal.
     /// \return how many bytes of the text the system accepted
     std::size_t write(std::string_view text) noexcept;
 
@@ -61,7 +61,8 @@ private:
 
     int descriptor_ = NONE;
     bool failed_ = false;
-    bool isPipe_ = false; ///< whether its reader may leave
+    bool mayRaiseSignal_ =
+        false; ///< whether its reader may leave, or its size was limited when it was opened
 };
 
 } // namespace Platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace ZAV {
@@ -15,8 +16,13 @@ int processId();
 ///         that was made past the C library has its parent's.
 int rememberedProcessId();
 
-/// \return whether a process of that id exists; one that has ended counts until its parent has asked for its
-///         result, and another that got the id meanwhile counts as well
+/// \return what the ids of this process are counted in, since an id means nothing elsewhere: a container has
+///         ids of its own. Also 0 if the system does not say.
+std::uint64_t processIdSpace();
+
+/// \return whether a process of that id runs; another that got the id meanwhile counts as well. Where the
+///         system does not tell a process that has ended from one that runs, it counts until its parent has
+///         asked for its result.
 bool isProcessAlive(int id);
 
 } // namespace Platform

@@ -13,7 +13,8 @@ namespace Platform {
 /// - the text is one piece among what other threads write by way of the same stream.
 ///
 /// Whatever the stream leads to, a reader that has left is no signal, and the thread is not cancelled. A
-/// write that fails marks the stream as bad.
+/// write that fails loses the text and leaves the stream's state as it was, so that the next one is tried. A
+/// pipe that is full is waited for, also if another process has made it non-blocking.
 /// \throw what the stream throws
 void writeToStream(std::ostream& stream, std::string_view text);
 

@@ -10,6 +10,8 @@
 #include "platform/Process.h"
 
 #include <csignal>
+#include <fcntl.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -211,12 +213,37 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
         }
         _exit(0);
     }
-    ASSERT_EQ(waitpid(parent, nullptr, 0), parent);
     close(ends[1]);
     char nothing = 0;
-    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0);       // when the child has ended
+    ASSERT_EQ(waitpid(parent, nullptr, 0), parent); // whose result nobody has asked for until now
     EXPECT_EQ(content("0"), line("child"));
     EXPECT_EQ(content("1"), line("parent"));
+}
+
+TEST_F(FileSettings, AForkedChildInAnotherContainerLeavesTheRotationToItsParent) {
+    const pid_t parent = fork();
+    if (parent == 0) {
+        const auto appender = make<FileAppenderBuilder>({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+        appender->output(makeMessage("parent"));
+        const bool isApart = unshare(CLONE_NEWUSER | CLONE_NEWPID) == 0 || unshare(CLONE_NEWPID) == 0;
+        if (!isApart) {
+            _exit(EXIT_FAILURE);
+        }
+        const pid_t child = fork();
+        if (child == 0) {
+            appender->output(makeMessage("child"));
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(parent, &status, 0), parent);
+    if (status != 0) {
+        GTEST_SKIP() << "containers are not allowed here";
+    }
+    EXPECT_EQ(content("0"), line("parent") + line("child"));
 }
 
 TEST_F(FileSettings, WhatChildrenWriteBeforeTheirParentStaysInTheLiveFile) {
@@ -250,6 +277,32 @@ TEST_F(FileSettings, AForkedChildFollowsTheLiveFileThatItsParentMoves) {
     ASSERT_EQ(write(ends[1], "m", 1), 1);
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith("bbb"), EndsWith(" child")));
+}
+
+TEST_F(FileSettings, AForkedChildFollowsTheNextAppenderOfItsParent) {
+    const Settings rotatesAlways = {{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}};
+    auto appender = make<FileAppenderBuilder>(rotatesAlways);
+    appender->output(makeMessage("a"));
+    int toChild[2];
+    int toParent[2];
+    ASSERT_EQ(pipe(toChild) + pipe(toParent), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        char moved = 0;
+        appender->output(makeMessage("before"));
+        const bool isTold = write(toParent[1], "w", 1) == 1 && read(toChild[0], &moved, 1) == 1;
+        appender->output(makeMessage(isTold ? "after" : "not told"));
+        _exit(0);
+    }
+    char written = 0;
+    ASSERT_EQ(read(toParent[0], &written, 1), 1);
+    appender.reset();
+    appender = make<FileAppenderBuilder>(rotatesAlways);
+    appender->output(makeMessage("b"));
+    ASSERT_EQ(write(toChild[1], "m", 1), 1);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(content("1"), line("a") + line("before"));
+    EXPECT_EQ(content("0"), line("b") + line("after"));
 }
 
 TEST_F(FileSettings, AChildThatTakesOverASeriesWithoutAFileBeginsItAsItsParentWould) {
@@ -320,6 +373,45 @@ TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
         std::filesystem::remove(file("0"));
         std::filesystem::remove(file("1"));
     }
+}
+
+TEST_F(FileSettings, NoFileTakesThePlaceOfAClosedStandardStream) {
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            close(stream);
+        }
+        const auto appender = make<FileAppenderBuilder>({});
+        appender->output(makeMessage("a"));
+        bool isTaken = false;
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            isTaken = fcntl(stream, F_GETFD) >= 0 || isTaken;
+        }
+        _exit(isTaken ? EXIT_FAILURE : EXIT_SUCCESS);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(content("0"), line("a"));
+}
+
+TEST_F(FileSettings, ALimitOfSizeIsAFailedWriteAndNoSignal) {
+    const pid_t child = fork();
+    if (child == 0) {
+        limitFileSize(10);
+        std::signal(SIGXFSZ, SIG_DFL);
+        make<FileAppenderBuilder>({})->output(makeMessage("a"));
+        make<SimpleFileAppenderBuilder>({{"file", "s"}})->output(makeMessage("a"));
+        sigset_t pending;
+        const bool isLeft = sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) == 1;
+        _exit(isLeft || failures_.arguments.size() != 1 ? EXIT_FAILURE
+                                                        : EXIT_SUCCESS); // the simple one's is silent
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(content("0").size(), 10U);
+    EXPECT_EQ(readFile(directory_ / "s").size(), 10U);
 }
 
 TEST_F(FileSettings, TwoWritersLeaveNoHoles) {

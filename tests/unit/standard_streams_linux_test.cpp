@@ -5,6 +5,7 @@
 #include "log/appenders/StdoutAppender.h"
 #include "platform/StandardStreams.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -185,4 +186,45 @@ TEST(StandardStreams, AForkedChildHasNothingOfALineThatIsBeingWritten) {
         EXPECT_LT(readFile(directory / "child").size(), MORE_THAN_A_PIPE / 2);
         std::filesystem::remove(directory / "child");
     }
+}
+
+TEST(StandardStreams, AWriteThatFailsLeavesTheNextOneItsChance) {
+    const TemporaryDirectory directory;
+    for (const bool isSynchronised : {true, false}) {
+        EXPECT_EQ(inChild([&] {
+                      std::ios::sync_with_stdio(isSynchronised);
+                      dup2(brokenPipe(), STDOUT_FILENO);
+                      logTo(std::cout, "lost");
+                      dup2(openAnew(directory / "again"), STDOUT_FILENO);
+                      logTo(std::cout, "appender's");
+                      EXPECT_TRUE(std::cout << "program's\n" << std::flush);
+                  }),
+                  0);
+        EXPECT_THAT(readFile(directory / "again"), EndsWith(" appender's\nprogram's\n"));
+        EXPECT_THAT(readFile(directory / "again"), Not(HasSubstr("lost")));
+        std::filesystem::remove(directory / "again");
+    }
+}
+
+TEST(StandardStreams, ANonBlockingPipeGetsWholeLines) {
+    EXPECT_EQ(inChild([] {
+                  int ends[2];
+                  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+                  dup2(ends[1], STDOUT_FILENO);
+                  close(ends[1]);
+                  std::size_t received = 0;
+                  std::thread reader([&] {
+                      fcntl(ends[0], F_SETFL, 0);
+                      std::string part(4096, ' ');
+                      for (ssize_t size = 1; size > 0;) {
+                          size = read(ends[0], part.data(), part.size());
+                          received += static_cast<std::size_t>(std::max<ssize_t>(size, 0));
+                      }
+                  });
+                  logTo(std::cout, std::string(MORE_THAN_A_PIPE, 'x'));
+                  close(STDOUT_FILENO);
+                  reader.join();
+                  EXPECT_GT(received, MORE_THAN_A_PIPE);
+              }),
+              0);
 }

@@ -5,6 +5,7 @@
 #include "platform/Process.h"
 
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <new>
 
@@ -14,9 +15,23 @@ namespace Log {
 /// What the processes that were forked from the one that made the series have in common. They take no lock
 /// for it, since one of them may be killed at any moment.
 struct SeriesOwner::Common {
-    std::atomic<int> processId{Platform::processId()}; ///< of the process that rotates
+    std::atomic<int> processId{Platform::processId()};        ///< of the process that rotates
+    const std::uint64_t idSpace = Platform::processIdSpace(); ///< of that id
     std::atomic<unsigned> rotations{0};
-    std::atomic<bool> isShared{false}; ///< whether a process that may not rotate has written
+    std::atomic<unsigned> rotationsBefore{0}; ///< when the process that rotates began the series
+    std::atomic<bool> isShared{false};        ///< whether a process that may not rotate has written
+    std::atomic<bool> isFree{false}; ///< whether the process that rotates has no appender for it any more
+
+    /// For a process that has no appender for the series yet, and begins it as the first one did.
+    void takeIfFree() {
+        int rotating = processId;
+        const bool mayTake = Platform::processIdSpace() == idSpace &&
+                             (isFree.exchange(false) || !Platform::isProcessAlive(rotating));
+        if (mayTake && processId.compare_exchange_strong(rotating, Platform::processId())) {
+            rotationsBefore = rotations.load();
+            isShared = false;
+        }
+    }
 
     static_assert(std::atomic<int>::is_always_lock_free && std::atomic<unsigned>::is_always_lock_free &&
                       std::atomic<bool>::is_always_lock_free,
@@ -24,9 +39,6 @@ struct SeriesOwner::Common {
 };
 
 struct SeriesOwner::Series {
-    explicit Series(const std::string& path) : livePath(path) {}
-
-    const std::string livePath;
     const Platform::ForkedMemory memory{sizeof(Common)};
     Common& common = *new (memory.get()) Common;
     int users = 0; ///< objects of this class, guarded by the table's lock
@@ -38,17 +50,21 @@ struct SeriesOwner::Table {
 
     Series& enter(const std::string& livePath) {
         const Platform::ScopedLock scope(lock);
-        Series& entered = series.try_emplace(livePath, livePath).first->second;
+        Series& entered = series.try_emplace(livePath).first->second;
+        if (entered.users == 0) {
+            entered.common.takeIfFree();
+        }
         ++entered.users;
         return entered;
     }
 
-    /// A series that another process rotates stays in the table of a forked child.
+    /// The series stays, since a forked child may have its memory, and must hear of what the next appender
+    /// for the same files does.
     void leave(Series& left) {
         const Platform::ScopedLock scope(lock);
         --left.users;
         if (left.users == 0 && left.common.processId == Platform::processId()) {
-            series.erase(series.find(left.livePath));
+            left.common.isFree = true;
         }
     }
 };
@@ -69,18 +85,26 @@ SeriesOwner::~SeriesOwner() {
     table().leave(series_);
 }
 
-/// Whoever takes over a series that has begun finds a live file that others have written.
+/// Whoever takes over a series that has begun finds a live file that others have written. In another
+/// container than that of the process that rotates, nothing is known of it, and it may well live.
 bool SeriesOwner::mayRotate() {
     Common& common = series_.common;
     const int self = Platform::processId();
     int rotating = common.processId;
+    if (rotating != self && Platform::isProcessAlive(rotating)) {
+        return false;
+    }
+    if (Platform::processIdSpace() != common.idSpace) {
+        return false;
+    }
     if (rotating == self) {
         return true;
     }
-    if (Platform::isProcessAlive(rotating) || !common.processId.compare_exchange_strong(rotating, self)) {
+    if (!common.processId.compare_exchange_strong(rotating, self)) {
         return false;
     }
-    if (common.rotations != 0) {
+    common.isFree = false;
+    if (common.rotations != common.rotationsBefore) {
         common.isShared = true;
     }
     return true;

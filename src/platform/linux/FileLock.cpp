@@ -1,5 +1,7 @@
 #include "platform/FileLock.h"
 
+#include "platform/linux/FileDescriptor.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -28,7 +30,8 @@ FileLock::Result FileLock::acquire(const std::string& path, std::string& problem
     if (handle_ != NONE) {
         return HELD;
     }
-    const int opened = open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
+    const int opened = beyondStandardStreams(
+        open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644));
     if (opened >= 0 && flock(opened, LOCK_EX | LOCK_NB) == 0) {
         handle_ = opened;
         return HELD;

@@ -1,5 +1,6 @@
 #include "platform/InputFile.h"
 
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/StopDescriptor.h"
 
 #include <cerrno>
@@ -70,7 +71,8 @@ bool InputFile::open(const std::string& path, std::string& problem, Links links)
         return false;
     }
     const int noLink = links == Links::REFUSED ? O_NOFOLLOW : 0;
-    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | noLink);
+    const int opened =
+        beyondStandardStreams(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | noLink));
     if (opened < 0) {
         problem = describe(errno);
         return false;
@@ -85,7 +87,7 @@ bool InputFile::open(const std::string& path, std::string& problem, Links links)
 
 bool InputFile::openStandardInput(std::string& problem) {
     close();
-    handle_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    handle_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     struct stat status;
     if (!isOpen() || fstat(descriptor(handle_), &status) != 0) {
         problem = describe(errno);
@@ -99,7 +101,7 @@ bool InputFile::openStandardInput(std::string& problem) {
 
 InputFile InputFile::duplicate() const {
     InputFile copy;
-    copy.handle_ = fcntl(descriptor(handle_), F_DUPFD_CLOEXEC, 0);
+    copy.handle_ = fcntl(descriptor(handle_), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     return copy;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/OutputFile.h"
 
 #include "platform/CancellationGuard.h"
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 
 #include <cerrno>
@@ -153,21 +154,21 @@ char readLastCharacter(const char* path, const struct stat& file, const FileRule
 
 void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules) noexcept {
     const NoCancellation guard;
-    descriptor_ = openUnseen(path.c_str(), mode, rules);
+    descriptor_ = beyondStandardStreams(openUnseen(path.c_str(), mode, rules));
     struct statx opened;
     if (isOpen() && (!lookAt(descriptor_, opened) || !isAcceptable(opened, path.c_str(), mode, rules) ||
                      !makeReady(descriptor_, opened, mode))) {
         ::close(descriptor_);
         descriptor_ = NONE;
     }
-    isPipe_ = isOpen() && S_ISFIFO(opened.stx_mode);
+    mayRaiseSignal_ = isOpen() && (S_ISFIFO(opened.stx_mode) || isFileSizeLimited());
     failed_ = !isOpen();
 }
 
 std::size_t OutputFile::write(std::string_view text) noexcept {
-    std::optional<BrokenPipeGuard> guard;
-    if (isPipe_) {
-        guard.emplace(descriptor_);
+    std::optional<WriteSignalGuard> guard;
+    if (mayRaiseSignal_) {
+        guard.emplace(descriptor_, true);
     }
     const std::size_t taken = writeAll(descriptor_, text.data(), text.size());
     failed_ = taken != text.size() || failed_;

@@ -1,12 +1,17 @@
 #include "platform/Process.h"
 
+#include "platform/CancellationGuard.h"
+#include "platform/linux/FileDescriptor.h"
+
 #include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace ZAV {
@@ -46,6 +51,19 @@ void removeDeletedMark(std::string& path) {
     }
 }
 
+/// A process that has ended keeps its id until its parent asks for its result, which may be never. The system
+/// has for each process a descriptor that says so, if it is not too old for it.
+bool hasEnded(int id) {
+#ifdef SYS_pidfd_open
+    const NoCancellation guard;
+    const FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, id, 0)));
+    pollfd watched = {process.number(), POLLIN, 0};
+    return process.isOpen() && poll(&watched, 1, 0) == 1 && (watched.revents & POLLIN) != 0;
+#else
+    return false;
+#endif
+}
+
 } // namespace
 
 std::string executablePath() {
@@ -68,8 +86,13 @@ int rememberedProcessId() {
     return remembered != 0 ? remembered : processId();
 }
 
+std::uint64_t processIdSpace() {
+    struct stat space;
+    return stat("/proc/self/ns/pid", &space) == 0 ? space.st_ino : 0;
+}
+
 bool isProcessAlive(int id) {
-    return kill(id, 0) == 0 || errno == EPERM;
+    return (kill(id, 0) == 0 || errno == EPERM) && !hasEnded(id);
 }
 
 } // namespace Platform

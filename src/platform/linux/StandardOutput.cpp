@@ -44,6 +44,7 @@ void occupyClosedStreams() {
 
 void prepareStandardOutput() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a file at the limit of its size is a failed write
     occupyClosedStreams();
 }
 

@@ -14,6 +14,9 @@ namespace {
 
 constexpr int UNKNOWN = -1;
 
+/// A stream may lead to a file that the shell has opened. Asked once, since it would cost each line a call.
+const bool wasLimitedAtLoad = isFileSizeLimited();
+
 /// What a standard stream has in the place of a buffer: it uses that of C's stream.
 using SharedBuffer = __gnu_cxx::stdio_sync_filebuf<char>;
 /// What it has instead once the application has called `sync_with_stdio(false)`.
@@ -31,6 +34,15 @@ Target targetOf(std::streambuf* buffer) {
     }
     auto* const own = dynamic_cast<OwnBuffer*>(buffer);
     return {nullptr, own != nullptr && own->is_open() ? own->fd() : UNKNOWN};
+}
+
+/// A failure is not the application's, whose stream it would end.
+void writeByStream(std::ostream& stream, std::string_view text) {
+    const std::ios_base::iostate before = stream.rdstate();
+    stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    if (stream.rdstate() != before) {
+        stream.clear(before);
+    }
 }
 
 /// Keeps other threads from C's stream.
@@ -54,9 +66,10 @@ private:
 };
 
 /// Writes past the buffer; what the application has left in there goes first.
-bool writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
+void writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
     const HeldFile held(target.file);
-    return buffer.pubsync() == 0 && writeAll(target.descriptor, text.data(), text.size()) == text.size();
+    buffer.pubsync();
+    writeAll(target.descriptor, text.data(), text.size());
 }
 
 } // namespace
@@ -64,15 +77,15 @@ bool writePast(std::streambuf& buffer, const Target& target, std::string_view te
 void writeToStream(std::ostream& stream, std::string_view text) {
     const Target target = targetOf(stream.rdbuf());
     const bool flushesAnother = stream.tie() != nullptr;
-    const BrokenPipeGuard guard(flushesAnother ? UNKNOWN : target.descriptor);
+    const WriteSignalGuard guard(flushesAnother ? UNKNOWN : target.descriptor, wasLimitedAtLoad);
     if (target.descriptor == UNKNOWN) {
-        stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+        writeByStream(stream, text);
         return;
     }
-    const std::ostream::sentry isReady(stream); // flushes a tied stream, hence before the lock
-    if (isReady && !writePast(*stream.rdbuf(), target, text)) {
-        stream.setstate(std::ios_base::badbit);
+    if (flushesAnother) { // before the lock
+        stream.tie()->flush();
     }
+    writePast(*stream.rdbuf(), target, text);
 }
 
 } // namespace Platform

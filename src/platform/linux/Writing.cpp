@@ -3,6 +3,9 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <initializer_list>
+#include <poll.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -17,22 +20,25 @@ ssize_t writeUncancelled(int descriptor, const char* text, std::size_t size) {
     return ::syscall(SYS_write, descriptor, text, size);
 }
 
+/// Another process can make a pipe or terminal that it shares with this one non-blocking.
+bool waitUntilWritable(int descriptor) {
+    const NoCancellation guard;
+    pollfd watched = {descriptor, POLLOUT, 0};
+    return poll(&watched, 1, -1) == 1 || errno == EINTR;
+}
+
 /// The system knows a place in a file, and none in a pipe, a socket or a terminal. It may be another one with
 /// each write, and to ask for that costs a tenth of blocking a signal.
 bool hasPlace(int descriptor) {
     return lseek(descriptor, 0, SEEK_CUR) >= 0;
 }
 
-sigset_t brokenPipe() {
+sigset_t signalsOfWrites() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, SIGXFSZ);
     return signals;
-}
-
-bool isPending(int signal) {
-    sigset_t pending;
-    return sigpending(&pending) == 0 && sigismember(&pending, signal) == 1;
 }
 
 } // namespace
@@ -41,7 +47,7 @@ std::size_t writeAll(int descriptor, const char* text, std::size_t size) {
     std::size_t taken = 0;
     while (taken < size) {
         const ssize_t written = writeUncancelled(descriptor, text + taken, size - taken);
-        if (written < 0 && errno == EINTR) {
+        if (written < 0 && (errno == EINTR || (errno == EAGAIN && waitUntilWritable(descriptor)))) {
             continue;
         }
         if (written <= 0) {
@@ -52,39 +58,48 @@ std::size_t writeAll(int descriptor, const char* text, std::size_t size) {
     return taken;
 }
 
-BrokenPipeGuard::BrokenPipeGuard(int descriptor) noexcept : error_(errno), mayBreak_(!hasPlace(descriptor)) {
-    if (mayBreak_) {
+bool isFileSizeLimited() noexcept {
+    rlimit limit;
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+}
+
+WriteSignalGuard::WriteSignalGuard(int descriptor, bool isSizeLimited) noexcept
+    : error_(errno), mayRaise_(isSizeLimited || !hasPlace(descriptor)) {
+    if (mayRaise_) {
         block();
     }
 }
 
-BrokenPipeGuard::~BrokenPipeGuard() {
-    if (mayBreak_) {
+WriteSignalGuard::~WriteSignalGuard() {
+    if (mayRaise_) {
         unblock();
     }
     errno = error_;
 }
 
-void BrokenPipeGuard::block() noexcept {
-    const sigset_t signals = brokenPipe();
-    sigset_t before;
-    pthread_sigmask(SIG_BLOCK, &signals, &before);
-    wasBlocked_ = sigismember(&before, SIGPIPE) == 1;
-    wasPending_ = wasBlocked_ && isPending(SIGPIPE);
+/// Only a signal that was blocked before can be pending, and then it is somebody else's.
+void WriteSignalGuard::block() noexcept {
+    own_ = signalsOfWrites();
+    pthread_sigmask(SIG_BLOCK, &own_, &before_);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+        sigset_t pending;
+        if (sigismember(&before_, signal) == 1 && sigpending(&pending) == 0 &&
+            sigismember(&pending, signal) == 1) {
+            sigdelset(&own_, signal);
+        }
+    }
     errno = 0;
 }
 
 /// The signal goes to the thread that has written. Only a failed call can have raised it, so without an error
 /// the system is not asked.
-void BrokenPipeGuard::unblock() noexcept {
-    const sigset_t signals = brokenPipe();
-    if (errno != 0 && !wasPending_) {
+void WriteSignalGuard::unblock() noexcept {
+    if (errno != 0) {
         const timespec noTime = {0, 0};
-        sigtimedwait(&signals, nullptr, &noTime);
+        while (sigtimedwait(&own_, nullptr, &noTime) > 0) {
+        }
     }
-    if (!wasBlocked_) {
-        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    }
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 } // namespace Platform

@@ -2,6 +2,7 @@
 
 #include "platform/CancellationGuard.h"
 
+#include <csignal>
 #include <cstddef>
 
 namespace ZAV {
@@ -11,17 +12,21 @@ namespace Platform {
 /// \return how many bytes the system took; fewer than all if it refused the rest
 std::size_t writeAll(int descriptor, const char* text, std::size_t size);
 
-/// While it lives, a pipe or socket whose other end has gone fails the writes of its thread without the
-/// signal (SIGPIPE) that would end the process. What the process does about that signal is not touched, and
-/// one that somebody else has sent stays. `errno` is afterwards what it was before.
-class BrokenPipeGuard {
+/// \return whether the process may write no file beyond some size
+bool isFileSizeLimited() noexcept;
+
+/// While it lives, a pipe or socket whose other end has gone, and a file at the process's limit of size, fail
+/// the writes of its thread without the signal (SIGPIPE, SIGXFSZ) that would end the process. What the
+/// process does about these signals is not touched, and one that somebody else has sent stays. `errno` is
+/// afterwards what it was before.
+class WriteSignalGuard {
 public:
-    /// \param descriptor what will be written to; if it is a file, nothing has to be done. A bad one stands for
-    ///        anything.
-    explicit BrokenPipeGuard(int descriptor) noexcept;
-    ~BrokenPipeGuard();
-    BrokenPipeGuard(const BrokenPipeGuard&) = delete;
-    BrokenPipeGuard& operator=(const BrokenPipeGuard&) = delete;
+    /// \param descriptor what will be written to; if it is a file, nothing has to be done unless sizes are limited.
+    ///        A bad one stands for anything.
+    explicit WriteSignalGuard(int descriptor, bool isSizeLimited) noexcept;
+    ~WriteSignalGuard();
+    WriteSignalGuard(const WriteSignalGuard&) = delete;
+    WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
 
 private:
     void block() noexcept;
@@ -29,9 +34,9 @@ private:
 
     const NoCancellation noCancellation_; ///< a thread that takes a signal may be cancelled there
     const int error_;
-    const bool mayBreak_;
-    bool wasBlocked_ = false;
-    bool wasPending_ = false;
+    const bool mayRaise_;
+    sigset_t before_ = {}; ///< the signals that the thread blocked by itself
+    sigset_t own_ = {};    ///< those that only a write of this thread can have left pending
 };
 
 } // namespace Platform

@@ -20,6 +20,10 @@ int rememberedProcessId() {
     return processId();
 }
 
+std::uint64_t processIdSpace() {
+    return 0;
+}
+
 bool isProcessAlive(int id) {
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(id));
     if (process == nullptr) {
