@@ -9,7 +9,7 @@ namespace Platform {
 /// whoever calls this asks for them. Called once, before other threads start.
 void catchStopSignals();
 
-/// \return true if an end was requested since `catchStopSignals`
+/// \return true if an end was requested since `catchStopSignals`; false without that
 bool isStopRequested();
 
 /// Waits for a while, or until an end is requested or nobody reads standard output any more.

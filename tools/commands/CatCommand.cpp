@@ -70,7 +70,7 @@ ExitCode CatCommand::run(Output& output) {
     RecordShower shower(filter, *printer, streams.size());
     printing_.applyTo(shower);
     showAll(streams, shower, output);
-    std::vector<std::string> problems = {filter.problem()};
+    std::vector<std::string> problems = {filter.problem(), shower.problem()};
     for (RecordStream& stream : streams) {
         problems.push_back(stream.takeProblem());
     }

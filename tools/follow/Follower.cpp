@@ -139,6 +139,10 @@ void Follower::reportNotices(const std::vector<std::string>& notices) {
         filterProblem_ = filter_.problem();
         complain(filterProblem_);
     }
+    if (shower_.problem() != showerProblem_) {
+        showerProblem_ = shower_.problem();
+        complain(showerProblem_);
+    }
 }
 
 /// In this order: what has not left the process is not done, and what has should be done at once.

@@ -59,6 +59,7 @@ private:
     std::optional<StateFile> state_;
     std::string stateProblem_;      ///< why the state could not be written when that was last tried
     std::string filterProblem_;     ///< what was reported of the filter last
+    std::string showerProblem_;     ///< what was reported of the records last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
     std::chrono::steady_clock::time_point savedAt_;
     std::chrono::steady_clock::duration savePause_ = {}; ///< from then on until it is tried again

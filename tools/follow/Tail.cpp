@@ -1,10 +1,13 @@
 #include "follow/Tail.h"
 
+#include "platform/StopSignal.h"
+#include "records/RecordReader.h"
 #include "records/RecordStream.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <utility>
 
 namespace ZAV {
@@ -42,11 +45,32 @@ Window lookBehind(const LogFile& file, std::uint64_t offset, const RecordFilter&
     return window;
 }
 
+/// A window begins at a whole line: a time amid one is text that the line's writer may have chosen.
+/// \return the begin of the first line at an offset or behind it; the size of the file without one
+std::uint64_t lineFrom(const Platform::InputFile& file, std::uint64_t offset, std::uint64_t size) {
+    std::vector<char> block(RecordReader::BLOCK);
+    std::string ignored;
+    for (std::uint64_t place = offset - 1; place < size && !Platform::isStopRequested();) {
+        const std::int64_t count = file.readAt(place, block.data(), block.size(), ignored);
+        if (count <= 0) {
+            break;
+        }
+        const auto end = block.begin() + static_cast<std::ptrdiff_t>(count);
+        const auto lineFeed = std::find(block.begin(), end, '\n');
+        if (lineFeed != end) {
+            return std::min(size, place + static_cast<std::uint64_t>(lineFeed - block.begin()) + 1);
+        }
+        place += static_cast<std::uint64_t>(count);
+    }
+    return size;
+}
+
 Window findTail(const LogFile& file, const RecordFilter& filter, std::size_t count) {
     const std::uint64_t size = file.file.size();
     for (std::uint64_t length = FIRST_WINDOW;; length *= WINDOW_GROWTH) {
         const std::uint64_t offset = size - std::min(size, length);
-        const Window window = lookBehind(file, offset, filter);
+        const std::uint64_t begin = offset == 0 ? 0 : lineFrom(file.file, offset, size);
+        const Window window = lookBehind(file, begin, filter);
         if (window.wanted >= count || offset == 0) {
             return window;
         }

@@ -49,6 +49,7 @@ std::vector<InputSpec> InputOptions::inputsOfPaths() const {
     for (const std::string& path : paths_) {
         InputSpec input;
         input.path = path;
+        input.mayBeLink = path.empty() || path.back() != '.'; // as the base name of a series ends
         input.kind = path == STANDARD_INPUT ? InputSpec::STANDARD_INPUT : InputSpec::FILE_OR_SERIES;
         inputs.push_back(input);
     }

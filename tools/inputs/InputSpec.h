@@ -10,7 +10,7 @@ namespace Tools {
 /// What the user named to be read.
 struct InputSpec {
     enum Kind {
-        FILE_OR_SERIES, ///< the file of that path if there is one, the series of that base name otherwise
+        FILE_OR_SERIES, ///< the series of that base name if it has members, the file of that path otherwise
         FILE,
         SERIES,
         STANDARD_INPUT
@@ -20,6 +20,7 @@ struct InputSpec {
     Kind kind = FILE_OR_SERIES;
     Layout layout = Layout::UNKNOWN; ///< if it is known beforehand
     bool mayBeMissing = false;       ///< as long as its folder is there and can be read
+    bool mayBeLink = false;          ///< out of its folder: the user has typed the path of this very file
 };
 
 } // namespace Tools

@@ -54,15 +54,15 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// Whoever may write to the folder of a series could otherwise have any file shown by those who read the log.
-/// \return the file that a member of a series is, behind symbolic links within its folder; empty if one leads out of it
-std::string withinFolder(const std::string& member, std::string& problem) {
+/// Whoever may write to the folder of a log could otherwise have any file shown by those who read it.
+/// \return the file that one is which the user has not typed, behind symbolic links within its folder; empty if one leads out of it
+std::string withinFolder(const std::string& path, std::string& problem) {
     std::error_code error;
-    if (!fs::is_symlink(fs::symlink_status(member, error))) {
-        return member;
+    if (!fs::is_symlink(fs::symlink_status(path, error))) {
+        return path;
     }
-    const fs::path target = fs::canonical(member, error);
-    const fs::path folder = error ? fs::path() : fs::canonical(folderOf(member), error);
+    const fs::path target = fs::canonical(path, error);
+    const fs::path folder = error ? fs::path() : fs::canonical(folderOf(path), error);
     if (error) {
         problem = error.message();
         return "";
@@ -74,11 +74,35 @@ std::string withinFolder(const std::string& member, std::string& problem) {
     return target.string();
 }
 
-bool openMember(LogFile& member, std::string& problem) {
+bool openFound(LogFile& file, std::string& problem) {
     problem.clear();
-    const std::string path = withinFolder(member.path, problem);
-    return !path.empty() && member.file.open(path, problem, Platform::InputFile::Links::REFUSED) &&
-           !isPacked(member, problem);
+    const std::string path = withinFolder(file.path, problem);
+    return !path.empty() && file.file.open(path, problem, Platform::InputFile::Links::REFUSED) &&
+           !isPacked(file, problem);
+}
+
+/// A file of that name must neither hide the series nor lead out of its folder: whoever may write there can
+/// make one.
+void addFileOfBaseName(std::vector<LogFile>& files, const InputSpec& input,
+                       std::vector<std::string>& problems) {
+    LogFile file;
+    file.path = input.path;
+    file.layout = input.layout;
+    std::string problem;
+    if (!isThere(file.path)) {
+        return;
+    }
+    if (!openFound(file, problem)) {
+        problems.push_back(file.path + ": " + problem);
+    } else if (!isAmong(files, file)) {
+        files.insert(files.begin(), std::move(file));
+    }
+}
+
+/// \return true if the path is that of a file which a series of longer names must not claim, such as app.log.1 beside
+/// app.log.10
+bool endsInDigit(const std::string& path) {
+    return !path.empty() && path.back() >= NEWEST && path.back() <= OLDEST;
 }
 
 /// \return why nothing can be said about the files that are not in a folder; empty if none was written there yet
@@ -96,6 +120,9 @@ std::string whyUnknown(const InputSpec& input) {
 }
 
 bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
+    if (input.kind != InputSpec::STANDARD_INPUT && !input.mayBeLink) {
+        return openFound(file, problem);
+    }
     const bool isOpen = input.kind == InputSpec::STANDARD_INPUT ? file.file.openStandardInput(problem)
                                                                 : file.file.open(file.path, problem);
     file.offset = isOpen && input.kind == InputSpec::STANDARD_INPUT ? file.file.position() : 0;
@@ -105,10 +132,14 @@ bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
 } // namespace
 
 InputSpec::Kind resolve(const InputSpec& input) {
-    if (input.kind != InputSpec::FILE_OR_SERIES || isFile(input.path)) {
-        return input.kind == InputSpec::FILE_OR_SERIES ? InputSpec::FILE : input.kind;
+    if (input.kind != InputSpec::FILE_OR_SERIES) {
+        return input.kind;
     }
-    return hasSeries(input.path) ? InputSpec::SERIES : InputSpec::FILE_OR_SERIES;
+    const bool isThereAsFile = isFile(input.path);
+    if (hasSeries(input.path) && !(isThereAsFile && endsInDigit(input.path))) {
+        return InputSpec::SERIES;
+    }
+    return isThereAsFile ? InputSpec::FILE : InputSpec::FILE_OR_SERIES;
 }
 
 /// From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file on its
@@ -124,7 +155,7 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
             continue;
         }
         std::string problem;
-        const bool isOpen = openMember(member, problem) || openMember(member, problem);
+        const bool isOpen = openFound(member, problem) || openFound(member, problem);
         if (isOpen && !isAmong(files, member)) {
             files.push_back(std::move(member));
         } else if (!isOpen && isThere(member.path)) {
@@ -132,6 +163,9 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
         }
     }
     std::reverse(files.begin(), files.end());
+    if (input.kind == InputSpec::FILE_OR_SERIES) {
+        addFileOfBaseName(files, input, problems);
+    }
     return files;
 }
 

@@ -6,6 +6,13 @@
 namespace ZAV {
 namespace Tools {
 
+namespace {
+
+/// Of records whose later parts are kept too: a few without an end must not fill the memory.
+constexpr std::size_t MOST_KEPT = 16 * 1024 * 1024;
+
+} // namespace
+
 const std::string& RecordShower::show(std::size_t input, RecordStream& stream) {
     text_.clear();
     Fate& fate = fates_[input];
@@ -77,13 +84,29 @@ std::string& RecordShower::placeOf(const Fate& fate) {
     for (std::deque<Entry>* const entries : {&held_, &kept_}) {
         const auto found = std::find_if(entries->rbegin(), entries->rend(),
                                         [&fate](const Entry& entry) { return entry.number == fate.number; });
-        if (found != entries->rend()) {
+        if (found != entries->rend() && !isFull()) {
             return found->text;
+        }
+        if (found != entries->rend()) {
+            problem_ =
+                "very long records are shown in part: no more than 16 MiB are kept until they can be shown";
+            nowhere_.clear();
+            return nowhere_;
         }
     }
     const bool isDropped = limit_ || fate.kind == Fate::HELD;
     nowhere_.clear();
     return isDropped ? nowhere_ : text_;
+}
+
+bool RecordShower::isFull() const {
+    std::size_t size = 0;
+    for (const std::deque<Entry>* const entries : {&held_, &kept_}) {
+        for (const Entry& entry : *entries) {
+            size += entry.text.size();
+        }
+    }
+    return size >= MOST_KEPT;
 }
 
 /// A wanted record too many is kept no longer than what is shown around the next one.
@@ -119,9 +142,9 @@ const std::string& RecordShower::release() {
     if (keptWanted_ == 0) {
         kept_.clear();
     }
-    for (const Entry& entry : std::exchange(kept_, {})) {
-        addGap(entry.number);
-        text_ += entry.text;
+    for (; !kept_.empty(); kept_.pop_front()) {
+        addGap(kept_.front().number);
+        text_ += kept_.front().text;
     }
     return text_;
 }

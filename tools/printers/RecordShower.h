@@ -39,6 +39,9 @@ public:
     /// \return the text to show, until the next call
     const std::string& release();
 
+    /// \return what was left out of records that may be shown later; empty if nothing was
+    const std::string& problem() const { return problem_; }
+
     /// \return what comes behind all records
     const std::string& end();
 
@@ -58,6 +61,7 @@ private:
     std::string& hold();
     void showHeld();
     std::string& placeOf(const Fate& fate);
+    bool isFull() const;
     std::string& placeFor(std::uint64_t number, bool isWanted);
     void dropBeyondLimit();
     void addGap(std::uint64_t number);
@@ -76,6 +80,7 @@ private:
     std::size_t keptWanted_ = 0;  ///< how many of them are wanted
     std::string text_;
     std::string nowhere_;
+    std::string problem_;
 };
 
 } // namespace Tools

@@ -1,5 +1,7 @@
 #include "records/RecordReader.h"
 
+#include "platform/StopSignal.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -60,7 +62,11 @@ bool RecordReader::findEnd() {
 }
 
 bool RecordReader::fill() {
-    if (isStopped_) {
+    if (sinceLastLook_ >= LONGEST_RECORD) {
+        sinceLastLook_ = 0;
+        isInterrupted_ = Platform::isStopRequested();
+    }
+    if (isStopped_ || isInterrupted_) {
         return false;
     }
     makeRoom();
@@ -70,6 +76,7 @@ bool RecordReader::fill() {
         return false;
     }
     end_ += static_cast<std::size_t>(count);
+    sinceLastLook_ += static_cast<std::size_t>(count);
     return true;
 }
 

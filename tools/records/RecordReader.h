@@ -25,7 +25,7 @@ public:
 
     /// Gives the next record that another one follows.
     /// \param record is valid until the next call
-    /// \return false if the file, as long as it is now, holds no further one
+    /// \return false if the file, as long as it is now, holds no further one, or if `isInterrupted`
     bool next(Record& record);
 
     /// Gives what `next` left: the last record of the file, whose end nothing marks.
@@ -50,6 +50,10 @@ public:
 
     /// \return true if whole lines were read and not handed out
     bool hasWholeLines() const { return begin_ != line_; }
+
+    /// \return true if the process was asked to end amid a long stretch of the file: it is read no further, and where it
+    /// ends is not known
+    bool isInterrupted() const { return isInterrupted_; }
 
     /// Treats what was read as all that there is.
     void stopReading() { isStopped_ = true; }
@@ -76,6 +80,8 @@ private:
     bool continues_ = false;   ///< lines without a time belong to the record that was handed out last
     bool isInLine_ = false;    ///< what was handed out last ended within a line
     bool isStopped_ = false;
+    bool isInterrupted_ = false;
+    std::size_t sinceLastLook_ = 0; ///< bytes since the signals were looked at
     std::uint64_t lowest_ = 0; ///< offset of the line where the time stops going back, if it does so ahead
     std::string header_;
     std::string normalised_;

@@ -64,6 +64,9 @@ bool RecordStream::read(Ending ending) {
         if (current_ && current_->reader.next(record_)) {
             return true;
         }
+        if (current_ && current_->reader.isInterrupted()) {
+            return false; // what was read may be no whole record, and later files must wait for this one
+        }
         const bool hasEnded = current_ && current_->log.file.hasEnded();
         const bool isOver = ending == Ending::FINAL || hasMoreFiles() || hasEnded;
         const bool isSettled = bytesSeen() == settledAt_;

@@ -29,7 +29,7 @@ public:
     void append(LogFile file);
 
     /// Goes to the next record.
-    /// \return false if there is none now
+    /// \return false if there is none now, or none in what was read before the process was asked to end
     bool next(Ending ending);
 
     /// Says that a while has passed. A last record of whole lines is given then, unless the file has grown

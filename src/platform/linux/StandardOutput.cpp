@@ -58,6 +58,8 @@ WriteResult writeStandardOutput(std::string_view text, std::string& problem) {
             text.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EPIPE) {
             return WriteResult::NO_READER;
+        } else if (errno == EAGAIN) {
+            waitUntilWritable(); // a pipe that others have told not to block
         } else if (errno != EINTR) {
             problem = std::generic_category().message(errno);
             return WriteResult::FAILED;

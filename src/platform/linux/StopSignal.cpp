@@ -41,7 +41,7 @@ void catchStopSignals() {
 
 bool isStopRequested() {
     sigset_t pending;
-    return sigpending(&pending) == 0 &&
+    return stopDescriptor_ >= 0 && sigpending(&pending) == 0 &&
            (sigismember(&pending, SIGINT) == 1 || sigismember(&pending, SIGTERM) == 1);
 }
 

@@ -38,7 +38,7 @@ void catchStopSignals() {
 }
 
 bool isStopRequested() {
-    return WaitForSingleObject(stopEvent(), 0) == WAIT_OBJECT_0;
+    return catchesStopSignals_ && WaitForSingleObject(stopEvent(), 0) == WAIT_OBJECT_0;
 }
 
 bool waitForStop(std::chrono::milliseconds time) {
