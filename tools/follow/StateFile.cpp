@@ -3,10 +3,13 @@
 #include "Failure.h"
 #include "platform/InputFile.h"
 #include "platform/ReplacedFile.h"
+#include "zav-util/Utf8.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -18,6 +21,25 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr int VERSION = 1;
+
+/// JSON holds no other text than UTF-8. Behind a NUL, which no path holds, each character stands for a byte.
+std::string toKey(const std::string& path) {
+    for (std::string_view rest = path; !rest.empty();) {
+        const std::size_t size = Util::firstCodePoint(rest).size;
+        if (size == 0) {
+            std::string key(1, '\0');
+            for (const char byte : path) {
+                const auto value = static_cast<unsigned char>(byte);
+                key += value < 0x80 ? std::string(1, byte)
+                                    : std::string{static_cast<char>(0xc0 | value >> 6),
+                                                  static_cast<char>(0x80 | (value & 0x3f))};
+            }
+            return key;
+        }
+        rest.remove_prefix(size);
+    }
+    return path;
+}
 
 Json toJson(const FilePlace& place) {
     return {{"device", place.identity().device},
@@ -101,12 +123,12 @@ void StateFile::load() {
 }
 
 std::optional<FilePlace> StateFile::find(const std::string& input) const {
-    const auto found = places_.find(input);
+    const auto found = places_.find(toKey(input));
     return found == places_.end() ? std::nullopt : std::optional<FilePlace>(found->second);
 }
 
 void StateFile::set(const std::string& input, const FilePlace& place) {
-    FilePlace& kept = places_[input];
+    FilePlace& kept = places_[toKey(input)];
     const bool isSame =
         kept.identity() == place.identity() && kept.offset() == place.offset() && kept.mark() == place.mark();
     if (!isSame) {

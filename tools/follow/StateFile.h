@@ -49,7 +49,7 @@ private:
     bool isChanged_ = false;
     bool isPrepared_ = false;
     std::string problem_;
-    std::map<std::string, FilePlace> places_;
+    std::map<std::string, FilePlace> places_; ///< by the keys of the inputs in the JSON
 };
 
 } // namespace Tools
