@@ -112,7 +112,7 @@ void AsynchronousAppenders::renewList() {
 }
 
 template <typename Condition>
-bool AsynchronousAppenders::hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+bool AsynchronousAppenders::hasEntry(Condition condition) {
     const ScopedLock listLock(listLock_);
     return std::any_of(asynchronousAppenders_.begin(), asynchronousAppenders_.end(), condition) ||
            std::any_of(added_.begin(), added_.end(), condition);

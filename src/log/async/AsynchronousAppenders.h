@@ -70,7 +70,7 @@ private:
     void countProgress() noexcept;
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
-    bool hasEntry(Condition condition);
+    bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // one of the two locks is enough
 
     Platform::CriticalSection appendersLock_; ///< held for a whole delivery
 
