@@ -294,7 +294,9 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     appenders_.endDeliveryInChild();
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
-    static_cast<void>(consumerThread_.release());
+    if (consumerThread_) {
+        parentsConsumer_ = consumerThread_.release();
+    }
     state_ = appenders_.isEmpty() ? ABSENT : WANTED;
     queue_.setServed(false);
 }

@@ -87,6 +87,7 @@ private:
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
+    Worker* parentsConsumer_ = nullptr; ///< in a forked child: left alone, since it does not run there
 };
 
 } // namespace Log

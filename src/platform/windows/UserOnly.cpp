@@ -35,8 +35,10 @@ std::string userIdentifier() {
 }
 
 UserOnly::UserOnly() {
-    // Protected from what would be inherited; one entry, which allows the user everything.
-    const std::string description = "D:P(A;;GA;;;" + userIdentifier() + ")";
+    // The user's own, and not that of a group of his; protected from what would be inherited; one entry,
+    // which allows the user everything.
+    const std::string user = userIdentifier();
+    const std::string description = "O:" + user + "D:P(A;;GA;;;" + user + ")";
     attributes_.nLength = sizeof attributes_;
     attributes_.bInheritHandle = FALSE;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(description.c_str(), SDDL_REVISION_1,
