@@ -15,7 +15,7 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 // A thread that ends the process from inside an appender leaves what its frames hold.
-extern "C" const char* __asan_default_options() {
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "detect_leaks=0";
 }
 #endif
