@@ -20,10 +20,10 @@ std::atomic<int> freed{0};
 
 } // namespace
 
-// They stand in the place of the system's. Not inlined: the compiler would take the call of free for a
-// mistake.
+// They stand in the place of the system's. None is inlined: the compiler would see a malloc whose memory is
+// deleted, or a new whose memory is freed, and take it for a mistake.
 
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(size)) {
         return memory;
     }
