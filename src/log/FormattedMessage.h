@@ -1,30 +1,36 @@
 #pragma once
 
 #include "log/Level.h"
-#include "log/MessageStream.h"
+#include "log/TaggedValue.h"
+#include "zav-util/Export.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
-#include <iterator>
 #include <new>
-#include <string>
 #include <string_view>
-#include <utility>
+#include <type_traits>
 
-#if __has_include(<fmt/compile.h>)
-#include <fmt/compile.h>
+#if __has_include(<fmt/format.h>)
 #include <fmt/format.h>
-/// The format as a type that is checked and one that is taken to pieces while the program is compiled: the
-/// first refuses more, the second is about a third faster than reading the format with every message.
-#define ZAV_LOGF_CHECKED(format) FMT_STRING(format), FMT_COMPILE(format),
+#define ZAV_LOGF_CHECKED(format) FMT_STRING(format)
 #else
 #if __has_include(<format>)
 #include <format>
 #endif
 #if !defined(__cpp_lib_format)
-#error "log/LogFormat.h needs {fmt} (libfmt-dev, and fmt::fmt or fmt::fmt-header-only to link) or std::format"
+#error "log/LogFormat.h needs the headers of {fmt} (libfmt-dev), or std::format"
 #endif
-#define ZAV_LOGF_CHECKED(format)
+#include <iterator>
+#include <string>
+#define ZAV_LOGF_CHECKED(format) format
+#endif
+
+/// Whether the compiler knows the text; only then it can check it.
+#if defined(__GNUC__)
+#define ZAV_LOGF_IS_KNOWN(format) __builtin_constant_p(::ZAV::Log::FormatText::firstOf(format))
+#else
+#define ZAV_LOGF_IS_KNOWN(format) true
 #endif
 
 namespace ZAV {
@@ -34,76 +40,174 @@ class Logger;
 
 /// Used by the macros of `log/LogFormat.h`, not directly.
 ///
-/// A message that the macros of `log/LogFormat.h` put together from a format and values.
-class FormattedMessage {
-public:
-    /// \param level at or above the logger's
-    FormattedMessage(Logger& logger, Level::LogLevel level, int line, std::string_view file)
-        : logger_(logger), level_(level), line_(line), file_(file) {}
+/// The text of a format: a literal with all of its characters, or what converts to `std::string_view`.
+struct FormatText {
+    template <std::size_t SIZE>
+    constexpr FormatText(const char (&literal)[SIZE])
+        : data(literal), size(SIZE - (literal[SIZE - 1] == '\0' ? 1 : 0)) {}
+    template <typename Text, std::enable_if_t<!std::is_array_v<Text>, int> = 0>
+    constexpr FormatText(const Text& text) : FormatText(std::string_view(text)) {}
+    constexpr FormatText(std::string_view text) : data(text.data()), size(text.size()) {}
 
-#if __has_include(<fmt/compile.h>)
-    /// Formats and logs. Not inline: the caller's code, which as a rule ends at the comparison of levels,
-    /// stays short.
-    /// \throw std::bad_alloc and what the logger's function for the level throws
-    template <typename Checked, typename Compiled, typename... Values>
-    [[gnu::noinline]] void log(Checked checked, Compiled compiled, std::string_view format,
-                               Values&&... values) const {
-        static_cast<void>(fmt::format_string<Values...>(checked));
-        fmt::basic_memory_buffer<char, ROOM> text;
-        const auto formatValues = [&] {
-            fmt::format_to(fmt::appender(text), compiled, std::forward<Values>(values)...);
-        };
-        if (succeeds(format, formatValues)) {
-            logText(std::string_view(text.data(), text.size()));
+    static constexpr char firstOf(std::string_view format) { return format.empty() ? '\0' : format[0]; }
+    static char firstOf(...);
+
+    const char* data;
+    std::size_t size;
+};
+
+/// Used by the macros of `log/LogFormat.h`, not directly.
+///
+/// \return how many values a format uses at most: those that it names by their positions, or as many as it has fields,
+///         those within fields included. One that names a value otherwise may use any.
+constexpr std::size_t mostValues(std::string_view format) {
+    std::size_t fields = 0;
+    std::size_t positions = 0;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        if (format[i] != '{' || ++i == format.size() || format[i] == '{') {
+            continue;
         }
+        if (format[i] == '}' || format[i] == ':') {
+            ++fields;
+            --i; // a brace may follow
+            continue;
+        }
+        if (format[i] < '0' || format[i] > '9') {
+            return std::string_view::npos;
+        }
+        std::size_t position = 0;
+        for (; i < format.size() && format[i] >= '0' && format[i] <= '9'; ++i) {
+            position = 10 * position + static_cast<std::size_t>(format[i] - '0');
+        }
+        positions = position >= positions ? position + 1 : positions;
+        --i;
+    }
+    return fields > positions ? fields : positions;
+}
+
+/// Used by the macros of `log/LogFormat.h`, not directly.
+///
+/// Logs messages that are put together from a format and values. Every call of a macro brings code for
+/// nothing but the passing of its arguments: values of the usual types are tagged by one function for each
+/// list of types, and formatted by the library. Calls with values of other types format here, in the caller's
+/// program.
+///
+/// There is no object of static lifetime, in functions of the caller neither: with g++ it would keep a plugin
+/// from being unloaded.
+class FormattedMessage {
+    template <typename Type>
+    struct Itself {
+        using type = Type;
+    };
+
+#if __has_include(<fmt/format.h>)
+    /// Made from a format; that the compiler can make it shows that the format suits values of the types.
+    template <typename... Values>
+    struct Checked {
+        template <typename Format>
+        constexpr Checked(Format) {
+            constexpr fmt::string_view format = fmt::string_view(Format());
+            static_assert(mostValues({format.data(), format.size()}) >= sizeof...(Values),
+                          "a ZAV_LOGF_ call has more values than its format has fields");
+            static_cast<void>(fmt::format_string<Values...>(Format()));
+        }
+    };
+#else
+    template <typename... Values>
+    using Checked = std::format_string<Values...>;
+#endif
+
+public:
+    /// The place of a call. What it points to lasts as long as the code of the call.
+    struct Place {
+        std::string_view file;
+        std::string_view format;
+        int line;
+        Level::LogLevel level;
+    };
+
+    /// The numbers of a place as one, which a call passes with one instruction.
+    static constexpr std::uint64_t numbers(std::size_t fileSize, unsigned line, unsigned level) {
+        return static_cast<std::uint64_t>(fileSize) << 32U | line << 8U | level;
+    }
+
+    // The functions "log" are not inline: the caller's code, which as a rule ends at the comparison of
+    // levels, stays short. All throw std::bad_alloc and what the logger's function for the level throws.
+
+#if __has_include(<fmt/format.h>)
+    template <typename... Values, std::enable_if_t<areTagged<Values...>, int> = 0>
+    [[gnu::noinline]] static void log(Checked<typename Tagging<Values>::Type...>, Logger& logger,
+                                      std::uint64_t numbers, const char* file, FormatText format,
+                                      const Values&... values) {
+        const TaggedValue tagged[] = {tag(values)..., TaggedValue()};
+        logTagged(logger, place(numbers, file, {format.data, format.size}), tagged, sizeof...(Values));
+    }
+
+    template <typename... Values,
+              std::enable_if_t<!areTagged<std::remove_cv_t<std::remove_reference_t<Values>>...>, int> = 0>
+    [[gnu::noinline]] static void log(typename Itself<Checked<Values...>>::type, Logger& logger,
+                                      std::uint64_t numbers, const char* file, FormatText format,
+                                      Values&&... values) {
+        logHere(logger, place(numbers, file, {format.data, format.size}), fmt::make_format_args(values...));
     }
 #else
-    /// Formats and logs, as above. The format is checked by the compiler.
     template <typename... Values>
-    void log(std::format_string<Values...> format, Values&&... values) const {
-        std::string text;
-        text.reserve(ROOM);
-        const auto formatValues = [&] {
-            std::format_to(std::back_inserter(text), format, std::forward<Values>(values)...);
-        };
-        if (succeeds(format.get(), formatValues)) {
-            logText(text);
-        }
+    [[gnu::noinline]] static void log(Checked<Values...> checked, Logger& logger, std::uint64_t numbers,
+                                      const char* file, FormatText, Values&&... values) {
+        logHere(logger, place(numbers, file, checked.get()), std::make_format_args(values...));
     }
 #endif
 
-private:
-    /// Texts up to this size take no memory from the heap.
-    static constexpr std::size_t ROOM = 512;
+    /// Formats in the library and logs.
+    /// \param values `count` of them, of the types that the format was checked for
+    ZAV_LOG_API static void logTagged(Logger& logger, const Place& place, const TaggedValue* values,
+                                      std::size_t count);
 
-    /// Logs the failure if the values cannot be formatted.
+private:
+    static Place place(std::uint64_t numbers, const char* file, std::string_view format) {
+        return {{file, static_cast<std::size_t>(numbers >> 32U)},
+                format,
+                static_cast<int>(numbers >> 8U & 0xFFFFFFU),
+                static_cast<Level::LogLevel>(numbers & 0xFFU)};
+    }
+
+    /// Logs a text that was made from the format.
+    ZAV_LOG_API static void logText(Logger& logger, const Place& place, std::string_view text);
+
+    /// Logs the format and why no text could be made from it.
+    /// \param reason null if it is not known
+    ZAV_LOG_API static void logFailure(Logger& logger, const Place& place, const char* reason);
+
+    /// Formats in the caller's program. The one function that needs {fmt} to be linked.
+#if __has_include(<fmt/format.h>)
+    [[gnu::noinline]] static void logHere(Logger& logger, const Place& place, fmt::format_args values) {
+        fmt::memory_buffer text;
+        const auto format = [&] { fmt::vformat_to(fmt::appender(text), place.format, values); };
+#else
+    [[gnu::noinline]] static void logHere(Logger& logger, const Place& place, std::format_args values) {
+        std::string text;
+        const auto format = [&] { std::vformat_to(std::back_inserter(text), place.format, values); };
+#endif
+        if (succeeds(logger, place, format)) {
+            logText(logger, place, {text.data(), text.size()});
+        }
+    }
+
+    /// Logs the failure if a text cannot be made.
     template <typename Format>
-    bool succeeds(std::string_view format, Format formatValues) const {
+    static bool succeeds(Logger& logger, const Place& place, Format format) {
         try {
-            formatValues();
+            format();
             return true;
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const std::exception& exception) {
-            logFailure(format, exception.what());
+            logFailure(logger, place, exception.what());
         } catch (...) {
-            logFailure(format, "unknown exception");
+            logFailure(logger, place, nullptr);
         }
         return false;
     }
-
-    void logFailure(std::string_view format, std::string_view reason) const {
-        logText(std::string(format).append(" [not formatted: ").append(reason).append("]"));
-    }
-
-    void logText(std::string_view text) const {
-        MessageStream::log(logger_, level_, text, line_, file_);
-    }
-
-    Logger& logger_;
-    Level::LogLevel level_;
-    int line_;
-    std::string_view file_;
 };
 
 } // namespace Log

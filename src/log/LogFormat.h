@@ -5,15 +5,20 @@
 ///
 ///     ZAV_LOGF_INFO(logger, "user {} left after {} s", id, seconds);
 ///
-/// The format is a literal in the language of {fmt}, which is that of `std::format`. One that does not suit
-/// the values is an error of the compiler. As with the macros of `log/LogMacros.h`, nothing is evaluated when
-/// the logger's level is above the message's, and `ZAV_LOG_ACTIVE_LEVEL` removes the calls below a level.
+/// The format is a literal, or a constant that the compiler knows, in the language of {fmt}, which is that of
+/// `std::format`. One that does not suit the values, or uses fewer than there are, is an error of the
+/// compiler. As with the macros of `log/LogMacros.h`, nothing is evaluated when the logger's level is above
+/// the message's, and `ZAV_LOG_ACTIVE_LEVEL` removes the calls below a level.
 ///
-/// A failure to format a value, which only a formatter of the application's can have, is not thrown: the
-/// message then holds the format and the failure's text. Only std::bad_alloc reaches the caller.
+/// A failure to format a value, such as a null pointer in place of a text, a negative width that is a value
+/// itself, or what a formatter of the application's throws, is not thrown: the message then holds the format
+/// and the failure's text. Only std::bad_alloc reaches the caller.
 ///
-/// The library itself does not contain {fmt}: a program that includes this header links `fmt::fmt` or
-/// `fmt::fmt-header-only`. Where {fmt} is missing, the header uses `std::format`.
+/// The header needs those of {fmt}, for the check alone: numbers, characters, booleans, texts (`const char*`,
+/// `std::string`, `std::string_view`) and addresses are formatted by the library, which contains {fmt} and
+/// shows nothing of it. A program links `fmt::fmt` or `fmt::fmt-header-only` only if it logs values of other
+/// types, such as durations, enumerations, `long double`, and those for which it has formatters of its own.
+/// Where the headers of {fmt} are missing, `std::format` checks and formats all calls.
 
 #include "log/FormattedMessage.h"
 #include "log/LogMacros.h"
@@ -22,8 +27,12 @@
 /// compiler checks; `ZAV_LOGF_FIRST` always gets another argument, since it may not do without.
 #define ZAV_LOGF_MESSAGE(logger, level, ...)                                                                 \
     ZAV_LOG_IF_LOGGABLE(logger, level,                                                                       \
-                        ::ZAV::Log::FormattedMessage(zavLogLogger, zavLogLevel, __LINE__, __FILE__)          \
-                            .log(ZAV_LOGF_CHECKED(ZAV_LOGF_FIRST(__VA_ARGS__, )) __VA_ARGS__);)
+                        static_assert(ZAV_LOGF_IS_KNOWN(ZAV_LOGF_FIRST(__VA_ARGS__, )),                      \
+                                      "the format of a ZAV_LOGF_ call must be a string literal");            \
+                        ::ZAV::Log::FormattedMessage::log(                                                   \
+                            ZAV_LOGF_CHECKED(ZAV_LOGF_FIRST(__VA_ARGS__, )), zavLogLogger,                   \
+                            ::ZAV::Log::FormattedMessage::numbers(sizeof __FILE__ - 1, __LINE__, level),     \
+                            __FILE__, __VA_ARGS__);)
 #define ZAV_LOGF_FIRST(first, ...) first
 
 #define ZAV_LOGF_AUDIT(logger, ...) ZAV_LOGF_MESSAGE(logger, 60, __VA_ARGS__)

@@ -8,13 +8,20 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
 enum class Failure { EXCEPTION, NUMBER, MEMORY };
+enum Colour { RED, GREEN };
+
+#define FORMAT_OF_A_MACRO "of a macro {}"
+constexpr char FORMAT_IN_AN_ARRAY[] = "in an array {}";
+constexpr const char* FORMAT_BEHIND_A_POINTER = "behind a pointer {}";
 
 } // namespace
 
@@ -104,7 +111,86 @@ TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
     EXPECT_EQ(appender_.texts.back(), longText + longText);
 }
 
+/// Logs with a format and expects the text that {fmt} makes.
+#define EXPECT_TEXT_OF_FMT(...)                                                                              \
+    do {                                                                                                     \
+        ZAV_LOGF_AUDIT(logger_, __VA_ARGS__);                                                                \
+        EXPECT_EQ(appender_.texts.back(), fmt::format(__VA_ARGS__));                                         \
+    } while (false)
+
+TEST_F(FormatMacros, WriteNumbersAsFmtDoes) {
+    for (const long long number : {0LL, 7LL, -7LL, 1234567890123LL, std::numeric_limits<long long>::max(),
+                                   std::numeric_limits<long long>::min()}) {
+        EXPECT_TEXT_OF_FMT("{} {:d} {:x} {:#X} {:b} {:o} {:+} {: } {:08} {:<6}| {:^9}|", number, number,
+                           number, number, number, number, number, number, number, number, number);
+        EXPECT_TEXT_OF_FMT("{} {} {} {}", static_cast<short>(number), static_cast<signed char>(number),
+                           static_cast<unsigned char>(number), static_cast<int>(number));
+        EXPECT_TEXT_OF_FMT("{} {:x} {:#b} {:>30} {:c}", static_cast<unsigned long long>(number),
+                           static_cast<unsigned>(number), static_cast<unsigned short>(number),
+                           static_cast<unsigned long>(number), static_cast<signed char>(number) & 63);
+    }
+    for (const double number :
+         {0.0, -0.0, 0.1, 1.0, -2.5, 1e15, 1e16, 123456789.0, 1e-5, 5e-324, 1.7976931348623157e308,
+          std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_TEXT_OF_FMT("{} {:.2f} {:e} {:g} {:G} {:a} {:+} {:010.3} {:#} {:<12}|", number, number, number,
+                           number, number, number, number, number, number, number);
+        EXPECT_TEXT_OF_FMT("{} {:.3} {:9}", static_cast<float>(number), static_cast<float>(number),
+                           static_cast<float>(number));
+        EXPECT_TEXT_OF_FMT("{} {:.3}", static_cast<long double>(number), static_cast<long double>(number));
+    }
+    EXPECT_TEXT_OF_FMT("{} {}", 0.1F, 0.1);
+}
+
+TEST_F(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
+    const std::string withZero("a\0b", 3);
+    char buffer[20] = "in a buffer";
+    const void* const address = buffer;
+    const struct { unsigned bits : 3; } field{5};
+    EXPECT_TEXT_OF_FMT("{} {:>8}|{:*^9}|{:.2}|{:s}", withZero, withZero, "\u00e4\u20ac", "cut",
+                       std::string_view());
+    EXPECT_TEXT_OF_FMT("{}{}{:20}|{:p}", buffer, static_cast<char*>(buffer), buffer,
+                       static_cast<const char*>(buffer));
+    EXPECT_TEXT_OF_FMT("{} {:d} {:>3}|{} {:d} {:>7}", 'c', 'c', 'c', true, true, false);
+    EXPECT_TEXT_OF_FMT("{} {:p} {:>20} {} {}", address, address, static_cast<void*>(buffer), nullptr,
+                       static_cast<const void*>(nullptr));
+    ZAV_LOGF_AUDIT(logger_, "{} {}", field.bits, static_cast<int>(GREEN));
+    EXPECT_EQ(appender_.texts.back(), "5 1");
+    EXPECT_TEXT_OF_FMT("{} of {}", std::chrono::milliseconds(1500), 3);
+}
+
+TEST_F(FormatMacros, ReadFormatsAsFmtDoes) {
+    const std::string longText(600, 'l');
+    EXPECT_TEXT_OF_FMT("");
+    EXPECT_TEXT_OF_FMT("{{}}");
+    EXPECT_TEXT_OF_FMT("}}{{{}}}{{", 1);
+    EXPECT_TEXT_OF_FMT("12345678{}1234567{}123456789{}1", 1, 2, 3);
+    EXPECT_TEXT_OF_FMT("not a brace: y | ~ \x7f \xfb \xfd {}", 1);
+    EXPECT_TEXT_OF_FMT("{:}|{:}<5}|{:{}}|{:.{}f}|{}", 1, 2, 3, 5, 1.5, 2, "end");
+    EXPECT_TEXT_OF_FMT("first {} then {:>{}} and {:{}.{}} {}", 0, "a", 4, 1.25, 9, 2, 'z');
+    EXPECT_TEXT_OF_FMT("{1} {0} {1:>5} {0:{2}}", "a", "b", 3);
+    EXPECT_TEXT_OF_FMT("{}{}{}{}{}{}{}{}{}{}{}{}{}{}{}{}{}{:{}}", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13,
+                       14, 15, 16, 17, 18, 4);
+    EXPECT_TEXT_OF_FMT("{:>{}}{}{}{}{}{}{}{}{}{}{}{}{}{}{}{}{}", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13,
+                       14, 15, 16, 17, 18);
+    EXPECT_TEXT_OF_FMT("{} {:>700} {}", longText, longText, longText);
+    EXPECT_TEXT_OF_FMT(R"("raw" {})", 1);
+    EXPECT_TEXT_OF_FMT("one and " FORMAT_OF_A_MACRO, 1);
+    EXPECT_TEXT_OF_FMT(FORMAT_IN_AN_ARRAY, 1);
+    EXPECT_TEXT_OF_FMT(FORMAT_BEHIND_A_POINTER, 1);
+    ZAV_LOGF_AUDIT(logger_, "a\0b {}", [] { return 1; }());
+    EXPECT_EQ(appender_.texts.back(), std::string("a\0b 1", 5));
+}
+
 TEST_F(FormatMacros, PutAFailureToFormatIntoTheText) {
+    const char* const nothing = nullptr;
+    ZAV_LOGF_AUDIT(logger_, "{} {}", 1, nothing);
+    EXPECT_EQ(appender_.texts.back(), "{} {} [not formatted: string pointer is null]");
+    ZAV_LOGF_AUDIT(logger_, "{} {:>8}", 1, nothing);
+    EXPECT_EQ(appender_.texts.back(), "{} {:>8} [not formatted: string pointer is null]");
+    ZAV_LOGF_AUDIT(logger_, "{:p}", nothing);
+    EXPECT_EQ(appender_.texts.back(), "0x0");
+    ZAV_LOGF_AUDIT(logger_, "{} {:>{}}", 1, 2, -3);
+    EXPECT_EQ(appender_.texts.back(), "{} {:>{}} [not formatted: negative width]");
     ZAV_LOGF_AUDIT(logger_, "state {} of {}", 1, Failure::EXCEPTION);
     EXPECT_EQ(appender_.texts.back(), "state {} of {} [not formatted: out of order]");
     ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);

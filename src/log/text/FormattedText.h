@@ -1,0 +1,23 @@
+#pragma once
+
+#include "log/TaggedValue.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+class MessageText;
+
+/// Appends what {fmt} makes of values in a format, character for character. The values are tagged, and so may
+/// have gone through memory that knows no types.
+/// \param text one to which texts may be appended
+/// \param values `count` of them, of the kinds that the format was checked for
+/// \throw std::bad_alloc and, for a null pointer in place of a text and a width or precision that is a value and out
+///        of range, what {fmt} throws; the text then ends somewhere
+void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
+                     std::size_t count);
+
+} // namespace Log
+} // namespace ZAV
