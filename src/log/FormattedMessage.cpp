@@ -1,44 +1,47 @@
 #include "log/FormattedMessage.h"
 
-#include "log/MessageStream.h"
+#include "log/Logger.h"
 #include "log/text/FormattedText.h"
-#include "log/text/MessageText.h"
-
-#include <string>
+#include "log/text/PackedValues.h"
+#include "log/tree/LoggerInside.h"
 
 namespace ZAV {
 namespace Log {
 
 namespace {
 
-/// The calling thread's text for as long as this object lives.
-struct TakenText {
-    TakenText() : text(MessageText::take()) {}
-    ~TakenText() { MessageText::giveBack(text); }
-    TakenText(const TakenText&) = delete;
-    TakenText& operator=(const TakenText&) = delete;
-
-    MessageText& text;
-};
+void pack(MessageText& text, const TaggedValue* values, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        text.commit(packValue(text.room(packedSize(values[i])), values[i]));
+    }
+}
 
 } // namespace
 
 void FormattedMessage::logTagged(Logger& logger, const Place& place, const TaggedValue* values,
                                  std::size_t count) {
     const TakenText taken;
+    if (logger.inside_->takesValues()) {
+        const KnownPlace& known = knownPlace(place);
+        if (!known.needsCall) {
+            pack(taken.text, values, count);
+            logger.inside_->logFrom(known, taken.text.view(), TextForm::FORMATTED);
+            return;
+        }
+    }
     if (succeeds(logger, place, [&] { appendFormatted(taken.text, place.format, values, count); })) {
         logText(logger, place, taken.text.view());
     }
 }
 
 void FormattedMessage::logText(Logger& logger, const Place& place, std::string_view text) {
-    MessageStream::log(logger, place.level, text, place.line, place.file);
+    logger.inside_->logFrom(place, text, TextForm::READY);
 }
 
 void FormattedMessage::logFailure(Logger& logger, const Place& place, const char* reason) {
-    std::string text(place.format);
-    text.append(" [not formatted: ").append(reason != nullptr ? reason : "unknown exception").append("]");
-    logText(logger, place, text);
+    const TakenText taken;
+    showFailure(taken.text, place.format, reason);
+    logText(logger, place, taken.text.view());
 }
 
 } // namespace Log

@@ -118,14 +118,6 @@ class FormattedMessage {
 #endif
 
 public:
-    /// The place of a call. What it points to lasts as long as the code of the call.
-    struct Place {
-        std::string_view file;
-        std::string_view format;
-        int line;
-        Level::LogLevel level;
-    };
-
     /// The numbers of a place as one, which a call passes with one instruction.
     static constexpr std::uint64_t numbers(std::size_t fileSize, unsigned line, unsigned level) {
         return static_cast<std::uint64_t>(fileSize) << 32U | line << 8U | level;

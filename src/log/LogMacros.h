@@ -44,7 +44,7 @@
     } while (false)
 
 #define ZAV_LOG_MESSAGE(logger, level, expression)                                                           \
-    ZAV_LOG_IF_LOGGABLE(logger, level, ::ZAV::Log::MessageStream zavLogMessage;                              \
+    ZAV_LOG_IF_LOGGABLE(logger, level, ::ZAV::Log::MessageStream zavLogMessage(zavLogLogger);                \
                         ::ZAV::Log::MessageInserter{zavLogMessage} << expression;                            \
                         zavLogMessage.logTo(zavLogLogger, zavLogLevel, __LINE__, __FILE__);)
 

@@ -110,6 +110,7 @@ public:
 
 private:
     friend class LoggerFactory;
+    friend class FormattedMessage;
     friend class MessageStream;
     friend bool isListed(const Logger& logger, const Appender* appender);
     friend struct SubtreeLevel;

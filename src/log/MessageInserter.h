@@ -34,9 +34,10 @@ class MessageInserter {
 public:
     explicit MessageInserter(MessageStream& message) : message_(message) {}
 
-    /// Built-in types, by value: a constant needs no address, nor does a bit-field.
+    /// Built-in types, by value: a constant needs no address, nor does a bit-field. Always inline, since
+    /// nothing is left of it but a call, and the length of a literal is known then.
     template <typename Type, std::enable_if_t<Streaming::isBuiltIn<Type>, int> = 0>
-    MessageInserter operator<<(Type value) const {
+    [[gnu::always_inline]] MessageInserter operator<<(Type value) const {
         if constexpr (Streaming::isText<Type>) {
             const auto* const text = reinterpret_cast<const char*>(value);
             message_.writeText(text == nullptr ? std::string_view("(null)") : std::string_view(text));

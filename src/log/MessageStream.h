@@ -16,7 +16,8 @@ class MessageText;
 ///
 /// The text of one message, as a logging macro puts it together: character for character what a stream that
 /// was just made would have written. Texts, characters and numbers get by without one; it comes in when
-/// something else is streamed, and stays as long as its format is not that of a new one.
+/// something else is streamed, and stays as long as its format is not that of a new one. If nobody needs the
+/// text before the consumer of the queue does, the values are kept as they are until then.
 ///
 /// The text lies in memory of the calling thread, which uses it again for its next message. An object is used
 /// in the block that makes it; several may be there at once, as when a streamed expression logs itself. The
@@ -24,8 +25,9 @@ class MessageText;
 /// short.
 class ZAV_LOG_API MessageStream {
 public:
+    /// \param logger that the text is for, which says whether it is needed at once
     /// \throw std::bad_alloc
-    MessageStream();
+    explicit MessageStream(const Logger& logger);
     ~MessageStream();
     MessageStream(const MessageStream&) = delete;
     MessageStream& operator=(const MessageStream&) = delete;
@@ -59,11 +61,6 @@ public:
     /// \param file source file
     /// \throw what the logger's function for the level throws
     void logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
-
-    /// Logs a text that was put together elsewhere.
-    /// \copydetails logTo
-    static void log(Logger& logger, Level::LogLevel level, std::string_view text, int line,
-                    std::string_view file);
 
 private:
     MessageText& text_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "log/Level.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,8 +11,16 @@
 namespace ZAV {
 namespace Log {
 
-/// Used by the macros of `log/LogFormat.h`, not directly.
-///
+// Used by the logging macros, not directly: what a call hands to the library.
+
+/// A place in a program that logs. Its texts last as long as the code of the place.
+struct Place {
+    std::string_view file;
+    std::string_view format; ///< empty if the text is streamed
+    int line;
+    Level::LogLevel level;
+};
+
 /// A value of a message before it becomes text: a few bytes that say what they are. Texts are not copied and
 /// must last as long as the value is used.
 struct TaggedValue {

@@ -17,6 +17,7 @@ namespace {
 struct Numbered {
     std::uint64_t number;
     std::shared_ptr<const LogMessage> message;
+    const KnownPlace* place;
 };
 
 struct Queue {
@@ -31,9 +32,11 @@ struct Queue {
     std::deque<Numbered> kept;
 };
 
-bool areEqual(const MessageFields& a, const MessageFields& b) {
+bool areEqual(const MessageFields& a, const Numbered& expected) {
+    const MessageFields b(*expected.message);
     return a.loggerName == b.loggerName && a.time == b.time && a.level == b.level && a.text == b.text &&
-           a.line == b.line && a.file == b.file && a.type == b.type;
+           a.line == b.line && a.type == b.type && a.place == expected.place &&
+           a.file == (a.place == nullptr ? b.file : a.place->file);
 }
 
 /// A few bytes of input make a long text, so that blocks of every size are filled.
@@ -59,10 +62,15 @@ void append(Queue& queue, FuzzedDataProvider& input) {
     const auto made = std::make_shared<const LogMessage>(makeMessage(input, loggerName));
     MessageFields message(*made);
     message.loggerName = loggerName;
+    if (input.ConsumeBool()) {
+        const std::string format(1, input.PickValueInArray({'a', 'b'}));
+        message.place = &knownPlace({made->getFile().substr(0, 2), format, 1, Level::LEVEL_INFO});
+        message.file = message.place->file;
+    }
     const PackedMessage packed = queue.ring.reserve(message, 0, queue.lastNumber);
     queue.lastNumber += input.ConsumeBool() ? 1 : input.ConsumeIntegral<std::uint32_t>() / 2 + 1;
     queue.ring.append(packed, queue.lastNumber);
-    queue.model.push_back({queue.lastNumber, made});
+    queue.model.push_back({queue.lastNumber, made, message.place});
 }
 
 void takeOut(Queue& queue, std::size_t count) {
@@ -83,7 +91,7 @@ Ring::Cursor compareKept(const Queue& queue) {
         EXPECT(cursor.nextNumber() == expected.number);
         const PackedMessage::Unpacked message = cursor.next();
         EXPECT(message.number == expected.number);
-        EXPECT(areEqual(message.fields, *expected.message));
+        EXPECT(areEqual(message.fields, expected));
     }
     return cursor;
 }

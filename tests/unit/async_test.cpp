@@ -40,7 +40,7 @@ MessageFields fields(std::string_view text) {
 
 auto allOf(const MessageFields& message) {
     return std::tuple(message.loggerName, message.time.microseconds(), message.level, message.text,
-                      message.line, message.file, message.type);
+                      message.line, message.file, message.type, message.form, message.place);
 }
 
 /// A process has one queue, and so has a test; a thread may still look for it when the test is over.
@@ -363,6 +363,11 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
     const std::string texts[] = {std::string("two\nlines and a zero \0 byte", 27), "",
                                  std::string(70'000, 'c')};
     const auto message = [&](std::size_t i) {
+        if (i / 4 % 3 == 0) {
+            const Place place{files[i / 2 % 3], texts[i % 2], static_cast<int>(i / 8 % 2), Level::AUDIT};
+            return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), knownPlace(place), texts[i % 2],
+                                 static_cast<TextForm>(i % 3), nullptr);
+        }
         return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), Level::INFO, texts[i % 97 == 0 ? 2 : i % 2],
                              static_cast<int>(i % 3) - 1, files[i / 5 % 3], i % 4 == 0 ? CFG : LOG);
     };

@@ -1,8 +1,8 @@
 #include "TestSupport.h"
 
 #include "log/LogFormat.h"
+#include "log/LogManager.h"
 #include "log/LoggerFactory.h"
-#include "log/async/AsynchronousDispatcher.h"
 
 #include <fmt/chrono.h>
 #include <gmock/gmock.h>
@@ -47,10 +47,37 @@ using namespace ZAV;
 using namespace ZAV::Log;
 using testing::ElementsAre;
 
-class FormatMacros : public testing::Test {
+/// With texts that are made in the call, and with such that the consumer makes.
+class FormatMacros : public testing::TestWithParam<bool> {
 protected:
-    FormatMacros() { logger_.addAppender(&appender_); }
-    ~FormatMacros() override { logger_.removeAppender(&appender_); }
+    FormatMacros() {
+        LogManager::addAsynchronousAppender(&appender_);
+        logger_.addAppender(&appender_);
+        logger_.audit("lets the logger see its appenders", 0, "");
+        flush();
+        appender_.messages.clear();
+    }
+    ~FormatMacros() override {
+        logger_.removeAppender(&appender_);
+        LogManager::removeAsynchronousAppender(&appender_);
+    }
+
+    void flush() {
+        if (!appender_.isSynchronous()) {
+            EXPECT_TRUE(LogManager::flush());
+        }
+    }
+
+    const std::vector<LogMessage>& messages() {
+        flush();
+        return appender_.messages;
+    }
+
+    /// The text of the last message.
+    std::string text() {
+        flush();
+        return appender_.texts.back();
+    }
 
     Logger& countedLogger() {
         ++evaluations_;
@@ -59,25 +86,28 @@ protected:
 
     int evaluations_ = 0;
     Logger& logger_ = LoggerFactory::getLogger("formatted");
-    TestSupport::RecordingAppender appender_{"messages"};
+    TestSupport::RecordingAppender appender_{"messages", GetParam()};
 };
+INSTANTIATE_TEST_SUITE_P(Made, FormatMacros, testing::Bool(), [](const auto& parameter) {
+    return parameter.param ? "InTheCall" : "ByTheConsumer";
+});
 
 } // namespace
 
-TEST_F(FormatMacros, EvaluateOnceWhenTheLevelIsOnAndNothingWhenItIsOff) {
+TEST_P(FormatMacros, EvaluateOnceWhenTheLevelIsOnAndNothingWhenItIsOff) {
     ZAV_LOGF_INFO(logger_, "{}", ++evaluations_);
-    ASSERT_TRUE(appender_.messages.empty());
+    ASSERT_TRUE(messages().empty());
     ZAV_LOGF_ERROR(countedLogger(), "user {} left after {} s", 12, 0.25);
     const int line = __LINE__ - 1;
     EXPECT_EQ(evaluations_, 1);
-    ASSERT_EQ(appender_.messages.size(), 1U);
-    EXPECT_EQ(appender_.texts.back(), "user 12 left after 0.25 s");
-    EXPECT_EQ(appender_.messages.front().getLevel(), Level::ERROR);
-    EXPECT_EQ(appender_.messages.front().getLine(), line);
-    EXPECT_EQ(appender_.messages.front().getFile(), __FILE__);
+    ASSERT_EQ(messages().size(), 1U);
+    EXPECT_EQ(text(), "user 12 left after 0.25 s");
+    EXPECT_EQ(messages().front().getLevel(), Level::ERROR);
+    EXPECT_EQ(messages().front().getLine(), line);
+    EXPECT_EQ(messages().front().getFile(), __FILE__);
 }
 
-TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
+TEST_P(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
     logger_.setLevel(Level::TRACE, false);
     if (evaluations_ > 0)
         ZAV_LOGF_AUDIT(logger_, "not this one");
@@ -92,33 +122,33 @@ TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
     ZAV_LOGF_TRACE(countedLogger(), "removed {}", ++evaluations_);
     EXPECT_EQ(evaluations_, 0);
     std::vector<int> levels;
-    for (const LogMessage& message : appender_.messages) {
+    for (const LogMessage& message : messages()) {
         levels.push_back(message.getLevel());
     }
     EXPECT_THAT(levels, ElementsAre(10, 60, 40, 30, 20));
-    EXPECT_EQ(appender_.messages.front().getText(), "without values");
+    EXPECT_EQ(messages().front().getText(), "without values");
 }
 
-TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
+TEST_P(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
     char array[] = "array";
     const std::string longText(10000, 'x');
     const std::vector<int> numbers{1, 2};
     ZAV_LOGF_AUDIT(logger_, "{{{1:>4}{0:#x}}} {2:.{3}f} {4}", 255, "ab", 2.0, 3, array);
-    EXPECT_EQ(appender_.texts.back(), "{  ab0xff} 2.000 array");
+    EXPECT_EQ(text(), "{  ab0xff} 2.000 array");
     ZAV_LOGF_AUDIT(logger_, "{:%S} {}", std::chrono::seconds(5), fmt::join(numbers, ", "));
-    EXPECT_EQ(appender_.texts.back(), "05 1, 2");
+    EXPECT_EQ(text(), "05 1, 2");
     ZAV_LOGF_AUDIT(logger_, "{}{}", longText, longText);
-    EXPECT_EQ(appender_.texts.back(), longText + longText);
+    EXPECT_EQ(text(), longText + longText);
 }
 
 /// Logs with a format and expects the text that {fmt} makes.
 #define EXPECT_TEXT_OF_FMT(...)                                                                              \
     do {                                                                                                     \
         ZAV_LOGF_AUDIT(logger_, __VA_ARGS__);                                                                \
-        EXPECT_EQ(appender_.texts.back(), fmt::format(__VA_ARGS__));                                         \
+        EXPECT_EQ(text(), fmt::format(__VA_ARGS__));                                                         \
     } while (false)
 
-TEST_F(FormatMacros, WriteNumbersAsFmtDoes) {
+TEST_P(FormatMacros, WriteNumbersAsFmtDoes) {
     for (const long long number : {0LL, 7LL, -7LL, 1234567890123LL, std::numeric_limits<long long>::max(),
                                    std::numeric_limits<long long>::min()}) {
         EXPECT_TEXT_OF_FMT("{} {:d} {:x} {:#X} {:b} {:o} {:+} {: } {:08} {:<6}| {:^9}|", number, number,
@@ -141,7 +171,7 @@ TEST_F(FormatMacros, WriteNumbersAsFmtDoes) {
     EXPECT_TEXT_OF_FMT("{} {}", 0.1F, 0.1);
 }
 
-TEST_F(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
+TEST_P(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
     const std::string withZero("a\0b", 3);
     char buffer[20] = "in a buffer";
     const void* const address = buffer;
@@ -154,11 +184,11 @@ TEST_F(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
     EXPECT_TEXT_OF_FMT("{} {:p} {:>20} {} {}", address, address, static_cast<void*>(buffer), nullptr,
                        static_cast<const void*>(nullptr));
     ZAV_LOGF_AUDIT(logger_, "{} {}", field.bits, static_cast<int>(GREEN));
-    EXPECT_EQ(appender_.texts.back(), "5 1");
+    EXPECT_EQ(text(), "5 1");
     EXPECT_TEXT_OF_FMT("{} of {}", std::chrono::milliseconds(1500), 3);
 }
 
-TEST_F(FormatMacros, ReadFormatsAsFmtDoes) {
+TEST_P(FormatMacros, ReadFormatsAsFmtDoes) {
     const std::string longText(600, 'l');
     EXPECT_TEXT_OF_FMT("");
     EXPECT_TEXT_OF_FMT("{{}}");
@@ -178,39 +208,29 @@ TEST_F(FormatMacros, ReadFormatsAsFmtDoes) {
     EXPECT_TEXT_OF_FMT(FORMAT_IN_AN_ARRAY, 1);
     EXPECT_TEXT_OF_FMT(FORMAT_BEHIND_A_POINTER, 1);
     ZAV_LOGF_AUDIT(logger_, "a\0b {}", [] { return 1; }());
-    EXPECT_EQ(appender_.texts.back(), std::string("a\0b 1", 5));
+    EXPECT_EQ(text(), std::string("a\0b 1", 5));
 }
 
-TEST_F(FormatMacros, PutAFailureToFormatIntoTheText) {
+TEST_P(FormatMacros, PutAFailureToFormatIntoTheText) {
     const char* const nothing = nullptr;
     ZAV_LOGF_AUDIT(logger_, "{} {}", 1, nothing);
-    EXPECT_EQ(appender_.texts.back(), "{} {} [not formatted: string pointer is null]");
+    EXPECT_EQ(text(), "{} {} [not formatted: string pointer is null]");
     ZAV_LOGF_AUDIT(logger_, "{} {:>8}", 1, nothing);
-    EXPECT_EQ(appender_.texts.back(), "{} {:>8} [not formatted: string pointer is null]");
+    EXPECT_EQ(text(), "{} {:>8} [not formatted: string pointer is null]");
     ZAV_LOGF_AUDIT(logger_, "{:p}", nothing);
-    EXPECT_EQ(appender_.texts.back(), "0x0");
+    EXPECT_EQ(text(), "0x0");
     ZAV_LOGF_AUDIT(logger_, "{} {:>{}}", 1, 2, -3);
-    EXPECT_EQ(appender_.texts.back(), "{} {:>{}} [not formatted: negative width]");
+    EXPECT_EQ(text(), "{} {:>{}} [not formatted: negative width]");
     ZAV_LOGF_AUDIT(logger_, "state {} of {}", 1, Failure::EXCEPTION);
-    EXPECT_EQ(appender_.texts.back(), "state {} of {} [not formatted: out of order]");
+    EXPECT_EQ(text(), "state {} of {} [not formatted: out of order]");
     ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);
-    EXPECT_EQ(appender_.texts.back(), "{} [not formatted: unknown exception]");
+    EXPECT_EQ(text(), "{} [not formatted: unknown exception]");
     EXPECT_THROW(ZAV_LOGF_AUDIT(logger_, "{}", Failure::MEMORY), std::bad_alloc);
 }
 
-TEST(QueuedFormat, NeedsNoneOfItsValuesWhenTheConsumerComes) {
-    AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
-    Logger& logger = LoggerFactory::getLogger("queued");
-    TestSupport::RecordingAppender appender("queued", false);
-    dispatcher.registerAsynchronousAppender(&appender);
-    logger.addAppender(&appender);
-    {
-        std::string user(100, 'u');
-        ZAV_LOGF_ERROR(logger, "{} {}", user, std::string("left"));
-        user.assign(100, 'x');
-    }
-    EXPECT_TRUE(dispatcher.flush(Util::TimeUtils::Time()));
-    logger.removeAppender(&appender);
-    dispatcher.unregisterAsynchronousAppender(&appender);
-    EXPECT_THAT(appender.texts, ElementsAre(std::string(100, 'u') + " left"));
+TEST_P(FormatMacros, NeedNoneOfTheirValuesAfterwards) {
+    std::string user(100, 'u');
+    ZAV_LOGF_ERROR(logger_, "{} {}", user, std::string("left"));
+    user.assign(100, 'x');
+    EXPECT_EQ(text(), std::string(100, 'u') + " left");
 }

@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 
 #include "log/LogMacros.h"
+#include "log/LogManager.h"
 #include "log/LoggerFactory.h"
 
 #include <gmock/gmock.h>
@@ -112,21 +113,39 @@ using namespace ZAV::Log;
 
 class LastText : public Appender {
 public:
-    LastText() : Appender("last-text") {}
+    explicit LastText(bool synchronous) : Appender("last-text", synchronous) {}
     std::string text;
 
 protected:
     void doOutput(const LogMessage& message) override { text = message.getText(); }
 };
 
-class StreamedTexts : public testing::Test {
+/// With a text that is made in the call, and with one that the consumer makes.
+class StreamedTexts : public testing::TestWithParam<bool> {
 protected:
-    StreamedTexts() { logger_.addAppender(&appender_); }
-    ~StreamedTexts() override { logger_.removeAppender(&appender_); }
+    StreamedTexts() {
+        LogManager::addAsynchronousAppender(&appender_);
+        logger_.addAppender(&appender_);
+        logger_.audit("lets the logger see its appenders", 0, "");
+    }
+    ~StreamedTexts() override {
+        logger_.removeAppender(&appender_);
+        LogManager::removeAsynchronousAppender(&appender_);
+    }
+
+    const std::string& shown() {
+        if (!appender_.isSynchronous()) {
+            EXPECT_TRUE(LogManager::flush());
+        }
+        return appender_.text;
+    }
 
     Logger& logger_ = LoggerFactory::getLogger("streamed");
-    LastText appender_;
+    LastText appender_{GetParam()};
 };
+INSTANTIATE_TEST_SUITE_P(Made, StreamedTexts, testing::Bool(), [](const auto& parameter) {
+    return parameter.param ? "InTheCall" : "ByTheConsumer";
+});
 
 /// Streams an expression into a message and into a stream of the standard library.
 #define EXPECT_SAME_TEXT(expression)                                                                         \
@@ -134,12 +153,12 @@ protected:
         std::ostringstream stream;                                                                           \
         stream << expression;                                                                                \
         ZAV_LOG_AUDIT(logger_, expression);                                                                  \
-        EXPECT_EQ(appender_.text, stream.str()) << #expression;                                              \
+        EXPECT_EQ(shown(), stream.str()) << #expression;                                                     \
     } while (false)
 
 } // namespace
 
-TEST_F(StreamedTexts, OfNumbersAreThoseOfAStream) {
+TEST_P(StreamedTexts, OfNumbersAreThoseOfAStream) {
     const auto expectSame = [this](auto number) {
         EXPECT_SAME_TEXT(number);
         EXPECT_SAME_TEXT(std::hex << std::showbase << number << std::dec << ' ' << number);
@@ -172,7 +191,7 @@ TEST_F(StreamedTexts, OfNumbersAreThoseOfAStream) {
     }
 }
 
-TEST_F(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
+TEST_P(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
     std::vector<double> numbers;
     for (int exponent = -8; exponent < 9; ++exponent) {
         for (const double digits :
@@ -182,7 +201,8 @@ TEST_F(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
         }
     }
     std::mt19937_64 random(20130507);
-    for (int i = 0; i < 30000; ++i) {
+    const int rounds = GetParam() ? 30000 : 500; // the consumer is waited for after each number
+    for (int i = 0; i < rounds; ++i) {
         const std::uint64_t bits = random();
         double number = 0;
         std::memcpy(&number, &bits, sizeof number);
@@ -195,14 +215,14 @@ TEST_F(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
     for (const double number : numbers) {
         stream.str(std::string());
         stream << number;
-        MessageStream message;
+        MessageStream message(logger_);
         message.write(number);
         message.logTo(logger_, Level::AUDIT, 0, "");
-        ASSERT_EQ(appender_.text, stream.str());
+        ASSERT_EQ(shown(), stream.str());
     }
 }
 
-TEST_F(StreamedTexts, OfTextsAndPointersAreThoseOfAStream) {
+TEST_P(StreamedTexts, OfTextsAndPointersAreThoseOfAStream) {
     char array[] = "array";
     const unsigned char bytes[] = "bytes";
     const std::string text("with a \0 inside", 15);
@@ -218,7 +238,7 @@ TEST_F(StreamedTexts, OfTextsAndPointersAreThoseOfAStream) {
     EXPECT_SAME_TEXT(&changing << changing << bool(changing));
 }
 
-TEST_F(StreamedTexts, OfOtherTypesAreThoseOfAStream) {
+TEST_P(StreamedTexts, OfOtherTypesAreThoseOfAStream) {
     using namespace Shapes;
     Counted counted;
     ConvertsToNumber converts;
@@ -240,10 +260,10 @@ TEST_F(StreamedTexts, OfOtherTypesAreThoseOfAStream) {
     EXPECT_SAME_TEXT(1 << numbers << 2.5 << L"wide" << points);
     EXPECT_SAME_TEXT(std::make_error_code(std::errc::timed_out) << std::quoted("a\"b") << 1);
     ZAV_LOG_AUDIT(logger_, counted << 'x' << counted);
-    EXPECT_EQ(appender_.text, "1x2");
+    EXPECT_EQ(shown(), "1x2");
 }
 
-TEST_F(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
+TEST_P(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
     EXPECT_SAME_TEXT("a" << 10 << std::hex << 10 << "b" << -1 << static_cast<short>(-1) << std::dec << 10);
     EXPECT_SAME_TEXT(std::fixed << std::setprecision(3) << 2.5 << ' ' << 1.0F << std::defaultfloat << 2.5);
     EXPECT_SAME_TEXT(std::boolalpha << true << std::noboolalpha << true << std::showpos << 5 << 2.5 << "5");
@@ -253,7 +273,7 @@ TEST_F(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
     EXPECT_SAME_TEXT(1 << 2.5);
 }
 
-TEST_F(StreamedTexts, FollowTheLocaleOfNewStreams) {
+TEST_P(StreamedTexts, FollowTheLocaleOfNewStreams) {
     struct Grouping : std::numpunct<char> {
         char do_thousands_sep() const override { return '\''; }
         std::string do_grouping() const override { return "\3"; }
@@ -265,28 +285,28 @@ TEST_F(StreamedTexts, FollowTheLocaleOfNewStreams) {
     EXPECT_SAME_TEXT("text" << 1234567 << ' ' << 2.5);
 }
 
-TEST_F(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
+TEST_P(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
     const auto logged = [this](const char* text) {
         ZAV_LOG_AUDIT(logger_, text << std::hex << 255);
-        return appender_.text;
+        return shown();
     };
     ZAV_LOG_AUDIT(logger_, "outer " << logged("inner ") << ' ' << 255 << ' ' << logged("again "));
-    EXPECT_EQ(appender_.text, "outer inner ff 255 again ff");
+    EXPECT_EQ(shown(), "outer inner ff 255 again ff");
 
     const auto fail = []() -> int { throw std::runtime_error("not streamed"); };
     EXPECT_THROW(ZAV_LOG_AUDIT(logger_, "lost " << std::hex << fail()), std::runtime_error);
     const char* const nothing = nullptr;
     ZAV_LOG_AUDIT(logger_, "text " << nothing << ' ' << 255);
-    EXPECT_EQ(appender_.text, "text (null) 255");
+    EXPECT_EQ(shown(), "text (null) 255");
 
-    MessageStream message;
+    MessageStream message(logger_);
     message.stream() << std::hex << 255;
     MessageInserter(message) << 255;
     message.logTo(logger_, Level::AUDIT, 0, "");
-    EXPECT_EQ(appender_.text, "ffff");
+    EXPECT_EQ(shown(), "ffff");
 }
 
-TEST_F(StreamedTexts, AreThereUntilAThreadHasEnded) {
+TEST_P(StreamedTexts, AreThereUntilAThreadHasEnded) {
     struct LastWords {
         Logger* logger = nullptr;
         ~LastWords() { ZAV_LOG_AUDIT(*logger, "last words " << 1 << std::setw(2) << 2); }
@@ -297,5 +317,5 @@ TEST_F(StreamedTexts, AreThereUntilAThreadHasEnded) {
         lastWords.logger = &logger_;
         ZAV_LOG_AUDIT(logger_, "first words");
     }).join();
-    EXPECT_EQ(appender_.text, "last words 1 2");
+    EXPECT_EQ(shown(), "last words 1 2");
 }

@@ -8,8 +8,16 @@ namespace Log {
 
 namespace {
 
-/// They follow the header in this order; the text comes last.
-enum OwnPart : unsigned { OWN_NUMBER = 1, OWN_LENGTH = 2, OWN_TIME = 4, OWN_LOGGER_NAME = 8, OWN_FILE = 16 };
+/// They follow the header in this order; the text comes last. A message from a known place has no file of its
+/// own.
+enum OwnPart : unsigned {
+    OWN_NUMBER = 1,
+    OWN_LENGTH = 2,
+    OWN_TIME = 4,
+    OWN_LOGGER_NAME = 8,
+    OWN_PLACE = 16,
+    OWN_FILE = 32
+};
 
 struct PackedLogger {
     std::string_view name;
@@ -18,13 +26,21 @@ struct PackedLogger {
 
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
+/// A file is written again behind a place, from which readers have another one.
+unsigned findOwnPlace(const MessageFields& message, const SharedFields& before) {
+    if (message.place != before.place) {
+        return message.place != nullptr ? OWN_PLACE : OWN_PLACE | OWN_FILE;
+    }
+    return message.place != nullptr || message.file == before.file ? 0U : OWN_FILE;
+}
+
 unsigned findOwnParts(const MessageFields& message, const SharedFields& before, std::uint64_t nextNumber) {
     // The number is not known yet. It will not be half of the range further than what comes next now.
     const bool needsNumber = nextNumber - before.number > LARGEST_STEP / 2;
     return (needsNumber ? OWN_NUMBER : 0U) | (message.text.size() > LARGEST_STEP ? OWN_LENGTH : 0U) |
            (message.time == before.time ? 0U : OWN_TIME) |
            (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
-           (message.file == before.file ? 0U : OWN_FILE);
+           findOwnPlace(message, before);
 }
 
 // Packed messages are not aligned.
@@ -58,19 +74,22 @@ std::string_view readText(const char*& bytes, std::size_t length) {
 
 PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
                              std::uint64_t nextNumber) noexcept
-    : message_(message), header_{static_cast<std::uint32_t>(message.text.size()),
-                                 0,
-                                 message.line,
-                                 static_cast<std::int16_t>(message.level),
-                                 static_cast<std::uint8_t>(message.type & 0x7),
-                                 static_cast<std::uint8_t>(findOwnParts(message, before, nextNumber) & 0x1F),
-                                 static_cast<std::uint8_t>(answeredReports)},
-      size_(measure()) {}
+    : message_(message), header_{}, size_(0) {
+    header_.textLength = static_cast<std::uint32_t>(message.text.size());
+    header_.line = message.line;
+    header_.level = static_cast<std::int8_t>(message.level);
+    header_.type = static_cast<unsigned>(message.type) & 0x3U;
+    header_.form = static_cast<unsigned>(message.form) & 0x3U;
+    header_.ownParts = findOwnParts(message, before, nextNumber) & 0x3FU;
+    header_.answeredReports = static_cast<std::uint8_t>(answeredReports);
+    size_ = measure();
+}
 
 std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
            (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) +
+           (has(OWN_PLACE) ? sizeof(const KnownPlace*) : 0) +
            (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
 }
 
@@ -93,6 +112,11 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         next = write(next, PackedLogger{message_.loggerName, message_.logger});
         before.loggerName = message_.loggerName;
         before.logger = message_.logger;
+    }
+    if (has(OWN_PLACE)) {
+        next = write(next, message_.place);
+        before.place = message_.place;
+        before.file = message_.file; // that of the place
     }
     if (has(OWN_FILE)) {
         next = write(next, message_.file.size());
@@ -124,14 +148,20 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
         shared.loggerName = logger.name;
         shared.logger = logger.logger;
     }
+    if ((header.ownParts & OWN_PLACE) != 0) {
+        shared.place = readNext<const KnownPlace*>(next);
+        shared.file = shared.place == nullptr ? std::string_view() : shared.place->file;
+    }
     if ((header.ownParts & OWN_FILE) != 0) {
         shared.file = readText(next, readNext<std::size_t>(next));
     }
     const std::string_view text = readText(next, textLength);
-    const MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level),
-                               text, header.line, shared.file, static_cast<MessageType>(header.type),
-                               shared.logger);
-    return {fields, shared.number, header.answeredReports, static_cast<std::size_t>(next - bytes)};
+    MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
+                         header.line, shared.file, static_cast<MessageType>(header.type), shared.logger);
+    fields.form = static_cast<TextForm>(header.form);
+    fields.place = shared.place;
+    return {fields, shared.number, static_cast<int>(header.answeredReports),
+            static_cast<std::size_t>(next - bytes)};
 }
 
 } // namespace Log

@@ -17,6 +17,7 @@ struct SharedFields {
     std::string_view loggerName; ///< the logger's own string, so that its address identifies the logger
     const Logger* logger = nullptr;
     std::string_view file;
+    const KnownPlace* place = nullptr;
 };
 
 /// A message encoded relative to the one before it in its block: what the two share is left out, since the
@@ -48,7 +49,7 @@ public:
         std::size_t size; ///< of the packed message, in bytes
 
         SharedFields sharedFields() const noexcept {
-            return {number, fields.time, fields.loggerName, fields.logger, fields.file};
+            return {number, fields.time, fields.loggerName, fields.logger, fields.file, fields.place};
         }
     };
 
@@ -65,10 +66,11 @@ private:
         std::uint32_t textLength;
         std::uint32_t numberStep; ///< from the number of the message before
         std::int32_t line;
-        std::int16_t level;
-        std::uint8_t type : 3;
-        std::uint8_t ownParts : 5; ///< which it does not share with the message before, see `OwnPart`
-        std::uint8_t answeredReports;
+        std::int32_t level : 8;
+        std::uint32_t type : 2;
+        std::uint32_t form : 2;
+        std::uint32_t ownParts : 6; ///< which it does not share with the message before, see `OwnPart`
+        std::uint32_t answeredReports : 8;
     };
 
     bool has(unsigned part) const noexcept { return (header_.ownParts & part) != 0; }

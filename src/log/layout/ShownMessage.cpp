@@ -11,8 +11,11 @@ namespace Log {
 
 std::string shownLine(const char* reason, const MessageFields& message) noexcept {
     try {
+        const ReadyText text(message);
+        MessageFields shown(message);
+        shown.text = text.view();
         std::string line = reason;
-        appendLogLine(line, message);
+        appendLogLine(line, shown);
         return line;
     } catch (const std::exception&) {
         return std::string();

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "log/LogMessage.h"
+#include "log/message/KnownPlaces.h"
+#include "log/text/MessageText.h"
 
-#include <string>
+#include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace ZAV {
@@ -15,6 +18,13 @@ inline bool isSamePlace(std::string_view text, std::string_view other) {
     return text.data() == other.data() && text.size() == other.size();
 }
 
+/// How a message carries its text.
+enum class TextForm : std::uint8_t {
+    READY,    ///< as it is
+    STREAMED, ///< as packed values, one streamed behind another
+    FORMATTED ///< as packed values, for the format of the message's place
+};
+
 /// What a message says, in texts that somebody else keeps. A message goes through the library in this form
 /// until an appender needs the object.
 struct MessageFields {
@@ -24,26 +34,45 @@ struct MessageFields {
         : loggerName(loggerNameText), time(moment), level(severity), text(messageText), line(sourceLine),
           file(sourceFile), type(kind), logger(origin) {}
 
+    /// \param from where the message comes from
+    MessageFields(std::string_view loggerNameText, Util::TimeUtils::Time moment, const KnownPlace& from,
+                  std::string_view messageText, TextForm textForm, const Logger* origin)
+        : loggerName(loggerNameText), time(moment), level(from.level), text(messageText), line(from.line),
+          file(from.file), type(LOG), logger(origin), form(textForm), place(&from) {}
+
     MessageFields(const LogMessage& message)
         : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
                         message.getLine(), message.getFile(), message.getType()) {}
 
     /// \throw std::bad_alloc
-    LogMessage makeMessage() const {
-        return LogMessage(std::string(loggerName), time, level, std::string(text), line, std::string(file),
-                          type);
-    }
+    LogMessage makeMessage() const;
 
     /// On the way to the appenders the logger's own string. It is never destroyed, so its address identifies
     /// the logger.
     std::string_view loggerName;
     Util::TimeUtils::Time time;
     Level::LogLevel level;
-    std::string_view text;
+    std::string_view text; ///< or values, as `form` says
     int line;
     std::string_view file;
     MessageType type;
     const Logger* logger; ///< that logged it; null in a message that an application makes
+    TextForm form = TextForm::READY;
+    const KnownPlace* place = nullptr; ///< that gives level, line and file; null if it is not known
+};
+
+/// The text of a message as characters, made from the values if the message carries them.
+class ReadyText {
+public:
+    /// \param message lives as long as this object
+    /// \throw std::bad_alloc
+    explicit ReadyText(const MessageFields& message);
+
+    std::string_view view() const noexcept { return view_; }
+
+private:
+    std::optional<TakenText> made_;
+    std::string_view view_;
 };
 
 } // namespace Log

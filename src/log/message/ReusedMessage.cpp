@@ -55,6 +55,7 @@ const LogMessage& ReusedMessage::get() {
 const MessageFields& ReusedMessage::keptFields() const noexcept {
     MessageFields& fields = kept_->shownFields;
     fields = fields_;
+    fields.form = TextForm::READY;
     fields.text = kept_->message.getText();
     fields.file = kept_->message.getFile();
     return fields;
@@ -102,7 +103,7 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
         message.file_.assign(fields.file);
     }
     message.text_.clear(); // which takes fewer steps than assigning
-    message.text_.append(fields.text);
+    message.text_.append(ReadyText(fields).view());
     message.time_ = fields.time;
     message.level_ = fields.level;
     message.line_ = fields.line;

@@ -1,6 +1,7 @@
 #include "log/text/FormattedText.h"
 
 #include "log/text/MessageText.h"
+#include "log/text/PackedValues.h"
 
 #include <fmt/compile.h>
 #include <fmt/format.h>
@@ -224,6 +225,38 @@ void appendFormatted(MessageText& text, std::string_view format, const TaggedVal
         appendField(text, between(brace + 2, fieldEnd + 1), *values++);
         next = fieldEnd + 1;
     }
+}
+
+void appendFormattedValues(MessageText& text, std::string_view format, std::string_view packed) {
+    constexpr std::size_t USUAL_COUNT = 16;
+    TaggedValue usual[USUAL_COUNT];
+    std::vector<TaggedValue> many;
+    std::size_t count = 0;
+    const char* next = packed.data();
+    for (const char* const end = next + packed.size(); next != end; ++count) {
+        const TaggedValue value = unpackValue(next);
+        if (count == USUAL_COUNT && many.empty()) {
+            many.assign(usual, usual + count);
+        }
+        if (count < USUAL_COUNT) {
+            usual[count] = value;
+        } else {
+            many.push_back(value);
+        }
+    }
+    try {
+        appendFormatted(text, format, many.empty() ? usual : many.data(), count);
+    } catch (const fmt::format_error& error) {
+        text.clear();
+        showFailure(text, format, error.what());
+    }
+}
+
+void showFailure(MessageText& text, std::string_view format, const char* reason) {
+    text.append(format);
+    text.append(" [not formatted: ");
+    text.append(reason != nullptr ? reason : "unknown exception");
+    text.append("]");
 }
 
 } // namespace Log

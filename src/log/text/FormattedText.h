@@ -19,5 +19,14 @@ class MessageText;
 void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
                      std::size_t count);
 
+/// The same for values that were packed one behind another. Where {fmt} throws, the text is the one that
+/// shows the failure.
+/// \throw std::bad_alloc
+void appendFormattedValues(MessageText& text, std::string_view format, std::string_view packed);
+
+/// Has a text that could not be made hold the format and why.
+/// \param reason null if it is not known
+void showFailure(MessageText& text, std::string_view format, const char* reason);
+
 } // namespace Log
 } // namespace ZAV

@@ -1,10 +1,12 @@
 #include "log/text/MessageText.h"
 
 #include "log/text/SpareStreams.h"
+#include "log/text/StreamedText.h"
 #include "platform/ThreadSlot.h"
 
 #include <algorithm>
 #include <locale>
+#include <string>
 #include <utility>
 
 namespace ZAV {
@@ -83,7 +85,17 @@ bool MessageText::takesNumbers() {
     return state_ == State::PLAIN;
 }
 
+void MessageText::makeText() {
+    if (keepsValues()) {
+        const std::string values(view());
+        next_ = memory_.get();
+        state_ = State::PLAIN;
+        appendStreamedValues(*this, values);
+    }
+}
+
 std::ostream& MessageText::stream() {
+    makeText();
     if (stream_ == nullptr) {
         stream_ = SpareStreams::instance().take(*this);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "log/text/PackedValues.h"
+
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -28,7 +30,31 @@ public:
     /// Takes back what `take` gave in this thread; a text that has grown large is freed.
     static void giveBack(MessageText& text) noexcept;
 
-    /// \return what was written, until the next call
+    /// Has the text be that of the classic locale, whatever is set meanwhile; for one that is empty.
+    void useClassicLocale() { state_ = State::PLAIN; }
+
+    // Values that are kept, packed, for somebody else to make the text from them.
+
+    /// Keeps values from now on, if the text is empty and numbers may be appended to it.
+    void keepValues() {
+        if (takesNumbers()) {
+            state_ = State::VALUES;
+        }
+    }
+    bool keepsValues() const { return state_ == State::VALUES; }
+
+    /// Keeps a value, with `keepsValues`.
+    /// \throw std::bad_alloc
+    void keep(const TaggedValue& value) { commit(packValue(room(packedSize(value)), value)); }
+
+    /// Makes the text of the values that were kept, if they were. Nothing is kept from now on.
+    /// \throw std::bad_alloc
+    void makeText();
+
+    /// Forgets what was written.
+    void clear();
+
+    /// \return what was written or kept, until the next call
     std::string_view view() const { return {memory_.get(), static_cast<std::size_t>(end() - memory_.get())}; }
 
     /// \return whether texts and characters may be appended; else the stream may want to fill them up
@@ -69,12 +95,12 @@ private:
     enum class State {
         FRESH,   ///< no stream so far; the locale of a new one is not known
         PLAIN,   ///< a stream would write as a new one does in the classic locale
+        VALUES,  ///< as above; what was written is kept as values
         STREAMED ///< only the stream knows how it writes
     };
 
     MessageText();
     const char* end() const { return next_ < endBeforeSeek_ ? endBeforeSeek_ : next_; }
-    void clear();
     std::size_t capacity() const;
     void grow(std::size_t size);
     bool writesAsNew() const;
@@ -93,6 +119,16 @@ private:
     char* endBeforeSeek_ = nullptr;
     std::ostream* stream_ = nullptr; ///< the one below, or a spare one
     std::optional<std::ostream> ownStream_;
+};
+
+/// A text of the calling thread, which has it for as long as this object lives.
+struct TakenText {
+    TakenText() : text(MessageText::take()) {}
+    ~TakenText() { MessageText::giveBack(text); }
+    TakenText(const TakenText&) = delete;
+    TakenText& operator=(const TakenText&) = delete;
+
+    MessageText& text;
 };
 
 } // namespace Log

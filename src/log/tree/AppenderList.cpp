@@ -44,6 +44,9 @@ void AppenderList::renewCopy() {
     const ScopedLock lock(treeLock());
     copy_.assign(appenders_.begin(), appenders_.end());
     copiedVersion_ = version_;
+    const bool areAsynchronous = std::none_of(
+        copy_.begin(), copy_.end(), [](const Appender* appender) { return appender->isSynchronous(); });
+    areAsynchronous_.store(areAsynchronous && !copy_.empty(), std::memory_order_relaxed);
 }
 
 AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {

@@ -45,6 +45,10 @@ public:
     /// \param isOutermost whether no other walk of this thread goes through this list
     Outcome giveToSynchronous(ReusedMessage& message, bool isOutermost);
 
+    /// \return whether the last walk that saw a change of the list has found asynchronous appenders alone; read
+    ///         without a lock
+    bool areAsynchronous() const noexcept { return areAsynchronous_.load(std::memory_order_relaxed); }
+
     /// \return whether an appender is listed now
     bool contains(const Appender* appender) const ZAV_LOG_REQUIRES(treeLock());
 
@@ -63,6 +67,8 @@ private:
     // Used under the logger's lock, and changed by the outermost walk under the tree's lock as well.
     Copy copy_;
     std::uint64_t copiedVersion_ = 0;
+
+    std::atomic<bool> areAsynchronous_{false};
 };
 
 } // namespace Log

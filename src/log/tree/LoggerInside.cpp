@@ -27,22 +27,41 @@ Logger::Inside::Inside(Logger& logger, Logger* parent)
 
 void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line, std::string_view file,
                          MessageType type) {
+    MessageFields message(logger_.name_, Time(), level, text, line, file, type, &logger_);
+    log(message);
+}
+
+/// The place is looked up only for the queue, since other messages hold nothing beyond the call.
+void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form) {
+    if (takesValues() || form != TextForm::READY) {
+        logFrom(knownPlace(place), text, form);
+    } else {
+        log(place.level, text, place.line, place.file, LOG);
+    }
+}
+
+void Logger::Inside::logFrom(const KnownPlace& place, std::string_view text, TextForm form) {
+    MessageFields message(logger_.name_, Time(), place, text, form, &logger_);
+    log(message);
+}
+
+/// \param message without a time
+void Logger::Inside::log(MessageFields& message) {
     Platform::actOnCancellation();
     const LibraryCall call;
-    if (!lockFor(call)) {
-        const Time now = Time::now();
-        if (type == CFG || passes(level, now)) {
-            putOff({logger_.name_, now, level, text, line, file, type});
+    const bool isLocked = lockFor(call);
+    message.time = Time::now();
+    if (!isLocked) {
+        if (message.type == CFG || passes(message.level, message.time)) {
+            putOff(message);
         }
         return;
     }
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
-    const Time now = Time::now();
-    if (type == CFG || passes(level, now)) {
-        const MessageFields fields(logger_.name_, now, level, text, line, file, type, &logger_);
-        ReusedMessage message(fields);
-        const Dispatch dispatch(message);
-        dispatchMessage(message, !call.isNested());
+    if (message.type == CFG || passes(message.level, message.time)) {
+        ReusedMessage object(message);
+        const Dispatch dispatch(object);
+        dispatchMessage(object, !call.isNested());
     }
 }
 

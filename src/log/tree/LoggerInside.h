@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/Logger.h"
-#include "log/MessageType.h"
+#include "log/message/MessageFields.h"
 #include "log/tree/AppenderList.h"
 #include "log/tree/TreeLock.h"
 #include "platform/CriticalSection.h"
@@ -21,7 +21,6 @@ namespace Log {
 
 class LibraryCall;
 class ReusedMessage;
-struct MessageFields;
 
 /// What applications do not see of a logger.
 struct Logger::Inside {
@@ -38,6 +37,14 @@ struct Logger::Inside {
     /// Makes a message that has reached the logger's level and gives it to the appenders, unless the level
     /// has expired.
     void log(Level::LogLevel level, std::string_view text, int line, std::string_view file, MessageType type);
+
+    /// The same for a message from a place in the program, which may carry values in the place of its text.
+    void logFrom(const Place& place, std::string_view text, TextForm form);
+    void logFrom(const KnownPlace& place, std::string_view text, TextForm form);
+
+    /// \return whether a message's text is not needed in the call, as far as that is known: all appenders are
+    ///         asynchronous
+    bool takesValues() const noexcept { return appenders_.areAsynchronous(); }
 
     /// Takes over the settings and appenders of the parent, for a new logger.
     void inherit() ZAV_LOG_REQUIRES(treeLock());
@@ -91,6 +98,7 @@ struct Logger::Inside {
     Children children_ ZAV_LOG_GUARDED_BY(treeLock());
 
 private:
+    void log(MessageFields& message);
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     bool passes(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;

@@ -1,0 +1,94 @@
+#include "log/message/KnownPlaces.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <new>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+/// Places by a hash of what they say. They are added at the front of a chain and never removed, so that
+/// nobody needs a lock; where two threads add the same one, one of the two sees the other's.
+std::atomic<KnownPlace*> chains[1024];
+
+/// Places from which the thread has logged lately.
+thread_local const KnownPlace* recent[16];
+
+bool isSame(const Place& place, const Place& other) {
+    return place.line == other.line && place.level == other.level && place.format == other.format &&
+           place.file == other.file;
+}
+
+std::size_t hash(const Place& place) {
+    return std::hash<std::string_view>()(place.format) + 31 * std::hash<std::string_view>()(place.file) +
+           static_cast<unsigned>(place.line);
+}
+
+/// \param end where the search ends
+KnownPlace* findBefore(const KnownPlace* end, KnownPlace* known, const Place& place) {
+    while (known != end && !isSame(*known, place)) {
+        known = known->next;
+    }
+    return known == end ? nullptr : known;
+}
+
+std::string_view copyTo(char* characters, std::string_view text) {
+    return {characters, text.copy(characters, text.size())};
+}
+
+struct Deleter {
+    void operator()(KnownPlace* place) const { ::operator delete(place); }
+};
+
+/// With its texts behind it.
+std::unique_ptr<KnownPlace, Deleter> makeCopy(const Place& place) {
+    void* const memory = ::operator new(sizeof(KnownPlace) + place.file.size() + place.format.size());
+    std::unique_ptr<KnownPlace, Deleter> copy(new (memory) KnownPlace(place));
+    char* const texts = reinterpret_cast<char*>(copy.get() + 1);
+    copy->file = copyTo(texts, place.file);
+    copy->format = copyTo(texts + place.file.size(), place.format);
+    copy->needsCall = place.format.find("p}") != std::string_view::npos ||
+                      place.format.find("L}") != std::string_view::npos;
+    return copy;
+}
+
+const KnownPlace& find(const Place& place) {
+    std::atomic<KnownPlace*>& chain = chains[hash(place) % std::size(chains)];
+    KnownPlace* first = chain.load(std::memory_order_acquire);
+    if (const KnownPlace* const known = findBefore(nullptr, first, place)) {
+        return *known;
+    }
+    auto made = makeCopy(place);
+    made->next = first;
+    while (!chain.compare_exchange_weak(first, made.get(), std::memory_order_release,
+                                        std::memory_order_acquire)) {
+        if (const KnownPlace* const known = findBefore(made->next, first, place)) {
+            return *known;
+        }
+        made->next = first;
+    }
+    return *made.release();
+}
+
+} // namespace
+
+/// Recent places are found by where the call keeps its format. They are compared all the same: other code may
+/// have been loaded there.
+const KnownPlace& knownPlace(const Place& place) {
+    const std::uintptr_t address =
+        reinterpret_cast<std::uintptr_t>(place.format.data()) ^ static_cast<unsigned>(place.line);
+    const KnownPlace*& known = recent[(address ^ address >> 4U) % std::size(recent)];
+    if (known == nullptr || !isSame(*known, place)) {
+        known = &find(place);
+    }
+    return *known;
+}
+
+} // namespace Log
+} // namespace ZAV

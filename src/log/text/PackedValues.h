@@ -1,0 +1,168 @@
+#pragma once
+
+#include "log/TaggedValue.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace ZAV {
+namespace Log {
+
+// The values of a message as bytes, one behind another, which hold all that they need: also the characters of
+// texts. A whole number takes as many bytes as it needs, so that most values are no longer than their text.
+// The functions are inline, since the kind is known where most values are packed.
+
+namespace Packing {
+
+using Kind = TaggedValue::Kind;
+
+// Each value begins with a byte that holds its kind and the size of the whole number that follows it.
+
+constexpr unsigned KIND_BITS = 4;
+constexpr unsigned KIND_MASK = (1U << KIND_BITS) - 1;
+constexpr unsigned NULL_TEXT = 15; ///< in the place of a size
+constexpr std::size_t MOST_BYTES_OF_NUMBER = 1 + sizeof(std::uint64_t);
+
+inline char headOf(Kind kind, unsigned size) {
+    return static_cast<char>(static_cast<unsigned>(kind) | size << KIND_BITS);
+}
+
+/// Writes the lowest byte first, and no zeros at the end.
+inline char* writeNumber(char* place, Kind kind, std::uint64_t number) {
+    char* next = place + 1;
+    for (; number != 0; number >>= 8U) {
+        *next++ = static_cast<char>(number & 0xFFU);
+    }
+    *place = headOf(kind, static_cast<unsigned>(next - place - 1));
+    return next;
+}
+
+inline std::uint64_t readNumber(const char*& bytes, unsigned size) {
+    std::uint64_t number = 0;
+    for (unsigned i = 0; i < size; ++i) {
+        number |= static_cast<std::uint64_t>(static_cast<unsigned char>(*bytes++)) << 8U * i;
+    }
+    return number;
+}
+
+/// So that a small number is short, whatever its sign.
+inline std::uint64_t withSignLast(long long number) {
+    const auto bits = static_cast<std::uint64_t>(number);
+    return number < 0 ? ~(bits << 1U) : bits << 1U;
+}
+
+inline long long withSignFirst(std::uint64_t number) {
+    return static_cast<long long>((number & 1U) != 0 ? ~(number >> 1U) : number >> 1U);
+}
+
+template <typename Value>
+inline char* writeBytes(char* place, Kind kind, Value value) {
+    *place = headOf(kind, 0);
+    std::memcpy(place + 1, &value, sizeof value);
+    return place + 1 + sizeof value;
+}
+
+template <typename Value>
+Value readBytes(const char*& bytes) {
+    Value value;
+    std::memcpy(&value, bytes, sizeof value);
+    bytes += sizeof value;
+    return value;
+}
+
+inline char* writeText(char* place, Kind kind, std::string_view text) {
+    char* const characters = writeNumber(place, kind, text.size());
+    return characters + text.copy(characters, text.size());
+}
+
+inline std::string_view readText(const char*& bytes, unsigned sizeOfLength) {
+    const auto length = static_cast<std::size_t>(readNumber(bytes, sizeOfLength));
+    const std::string_view text(bytes, length);
+    bytes += length;
+    return text;
+}
+
+/// It keeps the 0 at its end.
+inline char* writeCString(char* place, const char* text) {
+    if (text == nullptr) {
+        *place = headOf(Kind::C_STRING, NULL_TEXT);
+        return place + 1;
+    }
+    return writeText(place, Kind::C_STRING, {text, std::strlen(text) + 1});
+}
+
+} // namespace Packing
+
+/// \return how many bytes a value may take
+inline std::size_t packedSize(const TaggedValue& value) noexcept {
+    using namespace Packing;
+    switch (value.kind) {
+    case Kind::TEXT:
+        return MOST_BYTES_OF_NUMBER + value.size;
+    case Kind::C_STRING:
+        return MOST_BYTES_OF_NUMBER + (value.text == nullptr ? 0 : std::strlen(value.text) + 1);
+    default:
+        return MOST_BYTES_OF_NUMBER;
+    }
+}
+
+/// \param place has room for the value
+/// \return the end of what was written
+inline char* packValue(char* place, const TaggedValue& value) noexcept {
+    using namespace Packing;
+    switch (value.kind) {
+    case Kind::TEXT:
+        return writeText(place, value.kind, {value.text, value.size});
+    case Kind::C_STRING:
+        return writeCString(place, value.text);
+    case Kind::SIGNED:
+        return writeNumber(place, value.kind, withSignLast(value.signedNumber));
+    case Kind::UNSIGNED:
+        return writeNumber(place, value.kind, value.unsignedNumber);
+    case Kind::DOUBLE:
+        return writeBytes(place, value.kind, value.doubleNumber);
+    case Kind::FLOAT:
+        return writeBytes(place, value.kind, value.floatNumber);
+    case Kind::CHARACTER:
+        return writeBytes(place, value.kind, value.character);
+    case Kind::BOOLEAN:
+        return writeNumber(place, value.kind, value.boolean ? 1 : 0);
+    case Kind::ADDRESS:
+        break;
+    }
+    return writeNumber(place, Kind::ADDRESS, reinterpret_cast<std::uintptr_t>(value.address));
+}
+
+/// Reads a value that was packed, and moves on to the next one.
+/// \return the value; its text lies among the bytes
+inline TaggedValue unpackValue(const char*& bytes) noexcept {
+    using namespace Packing;
+    const unsigned head = static_cast<unsigned char>(*bytes++);
+    const unsigned size = head >> KIND_BITS;
+    switch (static_cast<Kind>(head & KIND_MASK)) {
+    case Kind::TEXT:
+        return readText(bytes, size);
+    case Kind::C_STRING:
+        return size == NULL_TEXT ? nullptr : readText(bytes, size).data();
+    case Kind::SIGNED:
+        return withSignFirst(readNumber(bytes, size));
+    case Kind::UNSIGNED:
+        return static_cast<unsigned long long>(readNumber(bytes, size));
+    case Kind::DOUBLE:
+        return readBytes<double>(bytes);
+    case Kind::FLOAT:
+        return readBytes<float>(bytes);
+    case Kind::CHARACTER:
+        return readBytes<char>(bytes);
+    case Kind::BOOLEAN:
+        return readNumber(bytes, size) != 0;
+    case Kind::ADDRESS:
+        break;
+    }
+    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(readNumber(bytes, size)));
+}
+
+} // namespace Log
+} // namespace ZAV
