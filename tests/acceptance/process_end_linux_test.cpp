@@ -1,5 +1,8 @@
 #include "EndedProcess.h"
 
+#include <iomanip>
+#include <sstream>
+
 using namespace ZAV;
 using namespace ZAV::TestSupport;
 using testing::HasSubstr;
@@ -100,6 +103,27 @@ TEST_F(QueueAtProcessEnd, IsWrittenOnceThoughTheLibraryWasUnloaded) {
         EXPECT_EQ(queued(), numbersTo(10)) << way;
         EXPECT_EQ(together(), numbersTo(10)) << way;
         EXPECT_THAT(errors(), IsEmpty()) << way;
+    }
+}
+
+/// What a message needs of the plugin's memory is gone when it is written.
+TEST_F(QueueAtProcessEnd, NeedsNothingOfAPluginThatIsLoadedAndUnloadedAgainAndAgain) {
+    ASSERT_EQ(run(ZAV_LOG_PLUGIN_LOADS_PROGRAM, "\"" ZAV_LOG_LOGGING_PLUGIN "\""), 0) << errors();
+    const std::vector<std::string> lines = linesIn(readFile(directory_ / "plugin"));
+    constexpr int LOADS = 10'000;
+    ASSERT_EQ(lines.size(), 4U * LOADS);
+    auto line = lines.begin();
+    for (int i = 0; i < LOADS; ++i) {
+        std::ostringstream expected;
+        expected << std::fixed << "format literal text " << i << ' ' << std::setprecision(2) << 0.5 * i
+                 << "|template " << std::setw(3) << i << "|inline " << i << ' ' << std::defaultfloat
+                 << std::setprecision(6) << 0.25 * i << " end|text " << i << '|';
+        std::string texts;
+        for (const auto end = line + 4; line != end; ++line) {
+            ASSERT_THAT(*line, HasSubstr("plugin_loads_plugin.cpp:"));
+            texts += line->substr(line->find("ERROR ") + 6) + '|';
+        }
+        ASSERT_EQ(texts, expected.str());
     }
 }
 
