@@ -5,6 +5,8 @@
 #include "log/text/PackedValues.h"
 #include "log/tree/LoggerInside.h"
 
+#include <cstring>
+
 namespace ZAV {
 namespace Log {
 
@@ -12,7 +14,11 @@ namespace {
 
 void pack(MessageText& text, const TaggedValue* values, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        text.commit(packValue(text.room(packedSize(values[i])), values[i]));
+        TaggedValue value = values[i];
+        if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
+            value.size = std::strlen(value.text);
+        }
+        text.commit(packValue(text.room(packedSize(value)), value));
     }
 }
 

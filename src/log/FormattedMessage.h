@@ -118,9 +118,10 @@ class FormattedMessage {
 #endif
 
 public:
-    /// The numbers of a place as one, which a call passes with one instruction.
+    /// The numbers of a place as one, which a call passes with one instruction: the size of the file's name,
+    /// the line and the level in 24, 32 and 8 bits.
     static constexpr std::uint64_t numbers(std::size_t fileSize, unsigned line, unsigned level) {
-        return static_cast<std::uint64_t>(fileSize) << 32U | line << 8U | level;
+        return static_cast<std::uint64_t>(fileSize) << 40U | static_cast<std::uint64_t>(line) << 8U | level;
     }
 
     // The functions "log" are not inline: the caller's code, which as a rule ends at the comparison of
@@ -157,9 +158,9 @@ public:
 
 private:
     static Place place(std::uint64_t numbers, const char* file, std::string_view format) {
-        return {{file, static_cast<std::size_t>(numbers >> 32U)},
+        return {{file, static_cast<std::size_t>(numbers >> 40U)},
                 format,
-                static_cast<int>(numbers >> 8U & 0xFFFFFFU),
+                static_cast<int>(numbers >> 8U & 0xFFFFFFFFU),
                 static_cast<Level::LogLevel>(numbers & 0xFFU)};
     }
 

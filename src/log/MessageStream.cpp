@@ -5,6 +5,8 @@
 #include "log/text/StreamedText.h"
 #include "log/tree/LoggerInside.h"
 
+#include <cmath>
+
 namespace ZAV {
 namespace Log {
 
@@ -85,7 +87,11 @@ void MessageStream::write(unsigned long long number) {
     writeOrKeep<unsigned long long>(text_, number);
 }
 
+/// What is not a number comes from a stream, which its sign depends on.
 void MessageStream::write(double number) {
+    if (std::isnan(number)) {
+        text_.makeText();
+    }
     writeOrKeep<double>(text_, number);
 }
 
@@ -95,7 +101,11 @@ void MessageStream::write(long double number) {
     appendStreamed(text_, number);
 }
 
+/// Null comes from a stream, too.
 void MessageStream::write(const void* address) {
+    if (address == nullptr) {
+        text_.makeText();
+    }
     writeOrKeep<const void*>(text_, address);
 }
 

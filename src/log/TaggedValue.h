@@ -31,7 +31,7 @@ struct TaggedValue {
         SIGNED,
         UNSIGNED,
         DOUBLE,
-        FLOAT, ///< other than as a double, 0.1F shows as "0.1"
+        FLOAT, ///< as a double, 0.1F would show as "0.10000000149011612"
         CHARACTER,
         BOOLEAN,
         ADDRESS
@@ -59,7 +59,7 @@ struct TaggedValue {
         bool boolean;
         const void* address;
     };
-    std::size_t size = 0; ///< of a `TEXT`
+    std::size_t size = 0; ///< of a `TEXT`; of a `C_STRING` only where it is packed
     Kind kind;
 };
 

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <limits>
+#include <locale>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -226,6 +227,17 @@ TEST_P(FormatMacros, PutAFailureToFormatIntoTheText) {
     ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);
     EXPECT_EQ(text(), "{} [not formatted: unknown exception]");
     EXPECT_THROW(ZAV_LOGF_AUDIT(logger_, "{}", Failure::MEMORY), std::bad_alloc);
+}
+
+TEST_P(FormatMacros, FollowTheLocaleOfTheCall) {
+    struct Grouping : std::numpunct<char> {
+        char do_thousands_sep() const override { return '\''; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    ZAV_LOGF_AUDIT(logger_, "{:Ld} {:{}Ld}", 1234567, 1234567, 9);
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
+    EXPECT_EQ(text(), "1234567   1234567");
+    std::locale::global(before);
 }
 
 TEST_P(FormatMacros, NeedNoneOfTheirValuesAfterwards) {

@@ -271,6 +271,11 @@ TEST_P(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
     EXPECT_SAME_TEXT(std::setw(6) << 1 << 2 << std::setfill('*') << 3 << std::setw(6) << 4 << std::setw(6));
     EXPECT_SAME_TEXT(std::left << std::setw(6) << true << std::uppercase << std::scientific << 1e10);
     EXPECT_SAME_TEXT(1 << 2.5);
+    std::thread([this] { // whose memory grows with this text
+        const std::string longText(495, 'x');
+        EXPECT_SAME_TEXT(longText << 1.0 << 2.0 << std::hex << 255 << indent << 3.0L);
+    })
+        .join();
 }
 
 TEST_P(StreamedTexts, FollowTheLocaleOfNewStreams) {
@@ -283,6 +288,13 @@ TEST_P(StreamedTexts, FollowTheLocaleOfNewStreams) {
     EXPECT_SAME_TEXT("text" << 1234567 << ' ' << 2.5 << std::hex << 1234567);
     std::locale::global(before);
     EXPECT_SAME_TEXT("text" << 1234567 << ' ' << 2.5);
+    std::ostringstream stream;
+    const double notANumber = std::numeric_limits<double>::quiet_NaN();
+    stream << notANumber << static_cast<void*>(nullptr) << 1234567;
+    ZAV_LOG_AUDIT(logger_, notANumber << static_cast<void*>(nullptr) << 1234567);
+    std::locale::global(std::locale(std::locale(), new Grouping)); // before the consumer comes
+    EXPECT_EQ(shown(), stream.str());
+    std::locale::global(before);
 }
 
 TEST_P(StreamedTexts, SurviveWhatIsStreamedIntoThem) {

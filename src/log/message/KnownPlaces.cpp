@@ -42,6 +42,32 @@ std::string_view copyTo(char* characters, std::string_view text) {
     return {characters, text.copy(characters, text.size())};
 }
 
+/// \return whether a field of the format has a form that takes more than copied values: the address of a text
+///         ("p"), the global locale of the moment ("L"), or a width or precision that is a value and may be
+///         out of range. A character that fills is taken for one of these, which does no harm.
+bool needsCall(std::string_view format) {
+    int depth = 0;
+    bool isForm = false;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        const char character = format[i];
+        if (character == '{' && depth == 0 && format.substr(i, 2) == "{{") {
+            ++i;
+        } else if (character == '{') {
+            isForm = false;
+            if (++depth > 1) {
+                return true;
+            }
+        } else if (character == '}' && depth > 0) {
+            --depth;
+        } else if (depth > 0 && character == ':') {
+            isForm = true;
+        } else if (depth > 0 && isForm && (character == 'p' || character == 'L')) {
+            return true;
+        }
+    }
+    return false;
+}
+
 struct Deleter {
     void operator()(KnownPlace* place) const { ::operator delete(place); }
 };
@@ -53,8 +79,7 @@ std::unique_ptr<KnownPlace, Deleter> makeCopy(const Place& place) {
     char* const texts = reinterpret_cast<char*>(copy.get() + 1);
     copy->file = copyTo(texts, place.file);
     copy->format = copyTo(texts + place.file.size(), place.format);
-    copy->needsCall = place.format.find("p}") != std::string_view::npos ||
-                      place.format.find("L}") != std::string_view::npos;
+    copy->needsCall = needsCall(place.format);
     return copy;
 }
 
@@ -78,11 +103,12 @@ const KnownPlace& find(const Place& place) {
 
 } // namespace
 
-/// Recent places are found by where the call keeps its format. They are compared all the same: other code may
+/// Recent places are found by where the call keeps its texts. They are compared all the same: other code may
 /// have been loaded there.
 const KnownPlace& knownPlace(const Place& place) {
-    const std::uintptr_t address =
-        reinterpret_cast<std::uintptr_t>(place.format.data()) ^ static_cast<unsigned>(place.line);
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(place.format.data()) ^
+                                   reinterpret_cast<std::uintptr_t>(place.file.data()) ^
+                                   static_cast<unsigned>(place.line);
     const KnownPlace*& known = recent[(address ^ address >> 4U) % std::size(recent)];
     if (known == nullptr || !isSame(*known, place)) {
         known = &find(place);

@@ -11,8 +11,7 @@ namespace Log {
 struct KnownPlace : Place {
     explicit KnownPlace(const Place& place) : Place(place) {}
 
-    /// Whether the text says more than the values that are copied do: the address of a text, or numbers in
-    /// the way of the global locale.
+    /// Whether the text has to be made in the call, since it takes more than values that were copied.
     bool needsCall = false;
     KnownPlace* next = nullptr; ///< used to look it up
 };

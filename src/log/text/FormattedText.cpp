@@ -10,7 +10,9 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -246,9 +248,11 @@ void appendFormattedValues(MessageText& text, std::string_view format, std::stri
     }
     try {
         appendFormatted(text, format, many.empty() ? usual : many.data(), count);
-    } catch (const fmt::format_error& error) {
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& exception) {
         text.clear();
-        showFailure(text, format, error.what());
+        showFailure(text, format, exception.what());
     }
 }
 

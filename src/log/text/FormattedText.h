@@ -15,7 +15,7 @@ class MessageText;
 /// \param text one to which texts may be appended
 /// \param values `count` of them, of the kinds that the format was checked for
 /// \throw std::bad_alloc and, for a null pointer in place of a text and a width or precision that is a value and out
-///        of range, what {fmt} throws; the text then ends somewhere
+///        of range, what {fmt} throws; the text then holds a part
 void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
                      std::size_t count);
 

@@ -89,6 +89,7 @@ void MessageText::makeText() {
     if (keepsValues()) {
         const std::string values(view());
         next_ = memory_.get();
+        endBeforeSeek_ = nullptr;
         state_ = State::PLAIN;
         appendStreamedValues(*this, values);
     }

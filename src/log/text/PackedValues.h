@@ -84,16 +84,22 @@ inline std::string_view readText(const char*& bytes, unsigned sizeOfLength) {
     return text;
 }
 
-/// It keeps the 0 at its end.
-inline char* writeCString(char* place, const char* text) {
-    if (text == nullptr) {
-        *place = headOf(Kind::C_STRING, NULL_TEXT);
+/// With a 0 at its end, as it was.
+inline char* writeCString(char* place, const TaggedValue& value) {
+    if (value.text == nullptr) {
+        *place = headOf(value.kind, NULL_TEXT);
         return place + 1;
     }
-    return writeText(place, Kind::C_STRING, {text, std::strlen(text) + 1});
+    char* const characters = writeNumber(place, value.kind, value.size + 1);
+    std::memcpy(characters, value.text, value.size);
+    characters[value.size] = '\0';
+    return characters + value.size + 1;
 }
 
 } // namespace Packing
+
+// Of a C string `size` is set, so that its length is found out only once: a program that changes it meanwhile
+// gets a wrong text and nothing worse.
 
 /// \return how many bytes a value may take
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
@@ -102,7 +108,7 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     case Kind::TEXT:
         return MOST_BYTES_OF_NUMBER + value.size;
     case Kind::C_STRING:
-        return MOST_BYTES_OF_NUMBER + (value.text == nullptr ? 0 : std::strlen(value.text) + 1);
+        return MOST_BYTES_OF_NUMBER + value.size + 1;
     default:
         return MOST_BYTES_OF_NUMBER;
     }
@@ -116,7 +122,7 @@ inline char* packValue(char* place, const TaggedValue& value) noexcept {
     case Kind::TEXT:
         return writeText(place, value.kind, {value.text, value.size});
     case Kind::C_STRING:
-        return writeCString(place, value.text);
+        return writeCString(place, value);
     case Kind::SIGNED:
         return writeNumber(place, value.kind, withSignLast(value.signedNumber));
     case Kind::UNSIGNED:
