@@ -38,7 +38,7 @@ class Logger;
 class FormattedMessage {
 public:
     /// \param level at or above the logger's
-    FormattedMessage(Logger& logger, Level::LogLevel level, int line, std::string_view file)
+    FormattedMessage(const Logger& logger, Level::LogLevel level, int line, std::string_view file)
         : logger_(logger), level_(level), line_(line), file_(file) {}
 
 #if __has_include(<fmt/compile.h>)
@@ -100,7 +100,7 @@ private:
         MessageStream::log(logger_, level_, text, line_, file_);
     }
 
-    Logger& logger_;
+    const Logger& logger_;
     Level::LogLevel level_;
     int line_;
     std::string_view file_;

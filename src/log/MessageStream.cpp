@@ -130,11 +130,12 @@ void MessageStream::write(const void* address) {
     text_.commit(std::to_chars(place + 2, place + SIZE, reinterpret_cast<std::uintptr_t>(address), 16).ptr);
 }
 
-void MessageStream::logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const {
+void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
+                          std::string_view file) const {
     log(logger, level, text_.view(), line, file);
 }
 
-void MessageStream::log(Logger& logger, Level::LogLevel level, std::string_view text, int line,
+void MessageStream::log(const Logger& logger, Level::LogLevel level, std::string_view text, int line,
                         std::string_view file) {
     logger.logPassed(level, text, line, file);
 }

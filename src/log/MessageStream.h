@@ -58,11 +58,11 @@ public:
     /// \param line source line
     /// \param file source file
     /// \throw what the logger's function for the level throws
-    void logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
+    void logTo(const Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
 
     /// Logs a text that was put together elsewhere.
     /// \copydetails logTo
-    static void log(Logger& logger, Level::LogLevel level, std::string_view text, int line,
+    static void log(const Logger& logger, Level::LogLevel level, std::string_view text, int line,
                     std::string_view file);
 
 private:
