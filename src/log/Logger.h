@@ -113,6 +113,7 @@ private:
     friend class MessageStream;
     friend bool isListed(const Logger& logger, const Appender* appender);
     friend struct SubtreeLevel;
+    friend class SubtreeCapture;
     struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);
