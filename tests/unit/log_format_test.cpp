@@ -39,12 +39,10 @@ namespace {
 using namespace ZAV;
 using namespace ZAV::Log;
 using testing::ElementsAre;
+using TestSupport::textsOf;
 
 class FormatMacros : public testing::Test {
 protected:
-    FormatMacros() { logger_.addAppender(&appender_); }
-    ~FormatMacros() override { logger_.removeAppender(&appender_); }
-
     Logger& countedLogger() {
         ++evaluations_;
         return logger_;
@@ -52,22 +50,21 @@ protected:
 
     int evaluations_ = 0;
     Logger& logger_ = LoggerFactory::getLogger("formatted");
-    TestSupport::RecordingAppender appender_{"messages"};
+    const LogCapture capture_{logger_, Level::WARNING};
 };
 
 } // namespace
 
 TEST_F(FormatMacros, EvaluateOnceWhenTheLevelIsOnAndNothingWhenItIsOff) {
     ZAV_LOGF_INFO(logger_, "{}", ++evaluations_);
-    ASSERT_TRUE(appender_.messages.empty());
+    ASSERT_THAT(capture_.messages(), testing::IsEmpty());
     ZAV_LOGF_ERROR(countedLogger(), "user {} left after {} s", 12, 0.25);
     const int line = __LINE__ - 1;
     EXPECT_EQ(evaluations_, 1);
-    ASSERT_EQ(appender_.messages.size(), 1U);
-    EXPECT_EQ(appender_.texts.back(), "user 12 left after 0.25 s");
-    EXPECT_EQ(appender_.messages.front().getLevel(), Level::ERROR);
-    EXPECT_EQ(appender_.messages.front().getLine(), line);
-    EXPECT_EQ(appender_.messages.front().getFile(), __FILE__);
+    ASSERT_THAT(textsOf(capture_), ElementsAre("user 12 left after 0.25 s"));
+    EXPECT_EQ(capture_.count(Level::ERROR), 1U);
+    EXPECT_EQ(capture_.messages().front().getLine(), line);
+    EXPECT_EQ(capture_.messages().front().getFile(), __FILE__);
 }
 
 TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
@@ -76,7 +73,7 @@ TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
         ZAV_LOGF_AUDIT(logger_, "not this one");
     else
         ZAV_LOGF_TRACE(logger_, "without values");
-    ZAV_LOGF_AUDIT(logger_, "{}", 1);
+    ZAV_LOGF_AUDIT(std::as_const(logger_), "{}", 1);
     ZAV_LOGF_WARNING(logger_, "{}", 2);
     ZAV_LOGF_INFO(logger_, "{}", 3);
     ZAV_LOGF_DEBUG(logger_, "{}", 4);
@@ -85,11 +82,11 @@ TEST_F(FormatMacros, StandForOneStatementOfTheirLevelAboveTheFloor) {
     ZAV_LOGF_TRACE(countedLogger(), "removed {}", ++evaluations_);
     EXPECT_EQ(evaluations_, 0);
     std::vector<int> levels;
-    for (const LogMessage& message : appender_.messages) {
+    for (const LogMessage& message : capture_.messages()) {
         levels.push_back(message.getLevel());
     }
     EXPECT_THAT(levels, ElementsAre(10, 60, 40, 30, 20));
-    EXPECT_EQ(appender_.messages.front().getText(), "without values");
+    EXPECT_EQ(textsOf(capture_).front(), "without values");
 }
 
 TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
@@ -97,18 +94,18 @@ TEST_F(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
     const std::string longText(10000, 'x');
     const std::vector<int> numbers{1, 2};
     ZAV_LOGF_AUDIT(logger_, "{{{1:>4}{0:#x}}} {2:.{3}f} {4}", 255, "ab", 2.0, 3, array);
-    EXPECT_EQ(appender_.texts.back(), "{  ab0xff} 2.000 array");
+    EXPECT_EQ(textsOf(capture_).back(), "{  ab0xff} 2.000 array");
     ZAV_LOGF_AUDIT(logger_, "{:%S} {}", std::chrono::seconds(5), fmt::join(numbers, ", "));
-    EXPECT_EQ(appender_.texts.back(), "05 1, 2");
+    EXPECT_EQ(textsOf(capture_).back(), "05 1, 2");
     ZAV_LOGF_AUDIT(logger_, "{}{}", longText, longText);
-    EXPECT_EQ(appender_.texts.back(), longText + longText);
+    EXPECT_EQ(textsOf(capture_).back(), longText + longText);
 }
 
 TEST_F(FormatMacros, PutAFailureToFormatIntoTheText) {
     ZAV_LOGF_AUDIT(logger_, "state {} of {}", 1, Failure::EXCEPTION);
-    EXPECT_EQ(appender_.texts.back(), "state {} of {} [not formatted: out of order]");
+    EXPECT_EQ(textsOf(capture_).back(), "state {} of {} [not formatted: out of order]");
     ZAV_LOGF_AUDIT(logger_, "{}", Failure::NUMBER);
-    EXPECT_EQ(appender_.texts.back(), "{} [not formatted: unknown exception]");
+    EXPECT_EQ(textsOf(capture_).back(), "{} [not formatted: unknown exception]");
     EXPECT_THROW(ZAV_LOGF_AUDIT(logger_, "{}", Failure::MEMORY), std::bad_alloc);
 }
 

@@ -110,22 +110,17 @@ std::ostream& indent(std::ostream& stream) {
 
 using namespace ZAV::Log;
 
-class LastText : public Appender {
-public:
-    LastText() : Appender("last-text") {}
-    std::string text;
-
-protected:
-    void doOutput(const LogMessage& message) override { text = message.getText(); }
-};
-
 class StreamedTexts : public testing::Test {
 protected:
-    StreamedTexts() { logger_.addAppender(&appender_); }
-    ~StreamedTexts() override { logger_.removeAppender(&appender_); }
+    /// The text of the last message, which is then forgotten with all before it.
+    std::string takeText() {
+        const std::string text = ZAV::TestSupport::textsOf(capture_).back();
+        capture_.clear();
+        return text;
+    }
 
     Logger& logger_ = LoggerFactory::getLogger("streamed");
-    LastText appender_;
+    LogCapture capture_{logger_, Level::AUDIT};
 };
 
 /// Streams an expression into a message and into a stream of the standard library.
@@ -134,7 +129,7 @@ protected:
         std::ostringstream stream;                                                                           \
         stream << expression;                                                                                \
         ZAV_LOG_AUDIT(logger_, expression);                                                                  \
-        EXPECT_EQ(appender_.text, stream.str()) << #expression;                                              \
+        EXPECT_EQ(takeText(), stream.str()) << #expression;                                                  \
     } while (false)
 
 } // namespace
@@ -198,7 +193,7 @@ TEST_F(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
         MessageStream message;
         message.write(number);
         message.logTo(logger_, Level::AUDIT, 0, "");
-        ASSERT_EQ(appender_.text, stream.str());
+        ASSERT_EQ(takeText(), stream.str());
     }
 }
 
@@ -240,7 +235,7 @@ TEST_F(StreamedTexts, OfOtherTypesAreThoseOfAStream) {
     EXPECT_SAME_TEXT(1 << numbers << 2.5 << L"wide" << points);
     EXPECT_SAME_TEXT(std::make_error_code(std::errc::timed_out) << std::quoted("a\"b") << 1);
     ZAV_LOG_AUDIT(logger_, counted << 'x' << counted);
-    EXPECT_EQ(appender_.text, "1x2");
+    EXPECT_EQ(takeText(), "1x2");
 }
 
 TEST_F(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
@@ -268,22 +263,22 @@ TEST_F(StreamedTexts, FollowTheLocaleOfNewStreams) {
 TEST_F(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
     const auto logged = [this](const char* text) {
         ZAV_LOG_AUDIT(logger_, text << std::hex << 255);
-        return appender_.text;
+        return takeText();
     };
     ZAV_LOG_AUDIT(logger_, "outer " << logged("inner ") << ' ' << 255 << ' ' << logged("again "));
-    EXPECT_EQ(appender_.text, "outer inner ff 255 again ff");
+    EXPECT_EQ(takeText(), "outer inner ff 255 again ff");
 
     const auto fail = []() -> int { throw std::runtime_error("not streamed"); };
     EXPECT_THROW(ZAV_LOG_AUDIT(logger_, "lost " << std::hex << fail()), std::runtime_error);
     const char* const nothing = nullptr;
     ZAV_LOG_AUDIT(logger_, "text " << nothing << ' ' << 255);
-    EXPECT_EQ(appender_.text, "text (null) 255");
+    EXPECT_EQ(takeText(), "text (null) 255");
 
     MessageStream message;
     message.stream() << std::hex << 255;
     MessageInserter(message) << 255;
     message.logTo(logger_, Level::AUDIT, 0, "");
-    EXPECT_EQ(appender_.text, "ffff");
+    EXPECT_EQ(takeText(), "ffff");
 }
 
 TEST_F(StreamedTexts, AreThereUntilAThreadHasEnded) {
@@ -297,5 +292,5 @@ TEST_F(StreamedTexts, AreThereUntilAThreadHasEnded) {
         lastWords.logger = &logger_;
         ZAV_LOG_AUDIT(logger_, "first words");
     }).join();
-    EXPECT_EQ(appender_.text, "last words 1 2");
+    EXPECT_EQ(takeText(), "last words 1 2");
 }
