@@ -51,10 +51,16 @@
     } while (false)
 
 /// Limits that stand in one another declare the same names: on purpose, and without a warning.
-#if defined(__GNUC__)
+#if defined(__clang__)
+#define ZAV_LOG_MAY_SHADOW(...)                                                                              \
+    _Pragma("clang diagnostic push") _Pragma("clang diagnostic ignored \"-Wshadow\"")                        \
+        __VA_ARGS__ _Pragma("clang diagnostic pop")
+#elif defined(__GNUC__)
 #define ZAV_LOG_MAY_SHADOW(...)                                                                              \
     _Pragma("GCC diagnostic push") _Pragma("GCC diagnostic ignored \"-Wshadow\"")                            \
-        __VA_ARGS__ _Pragma("GCC diagnostic pop")
+        _Pragma("GCC diagnostic ignored \"-Wshadow=local\"")                                                 \
+            _Pragma("GCC diagnostic ignored \"-Wshadow=compatible-local\"")                                  \
+                __VA_ARGS__ _Pragma("GCC diagnostic pop")
 #elif defined(_MSC_VER)
 #define ZAV_LOG_MAY_SHADOW(...)                                                                              \
     __pragma(warning(push)) __pragma(warning(disable : 4456)) __VA_ARGS__ __pragma(warning(pop))

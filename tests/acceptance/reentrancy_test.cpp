@@ -12,6 +12,7 @@ using namespace testing;
 using TestSupport::CallingAppender;
 using TestSupport::CallingListener;
 using TestSupport::inThreads;
+using TestSupport::textsOf;
 
 namespace {
 
