@@ -24,7 +24,7 @@ void pack(MessageText& text, const TaggedValue* values, std::size_t count) {
 
 } // namespace
 
-void FormattedMessage::logTagged(Logger& logger, const Place& place, const TaggedValue* values,
+void FormattedMessage::logTagged(const Logger& logger, const Place& place, const TaggedValue* values,
                                  std::size_t count) {
     const TakenText taken;
     if (logger.inside_->takesValues()) {
@@ -40,11 +40,11 @@ void FormattedMessage::logTagged(Logger& logger, const Place& place, const Tagge
     }
 }
 
-void FormattedMessage::logText(Logger& logger, const Place& place, std::string_view text) {
+void FormattedMessage::logText(const Logger& logger, const Place& place, std::string_view text) {
     logger.inside_->logFrom(place, text, TextForm::READY);
 }
 
-void FormattedMessage::logFailure(Logger& logger, const Place& place, const char* reason) {
+void FormattedMessage::logFailure(const Logger& logger, const Place& place, const char* reason) {
     const TakenText taken;
     showFailure(taken.text, place.format, reason);
     logText(logger, place, taken.text.view());

@@ -129,7 +129,7 @@ public:
 
 #if __has_include(<fmt/format.h>)
     template <typename... Values, std::enable_if_t<areTagged<Values...>, int> = 0>
-    [[gnu::noinline]] static void log(Checked<typename Tagging<Values>::Type...>, Logger& logger,
+    [[gnu::noinline]] static void log(Checked<typename Tagging<Values>::Type...>, const Logger& logger,
                                       std::uint64_t numbers, const char* file, FormatText format,
                                       const Values&... values) {
         const TaggedValue tagged[] = {tag(values)..., TaggedValue()};
@@ -138,14 +138,14 @@ public:
 
     template <typename... Values,
               std::enable_if_t<!areTagged<std::remove_cv_t<std::remove_reference_t<Values>>...>, int> = 0>
-    [[gnu::noinline]] static void log(typename Itself<Checked<Values...>>::type, Logger& logger,
+    [[gnu::noinline]] static void log(typename Itself<Checked<Values...>>::type, const Logger& logger,
                                       std::uint64_t numbers, const char* file, FormatText format,
                                       Values&&... values) {
         logHere(logger, place(numbers, file, {format.data, format.size}), fmt::make_format_args(values...));
     }
 #else
     template <typename... Values>
-    [[gnu::noinline]] static void log(Checked<Values...> checked, Logger& logger, std::uint64_t numbers,
+    [[gnu::noinline]] static void log(Checked<Values...> checked, const Logger& logger, std::uint64_t numbers,
                                       const char* file, FormatText, Values&&... values) {
         logHere(logger, place(numbers, file, checked.get()), std::make_format_args(values...));
     }
@@ -153,7 +153,7 @@ public:
 
     /// Formats in the library and logs.
     /// \param values `count` of them, of the types that the format was checked for
-    ZAV_LOG_API static void logTagged(Logger& logger, const Place& place, const TaggedValue* values,
+    ZAV_LOG_API static void logTagged(const Logger& logger, const Place& place, const TaggedValue* values,
                                       std::size_t count);
 
 private:
@@ -165,19 +165,19 @@ private:
     }
 
     /// Logs a text that was made from the format.
-    ZAV_LOG_API static void logText(Logger& logger, const Place& place, std::string_view text);
+    ZAV_LOG_API static void logText(const Logger& logger, const Place& place, std::string_view text);
 
     /// Logs the format and why no text could be made from it.
     /// \param reason null if it is not known
-    ZAV_LOG_API static void logFailure(Logger& logger, const Place& place, const char* reason);
+    ZAV_LOG_API static void logFailure(const Logger& logger, const Place& place, const char* reason);
 
     /// Formats in the caller's program. The one function that needs {fmt} to be linked.
 #if __has_include(<fmt/format.h>)
-    [[gnu::noinline]] static void logHere(Logger& logger, const Place& place, fmt::format_args values) {
+    [[gnu::noinline]] static void logHere(const Logger& logger, const Place& place, fmt::format_args values) {
         fmt::memory_buffer text;
         const auto format = [&] { fmt::vformat_to(fmt::appender(text), place.format, values); };
 #else
-    [[gnu::noinline]] static void logHere(Logger& logger, const Place& place, std::format_args values) {
+    [[gnu::noinline]] static void logHere(const Logger& logger, const Place& place, std::format_args values) {
         std::string text;
         const auto format = [&] { std::vformat_to(std::back_inserter(text), place.format, values); };
 #endif
@@ -188,7 +188,7 @@ private:
 
     /// Logs the failure if a text cannot be made.
     template <typename Format>
-    static bool succeeds(Logger& logger, const Place& place, Format format) {
+    static bool succeeds(const Logger& logger, const Place& place, Format format) {
         try {
             format();
             return true;

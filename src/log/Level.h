@@ -5,6 +5,14 @@
 #include <cstdint>
 #include <string>
 
+/// The numbers of the levels for the preprocessor, as in `-DZAV_LOG_ACTIVE_LEVEL=ZAV_LOG_LEVEL_INFO`.
+#define ZAV_LOG_LEVEL_AUDIT 60
+#define ZAV_LOG_LEVEL_ERROR 50
+#define ZAV_LOG_LEVEL_WARNING 40
+#define ZAV_LOG_LEVEL_INFO 30
+#define ZAV_LOG_LEVEL_DEBUG 20
+#define ZAV_LOG_LEVEL_TRACE 10
+
 // Other headers define some of these names as macros, as does a build with -DDEBUG; here they are
 // enumerators.
 #pragma push_macro("AUDIT")

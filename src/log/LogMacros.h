@@ -10,8 +10,8 @@
 /// `else`.
 ///
 /// `ZAV_LOG_ACTIVE_LEVEL`, defined before this header is included, removes the calls below a level from the
-/// program, logger and all: 60 keeps `AUDIT` alone, 50 adds `ERROR`, and so on by tens down to 10, the
-/// default, for all.
+/// program, logger and all: `ZAV_LOG_LEVEL_AUDIT` keeps `AUDIT` alone, and so on down to
+/// `ZAV_LOG_LEVEL_TRACE`, the default, for all. The numbers of the levels do as well.
 
 #include "log/Level.h"
 #include "log/Logger.h"
@@ -19,7 +19,7 @@
 #include "log/MessageStream.h"
 
 #if !defined(ZAV_LOG_ACTIVE_LEVEL)
-#define ZAV_LOG_ACTIVE_LEVEL 10
+#define ZAV_LOG_ACTIVE_LEVEL ZAV_LOG_LEVEL_TRACE
 #endif
 
 /// Most calls are rejected; with this, the compiler moves the code of the others out of their way.
@@ -36,7 +36,7 @@
     do {                                                                                                     \
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \
             constexpr auto zavLogLevel = static_cast<::ZAV::Log::Level::LogLevel>(level);                    \
-            ::ZAV::Log::Logger& zavLogLogger = (logger);                                                     \
+            const ::ZAV::Log::Logger& zavLogLogger = (logger);                                               \
             if (ZAV_LOG_UNLIKELY(zavLogLogger.isLoggable(zavLogLevel))) {                                    \
                 statements                                                                                   \
             }                                                                                                \

@@ -18,7 +18,9 @@ namespace Log {
 ///         ...
 ///     }
 ///
-/// A session that finds the library initialised leaves its configuration alone, and ends nothing.
+/// Without a session or `LogManager::init` there is no appender, and nobody sees what the program logs, not
+/// even its errors. A session that finds the library initialised leaves its configuration alone, and ends
+/// nothing.
 class ZAV_LOG_API LogSession {
 public:
     /// Calls `LogManager::init` with a property file.

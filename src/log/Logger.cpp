@@ -15,7 +15,7 @@ namespace Log {
 using Platform::ScopedLock;
 using Util::TimeUtils::Time;
 
-void Logger::logPassed(Level::LogLevel level, std::string_view text, int line, std::string_view file) {
+void Logger::logPassed(Level::LogLevel level, std::string_view text, int line, std::string_view file) const {
     inside_->log(level, text, line, file, LOG);
 }
 

@@ -54,27 +54,27 @@ public:
     /// \param text written as it is
     /// \param line source line; 0 or less if none is given
     /// \param file source file; empty if none is given
-    void audit(const std::string& text, int line, const std::string& file) {
+    void audit(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_AUDIT, text, line, file);
     }
     /// \copydoc audit
-    void error(const std::string& text, int line, const std::string& file) {
+    void error(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_ERROR, text, line, file);
     }
     /// \copydoc audit
-    void warning(const std::string& text, int line, const std::string& file) {
+    void warning(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_WARNING, text, line, file);
     }
     /// \copydoc audit
-    void info(const std::string& text, int line, const std::string& file) {
+    void info(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_INFO, text, line, file);
     }
     /// \copydoc audit
-    void debug(const std::string& text, int line, const std::string& file) {
+    void debug(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_DEBUG, text, line, file);
     }
     /// \copydoc audit
-    void trace(const std::string& text, int line, const std::string& file) {
+    void trace(const std::string& text, int line = 0, const std::string& file = std::string()) {
         log(Level::LEVEL_TRACE, text, line, file);
     }
 
@@ -114,6 +114,7 @@ private:
     friend class MessageStream;
     friend bool isListed(const Logger& logger, const Appender* appender);
     friend struct SubtreeLevel;
+    friend class SubtreeCapture;
     struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);
@@ -131,7 +132,8 @@ private:
     ZAV_LOG_API Level::LogLevel temporaryLevel() const noexcept;
 
     /// Logs a message that has passed the first comparison.
-    ZAV_LOG_API void logPassed(Level::LogLevel level, std::string_view text, int line, std::string_view file);
+    ZAV_LOG_API void logPassed(Level::LogLevel level, std::string_view text, int line,
+                               std::string_view file) const;
 
     Logger& getLogger(const std::string& path);
     const Logger* findLogger(const std::string& path) const;

@@ -109,7 +109,8 @@ void MessageStream::write(const void* address) {
     writeOrKeep<const void*>(text_, address);
 }
 
-void MessageStream::logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const {
+void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
+                          std::string_view file) const {
     logger.inside_->logFrom({file, {}, line, level}, text_.view(),
                             text_.keepsValues() ? TextForm::STREAMED : TextForm::READY);
 }

@@ -60,7 +60,7 @@ public:
     /// \param line source line
     /// \param file source file
     /// \throw what the logger's function for the level throws
-    void logTo(Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
+    void logTo(const Logger& logger, Level::LogLevel level, int line, std::string_view file) const;
 
 private:
     MessageText& text_;

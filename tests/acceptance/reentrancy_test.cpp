@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <future>
-#include <map>
 #include <mutex>
 
 using namespace ZAV;
@@ -13,6 +12,7 @@ using namespace testing;
 using TestSupport::CallingAppender;
 using TestSupport::CallingListener;
 using TestSupport::inThreads;
+using TestSupport::textsOf;
 
 namespace {
 
@@ -20,9 +20,6 @@ const char* const LOGGERS[] = {"net", "net.tcp", "db"};
 
 class Reentrancy : public TestSupport::Application {
 protected:
-    Reentrancy() { root_.addAppender(&recorder_); }
-    ~Reentrancy() override { root_.removeAppender(&recorder_); }
-
     static constexpr int THREADS = 8;
     static constexpr int MESSAGES = 100;
 
@@ -37,9 +34,9 @@ protected:
     }
 
     /// How many messages of that text any threads have written.
-    int count(const std::string& text) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return counts_[text];
+    std::ptrdiff_t count(const std::string& text) const {
+        const std::vector<std::string> texts = textsOf(capture_);
+        return std::count(texts.begin(), texts.end(), text);
     }
 
     Logger& root_ = LoggerFactory::getRootLogger();
@@ -66,12 +63,7 @@ protected:
     }};
 
 private:
-    std::mutex mutex_;
-    std::map<std::string, int> counts_;
-    CallingAppender recorder_{[this](const LogMessage& message) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ++counts_[message.getText()];
-    }};
+    const LogCapture capture_{root_, Level::WARNING};
 };
 
 } // namespace

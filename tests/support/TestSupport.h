@@ -2,6 +2,7 @@
 
 #include "Calling.h"
 
+#include "log/LogCapture.h"
 #include "log/LogManager.h"
 #include "log/LogMessage.h"
 #include "log/LoggerFactory.h"
@@ -40,6 +41,15 @@ protected:
         texts.push_back(message.getText());
     }
 };
+
+/// The texts of what was recorded.
+inline std::vector<std::string> textsOf(const Log::LogCapture& capture) {
+    std::vector<std::string> texts;
+    for (const Log::LogMessage& message : capture.messages()) {
+        texts.push_back(message.getText());
+    }
+    return texts;
+}
 
 /// Keeps the arguments of the commands that it receives.
 class RecordingListener : public Log::CommandListener {

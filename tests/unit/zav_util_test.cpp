@@ -57,6 +57,34 @@ TEST(Time, TextFollowsTheTimeZoneOfTheProcess) {
     EXPECT_EQ(Time(1, SEC).toString(), "1970.01.01 04:00:01:000000");
 }
 
+TEST(Properties, TakePairsInBracesHoweverTheyAreWritten) {
+    const std::map<std::string, std::string> one{{"appender.c", "StdoutAppender"}};
+    const std::map<std::string, std::string> two{{"a", "b"}, {"c", "d"}};
+    const std::string a = "a";
+    const std::string d = "d";
+    const Properties copied = {{"appender.c", "StdoutAppender"}};
+    const auto passed = [](const Properties& properties) { return properties; };
+    EXPECT_EQ((Properties{{"appender.c", "StdoutAppender"}}), one);
+    EXPECT_EQ(Properties({{"appender.c", "StdoutAppender"}}), one);
+    EXPECT_EQ((Properties{{{"appender.c", "StdoutAppender"}}}), one);
+    EXPECT_EQ(passed({{"appender.c", "StdoutAppender"}}), one);
+    EXPECT_EQ(copied, one);
+    EXPECT_EQ(Properties{copied}, one);
+    EXPECT_EQ((Properties{{"a", "b"}, {"c", "d"}}), two);
+    EXPECT_EQ((Properties{{{"a", "b"}, {"c", "d"}}}), two); // and no begins and ends of texts
+    EXPECT_EQ(Properties({{"a", "b"}, {"c", "d"}}), two);
+    EXPECT_EQ((Properties{{a, "b"}, {"c", d}}), two);
+    EXPECT_EQ((Properties{std::make_pair("a", "b"), Properties::value_type("c", d), {"a", "later"}}), two);
+    Properties assigned{{a, d}};
+    assigned = {{"a", "b"}, {"c", "d"}};
+    EXPECT_EQ(assigned, two);
+    assigned = {};
+    EXPECT_THAT(assigned, IsEmpty());
+    EXPECT_THAT(Properties{}, IsEmpty());
+    EXPECT_THAT(TestSupport::textThrownBy<UtilException>([] { Properties{"missing.properties"}; }),
+                HasSubstr("missing.properties"));
+}
+
 namespace {
 
 class PropertyFile : public Test {

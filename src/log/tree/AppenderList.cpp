@@ -3,6 +3,7 @@
 #include "ForcedUnwind.h"
 #include "log/Appender.h"
 #include "log/message/ReusedMessage.h"
+#include "log/tree/SubtreeCapture.h"
 #include "platform/Fork.h"
 
 #include <algorithm>
@@ -22,8 +23,14 @@ void AppenderList::remove(Appender* appender) {
     ++version_;
 }
 
+void AppenderList::setMuted(bool isMuted) {
+    isMuted_ = isMuted;
+    ++version_;
+}
+
 void AppenderList::copyFrom(const AppenderList& other) {
     appenders_ = other.appenders_;
+    isMuted_ = other.isMuted_;
     ++version_;
 }
 
@@ -42,7 +49,7 @@ AppenderList::Outcome AppenderList::giveToSynchronous(ReusedMessage& message, bo
 
 void AppenderList::renewCopy() {
     const ScopedLock lock(treeLock());
-    copy_.assign(appenders_.begin(), appenders_.end());
+    copyInto(copy_);
     copiedVersion_ = version_;
     const bool areAsynchronous = std::none_of(
         copy_.begin(), copy_.end(), [](const Appender* appender) { return appender->isSynchronous(); });
@@ -52,7 +59,19 @@ void AppenderList::renewCopy() {
 AppenderList::Copy AppenderList::makeCopy(std::uint64_t& version) const {
     const ScopedLock lock(treeLock());
     version = version_;
-    return Copy(appenders_.begin(), appenders_.end());
+    Copy copy;
+    copyInto(copy);
+    return copy;
+}
+
+void AppenderList::copyInto(Copy& copy) const {
+    copy.assign(appenders_.begin(), appenders_.end());
+    if (isMuted_) {
+        const auto isNoRecorder = [](const Appender* appender) ZAV_LOG_REQUIRES(treeLock()) {
+            return !SubtreeCapture::isRecorder(appender);
+        };
+        copy.erase(std::remove_if(copy.begin(), copy.end(), isNoRecorder), copy.end());
+    }
 }
 
 /// If an appender forks, the walk ends in the child: the message goes to the appenders behind it in the

@@ -29,6 +29,9 @@ public:
     /// Removes every entry of an appender. A walk that goes on in another thread may still be calling it.
     void remove(Appender* appender) ZAV_LOG_REQUIRES(treeLock());
 
+    /// Says whether the messages go to the recorders of captures alone, or to all that are listed.
+    void setMuted(bool isMuted) ZAV_LOG_REQUIRES(treeLock());
+
     /// Takes over the entries of another list; this one must be empty.
     void copyFrom(const AppenderList& other) ZAV_LOG_REQUIRES(treeLock());
 
@@ -57,10 +60,12 @@ private:
 
     void renewCopy();
     Copy makeCopy(std::uint64_t& version) const;
+    void copyInto(Copy& copy) const ZAV_LOG_REQUIRES(treeLock());
     Outcome give(const Copy& copy, std::uint64_t version, ReusedMessage& message) const;
     bool isStillListed(Appender* appender, std::uint64_t version) const;
 
     Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());
+    bool isMuted_ ZAV_LOG_GUARDED_BY(treeLock()) = false;
     /// Raised by every change, under the tree's lock.
     std::atomic<std::uint64_t> version_{0};
 

@@ -6,6 +6,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ReportAnswer.h"
+#include "log/tree/SubtreeCapture.h"
 #include "platform/CancellationGuard.h"
 
 #include <algorithm>
@@ -161,8 +162,7 @@ void Logger::Inside::setLevel(Level::LogLevel level, Time now) {
     lastingLevel_.store(level, std::memory_order_relaxed);
     overruledNumber_ = TemporaryLevels::instance().newestNumber();
     temporaryUntil_.store(0, std::memory_order_relaxed);
-    logger_.isTemporary_.store(false, std::memory_order_relaxed);
-    logger_.level_.store(level, std::memory_order_relaxed);
+    renewLevel(now);
 }
 
 /// Of several levels that hold, the one that ends first tells when to look again.
@@ -181,7 +181,7 @@ void Logger::Inside::renewLevel(Time now) {
         temporaryUntil_.store(until, std::memory_order_relaxed);
     }
     logger_.isTemporary_.store(level < lasting, std::memory_order_relaxed);
-    logger_.level_.store(level, std::memory_order_relaxed);
+    logger_.level_.store(SubtreeCapture::lowestLevel(logger_, level), std::memory_order_relaxed);
 }
 
 Level::LogLevel Logger::Inside::levelAt(Time now) noexcept {

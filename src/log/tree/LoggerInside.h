@@ -65,7 +65,7 @@ struct Logger::Inside {
     void setLevel(Level::LogLevel level, Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(treeLock());
 
     /// Makes the level that of a moment: the lasting one, or a lower one that somebody has asked for until
-    /// then.
+    /// then or that a capture lets through.
     void renewLevel(Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(treeLock());
 
     /// \return the level at a moment, for a logger whose level lasts for a while

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+/// Keeps the last price of each share, from feeds that send thousands a second. Any thread may use it.
+class QuoteService {
+public:
+    /// Takes a price from a feed. One that cannot be right is refused.
+    /// \return whether it was taken
+    bool take(const std::string& feed, const std::string& share, double price);
+
+    /// \return the last price of a share, if there was one
+    std::optional<double> lastPriceOf(const std::string& share) const;
+
+private:
+    std::atomic<int> taken_{0};
+    mutable std::mutex mutex_;
+    std::map<std::string, double> prices_;
+};
