@@ -41,9 +41,9 @@ namespace {
 std::string tableOfKeys() {
     std::string table = "| Key | Read by | Value | Default | Effect |\n|---|---|---|---|---|\n";
     for (const ConfigurationKey& key : configurationKeys()) {
-        const std::string defaultCell = *key.defaultValue == '\0' ? "" : std::string(key.defaultValue) + " ";
+        const std::string byDefault = describeDefault(key);
         table += "| `" + genericKey(key) + "` | " + describeReaders(key) + " | " + key.values + " | " +
-                 defaultCell + "| " + key.meaning + " |\n";
+                 byDefault + (byDefault.empty() ? "| " : " | ") + key.meaning + " |\n";
     }
     return table;
 }

@@ -1,6 +1,5 @@
 #include "check/Configuration.h"
 
-#include "check/KeyTable.h"
 #include "config/LoggerLevels.h"
 #include "log/config/KeyNames.h"
 #include "log/config/LoggerKeys.h"
@@ -21,7 +20,7 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 
 KeyMeaning settingOf(KeySection section, const std::string& name) {
     KeyMeaning meaning;
-    meaning.row = findKey(section, name);
+    meaning.row = Log::findKey(section, name);
     meaning.kind = meaning.row != nullptr ? KeyMeaning::SETTING : KeyMeaning::UNKNOWN;
     return meaning;
 }
@@ -108,7 +107,7 @@ const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& mea
         file_.find(Log::appenderKey(meaning.owner, meaning.row->neededKey)) != nullptr) {
         return nullptr;
     }
-    return findKey(meaning.row->section, meaning.row->neededKey);
+    return Log::findKey(meaning.row->section, meaning.row->neededKey);
 }
 
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {

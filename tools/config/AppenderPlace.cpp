@@ -1,7 +1,11 @@
 #include "config/AppenderPlace.h"
 
-#include "log/config/AppenderSettings.h"
+#include "log/appenders/FileAppender.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
+
+#include <algorithm>
+#include <iostream>
 
 namespace ZAV {
 namespace Tools {
@@ -26,17 +30,19 @@ std::string classOf(const std::string& appenderName, const Util::Properties& pro
 
 } // namespace
 
+/// Only what no value can make fail is read, so that a wrong one elsewhere hides no file.
 AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties)
-    : kind(kindOf(classOf(appenderName, properties))), folder("."), file(appenderName) {
-    const Log::AppenderSettings settings(appenderName, properties);
-    if (kind == STREAM) {
-        std::string name;
-        settings.get(Setting::OSTREAM, name);
-        stream = name == "cerr" || name == "clog" ? "standard error" : "standard output";
-    } else {
-        settings.get(Setting::DIR, folder);
-        settings.get(Setting::FILE_NAME, file);
+    : kind(kindOf(classOf(appenderName, properties))) {
+    Log::AppenderValues values(appenderName);
+    for (const char* const name :
+         {Setting::OSTREAM, Setting::DIR, Setting::FILE_NAME, Setting::FILE_NUMBER}) {
+        values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);
     }
+    stream = values.stream == &std::cout ? "standard output" : "standard error";
+    folder = values.dir;
+    file = values.file;
+    highestDigit =
+        static_cast<char>('0' + std::min(values.fileNumber, Log::FileAppender::HIGHEST_FILE_NUMBER));
 }
 
 std::string AppenderPlace::describe() const {

@@ -18,9 +18,10 @@ struct AppenderPlace {
     std::string describe() const;
 
     Kind kind;
-    std::string stream; ///< as a person calls it; empty for files
+    std::string stream; ///< as a person calls it; without meaning for files
     std::string folder;
-    std::string file; ///< of a series the base name
+    std::string file;        ///< of a series the base name
+    char highestDigit = '9'; ///< that a name of a series ends in
 };
 
 } // namespace Tools

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/AppenderStatus.h"
-#include "log/appenders/AbstractAppenderFactory.h"
+#include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
 
 #include <boost/shared_ptr.hpp>

@@ -21,5 +21,15 @@ public:
     virtual ~AbstractAppenderFactory() = default;
 };
 
+/// Makes appenders with a builder of a type derived from `AppenderBuilder`.
+template <typename Builder>
+class DefaultAppenderFactory : public AbstractAppenderFactory {
+public:
+    Appender* create(const Util::Properties& properties, const std::string& appenderName) override {
+        Builder builder(appenderName);
+        return builder.configure(properties).build();
+    }
+};
+
 } // namespace Log
 } // namespace ZAV
