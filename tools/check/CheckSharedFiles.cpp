@@ -45,7 +45,7 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings) {
     std::vector<FilePlace> earlier;
     for (const DeclaredAppender& appender : configuration.appenders()) {
         const AppenderPlace place(appender.name, configuration.file().properties());
-        if (place.kind == AppenderPlace::STREAM) {
+        if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
         const FilePlace own{&appender, place.kind, commonForm(place), place.highestDigit};

@@ -1,5 +1,6 @@
 #include "check/KeyTable.h"
 
+#include "config/OwnClasses.h"
 #include "log/config/KeyNames.h"
 
 #include <algorithm>
@@ -43,7 +44,10 @@ std::vector<std::string> wordsOf(const ConfigurationKey& key) {
 }
 
 std::vector<std::string> appenderClasses() {
-    return wordsOf(*Log::findKey(KeySection::APPENDER, std::string()));
+    std::vector<std::string> classes = wordsOf(*Log::findKey(KeySection::APPENDER, std::string()));
+    const std::set<std::string>& own = OwnClasses::registered();
+    classes.insert(classes.end(), own.begin(), own.end());
+    return classes;
 }
 
 } // namespace Tools

@@ -13,7 +13,7 @@ namespace Tools {
 /// \return the words that a key's value may be or hold, for example "KB"
 std::vector<std::string> wordsOf(const Log::ConfigurationKey& key);
 
-/// \return the names of the classes of appenders
+/// \return the names of the classes of appenders, those of the option "--class" included
 std::vector<std::string> appenderClasses();
 
 } // namespace Tools

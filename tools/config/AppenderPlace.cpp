@@ -19,7 +19,7 @@ AppenderPlace::Kind kindOf(const std::string& className) {
     if (className == Class::FILE_SERIES) {
         return AppenderPlace::SERIES;
     }
-    return className == Class::SINGLE_FILE ? AppenderPlace::SINGLE_FILE : AppenderPlace::STREAM;
+    return className == Class::SINGLE_FILE ? AppenderPlace::SINGLE_FILE : AppenderPlace::NO_FILE;
 }
 
 std::string classOf(const std::string& appenderName, const Util::Properties& properties) {
@@ -31,25 +31,27 @@ std::string classOf(const std::string& appenderName, const Util::Properties& pro
 } // namespace
 
 /// Only what no value can make fail is read, so that a wrong one elsewhere hides no file.
-AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties)
-    : kind(kindOf(classOf(appenderName, properties))) {
+AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties) {
+    const std::string className = classOf(appenderName, properties);
     Log::AppenderValues values(appenderName);
     for (const char* const name :
          {Setting::OSTREAM, Setting::DIR, Setting::FILE_NAME, Setting::FILE_NUMBER}) {
         values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);
     }
-    stream = values.stream == &std::cout ? "standard output" : "standard error";
+    kind = kindOf(className);
     folder = values.dir;
     file = values.file;
     highestDigit =
         static_cast<char>('0' + std::min(values.fileNumber, Log::FileAppender::HIGHEST_FILE_NUMBER));
+    if (className == Class::STDOUT) {
+        other = values.stream == &std::cout ? "standard output" : "standard error";
+    } else {
+        other = className;
+    }
 }
 
 std::string AppenderPlace::describe() const {
-    if (kind == STREAM) {
-        return stream;
-    }
-    return folder + '/' + file + (kind == SERIES ? "0" : "");
+    return kind == NO_FILE ? other : folder + '/' + file + (kind == SERIES ? "0" : "");
 }
 
 } // namespace Tools

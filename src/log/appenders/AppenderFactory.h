@@ -1,15 +1,15 @@
 #pragma once
 
+#include "log/AppenderOptions.h"
+#include "log/LogException.h"
+
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace ZAV {
-namespace Util {
-class Properties;
-}
-
 namespace Log {
-
-class Appender;
 
 /// Makes the appenders of one class name of the configuration.
 class AbstractAppenderFactory {
@@ -29,6 +29,28 @@ public:
         Builder builder(appenderName);
         return builder.configure(properties).build();
     }
+};
+
+/// Makes appenders of a class that the application has registered.
+class RegisteredClassFactory : public AbstractAppenderFactory {
+public:
+    using Maker = std::function<std::unique_ptr<Appender>(const AppenderOptions&)>;
+
+    RegisteredClassFactory(const std::string& className, Maker maker)
+        : className_(className), maker_(std::move(maker)) {}
+
+    /// \throw what the maker throws as well
+    Appender* create(const Util::Properties& properties, const std::string& appenderName) override {
+        std::unique_ptr<Appender> made = maker_(AppenderOptions(appenderName, properties));
+        if (made == nullptr) {
+            throw LogException("Appender class " + className_ + " made no appender.");
+        }
+        return made.release();
+    }
+
+private:
+    const std::string className_;
+    const Maker maker_;
 };
 
 } // namespace Log
