@@ -118,7 +118,8 @@ constexpr ConfigurationKey KEYS[] = {
      "how long a level below `WARNING` lasts; 0: for ever"},
 
     {KeySection::APPENDER, "", READ_BY_APPENDERS, ValueForm::CLASS_NAME, nullptr,
-     "`StdoutAppender`, `FileAppender` or `SimpleFileAppender`", means(""), "declares the appender"},
+     "`StdoutAppender`, `FileAppender`, `SimpleFileAppender`, or a class of the program's own", means(""),
+     "declares the appender"},
     setting<ValueForm::BOOLEAN, &Values::asynchronous>(
         AppenderSetting::ASYNCHRONOUS, READ_BY_APPENDERS, "`true` or `false`", value("false"),
         "whether the consumer thread writes it, not the thread that logs"),
