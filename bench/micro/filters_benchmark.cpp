@@ -1,27 +1,14 @@
 #include "SampleMessage.h"
 
-#include "log/filters/FilterLogLevel.h"
 #include "log/filters/FilterLogLevelDynamic.h"
-#include "log/filters/FilterLogger.h"
-#include "log/filters/FilterMessageType.h"
-#include "zav-util/Properties.h"
+#include "log/filters/MessageFilters.h"
 
 #include <benchmark/benchmark.h>
-
-#include <string>
 
 namespace {
 
 using namespace ZAV::Log;
-
-ZAV::Util::Properties filterProperties() {
-    ZAV::Util::Properties properties;
-    properties["appender.x.filters"] = "app. db.pool db.session net.";
-    properties["appender.x.level"] = "WARNING";
-    properties["appender.x.expiration"] = "1 day";
-    properties["appender.x.message_type"] = "LOG";
-    return properties;
-}
+using namespace ZAV::Util::TimeUtils;
 
 void ask(benchmark::State& state, MessageFilter& filter) {
     const LogMessage message = Bench::makeMessage();
@@ -30,23 +17,37 @@ void ask(benchmark::State& state, MessageFilter& filter) {
     }
 }
 
-template <typename Filter>
-void filter(benchmark::State& state) {
-    Filter filter("x", filterProperties());
+void filterLogger(benchmark::State& state) {
+    FilterLogger filter({"app.", "db.pool", "db.session", "net."});
+    ask(state, filter);
+}
+
+void filterLogLevel(benchmark::State& state) {
+    FilterLogLevel filter(Level::LEVEL_WARNING);
+    ask(state, filter);
+}
+
+void filterMessageType(benchmark::State& state) {
+    FilterMessageType filter(LOG);
+    ask(state, filter);
+}
+
+void filterLogLevelDynamic(benchmark::State& state) {
+    FilterLogLevelDynamic filter(Level::LEVEL_WARNING, Time(1, DAY));
     ask(state, filter);
 }
 
 /// Each message must see whether the lowered level has expired.
 void filterLogLevelLowered(benchmark::State& state) {
-    FilterLogLevelDynamic filter("x", filterProperties());
+    FilterLogLevelDynamic filter(Level::LEVEL_WARNING, Time(1, DAY));
     filter.onCommand("DEBUG");
     ask(state, filter);
 }
 
 } // namespace
 
-BENCHMARK(filter<FilterLogger>);
-BENCHMARK(filter<FilterLogLevel>);
-BENCHMARK(filter<FilterLogLevelDynamic>);
+BENCHMARK(filterLogger);
+BENCHMARK(filterLogLevel);
+BENCHMARK(filterLogLevelDynamic);
 BENCHMARK(filterLogLevelLowered);
-BENCHMARK(filter<FilterMessageType>);
+BENCHMARK(filterMessageType);

@@ -1,6 +1,7 @@
 #include "log/Appender.h"
 
 #include "ForcedUnwind.h"
+#include "log/AppenderOptions.h"
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "log/commands/CommandBus.h"
@@ -23,6 +24,9 @@ bool isAccepted(const LogMessage& message, const Appender::Filters& filters) {
 
 Appender::Appender(const std::string& name, bool synchronous, const Filters& filters)
     : name_(name), synchronous_(synchronous), filters_(filters) {}
+
+Appender::Appender(const AppenderOptions& options)
+    : Appender(options.name, options.synchronous, options.filters) {}
 
 Appender::~Appender() {
     CommandBus::instance().unregisterListeners(name_);

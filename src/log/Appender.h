@@ -11,6 +11,7 @@ namespace ZAV {
 namespace Log {
 
 class LogMessage;
+struct AppenderOptions;
 
 /// A destination of log messages. An application derives its own by supplying `doOutput`, attaches it with
 /// `Logger::addAppender` and keeps it alive until `Logger::removeAppender` has returned.
@@ -23,6 +24,10 @@ public:
     /// \param synchronous whether to write in the thread that logs
     /// \param filters asked in their order; without one every message is written
     explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
+
+    /// For a class that is registered by `LogManager::registerAppenderClass`: takes name, synchronous and
+    /// filters.
+    explicit Appender(const AppenderOptions& options);
 
     /// Unregisters every command listener whose command name equals the appender's name.
     virtual ~Appender();

@@ -1,5 +1,6 @@
 #include "log/LogManager.h"
 
+#include "log/Appender.h"
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/appenders/AppenderRegistry.h"
@@ -11,6 +12,8 @@
 #include "log/tree/SubtreeLevel.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/Properties.h"
+
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -47,6 +50,11 @@ bool init(const std::string& fileName) {
         throw LogException("File name parameter is empty.");
     }
     return init(Util::Properties(fileName));
+}
+
+void registerAppenderClass(const std::string& className,
+                           std::function<std::unique_ptr<Appender>(const AppenderOptions&)> maker) {
+    AppenderRegistry::instance().registerClass(className, std::move(maker));
 }
 
 void finish() {

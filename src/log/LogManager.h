@@ -6,6 +6,8 @@
 #include "zav-util/Export.h"
 #include "zav-util/TimeUtils.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@ class Properties;
 namespace Log {
 
 class Appender;
+struct AppenderOptions;
 class CommandListener;
 class Logger;
 
@@ -38,6 +41,17 @@ ZAV_LOG_API bool init(const Util::Properties& properties);
 /// \throw UtilException if the file cannot be read or breaks the format
 /// \throw LogException if the file name is empty, and as the other `init` does
 ZAV_LOG_API bool init(const std::string& fileName);
+
+/// Makes a class of appenders of the application known to the configuration: "appender.A = KafkaAppender"
+/// then has an appender made by a call of the maker, in the thread that calls `init` and with no lock held.
+/// It is kept to the end of the process and known from the next `init` on.
+///
+/// What the maker throws, `init` throws, as for a bad setting.
+/// \param maker returns a new appender, not null, made with the options or a copy of them
+/// \throw LogException if the class has been registered already, or is one of the library's own
+ZAV_LOG_API void
+registerAppenderClass(const std::string& className,
+                      std::function<std::unique_ptr<Appender>(const AppenderOptions&)> maker);
 
 /// Takes down what `init` set up: empties the command bus, stops the consumer thread after the round that it
 /// is in, detaches and destroys the appenders. Loggers and their levels stay. It may be called in any state,

@@ -160,8 +160,10 @@ TEST(RotatingFile, MovesTheSeriesOnceWhateverAllocationFails) {
         for (const char* index : {"0", "1", "2"}) {
             TestSupport::writeFile(livePath + index, index);
         }
-        FileAppender appender("x", true, {}, directory.path(), "a-name-longer-than-a-string-holds-in-itself.",
-                              2, 1000, Util::TimeUtils::Time());
+        AppenderValues values("a-name-longer-than-a-string-holds-in-itself.");
+        values.dir = directory.path();
+        values.fileNumber = 2;
+        FileAppender appender(values, {});
         untilFailure = number;
         survives([&] { appender.output(TestSupport::makeMessage("a")); });
         const bool hasFailed = endFailing();

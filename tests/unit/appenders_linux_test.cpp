@@ -4,9 +4,8 @@
 #include "TestSupport.h"
 
 #include "log/LogLine.h"
-#include "log/appenders/DefaultAppenderFactory.h"
-#include "log/appenders/FileAppenderBuilder.h"
-#include "log/appenders/SimpleFileAppenderBuilder.h"
+#include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/AppenderFactory.h"
 #include "platform/Process.h"
 
 #include <csignal>

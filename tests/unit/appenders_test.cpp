@@ -3,12 +3,10 @@
 
 #include "log/LogException.h"
 #include "log/LogLine.h"
+#include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/AppenderFactory.h"
 #include "log/appenders/AppenderRegistry.h"
-#include "log/appenders/DefaultAppenderFactory.h"
 #include "log/appenders/FileAppender.h"
-#include "log/appenders/FileAppenderBuilder.h"
-#include "log/appenders/SimpleFileAppenderBuilder.h"
-#include "log/appenders/StdoutAppenderBuilder.h"
 
 #include <boost/make_shared.hpp>
 #include <memory>
@@ -131,8 +129,13 @@ protected:
     void SetUp() override { LogManager::registerCommandListener("EXCEPTION", &failures_); }
 
     std::unique_ptr<Appender> make(std::uint64_t fileNumber, std::uint64_t maxSize) {
-        return std::make_unique<FileAppender>("x", true, Appender::Filters(), directory_.path(), "f",
-                                              fileNumber, maxSize, Time());
+        AppenderValues values("x");
+        values.dir = directory_.path();
+        values.file = "f";
+        values.fileNumber = fileNumber;
+        values.fileMaxSize = maxSize;
+        values.fileMaxLifetime = Time();
+        return std::make_unique<FileAppender>(values, Appender::Filters());
     }
 
     std::unique_ptr<Appender> configure(Settings settings) {

@@ -61,18 +61,24 @@ protected:
     }
 
     void makeRotating(bool batch, const Series& series) {
-        FileOptions options;
-        options.writesBatches = batch;
-        options.recovery = series.recovery;
-        use(std::make_unique<FileAppender>("x", false, Appender::Filters{filter_}, directory_ / series.dir,
-                                           "f", 3, series.maxSize, Time(1, HOUR), options));
+        AppenderValues values = valuesFor(batch, series.dir);
+        values.recovery = series.recovery;
+        values.fileMaxSize = series.maxSize;
+        values.fileMaxLifetime = Time(1, HOUR);
+        use(std::make_unique<FileAppender>(values, Appender::Filters{filter_}));
     }
 
     void makeSimple(bool batch, const std::string& dir = ".") {
-        FileOptions options;
-        options.writesBatches = batch;
-        use(std::make_unique<SimpleFileAppender>("x", false, Appender::Filters{filter_}, directory_ / dir,
-                                                 "f", options));
+        use(std::make_unique<SimpleFileAppender>(valuesFor(batch, dir), Appender::Filters{filter_}));
+    }
+
+    AppenderValues valuesFor(bool batch, const std::string& dir) const {
+        AppenderValues values("x");
+        values.asynchronous = true;
+        values.writesBatches = batch;
+        values.dir = directory_ / dir;
+        values.file = "f";
+        return values;
     }
 
     /// Gives messages to the appender as the consumer does.

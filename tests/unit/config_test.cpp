@@ -1,5 +1,7 @@
 #include "TestSupport.h"
 
+#include "log/LogException.h"
+#include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/LoggerKeys.h"
 #include "log/config/ValueReaders.h"
@@ -41,9 +43,9 @@ namespace {
 std::string tableOfKeys() {
     std::string table = "| Key | Read by | Value | Default | Effect |\n|---|---|---|---|---|\n";
     for (const ConfigurationKey& key : configurationKeys()) {
-        const std::string defaultCell = *key.defaultValue == '\0' ? "" : std::string(key.defaultValue) + " ";
+        const std::string byDefault = describeDefault(key);
         table += "| `" + genericKey(key) + "` | " + describeReaders(key) + " | " + key.values + " | " +
-                 defaultCell + "| " + key.meaning + " |\n";
+                 byDefault + (byDefault.empty() ? "| " : " | ") + key.meaning + " |\n";
     }
     return table;
 }
@@ -55,6 +57,21 @@ TEST(ConfigurationKeys, StandInTheDocumentationAsInTheTable) {
     const std::string::size_type begin = page.find("| Key |");
     ASSERT_NE(begin, std::string::npos);
     EXPECT_EQ(page.substr(begin, page.find("\n\n", begin) + 1 - begin), tableOfKeys());
+}
+
+TEST(AppenderValues, AreReadFromTheKeysOfTheClassAndNoOthers) {
+    Util::Properties properties;
+    properties["appender.x.recovery"] = "5 sec";
+    properties["appender.x.fileMaxSize"] = "5";
+    EXPECT_EQ(AppenderValues("x", READ_BY_FILE_APPENDER, properties).recovery, Time(5, Util::TimeUtils::SEC));
+    properties["appender.x.recovery"] = "x";
+    properties["appender.y.level"] = "x";
+    const AppenderValues values("x", READ_BY_SIMPLE_FILE_APPENDER, properties);
+    EXPECT_EQ(values.recovery, Time());
+    EXPECT_EQ(values.fileMaxSize, std::uint64_t{10} * 1024 * 1024);
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>(
+                  [&] { AppenderValues("x", READ_BY_FILE_APPENDER, properties); }),
+              "Wrong value for the x.recovery property: Can't convert x to integer");
 }
 
 TEST(ValueReaders, TellWhatOfANumberCounts) {

@@ -2,9 +2,10 @@
 #include "TestSupport.h"
 
 #include "log/LogException.h"
-#include "log/filters/FilterLogLevel.h"
+#include "log/config/AppenderValues.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/filters/FilterLogLevelDynamic.h"
-#include "log/filters/FilterLogger.h"
+#include "log/filters/MessageFilters.h"
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -20,26 +21,32 @@ Properties propertiesOf(const std::string& suffix, const std::string& value) {
     return properties;
 }
 
+/// The one filter that a setting makes.
+boost::shared_ptr<MessageFilter> filterOf(const Properties& properties) {
+    const auto filters = makeFilters(AppenderValues("x", READ_BY_STDOUT_APPENDER, properties));
+    EXPECT_EQ(filters.size(), 1U);
+    return filters.front();
+}
+
 } // namespace
 
 TEST(FilterLogLevel, PassesItsLevelAndMoreSevereOnes) {
-    FilterLogLevel filter("x", propertiesOf("level", "INFO"));
-    EXPECT_TRUE(filter.accept(makeMessage("", Level::AUDIT)));
-    EXPECT_TRUE(filter.accept(makeMessage("", Level::INFO)));
-    EXPECT_FALSE(filter.accept(makeMessage("", Level::DEBUG)));
+    const auto filter = filterOf(propertiesOf("level", "INFO"));
+    EXPECT_TRUE(filter->accept(makeMessage("", Level::AUDIT)));
+    EXPECT_TRUE(filter->accept(makeMessage("", Level::INFO)));
+    EXPECT_FALSE(filter->accept(makeMessage("", Level::DEBUG)));
 }
 
 TEST(FilterLogger, PassesTextualPrefixesOfTheLoggerName) {
-    FilterLogger filter("x", propertiesOf("filters", " net  db.pool "));
+    const auto filter = filterOf(propertiesOf("filters", " net  db.pool "));
     for (const char* name : {"net", "net.client", "network", "db.pool.main"}) {
-        EXPECT_TRUE(filter.accept(makeMessage("", Level::INFO, name))) << name;
+        EXPECT_TRUE(filter->accept(makeMessage("", Level::INFO, name))) << name;
     }
     for (const char* name : {"app.net", "db", "Net", "root", "ne"}) {
-        EXPECT_FALSE(filter.accept(makeMessage("", Level::INFO, name))) << name;
+        EXPECT_FALSE(filter->accept(makeMessage("", Level::INFO, name))) << name;
     }
     for (const char* list : {"net\tdb", " "}) {
-        FilterLogger none("x", propertiesOf("filters", list));
-        EXPECT_FALSE(none.accept(makeMessage("", Level::INFO, "net")));
+        EXPECT_FALSE(filterOf(propertiesOf("filters", list))->accept(makeMessage("", Level::INFO, "net")));
     }
 }
 
@@ -48,10 +55,10 @@ namespace {
 /// Dynamic filters at `INFO`.
 class DynamicFilter : public testing::Test {
 protected:
-    static Properties settings(const std::string& expiration) {
+    static boost::shared_ptr<FilterLogLevelDynamic> make(const std::string& expiration) {
         Properties properties = propertiesOf("level", "INFO");
         properties["appender.x.expiration"] = expiration;
-        return properties;
+        return boost::dynamic_pointer_cast<FilterLogLevelDynamic>(filterOf(properties));
     }
 
     /// Whether a message passes that is logged a while after `begin_`.
@@ -60,7 +67,8 @@ protected:
     }
 
     const Time begin_ = Time::now();
-    FilterLogLevelDynamic filter_{"x", settings("10")};
+    const boost::shared_ptr<FilterLogLevelDynamic> held_ = make("10");
+    FilterLogLevelDynamic& filter_ = *held_;
 };
 
 } // namespace
@@ -94,17 +102,17 @@ TEST_F(DynamicFilter, CountsItsPeriodInTheConfiguredUnit) {
                                                     {"2 weeks", Time(2, MIN)},   {" 2  hour ", Time(2, HOUR)},
                                                     {"2 day", Time(2, DAY)}};
     for (const auto& [text, period] : periods) {
-        FilterLogLevelDynamic filter("x", settings(text));
-        filter.onCommand("DEBUG");
-        EXPECT_TRUE(passes(filter, Level::DEBUG, period)) << text;
-        EXPECT_FALSE(passes(filter, Level::DEBUG, period + Time(1, USEC))) << text;
+        const auto filter = make(text);
+        filter->onCommand("DEBUG");
+        EXPECT_TRUE(passes(*filter, Level::DEBUG, period)) << text;
+        EXPECT_FALSE(passes(*filter, Level::DEBUG, period + Time(1, USEC))) << text;
     }
-    FilterLogLevelDynamic lasting("x", settings("0"));
-    lasting.onCommand("DEBUG");
-    EXPECT_TRUE(passes(lasting, Level::DEBUG, Time(1000, DAY)));
+    const auto lasting = make("0");
+    lasting->onCommand("DEBUG");
+    EXPECT_TRUE(passes(*lasting, Level::DEBUG, Time(1000, DAY)));
 }
 
 TEST_F(DynamicFilter, RejectsAPeriodWithoutANumber) {
-    EXPECT_EQ(TestSupport::textThrownBy<LogException>([] { FilterLogLevelDynamic("x", settings("  ")); }),
+    EXPECT_EQ(TestSupport::textThrownBy<LogException>([] { make("  "); }),
               "Wrong value for the x.expiration property: Can't convert    to integer");
 }

@@ -481,7 +481,9 @@ TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {
     std::filesystem::create_directory(directory / "f1"); // keeps the link from being moved
     RecordingListener failures;
     LogManager::registerCommandListener("EXCEPTION", &failures);
-    FileAppender appender("x", true, {}, directory.path(), "f", 3, 1000, Util::TimeUtils::Time());
+    AppenderValues values("f");
+    values.dir = directory.path();
+    FileAppender appender(values, {});
     appender.output(makeMessage("a"));
     EXPECT_THAT(failures.arguments, ElementsAre(HasSubstr("Exception = outputFileStream_.fail()\n")));
 }

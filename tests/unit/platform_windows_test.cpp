@@ -33,8 +33,11 @@ protected:
     void SetUp() override { LogManager::registerCommandListener("EXCEPTION", &failures_); }
 
     std::unique_ptr<Appender> makeSeries(const std::string& dir, std::uint64_t maxSize) {
-        return std::make_unique<FileAppender>("x", true, Appender::Filters(), dir, "f", 3, maxSize,
-                                              Util::TimeUtils::Time());
+        AppenderValues values("x");
+        values.dir = dir;
+        values.file = "f";
+        values.fileMaxSize = maxSize;
+        return std::make_unique<FileAppender>(values, Appender::Filters());
     }
 
     std::string file(int index) const { return directory_ / ("f" + std::to_string(index)); }
@@ -64,7 +67,9 @@ TEST_F(WindowsFiles, OtherBytesArriveAsTheyAreAndFoldersMayBeWrittenWithBackslas
     std::replace(dir.begin(), dir.end(), '/', '\\');
     makeSeries(dir, 1000)->output(message);
     makeSeries(dir, 1000)->output(makeMessage("2"));
-    SimpleFileAppender("y", true, Appender::Filters(), dir, "y").output(message);
+    AppenderValues values("y");
+    values.dir = dir;
+    SimpleFileAppender(values, Appender::Filters()).output(message);
     EXPECT_THAT(readBytes(file(0)), EndsWith(" 2\r\n"));
     EXPECT_EQ(readBytes(file(1)), formatLogLine(message) + "\r\n");
     EXPECT_EQ(readBytes(directory_ / "y"), formatLogLineWithProcess(message) + "\r\n");

@@ -67,7 +67,9 @@ bool isPending(int signal) {
 }
 
 void logTo(std::ostream& stream, const std::string& text) {
-    StdoutAppender("x", true, {}, &stream).output(makeMessage(text));
+    AppenderValues values("x");
+    values.stream = &stream;
+    StdoutAppender(values, {}).output(makeMessage(text));
 }
 
 /// Ends this process by the signal if it gets out.

@@ -33,7 +33,7 @@ bool checkFolder(const std::string& folder, const PropertyLine& line, Findings& 
 void checkFolders(const Configuration& configuration, Findings& findings) {
     for (const DeclaredAppender& appender : configuration.appenders()) {
         const AppenderPlace place(appender.name, configuration.file().properties());
-        if (place.kind == AppenderPlace::STREAM) {
+        if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
         const PropertyLine* const dir = configuration.setting(appender, Setting::DIR);

@@ -1,12 +1,6 @@
 #include "check/Checks.h"
-#include "check/KeyTable.h"
 #include "config/AppenderPlace.h"
-#include "log/appenders/FileAppender.h"
-#include "log/config/KeyNames.h"
-#include "log/config/ValueReaders.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -16,8 +10,6 @@ namespace Tools {
 namespace {
 
 namespace fs = std::filesystem;
-namespace Setting = Log::AppenderSetting;
-using Log::LeadingNumber;
 
 /// The place of a file appender, with its path in the one form that all ways to it have in common.
 struct FilePlace {
@@ -26,16 +18,6 @@ struct FilePlace {
     std::string path;
     char highestDigit; ///< of a series
 };
-
-char highestDigitOf(const Configuration& configuration, const DeclaredAppender& appender) {
-    const PropertyLine* const line = configuration.setting(appender, Setting::FILE_NUMBER);
-    LeadingNumber<std::uint64_t> number = Log::readLeadingUnsigned(line != nullptr ? line->value : "");
-    if (!number.isNumber) {
-        number =
-            Log::readLeadingUnsigned(defaultOf(*findKey(Log::KeySection::APPENDER, Setting::FILE_NUMBER)));
-    }
-    return static_cast<char>('0' + std::min(number.value, Log::FileAppender::HIGHEST_FILE_NUMBER));
-}
 
 /// What does not exist yet keeps its name.
 std::string commonForm(const AppenderPlace& place) {
@@ -63,11 +45,10 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings) {
     std::vector<FilePlace> earlier;
     for (const DeclaredAppender& appender : configuration.appenders()) {
         const AppenderPlace place(appender.name, configuration.file().properties());
-        if (place.kind == AppenderPlace::STREAM) {
+        if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
-        const FilePlace own{&appender, place.kind, commonForm(place),
-                            highestDigitOf(configuration, appender)};
+        const FilePlace own{&appender, place.kind, commonForm(place), place.highestDigit};
         for (const FilePlace& other : earlier) {
             if (shareAFile(own, other)) {
                 findings.addWarning(later(*appender.declaration, *other.appender->declaration), "shared-file",

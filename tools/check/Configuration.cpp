@@ -1,7 +1,7 @@
 #include "check/Configuration.h"
 
-#include "check/KeyTable.h"
 #include "config/LoggerLevels.h"
+#include "config/OwnClasses.h"
 #include "log/config/KeyNames.h"
 #include "log/config/LoggerKeys.h"
 
@@ -19,9 +19,14 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
+unsigned readerOf(const std::string& className) {
+    const bool isOwn = OwnClasses::registered().count(className) != 0;
+    return isOwn ? Log::READ_BY_REGISTERED_CLASS : Log::readerOfClass(className);
+}
+
 KeyMeaning settingOf(KeySection section, const std::string& name) {
     KeyMeaning meaning;
-    meaning.row = findKey(section, name);
+    meaning.row = Log::findKey(section, name);
     meaning.kind = meaning.row != nullptr ? KeyMeaning::SETTING : KeyMeaning::UNKNOWN;
     return meaning;
 }
@@ -48,7 +53,7 @@ void Configuration::addLine(const PropertyLine& line) {
     if (name && findAppender(*name) == nullptr) {
         std::string className;
         file_.properties().getProperty(Log::appenderKey(*name), className);
-        appenders_.push_back({*name, className, Log::readerOfClass(className), &line});
+        appenders_.push_back({*name, className, readerOf(className), &line});
     }
 }
 
@@ -96,8 +101,12 @@ KeyMeaning Configuration::meaningOfAppenderKey(const std::string& key) const {
     meaning.owner = name;
     if (appender == nullptr) {
         meaning.kind = KeyMeaning::UNDECLARED_APPENDER;
-    } else if (meaning.row != nullptr && appender->reader != 0 &&
-               (meaning.row->readers & appender->reader) == 0) {
+        return meaning;
+    }
+    const bool isRead = meaning.row != nullptr && (meaning.row->readers & appender->reader) != 0;
+    if (appender->reader == Log::READ_BY_REGISTERED_CLASS && !isRead) {
+        meaning.kind = KeyMeaning::OWN_SETTING;
+    } else if (meaning.row != nullptr && appender->reader != 0 && !isRead) {
         meaning.kind = KeyMeaning::FOREIGN_SETTING;
     }
     return meaning;
@@ -108,7 +117,7 @@ const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& mea
         file_.find(Log::appenderKey(meaning.owner, meaning.row->neededKey)) != nullptr) {
         return nullptr;
     }
-    return findKey(meaning.row->section, meaning.row->neededKey);
+    return Log::findKey(meaning.row->section, meaning.row->neededKey);
 }
 
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {

@@ -24,6 +24,7 @@ struct KeyMeaning {
         DECLARATION,         ///< of an appender
         SETTING,             ///< something reads it
         REFUSED_LOGGER,      ///< of a logger that cannot be, whatever the attribute
+        OWN_SETTING,         ///< of a class that the program registers, which reads what it likes
         FOREIGN_SETTING,     ///< only other classes of appenders read it
         UNDECLARED_APPENDER, ///< a setting of an appender that is not declared
         UNKNOWN

@@ -1,5 +1,6 @@
 #include "check/KeyTable.h"
 
+#include "config/OwnClasses.h"
 #include "log/config/KeyNames.h"
 
 #include <algorithm>
@@ -12,11 +13,6 @@ namespace {
 using Log::ConfigurationKey;
 using Log::KeySection;
 using Log::ValueForm;
-
-const std::vector<ConfigurationKey>& allKeys() {
-    static const std::vector<ConfigurationKey> keys = Log::configurationKeys();
-    return keys;
-}
 
 /// The table is written in Markdown, where a word stands between backticks.
 std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
@@ -34,33 +30,24 @@ std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
 const ConfigurationKey& rowWithWords(const ConfigurationKey& key) {
     const ConfigurationKey* row = &key;
     if (key.form == ValueForm::PERIOD) {
-        row = findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
     } else if (key.form == ValueForm::LEVEL) {
-        row = findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
+        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
     }
     return row != nullptr ? *row : key;
 }
 
 } // namespace
 
-const ConfigurationKey* findKey(KeySection section, const std::string& name) {
-    const auto key = std::find_if(allKeys().begin(), allKeys().end(), [&](const ConfigurationKey& other) {
-        return other.section == section && other.name == name;
-    });
-    return key == allKeys().end() ? nullptr : &*key;
-}
-
 std::vector<std::string> wordsOf(const ConfigurationKey& key) {
     return wordsBetweenBackticks(rowWithWords(key).values);
 }
 
-std::string defaultOf(const ConfigurationKey& key) {
-    const std::vector<std::string> words = wordsBetweenBackticks(key.defaultValue);
-    return words.empty() ? key.defaultValue : words.front();
-}
-
 std::vector<std::string> appenderClasses() {
-    return wordsOf(*findKey(KeySection::APPENDER, std::string()));
+    std::vector<std::string> classes = wordsOf(*Log::findKey(KeySection::APPENDER, std::string()));
+    const std::set<std::string>& own = OwnClasses::registered();
+    classes.insert(classes.end(), own.begin(), own.end());
+    return classes;
 }
 
 } // namespace Tools

@@ -10,16 +10,10 @@ namespace Tools {
 
 // What the library's table of keys says, in the forms in which it is asked for here.
 
-/// \return the key of a section with that name; nullptr if there is none
-const Log::ConfigurationKey* findKey(Log::KeySection section, const std::string& name);
-
 /// \return the words that a key's value may be or hold, for example "KB"
 std::vector<std::string> wordsOf(const Log::ConfigurationKey& key);
 
-/// \return the value that holds without the key
-std::string defaultOf(const Log::ConfigurationKey& key);
-
-/// \return the names of the classes of appenders
+/// \return the names of the classes of appenders, those of the option "--class" included
 std::vector<std::string> appenderClasses();
 
 } // namespace Tools

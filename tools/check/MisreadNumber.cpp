@@ -1,6 +1,5 @@
 #include "check/MisreadNumber.h"
 
-#include "check/KeyTable.h"
 #include "log/appenders/FileAppender.h"
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
@@ -82,7 +81,8 @@ void checkEnd(const LeadingNumber<Number>& number, const PropertyLine& line, con
               Findings& findings) {
     if (!number.isNumber) {
         findings.addWarning(line, "partly-read",
-                            "'" + line.value + "' is no number and counts as the default, " + defaultOf(row));
+                            "'" + line.value + "' is no number and counts as the default, " +
+                                row.byDefault.text);
     } else if (!number.isWhole) {
         findings.addWarning(line, "partly-read",
                             "only the number at the beginning of '" + line.value + "' counts");

@@ -69,13 +69,14 @@ void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Find
     const Words words(line, row, findings);
     switch (row.form) {
     case ValueForm::BOOLEAN:
-        return words.checkValue(Log::readBoolean(line.value).has_value(), "'" + defaultOf(row) + "'");
+        return words.checkValue(Log::readBoolean(line.value).has_value(),
+                                std::string("'") + row.byDefault.text + "'");
     case ValueForm::STREAM:
     case ValueForm::OVERFLOW_RULE:
     case ValueForm::FLUSH_RULE:
-        return words.checkChoice("'" + defaultOf(row) + "'");
+        return words.checkChoice(std::string("'") + row.byDefault.text + "'");
     case ValueForm::FILE_MODE:
-        return words.checkValue(Log::readFileMode(line.value).has_value(), defaultOf(row));
+        return words.checkValue(Log::readFileMode(line.value).has_value(), row.byDefault.text);
     case ValueForm::SIZE_UNIT:
         return words.checkUnit(line.value, Log::readSizeUnit(line.value).has_value(), "bytes");
     case ValueForm::LIFETIME_UNIT:

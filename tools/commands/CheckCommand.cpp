@@ -11,10 +11,12 @@ CheckCommand::CheckCommand(CLI::App& program)
     command_.add_option("FILE", files_, "A property file")->required()->type_name("");
     command_.add_flag("--json", isJson_, "Show the findings as one array of JSON");
     command_.add_flag("--strict", isStrict_, "Let a warning be as bad as an error");
+    classes_.addTo(command_);
     color_.addTo(command_);
 }
 
 ExitCode CheckCommand::run(Output& output) {
+    classes_.registerAll();
     bool hasComplaint = false;
     std::string separator = "[\n";
     for (const std::string& file : files_) {

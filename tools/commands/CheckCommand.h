@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "check/Finding.h"
+#include "config/OwnClasses.h"
 #include "options/ColorOption.h"
 
 #include <CLI/CLI.hpp>
@@ -24,6 +25,7 @@ private:
     std::vector<std::string> files_;
     bool isJson_ = false;
     bool isStrict_ = false;
+    OwnClasses classes_;
     ColorOption color_;
 };
 

@@ -23,10 +23,12 @@ ExplainCommand::ExplainCommand(CLI::App& program)
                     "Take the levels of the running program that has a control server there")
         ->type_name("ADDRESS");
     command_.add_flag("--dot", isGraph_, "Show it as a graph for Graphviz");
+    classes_.addTo(command_);
     color_.addTo(command_);
 }
 
 ExitCode ExplainCommand::run(Output& output) {
+    classes_.registerAll();
     if (hasLevel()) {
         level_ = readLevel(levelName_);
     }

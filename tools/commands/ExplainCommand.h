@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Command.h"
+#include "config/OwnClasses.h"
 #include "explain/Explanation.h"
 #include "log/Level.h"
 #include "options/ColorOption.h"
@@ -33,6 +34,7 @@ private:
     std::string type_ = "LOG";
     std::string address_;
     bool isGraph_ = false;
+    OwnClasses classes_;
     ColorOption color_;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "log/appenders/AppenderBuilder.h"
+#include "log/Appender.h"
+#include "zav-util/Properties.h"
 
 #include <string>
 
@@ -8,7 +9,7 @@ namespace ZAV {
 namespace Tools {
 
 /// The filters that the library gives to an appender of a configuration, made by the library itself.
-class AppenderFilters : private Log::AppenderBuilder {
+class AppenderFilters {
 public:
     /// \throw LogException for a setting that `init` would not take either
     AppenderFilters(const std::string& appenderName, const Util::Properties& properties);
@@ -17,7 +18,7 @@ public:
     Log::MessageFilter* rejecting(const Log::LogMessage& message) const;
 
 private:
-    Log::Appender* build() override;
+    Log::Appender::Filters filters_;
 };
 
 } // namespace Tools

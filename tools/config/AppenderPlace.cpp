@@ -1,7 +1,11 @@
 #include "config/AppenderPlace.h"
 
-#include "log/config/AppenderSettings.h"
+#include "log/appenders/FileAppender.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
+
+#include <algorithm>
+#include <iostream>
 
 namespace ZAV {
 namespace Tools {
@@ -15,7 +19,7 @@ AppenderPlace::Kind kindOf(const std::string& className) {
     if (className == Class::FILE_SERIES) {
         return AppenderPlace::SERIES;
     }
-    return className == Class::SINGLE_FILE ? AppenderPlace::SINGLE_FILE : AppenderPlace::STREAM;
+    return className == Class::SINGLE_FILE ? AppenderPlace::SINGLE_FILE : AppenderPlace::NO_FILE;
 }
 
 std::string classOf(const std::string& appenderName, const Util::Properties& properties) {
@@ -26,24 +30,28 @@ std::string classOf(const std::string& appenderName, const Util::Properties& pro
 
 } // namespace
 
-AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties)
-    : kind(kindOf(classOf(appenderName, properties))), folder("."), file(appenderName) {
-    const Log::AppenderSettings settings(appenderName, properties);
-    if (kind == STREAM) {
-        std::string name;
-        settings.get(Setting::OSTREAM, name);
-        stream = name == "cerr" || name == "clog" ? "standard error" : "standard output";
+/// Only what no value can make fail is read, so that a wrong one elsewhere hides no file.
+AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties) {
+    const std::string className = classOf(appenderName, properties);
+    Log::AppenderValues values(appenderName);
+    for (const char* const name :
+         {Setting::OSTREAM, Setting::DIR, Setting::FILE_NAME, Setting::FILE_NUMBER}) {
+        values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);
+    }
+    kind = kindOf(className);
+    folder = values.dir;
+    file = values.file;
+    highestDigit =
+        static_cast<char>('0' + std::min(values.fileNumber, Log::FileAppender::HIGHEST_FILE_NUMBER));
+    if (className == Class::STDOUT) {
+        other = values.stream == &std::cout ? "standard output" : "standard error";
     } else {
-        settings.get(Setting::DIR, folder);
-        settings.get(Setting::FILE_NAME, file);
+        other = className;
     }
 }
 
 std::string AppenderPlace::describe() const {
-    if (kind == STREAM) {
-        return stream;
-    }
-    return folder + '/' + file + (kind == SERIES ? "0" : "");
+    return kind == NO_FILE ? other : folder + '/' + file + (kind == SERIES ? "0" : "");
 }
 
 } // namespace Tools

@@ -9,18 +9,20 @@ namespace Tools {
 
 /// Where an appender of a configuration writes.
 struct AppenderPlace {
-    enum Kind { STREAM, SINGLE_FILE, SERIES };
+    enum Kind { NO_FILE, SINGLE_FILE, SERIES };
 
-    /// \param appenderName an appender that the properties declare; one without a class counts as a stream
+    /// \param appenderName an appender that the properties declare
     AppenderPlace(const std::string& appenderName, const Util::Properties& properties);
 
-    /// \return the path of the file, of a series the live one; of a stream its name
+    /// \return the path of the file, of a series the live one; of a stream its name, as a person calls it; the
+    ///         class of an appender that may write anywhere
     std::string describe() const;
 
     Kind kind;
-    std::string stream; ///< as a person calls it; empty for files
     std::string folder;
-    std::string file; ///< of a series the base name
+    std::string file;  ///< of a series the base name
+    char highestDigit; ///< that a name of a series ends in
+    std::string other; ///< what is described without a file
 };
 
 } // namespace Tools

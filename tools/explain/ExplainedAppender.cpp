@@ -1,9 +1,7 @@
 #include "explain/ExplainedAppender.h"
 
-#include "log/config/AppenderSettings.h"
 #include "log/config/KeyNames.h"
-#include "log/filters/FilterLogger.h"
-#include "log/filters/FilterMessageType.h"
+#include "log/filters/MessageFilters.h"
 
 namespace ZAV {
 namespace Tools {
@@ -26,7 +24,7 @@ std::string ExplainedAppender::refusal(const Log::LogMessage& message) const {
 }
 
 std::string ExplainedAppender::setting(const std::string& setting) const {
-    return Log::AppenderSettings(name_, properties_).require(setting);
+    return properties_.at(Log::appenderKey(name_, setting));
 }
 
 } // namespace Tools

@@ -34,7 +34,7 @@ std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
             continue;
         }
         const AppenderPlace place(*name, properties);
-        if (place.kind == AppenderPlace::STREAM) {
+        if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
         const InputSpec input = inputAt(place);

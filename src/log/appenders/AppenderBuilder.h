@@ -1,40 +1,57 @@
 #pragma once
 
 #include "log/Appender.h"
+#include "log/config/AppenderValues.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <string>
 
 namespace ZAV {
-namespace Util {
-class Properties;
-}
-
 namespace Log {
 
-/// Collects the settings of one appender from its keys "appender.<name>.*" and makes the appender. A derived
-/// builder adds the keys of its kind of appender.
+/// Makes one appender of the configuration: reads the keys of its class, and makes the filters and then the
+/// appender from their values.
 class AppenderBuilder {
 public:
-    explicit AppenderBuilder(const std::string& name);
-    virtual ~AppenderBuilder();
+    virtual ~AppenderBuilder() = default;
     AppenderBuilder(const AppenderBuilder&) = delete;
     AppenderBuilder& operator=(const AppenderBuilder&) = delete;
 
     /// \return a new appender, which the caller owns
     virtual Appender* build() = 0;
 
-    /// Reads the keys that every appender has. A derived builder calls this first.
-    /// \throw LogException for a bad level, message type or expiration
+    /// \throw LogException for a value that is rejected
     virtual AppenderBuilder& configure(const Util::Properties& properties);
 
 protected:
-    std::string name_;
-    bool synchronous_ = true;
+    /// \param reader the bit of `KeyReaders` of the class
+    AppenderBuilder(const std::string& name, unsigned reader) : values_(name), reader_(reader) {}
+
+    AppenderValues values_;
     Appender::Filters filters_;
 
 private:
-    void addLevelFilter(const Util::Properties& properties);
-    void addDynamicLevelFilter(const Util::Properties& properties);
+    const unsigned reader_;
+};
+
+class StdoutAppenderBuilder : public AppenderBuilder {
+public:
+    explicit StdoutAppenderBuilder(const std::string& name)
+        : AppenderBuilder(name, READ_BY_STDOUT_APPENDER) {}
+    Appender* build() override;
+};
+
+class FileAppenderBuilder : public AppenderBuilder {
+public:
+    explicit FileAppenderBuilder(const std::string& name) : AppenderBuilder(name, READ_BY_FILE_APPENDER) {}
+    Appender* build() override;
+};
+
+class SimpleFileAppenderBuilder : public AppenderBuilder {
+public:
+    explicit SimpleFileAppenderBuilder(const std::string& name)
+        : AppenderBuilder(name, READ_BY_SIMPLE_FILE_APPENDER) {}
+    Appender* build() override;
 };
 
 } // namespace Log

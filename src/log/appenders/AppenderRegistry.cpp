@@ -3,14 +3,14 @@
 #include "log/Appender.h"
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
-#include "log/appenders/DefaultAppenderFactory.h"
-#include "log/appenders/FileAppenderBuilder.h"
-#include "log/appenders/SimpleFileAppenderBuilder.h"
-#include "log/appenders/StdoutAppenderBuilder.h"
+#include "log/appenders/AppenderBuilder.h"
 #include "log/async/AsynchronousDispatcher.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
 #include "log/filters/LevelFilter.h"
 #include "zav-util/Properties.h"
+
+#include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -50,9 +50,16 @@ const AppenderRegistry& madeAtLoad = AppenderRegistry::instance();
 
 void AppenderRegistry::registerFactory(const std::string& className, AbstractAppenderFactory* factory) {
     boost::shared_ptr<AbstractAppenderFactory> replaced(factory);
-    const ScopedLock lock(factoriesLock_);
     const ScopedLock tablesLock(tablesLock_);
     factories_[className].swap(replaced);
+}
+
+void AppenderRegistry::registerClass(const std::string& className, RegisteredClassFactory::Maker maker) {
+    const auto factory = boost::make_shared<RegisteredClassFactory>(className, std::move(maker));
+    const ScopedLock tablesLock(tablesLock_);
+    if (readerOfClass(className) != 0 || !factories_.emplace(className, factory).second) {
+        throw LogException("Appender class " + className + " has already been registered.");
+    }
 }
 
 void AppenderRegistry::registerAppender(Appender* appender, const std::string& className) {
@@ -116,17 +123,23 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
     }
 }
 
+/// \return null if there is no such class
+boost::shared_ptr<AbstractAppenderFactory> AppenderRegistry::factoryOf(const std::string& className) const {
+    const ScopedLock tablesLock(tablesLock_);
+    const auto found = factories_.find(className);
+    return found == factories_.end() ? nullptr : found->second;
+}
+
 /// The declaring key may have had more dots than the one that is looked up, and then names another key.
 void AppenderRegistry::createAppender(const Util::Properties& properties, const std::string& name) {
     std::string className;
     properties.getProperty(appenderKey(name), className);
-    const ScopedLock lock(factoriesLock_);
-    const auto factory = factories_.find(className);
-    if (factory == factories_.end()) {
+    const boost::shared_ptr<AbstractAppenderFactory> factory = factoryOf(className);
+    if (factory == nullptr) {
         throw LogException("No factory registered for appenderName = " + name +
                            ", appenderClass = " + className);
     }
-    registerAppender(factory->second->create(properties, name), className);
+    registerAppender(factory->create(properties, name), className);
 }
 
 /// Takes no memory, so that it cannot fail.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/AppenderStatus.h"
-#include "log/appenders/AbstractAppenderFactory.h"
+#include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
 
 #include <boost/shared_ptr.hpp>
@@ -16,8 +16,9 @@ namespace Log {
 
 /// Makes the appenders that a configuration declares, owns them and takes them down again.
 ///
-/// Its locks come before all others of the library: nothing takes them while it holds a logger's lock, a lock
-/// of the dispatcher or the command bus.
+/// Its long lock comes before all others of the library: nothing takes it while it holds a logger's lock, a
+/// lock of the dispatcher or the command bus. No lock is held while an appender is made, which an application
+/// may do.
 class AppenderRegistry {
 public:
     /// Never destroyed, since threads may still log while the process ends.
@@ -25,6 +26,10 @@ public:
 
     /// \param factory owned from now on; an earlier factory of that class name is destroyed
     void registerFactory(const std::string& className, AbstractAppenderFactory* factory);
+
+    /// Registers a class of the application.
+    /// \throw LogException if there is such a class
+    void registerClass(const std::string& className, RegisteredClassFactory::Maker maker);
 
     /// Puts an appender into service: attaches it to every logger, and to the dispatcher if it is
     /// asynchronous.
@@ -54,20 +59,19 @@ private:
 
     AppenderRegistry() = default;
 
+    boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;
     void createAppender(const Util::Properties& properties, const std::string& name);
     bool hasAppender(const std::string& name) const;
     Appender* firstAppender() const;
 
-    Platform::CriticalSection factoriesLock_; ///< outermost lock of the library
-    std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
-        factories_ ZAV_LOG_GUARDED_BY(factoriesLock_);
-
-    /// Held while an appender is put into service or taken out of it; taken after factoriesLock_.
+    /// Held while an appender is put into service or taken out of it: the outermost lock of the library.
     Platform::CriticalSection createdAppendersLock_;
 
     /// Held in addition for each step that changes a table, so that a forked child finds it whole, and alone
-    /// to look at the appenders.
+    /// to look at one.
     mutable Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
+    std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
+        factories_ ZAV_LOG_GUARDED_BY(tablesLock_);
     CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(tablesLock_);
 };
 

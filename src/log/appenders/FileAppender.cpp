@@ -27,14 +27,11 @@ std::uint64_t indexOf(const std::string& fileName) {
 
 } // namespace
 
-FileAppender::FileAppender(const std::string& name, bool synchronous, const Filters& filters,
-                           const std::string& dir, const std::string& file, std::uint64_t fileNumber,
-                           std::uint64_t fileMaxSize, const Time& fileMaxLifetime, const FileOptions& options)
-    : BatchAppender(name, synchronous, filters, options.writesBatches), dir_(dir), file_(file),
-      fileNumber_(std::min(fileNumber, HIGHEST_FILE_NUMBER)), fileMaxSize_(fileMaxSize),
-      openTime_(Time::now()), fileMaxLifetime_(fileMaxLifetime), options_(options),
-      folder_(Platform::absolutePath(dir_)), livePath_(pathOf(file_ + LIVE_INDEX)), owner_(livePath_),
-      lastLook_(openTime_) {}
+FileAppender::FileAppender(const AppenderValues& values, const Filters& filters)
+    : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
+      fileNumber_(std::min(values.fileNumber, HIGHEST_FILE_NUMBER)), openTime_(Time::now()),
+      folder_(Platform::absolutePath(values.dir)), livePath_(pathOf(values.file + LIVE_INDEX)),
+      owner_(livePath_), lastLook_(openTime_) {}
 
 /// One that leaves amid a round has lines left.
 FileAppender::~FileAppender() {
@@ -44,7 +41,7 @@ FileAppender::~FileAppender() {
 void FileAppender::outputLine(const LogMessage& message) {
     recover();
     checkFile();
-    appendWholeLine(beginLine(), message, appendLogLine, options_.escape);
+    appendWholeLine(beginLine(), message, appendLogLine, values_.escape);
     prepareFile();
     currentSize_ += line().size();
     if (keepsLines()) {
@@ -58,7 +55,7 @@ void FileAppender::outputLine(const LogMessage& message) {
 /// Brings a file back that has failed, or that is gone from its name. A failure here is the one to report,
 /// not an older one.
 void FileAppender::recover() {
-    if (options_.recovery == Time() || !isTimeToLook()) {
+    if (values_.recovery == Time() || !isTimeToLook()) {
         return;
     }
     lastLook_ = Time::now();
@@ -74,7 +71,7 @@ void FileAppender::recover() {
 
 /// If the clock was set back, the unsigned difference is huge, so that the look happens at once.
 bool FileAppender::isTimeToLook() const {
-    return Time::now().microseconds() - lastLook_.microseconds() >= options_.recovery.microseconds();
+    return Time::now().microseconds() - lastLook_.microseconds() >= values_.recovery.microseconds();
 }
 
 /// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
@@ -107,7 +104,7 @@ void FileAppender::prepareFile() {
 }
 
 bool FileAppender::hasRoom() const {
-    return currentSize_ + line().size() <= fileMaxSize_ && !isTooOld();
+    return currentSize_ + line().size() <= values_.fileMaxSize && !isTooOld();
 }
 
 /// In a process that may not rotate, which goes where the live file is now.
@@ -119,14 +116,14 @@ void FileAppender::followFile() {
 }
 
 bool FileAppender::isTooOld() const {
-    return fileMaxLifetime_ != Time() && Time::now() > openTime_ + fileMaxLifetime_;
+    return values_.fileMaxLifetime != Time() && Time::now() > openTime_ + values_.fileMaxLifetime;
 }
 
 /// Finds the files that an earlier run or another process left.
 void FileAppender::browseFiles() {
     std::vector<std::string> entries;
     if (!Platform::listFiles(folder_, entries)) {
-        const std::string pattern = dir_ + "/*";
+        const std::string pattern = values_.dir + "/*";
         const int invalidHandle = -1;
         throw LogException(
             Util::format("FindFirstFile returned %d while trying to browse files by pattern %s",
@@ -141,8 +138,8 @@ void FileAppender::browseFiles() {
 }
 
 bool FileAppender::isInSeries(const std::string& fileName) const {
-    return fileName.size() == file_.size() + 1 && fileName.compare(0, file_.size(), file_) == 0 &&
-           indexOf(fileName) <= fileNumber_;
+    return fileName.size() == values_.file.size() + 1 &&
+           fileName.compare(0, values_.file.size(), values_.file) == 0 && indexOf(fileName) <= fileNumber_;
 }
 
 /// Makes room for a new live file. It works from the highest index down, so that no file is renamed onto
@@ -174,7 +171,7 @@ void FileAppender::rotateFiles() {
 }
 
 void FileAppender::openFile() {
-    fileNames_.push_front(file_ + LIVE_INDEX);
+    fileNames_.push_front(values_.file + LIVE_INDEX);
     hasRotated_ = false; // from here on the series has its live file, or has failed
     openLiveFile(liveFileStays_ ? Platform::OutputFile::TRUNCATE : Platform::OutputFile::CREATE);
     currentSize_ = outputFileStream_.size();
@@ -189,7 +186,7 @@ void FileAppender::continueFile() {
     outputFileStream_.close();
     openLiveFile(Platform::OutputFile::APPEND);
     currentSize_ = outputFileStream_.size() + keptSize();
-    if (outputFileStream_.endsInTornLine(livePath_, options_.rules)) {
+    if (outputFileStream_.endsInTornLine(livePath_, values_.fileRules())) {
         currentSize_ += write("\n");
         checkFile();
     }
@@ -197,9 +194,9 @@ void FileAppender::continueFile() {
 
 void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
     lastLook_ = Time::now();
-    outputFileStream_.open(livePath_, mode, options_.rules);
+    outputFileStream_.open(livePath_, mode, values_.fileRules());
     if (outputFileStream_.hasFailed()) {
-        throw LogException("Unable to open the file: " + dir_ + "/" + file_ + LIVE_INDEX);
+        throw LogException("Unable to open the file: " + values_.dir + "/" + values_.file + LIVE_INDEX);
     }
     openTime_ = lastLook_;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "log/appenders/FileOptions.h"
 #include "log/appenders/SeriesOwner.h"
 #include "log/async/BatchAppender.h"
+#include "log/config/AppenderValues.h"
 #include "platform/OutputFile.h"
 #include "zav-util/TimeUtils.h"
 
@@ -19,21 +19,15 @@ namespace Log {
 /// The live file gives way to a new one when the next line would make it too large, or when it has been open
 /// too long; each older file then moves up by one, and the one beyond the highest index is deleted.
 ///
-/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. A relative
-/// directory is taken from the one that the process is in when the appender is made.
+/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. The
+/// directory is never created; a relative one is taken from the one that the process is in when the appender
+/// is made.
 class FileAppender : public BatchAppender {
 public:
     /// So that an index is always one digit.
     static constexpr std::uint64_t HIGHEST_FILE_NUMBER = 9;
 
-    /// \param dir directory of the files; it is never created
-    /// \param file base name of the files
-    /// \param fileNumber highest index of an older file; numbers above `HIGHEST_FILE_NUMBER` count as that
-    /// \param fileMaxSize bytes that the live file may have, each end of line counted as one
-    /// \param fileMaxLifetime how long the live file may be open; 0 for ever
-    FileAppender(const std::string& name, bool synchronous, const Filters& filters, const std::string& dir,
-                 const std::string& file, std::uint64_t fileNumber, std::uint64_t fileMaxSize,
-                 const Util::TimeUtils::Time& fileMaxLifetime, const FileOptions& options = FileOptions());
+    FileAppender(const AppenderValues& values, const Filters& filters);
     ~FileAppender() override;
 
 protected:
@@ -59,19 +53,16 @@ private:
     void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
     std::string pathOf(const std::string& fileName) const;
 
-    std::string dir_; ///< as it was given, for texts
-    std::string file_;
-    std::uint64_t fileNumber_;
-    std::uint64_t fileMaxSize_;
+    const AppenderValues values_;
+    const std::uint64_t fileNumber_; ///< the highest index of an older file
+    /// Each end of line counts as one byte.
     std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;
     Util::TimeUtils::Time openTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Util::TimeUtils::Time fileMaxLifetime_;
     /// Without the directory, in ascending index order; the live file is the front.
     std::deque<std::string> fileNames_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
 
-    const FileOptions options_;
-    const std::string folder_; ///< `dir_`, wherever the process goes
+    const std::string folder_; ///< of the values, wherever the process goes
     const std::string livePath_;
     SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
     /// Whether others may have changed the series since `fileNames_` was read.

@@ -8,11 +8,9 @@
 namespace ZAV {
 namespace Log {
 
-SimpleFileAppender::SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
-                                       const std::string& dir, const std::string& file,
-                                       const FileOptions& options)
-    : BatchAppender(name, synchronous, filters, options.writesBatches), givenPath_(dir + "/" + file),
-      path_(Platform::absolutePath(dir) + "/" + file), options_(options) {}
+SimpleFileAppender::SimpleFileAppender(const AppenderValues& values, const Filters& filters)
+    : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
+      path_(Platform::absolutePath(values.dir) + "/" + values.file) {}
 
 /// One that leaves amid a round has lines left.
 SimpleFileAppender::~SimpleFileAppender() {
@@ -39,14 +37,15 @@ void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written)
 }
 
 void SimpleFileAppender::open(Platform::OutputFile& file) const {
-    file.open(path_, Platform::OutputFile::APPEND, options_.rules);
+    file.open(path_, Platform::OutputFile::APPEND, values_.fileRules());
     if (file.hasFailed()) {
-        throw LogException("Failed to open file " + givenPath_ + ". Are you sure that the directory exists?");
+        throw LogException("Failed to open file " + values_.dir + "/" + values_.file +
+                           ". Are you sure that the directory exists?");
     }
 }
 
 void SimpleFileAppender::render(const LogMessage& message) {
-    appendWholeLine(beginLine(), message, appendLogLineWithProcess, options_.escape);
+    appendWholeLine(beginLine(), message, appendLogLineWithProcess, values_.escape);
 }
 
 } // namespace Log

@@ -1,21 +1,18 @@
 #pragma once
 
-#include "log/appenders/FileOptions.h"
 #include "log/async/BatchAppender.h"
+#include "log/config/AppenderValues.h"
 #include "platform/OutputFile.h"
 
 namespace ZAV {
 namespace Log {
 
 /// Appends each message, with process details, to a single file. The file is opened and closed for every
-/// write, so that other programs may move or delete it in between. A relative directory is taken from the
-/// one that the process is in when the appender is made.
+/// write, so that other programs may move or delete it in between. Its directory is never created; a relative
+/// one is taken from the one that the process is in when the appender is made.
 class SimpleFileAppender : public BatchAppender {
 public:
-    /// \param dir directory of the file; it is never created
-    SimpleFileAppender(const std::string& name, bool synchronous, const Filters& filters,
-                       const std::string& dir, const std::string& file,
-                       const FileOptions& options = FileOptions());
+    SimpleFileAppender(const AppenderValues& values, const Filters& filters);
     ~SimpleFileAppender() override;
 
 protected:
@@ -28,9 +25,8 @@ private:
     void open(Platform::OutputFile& file) const;
     void render(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
 
-    const std::string givenPath_; ///< for texts
-    const std::string path_;      ///< the same, wherever the process goes
-    const FileOptions options_;
+    const AppenderValues values_;
+    const std::string path_; ///< wherever the process goes
 };
 
 } // namespace Log

@@ -7,9 +7,8 @@
 namespace ZAV {
 namespace Log {
 
-StdoutAppender::StdoutAppender(const std::string& name, bool synchronous, const Filters& filters,
-                               std::ostream* stream, bool escape)
-    : Appender(name, synchronous, filters), stream_(stream), escape_(escape) {}
+StdoutAppender::StdoutAppender(const AppenderValues& values, const Filters& filters)
+    : Appender(values.name, !values.asynchronous, filters), stream_(values.stream), escape_(values.escape) {}
 
 /// The line and its end are one write, so that lines of different threads never mix.
 void StdoutAppender::doOutput(const LogMessage& message) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "log/Appender.h"
+#include "log/config/AppenderValues.h"
 
 #include <iosfwd>
 
@@ -11,17 +12,14 @@ namespace Log {
 /// writes, which they do as long as the application leaves them synchronised with C's (`sync_with_stdio`).
 class StdoutAppender : public Appender {
 public:
-    /// \param stream not owned; it must serialise its writes itself, as the standard streams do
-    /// \param escape whether each message is kept on one line
-    StdoutAppender(const std::string& name, bool synchronous, const Filters& filters, std::ostream* stream,
-                   bool escape = false);
+    StdoutAppender(const AppenderValues& values, const Filters& filters);
 
 protected:
     /// A write that fails is not noticed.
     void doOutput(const LogMessage& message) override;
 
 private:
-    std::ostream* stream_;
+    std::ostream* const stream_;
     const bool escape_;
 };
 

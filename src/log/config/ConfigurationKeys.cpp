@@ -1,121 +1,229 @@
 #include "log/config/ConfigurationKeys.h"
 
+#include "log/config/AppenderValues.h"
 #include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
+#include "zav-util/StringUtils.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <cctype>
+#include <iostream>
 #include <iterator>
+#include <limits>
+#include <optional>
 
 namespace ZAV {
 namespace Log {
 
 namespace {
 
-const ConfigurationKey LOGGER_KEYS[] = {
-    {KeySection::LOGGER, LoggerAttribute::LEVEL, READ_BY_LOGGERS, ValueForm::LEVEL, nullptr,
-     "`AUDIT`, `ERROR`, `WARNING`, `INFO`, `DEBUG` or `TRACE`", "the parent's level; `WARNING` for the root",
-     "sets the level of the logger and of all below it"},
-    {KeySection::LOGGER, LoggerAttribute::EXPIRATION, READ_BY_LOGGERS, ValueForm::WHOLE_NUMBER, nullptr,
-     "number of minutes", "the parent's; 0 for the root",
-     "how long a level below `WARNING` lasts; 0: for ever"},
-};
+using Values = AppenderValues;
+using Util::TimeUtils::Time;
 
-const ConfigurationKey COMMON_APPENDER_KEYS[] = {
-    {KeySection::APPENDER, "", READ_BY_APPENDERS, ValueForm::CLASS_NAME, nullptr,
-     "`StdoutAppender`, `FileAppender` or `SimpleFileAppender`", "", "declares the appender"},
-    {KeySection::APPENDER, AppenderSetting::ASYNCHRONOUS, READ_BY_APPENDERS, ValueForm::BOOLEAN, nullptr,
-     "`true` or `false`", "`false`", "whether the consumer thread writes it, not the thread that logs"},
-    {KeySection::APPENDER, AppenderSetting::FILTERS, READ_BY_APPENDERS, ValueForm::PREFIXES, nullptr,
-     "prefixes of logger names, separated by spaces", "all loggers",
-     "writes only messages of loggers whose names begin with one of them"},
-    {KeySection::APPENDER, AppenderSetting::LEVEL, READ_BY_APPENDERS, ValueForm::LEVEL, nullptr,
-     "a level, as above", "all levels", "writes only messages of that level and more severe ones"},
-    {KeySection::APPENDER, AppenderSetting::EXPIRATION, READ_BY_APPENDERS, ValueForm::PERIOD,
-     AppenderSetting::LEVEL, "number and unit: `msec`, `sec`, `min`, `hour`, `day`", "the level is fixed",
-     "a command may lower `level` for that long; 0: for good; without `level` it is not read"},
-    {KeySection::APPENDER, AppenderSetting::MESSAGE_TYPE, READ_BY_APPENDERS, ValueForm::MESSAGE_TYPE, nullptr,
-     "`LOG` or `CFG`", "both", "writes only ordinary messages, or only configuration messages"},
-    {KeySection::APPENDER, AppenderSetting::ESCAPE, READ_BY_APPENDERS, ValueForm::BOOLEAN, nullptr,
-     "`true` or `false`", "`false`",
-     "keeps each message on one line, see [One message, one line](#one-message-one-line)"},
-};
+std::ostream* streamNamed(const std::string& name) {
+    if (name == "cerr") {
+        return &std::cerr;
+    }
+    return name == "clog" ? &std::clog : &std::cout;
+}
 
-const ConfigurationKey OUTPUT_KEYS[] = {
-    {KeySection::APPENDER, AppenderSetting::OSTREAM, READ_BY_STDOUT_APPENDER, ValueForm::STREAM, nullptr,
-     "`cout`, `cerr` or `clog`", "`cout`", "the standard stream"},
-    {KeySection::APPENDER, AppenderSetting::DIR, READ_BY_FILE_APPENDERS, ValueForm::TEXT, nullptr, "path",
-     "`.`", "the folder, which must exist"},
-    {KeySection::APPENDER, AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, ValueForm::TEXT, nullptr,
-     "text", "`A`", "the file; for `FileAppender` the name to which a digit is added"},
-    {KeySection::APPENDER, AppenderSetting::FILE_NUMBER, READ_BY_FILE_APPENDER, ValueForm::LEADING_UNSIGNED,
-     nullptr, "number", "3", "the highest digit, so how many older files are kept; above 9 it counts as 9"},
-    {KeySection::APPENDER, AppenderSetting::FILE_MAX_SIZE, READ_BY_FILE_APPENDER, ValueForm::LEADING_UNSIGNED,
-     AppenderSetting::FILE_MAX_SIZE_UNIT, "number", "10 MB",
-     "the size that a live file may have. **With its unit or not at all**"},
-    {KeySection::APPENDER, AppenderSetting::FILE_MAX_SIZE_UNIT, READ_BY_FILE_APPENDER, ValueForm::SIZE_UNIT,
-     AppenderSetting::FILE_MAX_SIZE, "`B`, `KB`, `MB` or `GB`", "", "the unit of `fileMaxSize`"},
-    {KeySection::APPENDER, AppenderSetting::FILE_MAX_LIFETIME, READ_BY_FILE_APPENDER,
-     ValueForm::LEADING_SIGNED, AppenderSetting::FILE_MAX_LIFETIME_UNIT, "number", "1 day",
-     "how long a live file may be open; 0 or below: for ever. **With its unit or not at all**"},
-    {KeySection::APPENDER, AppenderSetting::FILE_MAX_LIFETIME_UNIT, READ_BY_FILE_APPENDER,
-     ValueForm::LIFETIME_UNIT, AppenderSetting::FILE_MAX_LIFETIME, "`m`, `h` or `d`", "",
-     "the unit of `fileMaxLifetime`"},
-    {KeySection::APPENDER, AppenderSetting::RECOVERY, READ_BY_FILE_APPENDER, ValueForm::PERIOD, nullptr,
-     "number and unit, as for `expiration`", "never",
-     "how often a failed or vanished live file is checked for and reopened, see [Recovery](#recovery); 0 or "
-     "below: "
-     "never"},
-    {KeySection::APPENDER, AppenderSetting::FILE_MODE, READ_BY_FILE_APPENDERS, ValueForm::FILE_MODE, nullptr,
-     "octal number up to 777", "666 less the process's mask",
-     "the permissions of files that are made, see [Who may read the files](#who-may-read-the-files)"},
-    {KeySection::APPENDER, AppenderSetting::FOLLOW_LINKS, READ_BY_FILE_APPENDERS, ValueForm::BOOLEAN, nullptr,
-     "`true` or `false`", "`true`",
-     "whether a symbolic link in the place of the file is followed, or an error"},
-    {KeySection::APPENDER, AppenderSetting::FLUSH, READ_BY_FILE_APPENDERS, ValueForm::FLUSH_RULE, nullptr,
-     "`line` or `batch`", "`line`",
-     "whether an asynchronous appender makes one write for each line, or one for all lines of a round, see "
-     "[One write for many lines](#one-write-for-many-lines)"},
-};
+/// \return a count times its unit; the largest number if it is more than that, since no limit is nearer
+std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName) {
+    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text);
+    const std::uint64_t unit = readSizeUnit(unitName).value_or(DEFAULT_SIZE_UNIT);
+    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t size = count.value > LARGEST / unit ? LARGEST : count.value * unit;
+    return count.isNumber ? std::optional<std::uint64_t>(size) : std::nullopt;
+}
 
-const ConfigurationKey DISPATCHER_KEYS[] = {
-    {KeySection::DISPATCHER, DispatcherOption::MAX_QUEUE_SIZE, READ_BY_DISPATCHER, ValueForm::WHOLE_NUMBER,
-     nullptr, "number", "1024", "the limit of the queue: at most one message fewer waits; below 0: no limit"},
-    {KeySection::DISPATCHER, DispatcherOption::WAITING_PERIOD, READ_BY_DISPATCHER, ValueForm::WHOLE_NUMBER,
-     nullptr, "number of seconds", "2",
-     "how long the consumer thread waits between two rounds; 0 or below: each message wakes it"},
-    {KeySection::DISPATCHER, DispatcherOption::PRIORITY, READ_BY_DISPATCHER, ValueForm::WHOLE_NUMBER, nullptr,
-     "number", "as the thread was created",
-     "the consumer thread's priority: below 25 low, 25 normal, above 25 high"},
-    {KeySection::DISPATCHER, DispatcherOption::OVERFLOW_RULE, READ_BY_DISPATCHER, ValueForm::OVERFLOW_RULE,
-     nullptr, "`discard` or `block`", "`discard`",
-     "what a full queue does: push the oldest message out, or let the thread that logs wait"},
-};
+/// A count of 0 or below means that age alone ends nothing.
+std::optional<Time> readLifetime(const std::string& text, const std::string& unitName) {
+    const LeadingNumber<std::int32_t> count = readLeadingSigned(text);
+    const Time lifetime(count.value > 0 ? static_cast<std::uint64_t>(count.value) : 0,
+                        readLifetimeUnit(unitName).value_or(DEFAULT_LIFETIME_UNIT));
+    return count.isNumber ? std::optional<Time>(lifetime) : std::nullopt;
+}
 
-template <std::size_t N>
-void append(std::vector<ConfigurationKey>& all, const ConfigurationKey (&keys)[N]) {
-    for (const ConfigurationKey& key : keys) {
-        all.push_back(key);
+/// \return a value, or nothing if the default stays
+template <ValueForm form>
+auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed) {
+    if constexpr (form == ValueForm::LEVEL) {
+        return Level::fromString(text);
+    } else if constexpr (form == ValueForm::MESSAGE_TYPE) {
+        return messageTypeFromString(text);
+    } else if constexpr (form == ValueForm::PREFIXES) {
+        return Util::split(text, ' ');
+    } else if constexpr (form == ValueForm::BOOLEAN) {
+        return readBoolean(text);
+    } else if constexpr (form == ValueForm::STREAM) {
+        return streamNamed(text);
+    } else if constexpr (form == ValueForm::FLUSH_RULE) {
+        return text == "batch";
+    } else if constexpr (form == ValueForm::PERIOD) {
+        return readPeriod(text);
+    } else if constexpr (form == ValueForm::LEADING_UNSIGNED) {
+        return readSize(text, needed);
+    } else if constexpr (form == ValueForm::LEADING_SIGNED) {
+        return readLifetime(text, needed);
+    } else if constexpr (form == ValueForm::FILE_MODE) {
+        return readFileMode(text);
+    } else {
+        static_assert(form == ValueForm::TEXT);
+        return text;
     }
 }
+
+template <ValueForm form, auto member>
+void readInto(AppenderValues& values, const std::string& text, const std::string& needed) {
+    if (const std::optional value = readAs<form>(text, needed)) {
+        values.*member = *value;
+    }
+}
+
+constexpr DefaultValue value(const char* text) {
+    return {text, true};
+}
+
+constexpr DefaultValue means(const char* text) {
+    return {text, false};
+}
+
+/// A setting of appenders.
+/// \param member where its value goes
+template <ValueForm form, auto member>
+constexpr ConfigurationKey setting(const char* name, unsigned readers, const char* values,
+                                   DefaultValue byDefault, const char* meaning,
+                                   const char* neededKey = nullptr) {
+    return {KeySection::APPENDER,  name, readers, form, neededKey, values, byDefault, meaning,
+            readInto<form, member>};
+}
+
+/// The unit of another setting, which is read with it.
+constexpr ConfigurationKey unitOf(const char* number, const char* name, ValueForm form, const char* values,
+                                  const char* meaning) {
+    return {KeySection::APPENDER, name, READ_BY_FILE_APPENDER, form, number, values, means(""), meaning};
+}
+
+constexpr ConfigurationKey option(const char* name, ValueForm form, const char* values,
+                                  DefaultValue byDefault, const char* meaning) {
+    return {KeySection::DISPATCHER, name, READ_BY_DISPATCHER, form, nullptr, values, byDefault, meaning};
+}
+
+constexpr ConfigurationKey KEYS[] = {
+    {KeySection::LOGGER, LoggerAttribute::LEVEL, READ_BY_LOGGERS, ValueForm::LEVEL, nullptr,
+     "`AUDIT`, `ERROR`, `WARNING`, `INFO`, `DEBUG` or `TRACE`",
+     means("the parent's level; `WARNING` for the root"), "sets the level of the logger and of all below it"},
+    {KeySection::LOGGER, LoggerAttribute::EXPIRATION, READ_BY_LOGGERS, ValueForm::WHOLE_NUMBER, nullptr,
+     "number of minutes", means("the parent's; 0 for the root"),
+     "how long a level below `WARNING` lasts; 0: for ever"},
+
+    {KeySection::APPENDER, "", READ_BY_APPENDERS, ValueForm::CLASS_NAME, nullptr,
+     "`StdoutAppender`, `FileAppender`, `SimpleFileAppender`, or a class of the program's own", means(""),
+     "declares the appender"},
+    setting<ValueForm::BOOLEAN, &Values::asynchronous>(
+        AppenderSetting::ASYNCHRONOUS, READ_BY_APPENDERS, "`true` or `false`", value("false"),
+        "whether the consumer thread writes it, not the thread that logs"),
+    setting<ValueForm::PREFIXES, &Values::prefixes>(
+        AppenderSetting::FILTERS, READ_BY_APPENDERS, "prefixes of logger names, separated by spaces",
+        means("all loggers"), "writes only messages of loggers whose names begin with one of them"),
+    setting<ValueForm::LEVEL, &Values::level>(AppenderSetting::LEVEL, READ_BY_APPENDERS, "a level, as above",
+                                              means("all levels"),
+                                              "writes only messages of that level and more severe ones"),
+    setting<ValueForm::PERIOD, &Values::expiration>(
+        AppenderSetting::EXPIRATION, READ_BY_APPENDERS,
+        "number and unit: `msec`, `sec`, `min`, `hour`, `day`", means("the level is fixed"),
+        "a command may lower `level` for that long; 0: for good; without `level` it is not read",
+        AppenderSetting::LEVEL),
+    setting<ValueForm::MESSAGE_TYPE, &Values::messageType>(
+        AppenderSetting::MESSAGE_TYPE, READ_BY_APPENDERS, "`LOG` or `CFG`", means("both"),
+        "writes only ordinary messages, or only configuration messages"),
+    setting<ValueForm::BOOLEAN, &Values::escape>(
+        "escape", READ_BY_APPENDERS, "`true` or `false`", value("false"),
+        "keeps each message on one line, see [One message, one line](#one-message-one-line)"),
+
+    setting<ValueForm::STREAM, &Values::stream>(AppenderSetting::OSTREAM, READ_BY_STDOUT_APPENDER,
+                                                "`cout`, `cerr` or `clog`", value("cout"),
+                                                "the standard stream"),
+    setting<ValueForm::TEXT, &Values::dir>(AppenderSetting::DIR, READ_BY_FILE_APPENDERS, "path", value("."),
+                                           "the folder, which must exist"),
+    setting<ValueForm::TEXT, &Values::file>(
+        AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, "text", means("`A`"),
+        "the file; for `FileAppender` the name to which a digit is added"),
+    setting<ValueForm::LEADING_UNSIGNED, &Values::fileNumber>(
+        AppenderSetting::FILE_NUMBER, READ_BY_FILE_APPENDER, "number", value("3"),
+        "the highest digit, so how many older files are kept; above 9 it counts as 9"),
+    setting<ValueForm::LEADING_UNSIGNED, &Values::fileMaxSize>(
+        AppenderSetting::FILE_MAX_SIZE, READ_BY_FILE_APPENDER, "number", value("10 MB"),
+        "the size that a live file may have. **With its unit or not at all**",
+        AppenderSetting::FILE_MAX_SIZE_UNIT),
+    unitOf(AppenderSetting::FILE_MAX_SIZE, AppenderSetting::FILE_MAX_SIZE_UNIT, ValueForm::SIZE_UNIT,
+           "`B`, `KB`, `MB` or `GB`", "the unit of `fileMaxSize`"),
+    setting<ValueForm::LEADING_SIGNED, &Values::fileMaxLifetime>(
+        "fileMaxLifetime", READ_BY_FILE_APPENDER, "number", value("1 d"),
+        "how long a live file may be open; 0 or below: for ever. **With its unit or not at all**",
+        "fileMaxLifetimeUnit"),
+    unitOf("fileMaxLifetime", "fileMaxLifetimeUnit", ValueForm::LIFETIME_UNIT, "`m`, `h` or `d`",
+           "the unit of `fileMaxLifetime`"),
+    setting<ValueForm::PERIOD, &Values::recovery>("recovery", READ_BY_FILE_APPENDER,
+                                                  "number and unit, as for `expiration`", means("never"),
+                                                  "how often a failed or vanished live file is checked for "
+                                                  "and reopened, see [Recovery](#recovery); 0 or "
+                                                  "below: never"),
+    setting<ValueForm::FILE_MODE, &Values::fileMode>(
+        "fileMode", READ_BY_FILE_APPENDERS, "octal number up to 777", means("666 less the process's mask"),
+        "the permissions of files that are made, see [Who may read the files](#who-may-read-the-files)"),
+    setting<ValueForm::BOOLEAN, &Values::followLinks>(
+        "followLinks", READ_BY_FILE_APPENDERS, "`true` or `false`", value("true"),
+        "whether a symbolic link in the place of the file is followed, or an error"),
+    setting<ValueForm::FLUSH_RULE, &Values::writesBatches>(
+        AppenderSetting::FLUSH, READ_BY_FILE_APPENDERS, "`line` or `batch`", value("line"),
+        "whether an asynchronous appender makes one write for each line, or one for all lines of a round, "
+        "see "
+        "[One write for many lines](#one-write-for-many-lines)"),
+
+    option(DispatcherOption::MAX_QUEUE_SIZE, ValueForm::WHOLE_NUMBER, "number", value("1024"),
+           "the limit of the queue: at most one message fewer waits; below 0: no limit"),
+    option(DispatcherOption::WAITING_PERIOD, ValueForm::WHOLE_NUMBER, "number of seconds", value("2"),
+           "how long the consumer thread waits between two rounds; 0 or below: each message wakes it"),
+    option(DispatcherOption::PRIORITY, ValueForm::WHOLE_NUMBER, "number", means("as the thread was created"),
+           "the consumer thread's priority: below 25 low, 25 normal, above 25 high"),
+    option(DispatcherOption::OVERFLOW_RULE, ValueForm::OVERFLOW_RULE, "`discard` or `block`",
+           value("discard"),
+           "what a full queue does: push the oldest message out, or let the thread that logs wait"),
+};
+
+/// The library's own classes of appenders.
+constexpr struct {
+    const char* name;
+    unsigned reader;
+} CLASSES[] = {
+    {AppenderClass::STDOUT, READ_BY_STDOUT_APPENDER},
+    {AppenderClass::FILE_SERIES, READ_BY_FILE_APPENDER},
+    {AppenderClass::SINGLE_FILE, READ_BY_SIMPLE_FILE_APPENDER},
+};
 
 } // namespace
 
-std::vector<ConfigurationKey> configurationKeys() {
-    std::vector<ConfigurationKey> keys;
-    append(keys, LOGGER_KEYS);
-    append(keys, COMMON_APPENDER_KEYS);
-    append(keys, OUTPUT_KEYS);
-    append(keys, DISPATCHER_KEYS);
-    return keys;
+const ConfigurationKey* ConfigurationKeys::begin() const {
+    return std::begin(KEYS);
+}
+
+const ConfigurationKey* ConfigurationKeys::end() const {
+    return std::end(KEYS);
+}
+
+const ConfigurationKey* findKey(KeySection section, const std::string& name) {
+    const auto* const found =
+        std::find_if(std::begin(KEYS), std::end(KEYS),
+                     [&](const ConfigurationKey& key) { return key.section == section && key.name == name; });
+    return found == std::end(KEYS) ? nullptr : found;
 }
 
 unsigned readerOfClass(const std::string& className) {
-    if (className == AppenderClass::STDOUT) {
-        return READ_BY_STDOUT_APPENDER;
-    }
-    if (className == AppenderClass::FILE_SERIES) {
-        return READ_BY_FILE_APPENDER;
-    }
-    return className == AppenderClass::SINGLE_FILE ? READ_BY_SIMPLE_FILE_APPENDER : 0U;
+    const auto* const found =
+        std::find_if(std::begin(CLASSES), std::end(CLASSES),
+                     [&className](const auto& known) { return known.name == className; });
+    return found == std::end(CLASSES) ? 0U : found->reader;
 }
 
 std::string genericKey(const ConfigurationKey& key) {
@@ -137,15 +245,23 @@ std::string describeReaders(const ConfigurationKey& key) {
         return "the dispatcher";
     case READ_BY_APPENDERS:
         return "all appenders";
-    case READ_BY_FILE_APPENDERS:
-        return "`FileAppender`, `SimpleFileAppender`";
-    case READ_BY_STDOUT_APPENDER:
-        return "`StdoutAppender`";
-    case READ_BY_FILE_APPENDER:
-        return "`FileAppender`";
     default:
-        return "`SimpleFileAppender`";
+        break;
     }
+    std::string readers;
+    for (const auto& known : CLASSES) {
+        if ((key.readers & known.reader) != 0) {
+            readers += (readers.empty() ? "`" : ", `") + std::string(known.name) + "`";
+        }
+    }
+    return readers;
+}
+
+/// A number stands as it is, another value as a word.
+std::string describeDefault(const ConfigurationKey& key) {
+    const std::string text = key.byDefault.text;
+    const bool isWord = key.byDefault.isValue && std::isdigit(static_cast<unsigned char>(text.front())) == 0;
+    return isWord ? "`" + text + "`" : text;
 }
 
 } // namespace Log

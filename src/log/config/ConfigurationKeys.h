@@ -1,10 +1,11 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace ZAV {
 namespace Log {
+
+struct AppenderValues;
 
 /// What the beginning of a key says it is about.
 enum class KeySection {
@@ -20,8 +21,9 @@ enum KeyReaders : unsigned {
     READ_BY_FILE_APPENDER = 4,
     READ_BY_SIMPLE_FILE_APPENDER = 8,
     READ_BY_DISPATCHER = 16,
+    READ_BY_REGISTERED_CLASS = 32, ///< one that the application registers
     READ_BY_FILE_APPENDERS = READ_BY_FILE_APPENDER | READ_BY_SIMPLE_FILE_APPENDER,
-    READ_BY_APPENDERS = READ_BY_STDOUT_APPENDER | READ_BY_FILE_APPENDERS
+    READ_BY_APPENDERS = READ_BY_STDOUT_APPENDER | READ_BY_FILE_APPENDERS | READ_BY_REGISTERED_CLASS
 };
 
 /// How the value of a key is understood.
@@ -37,11 +39,18 @@ enum class ValueForm {
     FLUSH_RULE,       ///< `line` or `batch`; anything else counts as the first
     PERIOD,           ///< `readPeriod`; a bad count is an error
     WHOLE_NUMBER,     ///< `Util::toInteger`; anything else is reported and left out
-    LEADING_UNSIGNED, ///< `readLeadingUnsigned`
-    LEADING_SIGNED,   ///< `readLeadingSigned`
+    LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. A needed key is its unit
+    LEADING_SIGNED,   ///< `readLeadingSigned`, a number of the units of the needed key; the same
     SIZE_UNIT,        ///< `readSizeUnit`
     LIFETIME_UNIT,    ///< `readLifetimeUnit`
     FILE_MODE         ///< `readFileMode`; anything else counts as absent
+};
+
+/// What holds without a key.
+struct DefaultValue {
+    const char* text;
+    bool isValue; ///< whether the text could be the key's value, with its unit; otherwise it is Markdown for
+                  ///< a reader
 };
 
 /// A key that the library reads. The texts are those of the table in docs/configuration.md, in Markdown.
@@ -52,14 +61,29 @@ struct ConfigurationKey {
     ValueForm form;
     const char* neededKey; ///< the key of the same section without which this one has no effect, or nullptr
     const char* values;    ///< what the value may be
-    const char* defaultValue; ///< what holds without the key
-    const char* meaning;      ///< one sentence
+    DefaultValue byDefault;
+    const char* meaning; ///< one sentence
+
+    /// Puts a value of an appender, given the value of the needed key, into its place; nullptr for a key that
+    /// has no such place of its own.
+    /// \throw LogException or UtilException if the value is rejected
+    void (*read)(AppenderValues& values, const std::string& text, const std::string& needed) = nullptr;
 };
 
-/// \return all keys, in the order of the documentation
-std::vector<ConfigurationKey> configurationKeys();
+/// All keys, in the order of the documentation, in which those of an appender are read, too.
+struct ConfigurationKeys {
+    const ConfigurationKey* begin() const;
+    const ConfigurationKey* end() const;
+};
 
-/// \return the bit of `KeyReaders` of a class of appenders; 0 if there is no such class
+inline ConfigurationKeys configurationKeys() {
+    return {};
+}
+
+/// \return the key of a section with that name; nullptr if there is none
+const ConfigurationKey* findKey(KeySection section, const std::string& name);
+
+/// \return the bit of `KeyReaders` of a class of appenders; 0 if the library has no such class
 unsigned readerOfClass(const std::string& className);
 
 /// \return the whole key, with `L` for the name of the logger and `A` for that of the appender
@@ -67,6 +91,9 @@ std::string genericKey(const ConfigurationKey& key);
 
 /// \return the readers of a key in words
 std::string describeReaders(const ConfigurationKey& key);
+
+/// \return what holds without a key, in Markdown
+std::string describeDefault(const ConfigurationKey& key);
 
 } // namespace Log
 } // namespace ZAV

@@ -19,25 +19,19 @@ constexpr char LEVEL[] = "level";
 constexpr char EXPIRATION[] = "expiration";
 } // namespace LoggerAttribute
 
-/// The settings of an appender: "appender.<name>.<setting>".
+/// The settings of an appender that are named elsewhere than in the table: "appender.<name>.<setting>".
 namespace AppenderSetting {
 constexpr char ASYNCHRONOUS[] = "asynchronous";
 constexpr char FILTERS[] = "filters";
 constexpr char LEVEL[] = "level";
 constexpr char EXPIRATION[] = "expiration";
 constexpr char MESSAGE_TYPE[] = "message_type";
-constexpr char ESCAPE[] = "escape";
 constexpr char OSTREAM[] = "ostream";
 constexpr char DIR[] = "dir";
 constexpr char FILE_NAME[] = "file";
 constexpr char FILE_NUMBER[] = "fileNumber";
 constexpr char FILE_MAX_SIZE[] = "fileMaxSize";
 constexpr char FILE_MAX_SIZE_UNIT[] = "fileMaxSizeUnit";
-constexpr char FILE_MAX_LIFETIME[] = "fileMaxLifetime";
-constexpr char FILE_MAX_LIFETIME_UNIT[] = "fileMaxLifetimeUnit";
-constexpr char FILE_MODE[] = "fileMode";
-constexpr char FOLLOW_LINKS[] = "followLinks";
-constexpr char RECOVERY[] = "recovery";
 constexpr char FLUSH[] = "flush";
 } // namespace AppenderSetting
 

@@ -1,9 +1,6 @@
 #include "log/filters/FilterLogLevelDynamic.h"
 
-#include "log/LogException.h"
 #include "log/LogMessage.h"
-#include "log/config/AppenderSettings.h"
-#include "log/config/KeyNames.h"
 
 #include <limits>
 
@@ -13,23 +10,9 @@ namespace Log {
 using Platform::ScopedLock;
 using namespace Util::TimeUtils;
 
-namespace {
-
-Level::LogLevel readLevel(const std::string& appenderName, const Util::Properties& properties) {
-    std::string value;
-    if (!AppenderSettings(appenderName, properties).get(AppenderSetting::LEVEL, value)) {
-        throw LogException("Properties do not specify level for appender '" + appenderName + "'");
-    }
-    return Level::fromString(value);
-}
-
-} // namespace
-
-FilterLogLevelDynamic::FilterLogLevelDynamic(const std::string& appenderName,
-                                             const Util::Properties& properties)
-    : level_(readLevel(appenderName, properties)), defaultLevel_(level_),
-      levelSetTime_(Time::now().microseconds()),
-      expiration_(AppenderSettings(appenderName, properties).getPeriod(AppenderSetting::EXPIRATION)) {}
+FilterLogLevelDynamic::FilterLogLevelDynamic(Level::LogLevel level, Time expiration)
+    : level_(level), defaultLevel_(level), levelSetTime_(Time::now().microseconds()),
+      expiration_(expiration) {}
 
 bool FilterLogLevelDynamic::passes(const LogMessage& message) {
     if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {

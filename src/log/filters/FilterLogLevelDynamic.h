@@ -10,21 +10,14 @@
 #include <string>
 
 namespace ZAV {
-namespace Util {
-class Properties;
-}
-
 namespace Log {
 
 /// Passes messages at or above a level that a command can lower for a while. The first message later than the
 /// expiration period takes the level back to the configured one.
 class FilterLogLevelDynamic : public LevelFilter, public CommandListener {
 public:
-    /// Reads the keys "appender.<appenderName>.level" and "appender.<appenderName>.expiration": a count and a
-    /// unit, "msec", "sec", "min" (which any other word means too), "hour" or "day". Without the second key,
-    /// or with the count 0, a lowered level stays.
-    /// \throw LogException if the level is missing, or for a value that cannot be read
-    FilterLogLevelDynamic(const std::string& appenderName, const Util::Properties& properties);
+    /// \param expiration with 0 a lowered level stays
+    FilterLogLevelDynamic(Level::LogLevel level, Time expiration);
 
     /// Lowers the level to the one that the argument names, or starts its period anew; a higher level is
     /// ignored.

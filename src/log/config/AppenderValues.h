@@ -1,0 +1,64 @@
+#pragma once
+
+#include "log/Level.h"
+#include "log/MessageType.h"
+#include "platform/FileRules.h"
+#include "zav-util/TimeUtils.h"
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZAV {
+namespace Util {
+class Properties;
+}
+
+namespace Log {
+
+struct ConfigurationKey;
+
+/// What the keys "appender.<name>.*" of one appender say. What a key means, and what holds without it, stands
+/// in the table of keys alone.
+struct AppenderValues {
+    /// Every value as it is without its key.
+    explicit AppenderValues(const std::string& appenderName);
+
+    /// The values of a configuration, read in the order of the table.
+    /// \param reader the bit of `KeyReaders` of the appender's class, whose keys are read and no others
+    /// \throw LogException for the first value that is rejected
+    AppenderValues(const std::string& appenderName, unsigned reader, const Util::Properties& properties);
+
+    /// Takes the value of one key, if the properties have it and the key that it needs.
+    /// \throw LogException if the value is rejected
+    void read(const ConfigurationKey& key, const Util::Properties& properties);
+
+    /// \return how files are found and made
+    Platform::FileRules fileRules() const { return {fileMode, followLinks}; }
+
+    std::string name;
+
+    bool asynchronous = false;
+    std::optional<std::vector<std::string>> prefixes; ///< of the names of loggers; all loggers without it
+    std::optional<Level::LogLevel> level;
+    std::optional<Util::TimeUtils::Time> expiration; ///< 0: a level that a command lowers stays so
+    std::optional<MessageType> messageType;
+    bool escape = false; ///< whether each message is kept on one line
+
+    std::ostream* stream = nullptr; ///< one of the standard streams
+
+    std::string dir;
+    std::string file;
+    std::uint64_t fileNumber = 0;          ///< how many older files are kept
+    std::uint64_t fileMaxSize = 0;         ///< bytes
+    Util::TimeUtils::Time fileMaxLifetime; ///< 0: for ever
+    Util::TimeUtils::Time recovery;        ///< how often a live file is looked after; 0: never
+    std::optional<unsigned> fileMode;      ///< the permissions of a file that is made
+    bool followLinks = true;
+    bool writesBatches = false; ///< whether the lines of a round of the consumer are one write
+};
+
+} // namespace Log
+} // namespace ZAV
