@@ -277,6 +277,37 @@ void waitUntilAsleep(const std::atomic<pid_t>& thread) {
 
 } // namespace
 
+/// What other threads write there fails while files are opened, each of which would get the number of the
+/// stream.
+TEST(OutputFile, GetsNothingOfWhatIsWrittenToAStandardStreamThatIsClosed) {
+    const TemporaryDirectory directory;
+    writeFile(directory / "properties", "");
+    const auto openOften = [path = directory / "f"] {
+        for (int i = 0; i < 3'000; ++i) {
+            canOpen(path, OutputFile::APPEND, FileRules());
+        }
+    };
+    EXPECT_EQ(resultInChild([&] {
+                  close(STDOUT_FILENO);
+                  std::string noticed; // that a stream is closed
+                  Platform::readFile(directory / "properties", noticed);
+                  std::atomic<bool> isOver{false};
+                  std::thread writing([&isOver] {
+                      while (!isOver) {
+                          static_cast<void>(!write(STDOUT_FILENO, "stray", 5));
+                      }
+                  });
+                  std::thread opening(openOften);
+                  openOften();
+                  opening.join();
+                  isOver = true;
+                  writing.join();
+                  return fcntl(STDOUT_FILENO, F_GETFD) < 0 ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(readFile(directory / "f"), "");
+}
+
 TEST(Process, HasANumberOfItsOwnInAForkedChild) {
     const unsigned generation = Platform::forkGeneration();
     EXPECT_EQ(resultInChild([generation] {

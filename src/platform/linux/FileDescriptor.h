@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,14 +9,59 @@
 namespace ZAV {
 namespace Platform {
 
+/// Keeps the numbers of the standard streams that the program has closed from whatever is opened in its
+/// scope. What is written there meanwhile fails as before: the system opens the place in their stead, and
+/// nothing that could be read or written.
+///
+/// For as long as they are kept, another scope in the same library must not end. What the program itself
+/// opens gets a higher number.
+class KeptStandardNumbers {
+public:
+    KeptStandardNumbers() noexcept {
+        int number = openNothing();
+        while (number >= 0 && number <= STDERR_FILENO) {
+            isKept_[number] = true;
+            number = openNothing();
+        }
+        if (number >= 0) {
+            close(number);
+        }
+    }
+    ~KeptStandardNumbers() {
+        const int error = errno;
+        for (int number = 0; number <= STDERR_FILENO; ++number) {
+            if (isKept_[number]) {
+                close(number);
+            }
+        }
+        errno = error;
+    }
+    KeptStandardNumbers(const KeptStandardNumbers&) = delete;
+    KeptStandardNumbers& operator=(const KeptStandardNumbers&) = delete;
+
+    bool areAny() const noexcept { return isKept_[0] || isKept_[1] || isKept_[2]; }
+
+private:
+    static int openNothing() noexcept { return ::open("/", O_PATH | O_CLOEXEC); }
+
+    bool isKept_[STDERR_FILENO + 1] = {};
+};
+
+/// Whether a standard stream was closed when that was last noticed.
+inline std::atomic<bool> isStandardStreamClosed{fcntl(STDIN_FILENO, F_GETFD) < 0 ||
+                                                fcntl(STDOUT_FILENO, F_GETFD) < 0 ||
+                                                fcntl(STDERR_FILENO, F_GETFD) < 0};
+
 /// A program that has closed a standard stream must not get a file of the library's in its place: what it or
-/// a standard stream's appender writes there would go into that file.
+/// a standard stream's appender writes there would go into that file. See `KeptStandardNumbers` for the
+/// moment before this is called.
 /// \param number what the system has opened, or -1
 /// \return the same, or in the place of a standard stream another one for it; -1 if there is none
 inline int beyondStandardStreams(int number) noexcept {
     if (number < 0 || number > STDERR_FILENO) {
         return number;
     }
+    isStandardStreamClosed.store(true, std::memory_order_relaxed);
     const int beyond = fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     const int error = errno;
     close(number);

@@ -16,6 +16,7 @@ namespace Platform {
 namespace {
 
 FileDescriptor makeSocket() {
+    const KeptStandardNumbers kept;
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket.isOpen()) {
         throw systemFailure();
