@@ -1,6 +1,7 @@
 #include "log/appenders/SeriesOwner.h"
 
 #include "platform/CriticalSection.h"
+#include "platform/Fork.h"
 #include "platform/ForkedMemory.h"
 #include "platform/Process.h"
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <list>
+#include <unistd.h>
 
 namespace ZAV {
 namespace Platform {
@@ -13,6 +14,7 @@ namespace Platform {
 namespace {
 
 std::atomic<unsigned> generation{0};
+std::atomic<int> rememberedId{0}; // until the library is loaded
 
 constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
 constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
@@ -83,8 +85,11 @@ private:
         void (*inChild)();
     };
 
+    /// The only registration of the library: of two, the C library may lose its count, and end the process,
+    /// when one thread forks while another one ends the process.
     ForkLocks() {
         initCondition();
+        rememberedId.store(getpid(), std::memory_order_relaxed);
         pthread_atfork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
                        [] { instance().renewInChild(); });
     }
@@ -198,6 +203,7 @@ private:
     /// it.
     void renewInChild() {
         generation.store(forkGeneration() + 1, std::memory_order_relaxed);
+        rememberedId.store(getpid(), std::memory_order_relaxed);
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
             lock->waitingForks_ = 0;
             if (!lock->isHeldBy(pthread_self())) {
@@ -258,6 +264,11 @@ void atFork(void (*before)(), void (*inChild)()) {
 
 unsigned forkGeneration() noexcept {
     return generation.load(std::memory_order_relaxed);
+}
+
+int rememberedProcessId() noexcept {
+    const int remembered = rememberedId.load(std::memory_order_relaxed);
+    return remembered != 0 ? remembered : getpid();
 }
 
 } // namespace Platform
