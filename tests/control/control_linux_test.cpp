@@ -227,6 +227,39 @@ TEST_F(Control, AForkedChildLeavesTheServerToItsParent) {
     EXPECT_TRUE(isServed(address_));
 }
 
+TEST_F(Control, AListenerThatForksAndReturnsInBothLeavesNoSecondServer) {
+    pid_t child = -1;
+    TestSupport::CallingListener forking([&child](const std::string&) { child = fork(); });
+    LogManager::registerCommandListener("GO", &forking);
+    const ControlServer server(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("command GO"), "ok\n");
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child); // a hang here is the failure
+    EXPECT_EQ(client.ask("flush"), "ok\n");
+    EXPECT_TRUE(isServed(address_));
+}
+
+/// The child has a thread that has ended, a consumer and a server, which it takes along.
+TEST_F(Control, IsNoReasonForAProcessToGoOn) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    pid_t child = -1;
+    std::thread([&] {
+        child = fork();
+        if (child == 0) {
+            static TestSupport::CallingAppender appender([](const LogMessage&) {}, false);
+            LogManager::addAsynchronousAppender(&appender);
+            static const ControlServer server(address_);
+        }
+    }).join();
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child); // a hang here is the failure
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_FALSE(TestSupport::fileExists(address_));
+}
+
 TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
     const std::string file = directory_ / "file";
     EXPECT_EQ(inChild([&] { // a hang here is the failure

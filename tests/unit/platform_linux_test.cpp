@@ -346,6 +346,32 @@ TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {
               0);
 }
 
+TEST(Process, IsOverWhenItsOtherThreadsServeButNotWhatTheyHaveStarted) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    EXPECT_EQ(resultInChild([] {
+                  std::promise<void> released;
+                  std::promise<std::thread> started;
+                  std::thread([&] {
+                      Platform::markAsServing();
+                      started.set_value(std::thread([&released] { released.get_future().wait(); }));
+                      std::promise<void>().get_future().wait(); // serves
+                  }).detach();
+                  std::thread other = started.get_future().get();
+                  if (Platform::isOnlyThread()) {
+                      return 1;
+                  }
+                  released.set_value();
+                  other.join();
+                  while (!Platform::isOnlyThread()) { // a hang here is the failure
+                      std::this_thread::yield();
+                  }
+                  return 0;
+              }),
+              0);
+}
+
 /// The other locks, the making of locks and loggers, and the queue. The busy lock is destroyed as soon as it
 /// is free, as a file's is when its appender goes.
 TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
