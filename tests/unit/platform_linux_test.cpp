@@ -449,6 +449,29 @@ TEST(Fork, ComesThroughAmongThreadsThatLogWithoutAPause) {
     }
 }
 
+TEST(CriticalSection, LetsOneComeInBetweenWhoAwaitsItsHolder) {
+    Platform::CriticalSection section;
+    std::atomic<pid_t> waitingThread{0};
+    std::atomic<bool> hasReturned{false};
+    section.awaitHolder(); // of whom there is none
+    section.lock();
+    section.awaitHolder(); // who is the caller
+    std::thread waiting([&] {
+        waitingThread = gettid();
+        section.awaitHolder();
+        hasReturned = true;
+    });
+    waitUntilAsleep(waitingThread);
+    EXPECT_FALSE(hasReturned);
+    section.unlock();
+    section.lock();        // without a pause
+    while (!hasReturned) { // a hang here is the failure
+        std::this_thread::yield();
+    }
+    section.unlock();
+    waiting.join();
+}
+
 namespace {
 
 /// The whole library at the deepest name that it takes, in a thread with little room.
