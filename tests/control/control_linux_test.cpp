@@ -5,6 +5,7 @@
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -260,7 +262,7 @@ TEST_F(Control, IsNoReasonForAProcessToGoOn) {
     EXPECT_FALSE(TestSupport::fileExists(address_));
 }
 
-TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
+TEST_F(Control, EndsThoughItsDescriptorsWereClosedAndLeavesAloneWhatHasTheirNumbers) {
     const std::string file = directory_ / "file";
     EXPECT_EQ(inChild([&] { // a hang here is the failure
                   auto server = std::make_unique<ControlServer>(address_);
@@ -269,11 +271,15 @@ TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
                   for (int descriptor = 3; descriptor < behindAll; ++descriptor) {
                       close(descriptor);
                   }
+                  std::vector<int> opened;
                   for (int i = 0; i < 10; ++i) {
-                      open(file.c_str(), O_CREAT | O_RDWR, S_IRUSR | S_IWUSR);
+                      opened.push_back(open(file.c_str(), O_CREAT | O_RDWR, S_IRUSR | S_IWUSR));
                   }
                   server.reset();
-                  return 7;
+                  const bool areOpen = std::all_of(opened.begin(), opened.end(), [](int descriptor) {
+                      return fcntl(descriptor, F_GETFD) >= 0;
+                  });
+                  return areOpen ? 7 : 1;
               }),
               7);
     EXPECT_EQ(TestSupport::readFile(file), "");

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -69,29 +70,50 @@ inline int beyondStandardStreams(int number) noexcept {
     return beyond;
 }
 
-/// Owns an open file, socket or the like, and closes it.
+/// Owns an open file, socket or the like, and closes it, unless the program has closed it and the number is
+/// something else's by now. Where the system does not tell two of a kind apart, they pass for the same.
 class FileDescriptor {
 public:
     FileDescriptor() noexcept = default;
-    explicit FileDescriptor(int opened) noexcept : number_(beyondStandardStreams(opened)) {}
-    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, NONE)) {}
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~FileDescriptor() {
-        if (isOpen()) {
-            close(number_);
+    explicit FileDescriptor(int opened) noexcept : number_(beyondStandardStreams(opened)) {
+        struct stat status;
+        if (isOpen() && fstat(number_, &status) == 0) {
+            device_ = status.st_dev;
+            inode_ = status.st_ino;
         }
     }
+    FileDescriptor(FileDescriptor&& other) noexcept { *this = std::move(other); }
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        std::swap(device_, other.device_);
+        std::swap(inode_, other.inode_);
+        return *this;
+    }
+    ~FileDescriptor() { close(); }
 
     bool isOpen() const noexcept { return number_ != NONE; }
     int number() const noexcept { return number_; }
+
+    /// \return whether the number still leads to what was opened
+    bool isStillOwn() const noexcept {
+        struct stat status;
+        return isOpen() && fstat(number_, &status) == 0 && status.st_dev == device_ &&
+               status.st_ino == inode_;
+    }
+
+    void close() noexcept {
+        if (isStillOwn()) {
+            ::close(number_);
+        }
+        number_ = NONE;
+    }
 
 private:
     static constexpr int NONE = -1;
 
     int number_ = NONE;
+    dev_t device_ = 0;
+    ino_t inode_ = 0;
 };
 
 } // namespace Platform

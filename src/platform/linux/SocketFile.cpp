@@ -120,7 +120,9 @@ SocketFile::~SocketFile() {
         unlink(path_.c_str());
     }
     // Also for the copies of forked children, so that nobody waits for an answer.
-    shutdown(socket_.number(), SHUT_RDWR);
+    if (socket_.isStillOwn()) {
+        shutdown(socket_.number(), SHUT_RDWR);
+    }
 }
 
 bool SocketFile::isStillThere() const {
