@@ -4,6 +4,8 @@
 #include "control/RequestHandler.h"
 #include "log/LogManager.h"
 #include "log/LogStatistics.h"
+#include "platform/Process.h"
+#include "platform/ProcessLifetime.h"
 #include "zav-util/TimeUtils.h"
 
 #include <algorithm>
@@ -25,15 +27,42 @@ const Util::TimeUtils::Time FLUSH_STEP(50, Util::TimeUtils::MSEC);
 /// A command whose listeners take so long keeps other clients from being heard.
 constexpr std::chrono::seconds SLOW_LISTENER(1);
 
+/// How soon a process ends of which nothing but its servers is left.
+constexpr std::chrono::seconds TIME_BETWEEN_LOOKS(2);
+
 } // namespace
 
 ControlLoop::ControlLoop(const std::string& address, const Limits& limits)
-    : limits_(limits), server_(address, limits.clients), sessions_(static_cast<std::size_t>(limits.clients)) {
+    : limits_(limits), process_(Platform::processId()), server_(address, limits.clients),
+      sessions_(static_cast<std::size_t>(limits.clients)), nextLook_(Clock::now() + TIME_BETWEEN_LOOKS) {}
+
+/// A listener or an appender may fork in the thread, and return in both processes. The child serves nobody:
+/// the clients and the address are its parent's.
+void ControlLoop::run() noexcept {
+    Platform::markAsServing();
+    bool isWanted = true;
+    while (isWanted && isInOwnProcess()) {
+        isWanted = runOnce() && hasCompany();
+    }
+    if (!isInOwnProcess()) {
+        closeInherited();
+    }
+    hasEnded_ = true;
 }
 
-void ControlLoop::run() noexcept {
-    while (runOnce()) {
+/// The process would never end of itself while this thread goes on, nor obey a signal, all of which are
+/// blocked here.
+bool ControlLoop::hasCompany() {
+    const Clock::time_point now = Clock::now();
+    if (now < nextLook_) {
+        return true;
     }
+    nextLook_ = now + TIME_BETWEEN_LOOKS;
+    return !Platform::isOnlyThread();
+}
+
+bool ControlLoop::isInOwnProcess() const {
+    return process_ == Platform::processId();
 }
 
 /// \return false if the server is to end
@@ -47,6 +76,9 @@ bool ControlLoop::runOnce() {
         }
         const Clock::time_point begin = Clock::now();
         handle(event);
+        if (!isInOwnProcess()) {
+            return false;
+        }
         excuseSilenceSince(begin);
         goOnFlushing();
     } catch (...) {

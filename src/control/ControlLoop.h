@@ -3,6 +3,7 @@
 #include "control/ClientSession.h"
 #include "platform/LocalServer.h"
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,8 +25,15 @@ public:
     /// \throw std::runtime_error if the address cannot be taken
     ControlLoop(const std::string& address, const Limits& limits);
 
-    /// Serves until `stop` is called. The server thread's own function.
+    /// Serves until `stop` is called, or nothing is left of the process but threads that serve, or the thread
+    /// finds itself in a forked child. The server thread's own function.
     void run() noexcept;
+
+    /// \return whether the thread has come to the end of `run`
+    bool hasEnded() const noexcept { return hasEnded_; }
+
+    /// \return false in a forked child
+    bool isInOwnProcess() const;
 
     /// May be called from any thread.
     void stop() noexcept { server_.stop(); }
@@ -38,6 +46,7 @@ private:
     using Event = Platform::LocalServer::Event;
 
     bool runOnce();
+    bool hasCompany();
     void handle(const Event& event);
     void serveNextLine(int client);
     void serve(int client, const LineBuffer::Line& line);
@@ -54,8 +63,11 @@ private:
     std::optional<ClientSession>& session(int client);
 
     const Limits limits_;
+    const int process_; ///< id of the one that it serves in
     Platform::LocalServer server_;
     std::vector<std::optional<ClientSession>> sessions_; ///< by the number of the client
+    Clock::time_point nextLook_;                         ///< when to look whether the process is over
+    std::atomic<bool> hasEnded_{false};
 };
 
 } // namespace Log

@@ -3,7 +3,6 @@
 #include "control/ControlLoop.h"
 #include "log/LogException.h"
 #include "platform/CancellationGuard.h"
-#include "platform/Process.h"
 #include "platform/SignalGuard.h"
 
 #include <exception>
@@ -15,29 +14,34 @@ namespace Log {
 /// The loop with the thread that runs it.
 class ControlServer::Inside {
 public:
-    explicit Inside(const std::string& address)
-        : loop_(address, ControlLoop::Limits()), process_(Platform::processId()) {
+    explicit Inside(const std::string& address) : loop_(address, ControlLoop::Limits()) {
         const Platform::NoSignals noSignals;
         thread_ = std::thread([this] { loop_.run(); });
     }
 
     ~Inside() {
         loop_.stop();
-        thread_.join();
+        if (isServing()) {
+            thread_.detach();
+        } else {
+            thread_.join();
+        }
     }
 
     /// \return true in the server's own thread, as when a command listener ends the process
     bool isServing() const { return thread_.get_id() == std::this_thread::get_id(); }
 
-    /// \return true in a forked child, which does not have the server's thread
-    bool isInherited() const { return process_ != Platform::processId(); }
+    /// \return true in a forked child
+    bool isInherited() const { return !loop_.isInOwnProcess(); }
+
+    /// \return true if the thread is through with the loop, of which it may still be the last of the process
+    bool hasEnded() const { return loop_.hasEnded(); }
 
     void closeInherited() noexcept { loop_.closeInherited(); }
 
 private:
     ControlLoop loop_;
     std::thread thread_;
-    const int process_; ///< id of the one whose thread it is
 };
 
 ControlServer::ControlServer(const std::string& address) try {
@@ -47,15 +51,15 @@ ControlServer::ControlServer(const std::string& address) try {
     throw LogException("Can't serve " + address + ": " + exception.what());
 }
 
-/// The server's own thread cannot wait for itself: the loop is left alone there, and ends with the process. A
-/// forked child may have been made while that thread was changing what the loop holds, for example freeing
-/// what a client had sent: nothing of it can be destroyed there, and its memory is lost to the child.
+/// The server's own thread cannot destroy the loop that it is in: that is left alone, and ends with the
+/// process. A forked child may have been made while that thread was changing what the loop holds, for example
+/// freeing what a client had sent: nothing of it can be destroyed there, and its memory is lost to the child.
 ControlServer::~ControlServer() {
     const Platform::NoCancellation noCancellation;
     if (inside_->isInherited() && !inside_->isServing()) {
         inside_->closeInherited();
     }
-    if (inside_->isInherited() || inside_->isServing()) {
+    if (inside_->isInherited() || (inside_->isServing() && !inside_->hasEnded())) {
         static_cast<void>(inside_.release());
     }
     inside_.reset();

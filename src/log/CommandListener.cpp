@@ -5,11 +5,16 @@
 namespace ZAV {
 namespace Log {
 
-/// A listener that was never registered does not wait for the bus: it may be destroyed under a lock that
-/// another listener wants.
+namespace {
+
+/// The destructor may run at the end of the process, which a call that never returns must not keep from it.
+constexpr std::chrono::seconds LONGEST_CALL_AT_END{2};
+
+} // namespace
+
 CommandListener::~CommandListener() {
     if (wasRegistered_) {
-        CommandBus::instance().unregisterListener(this);
+        CommandBus::instance().unregisterListener(this, LONGEST_CALL_AT_END);
     }
 }
 

@@ -16,9 +16,9 @@ public:
     CommandListener(const CommandListener&) noexcept {}
     CommandListener& operator=(const CommandListener&) noexcept { return *this; }
 
-    /// Takes the listener off the command bus, if it was ever registered, and waits for a command that
-    /// another thread is delivering. Do not rely on it: by then the derived class is destroyed already, and a
-    /// command may still reach it. Unregister the listener first.
+    /// Takes the listener off the command bus, if it was ever registered, and waits, for at most two seconds,
+    /// while another thread is calling it. Do not rely on it: by then the derived class is destroyed already,
+    /// and a command may still reach it. Unregister the listener first.
     virtual ~CommandListener();
 
     /// Called in the thread that issues the command, while the command bus is locked: commands come one at a

@@ -5,6 +5,11 @@
 namespace ZAV {
 namespace Platform {
 
+/// Appends all that a file, a pipe or a device gives until its end. No stream is made for it: a forked child
+/// can do it under a global locale as well, whose lock another thread may have held.
+/// \return false if it cannot be opened or read, as a directory; `text` may then have a part of it
+bool readFile(const std::string& path, std::string& text);
+
 /// Renames a file. An existing file is never overwritten: the call then fails and leaves both files alone.
 /// \return true if the file now has the new name
 bool renameFile(const std::string& from, const std::string& to);

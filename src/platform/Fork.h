@@ -29,5 +29,9 @@ void atFork(void (*before)(), void (*inChild)());
 ///         past the C library has its parent's.
 unsigned forkGeneration() noexcept;
 
+/// \return the id of this process, without asking the system, which costs more than rendering a whole line. A
+///         child that was made past the C library has its parent's.
+int rememberedProcessId() noexcept;
+
 } // namespace Platform
 } // namespace ZAV

@@ -12,10 +12,6 @@ std::string executablePath();
 /// \return the id of this process
 int processId();
 
-/// \return the same, without asking the system, which costs more than rendering a whole line. A forked child
-///         that was made past the C library has its parent's.
-int rememberedProcessId();
-
 /// \return what the ids of this process are counted in, since an id means nothing elsewhere: a container has
 ///         ids of its own. Also 0 if the system does not say.
 std::uint64_t processIdSpace();

@@ -1,8 +1,9 @@
 #include "zav-util/FileUtils.h"
 
+#include "platform/Files.h"
 #include "zav-util/UtilException.h"
 
-#include <fstream>
+#include <string_view>
 
 namespace ZAV {
 namespace Util {
@@ -14,17 +15,18 @@ std::string baseName(const std::string& path) {
 }
 
 void readLines(const std::string& fileName, std::vector<std::string>& lines) {
-    std::ifstream file(fileName);
-    std::string line;
-    while (std::getline(file, line)) {
-        const bool endedByLineFeed = !file.eof();
-        if (endedByLineFeed && !line.empty() && line.back() == '\r') {
-            line.pop_back();
+    std::string text;
+    const bool isRead = Platform::readFile(fileName, text);
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t lineFeed = rest.find('\n');
+        std::string_view line = rest.substr(0, lineFeed);
+        rest.remove_prefix(lineFeed == std::string_view::npos ? rest.size() : lineFeed + 1);
+        if (lineFeed != std::string_view::npos && !line.empty() && line.back() == '\r') {
+            line.remove_suffix(1);
         }
-        lines.push_back(line);
+        lines.emplace_back(line);
     }
-    // A directory can be opened on some systems, but not read.
-    if (!file.is_open() || file.bad()) {
+    if (!isRead) {
         throw UtilException("Unable to open file: " + fileName, baseName(__FILE__), __LINE__);
     }
 }

@@ -48,6 +48,12 @@ TEST_F(HardEnding, LosesNothingWhenAnAppenderOrAListenerExits) {
     expectNothingLost("exit-in-listener");
 }
 
+TEST_F(HardEnding, LosesNothingWhenTwoThreadsEndTheProcess) {
+    for (int i = 0; i < 5; ++i) {
+        expectNothingLost("return-while-the-consumer-exits");
+    }
+}
+
 TEST_F(HardEnding, LosesNothingWhereverTheConsumerIs) {
     for (int lock = 1; lock <= 30; ++lock) {
         expectNothingLost("exit-while-the-consumer-pauses " + std::to_string(lock));

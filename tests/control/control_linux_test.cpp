@@ -5,6 +5,7 @@
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -227,7 +229,40 @@ TEST_F(Control, AForkedChildLeavesTheServerToItsParent) {
     EXPECT_TRUE(isServed(address_));
 }
 
-TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
+TEST_F(Control, AListenerThatForksAndReturnsInBothLeavesNoSecondServer) {
+    pid_t child = -1;
+    TestSupport::CallingListener forking([&child](const std::string&) { child = fork(); });
+    LogManager::registerCommandListener("GO", &forking);
+    const ControlServer server(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("command GO"), "ok\n");
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child); // a hang here is the failure
+    EXPECT_EQ(client.ask("flush"), "ok\n");
+    EXPECT_TRUE(isServed(address_));
+}
+
+/// The child has a thread that has ended, a consumer and a server, which it takes along.
+TEST_F(Control, IsNoReasonForAProcessToGoOn) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    pid_t child = -1;
+    std::thread([&] {
+        child = fork();
+        if (child == 0) {
+            static TestSupport::CallingAppender appender([](const LogMessage&) {}, false);
+            LogManager::addAsynchronousAppender(&appender);
+            static const ControlServer server(address_);
+        }
+    }).join();
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child); // a hang here is the failure
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_FALSE(TestSupport::fileExists(address_));
+}
+
+TEST_F(Control, EndsThoughItsDescriptorsWereClosedAndLeavesAloneWhatHasTheirNumbers) {
     const std::string file = directory_ / "file";
     EXPECT_EQ(inChild([&] { // a hang here is the failure
                   auto server = std::make_unique<ControlServer>(address_);
@@ -236,11 +271,15 @@ TEST_F(Control, EndsThoughItsDescriptorsWereClosed) {
                   for (int descriptor = 3; descriptor < behindAll; ++descriptor) {
                       close(descriptor);
                   }
+                  std::vector<int> opened;
                   for (int i = 0; i < 10; ++i) {
-                      open(file.c_str(), O_CREAT | O_RDWR, S_IRUSR | S_IWUSR);
+                      opened.push_back(open(file.c_str(), O_CREAT | O_RDWR, S_IRUSR | S_IWUSR));
                   }
                   server.reset();
-                  return 7;
+                  const bool areOpen = std::all_of(opened.begin(), opened.end(), [](int descriptor) {
+                      return fcntl(descriptor, F_GETFD) >= 0;
+                  });
+                  return areOpen ? 7 : 1;
               }),
               7);
     EXPECT_EQ(TestSupport::readFile(file), "");

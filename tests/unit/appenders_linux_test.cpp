@@ -220,6 +220,32 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
     EXPECT_EQ(content("1"), line("parent"));
 }
 
+TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentIsThroughWithIt) {
+    auto appender = make<FileAppenderBuilder>({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+    appender->output(makeMessage("parent"));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[1]);
+        char nothing = 0;
+        static_cast<void>(!read(ends[0], &nothing, 1)); // until the parent has no appender
+        appender->output(makeMessage("first"));
+        appender->output(makeMessage("second"));
+        _exit(0);
+    }
+    appender.reset();
+    close(ends[0]);
+    close(ends[1]);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(content("0"), line("second"));
+    EXPECT_EQ(content("1"), line("first"));
+    EXPECT_EQ(content("2"), line("parent"));
+    appender = make<FileAppenderBuilder>({{"fileMaxSize", "1"}, {"fileMaxSizeUnit", "B"}});
+    appender->output(makeMessage("parent again"));
+    EXPECT_EQ(content("0"), line("parent again"));
+}
+
 TEST_F(FileSettings, AForkedChildInAnotherContainerLeavesTheRotationToItsParent) {
     const pid_t parent = fork();
     if (parent == 0) {

@@ -1,6 +1,11 @@
 #include "TestSupport.h"
 
+#include "log/commands/CommandBus.h"
+
+#include <atomic>
+#include <future>
 #include <memory>
+#include <thread>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -45,6 +50,47 @@ TEST(CommandBus, AListenerMayBeUnregisteredOrDestroyedWhileItIsCalled) {
     LogManager::command("Y", "c");
     LogManager::command("Y", "d");
     EXPECT_THAT(behind.arguments, ElementsAre("c", "d"));
+}
+
+TEST(CommandBus, AListenerThatGoesWaitsForACallOfItsOwnAndForNoOther) {
+    std::promise<void> isCalled;
+    std::promise<void> released;
+    std::atomic<bool> hasReturned{false};
+    CallingListener busy([&](const std::string&) {
+        isCalled.set_value();
+        released.get_future().wait();
+        while (LogManager::hasCommandListener("X")) {
+            std::this_thread::yield();
+        }
+        hasReturned = true;
+    });
+    auto other = std::make_unique<RecordingListener>();
+    LogManager::registerCommandListener("Y", other.get());
+    LogManager::registerCommandListener("X", &busy);
+    std::thread delivering([] { LogManager::command("X", ""); });
+    isCalled.get_future().wait();
+    other.reset(); // a hang here is the failure
+    released.set_value();
+    CommandBus::instance().unregisterListener(&busy);
+    EXPECT_TRUE(hasReturned);
+    delivering.join();
+}
+
+TEST(CommandBus, AWaitForACallThatNeverReturnsHasALimit) {
+    std::promise<void> isCalled;
+    std::promise<void> released;
+    auto stuck = std::make_unique<CallingListener>([&](const std::string&) {
+        isCalled.set_value();
+        released.get_future().wait();
+    });
+    LogManager::registerCommandListener("X", stuck.get());
+    std::thread delivering([] { LogManager::command("X", ""); });
+    isCalled.get_future().wait();
+    CommandBus::instance().unregisterListener(stuck.get(),
+                                              std::chrono::milliseconds(1)); // a hang is the failure
+    EXPECT_FALSE(LogManager::hasCommandListener("X"));
+    released.set_value();
+    delivering.join();
 }
 
 TEST(CommandBus, AllListenersGetTheCommandAsItWasGiven) {

@@ -277,6 +277,37 @@ void waitUntilAsleep(const std::atomic<pid_t>& thread) {
 
 } // namespace
 
+/// What other threads write there fails while files are opened, each of which would get the number of the
+/// stream.
+TEST(OutputFile, GetsNothingOfWhatIsWrittenToAStandardStreamThatIsClosed) {
+    const TemporaryDirectory directory;
+    writeFile(directory / "properties", "");
+    const auto openOften = [path = directory / "f"] {
+        for (int i = 0; i < 3'000; ++i) {
+            canOpen(path, OutputFile::APPEND, FileRules());
+        }
+    };
+    EXPECT_EQ(resultInChild([&] {
+                  close(STDOUT_FILENO);
+                  std::string noticed; // that a stream is closed
+                  Platform::readFile(directory / "properties", noticed);
+                  std::atomic<bool> isOver{false};
+                  std::thread writing([&isOver] {
+                      while (!isOver) {
+                          static_cast<void>(!write(STDOUT_FILENO, "stray", 5));
+                      }
+                  });
+                  std::thread opening(openOften);
+                  openOften();
+                  opening.join();
+                  isOver = true;
+                  writing.join();
+                  return fcntl(STDOUT_FILENO, F_GETFD) < 0 ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(readFile(directory / "f"), "");
+}
+
 TEST(Process, HasANumberOfItsOwnInAForkedChild) {
     const unsigned generation = Platform::forkGeneration();
     EXPECT_EQ(resultInChild([generation] {
@@ -315,6 +346,32 @@ TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {
               0);
 }
 
+TEST(Process, IsOverWhenItsOtherThreadsServeButNotWhatTheyHaveStarted) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer has a thread of its own";
+#endif
+    EXPECT_EQ(resultInChild([] {
+                  std::promise<void> released;
+                  std::promise<std::thread> started;
+                  std::thread([&] {
+                      Platform::markAsServing();
+                      started.set_value(std::thread([&released] { released.get_future().wait(); }));
+                      std::promise<void>().get_future().wait(); // serves
+                  }).detach();
+                  std::thread other = started.get_future().get();
+                  if (Platform::isOnlyThread()) {
+                      return 1;
+                  }
+                  released.set_value();
+                  other.join();
+                  while (!Platform::isOnlyThread()) { // a hang here is the failure
+                      std::this_thread::yield();
+                  }
+                  return 0;
+              }),
+              0);
+}
+
 /// The other locks, the making of locks and loggers, and the queue. The busy lock is destroyed as soon as it
 /// is free, as a file's is when its appender goes.
 TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
@@ -339,7 +396,10 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
     std::thread forking([&] {
         const Platform::ScopedLock lock(own);
         forkingThread = gettid();
-        EXPECT_EQ(resultInChild([&] { return other.tryLock() && own.isHeldOnce() ? 0 : 1; }), 0);
+        EXPECT_EQ(resultInChild([&]() ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+                      return other.tryLock() && own.isHeldOnce() ? 0 : 1;
+                  }),
+                  0);
     });
     waitUntilAsleep(forkingThread);
     { const Platform::ScopedLock lock(other); } // a hang here is the failure, or in any call down to the join
@@ -349,8 +409,11 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
     released.set_value();
     holding.join();
     forking.join();
-    EXPECT_TRUE(own.tryLock());
-    own.unlock();
+    const bool isFree = own.tryLock();
+    EXPECT_TRUE(isFree);
+    if (isFree) {
+        own.unlock();
+    }
 }
 
 /// Each thread holds its own lock nearly all the time, so that hardly ever all are free.
@@ -384,6 +447,29 @@ TEST(Fork, ComesThroughAmongThreadsThatLogWithoutAPause) {
     for (std::thread& thread : threads) {
         thread.join();
     }
+}
+
+TEST(CriticalSection, LetsOneComeInBetweenWhoAwaitsItsHolder) {
+    Platform::CriticalSection section;
+    std::atomic<pid_t> waitingThread{0};
+    std::atomic<bool> hasReturned{false};
+    section.awaitHolder(); // of whom there is none
+    section.lock();
+    section.awaitHolder(); // who is the caller
+    std::thread waiting([&] {
+        waitingThread = gettid();
+        section.awaitHolder();
+        hasReturned = true;
+    });
+    waitUntilAsleep(waitingThread);
+    EXPECT_FALSE(hasReturned);
+    section.unlock();
+    section.lock();        // without a pause
+    while (!hasReturned) { // a hang here is the failure
+        std::this_thread::yield();
+    }
+    section.unlock();
+    waiting.join();
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "log/appenders/SeriesOwner.h"
 
 #include "platform/CriticalSection.h"
+#include "platform/Fork.h"
 #include "platform/ForkedMemory.h"
 #include "platform/Process.h"
 
@@ -91,19 +92,19 @@ bool SeriesOwner::mayRotate() {
     Common& common = series_.common;
     const int self = Platform::processId();
     int rotating = common.processId;
-    if (rotating != self && Platform::isProcessAlive(rotating)) {
-        return false;
-    }
-    if (Platform::processIdSpace() != common.idSpace) {
+    const bool mayTake = rotating == self || common.isFree || !Platform::isProcessAlive(rotating);
+    if (!mayTake || Platform::processIdSpace() != common.idSpace) {
         return false;
     }
     if (rotating == self) {
         return true;
     }
+    if (!common.isFree.exchange(false) && Platform::isProcessAlive(rotating)) {
+        return false; // another one has just taken it
+    }
     if (!common.processId.compare_exchange_strong(rotating, self)) {
         return false;
     }
-    common.isFree = false;
     if (common.rotations != common.rotationsBefore) {
         common.isShared = true;
     }

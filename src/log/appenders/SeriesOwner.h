@@ -6,8 +6,9 @@ namespace ZAV {
 namespace Log {
 
 /// Says which process may rotate a series of files. A forked child that rotated would tear the files away
-/// from its parent, so it may not while the parent lives, also with an appender that it makes itself for the
-/// same files. It only appends to the live file, and follows when the parent has moved that.
+/// from its parent, so it may not while the parent lives and has an appender for it, also with one that it
+/// makes itself for the same files. It only appends to the live file, and follows when the parent has moved
+/// that.
 ///
 /// Which process rotates which series is remembered for the whole process, and forked with it. What changes
 /// of it afterwards is in memory that these processes have in common.
@@ -22,7 +23,7 @@ public:
     SeriesOwner& operator=(const SeriesOwner&) = delete;
 
     /// Asks whether this process may rotate the series, and takes the series over if the process that rotated
-    /// it has ended. Takes no lock.
+    /// it has ended or has no appender for it any more. Takes no lock.
     bool mayRotate();
 
     /// \return whether the live file holds what another of these processes has written before this one began,

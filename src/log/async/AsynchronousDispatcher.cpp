@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
@@ -35,6 +36,8 @@ constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
 } // namespace
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
+    // The last one is called first.
+    Platform::atProcessEnd([] { instance().awaitEnd(); });
     Platform::atProcessEnd([] { instance().endWithProcess(); });
     Platform::atFork(nullptr, [] { instance().beginInChild(); });
 }
@@ -236,6 +239,8 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     const Platform::NoCancellation noCancellation;
     const bool mayDeliver = !LibraryCall::isOpen();
     const LibraryCall call;
+    endingThread_ = std::this_thread::get_id();
+    end_ = BEGUN;
     CommandBus::instance().forgetListeners();
     Dispatch::showOpen();
     if (!mayDeliver) {
@@ -252,6 +257,26 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     PutOffMessages::instance().showAll();
     queue_.finishShowing();
     abandonConsumer();
+    end_ = DONE;
+    stateBell_.ring();
+}
+
+/// Two threads may end the process at once, the consumer from inside an appender for example. The system runs
+/// each function in one of them, and the process is gone once either is through. So what the other one is
+/// writing or showing is waited for, as long as it comes on; it may itself be waiting for this thread, until
+/// it gives that up. Then the rest is left to that one, since the system bears only one in its own functions.
+void AsynchronousDispatcher::awaitEnd() noexcept {
+    if (endingThread_ == std::this_thread::get_id()) {
+        return;
+    }
+    std::uint64_t progress = 0;
+    bool isDone = false;
+    do {
+        progress = appenders_.progress() + statistics().waiting;
+        isDone = stateBell_.wait(Deadline(2 * LONGEST_STANDSTILL), [this] { return end_ == DONE; });
+    } while (!isDone && progress != appenders_.progress() + statistics().waiting);
+    queue_.finishShowing();
+    std::this_thread::sleep_for(LONGEST_STANDSTILL);
 }
 
 /// Nobody waits for it any more. It may be stuck, or be this thread, the last of the process; so it is not
@@ -296,6 +321,9 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
         parentsConsumer_ = consumerThread_.release();
+    }
+    if (end_ != NOT_BEGUN) { // by a thread of the parent
+        endingThread_ = std::this_thread::get_id();
     }
     state_ = appenders_.isEmpty() ? ABSENT : WANTED;
     queue_.setServed(false);

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <initializer_list>
 #include <memory>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
@@ -63,6 +64,9 @@ private:
         OVER     ///< the process ends, and there is no other consumer
     };
 
+    /// How far the end of the process has come.
+    enum End { NOT_BEGUN, BEGUN, DONE };
+
     AsynchronousDispatcher();
 
     bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);
@@ -77,13 +81,16 @@ private:
     bool endConsumer(bool mayWait);
     void abandonConsumer();
     void endWithProcess() noexcept;
+    void awaitEnd() noexcept;
     void beginInChild() noexcept;
 
     MessageQueue queue_;
     AsynchronousAppenders appenders_;
     Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
     std::atomic<State> state_{ABSENT};                               ///< read without it
-    Bell stateBell_;                                                 ///< rung when the consumer has ended
+    Bell stateBell_; ///< rung when the consumer has ended, and when the end is done
+    std::atomic<End> end_{NOT_BEGUN};
+    std::atomic<std::thread::id> endingThread_{std::thread::id()};
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);

@@ -2,9 +2,12 @@
 
 #include "log/CommandListener.h"
 #include "log/reentrancy/LibraryCall.h"
+#include "platform/CancellationGuard.h"
+#include "platform/Fork.h"
 
 #include <algorithm>
 #include <iterator>
+#include <thread>
 
 namespace ZAV {
 namespace Log {
@@ -21,7 +24,46 @@ namespace {
 /// So that no thread makes it while another one forks.
 const CommandBus& madeAtLoad = CommandBus::instance();
 
+/// Seldom waited for: a listener goes while another thread is calling that very one.
+constexpr std::chrono::milliseconds TIME_BETWEEN_LOOKS{1};
+
 } // namespace
+
+class CommandBus::Call {
+public:
+    /// The call begins if the entry is still registered.
+    Call(CommandBus& bus, const std::string& name, const Entry& entry)
+        : bus_(bus), listener_(entry.listener) {
+        const ScopedLock lock(bus_.mapLock_);
+        hasBegun_ = bus_.isStillRegistered(name, entry);
+        if (hasBegun_) {
+            outer_ = bus_.innermostCall_;
+            bus_.innermostCall_ = this;
+        }
+    }
+    ~Call() {
+        if (hasBegun_) {
+            const ScopedLock lock(bus_.mapLock_);
+            bus_.innermostCall_ = outer_;
+        }
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    bool hasBegun() const { return hasBegun_; }
+    const CommandListener* listener() const { return listener_; }
+    const Call* outer() const { return outer_; }
+
+private:
+    CommandBus& bus_;
+    const CommandListener* const listener_;
+    const Call* outer_ = nullptr;
+    bool hasBegun_ = false;
+};
+
+CommandBus::CommandBus() {
+    Platform::atFork(nullptr, [] { instance().beginInChild(); });
+}
 
 void CommandBus::registerListener(const std::string& name, CommandListener* listener) {
     const ScopedLock lock(listenersLock_);
@@ -41,11 +83,48 @@ void CommandBus::unregisterListeners(const std::string& name) noexcept {
     listeners_.erase(name);
 }
 
-void CommandBus::unregisterListener(const CommandListener* listener) {
-    const ScopedLock lock(listenersLock_);
-    const ScopedLock mapLock(mapLock_);
-    for (auto entry = listeners_.begin(); entry != listeners_.end();) {
-        entry = entry->second.listener == listener ? listeners_.erase(entry) : std::next(entry);
+void CommandBus::unregisterListener(const CommandListener* listener,
+                                    std::optional<std::chrono::milliseconds> limit) {
+    {
+        const ScopedLock mapLock(mapLock_);
+        for (auto entry = listeners_.begin(); entry != listeners_.end();) {
+            entry = entry->second.listener == listener ? listeners_.erase(entry) : std::next(entry);
+        }
+    }
+    const Platform::NoCancellation noCancellation; // a destructor may be waiting
+    const auto begin = std::chrono::steady_clock::now();
+    while (isCalledElsewhere(listener) && (!limit || std::chrono::steady_clock::now() - begin < *limit)) {
+        std::this_thread::sleep_for(TIME_BETWEEN_LOOKS);
+    }
+}
+
+/// The thread that delivers has the lock, and no other one does.
+bool CommandBus::isCalledElsewhere(const CommandListener* listener) {
+    {
+        const ScopedLock lock(mapLock_);
+        const Call* call = innermostCall_;
+        while (call != nullptr && call->listener() != listener) {
+            call = call->outer();
+        }
+        if (call == nullptr) {
+            return false;
+        }
+    }
+    if (!listenersLock_.tryLock()) {
+        return true;
+    }
+    listenersLock_.unlock();
+    return false;
+}
+
+/// A delivery of another thread does not go on here, where the lock is free of it.
+void CommandBus::beginInChild() {
+    if (listenersLock_.tryLock()) {
+        const ScopedLock lock(listenersLock_, Platform::ADOPT_LOCK);
+        if (listenersLock_.isHeldOnce()) {
+            const ScopedLock mapLock(mapLock_);
+            innermostCall_ = nullptr;
+        }
     }
 }
 
@@ -78,7 +157,8 @@ void CommandBus::deliver(const std::string& name, const std::string& argument) {
         std::string argument;
     } given{name, argument};
     for (const Entry& entry : entries) {
-        if (isStillRegistered(given.name, entry)) {
+        const Call called(*this, given.name, entry);
+        if (called.hasBegun()) {
             entry.listener->onCommand(given.argument);
         }
     }
@@ -95,7 +175,6 @@ std::vector<CommandBus::Entry> CommandBus::entriesOf(const std::string& name) {
 }
 
 bool CommandBus::isStillRegistered(const std::string& name, const Entry& entry) {
-    const ScopedLock lock(mapLock_);
     const auto range = listeners_.equal_range(name);
     return std::any_of(range.first, range.second, [&entry](const Listeners::value_type& standing) {
         return standing.second.number == entry.number;

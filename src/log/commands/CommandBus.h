@@ -2,8 +2,10 @@
 
 #include "platform/CriticalSection.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,8 +26,11 @@ public:
     /// takes no memory, so that destructors may call it.
     void unregisterListeners(const std::string& name) noexcept;
 
-    /// Removes a listener from all names. Once it returns, no other thread is calling that listener.
-    void unregisterListener(const CommandListener* listener);
+    /// Removes a listener from all names. Once it returns, no other thread is calling that listener. What
+    /// becomes of other listeners meanwhile is not waited for.
+    /// \param limit after which it returns all the same; none if there is none
+    void unregisterListener(const CommandListener* listener,
+                            std::optional<std::chrono::milliseconds> limit = std::nullopt);
 
     /// Removes all listeners of all names.
     void clearCommandListeners();
@@ -49,10 +54,15 @@ private:
     };
     using Listeners = std::multimap<std::string, Entry>;
 
-    CommandBus() = default;
+    /// A call of a listener, on the stack of the thread that delivers.
+    class Call;
+
+    CommandBus();
 
     std::vector<Entry> entriesOf(const std::string& name);
-    bool isStillRegistered(const std::string& name, const Entry& entry);
+    bool isStillRegistered(const std::string& name, const Entry& entry) ZAV_LOG_REQUIRES(mapLock_);
+    bool isCalledElsewhere(const CommandListener* listener);
+    void beginInChild();
 
     Platform::CriticalSection listenersLock_; ///< held while a command is delivered, and by every change
 
@@ -60,6 +70,7 @@ private:
     Platform::CriticalSection mapLock_{Platform::AWAITED_BY_FORK};
     Listeners listeners_ ZAV_LOG_GUARDED_BY(mapLock_);
     std::uint64_t lastNumber_ ZAV_LOG_GUARDED_BY(mapLock_) = 0;
+    const Call* innermostCall_ ZAV_LOG_GUARDED_BY(mapLock_) = nullptr; ///< of the one thread that delivers
 };
 
 } // namespace Log

@@ -1,6 +1,6 @@
 #include "log/layout/ProcessDescription.h"
 
-#include "platform/Process.h"
+#include "platform/Fork.h"
 #include "zav-util/SystemInformation.h"
 
 #include <cstddef>

@@ -210,7 +210,7 @@ std::size_t Logger::Inside::countSubtree() {
 /// that is added meanwhile has inherited what is being waited for.
 void Logger::Inside::waitForSubtree() {
     for (Inside* inside = this; inside != nullptr;) {
-        { const ScopedLock lock(inside->criticalSection_); }
+        inside->criticalSection_.awaitHolder();
         const ScopedLock lock(treeLock());
         inside = inside->nextBelow(*this);
     }

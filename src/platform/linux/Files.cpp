@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 
 #include "platform/CancellationGuard.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -25,6 +26,22 @@ bool renameIfAbsent(const char* from, const char* to) {
 }
 
 } // namespace
+
+/// Opening and reading may wait for the other side of a pipe, in which the thread may be cancelled.
+bool readFile(const std::string& path, std::string& text) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    char part[16 * 1024];
+    for (ssize_t count = 1; file.isOpen() && count > 0;) {
+        do {
+            count = read(file.number(), part, sizeof part);
+        } while (count < 0 && errno == EINTR);
+        if (count < 0) {
+            return false;
+        }
+        text.append(part, static_cast<std::size_t>(count));
+    }
+    return file.isOpen();
+}
 
 bool renameFile(const std::string& from, const std::string& to) {
     const NoCancellation guard;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <list>
+#include <unistd.h>
 
 namespace ZAV {
 namespace Platform {
@@ -13,6 +14,7 @@ namespace Platform {
 namespace {
 
 std::atomic<unsigned> generation{0};
+std::atomic<int> rememberedId{0}; // until the library is loaded
 
 constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
 constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
@@ -47,11 +49,12 @@ public:
         pthread_mutex_unlock(&mutex_);
     }
 
-    /// Waits for a fork that waits for the lock. Nobody holds it any more, so that is not for long.
+    /// Waits for a fork, or an `awaitHolder`, that waits for the lock. Nobody holds it any more, so that is
+    /// not for long.
     void remove(NativeLock& lock) {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
-        waitForForksOf(lock);
+        waitForThoseOf(lock);
         (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
         if (lock.next_ != nullptr) {
             lock.next_->previous_ = lock.previous_;
@@ -59,19 +62,29 @@ public:
         pthread_mutex_unlock(&mutex_);
     }
 
+    void awaitHolder(NativeLock& lock) {
+        const NoCancellation noCancellation;
+        pthread_mutex_lock(&mutex_);
+        ++NativeLock::delayed_;
+        waitFor(lock);
+        --NativeLock::delayed_;
+        pthread_mutex_unlock(&mutex_);
+        lock.unlock();
+    }
+
     void add(void (*before)(), void (*inChild)()) { handlers_.push_back({before, inChild}); }
 
-    /// What a thread does before it takes a lock while a fork is delayed. A lock that a fork waits for is
-    /// busy, so nobody waits longer for it because the fork is its next.
-    void letForksFirst(const NativeLock& lock) {
-        if (lock.waitingForks_.load(std::memory_order_relaxed) == 0 &&
-            !holdsUp_.load(std::memory_order_relaxed)) {
+    /// What a thread does before it takes a lock while a fork, or an `awaitHolder`, is delayed. A lock that
+    /// it waits for is busy, so nobody waits longer for that because it is the next.
+    void letDelayedFirst(const NativeLock& lock) {
+        const bool isHeldUp = holdsUp_.load(std::memory_order_relaxed) && lock.rule_ == AWAITED_BY_FORK;
+        if (lock.waiting_.load(std::memory_order_relaxed) == 0 && !isHeldUp) {
             return;
         }
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
-        waitForForksOf(lock);
-        if (holdsUp_.load(std::memory_order_relaxed) && !isAnyHeldBy(pthread_self())) {
+        waitForThoseOf(lock);
+        if (isHeldUp && holdsUp_.load(std::memory_order_relaxed) && !isAnyHeldBy(pthread_self())) {
             waitWhileHeldUp();
         }
         pthread_mutex_unlock(&mutex_);
@@ -83,8 +96,11 @@ private:
         void (*inChild)();
     };
 
+    /// The only registration of the library: of two, the C library may lose its count, and end the process,
+    /// when one thread forks while another one ends the process.
     ForkLocks() {
         initCondition();
+        rememberedId.store(getpid(), std::memory_order_relaxed);
         pthread_atfork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
                        [] { instance().renewInChild(); });
     }
@@ -98,9 +114,9 @@ private:
         pthread_mutex_lock(&mutex_);
         NativeLock* busy = tryAllBut(nullptr);
         if (busy != nullptr) {
-            ++NativeLock::delayedForks_;
+            ++NativeLock::delayed_;
             waitForAll(*busy);
-            --NativeLock::delayedForks_;
+            --NativeLock::delayed_;
             holdsUp_.store(false, std::memory_order_relaxed);
             pthread_cond_broadcast(&forkGoesOn_);
         }
@@ -123,16 +139,16 @@ private:
 
     /// Locks are made and destroyed meanwhile, but not this one.
     void waitFor(NativeLock& lock) {
-        ++lock.waitingForks_;
+        ++lock.waiting_;
         pthread_mutex_unlock(&mutex_);
         lock.lockAtOnce(); // two forks that let each other first would wait for ever
         pthread_mutex_lock(&mutex_);
-        --lock.waitingForks_;
+        --lock.waiting_;
         pthread_cond_broadcast(&forkGoesOn_);
     }
 
-    void waitForForksOf(const NativeLock& lock) {
-        while (lock.waitingForks_.load(std::memory_order_relaxed) > 0) {
+    void waitForThoseOf(const NativeLock& lock) {
+        while (lock.waiting_.load(std::memory_order_relaxed) > 0) {
             pthread_cond_wait(&forkGoesOn_, &mutex_);
         }
     }
@@ -198,13 +214,14 @@ private:
     /// it.
     void renewInChild() {
         generation.store(forkGeneration() + 1, std::memory_order_relaxed);
+        rememberedId.store(getpid(), std::memory_order_relaxed);
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            lock->waitingForks_ = 0;
+            lock->waiting_ = 0;
             if (!lock->isHeldBy(pthread_self())) {
                 lock->makeFree();
             }
         }
-        NativeLock::delayedForks_.store(0, std::memory_order_relaxed);
+        NativeLock::delayed_.store(0, std::memory_order_relaxed);
         initCondition();
         releaseInParent();
         for (const Handlers& handlers : handlers_) {
@@ -236,11 +253,19 @@ NativeLock::~NativeLock() {
     pthread_mutex_destroy(&mutex_);
 }
 
-std::atomic<unsigned> NativeLock::delayedForks_{0};
+std::atomic<unsigned> NativeLock::delayed_{0};
 
-void NativeLock::letForksFirst() {
-    if (rule_ == AWAITED_BY_FORK && !isHeldBy(pthread_self())) {
-        ForkLocks::instance().letForksFirst(*this);
+void NativeLock::letDelayedFirst() {
+    if (!isHeldBy(pthread_self())) {
+        ForkLocks::instance().letDelayedFirst(*this);
+    }
+}
+
+void NativeLock::awaitHolder() {
+    if (tryLock()) {
+        unlock();
+    } else {
+        ForkLocks::instance().awaitHolder(*this);
     }
 }
 
@@ -258,6 +283,11 @@ void atFork(void (*before)(), void (*inChild)()) {
 
 unsigned forkGeneration() noexcept {
     return generation.load(std::memory_order_relaxed);
+}
+
+int rememberedProcessId() noexcept {
+    const int remembered = rememberedId.load(std::memory_order_relaxed);
+    return remembered != 0 ? remembered : getpid();
 }
 
 } // namespace Platform

@@ -23,7 +23,7 @@ void LocalConnection::open(FileDescriptor socket) noexcept {
 }
 
 void LocalConnection::close() noexcept {
-    if (isOpen() && server_ == getpid()) {
+    if (socket_.isStillOwn() && server_ == getpid()) {
         shutdown(socket_.number(), SHUT_RDWR);
     }
     socket_ = FileDescriptor();

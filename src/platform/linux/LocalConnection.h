@@ -28,6 +28,9 @@ public:
     /// Hangs up, also where a forked child has a copy of the socket; such a child closes its copy alone.
     void close() noexcept;
 
+    /// Closes a forked child's copy, and leaves the memory alone.
+    void closeInherited() noexcept { socket_.close(); }
+
     void startReceiving() noexcept { state_ = RECEIVING; }
     void startSending(std::string text) noexcept;
 

@@ -10,7 +10,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <vector>
 
 namespace ZAV {
@@ -21,6 +20,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 FileDescriptor makeStopSignal() {
+    const KeptStandardNumbers kept;
     FileDescriptor signal(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!signal.isOpen()) {
         throw systemFailure();
@@ -57,7 +57,7 @@ struct LocalServer::Inside {
     int freeNumber() const;
     Event ready(const std::vector<pollfd>& polled);
 
-    const FileDescriptor stopSignal;
+    FileDescriptor stopSignal;
     std::atomic<bool> isStopped{false}; ///< what the signal says, should its descriptor have been closed
     SocketFile socket;
     std::vector<LocalConnection> clients; ///< by number; not open where a number is free
@@ -136,6 +136,7 @@ LocalServer::Event LocalServer::Inside::proceed(int number) {
 
 LocalServer::Event LocalServer::Inside::accept() {
     const Milliseconds pause(100);
+    const KeptStandardNumbers kept; // or a client gets what the program writes to a stream that it has closed
     FileDescriptor connection(accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!connection.isOpen()) {
         acceptNotBefore = Clock::now() + pause;
@@ -174,20 +175,17 @@ void LocalServer::drop(int client) {
 
 /// It looks at numbers alone: neither the memory that a client holds nor the list of clients is touched.
 void LocalServer::closeInherited() noexcept {
-    close(inside_->stopSignal.number());
-    close(inside_->socket.descriptor());
-    for (const LocalConnection& client : inside_->clients) {
-        if (client.isOpen()) {
-            close(client.descriptor());
-        }
+    inside_->stopSignal.close();
+    inside_->socket.closeInherited();
+    for (LocalConnection& client : inside_->clients) {
+        client.closeInherited();
     }
 }
 
 /// The program may have closed the signal, and its number may be a file's now, which must get nothing.
 void LocalServer::stop() noexcept {
     inside_->isStopped = true;
-    struct stat status = {};
-    if (fstat(inside_->stopSignal.number(), &status) != 0 || (status.st_mode & S_IFMT) != 0) {
+    if (!inside_->stopSignal.isStillOwn()) {
         return;
     }
     const std::uint64_t one = 1;

@@ -20,8 +20,8 @@ public:
     NativeLock& operator=(const NativeLock&) = delete;
 
     void lock() {
-        if (delayedForks_.load(std::memory_order_relaxed) > 0) {
-            letForksFirst();
+        if (delayed_.load(std::memory_order_relaxed) > 0) {
+            letDelayedFirst();
         }
         lockAtOnce();
     }
@@ -45,6 +45,8 @@ public:
         }
     }
 
+    void awaitHolder();
+
     bool isHeldOnce() const { return count_ == 1; }
 
 private:
@@ -53,7 +55,7 @@ private:
 
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
     void makeFree();
-    void letForksFirst();
+    void letDelayedFirst();
 
     void lockAtOnce() {
         const pthread_t self = pthread_self();
@@ -64,7 +66,7 @@ private:
         ++count_;
     }
 
-    static std::atomic<unsigned> delayedForks_; ///< forks that have found a lock busy
+    static std::atomic<unsigned> delayed_; ///< forks, and `awaitHolder`s, that have found a lock busy
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
@@ -72,7 +74,8 @@ private:
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
-    std::atomic<unsigned> waitingForks_{0}; ///< threads that wait for this lock in order to fork
+    std::atomic<unsigned> waiting_{
+        0}; ///< threads that wait for this lock in order to fork, or in `awaitHolder`
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };

@@ -1,6 +1,7 @@
 #include "platform/OutputFile.h"
 
 #include "platform/CancellationGuard.h"
+#include "platform/CriticalSection.h"
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 
@@ -103,6 +104,28 @@ int openUnseen(const char* path, OutputFile::Mode mode, const FileRules& rules) 
     return mayBeThere ? openKept(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
 }
 
+/// Taken while the numbers of closed standard streams are kept. Never destroyed, since threads may still log
+/// while the process ends.
+CriticalSection& numbersLock() {
+    static CriticalSection& lock = *new CriticalSection(AWAITED_BY_FORK);
+    return lock;
+}
+
+/// So that no thread makes it while another one forks.
+const CriticalSection& madeAtLoad = numbersLock();
+
+/// Another thread may be writing to a standard stream that is closed, at any moment. Its number is kept for
+/// as long as it is known to be closed; the first to notice may be a file that got it.
+int openBeyondStandardStreams(const char* path, OutputFile::Mode mode, const FileRules& rules) {
+    if (!isStandardStreamClosed.load(std::memory_order_relaxed)) {
+        return beyondStandardStreams(openUnseen(path, mode, rules));
+    }
+    const ScopedLock lock(numbersLock());
+    const KeptStandardNumbers kept;
+    isStandardStreamClosed.store(kept.areAny(), std::memory_order_relaxed);
+    return beyondStandardStreams(openUnseen(path, mode, rules));
+}
+
 bool isLink(const char* path) {
     struct stat named;
     return lstat(path, &named) == 0 && S_ISLNK(named.st_mode);
@@ -154,7 +177,7 @@ char readLastCharacter(const char* path, const struct stat& file, const FileRule
 
 void OutputFile::open(const std::string& path, Mode mode, const FileRules& rules) noexcept {
     const NoCancellation guard;
-    descriptor_ = beyondStandardStreams(openUnseen(path.c_str(), mode, rules));
+    descriptor_ = openBeyondStandardStreams(path.c_str(), mode, rules);
     struct statx opened;
     if (isOpen() && (!lookAt(descriptor_, opened) || !isAcceptable(opened, path.c_str(), mode, rules) ||
                      !makeReady(descriptor_, opened, mode))) {

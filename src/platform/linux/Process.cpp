@@ -3,13 +3,11 @@
 #include "platform/CancellationGuard.h"
 #include "platform/linux/FileDescriptor.h"
 
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
 #include <poll.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -27,19 +25,6 @@ bool isPathOfExecutable(const std::string& path) {
     return stat(path.c_str(), &named) == 0 && stat(EXECUTABLE_LINK, &running) == 0 &&
            named.st_dev == running.st_dev && named.st_ino == running.st_ino;
 }
-
-std::atomic<int> rememberedId{0}; // until the library is loaded
-
-void readProcessId() {
-    rememberedId.store(getpid(), std::memory_order_relaxed);
-}
-
-const struct ReadAtLoad {
-    ReadAtLoad() {
-        readProcessId();
-        pthread_atfork(nullptr, nullptr, readProcessId);
-    }
-} readAtLoad;
 
 /// The system adds this to the path once the executable was replaced or deleted, as an update in place does.
 /// A program may also be called so.
@@ -79,11 +64,6 @@ std::string executablePath() {
 
 int processId() {
     return getpid();
-}
-
-int rememberedProcessId() {
-    const int remembered = rememberedId.load(std::memory_order_relaxed);
-    return remembered != 0 ? remembered : processId();
 }
 
 std::uint64_t processIdSpace() {

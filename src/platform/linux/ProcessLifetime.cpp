@@ -2,41 +2,99 @@
 
 #include "platform/CancellationGuard.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <pthread.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace ZAV {
 namespace Platform {
 
-void atProcessEnd(void (*handler)()) {
-    std::atexit(handler);
+namespace {
+
+/// The size of a thread's name, which the largest number of a thread just leaves room for the beginning.
+using ThreadName = char[16];
+
+/// A process has hardly more servers, and to look at many threads takes long.
+constexpr int MOST_SERVING = 8;
+
+void writeServingName(ThreadName& name, long thread) {
+    std::snprintf(name, sizeof name, "zav-log %ld", thread);
+}
+
+/// \return what the system shows in a file, in a memory that is given; empty if it cannot be read
+std::string_view readShown(const char* path, char* buffer, std::size_t size) {
+    const int file = ::open(path, O_RDONLY | O_CLOEXEC);
+    const ssize_t length = file < 0 ? -1 : ::read(file, buffer, size - 1);
+    if (file >= 0) {
+        ::close(file);
+    }
+    buffer[length < 0 ? 0 : length] = '\0';
+    return buffer;
 }
 
 /// The system's line about the process begins "pid (name) state", where the name may hold anything. The state
 /// is that of the first thread; once that has ended, it still counts as a thread.
+/// \return how many threads have not ended; 0 if the system does not say
+int countThreads() {
+    char buffer[1024];
+    const std::string_view line = readShown("/proc/self/stat", buffer, sizeof buffer);
+    const std::size_t nameEnd = line.rfind(')');
+    char firstState = '\0';
+    int threads = 0;
+    const bool isRead = nameEnd != std::string_view::npos &&
+                        std::sscanf(buffer + nameEnd,
+                                    ") %c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %d",
+                                    &firstState, &threads) == 2;
+    return isRead ? threads - (firstState == 'Z' ? 1 : 0) : 0;
+}
+
+bool isServing(const char* thread) {
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/task/%.20s/comm", thread);
+    ThreadName expected;
+    writeServingName(expected, std::strtol(thread, nullptr, 10));
+    char buffer[sizeof(ThreadName) + 1]; // and a line feed
+    const std::string_view shown = readShown(path, buffer, sizeof buffer);
+    return !shown.empty() && shown.substr(0, shown.size() - 1) == expected;
+}
+
+/// \return how many other threads say that they serve
+int countServingOthers() {
+    DIR* const threads = opendir("/proc/self/task");
+    if (threads == nullptr) {
+        return 0;
+    }
+    const long self = gettid();
+    int count = 0;
+    for (const dirent* thread = readdir(threads); thread != nullptr; thread = readdir(threads)) {
+        const bool isOther = std::strtol(thread->d_name, nullptr, 10) != self;
+        count += isOther && isServing(thread->d_name) ? 1 : 0;
+    }
+    closedir(threads);
+    return count;
+}
+
+} // namespace
+
+void atProcessEnd(void (*handler)()) {
+    std::atexit(handler);
+}
+
 bool isOnlyThread() noexcept {
     const NoCancellation guard;
-    char line[1024];
-    const int file = ::open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
-    const ssize_t length = file < 0 ? -1 : ::read(file, line, sizeof line - 1);
-    if (file >= 0) {
-        ::close(file);
-    }
-    if (length <= 0) {
-        return false;
-    }
-    line[length] = '\0';
-    const char* const nameEnd = std::strrchr(line, ')');
-    char firstState = '\0';
-    long threads = 0;
-    const bool isRead =
-        nameEnd != nullptr &&
-        std::sscanf(nameEnd, ") %c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %ld",
-                    &firstState, &threads) == 2;
-    return isRead && threads - (firstState == 'Z' ? 1 : 0) == 1;
+    const int left = countThreads();
+    return left == 1 || (left > 1 && left <= MOST_SERVING + 1 && left - countServingOthers() == 1);
+}
+
+void markAsServing() noexcept {
+    ThreadName name;
+    writeServingName(name, gettid());
+    pthread_setname_np(pthread_self(), name);
 }
 
 void keepLibraryLoaded() {

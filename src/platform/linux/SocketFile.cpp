@@ -16,6 +16,7 @@ namespace Platform {
 namespace {
 
 FileDescriptor makeSocket() {
+    const KeptStandardNumbers kept;
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket.isOpen()) {
         throw systemFailure();
@@ -119,7 +120,9 @@ SocketFile::~SocketFile() {
         unlink(path_.c_str());
     }
     // Also for the copies of forked children, so that nobody waits for an answer.
-    shutdown(socket_.number(), SHUT_RDWR);
+    if (socket_.isStillOwn()) {
+        shutdown(socket_.number(), SHUT_RDWR);
+    }
 }
 
 bool SocketFile::isStillThere() const {

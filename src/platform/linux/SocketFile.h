@@ -20,6 +20,9 @@ public:
     SocketFile(const SocketFile&) = delete;
     SocketFile& operator=(const SocketFile&) = delete;
 
+    /// Closes a forked child's copy.
+    void closeInherited() noexcept { socket_.close(); }
+
     int descriptor() const noexcept { return socket_.number(); }
 
 private:

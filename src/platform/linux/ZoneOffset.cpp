@@ -1,8 +1,9 @@
 #include "platform/ZoneOffset.h"
 
+#include "platform/Files.h"
+
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
 
 namespace ZAV {
 namespace Platform {
@@ -17,9 +18,8 @@ std::string zoneFolder() {
 /// The C library takes any text for a zone and silently shows UTC; so the file is asked for first.
 bool isKnown(const std::string& name) {
     const bool leavesFolder = name.front() == '/' || name.find("..") != std::string::npos;
-    char mark[4] = {};
-    return !leavesFolder && std::ifstream(zoneFolder() + '/' + name).read(mark, sizeof mark) &&
-           std::string(mark, sizeof mark) == "TZif";
+    std::string zone;
+    return !leavesFolder && readFile(zoneFolder() + '/' + name, zone) && zone.compare(0, 4, "TZif") == 0;
 }
 
 } // namespace

@@ -1,10 +1,18 @@
 #include "platform/Files.h"
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <windows.h>
 
 namespace ZAV {
 namespace Platform {
+
+bool readFile(const std::string& path, std::string& text) {
+    std::ifstream file(path);
+    text.append(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return file.is_open() && !file.bad();
+}
 
 bool renameFile(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0; // which overwrites nothing here

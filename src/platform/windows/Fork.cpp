@@ -1,5 +1,7 @@
 #include "platform/Fork.h"
 
+#include <process.h>
+
 namespace ZAV {
 namespace Platform {
 
@@ -9,6 +11,10 @@ void atFork(void (*)(), void (*)()) {
 
 unsigned forkGeneration() noexcept {
     return 0;
+}
+
+int rememberedProcessId() noexcept {
+    return _getpid();
 }
 
 } // namespace Platform

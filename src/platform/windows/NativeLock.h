@@ -25,6 +25,10 @@ public:
     void lock() { EnterCriticalSection(&section_); }
     bool tryLock() { return TryEnterCriticalSection(&section_) != 0; }
     void unlock() { LeaveCriticalSection(&section_); }
+    void awaitHolder() {
+        lock();
+        unlock();
+    }
     bool isHeldOnce() const { return section_.RecursionCount == 1; }
 
 private:

@@ -16,10 +16,6 @@ int processId() {
     return _getpid();
 }
 
-int rememberedProcessId() {
-    return processId();
-}
-
 std::uint64_t processIdSpace() {
     return 0;
 }

@@ -14,6 +14,10 @@ bool isOnlyThread() noexcept {
     return false;
 }
 
+void markAsServing() noexcept {
+    // Nobody asks for it.
+}
+
 void keepLibraryLoaded() {
     const auto placeInLibrary = reinterpret_cast<const char*>(&keepLibraryLoaded);
     HMODULE library;

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <fstream>
 #include <locale>
 #include <new>
 #include <sstream>
@@ -120,6 +121,8 @@ int live(int child, const std::string& directory) {
     const bool hasOwnFiles = child % 2 == 0;
     if (hasOwnFiles) {
         LogManager::finish();
+        LogManager::init(directory + "/properties"); // reads a file
+        LogManager::finish();
         TestSupport::initForEnd(directory + "/child");
     }
     LoggerFactory::getLogger("new.in.child").error("child", 0, "");
@@ -147,6 +150,7 @@ bool forkChild(int child, const std::string& directory) {
 /// it up again.
 int forkWhileThreadsLog(const std::string& directory) {
     Returned returned{};
+    std::ofstream(directory + "/properties") << "logger.net.level = DEBUG\n";
     std::atomic<bool> stopped{false};
     std::thread logging([&] { logTo(returned, stopped); });
     std::thread restarting([&] {

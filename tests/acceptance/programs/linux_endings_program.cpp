@@ -93,6 +93,20 @@ int exitInConsumer() {
     }
 }
 
+/// Both end the process.
+int returnWhileTheConsumerExits() {
+    static std::promise<void> returns;
+    static CallingListener exitingToo([](const std::string&) {
+        returns.get_future().wait();
+        std::exit(EXIT_SUCCESS);
+    });
+    LogManager::registerCommandListener("EXCEPTION", &exitingToo);
+    LoggerFactory::getLogger("broken").error("delivered", 0, "");
+    logAccepted(11, 3000);
+    returns.set_value();
+    return EXIT_SUCCESS;
+}
+
 /// The consumer pauses before its lock of that number, so that in some run it has taken a batch and not begun
 /// it.
 int exitWhileTheConsumerPauses(int lock) {
@@ -129,10 +143,10 @@ int returnWhileAListenerWaitsForMain() {
     std::exit(EXIT_SUCCESS);
 }
 
-/// Another thread is stuck in a listener, and holds the command bus.
+/// Another thread is stuck in a listener, which the end destroys, and holds the command bus.
 int returnWhileACommandWaitsForMain() {
-    std::promise<void> waits;
-    CallingListener waiting([&waits](const std::string&) {
+    static std::promise<void> waits;
+    static CallingListener waiting([](const std::string&) {
         waits.set_value();
         waitForEver();
     });
@@ -267,6 +281,7 @@ int main(int count, char** arguments) {
         {"exit-in-appender", {exitInAppender, "3600"}},
         {"exit-in-listener", {exitInListener, "0"}},
         {"exit-in-consumer", {exitInConsumer, "0"}},
+        {"return-while-the-consumer-exits", {returnWhileTheConsumerExits, "0"}},
         {"return-while-a-file-is-stuck", {returnWhileAFileIsStuck, "0"}},
         {"return-while-a-listener-waits", {returnWhileAListenerWaitsForMain, "0"}},
         {"return-while-a-command-waits", {returnWhileACommandWaitsForMain, "3600"}},
