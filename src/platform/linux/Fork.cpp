@@ -8,6 +8,12 @@
 #include <list>
 #include <unistd.h>
 
+/// What `pthread_atfork` calls, with the library that registers. When the process ends, the C library takes
+/// the library's registrations away, and ends the process by a signal if another thread is forking then. So
+/// this one is registered for no library, and stays.
+extern "C" int registerAtFork(void (*prepare)(), void (*parent)(), void (*child)(), void* library) noexcept
+    __asm__("__register_atfork");
+
 namespace ZAV {
 namespace Platform {
 
@@ -96,13 +102,11 @@ private:
         void (*inChild)();
     };
 
-    /// The only registration of the library: of two, the C library may lose its count, and end the process,
-    /// when one thread forks while another one ends the process.
     ForkLocks() {
         initCondition();
         rememberedId.store(getpid(), std::memory_order_relaxed);
-        pthread_atfork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
-                       [] { instance().renewInChild(); });
+        registerAtFork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
+                       [] { instance().renewInChild(); }, nullptr);
     }
 
     void takeAll() {

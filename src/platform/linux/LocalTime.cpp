@@ -17,9 +17,12 @@ TimeZone currentTimeZone() noexcept {
 namespace {
 
 /// The system reads the zone with the first conversion, and heeds a "TZ" that is set before. Until then the
-/// names are these; a zone that is called so cannot be told apart from that.
+/// names are these; a zone that is called so cannot be told apart from that. A conversion of another thread
+/// takes a name away for a moment, so each is looked at once; the text itself stays for ever.
 bool isZoneRead() {
-    return tzname[0] != nullptr && (tzname[0] != tzname[1] || std::strcmp(tzname[0], "GMT") != 0);
+    const char* const volatile* const names = tzname;
+    const char* const first = names[0];
+    return first != nullptr && (first != names[1] || std::strcmp(first, "GMT") != 0);
 }
 
 /// The process's zone, from a table.
