@@ -22,8 +22,9 @@ public:
     /// \return true if the caller holds it now; false, without waiting, if another thread does
     bool tryLock() ZAV_LOG_TRY_ACQUIRE(true) { return native_.tryLock(); }
 
-    /// Waits until the other thread that holds the lock at the moment, if one does, has given it back. Those who take it again and again
-    /// without a pause let this wait come in between, though the lock is not fair otherwise.
+    /// Waits until the other thread that holds the lock at the moment, if one does, has given it back. Those
+    /// who take it again and again without a pause let this wait come in between, though the lock is not fair
+    /// otherwise.
     void awaitHolder() { native_.awaitHolder(); }
 
     /// Gives one `lock` back; the caller must hold the lock.
