@@ -16,14 +16,15 @@ namespace Platform {
 
 namespace {
 
-/// The size of a thread's name, which the largest number of a thread just leaves room for the beginning.
+/// The size of a thread's name. Behind the beginning there is just room for the largest number of a thread.
 using ThreadName = char[16];
+constexpr long NUMBERS = 10'000'000;
 
 /// A process has hardly more servers, and to look at many threads takes long.
 constexpr int MOST_SERVING = 8;
 
 void writeServingName(ThreadName& name, long thread) {
-    std::snprintf(name, sizeof name, "zav-log %ld", thread);
+    std::snprintf(name, sizeof name, "zav-log %u", static_cast<unsigned>(thread % NUMBERS));
 }
 
 /// \return what the system shows in a file, in a memory that is given; empty if it cannot be read
