@@ -34,7 +34,26 @@ public:
     bool isHeldOnce() const ZAV_LOG_REQUIRES(this) { return native_.isHeldOnce(); }
 
 private:
+    friend class UnchangedInScope;
+
     NativeLock native_;
+};
+
+/// Says that what a lock guards does not change in a scope, in which the caller, who holds the lock, may wait
+/// without end: for the reader of a pipe, or for a disk. A fork does not wait for that end; the child finds
+/// the lock free.
+class UnchangedInScope {
+public:
+    explicit UnchangedInScope(CriticalSection& criticalSection) ZAV_LOG_REQUIRES(criticalSection)
+        : native_(criticalSection.native_) {
+        native_.beginUnchanged();
+    }
+    ~UnchangedInScope() { native_.endUnchanged(); }
+    UnchangedInScope(const UnchangedInScope&) = delete;
+    UnchangedInScope& operator=(const UnchangedInScope&) = delete;
+
+private:
+    NativeLock& native_;
 };
 
 /// Says that a scope takes over a lock that is held already.

@@ -13,7 +13,7 @@ enum ForkRule {
     /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
     /// under which nothing is waited for but others of this kind, in whatever order, and the system: a slow
     /// file delays the fork, and other threads only for a moment, since a fork that waits for one lock holds
-    /// no other.
+    /// no other. Who may wait for the system without end says so with `UnchangedInScope`.
     AWAITED_BY_FORK
 };
 

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -398,6 +399,45 @@ TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
         std::filesystem::remove(file("0"));
         std::filesystem::remove(file("1"));
     }
+}
+
+/// The child can log, also with the appender whose thread is not there.
+TEST_F(FileSettings, AForkDoesNotWaitForAWriteThatDoesNotEnd) {
+    const std::string pipe = directory_ / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ASSERT_EQ(symlink(pipe.c_str(), file("").c_str()), 0);
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    const int capacity = fcntl(reader, F_GETPIPE_SZ);
+    const std::string text(2 * static_cast<std::size_t>(capacity), 'x');
+    const auto appender = make<SimpleFileAppenderBuilder>({});
+
+    std::thread writer([&] { appender->output(makeMessage(text)); });
+    std::size_t arrived = 0;
+    const auto readOn = [&arrived, reader] {
+        std::vector<char> part(65536);
+        const ssize_t size = read(reader, part.data(), part.size());
+        arrived += size > 0 ? static_cast<std::size_t>(size) : 0;
+        return size > 0;
+    };
+    for (int waiting = 0; waiting < capacity;) {
+        ioctl(reader, FIONREAD, &waiting);
+    }
+
+    const pid_t child = fork(); // a hang here is a failure
+    if (child == 0) {
+        while (arrived < text.size()) { // so that the write of the parent ends, and the next one has room
+            readOn();
+        }
+        appender->output(makeMessage("child"));
+        _exit(failures_.count() == 0 ? 0 : 1);
+    }
+    EXPECT_EQ(exitCodeOf(child), 0);
+    writer.join();
+    appender->output(makeMessage("parent"));
+    while (readOn()) {
+    }
+    close(reader);
+    EXPECT_EQ(failures_.count(), 0U);
 }
 
 TEST_F(FileSettings, NoFileTakesThePlaceOfAClosedStandardStream) {

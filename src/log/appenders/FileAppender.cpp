@@ -213,7 +213,7 @@ void FileAppender::writeLines(std::string_view text, std::size_t& written) {
 
 /// A line that does not reach the file, on a full disk for example, has failed it, and is reported.
 std::size_t FileAppender::write(std::string_view text) {
-    const std::size_t taken = outputFileStream_.write(text);
+    const std::size_t taken = writeUnchanged(outputFileStream_, text);
     if (outputFileStream_.hasFailed()) {
         lastLook_ = Time::now();
     }

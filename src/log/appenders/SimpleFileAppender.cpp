@@ -26,13 +26,13 @@ void SimpleFileAppender::outputLine(const LogMessage& message) {
     Platform::OutputFile file;
     open(file);
     render(message);
-    file.write(line());
+    writeUnchanged(file, line());
 }
 
 void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written) {
     Platform::OutputFile file;
     open(file);
-    file.write(text);
+    writeUnchanged(file, text);
     written = text.size();
 }
 

@@ -60,6 +60,11 @@ void BatchAppender::doOutput(const LogMessage& message) {
     }
 }
 
+std::size_t BatchAppender::writeUnchanged(Platform::OutputFile& file, std::string_view text) {
+    const Platform::UnchangedInScope unchanged(criticalSection_);
+    return file.write(text);
+}
+
 bool BatchAppender::keepsLines() const noexcept {
     return isInRound_ && roundGeneration_ == Platform::forkGeneration();
 }

@@ -2,6 +2,7 @@
 
 #include "log/Appender.h"
 #include "platform/CriticalSection.h"
+#include "platform/OutputFile.h"
 
 #include <atomic>
 #include <cstddef>
@@ -69,6 +70,12 @@ protected:
     /// \throw LogException if it is not the whole text
     virtual void writeLines(std::string_view text, std::size_t& written)
         ZAV_LOG_REQUIRES(criticalSection_) = 0;
+
+    /// Writes to a file, which may take as long as it likes: no fork waits for it, and none finds more
+    /// changed than the file.
+    /// \return how many bytes the file has taken
+    std::size_t writeUnchanged(Platform::OutputFile& file, std::string_view text)
+        ZAV_LOG_REQUIRES(criticalSection_);
 
     /// \return whether lines are kept now
     bool keepsLines() const noexcept ZAV_LOG_REQUIRES(criticalSection_);

@@ -25,6 +25,15 @@ std::atomic<int> rememberedId{0}; // until the library is loaded
 constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
 constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
 
+/// How long a fork waits for a lock before it goes by one whose holder changes nothing. Most writes end by
+/// then, and the child has no half line and no open file of theirs.
+constexpr std::uint64_t PATIENCE = 20'000'000;
+
+timespec timeOf(std::uint64_t nanoseconds) {
+    constexpr std::uint64_t SECOND = 1'000'000'000;
+    return {static_cast<time_t>(nanoseconds / SECOND), static_cast<long>(nanoseconds % SECOND)};
+}
+
 } // namespace
 
 /// All locks of the library, which a fork has to deal with.
@@ -37,6 +46,9 @@ constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
 /// waits for is the fork's next, and a fork that has failed twice holds up the threads that hold none of the
 /// locks, while the others go on until they hold none. That ends by itself after a moment, since the fork may
 /// still have to wait for a slow file; each further failure makes the moment longer, up to a bound.
+///
+/// A write may never end, as to a pipe that nobody reads. Its thread says that it changes nothing meanwhile,
+/// so a fork that has waited for a while goes by; should the write end now, its thread waits for the fork.
 class ForkLocks {
 public:
     /// Never destroyed, since threads may still log while the process ends.
@@ -72,10 +84,17 @@ public:
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
         ++NativeLock::delayed_;
-        waitFor(lock);
+        waitFor(lock, false);
         --NativeLock::delayed_;
         pthread_mutex_unlock(&mutex_);
         lock.unlock();
+    }
+
+    /// The mutex is a fork's own until the fork is over.
+    void awaitPassingFork() {
+        const NoCancellation noCancellation;
+        pthread_mutex_lock(&mutex_);
+        pthread_mutex_unlock(&mutex_);
     }
 
     void add(void (*before)(), void (*inChild)()) { handlers_.push_back({before, inChild}); }
@@ -130,25 +149,31 @@ private:
         NativeLock* busy = &firstBusy;
         for (std::uint64_t wait = SHORTEST_HOLD_UP; busy != nullptr;
              wait = std::min(2 * wait, LONGEST_HOLD_UP)) {
-            NativeLock* const held = busy;
-            waitFor(*held);
+            NativeLock* const held = waitFor(*busy, true) ? busy : nullptr;
+            busy->isPassed_ = held == nullptr;
             busy = tryAllBut(held);
             if (busy != nullptr) {
                 heldUpUntil_ = nanosecondsOf(CLOCK_MONOTONIC) + wait;
                 holdsUp_.store(true, std::memory_order_relaxed);
-                held->unlock();
+                if (held != nullptr) {
+                    held->unlock();
+                }
             }
         }
     }
 
     /// Locks are made and destroyed meanwhile, but not this one.
-    void waitFor(NativeLock& lock) {
+    /// It does not let others first: two forks that did would wait for ever.
+    /// \param mayPass whether to give up if the holder changes nothing
+    /// \return whether the lock is held now
+    bool waitFor(NativeLock& lock, bool mayPass) {
         ++lock.waiting_;
         pthread_mutex_unlock(&mutex_);
-        lock.lockAtOnce(); // two forks that let each other first would wait for ever
+        const bool isTaken = mayPass ? lock.lockOrPass() : lock.lockAtOnce();
         pthread_mutex_lock(&mutex_);
         --lock.waiting_;
         pthread_cond_broadcast(&forkGoesOn_);
+        return isTaken;
     }
 
     void waitForThoseOf(const NativeLock& lock) {
@@ -160,9 +185,8 @@ private:
     /// Waits until the hold-up that is now is over, not for the next one. Who sees the end of the latest ends
     /// it for all.
     void waitWhileHeldUp() {
-        constexpr std::uint64_t SECOND = 1'000'000'000;
         const std::uint64_t until = heldUpUntil_;
-        const timespec end = {static_cast<time_t>(until / SECOND), static_cast<long>(until % SECOND)};
+        const timespec end = timeOf(until);
         while (holdsUp_.load(std::memory_order_relaxed) && nanosecondsOf(CLOCK_MONOTONIC) < until) {
             pthread_cond_timedwait(&forkGoesOn_, &mutex_, &end);
         }
@@ -188,11 +212,11 @@ private:
         pthread_condattr_destroy(&attributes);
     }
 
-    /// Takes all but the one that is held already, or none.
+    /// Takes all but the one that is held already, and those that it goes by, or none.
     /// \return one that another thread has, if there is one
     NativeLock* tryAllBut(const NativeLock* held) {
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock != held && !lock->tryLock()) {
+            if (lock->rule_ == AWAITED_BY_FORK && lock != held && !goesBy(*lock) && !lock->tryLock()) {
                 release(lock, held);
                 return lock;
             }
@@ -200,10 +224,18 @@ private:
         return nullptr;
     }
 
+    static bool goesBy(const NativeLock& lock) {
+        if (!lock.isPassed_) {
+            return false;
+        }
+        NativeLock::isAnyPassed_ = true; // before the look at the lock
+        return lock.isUnchangedByOther();
+    }
+
     /// \param end the first one that was not taken; null if all were
     void release(const NativeLock* end = nullptr, const NativeLock* held = nullptr) {
         for (NativeLock* lock = first_; lock != end; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock != held) {
+            if (lock->rule_ == AWAITED_BY_FORK && lock != held && lock->isHeldBy(pthread_self())) {
                 lock->unlock();
             }
         }
@@ -211,6 +243,10 @@ private:
 
     void releaseInParent() {
         release();
+        for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
+            lock->isPassed_ = false;
+        }
+        NativeLock::isAnyPassed_ = false;
         pthread_mutex_unlock(&mutex_);
     }
 
@@ -258,11 +294,30 @@ NativeLock::~NativeLock() {
 }
 
 std::atomic<unsigned> NativeLock::delayed_{0};
+std::atomic<bool> NativeLock::isAnyPassed_{false};
 
 void NativeLock::letDelayedFirst() {
     if (!isHeldBy(pthread_self())) {
         ForkLocks::instance().letDelayedFirst(*this);
     }
+}
+
+void NativeLock::awaitPassingFork() {
+    ForkLocks::instance().awaitPassingFork();
+}
+
+/// Waits until no other thread has the lock, or for a while if its holder changes nothing.
+/// \return whether the caller holds it now
+bool NativeLock::lockOrPass() {
+    do {
+        const timespec end = timeOf(nanosecondsOf(CLOCK_MONOTONIC) + PATIENCE);
+        if (pthread_mutex_clocklock(&mutex_, CLOCK_MONOTONIC, &end) == 0) {
+            holder_.store(pthread_self(), std::memory_order_relaxed);
+            ++count_;
+            return true;
+        }
+    } while (!isUnchanged_);
+    return false;
 }
 
 void NativeLock::awaitHolder() {
@@ -279,6 +334,7 @@ void NativeLock::makeFree() {
     pthread_mutex_init(&mutex_, nullptr);
     holder_.store(NOBODY, std::memory_order_relaxed);
     count_ = 0;
+    isUnchanged_ = false;
 }
 
 void atFork(void (*before)(), void (*inChild)()) {

@@ -49,6 +49,17 @@ public:
 
     bool isHeldOnce() const { return count_ == 1; }
 
+    void beginUnchanged() { isUnchanged_ = true; }
+
+    /// A fork that goes by this lock looks at the one before it reads the other, and here it is the other way
+    /// around: one of the two sees what the other has written.
+    void endUnchanged() {
+        isUnchanged_ = false;
+        if (isAnyPassed_) {
+            awaitPassingFork();
+        }
+    }
+
 private:
     friend class ForkLocks;
     static constexpr pthread_t NOBODY = 0;
@@ -56,26 +67,36 @@ private:
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
     void makeFree();
     void letDelayedFirst();
+    static void awaitPassingFork();
 
-    void lockAtOnce() {
+    bool isUnchangedByOther() const { return isUnchanged_ && !isHeldBy(pthread_self()); }
+
+    bool lockOrPass();
+
+    /// \return true: the caller holds it
+    bool lockAtOnce() {
         const pthread_t self = pthread_self();
         if (!isHeldBy(self)) {
             pthread_mutex_lock(&mutex_);
             holder_.store(self, std::memory_order_relaxed);
         }
         ++count_;
+        return true;
     }
 
     static std::atomic<unsigned> delayed_; ///< forks, and `awaitHolder`s, that have found a lock busy
+    static std::atomic<bool> isAnyPassed_; ///< a fork goes by a lock whose holder changes nothing
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
-    unsigned count_ = 0; ///< used by the holder alone
+    unsigned count_ = 0;                   ///< used by the holder alone
+    std::atomic<bool> isUnchanged_{false}; ///< whether the holder lets what is guarded alone for now
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
     std::atomic<unsigned> waiting_{
-        0}; ///< threads that wait for this lock in order to fork, or in `awaitHolder`
+        0};                 ///< threads that wait for this lock in order to fork, or in `awaitHolder`
+    bool isPassed_ = false; ///< a fork has waited for it, and goes by while its holder changes nothing
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };

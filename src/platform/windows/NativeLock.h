@@ -30,6 +30,8 @@ public:
         unlock();
     }
     bool isHeldOnce() const { return section_.RecursionCount == 1; }
+    void beginUnchanged() {} // nobody forks
+    void endUnchanged() {}
 
 private:
     CRITICAL_SECTION section_;
