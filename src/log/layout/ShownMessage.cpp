@@ -1,6 +1,6 @@
 #include "log/layout/ShownMessage.h"
 
-#include "log/layout/LineLayout.h"
+#include "log/layout/PlainLayout.h"
 #include "log/message/MessageFields.h"
 #include "zav-util/StandardError.h"
 
@@ -14,6 +14,7 @@ std::string shownLine(const char* reason, const MessageFields& message) noexcept
         const ReadyText text(message);
         MessageFields shown(message);
         shown.text = text.view();
+        shown.pairsText = text.pairs();
         std::string line = reason;
         appendLogLine(line, shown);
         return line;
