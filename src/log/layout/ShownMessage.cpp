@@ -2,6 +2,7 @@
 
 #include "log/layout/PlainLayout.h"
 #include "log/message/MessageFields.h"
+#include "log/text/PackedPairs.h"
 #include "zav-util/StandardError.h"
 
 #include <exception>
@@ -14,7 +15,9 @@ std::string shownLine(const char* reason, const MessageFields& message) noexcept
         const ReadyText text(message);
         MessageFields shown(message);
         shown.text = text.view();
-        shown.pairsText = text.pairs();
+        std::string pairs;
+        appendPairs(pairs, message.values, text.view().empty());
+        shown.pairsText = pairs;
         std::string line = reason;
         appendLogLine(line, shown);
         return line;

@@ -4,16 +4,19 @@
 #include "log/text/PackedPairs.h"
 #include "log/text/StreamedText.h"
 
+#include <cstddef>
 #include <string>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
 
 LogMessage MessageFields::makeMessage() const {
-    const ReadyText ready(*this);
-    LogMessage message(std::string(loggerName), time, level, std::string(ready.view()).append(ready.pairs()),
-                       line, std::string(file), type);
-    message.messageSize_ = ready.view().size();
+    std::string whole(ReadyText(*this).view());
+    const std::size_t size = whole.size();
+    appendPairs(whole, values, whole.empty());
+    LogMessage message(std::string(loggerName), time, level, std::move(whole), line, std::string(file), type);
+    message.messageSize_ = size;
     message.values_ = values;
     message.context_ = context;
     message.thread_ = thread;
@@ -31,31 +34,18 @@ void MessageFields::takeTexts(const LogMessage& message) noexcept {
     thread = message.thread_;
 }
 
-ReadyText::ReadyText(const MessageFields& message) : view_(message.text), pairs_(message.pairsText) {
-    if (message.form != TextForm::READY || (!message.values.empty() && message.pairsText.empty())) {
-        make(message);
+ReadyText::ReadyText(const MessageFields& message) : view_(message.text) {
+    if (message.form == TextForm::READY) {
+        return;
     }
-}
-
-/// The pairs stand in the same memory, behind the text.
-void ReadyText::make(const MessageFields& message) {
     MessageText& text = made_.emplace().text;
-    switch (message.form) {
-    case TextForm::READY:
-        text.append(message.text);
-        break;
-    case TextForm::STREAMED:
+    if (message.form == TextForm::STREAMED) {
         text.useClassicLocale();
         appendStreamedValues(text, message.text);
-        break;
-    case TextForm::FORMATTED:
+    } else {
         appendFormattedValues(text, message.place->format, message.text);
-        break;
     }
-    const std::size_t size = text.view().size();
-    appendPairs(text, message.values);
-    view_ = text.view().substr(0, size);
-    pairs_ = text.view().substr(size);
+    view_ = text.view();
 }
 
 } // namespace Log

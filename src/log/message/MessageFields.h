@@ -70,8 +70,7 @@ struct MessageFields {
     std::uint64_t thread = 0;          ///< the system's id; 0 if it is not known
 };
 
-/// The text of a message as characters, made from the values if the message carries them, and what shows its
-/// pairs.
+/// The text of a message as characters, made from the values if the message carries them.
 class ReadyText {
 public:
     /// \param message lives as long as this object
@@ -81,15 +80,9 @@ public:
     /// \return the text without the pairs
     std::string_view view() const noexcept { return view_; }
 
-    /// \return what follows it to show the pairs
-    std::string_view pairs() const noexcept { return pairs_; }
-
 private:
-    void make(const MessageFields& message);
-
     std::optional<TakenText> made_;
     std::string_view view_;
-    std::string_view pairs_;
 };
 
 } // namespace Log

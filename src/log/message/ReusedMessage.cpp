@@ -1,5 +1,6 @@
 #include "log/message/ReusedMessage.h"
 
+#include "log/text/PackedPairs.h"
 #include "platform/ThreadSlot.h"
 
 #include <cstddef>
@@ -102,11 +103,10 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
     if (message.file_ != fields.file) {
         message.file_.assign(fields.file);
     }
-    const ReadyText ready(fields);
     message.text_.clear(); // which takes fewer steps than assigning
-    message.text_.append(ready.view());
+    message.text_.append(ReadyText(fields).view());
     message.messageSize_ = message.text_.size();
-    message.text_.append(ready.pairs());
+    appendPairs(message.text_, fields.values, message.text_.empty());
     if (message.values_ != fields.values) {
         message.values_.assign(fields.values);
     }

@@ -1,6 +1,5 @@
 #include "log/text/PackedPairs.h"
 
-#include "log/text/MessageText.h"
 #include "zav-util/Utf8.h"
 
 #include <charconv>
@@ -50,61 +49,36 @@ bool needsQuotes(std::string_view text) {
     return text.empty();
 }
 
-template <typename Text>
-void appendBytes(Text& text, std::string_view bytes) {
-    for (const char byte : bytes) {
-        std::string escaped;
-        Util::appendByteEscape(escaped, byte);
-        text.append(std::string_view(escaped));
-    }
-}
-
 /// Appends the first character of a text in quotes.
 /// \return its size
-template <typename Text>
-std::size_t appendFirstQuoted(Text& quoted, std::string_view text) {
+std::size_t appendFirstQuoted(std::string& quoted, std::string_view text) {
     switch (text[0]) {
     case '"':
-        quoted.append(std::string_view("\\\""));
+        quoted += "\\\"";
         return 1;
     case '\\':
-        quoted.append(std::string_view("\\\\"));
+        quoted += "\\\\";
         return 1;
     case '\n':
-        quoted.append(std::string_view("\\n"));
+        quoted += "\\n";
         return 1;
     case '\r':
-        quoted.append(std::string_view("\\r"));
+        quoted += "\\r";
         return 1;
     case '\t':
-        quoted.append(std::string_view("\\t"));
+        quoted += "\\t";
         return 1;
     default:
         break;
     }
     const std::size_t size = sizeOfControl(text);
-    if (size != 0) {
-        appendBytes(quoted, text.substr(0, size));
-        return size;
+    for (std::size_t i = 0; i < size; ++i) {
+        Util::appendByteEscape(quoted, text[i]);
     }
-    quoted.append(text.substr(0, 1));
-    return 1;
-}
-
-template <typename Text>
-void appendPairTo(Text& text, const Pair& pair) {
-    const ValueText value(pair.value);
-    text.append(pair.key);
-    text.append(std::string_view("="));
-    if (!needsQuotes(value.view())) {
-        text.append(value.view());
-        return;
+    if (size == 0) {
+        quoted += text[0];
     }
-    text.append(std::string_view("\""));
-    for (std::string_view rest = value.view(); !rest.empty();) {
-        rest.remove_prefix(appendFirstQuoted(text, rest));
-    }
-    text.append(std::string_view("\""));
+    return size == 0 ? 1 : size;
 }
 
 } // namespace
@@ -153,15 +127,28 @@ ValueText::ValueText(const TaggedValue& value) noexcept {
 }
 
 void appendPair(std::string& text, const Pair& pair) {
-    appendPairTo(text, pair);
+    const ValueText value(pair.value);
+    text.append(pair.key);
+    text += '=';
+    if (!needsQuotes(value.view())) {
+        text.append(value.view());
+        return;
+    }
+    text += '"';
+    for (std::string_view rest = value.view(); !rest.empty();) {
+        rest.remove_prefix(appendFirstQuoted(text, rest));
+    }
+    text += '"';
 }
 
-void appendPairs(MessageText& text, std::string_view packed) {
-    forEachPair(packed, [&text](const Pair& pair) {
-        if (!text.view().empty()) {
-            text.append(" ");
+void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty) {
+    bool needsBlank = !isTextEmpty;
+    forEachPair(packed, [&](const Pair& pair) {
+        if (needsBlank) {
+            text += ' ';
         }
-        appendPairTo(text, pair);
+        needsBlank = true;
+        appendPair(text, pair);
     });
 }
 

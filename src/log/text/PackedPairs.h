@@ -11,8 +11,6 @@
 namespace ZAV {
 namespace Log {
 
-class MessageText;
-
 // Pairs of a key and a value, as bytes: each is two packed values, of which the first is the key's text. So a
 // message carries them as it carries the values of its text.
 
@@ -79,7 +77,7 @@ void appendPair(std::string& text, const Pair& pair);
 /// Appends what stands behind the text of a message: each pair after a blank, but for the first one if the
 /// text is empty.
 /// \throw std::bad_alloc
-void appendPairs(MessageText& text, std::string_view packed);
+void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty);
 
 /// \return key and unquoted value of the pairs
 /// \param hidesEarlier whether a pair is left out if a later one has its key
