@@ -40,9 +40,9 @@ Util::Properties trialOf(const Configuration& configuration, const PropertyLine&
             appender.reader != 0 ? appender.className : Log::AppenderClass::FILE_SERIES;
         trial[Log::appenderKey(appender.name, Log::AppenderSetting::LEVEL)] = "AUDIT";
         trial[Log::appenderKey(appender.name, Log::AppenderSetting::LAYOUT)] = "plain";
-        const std::string fields = Log::appenderKey(appender.name, Log::AppenderSetting::FIELDS);
-        if (configuration.file().find(fields) != nullptr) {
-            trial[fields] = "text"; // what it names is the matter of its own line
+        if (configuration.setting(appender, Log::AppenderSetting::FIELDS) != nullptr) {
+            // What it names is the matter of its own line.
+            trial[Log::appenderKey(appender.name, Log::AppenderSetting::FIELDS)] = "text";
         }
     }
     trial[line.key] = line.value;
