@@ -1,3 +1,4 @@
+#include "log/LoggerFactory.h"
 #include "log/MessageInserter.h"
 #include "log/text/FloatText.h"
 
@@ -10,9 +11,10 @@ namespace {
 using namespace ZAV::Log;
 
 void streamedText(benchmark::State& state) {
+    const Logger& logger = LoggerFactory::getLogger("streamed");
     int i = 0;
     for (auto _ : state) {
-        MessageStream message;
+        MessageStream message(logger);
         MessageInserter(message) << "user " << i << " left after " << i * 0.25 << " s from "
                                  << "10.0.0.1";
         benchmark::ClobberMemory();

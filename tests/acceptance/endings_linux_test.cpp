@@ -49,6 +49,9 @@ TEST_F(HardEnding, LosesNothingWhenAnAppenderOrAListenerExits) {
 }
 
 TEST_F(HardEnding, LosesNothingWhenTwoThreadsEndTheProcess) {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the C library frees a list that the sanitizers' own functions make longer, at each end";
+#endif
     for (int i = 0; i < 5; ++i) {
         expectNothingLost("return-while-the-consumer-exits");
     }

@@ -110,6 +110,23 @@ TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     EXPECT_THAT(errors.text(), AllOf(HasSubstr("The process ends. "), EndsWith(" too late\n")));
 }
 
+TEST(MessageQueue, HoldsNoMoreThanItMayHoweverManyAppendAtOnce) {
+    MessageQueue& queue = makeQueue("4");
+    const TestSupport::StreamCapture errors(std::cerr);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&queue] {
+            for (int i = 0; i < 20'000; ++i) {
+                queue.append(fields("a"));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_THAT(takeTexts(queue), SizeIs(3));
+}
+
 TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     const TestSupport::StreamCapture errors(std::cerr);
     MessageQueue& queue = makeQueue("1");

@@ -33,6 +33,9 @@ void OwnClasses::addTo(CLI::App& command) {
 
 void OwnClasses::registerAll() const {
     for (const std::string& name : names_) {
+        if (name.empty()) {
+            throw UsageError("--class: A class has a name.");
+        }
         if (!classes().insert(name).second) {
             continue;
         }

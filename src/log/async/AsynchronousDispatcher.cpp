@@ -288,7 +288,7 @@ void AsynchronousDispatcher::abandonConsumer() {
     const ScopedLock lock(threadLock_, Platform::ADOPT_LOCK);
     if (consumerThread_) {
         consumerThread_->detach();
-        consumerThread_.reset();
+        abandonedConsumer_ = consumerThread_.release();
     }
 }
 
@@ -320,7 +320,7 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
-        parentsConsumer_ = consumerThread_.release();
+        abandonedConsumer_ = consumerThread_.release();
     }
     if (end_ != NOT_BEGUN) { // by a thread of the parent
         endingThread_ = std::this_thread::get_id();

@@ -94,7 +94,9 @@ private:
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    Worker* parentsConsumer_ = nullptr; ///< in a forked child: left alone, since it does not run there
+    /// One that is left alone: in a forked child the parent's, which does not run there, and when the process
+    /// ends the one that nobody waits for any more.
+    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;
 };
 
 } // namespace Log

@@ -63,10 +63,12 @@ void MessageQueue::use(const DispatcherSettings& settings) {
 // The logging call's side
 
 void MessageQueue::append(const MessageFields& message, bool mayWait) {
-    if (maxQueueSize_.load(std::memory_order_relaxed) <= 1 &&
-        store_.discard(message, lines_, SHOWN_WHEN_DISCARDED)) {
-        lines_.write();
-        return;
+    if (maxQueueSize_.load(std::memory_order_relaxed) <= 1) {
+        lines_.waitForRoom();
+        if (store_.discard(message, lines_, SHOWN_WHEN_DISCARDED)) {
+            lines_.write();
+            return;
+        }
     }
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
     hasAppended(waits ? appendWithRoom(message) : store_.append(message));
@@ -89,17 +91,18 @@ void MessageQueue::waitForRoom() {
     bell_.wait(Deadline(), [this] { return !isAwaited_ || !isServed_ || store_.size() + 1 < maxQueueSize_; });
 }
 
-/// Only the message that fills the first half wakes the consumer, not every message behind it.
+/// Only the message that fills the first half wakes the consumer, not every message behind it. At the limit
+/// each call goes by all that wait, not by those up to its own message: the others may have discarded before
+/// it came.
 ///
 /// A consumer on call looks for new numbers after it has said that it sleeps, and a call looks whether it
 /// sleeps after it has taken a number: one of the two sees the other.
 void MessageQueue::hasAppended(std::uint64_t number) {
-    const std::uint64_t size = store_.sizeUpTo(number);
     const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
-    if (size == limit / 2 || isOnCall_) {
+    if (store_.sizeUpTo(number) == limit / 2 || isOnCall_) {
         wake();
     }
-    if (size >= limit) {
+    if (store_.size() >= limit) {
         discardOldest();
     }
     if (isClosed_) {

@@ -42,7 +42,10 @@ public:
     std::uint64_t lastNumber() const noexcept { return lastNumber_; } ///< of the message appended last
     std::uint64_t lastTaken() const noexcept { return lastTaken_; }   ///< of the message taken out last
     std::uint64_t lastDone() const noexcept { return lastDone_; } ///< all to it were delivered or discarded
-    std::uint64_t size() const noexcept { return lastNumber_ - lastTaken_; }
+    std::uint64_t size() const noexcept {
+        const std::uint64_t taken = lastTaken_; // first, so that it is not the larger one
+        return lastNumber_ - taken;
+    }
 
     /// \return how many messages wait, that one being the last
     std::uint64_t sizeUpTo(std::uint64_t number) const noexcept {

@@ -27,6 +27,10 @@ struct PackedLogger {
     const Logger* logger;
 };
 
+struct PackedPlace {
+    const KnownPlace* place;
+};
+
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
 /// A file is written again behind a place, from which readers have another one.
@@ -96,7 +100,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
     : message_(message), header_{}, size_(0) {
     header_.textLength = static_cast<std::uint32_t>(message.text.size());
     header_.line = message.line;
-    header_.level = static_cast<std::int8_t>(message.level);
+    header_.level = static_cast<unsigned>(message.level) & 0xFFU;
     header_.type = static_cast<unsigned>(message.type) & 0x3U;
     header_.form = static_cast<unsigned>(message.form) & 0x3U;
     header_.ownParts = findOwnParts(message, before, nextNumber) & 0x1FFU;
@@ -107,8 +111,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
 std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
-           (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) +
-           (has(OWN_PLACE) ? sizeof(const KnownPlace*) : 0) +
+           (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) + (has(OWN_PLACE) ? sizeof(PackedPlace) : 0) +
            (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_CONTEXT) ? sizeWithText(message_.context) : 0) +
            (has(OWN_VALUES) ? sizeWithText(message_.values) : 0) + message_.text.size();
@@ -135,7 +138,7 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         before.logger = message_.logger;
     }
     if (has(OWN_PLACE)) {
-        next = write(next, message_.place);
+        next = write(next, PackedPlace{message_.place});
         before.place = message_.place;
         before.file = message_.file; // that of the place
     }
@@ -180,7 +183,7 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
         shared.logger = logger.logger;
     }
     if ((header.ownParts & OWN_PLACE) != 0) {
-        shared.place = readNext<const KnownPlace*>(next);
+        shared.place = readNext<PackedPlace>(next).place;
         shared.file = shared.place == nullptr ? std::string_view() : shared.place->file;
     }
     if ((header.ownParts & OWN_FILE) != 0) {

@@ -69,7 +69,7 @@ private:
         std::uint32_t textLength;
         std::uint32_t numberStep; ///< from the number of the message before
         std::int32_t line;
-        std::int32_t level : 8;
+        std::uint32_t level : 8;
         std::uint32_t type : 2;
         std::uint32_t form : 2;
         std::uint32_t ownParts : 9; ///< which it does not share with the message before, see `OwnPart`

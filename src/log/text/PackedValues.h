@@ -138,7 +138,7 @@ inline char* packValue(char* place, const TaggedValue& value) noexcept {
     case Kind::ADDRESS:
         break;
     }
-    return writeNumber(place, Kind::ADDRESS, reinterpret_cast<std::uintptr_t>(value.address));
+    return writeBytes(place, Kind::ADDRESS, value.address);
 }
 
 /// Reads a value that was packed, and moves on to the next one.
@@ -167,7 +167,7 @@ inline TaggedValue unpackValue(const char*& bytes) noexcept {
     case Kind::ADDRESS:
         break;
     }
-    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(readNumber(bytes, size)));
+    return readBytes<const void*>(bytes);
 }
 
 } // namespace Log

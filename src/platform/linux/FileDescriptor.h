@@ -31,7 +31,7 @@ public:
     ~KeptStandardNumbers() {
         const int error = errno;
         for (int number = 0; number <= STDERR_FILENO; ++number) {
-            if (isKept_[number]) {
+            if (isKept_[number] && isNothing(number)) {
                 close(number);
             }
         }
@@ -44,6 +44,12 @@ public:
 
 private:
     static int openNothing() noexcept { return ::open("/", O_PATH | O_CLOEXEC); }
+
+    /// The program may have put a stream of its own in the place meanwhile.
+    static bool isNothing(int number) noexcept {
+        const int flags = fcntl(number, F_GETFL);
+        return flags >= 0 && (flags & O_PATH) != 0;
+    }
 
     bool isKept_[STDERR_FILENO + 1] = {};
 };

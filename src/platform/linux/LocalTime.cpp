@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <ctime>
+#include <sys/single_threaded.h>
 
 namespace ZAV {
 namespace Platform {
@@ -17,12 +18,12 @@ TimeZone currentTimeZone() noexcept {
 namespace {
 
 /// The system reads the zone with the first conversion, and heeds a "TZ" that is set before. Until then the
-/// names are these; a zone that is called so cannot be told apart from that. A conversion of another thread
-/// takes a name away for a moment, so each is looked at once; the text itself stays for ever.
+/// names are these; a zone that is called so cannot be told apart from that. While another thread converts,
+/// the first one is missing for a moment, so it is looked at once; the text itself stays for ever.
 bool isZoneRead() {
     const char* const volatile* const names = tzname;
     const char* const first = names[0];
-    return first != nullptr && (first != names[1] || std::strcmp(first, "GMT") != 0);
+    return first == nullptr || first != names[1] || std::strcmp(first, "GMT") != 0;
 }
 
 /// The process's zone, from a table.
@@ -54,9 +55,11 @@ private:
         atFork([] { instance().prepareForFork(); }, [] { instance().becomeChild(); });
     }
 
+    /// Another thread may be amid the first conversion of all, of which nothing can be seen yet. So a process
+    /// with threads has the zone read; one without any may still set its "TZ".
     void prepareForFork() {
         const ScopedLock lock(lock_);
-        if (isZoneRead() && mayAskSystem()) {
+        if ((isZoneRead() || __libc_single_threaded == 0) && mayAskSystem()) {
             renew();
         }
     }
