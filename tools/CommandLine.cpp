@@ -10,6 +10,7 @@
 #include "commands/CtlCommand.h"
 #include "commands/ExplainCommand.h"
 #include "commands/FollowCommand.h"
+#include "commands/RecoverCommand.h"
 #include "help/HelpFormatter.h"
 #include "options/VerbatimWords.h"
 
@@ -46,6 +47,7 @@ CommandLine::CommandLine()
     commands_.push_back(std::make_unique<CatCommand>(app_));
     commands_.push_back(std::make_unique<FollowCommand>(app_));
     commands_.push_back(std::make_unique<CtlCommand>(app_));
+    commands_.push_back(std::make_unique<RecoverCommand>(app_));
     VerbatimWords::acceptMarked(app_);
 }
 

@@ -25,8 +25,8 @@ bool initialised = false;
 
 void configure(const Util::Properties& properties) {
     LoggerFactory::initLoggers(properties);
-    AppenderRegistry::instance().initAppenders(properties);
-    AsynchronousDispatcher::instance().configure(properties);
+    AsynchronousDispatcher::instance().init(
+        properties, [&properties] { AppenderRegistry::instance().initAppenders(properties); });
 }
 
 } // namespace

@@ -24,6 +24,9 @@ struct LogStatistics {
     /// Messages that wait in the queue or are being delivered: `queued` is the sum of `delivered`,
     /// `discarded` and this.
     std::uint64_t waiting = 0;
+    /// Messages that earlier processes had left in the file of the queue, and that `LogManager::init` gave to the
+    /// asynchronous appenders. They count as `queued` and as `delivered` too.
+    std::uint64_t recovered = 0;
 };
 
 } // namespace Log

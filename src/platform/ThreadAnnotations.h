@@ -19,4 +19,5 @@
 #define ZAV_LOG_TRY_ACQUIRE(...) ZAV_LOG_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 #define ZAV_LOG_RELEASE(...) ZAV_LOG_ANNOTATION(release_capability(__VA_ARGS__))
 #define ZAV_LOG_ASSERT_HELD(...) ZAV_LOG_ANNOTATION(assert_capability(__VA_ARGS__))
+#define ZAV_LOG_RETURN_CAPABILITY(lock) ZAV_LOG_ANNOTATION(lock_returned(lock))
 #define ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS ZAV_LOG_ANNOTATION(no_thread_safety_analysis)

@@ -10,7 +10,7 @@ namespace Tools {
 /// Lets the library itself judge a configuration, by an `init` and a `finish` of this process.
 /// \return the text that `init` throws or, if it does not, the first line that it reports on the standard error
 ///         stream; empty if it is content
-std::string complaintOfInit(const Util::Properties& properties);
+std::string complaintOfInit(Util::Properties properties);
 
 } // namespace Tools
 } // namespace ZAV

@@ -4,6 +4,7 @@
 #include "log/commands/FailureReport.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
+#include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "zav-util/StandardError.h"
@@ -127,7 +128,7 @@ bool AsynchronousAppenders::hasOwnOfApplication() {
         [](const Entry& entry) { return entry.appender != nullptr && entry.isListed != nullptr; });
 }
 
-bool AsynchronousAppenders::deliver(MessageBatch& batch) noexcept {
+bool AsynchronousAppenders::deliver(MessageBatch& batch, QueueFile* file) noexcept {
     const ScopedLock lock(appendersLock_);
     isAbandoned_ = false;
     renewList();
@@ -135,18 +136,23 @@ bool AsynchronousAppenders::deliver(MessageBatch& batch) noexcept {
          ++entry) {
         const bool isLast = std::next(entry) == asynchronousAppenders_.end();
         if (entry->batching != nullptr) {
-            deliverTogether(*entry, batch, isLast);
+            deliverTogether(*entry, batch, isLast, file);
         } else {
-            deliverTo(*entry, batch, isLast);
+            deliverTo(*entry, batch, isLast, file);
         }
     }
     return !asynchronousAppenders_.empty();
 }
 
-void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
+void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, bool isLast,
+                                      QueueFile* file) noexcept {
     ThreadRecord& thread = threadRecord();
+    QueueFileMark mark = entry.markIn(file);
     for (batch.rewind(); !isAbandoned_ && batch.hasNext();) {
         giveTo(entry, batch.next(), thread);
+        if (!isAbandoned_) {
+            mark.set(batch.nextNumber() - 1);
+        }
         if (isLast) {
             batch.setGiven();
         }
@@ -156,7 +162,9 @@ void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, b
 
 /// The messages count as given once their lines are written. A failure is reported before the next message is
 /// given, so that all reports come in the order of their messages.
-void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
+void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast,
+                                            QueueFile* file) noexcept {
+    QueueFileMark mark = entry.markIn(file);
     if (BatchAppender* const appender = entry.batchAppender()) {
         appender->beginRound();
     }
@@ -167,12 +175,17 @@ void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& ba
             appender->expect(message.number);
         }
         giveTo(entry, message, thread);
+        if (BatchAppender* const appender = mark && !isAbandoned_ ? entry.batchAppender() : nullptr) {
+            const std::uint64_t firstKept = appender->firstKept();
+            mark.set(firstKept == 0 ? message.number : firstKept - 1);
+        }
         reportFailed(entry, batch, isLast);
         countProgress();
     }
     BatchAppender* const appender = entry.batchAppender();
     if (!isAbandoned_ && appender != nullptr) {
         appender->endRound();
+        mark.set(batch.nextNumber() - 1);
         countProgress();
         reportFailed(entry, batch, isLast);
     }
@@ -228,6 +241,26 @@ Appender* AsynchronousAppenders::Entry::appenderOf(const MessageFields& message)
 /// \return null if the appender was removed
 BatchAppender* AsynchronousAppenders::Entry::batchAppender() const noexcept {
     return appender.load(std::memory_order_acquire) != nullptr ? batching : nullptr;
+}
+
+/// Only what the configuration has made is served from an earlier run.
+QueueFileMark AsynchronousAppenders::Entry::markIn(QueueFile* file) const noexcept {
+    const Appender* const marked = appender.load(std::memory_order_acquire);
+    return file == nullptr || marked == nullptr || isListed != nullptr
+               ? QueueFileMark()
+               : file->appenderMark(marked->getName());
+}
+
+Recovery AsynchronousAppenders::recover(QueueFile& file, bool isMarked, bool stopsAtFailure) {
+    const ScopedLock lock(appendersLock_);
+    renewList();
+    std::vector<Appender*> appenders;
+    for (const Entry& entry : asynchronousAppenders_) {
+        if (entry.isListed == nullptr) {
+            appenders.push_back(entry.appender);
+        }
+    }
+    return Log::recover(*file.earlier(), appenders, isMarked ? &file : nullptr, stopsAtFailure);
 }
 
 void AsynchronousAppenders::endDeliveryInChild() noexcept {

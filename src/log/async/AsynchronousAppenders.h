@@ -2,6 +2,8 @@
 
 #include "log/async/BatchAppender.h"
 #include "log/async/MessageBatch.h"
+#include "log/queuefile/QueueFile.h"
+#include "log/queuefile/Recovery.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>
@@ -40,8 +42,21 @@ public:
     /// Gives every message of the batch to the first appender, then to the next, and so on. The caller must
     /// be in a `LibraryCall`. Nothing is thrown: what a command listener throws at a report is
     /// shown on the standard error stream.
+    /// \param file where the appenders' progress is marked; null for none
     /// \return false if there is no appender
-    bool deliver(MessageBatch& batch) noexcept;
+    bool deliver(MessageBatch& batch, QueueFile* file) noexcept;
+
+    /// Gives the appenders of the configuration what earlier processes have left in a file, each what it has not
+    /// got yet. The caller must be in a `LibraryCall`.
+    /// \param file has something of theirs
+    /// \param isMarked whether it is told how far the appenders have come
+    /// \param stopsAtFailure whether an appender that has failed gets no further message
+    Recovery recover(QueueFile& file, bool isMarked, bool stopsAtFailure);
+
+    /// Held by whoever wants no delivery to begin.
+    Platform::CriticalSection& deliveryLock() noexcept ZAV_LOG_RETURN_CAPABILITY(appendersLock_) {
+        return appendersLock_;
+    }
 
     /// \return a number that changes whenever a message was given to an appender
     std::uint64_t progress() const noexcept { return progress_; }
@@ -54,15 +69,16 @@ private:
         Entry(Appender* added, IsListed asked);
         Appender* appenderOf(const MessageFields& message) const noexcept;
         BatchAppender* batchAppender() const noexcept;
+        QueueFileMark markIn(QueueFile* file) const noexcept;
 
         std::atomic<Appender*> appender; ///< null once it was removed
         const IsListed isListed;
         BatchAppender* const batching; ///< the same, if it is to be told of rounds; else null
     };
 
-    void deliverTo(const Entry& entry, MessageBatch& batch, bool isLast) noexcept
+    void deliverTo(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
         ZAV_LOG_REQUIRES(appendersLock_);
-    void deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast) noexcept
+    void deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
         ZAV_LOG_REQUIRES(appendersLock_);
     void reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept;
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,

@@ -1,6 +1,7 @@
 #include "log/async/AsynchronousDispatcher.h"
 
 #include "log/commands/CommandBus.h"
+#include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "platform/CancellationGuard.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <thread>
 
 namespace ZAV {
@@ -40,6 +42,61 @@ AsynchronousDispatcher::AsynchronousDispatcher() {
     Platform::atProcessEnd([] { instance().awaitEnd(); });
     Platform::atProcessEnd([] { instance().endWithProcess(); });
     Platform::atFork(nullptr, [] { instance().beginInChild(); });
+}
+
+// The queue's file
+
+/// While something of earlier processes waits, no delivery begins; and what is logged meanwhile from inside,
+/// by an appender that is being made, does not wait for one.
+void AsynchronousDispatcher::init(const Util::Properties& properties,
+                                  const std::function<void()>& makeAppenders) {
+    useQueueFile(properties);
+    QueueFile* const file = queue_.file();
+    if (file == nullptr || file->earlier() == nullptr) {
+        makeAppenders();
+        configure(properties);
+        return;
+    }
+    const LibraryCall call;
+    const ScopedLock lock(appenders_.deliveryLock());
+    makeAppenders();
+    configure(properties);
+    const Recovery recovery = appenders_.recover(*file, true, false);
+    if (recovery.hasAppenders || file->earlier()->messages().empty()) {
+        file->forgetEarlier();
+    }
+    recovered_ += recovery.messages;
+}
+
+Recovery AsynchronousDispatcher::recover(QueueFile& file, bool isMarked) {
+    const LibraryCall call;
+    return appenders_.recover(file, isMarked, true);
+}
+
+/// A file stays this process's until it ends, since the queue may still have messages in it.
+void AsynchronousDispatcher::useQueueFile(const Util::Properties& properties) {
+    const QueueFileSettings settings(properties);
+    if (settings.path.empty()) {
+        queue_.keepIn(nullptr);
+        return;
+    }
+    auto known =
+        std::find_if(files_.begin(), files_.end(), [&settings](const std::unique_ptr<QueueFile>& file) {
+            return file->path() == settings.path;
+        });
+    if (known == files_.end()) {
+        files_.push_back(std::make_unique<QueueFile>(settings.path, settings.size));
+        known = std::prev(files_.end());
+    }
+    queue_.keepIn(known->get());
+}
+
+LogStatistics AsynchronousDispatcher::statistics() const {
+    LogStatistics statistics = queue_.statistics();
+    statistics.recovered = recovered_;
+    statistics.queued += statistics.recovered;
+    statistics.delivered += statistics.recovered;
+    return statistics;
 }
 
 void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
@@ -221,7 +278,7 @@ void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
     const unsigned generation = Platform::forkGeneration();
     const LibraryCall call; // what is logged while memory is taken must not wait for a logger either
     queue_.take(batch);
-    const bool isDelivered = appenders_.deliver(batch);
+    const bool isDelivered = appenders_.deliver(batch, queue_.file());
     if (generation == Platform::forkGeneration()) {
         queue_.release(batch, isDelivered);
     }
@@ -315,6 +372,10 @@ bool AsynchronousDispatcher::endConsumer(bool mayWait) {
 /// is left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
     queue_.renewInChild();
+    for (std::unique_ptr<QueueFile>& file : files_) {
+        static_cast<void>(file.release()); // which is the parent's
+    }
+    files_.clear();
     stateBell_.renewInChild();
     appenders_.endDeliveryInChild();
     PutOffMessages::instance().forgetInChild();

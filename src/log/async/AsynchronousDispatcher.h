@@ -5,9 +5,11 @@
 #include "platform/CriticalSection.h"
 
 #include <atomic>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <thread>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -22,6 +24,17 @@ public:
 
     /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
     void configure(const Util::Properties& properties) { queue_.configure(properties); }
+
+    /// Configures the queue and has the appenders made. What earlier processes have left in the queue's file
+    /// goes to them before anything new.
+    /// \param makeAppenders registers the appenders of the configuration
+    /// \throw LogException if the file cannot be used, and what `makeAppenders` throws
+    void init(const Util::Properties& properties, const std::function<void()>& makeAppenders);
+
+    /// Gives the appenders of the configuration what other processes have left in a file that the queue does not use.
+    /// One that fails gets nothing more.
+    /// \param isMarked whether the file is told how far they have come
+    Recovery recover(QueueFile& file, bool isMarked);
 
     /// Has the consumer write to an appender, and starts it if it does not run.
     /// \param appender not owned; must live until it was unregistered
@@ -44,7 +57,7 @@ public:
     bool flush(Util::TimeUtils::Time timeout);
 
     /// \return the numbers of the queue; `failed` is not counted here
-    LogStatistics statistics() const { return queue_.statistics(); }
+    LogStatistics statistics() const;
 
     /// Stops the consumer, if it runs, after the round that it is in.
     void stop();
@@ -69,6 +82,7 @@ private:
 
     AsynchronousDispatcher();
 
+    void useQueueFile(const Util::Properties& properties);
     bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);
     void start() ZAV_LOG_REQUIRES(threadLock_);
     void startIfWanted(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
@@ -85,6 +99,8 @@ private:
     void beginInChild() noexcept;
 
     MessageQueue queue_;
+    std::vector<std::unique_ptr<QueueFile>> files_; ///< that were ever used, by `init` alone
+    std::atomic<std::uint64_t> recovered_{0};       ///< messages of earlier processes
     AsynchronousAppenders appenders_;
     Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
     std::atomic<State> state_{ABSENT};                               ///< read without it

@@ -37,6 +37,11 @@ void BatchAppender::endRound() noexcept {
     isInRound_ = false;
 }
 
+std::uint64_t BatchAppender::firstKept() const noexcept {
+    const ScopedLock lock(criticalSection_);
+    return keptSize() == 0 ? 0 : lines_.front().number;
+}
+
 BatchAppender::Failed BatchAppender::takeFailed() noexcept {
     const ScopedLock lock(criticalSection_);
     hasFailed_ = false;

@@ -53,6 +53,9 @@ public:
     /// begin it.
     void endRound() noexcept;
 
+    /// \return the number of the oldest message whose line is kept; 0 if none is
+    std::uint64_t firstKept() const noexcept;
+
     /// \return whether lines have failed; to be asked after each message and at the end of the round
     bool hasFailed() const noexcept { return hasFailed_.load(std::memory_order_relaxed); }
     Failed takeFailed() noexcept;
@@ -100,7 +103,7 @@ protected:
         return lines_.empty() ? 0 : lines_.back().end;
     }
 
-    Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
+    mutable Platform::CriticalSection criticalSection_{Platform::AWAITED_BY_FORK}; ///< one message at a time
 
 private:
     const bool writesBatches_;

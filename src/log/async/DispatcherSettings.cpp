@@ -1,6 +1,8 @@
 #include "log/async/DispatcherSettings.h"
 
 #include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
+#include "platform/Files.h"
 #include "platform/ThreadPriority.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/Properties.h"
@@ -18,19 +20,26 @@ namespace {
 /// The middle of the configured scale; every other number means the lowest or the highest priority.
 constexpr std::int32_t NORMAL_PRIORITY = 25;
 
-std::optional<std::int32_t> readInteger(const Util::Properties& properties, const std::string& option) {
+/// \return nothing if there is no such key, or its value is reported
+template <typename Read>
+auto readOption(const Util::Properties& properties, const std::string& option, Read read)
+    -> std::optional<decltype(read(std::string()))> {
     const std::string key = dispatcherKey(option);
     std::string value;
     if (!properties.getProperty(key, value)) {
         return std::nullopt;
     }
     try {
-        return Util::toInteger(value);
+        return read(value);
     } catch (const Util::UtilException& exception) {
         Util::writeErrorLine("AsynchronousDispatcher::configure failure for option " + key +
                              ". Exception: " + exception.what());
         return std::nullopt;
     }
+}
+
+std::optional<std::int32_t> readInteger(const Util::Properties& properties, const std::string& option) {
+    return readOption(properties, option, [](const std::string& value) { return Util::toInteger(value); });
 }
 
 Util::TimeUtils::Time toWaitingPeriod(std::int32_t seconds) {
@@ -61,6 +70,15 @@ void DispatcherSettings::read(const Util::Properties& properties) {
     std::string overflow;
     if (properties.getProperty(dispatcherKey(DispatcherOption::OVERFLOW_RULE), overflow)) {
         overflowBlocks = overflow == "block";
+    }
+}
+
+QueueFileSettings::QueueFileSettings(const Util::Properties& properties) {
+    std::string file;
+    properties.getProperty(dispatcherKey(DispatcherOption::QUEUE_FILE), file);
+    path = Platform::absolutePath(file);
+    if (const auto bytes = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, readByteSize)) {
+        size = *bytes;
     }
 }
 

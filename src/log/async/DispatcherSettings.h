@@ -3,6 +3,7 @@
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
+#include <string>
 
 namespace ZAV {
 namespace Util {
@@ -33,6 +34,15 @@ struct DispatcherSettings {
     /// Takes the settings that the properties name. A value that is no number is reported on the standard
     /// error stream and leaves its setting as it was.
     void read(const Util::Properties& properties);
+};
+
+/// Where the queue is kept.
+struct QueueFileSettings {
+    /// A size that is none is reported on the standard error stream and leaves the default.
+    explicit QueueFileSettings(const Util::Properties& properties);
+
+    std::string path;                                     ///< from the root; empty for memory
+    std::uint64_t size = std::uint64_t{16} * 1024 * 1024; ///< in bytes, of a file that is made
 };
 
 } // namespace Log

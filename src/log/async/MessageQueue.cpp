@@ -71,7 +71,13 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
         }
     }
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
-    hasAppended(waits ? appendWithRoom(message) : store_.append(message));
+    std::uint64_t number = waits ? appendWithRoom(message) : store_.append(message);
+    if (number == 0) {
+        number = appendToFullFile(message);
+    }
+    if (number != 0) {
+        hasAppended(number);
+    }
 }
 
 /// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
@@ -81,9 +87,38 @@ std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
         if (number != 0) {
             return number;
         }
-        waitForRoom();
+        const bool isFileFull = store_.size() + 1 < maxQueueSize_;
+        if (isFileFull && store_.lastDone() == store_.lastNumber()) {
+            return 0; // it does not fit at all
+        }
+        isFileFull ? waitForDelivery() : waitForRoom();
     }
     return store_.append(message);
+}
+
+/// The oldest messages make room, as in a queue at its limit. What is being delivered cannot, and a message
+/// that does not fit at all never has room: it is discarded itself.
+std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
+    std::uint64_t number = 0;
+    bool isDiscarded = false;
+    while (number == 0 && !isDiscarded) {
+        lines_.waitForRoom();
+        const MessageStore::Taken taken = store_.discardOldest(1, lines_, SHOWN_WHEN_DISCARDED);
+        if (taken == MessageStore::NOT_YET_HERE) {
+            std::this_thread::yield();
+        }
+        number = store_.append(message);
+        isDiscarded = number == 0 && taken == MessageStore::NOTHING &&
+                      store_.discard(message, lines_, SHOWN_WHEN_DISCARDED);
+    }
+    lines_.write();
+    return number;
+}
+
+void MessageQueue::waitForDelivery() {
+    const std::uint64_t done = store_.lastDone();
+    callConsumer();
+    bell_.wait(Deadline(), [this, done] { return !isServed_ || store_.lastDone() != done; });
 }
 
 void MessageQueue::waitForRoom() {
@@ -99,7 +134,7 @@ void MessageQueue::waitForRoom() {
 /// sleeps after it has taken a number: one of the two sees the other.
 void MessageQueue::hasAppended(std::uint64_t number) {
     const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
-    if (store_.sizeUpTo(number) == limit / 2 || isOnCall_) {
+    if (store_.sizeUpTo(number) == limit / 2 || isOnCall_ || store_.isFilling()) {
         wake();
     }
     if (store_.size() >= limit) {

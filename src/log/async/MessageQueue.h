@@ -38,6 +38,14 @@ public:
     /// \return the numbers of the queue; `failed` is not counted here
     LogStatistics statistics() const noexcept { return store_.statistics(); }
 
+    /// Keeps what is appended from now on in a file.
+    /// \param file must never be destroyed; null for memory
+    /// \throw std::bad_alloc
+    void keepIn(QueueFile* file) { store_.keepIn(file); }
+
+    /// \return null if the queue is kept in memory
+    QueueFile* file() const noexcept { return store_.file(); }
+
     // The consumer's side
 
     /// Says whether a consumer comes for the messages from now on; if not, nobody waits for it any longer.
@@ -86,7 +94,9 @@ private:
     bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
 
     std::uint64_t appendWithRoom(const MessageFields& message);
+    std::uint64_t appendToFullFile(const MessageFields& message);
     void waitForRoom();
+    void waitForDelivery();
     void hasAppended(std::uint64_t number);
     void callConsumer();
     void discardOldest();

@@ -18,10 +18,14 @@ using Platform::ScopedLock;
 
 std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t limit) {
     ThreadRecord& thread = threadRecord();
-    if (thread.ring == nullptr && !addRing(thread)) {
-        return appendToSharedRing(message, limit);
+    try {
+        if (thread.ring == nullptr && !addRing(thread)) {
+            return appendToSharedRing(message, limit);
+        }
+        return append(*thread.ring, message, limit);
+    } catch (const QueueFileFull&) {
+        return 0;
     }
-    return append(*thread.ring, message, limit);
 }
 
 /// Nothing can fail once the message has its number, since those behind it wait for it.
@@ -136,7 +140,19 @@ void MessageStore::countDiscarded() noexcept {
     ++lastTaken_;
     ++discardedCount_;
     if (delivered_ == nullptr) {
-        lastDone_.store(lastTaken_);
+        setDone();
+    } else {
+        for (FileMarks& marks : marks_) {
+            marks.taken.set(lastTaken_);
+        }
+    }
+}
+
+/// All that was taken out was delivered or discarded.
+void MessageStore::setDone() noexcept {
+    lastDone_.store(lastTaken_);
+    for (FileMarks& marks : marks_) {
+        marks.done.set(lastTaken_);
     }
 }
 
@@ -178,6 +194,10 @@ void MessageStore::take(MessageBatch& batch) {
     }
     lastTaken_ = batch.last_;
     delivered_ = &batch;
+    for (FileMarks& marks : marks_) {
+        marks.batchEnd.set(lastTaken_); // first, or the batch would seem to be discarded
+        marks.taken.set(lastTaken_);
+    }
 }
 
 void MessageStore::release(MessageBatch& batch, bool isDelivered) {
@@ -185,13 +205,15 @@ void MessageStore::release(MessageBatch& batch, bool isDelivered) {
         return;
     }
     const ScopedLock lock(storeLock_);
+    // The marks come before the memory goes: a batch without them would be delivered again as far as it is
+    // there.
+    (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
+    delivered_ = nullptr;
+    setDone();
     for (const MessageBatch::Stream& stream : batch.streams_) {
         stream.ring->release(stream.cursor);
     }
-    (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
     batch.begin(1, 0);
-    delivered_ = nullptr;
-    lastDone_.store(lastTaken_);
     removeEndedRings();
 }
 
@@ -212,6 +234,26 @@ void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason)
     }
 }
 
+// The file that the queue is kept in
+
+/// Messages may still wait in a file that was used before.
+void MessageStore::keepIn(QueueFile* file) {
+    FileMarks marks = {file, {}, {}, {}};
+    if (file != nullptr) {
+        marks.done = file->mark(QueueFileFormat::DONE);
+        marks.batchEnd = file->mark(QueueFileFormat::BATCH_END);
+        marks.taken = file->mark(QueueFileFormat::TAKEN);
+    }
+    const ScopedLock lock(storeLock_);
+    const bool isKnown = std::any_of(marks_.begin(), marks_.end(),
+                                     [file](const FileMarks& known) { return known.file == file; });
+    if (file != nullptr && !isKnown) {
+        marks_.push_back(marks);
+        setDone();
+    }
+    pool_.setFile(file);
+}
+
 void MessageStore::close() noexcept {
     const ScopedLock lock(storeLock_);
     isClosed_ = true;
@@ -223,6 +265,8 @@ void MessageStore::renewInChild() noexcept {
     const ScopedLock lock(storeLock_);
     threadRecord().ring = nullptr;
     sharedRing_ = nullptr;
+    pool_.setFile(nullptr); // which is the parent's
+    marks_.clear();
     rings_.clear();
     lastNumber_ = deliveredCount_ + discardedCount_;
     lastTaken_.store(lastNumber_);

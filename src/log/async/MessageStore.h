@@ -2,6 +2,7 @@
 
 #include "log/LogStatistics.h"
 #include "log/async/MessageBatch.h"
+#include "log/queuefile/QueueFile.h"
 #include "platform/CriticalSection.h"
 #include "platform/ThreadSlot.h"
 
@@ -33,7 +34,8 @@ public:
 
     /// Appends a message.
     /// \param limit of the messages that wait with it
-    /// \return its number; 0 if more would wait, and it was not appended
+    /// \return its number; 0 if more would wait, or the file that the queue is kept in is full, and it was not
+    ///         appended
     /// \throw std::bad_alloc if there is no memory for the message, which was not appended then
     std::uint64_t append(const MessageFields& message, std::uint64_t limit = NO_LIMIT);
 
@@ -85,6 +87,22 @@ public:
     /// yet.
     void showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept;
 
+    // The file that the queue is kept in
+
+    /// Keeps what is appended from now on in a file.
+    /// \param file must never be destroyed; null for memory
+    /// \throw std::bad_alloc
+    void keepIn(QueueFile* file);
+
+    /// \return null if the queue is kept in memory
+    QueueFile* file() const noexcept { return pool_.file(); }
+
+    /// \return whether the file has just become half full
+    bool isFilling() noexcept {
+        QueueFile* const file = this->file();
+        return file != nullptr && file->hasBecomeHalfFull();
+    }
+
     /// From now on nothing is taken out as a batch.
     void close() noexcept;
 
@@ -103,6 +121,15 @@ private:
     void removeEndedRings() noexcept ZAV_LOG_REQUIRES(storeLock_);
     Ring* ringWithOldest() noexcept ZAV_LOG_REQUIRES(storeLock_);
     void countDiscarded() noexcept ZAV_LOG_REQUIRES(storeLock_);
+    void setDone() noexcept ZAV_LOG_REQUIRES(storeLock_);
+
+    /// What a file says of the queue, as far as it holds messages.
+    struct FileMarks {
+        QueueFile* file;
+        QueueFileMark done;
+        QueueFileMark batchEnd;
+        QueueFileMark taken;
+    };
 
     // All but the first number change under the lock.
     Number lastNumber_{0};
@@ -117,6 +144,7 @@ private:
     std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(storeLock_);
     /// One of them, for threads that get none of their own.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
+    std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_);      ///< of each file that was ever used
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< not given back yet
     bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false; ///< a discarded message, which may take memory
     bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;

@@ -1,5 +1,7 @@
 #include "log/async/PackedMessage.h"
 
+#include "log/text/PackedPairs.h"
+
 #include <cstring>
 #include <limits>
 
@@ -82,15 +84,56 @@ Value readNext(const char*& bytes) {
     return value;
 }
 
-std::string_view readText(const char*& bytes, std::size_t length) {
-    const std::string_view text(bytes, length);
-    bytes += length;
-    return text;
-}
+/// Packed messages of this process.
+struct TrustedBytes {
+    template <typename Value>
+    Value read() {
+        return readNext<Value>(next);
+    }
 
-std::string_view readSizedText(const char*& bytes) {
-    const auto length = readNext<std::size_t>(bytes);
-    return readText(bytes, length);
+    std::string_view text(std::size_t length) {
+        const std::string_view text(next, length);
+        next += length;
+        return text;
+    }
+
+    std::string_view sizedText() { return text(read<std::size_t>()); }
+
+    static std::string_view fileOf(const KnownPlace* place) {
+        return place == nullptr ? std::string_view() : place->file;
+    }
+
+    const char* next;
+};
+
+/// Whatever it is: what it lacks is read as 0, and its addresses are not followed.
+struct UntrustedBytes {
+    template <typename Value>
+    Value read() {
+        const std::string_view bytes = text(sizeof(Value));
+        char copy[sizeof(Value)] = {};
+        bytes.copy(copy, sizeof copy);
+        const char* next = copy;
+        return readNext<Value>(next);
+    }
+
+    std::string_view text(std::size_t length) {
+        isWhole = isWhole && length <= rest.size();
+        const std::string_view text = rest.substr(0, isWhole ? length : 0);
+        rest.remove_prefix(text.size());
+        return text;
+    }
+
+    std::string_view sizedText() { return text(read<std::size_t>()); }
+
+    static std::string_view fileOf(const KnownPlace*) { return std::string_view(); }
+
+    std::string_view rest;
+    bool isWhole = true;
+};
+
+bool isLevel(Level::LogLevel level) {
+    return level >= 0 && level <= Level::AUDIT && level % 10 == 0;
 }
 
 } // namespace
@@ -167,37 +210,45 @@ std::uint64_t PackedMessage::readNumber(const char* bytes, const SharedFields& b
 }
 
 PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedFields& before) noexcept {
-    const char* next = bytes;
-    const auto header = readNext<Header>(next);
+    TrustedBytes trusted{bytes};
+    Unpacked message = readParts(trusted, before);
+    message.size = static_cast<std::size_t>(trusted.next - bytes);
+    return message;
+}
+
+/// \param bytes which are moved on to the end of the message
+template <typename Bytes>
+PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedFields& before) noexcept {
+    const auto header = bytes.template read<Header>();
     SharedFields shared(before);
-    shared.number = (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(next)
+    shared.number = (header.ownParts & OWN_NUMBER) != 0 ? bytes.template read<std::uint64_t>()
                                                         : before.number + header.numberStep;
     const std::size_t textLength =
-        (header.ownParts & OWN_LENGTH) != 0 ? readNext<std::size_t>(next) : header.textLength;
+        (header.ownParts & OWN_LENGTH) != 0 ? bytes.template read<std::size_t>() : header.textLength;
     if ((header.ownParts & OWN_TIME) != 0) {
-        shared.time = readNext<Util::TimeUtils::Time>(next);
+        shared.time = bytes.template read<Util::TimeUtils::Time>();
     }
     if ((header.ownParts & OWN_LOGGER_NAME) != 0) {
-        const auto logger = readNext<PackedLogger>(next);
+        const auto logger = bytes.template read<PackedLogger>();
         shared.loggerName = logger.name;
         shared.logger = logger.logger;
     }
     if ((header.ownParts & OWN_PLACE) != 0) {
-        shared.place = readNext<PackedPlace>(next).place;
-        shared.file = shared.place == nullptr ? std::string_view() : shared.place->file;
+        shared.place = bytes.template read<PackedPlace>().place;
+        shared.file = Bytes::fileOf(shared.place);
     }
     if ((header.ownParts & OWN_FILE) != 0) {
-        shared.file = readSizedText(next);
+        shared.file = bytes.sizedText();
     }
     if ((header.ownParts & OWN_THREAD) != 0) {
-        shared.thread = readNext<std::uint64_t>(next);
+        shared.thread = bytes.template read<std::uint64_t>();
     }
     if ((header.ownParts & OWN_CONTEXT) != 0) {
-        shared.context = readSizedText(next);
+        shared.context = bytes.sizedText();
     }
     const std::string_view values =
-        (header.ownParts & OWN_VALUES) != 0 ? readSizedText(next) : std::string_view();
-    const std::string_view text = readText(next, textLength);
+        (header.ownParts & OWN_VALUES) != 0 ? bytes.sizedText() : std::string_view();
+    const std::string_view text = bytes.text(textLength);
     MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
                          header.line, shared.file, static_cast<MessageType>(header.type), shared.logger);
     fields.form = static_cast<TextForm>(header.form);
@@ -205,8 +256,38 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
     fields.thread = shared.thread;
     fields.context = shared.context;
     fields.values = values;
-    return {fields, shared.number, static_cast<int>(header.answeredReports),
-            static_cast<std::size_t>(next - bytes)};
+    return {fields, shared.number, static_cast<int>(header.answeredReports), 0};
+}
+
+// In bytes that may be anything
+
+/// What a process that is gone has packed, the first message of its block: the addresses in it lead nowhere.
+StoredMessage::StoredMessage(std::string_view packed) noexcept : unpacked_(unpack(packed, isWhole_)) {
+    const MessageFields& fields = unpacked_.fields;
+    isWhole_ = isWhole_ && isLevel(fields.level) && (fields.type == LOG || fields.type == CFG) &&
+               (fields.form == TextForm::READY || arePackedValues(fields.text)) &&
+               arePackedPairs(fields.values) && arePackedPairs(fields.context);
+}
+
+PackedMessage::Unpacked StoredMessage::unpack(std::string_view packed, bool& isWhole) noexcept {
+    UntrustedBytes bytes{packed};
+    const PackedMessage::Unpacked message = PackedMessage::readParts(bytes, SharedFields());
+    isWhole = bytes.isWhole && bytes.rest.empty();
+    return message;
+}
+
+MessageFields StoredMessage::fields(std::string_view loggerName, const KnownPlace* place) const noexcept {
+    MessageFields fields(unpacked_.fields);
+    fields.loggerName = loggerName;
+    fields.logger = nullptr;
+    if (fields.place != nullptr) {
+        fields.file = place == nullptr ? std::string_view() : place->file;
+    }
+    if (place == nullptr && fields.form == TextForm::FORMATTED) {
+        fields.form = TextForm::STREAMED;
+    }
+    fields.place = place;
+    return fields;
 }
 
 } // namespace Log

@@ -64,6 +64,8 @@ public:
     static std::uint64_t readNumber(const char* bytes, const SharedFields& before) noexcept;
 
 private:
+    friend class StoredMessage;
+
     /// What every packed message begins with.
     struct Header {
         std::uint32_t textLength;
@@ -76,12 +78,47 @@ private:
         std::uint32_t answeredReports : 8;
     };
 
+    template <typename Bytes>
+    static Unpacked readParts(Bytes& bytes, const SharedFields& before) noexcept;
+
     bool has(unsigned part) const noexcept { return (header_.ownParts & part) != 0; }
     std::size_t measure() const noexcept;
 
     const MessageFields& message_;
     Header header_;
     std::size_t size_;
+};
+
+/// A message that was packed without one before it, by another process perhaps, in bytes that may have been
+/// changed since. The addresses in it are but numbers.
+class StoredMessage {
+public:
+    /// \param packed must outlive the object
+    explicit StoredMessage(std::string_view packed) noexcept;
+
+    /// \return false if the bytes are no message; nothing else may be asked then
+    bool isWhole() const noexcept { return isWhole_; }
+
+    std::uint64_t number() const noexcept { return unpacked_.number; }
+
+    /// \return of the logger's name; 0 if it has none
+    std::uint64_t loggerAddress() const noexcept {
+        return reinterpret_cast<std::uintptr_t>(unpacked_.fields.loggerName.data());
+    }
+    /// \return 0 if it has no place
+    std::uint64_t placeAddress() const noexcept {
+        return reinterpret_cast<std::uintptr_t>(unpacked_.fields.place);
+    }
+
+    /// \param loggerName what was at that address; must outlive what is returned
+    /// \param place the same; null if there was none, or it is not known any more
+    MessageFields fields(std::string_view loggerName, const KnownPlace* place) const noexcept;
+
+private:
+    static PackedMessage::Unpacked unpack(std::string_view packed, bool& isWhole) noexcept;
+
+    bool isWhole_ = false;
+    PackedMessage::Unpacked unpacked_;
 };
 
 } // namespace Log

@@ -1,6 +1,10 @@
 #include "log/async/Ring.h"
 
+#include "log/queuefile/QueueFile.h"
+#include "log/queuefile/QueueFileChecks.h"
+
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 namespace ZAV {
@@ -14,22 +18,47 @@ BlockPool::~BlockPool() {
     }
 }
 
-MessageBlock* BlockPool::take(std::size_t capacity) {
+MessageBlock* BlockPool::take(std::size_t wanted, std::size_t least) {
+    if (QueueFile* const file = this->file()) {
+        return takeStored(*file, wanted, least);
+    }
     for (auto& place : kept_) {
         MessageBlock* const kept =
-            capacity == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
+            wanted == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
         if (kept != nullptr) {
             kept->next.store(nullptr, std::memory_order_relaxed);
             kept->published.store(0, std::memory_order_relaxed);
             return kept;
         }
     }
+    return takeMemory(wanted);
+}
+
+MessageBlock* BlockPool::takeMemory(std::size_t capacity) {
     auto* const block = new (::operator new(sizeof(MessageBlock) + capacity)) MessageBlock;
     block->capacity = capacity;
     return block;
 }
 
+MessageBlock* BlockPool::takeStored(QueueFile& file, std::size_t wanted, std::size_t least) {
+    static_assert(sizeof(QueueFileFormat::BlockHead) + sizeof(MessageBlock) == QueueFileFormat::BODY,
+                  "the messages begin where a reader expects them");
+    std::size_t capacity = 0;
+    char* const memory = file.take(wanted, least, capacity);
+    if (memory == nullptr) {
+        throw QueueFileFull();
+    }
+    auto* const block = new (memory + sizeof(QueueFileFormat::BlockHead)) MessageBlock;
+    block->capacity = capacity;
+    block->file = &file;
+    return block;
+}
+
 void BlockPool::giveBack(MessageBlock* block) noexcept {
+    if (block->file != nullptr) {
+        block->file->giveBack(reinterpret_cast<char*>(block) - sizeof(QueueFileFormat::BlockHead));
+        return;
+    }
     for (auto& place : kept_) {
         MessageBlock* empty = nullptr;
         if (block->capacity == USUAL_CAPACITY &&
@@ -49,8 +78,11 @@ constexpr std::size_t GROWTH = 8;
 
 } // namespace
 
+/// The first block lies in memory, since a ring can be made also if a file is full.
 Ring::Ring(BlockPool& pool)
-    : pool_(pool), nextCapacity_(FIRST_CAPACITY * GROWTH), lastBlock_(pool.take(FIRST_CAPACITY)) {
+    : pool_(pool), nextCapacity_(pool.file() == nullptr ? FIRST_CAPACITY * GROWTH : FIRST_CAPACITY),
+      lastBlock_(pool.file() == nullptr ? pool.take(FIRST_CAPACITY, FIRST_CAPACITY)
+                                        : BlockPool::takeEmpty()) {
     oldest_ = lastBlock_.load(std::memory_order_relaxed);
     front_ = Cursor(oldest_);
 }
@@ -66,8 +98,12 @@ Ring::~Ring() {
 // The side of the thread that appends
 
 PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber) {
+    if (pool_.file() != nullptr) {
+        return reserveStored(message, answeredReports, nextNumber);
+    }
     const PackedMessage packed(message, answeredReports, last_, nextNumber);
-    if (lastBlock_.load(std::memory_order_relaxed)->capacity - used_ >= packed.size()) {
+    if (lastBlock_.load(std::memory_order_relaxed)->file == nullptr &&
+        lastBlock_.load(std::memory_order_relaxed)->capacity - used_ >= packed.size()) {
         return packed;
     }
     // The first message of a block has nothing in common with the one before, since blocks come and go one by
@@ -77,9 +113,45 @@ PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, s
     return first;
 }
 
+/// In a file each message can be read by itself.
+PackedMessage Ring::reserveStored(const MessageFields& message, int answeredReports,
+                                  std::uint64_t nextNumber) {
+    const PackedMessage packed(message, answeredReports, SharedFields(), nextNumber);
+    QueueFile& file = *pool_.file();
+    describe(file, message);
+    const std::size_t size = QueueFileFormat::recordSize(packed.size());
+    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
+    if (last.file != &file || last.capacity - used_ < size) {
+        addBlock(size);
+    }
+    return packed;
+}
+
+/// Those that were used lately are remembered here.
+void Ring::describe(QueueFile& file, const MessageFields& message) {
+    const auto placeIn = [](const void*(&table)[8], const void* address) -> const void*& {
+        return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
+    };
+    if (describedIn_ != &file) {
+        std::fill(std::begin(loggers_), std::end(loggers_), nullptr);
+        std::fill(std::begin(places_), std::end(places_), nullptr);
+        describedIn_ = &file;
+    }
+    const void*& logger = placeIn(loggers_, message.loggerName.data());
+    const void*& place = placeIn(places_, message.place);
+    if (logger == message.loggerName.data() && place == message.place) {
+        return;
+    }
+    if (!file.describe(message)) {
+        throw QueueFileFull();
+    }
+    logger = message.loggerName.data();
+    place = message.place;
+}
+
 /// The block is linked before the message has its number: who has seen the number sees the block.
 void Ring::addBlock(std::size_t neededBytes) {
-    MessageBlock* const block = pool_.take(std::max(neededBytes, nextCapacity_));
+    MessageBlock* const block = pool_.take(std::max(neededBytes, nextCapacity_), neededBytes);
     nextCapacity_ = std::min(nextCapacity_ * GROWTH, BlockPool::USUAL_CAPACITY);
     MessageBlock* const filled = lastBlock_.load(std::memory_order_relaxed);
     lastBlock_.store(block, std::memory_order_release);
@@ -91,8 +163,19 @@ void Ring::addBlock(std::size_t neededBytes) {
 
 void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
-    message.writeTo(block.bytes() + used_, number, last_);
-    used_ += message.size();
+    char* const place = block.bytes() + used_;
+    if (block.file == nullptr) {
+        message.writeTo(place, number, last_);
+        used_ += message.size();
+    } else {
+        SharedFields none;
+        char* const payload = place + sizeof(QueueFileFormat::Frame);
+        message.writeTo(payload, number, none);
+        used_ += QueueFileFormat::recordSize(message.size());
+        QueueFileFormat::writeFrame(place, QueueFileFormat::frameWord(block.file->run(), message.size()),
+                                    {payload, message.size()},
+                                    block.capacity - used_ < sizeof(QueueFileFormat::Frame));
+    }
     block.published.store(used_, std::memory_order_release);
 }
 
@@ -113,14 +196,23 @@ bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
     return true;
 }
 
+std::size_t Ring::Cursor::frameSize() const noexcept {
+    return block_->file == nullptr ? 0 : sizeof(QueueFileFormat::Frame);
+}
+
 std::uint64_t Ring::Cursor::nextNumber() const noexcept {
-    return PackedMessage::readNumber(block_->bytes() + offset_, before_);
+    return PackedMessage::readNumber(block_->bytes() + offset_ + frameSize(), before_);
 }
 
 PackedMessage::Unpacked Ring::Cursor::next() noexcept {
-    const PackedMessage::Unpacked message = PackedMessage::read(block_->bytes() + offset_, before_);
-    before_ = message.sharedFields();
-    offset_ += message.size;
+    const PackedMessage::Unpacked message =
+        PackedMessage::read(block_->bytes() + offset_ + frameSize(), before_);
+    if (block_->file == nullptr) {
+        before_ = message.sharedFields();
+        offset_ += message.size;
+    } else {
+        offset_ += QueueFileFormat::recordSize(message.size);
+    }
     passed_ = message.number;
     return message;
 }

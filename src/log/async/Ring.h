@@ -9,6 +9,8 @@
 namespace ZAV {
 namespace Log {
 
+class QueueFile;
+
 /// Memory for packed messages, which lie behind this head.
 struct MessageBlock {
     char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
@@ -16,8 +18,12 @@ struct MessageBlock {
     std::atomic<MessageBlock*> next{
         nullptr};                          ///< set once, when the thread that appends has filled this block
     std::atomic<std::size_t> published{0}; ///< bytes that hold messages
-    std::size_t capacity;                  ///< in bytes
+    std::size_t capacity = 0;              ///< in bytes
+    QueueFile* file = nullptr;             ///< where it lies, as records of their own; null if in memory
 };
+
+/// Thrown where the file that the queue is kept in has no room for a message. The message was not queued.
+struct QueueFileFull {};
 
 /// Hands out blocks, and keeps a few that were given back: the first touch of new memory costs as much as
 /// packing the messages into it. All operations may be called from any thread, and take no lock.
@@ -30,13 +36,28 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// \return a block of at least that capacity
+    /// Has blocks come from a file from now on.
+    /// \param file must never be destroyed; null for memory
+    void setFile(QueueFile* file) noexcept { file_.store(file, std::memory_order_release); }
+    QueueFile* file() const noexcept { return file_.load(std::memory_order_acquire); }
+
+    /// \param wanted the capacity that the block should have
+    /// \param least the capacity that it must have
     /// \throw std::bad_alloc
-    MessageBlock* take(std::size_t capacity);
+    /// \throw QueueFileFull
+    MessageBlock* take(std::size_t wanted, std::size_t least);
+
+    /// \return one without capacity, which needs no file
+    /// \throw std::bad_alloc
+    static MessageBlock* takeEmpty() { return takeMemory(0); }
 
     void giveBack(MessageBlock* block) noexcept;
 
 private:
+    static MessageBlock* takeMemory(std::size_t capacity);
+    MessageBlock* takeStored(QueueFile& file, std::size_t wanted, std::size_t least);
+
+    std::atomic<QueueFile*> file_{nullptr};
     std::atomic<MessageBlock*> kept_[16] = {}; ///< all of the usual capacity
 };
 
@@ -59,6 +80,7 @@ public:
     /// \param message lives until then
     /// \param nextNumber a number that the message's own will be at or above
     /// \throw std::bad_alloc
+    /// \throw QueueFileFull
     PackedMessage reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber);
 
     /// Writes the message that room was made for, and publishes it.
@@ -89,6 +111,9 @@ public:
         MessageBlock* block() const noexcept { return block_; }
 
     private:
+        /// \return what stands before each message
+        std::size_t frameSize() const noexcept;
+
         MessageBlock* block_ = nullptr;
         std::size_t offset_ = 0;
         SharedFields before_; ///< of the message before it in the block
@@ -117,6 +142,8 @@ public:
     bool hasEnded() const noexcept { return hasEnded_; }
 
 private:
+    PackedMessage reserveStored(const MessageFields& message, int answeredReports, std::uint64_t nextNumber);
+    void describe(QueueFile& file, const MessageFields& message);
     void addBlock(std::size_t neededBytes);
     bool passBlock() noexcept;
     void freeToFront() noexcept;
@@ -127,6 +154,9 @@ private:
     std::size_t used_ = 0; ///< of the last block
     SharedFields last_;    ///< of the newest message in the last block
     std::size_t nextCapacity_;
+    QueueFile* describedIn_ = nullptr; ///< the file that knows what these are
+    const void* loggers_[8] = {};
+    const void* places_[8] = {};
 
     std::atomic<MessageBlock*> lastBlock_; ///< written by that thread
 

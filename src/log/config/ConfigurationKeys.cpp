@@ -201,6 +201,11 @@ constexpr ConfigurationKey KEYS[] = {
     option(DispatcherOption::OVERFLOW_RULE, ValueForm::OVERFLOW_RULE, "`discard` or `block`",
            value("discard"),
            "what a full queue does: push the oldest message out, or let the thread that logs wait"),
+    option(DispatcherOption::QUEUE_FILE, ValueForm::TEXT, "path", means("the queue is in memory"),
+           "a file in which the queue outlives the process, until the next start or `zav-log recover` "
+           "delivers it"),
+    option(DispatcherOption::QUEUE_FILE_SIZE, ValueForm::BYTE_SIZE, "number and `B`, `KB`, `MB` or `GB`",
+           value("16 MB"), "how much a new `queueFile` may hold"),
 };
 
 /// The library's own classes of appenders.

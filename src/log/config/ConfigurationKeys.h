@@ -42,6 +42,7 @@ enum class ValueForm {
     LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. A needed key is its unit
     LEADING_SIGNED,   ///< `readLeadingSigned`, a number of the units of the needed key; the same
     SIZE_UNIT,        ///< `readSizeUnit`
+    BYTE_SIZE,        ///< `readByteSize`; anything else is reported and left out
     LIFETIME_UNIT,    ///< `readLifetimeUnit`
     FILE_MODE,        ///< `readFileMode`; anything else counts as absent
     LAYOUT,           ///< `readLayout`; anything else is an error

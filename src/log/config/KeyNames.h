@@ -43,6 +43,8 @@ constexpr char MAX_QUEUE_SIZE[] = "maxQueueSize";
 constexpr char WAITING_PERIOD[] = "waitingPeriod";
 constexpr char PRIORITY[] = "priority";
 constexpr char OVERFLOW_RULE[] = "overflow";
+constexpr char QUEUE_FILE[] = "queueFile";
+constexpr char QUEUE_FILE_SIZE[] = "queueFileSize";
 } // namespace DispatcherOption
 
 constexpr char LOGGER_KEY_PREFIX[] = "logger.";

@@ -87,6 +87,20 @@ std::optional<std::uint64_t> readSizeUnit(const std::string& word) {
     return word == "GB" ? std::optional<std::uint64_t>(KILO * KILO * KILO) : std::nullopt;
 }
 
+std::uint64_t readByteSize(const std::string& text) {
+    const std::size_t end = text.find_first_not_of("0123456789");
+    const std::size_t unitBegin = end == std::string::npos ? end : text.find_first_not_of(' ', end);
+    const std::optional<std::uint64_t> unit =
+        unitBegin == std::string::npos ? std::nullopt : readSizeUnit(text.substr(unitBegin));
+    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text.substr(0, end));
+    if (!unit || end == 0 || count.value == 0) {
+        throw Util::UtilException(text);
+    }
+    return count.value > std::numeric_limits<std::uint64_t>::max() / *unit
+               ? std::numeric_limits<std::uint64_t>::max()
+               : count.value * *unit;
+}
+
 std::optional<TimeUnit> readLifetimeUnit(const std::string& word) {
     if (word == "m") {
         return MIN;

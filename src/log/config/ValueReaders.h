@@ -31,6 +31,11 @@ LeadingNumber<std::int32_t> readLeadingSigned(const std::string& text);
 std::optional<std::uint64_t> readSizeUnit(const std::string& word);
 constexpr std::uint64_t DEFAULT_SIZE_UNIT = 1;
 
+/// Reads a number and a unit of size, with or without spaces in between; one beyond 64 bits is the largest.
+/// \return bytes
+/// \throw UtilException with the text if it is none, or 0 or less
+std::uint64_t readByteSize(const std::string& text);
+
 /// \return the unit that "m", "h" or "d" names; nothing for another word, which counts as "m"
 std::optional<Util::TimeUtils::TimeUnit> readLifetimeUnit(const std::string& word);
 constexpr Util::TimeUtils::TimeUnit DEFAULT_LIFETIME_UNIT = Util::TimeUtils::MIN;

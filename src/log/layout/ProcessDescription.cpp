@@ -31,6 +31,8 @@ struct KnownHost {
 
 thread_local KnownHost knownHost{};
 
+thread_local const ProcessDescription* shownProcess = nullptr;
+
 /// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
 /// line costs, so it is read once a second.
 std::string_view hostName(Util::TimeUtils::Time time) {
@@ -46,7 +48,18 @@ std::string_view hostName(Util::TimeUtils::Time time) {
 
 } // namespace
 
+ShownProcess::ShownProcess(const ProcessDescription& process) noexcept : process_(process) {
+    shownProcess = &process_;
+}
+
+ShownProcess::~ShownProcess() {
+    shownProcess = nullptr;
+}
+
 ProcessDescription describeProcess(Util::TimeUtils::Time time) {
+    if (shownProcess != nullptr) {
+        return *shownProcess;
+    }
     return {programName(), Platform::rememberedProcessId(), hostName(time)};
 }
 

@@ -165,5 +165,79 @@ std::vector<std::pair<std::string, std::string>> listPairs(std::string_view pack
     return pairs;
 }
 
+// Of bytes that may be anything
+
+namespace {
+
+/// Takes a packed value off the front.
+/// \return false if there is none
+bool takeValue(std::string_view& bytes, TaggedValue::Kind& kind) noexcept {
+    using namespace Packing;
+    if (bytes.empty()) {
+        return false;
+    }
+    const unsigned head = static_cast<unsigned char>(bytes.front());
+    const unsigned sizeOfNumber = head >> KIND_BITS;
+    bytes.remove_prefix(1);
+    kind = static_cast<Kind>(head & KIND_MASK);
+    const auto take = [&bytes](std::uint64_t size) {
+        const bool isThere = size <= bytes.size();
+        bytes.remove_prefix(isThere ? static_cast<std::size_t>(size) : 0);
+        return isThere;
+    };
+    switch (kind) {
+    case Kind::DOUBLE:
+        return take(sizeof(double));
+    case Kind::FLOAT:
+        return take(sizeof(float));
+    case Kind::CHARACTER:
+        return take(sizeof(char));
+    case Kind::ADDRESS:
+        return take(sizeof(const void*));
+    case Kind::SIGNED:
+    case Kind::UNSIGNED:
+    case Kind::BOOLEAN:
+        return sizeOfNumber <= sizeof(std::uint64_t) && take(sizeOfNumber);
+    case Kind::C_STRING:
+        if (sizeOfNumber == NULL_TEXT) {
+            return true;
+        }
+        break;
+    case Kind::TEXT:
+        break;
+    default:
+        return false;
+    }
+    const char* next = bytes.data();
+    if (sizeOfNumber > sizeof(std::uint64_t) || !take(sizeOfNumber)) {
+        return false;
+    }
+    const std::uint64_t length = readNumber(next, sizeOfNumber);
+    return take(length) && (kind != Kind::C_STRING || (length > 0 && *(bytes.data() - 1) == '\0'));
+}
+
+} // namespace
+
+bool arePackedValues(std::string_view bytes) noexcept {
+    TaggedValue::Kind kind;
+    while (!bytes.empty()) {
+        if (!takeValue(bytes, kind)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool arePackedPairs(std::string_view bytes) noexcept {
+    TaggedValue::Kind kind;
+    while (!bytes.empty()) {
+        if (!takeValue(bytes, kind) || kind != TaggedValue::Kind::TEXT || !takeValue(bytes, kind) ||
+            kind == TaggedValue::Kind::C_STRING || kind == TaggedValue::Kind::ADDRESS) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace Log
 } // namespace ZAV

@@ -55,6 +55,14 @@ void forEachLastPair(std::string_view packed, const Function& function) {
     }
 }
 
+// Of bytes that may be anything.
+
+/// \return whether they are packed values
+bool arePackedValues(std::string_view bytes) noexcept;
+
+/// \return whether they are packed pairs
+bool arePackedPairs(std::string_view bytes) noexcept;
+
 /// The text of a value, unquoted.
 class ValueText {
 public:

@@ -100,6 +100,9 @@ public:
     bool isOpen() const noexcept { return number_ != NONE; }
     int number() const noexcept { return number_; }
 
+    /// \return the number, which the caller owns from now on
+    int release() noexcept { return std::exchange(number_, NONE); }
+
     /// \return whether the number still leads to what was opened
     bool isStillOwn() const noexcept {
         struct stat status;

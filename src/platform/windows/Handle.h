@@ -25,6 +25,9 @@ public:
     bool isOpen() const noexcept { return value_ != nullptr; }
     HANDLE get() const noexcept { return value_; }
 
+    /// \return the object, which the caller owns from now on
+    HANDLE release() noexcept { return std::exchange(value_, nullptr); }
+
 private:
     HANDLE value_ = nullptr;
 };

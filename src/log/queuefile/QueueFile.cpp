@@ -1,0 +1,291 @@
+#include "log/queuefile/QueueFile.h"
+
+#include "log/LogException.h"
+#include "log/layout/ProcessDescription.h"
+#include "log/queuefile/QueueFileChecks.h"
+#include "log/queuefile/StoredQueue.h"
+#include "platform/Fork.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <limits>
+
+namespace ZAV {
+namespace Log {
+
+using namespace QueueFileFormat;
+using Platform::ScopedLock;
+
+namespace {
+
+constexpr std::size_t LEAST_SLOTS = 16;
+
+template <typename Value>
+std::string_view bytesOf(const Value& value) {
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+/// A size in whole slots.
+std::size_t slotSize(std::uint64_t size) {
+    return static_cast<std::size_t>(std::max<std::uint64_t>(size / SLOT, LEAST_SLOTS)) * SLOT;
+}
+
+Head makeHead(std::size_t size) {
+    Head head = {};
+    std::memcpy(head.magic, MAGIC, sizeof head.magic);
+    head.version = VERSION;
+    head.byteOrder = BYTE_ORDER_MARK;
+    head.sizeOfAddress = sizeof(void*);
+    head.sizeOfSlot = SLOT;
+    head.sizeOfFile = size;
+    head.check = checkOf(head);
+    return head;
+}
+
+/// Tells this run from others that may have left records in the file, also ones that are free.
+std::uint32_t makeRun() {
+    const std::uint64_t seeds[] = {
+        Util::TimeUtils::Time::now().microseconds(),
+        static_cast<std::uint64_t>(Platform::rememberedProcessId()),
+        static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count())};
+    const auto run = static_cast<std::uint32_t>(XXH3_64bits(seeds, sizeof seeds));
+    return run == 0 ? 1 : run;
+}
+
+} // namespace
+
+void QueueFileMark::set(std::uint64_t number) noexcept {
+    if (mark_ != nullptr) {
+        publish(mark_->number, number);
+        publish(mark_->inverse, ~number);
+    }
+}
+
+QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
+    : path_(path), run_(makeRun()), generation_(Platform::forkGeneration()) {
+    const std::size_t wholeSize = size == 0 ? 0 : slotSize(size);
+    const Head head = makeHead(wholeSize);
+    std::string problem;
+    const Platform::MappedFile::Result result = file_.open(path, wholeSize, bytesOf(head), problem);
+    if (result == Platform::MappedFile::IN_USE) {
+        throw LogException("The queue file " + path + " is in use.");
+    }
+    if (result == Platform::MappedFile::MAPPED && file_.size() != 0) {
+        earlier_ = std::make_unique<StoredQueue>(std::string_view(file_.bytes(), file_.size()));
+        problem = earlier_->problem();
+    }
+    const bool isDamaged =
+        earlier_ != nullptr && StoredQueue::isOne({file_.bytes(), file_.size()}) && !problem.empty();
+    if (!problem.empty() && (!isDamaged || damage == REFUSE_DAMAGED)) {
+        throw LogException("The queue file " + path + " cannot be read: " + problem);
+    }
+    if (problem.empty() && file_.size() != 0) {
+        begin();
+    }
+}
+
+QueueFile::~QueueFile() = default;
+
+/// What earlier processes have left stays in use.
+void QueueFile::begin() {
+    const ScopedLock lock(lock_);
+    isUsed_.assign(file_.size() / SLOT, false);
+    isUsed_[0] = true;
+    if (earlier_ != nullptr) {
+        for (const StoredQueue::Block& block : earlier_->blocks()) {
+            std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(block.slot), block.slots, true);
+            used_ += block.slots;
+        }
+    }
+    const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
+    const ProcessDescription process = describeProcess(now);
+    RunNote run = {};
+    run.kind = RUN;
+    run.processId = process.id;
+    run.begin = now.microseconds();
+    run.programLength = static_cast<std::uint32_t>(process.program.size());
+    note(std::string(bytesOf(run)) + std::string(process.program) + std::string(process.host));
+}
+
+// Slots
+
+/// \return 0 if there is no such run of free ones
+std::size_t QueueFile::findFree(std::size_t slots) const noexcept {
+    std::size_t length = 0;
+    for (std::size_t slot = firstFree_; slot < isUsed_.size(); ++slot) {
+        length = isUsed_[slot] ? 0 : length + 1;
+        if (length == slots) {
+            return slot + 1 - slots;
+        }
+    }
+    return 0;
+}
+
+char* QueueFile::takeSlots(BlockKind kind, std::size_t slots) noexcept {
+    const std::size_t slot = findFree(slots);
+    if (slot == 0) {
+        return nullptr;
+    }
+    std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(slot), slots, true);
+    while (firstFree_ < isUsed_.size() && isUsed_[firstFree_]) {
+        ++firstFree_;
+    }
+    const std::size_t half = isUsed_.size() / 2;
+    if (used_ < half && used_ + slots >= half) {
+        isHalfFull_ = true;
+    }
+    used_ += slots;
+    char* const block = file_.bytes() + slot * SLOT;
+    reinterpret_cast<Frame*>(block + BODY)->word = 0;
+    publish(reinterpret_cast<BlockHead*>(block)->word, blockWord(kind, slots));
+    return block;
+}
+
+void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
+    const auto wordOf = [this](std::size_t any) -> std::uint64_t& {
+        return reinterpret_cast<BlockHead*>(file_.bytes() + any * SLOT)->word;
+    };
+    publish(wordOf(slot),
+            blockWord(FREED, slots)); // so that whoever comes amid the others does not look at them
+    for (std::size_t freed = slot + slots; freed-- > slot;) {
+        publish(wordOf(freed), 0);
+        isUsed_[freed] = false;
+    }
+    used_ -= slots;
+    firstFree_ = std::min(firstFree_, slot);
+}
+
+char* QueueFile::take(std::size_t wanted, std::size_t least, std::size_t& capacity) noexcept {
+    const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
+    const ScopedLock lock(lock_);
+    std::size_t slots = slotsFor(wanted);
+    char* block = takeSlots(MESSAGES, slots);
+    if (block == nullptr) {
+        slots = slotsFor(least);
+        block = takeSlots(MESSAGES, slots);
+    }
+    capacity = slots * SLOT - BODY;
+    return block;
+}
+
+void QueueFile::giveBack(char* block) noexcept {
+    if (generation_ != Platform::forkGeneration()) {
+        return;
+    }
+    const ScopedLock lock(lock_);
+    const std::size_t slots = slotsIn(reinterpret_cast<BlockHead*>(block)->word);
+    freeSlots(static_cast<std::size_t>(block - file_.bytes()) / SLOT, slots);
+}
+
+void QueueFile::forgetEarlier() {
+    const ScopedLock lock(lock_);
+    if (earlier_ == nullptr) {
+        return;
+    }
+    // The process may end at any of these steps: nothing waits from here on, and a run that is still known
+    // says so.
+    for (const auto& known : earlier_->runs()) {
+        earlierDone(known.first).set(std::numeric_limits<std::uint64_t>::max());
+    }
+    for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
+        for (const StoredQueue::Block& block : earlier_->blocks()) {
+            if (block.kind == kind) {
+                freeSlots(block.slot, block.slots);
+            }
+        }
+    }
+    earlier_.reset();
+}
+
+// What the messages refer to
+
+/// Twice, in blocks of their own.
+bool QueueFile::note(std::string_view payload) noexcept {
+    const std::size_t size = recordSize(payload.size());
+    for (NoteEnd& copy : notes_) {
+        if (copy.next == nullptr || static_cast<std::size_t>(copy.end - copy.next) < size) {
+            const std::size_t slots = (BODY + size + SLOT - 1) / SLOT;
+            char* const block = takeSlots(NOTES, slots);
+            if (block == nullptr) {
+                return false;
+            }
+            copy = {block + BODY, block + slots * SLOT};
+        }
+        std::memcpy(copy.next + sizeof(Frame), payload.data(), payload.size());
+        const bool isLast = static_cast<std::size_t>(copy.end - copy.next) < size + sizeof(Frame);
+        writeFrame(copy.next, frameWord(run_, payload.size(), true), payload, isLast);
+        copy.next += size;
+    }
+    return true;
+}
+
+bool QueueFile::describe(const MessageFields& message) {
+    const std::uint64_t logger = reinterpret_cast<std::uintptr_t>(message.loggerName.data());
+    const std::uint64_t place = reinterpret_cast<std::uintptr_t>(message.place);
+    const ScopedLock lock(lock_);
+    if (logger != 0 && described_.count(logger) == 0) {
+        const LoggerNote head = {LOGGER, 0, logger};
+        if (!note(std::string(bytesOf(head)) + std::string(message.loggerName))) {
+            return false;
+        }
+        described_.insert(logger);
+    }
+    if (place != 0 && described_.count(place) == 0) {
+        const KnownPlace& known = *message.place;
+        const PlaceNote head = {PLACE, known.line, place, static_cast<std::uint32_t>(known.level),
+                                static_cast<std::uint32_t>(known.file.size())};
+        if (!note(std::string(bytesOf(head)) + std::string(known.file) + std::string(known.format))) {
+            return false;
+        }
+        described_.insert(place);
+    }
+    return true;
+}
+
+// Marks
+
+QueueFileMark QueueFile::earlierDone(std::uint32_t run) {
+    return markOf(run, QUEUE_MARK, DONE);
+}
+
+QueueFileMark QueueFile::earlierMark(std::uint32_t run, std::string_view appenderName) {
+    return markOf(run, APPENDER_MARK, keyOf(appenderName));
+}
+
+QueueFileMark QueueFile::appenderMark(std::string_view name) {
+    return markOf(run_, APPENDER_MARK, keyOf(name));
+}
+
+QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t key) {
+    const std::uint64_t word = frameWord(run, kind);
+    const ScopedLock lock(lock_);
+    const auto known = std::find_if(marks_.begin(), marks_.end(), [word, key](const Mark* mark) {
+        return mark->word == word && mark->key == key;
+    });
+    if (known != marks_.end()) {
+        return QueueFileMark(*known);
+    }
+    if (marksLeft_ == 0) {
+        char* const block = takeSlots(MARKS, 1);
+        if (block == nullptr) {
+            return QueueFileMark();
+        }
+        std::memset(block + BODY, 0, SLOT - BODY);
+        nextMark_ = reinterpret_cast<Mark*>(block + BODY);
+        marksLeft_ = (SLOT - BODY) / sizeof(Mark);
+    }
+    marks_.push_back(nextMark_);
+    --marksLeft_;
+    Mark& made = *nextMark_++;
+    made.key = key;
+    made.inverse = ~std::uint64_t{0};
+    Mark checked = made;
+    checked.word = word;
+    made.check = checkOf(checked);
+    publish(made.word, word);
+    return QueueFileMark(&made);
+}
+
+} // namespace Log
+} // namespace ZAV

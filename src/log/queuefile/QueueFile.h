@@ -1,0 +1,132 @@
+#pragma once
+
+#include "log/message/MessageFields.h"
+#include "log/queuefile/QueueFileFormat.h"
+#include "platform/CriticalSection.h"
+#include "platform/MappedFile.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+class StoredQueue;
+
+/// A mark in the file, which says how far something has come. Where there is no room for one it does nothing,
+/// and more is delivered again than need be.
+class QueueFileMark {
+public:
+    QueueFileMark() noexcept = default;
+    explicit QueueFileMark(QueueFileFormat::Mark* mark) noexcept : mark_(mark) {}
+
+    explicit operator bool() const noexcept { return mark_ != nullptr; }
+
+    /// Of one thread at a time.
+    void set(std::uint64_t number) noexcept;
+
+private:
+    QueueFileFormat::Mark* mark_ = nullptr;
+};
+
+/// The writer's side of a queue file: memory for the queue's blocks that outlives the process, together with
+/// all that somebody else needs to read them. All operations may be called from any thread of the process
+/// that made the object; a forked child must not touch it.
+class QueueFile {
+public:
+    /// Whether a damaged file is opened all the same, to be read and not to be written to.
+    enum Damage { REFUSE_DAMAGED, ACCEPT_DAMAGED };
+
+    /// Opens the file or makes it, for this process alone.
+    /// \param size of a new file in bytes; 0 to make none
+    /// \throw LogException if that is not possible, if another process uses it or if it is damaged; it is left as
+    ///        it was
+    QueueFile(const std::string& path, std::uint64_t size, Damage damage = REFUSE_DAMAGED);
+    ~QueueFile();
+    QueueFile(const QueueFile&) = delete;
+    QueueFile& operator=(const QueueFile&) = delete;
+
+    const std::string& path() const noexcept { return path_; }
+
+    /// \return what earlier processes have left; null once it was forgotten
+    const StoredQueue* earlier() const noexcept { return earlier_.get(); }
+
+    /// \return the mark up to which an earlier run's messages need no appender any more
+    QueueFileMark earlierDone(std::uint32_t run);
+
+    /// \return a mark of an earlier run, which an appender moves on as it gets that run's messages
+    QueueFileMark earlierMark(std::uint32_t run, std::string_view appenderName);
+
+    /// Frees what earlier processes have left.
+    /// \throw std::bad_alloc
+    void forgetEarlier();
+
+    /// \return a block of messages, whose body begins after `QueueFileFormat::BODY` bytes; null if the file is full
+    /// \param wanted how large the body should be, in bytes
+    /// \param least how large it must be
+    /// \param capacity receives how large it is
+    char* take(std::size_t wanted, std::size_t least, std::size_t& capacity) noexcept;
+
+    /// Without effect in a forked child.
+    /// \param block what `take` returned
+    void giveBack(char* block) noexcept;
+
+    /// \return whether more than half of the file has come into use since this was asked last
+    bool hasBecomeHalfFull() noexcept {
+        return isHalfFull_.load(std::memory_order_relaxed) && isHalfFull_.exchange(false);
+    }
+
+    /// Sees to it that the file says what the addresses of the message's logger and place stand for.
+    /// \return false if it is full
+    /// \throw std::bad_alloc
+    bool describe(const MessageFields& message);
+
+    /// What each record of this process begins with.
+    std::uint32_t run() const noexcept { return run_; }
+
+    QueueFileMark mark(QueueFileFormat::QueueMark key) {
+        return markOf(run_, QueueFileFormat::QUEUE_MARK, key);
+    }
+    QueueFileMark appenderMark(std::string_view name);
+
+private:
+    void begin();
+    std::size_t findFree(std::size_t slots) const noexcept ZAV_LOG_REQUIRES(lock_);
+    char* takeSlots(QueueFileFormat::BlockKind kind, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
+    void freeSlots(std::size_t slot, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
+    bool note(std::string_view payload) noexcept ZAV_LOG_REQUIRES(lock_);
+    QueueFileMark markOf(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key);
+
+    /// Where the next note goes, in one of the two copies.
+    struct NoteEnd {
+        char* next = nullptr;
+        char* end = nullptr;
+    };
+
+    const std::string path_;
+    Platform::MappedFile file_;
+    const std::uint32_t run_;
+    const unsigned generation_; ///< tells a forked child
+    std::atomic<bool> isHalfFull_{false};
+    std::unique_ptr<StoredQueue> earlier_;
+
+    /// Held for short steps: a block is taken or given back, a note or a mark is added.
+    mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
+    std::vector<bool> isUsed_ ZAV_LOG_GUARDED_BY(lock_);  ///< of each slot
+    std::size_t used_ ZAV_LOG_GUARDED_BY(lock_) = 0;      ///< slots
+    std::size_t firstFree_ ZAV_LOG_GUARDED_BY(lock_) = 1; ///< all before it are used
+    NoteEnd notes_[2] ZAV_LOG_GUARDED_BY(lock_);
+    std::vector<QueueFileFormat::Mark*> marks_ ZAV_LOG_GUARDED_BY(lock_); ///< in use
+    QueueFileFormat::Mark* nextMark_ ZAV_LOG_GUARDED_BY(lock_) = nullptr;
+    std::size_t marksLeft_ ZAV_LOG_GUARDED_BY(lock_) = 0;
+    std::unordered_set<std::uint64_t> described_ ZAV_LOG_GUARDED_BY(lock_); ///< addresses
+};
+
+} // namespace Log
+} // namespace ZAV

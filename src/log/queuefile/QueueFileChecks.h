@@ -1,0 +1,49 @@
+#pragma once
+
+#include "log/queuefile/QueueFileFormat.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+namespace ZAV {
+namespace Log {
+
+// By which a reader tells what is whole from what is torn or damaged.
+
+namespace QueueFileFormat {
+
+inline std::uint64_t checkOf(std::uint64_t word, std::string_view payload) noexcept {
+    return XXH3_64bits_withSeed(payload.data(), payload.size(), word);
+}
+
+inline std::uint64_t keyOf(std::string_view appenderName) noexcept {
+    return XXH3_64bits(appenderName.data(), appenderName.size());
+}
+
+inline std::uint64_t checkOf(const Mark& mark) noexcept {
+    return checkOf(mark.word, {reinterpret_cast<const char*>(&mark.key), sizeof mark.key});
+}
+
+inline std::uint64_t checkOf(const Head& head) noexcept {
+    return XXH3_64bits(&head, offsetof(Head, check));
+}
+
+/// Writes a record.
+/// \param place where it goes, a multiple of its alignment
+/// \param isLast whether there is no room for another one behind it
+inline void writeFrame(char* place, std::uint64_t word, std::string_view payload, bool isLast) noexcept {
+    auto* const frame = reinterpret_cast<Frame*>(place);
+    if (!isLast) {
+        reinterpret_cast<Frame*>(place + recordSize(payload.size()))->word = 0;
+    }
+    frame->check = checkOf(word, payload);
+    publish(frame->word, word);
+}
+
+} // namespace QueueFileFormat
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace ZAV {
+namespace Log {
+
+/// What a queue file is made of, as it lies in the file.
+///
+/// Behind a head the file is divided into slots. A block is a run of them: a header, and behind it records or
+/// marks. Each record can be told from a torn or a damaged one by itself, and says which run of a program
+/// wrote it, so that a reader needs nothing of what the writer knew. All numbers are those of the machine,
+/// whose byte order the head tells.
+namespace QueueFileFormat {
+
+constexpr std::size_t SLOT = 4096;
+
+/// Begins the file, in a slot of its own.
+struct Head {
+    char magic[8];
+    std::uint32_t version;
+    std::uint32_t byteOrder;
+    std::uint32_t sizeOfAddress;
+    std::uint32_t sizeOfSlot;
+    std::uint64_t sizeOfFile;
+    std::uint64_t check; ///< of all before it
+};
+
+constexpr char MAGIC[] = "ZAVQUEUE";
+constexpr std::uint32_t VERSION = 1;
+constexpr std::uint32_t BYTE_ORDER_MARK = 0x01020304;
+
+/// Begins a block with one word, which changes as a whole. It is 0 in each slot that begins no block and is
+/// in none.
+struct BlockHead {
+    std::uint64_t word; ///< see `blockWord`
+    std::uint64_t unused;
+};
+
+enum BlockKind : std::uint32_t {
+    MESSAGES = 1,
+    NOTES = 2, ///< what messages refer to
+    MARKS = 3,
+    FREED = 4 ///< its other slots may not be empty yet
+};
+
+/// The kind, the number of slots, and a mixture of both to tell the word from others by.
+constexpr std::uint64_t blockWord(std::uint32_t kind, std::uint64_t slots) {
+    const std::uint64_t content = static_cast<std::uint64_t>(kind) << 32U | (slots & 0xFFFFFFFFU);
+    return (content * 0x9E3779B97F4A7C15U & 0xFFFFFF0000000000U) | content;
+}
+
+constexpr std::uint32_t kindIn(std::uint64_t word) {
+    return static_cast<std::uint32_t>(word >> 32U & 0xFFU);
+}
+constexpr std::size_t slotsIn(std::uint64_t word) {
+    return static_cast<std::size_t>(word & 0xFFFFFFFFU);
+}
+constexpr bool isBlock(std::uint64_t word) {
+    return word != 0 && slotsIn(word) != 0 && word == blockWord(kindIn(word), slotsIn(word));
+}
+
+/// Where the records or marks of a block begin; what lies between is the writer's own.
+constexpr std::size_t BODY = 48;
+
+/// Begins a record, which lies at a multiple of its alignment. The payload follows, and a 0 in the place of
+/// the next record's first word, before the word that makes the record valid is written.
+struct Frame {
+    std::uint64_t word; ///< the run in the upper half, the size of the payload in the lower one
+    std::uint64_t check;
+};
+
+constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U;
+
+constexpr std::uint64_t frameWord(std::uint32_t run, std::size_t size, bool isNote = false) {
+    return static_cast<std::uint64_t>(run) << 32U | static_cast<std::uint64_t>(size) |
+           (isNote ? NOTE_BIT : 0);
+}
+
+constexpr std::uint32_t runIn(std::uint64_t word) {
+    return static_cast<std::uint32_t>(word >> 32U);
+}
+constexpr std::size_t sizeIn(std::uint64_t word) {
+    return static_cast<std::size_t>(word & (NOTE_BIT - 1));
+}
+constexpr bool isNote(std::uint64_t word) {
+    return (word & NOTE_BIT) != 0;
+}
+
+constexpr std::size_t alignedUp(std::size_t size) {
+    return (size + alignof(Frame) - 1) / alignof(Frame) * alignof(Frame);
+}
+
+/// \return how many bytes a record takes
+constexpr std::size_t recordSize(std::size_t payload) {
+    return sizeof(Frame) + alignedUp(payload);
+}
+
+/// Writes a word behind all that was written before.
+inline void publish(std::uint64_t& word, std::uint64_t value) noexcept {
+    static_assert(sizeof(std::atomic<std::uint64_t>) == sizeof word &&
+                      std::atomic<std::uint64_t>::is_always_lock_free,
+                  "the word in the file is the atomic number itself");
+    reinterpret_cast<std::atomic<std::uint64_t>&>(word).store(value, std::memory_order_release);
+}
+
+// The payloads of notes: one of these, and the texts behind it. Loggers and places are known by their address
+// in the process that wrote them.
+
+enum NoteKind : std::uint32_t { RUN = 1, LOGGER = 2, PLACE = 3 };
+
+struct RunNote {
+    std::uint32_t kind;
+    std::int32_t processId;
+    std::uint64_t begin;         ///< in microseconds since 1970
+    std::uint32_t programLength; ///< the host follows
+    std::uint32_t unused;
+};
+
+struct LoggerNote {
+    std::uint32_t kind;
+    std::uint32_t unused;
+    std::uint64_t address;
+};
+
+struct PlaceNote {
+    std::uint32_t kind;
+    std::int32_t line;
+    std::uint64_t address;
+    std::uint32_t level;
+    std::uint32_t fileLength; ///< the format follows
+};
+
+/// A number that grows while the run goes on. It is there twice, since a reader may come between two writes.
+struct Mark {
+    std::uint64_t word; ///< `frameWord` of the run, with the kind in the place of the size
+    std::uint64_t key;
+    std::uint64_t check; ///< of the two before it
+    std::uint64_t number;
+    std::uint64_t inverse; ///< ~number
+};
+
+enum MarkKind : std::uint32_t {
+    QUEUE_MARK = 1,   ///< the key is a `QueueMark`
+    APPENDER_MARK = 2 ///< the key is a hash of the appender's name; it has got all messages up to the number
+};
+
+/// A message waits unless its number is at or below `DONE`, or above `BATCH_END` and at or below `TAKEN`.
+enum QueueMark : std::uint64_t {
+    DONE = 1,      ///< all up to here were delivered or discarded
+    BATCH_END = 2, ///< where what is being delivered ends
+    TAKEN = 3      ///< what lies behind that, up to here, was discarded
+};
+
+} // namespace QueueFileFormat
+} // namespace Log
+} // namespace ZAV

@@ -1,0 +1,234 @@
+#include "log/queuefile/StoredQueue.h"
+
+#include "log/async/PackedMessage.h"
+#include "log/queuefile/QueueFileChecks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <tuple>
+
+namespace ZAV {
+namespace Log {
+
+using namespace QueueFileFormat;
+
+namespace {
+
+/// Damage is searched for records up to this size; larger ones begin a block of their own.
+constexpr std::size_t LARGEST_SEARCHED = std::size_t{64} * 1024;
+
+/// How often as much as the file has may be looked at in vain, so that a file which pretends to be full of
+/// records is read in a bounded time.
+constexpr std::size_t MOST_SEARCHES = 64;
+
+template <typename Value>
+Value valueAt(std::string_view bytes, std::size_t place) {
+    Value value;
+    std::memcpy(&value, bytes.data() + place, sizeof value);
+    return value;
+}
+
+std::uint64_t wordAt(std::string_view bytes, std::size_t place) {
+    return valueAt<std::uint64_t>(bytes, place);
+}
+
+/// \param isUpper which of two different numbers to believe in
+std::uint64_t numberOf(const Mark& mark, bool isUpper) {
+    const std::uint64_t other = ~mark.inverse;
+    return isUpper ? std::max(mark.number, other) : std::min(mark.number, other);
+}
+
+} // namespace
+
+bool StoredQueue::Message::isWaitingFor(std::string_view appenderName) const noexcept {
+    const auto mark = run->appenders.find(keyOf(appenderName));
+    return mark == run->appenders.end() || number > mark->second;
+}
+
+bool StoredQueue::isOne(std::string_view bytes) noexcept {
+    return bytes.substr(0, sizeof Head::magic) == std::string_view(MAGIC, sizeof Head::magic);
+}
+
+StoredQueue::StoredQueue(std::string_view bytes) : bytes_(bytes) {
+    checkHead();
+    readBlocks();
+    readMessages();
+}
+
+void StoredQueue::checkHead() {
+    if (!isOne(bytes_) || bytes_.size() < sizeof(Head)) {
+        problem_ = "It is not a queue file";
+        return;
+    }
+    const auto head = valueAt<Head>(bytes_, 0);
+    if (head.check != checkOf(head)) {
+        damage();
+    } else if (head.byteOrder != BYTE_ORDER_MARK || head.sizeOfAddress != sizeof(void*)) {
+        problem_ = "It was written on another kind of machine";
+    } else if (head.version != VERSION || head.sizeOfSlot != SLOT) {
+        problem_ = "It was written by another version";
+    } else if (head.sizeOfFile != bytes_.size()) {
+        problem_ = "It has been cut";
+    }
+}
+
+/// What begins no block and is in none should be empty; if it is not, it may be what is left of a block.
+void StoredQueue::readBlocks() {
+    const std::size_t slots = (bytes_.size() + SLOT - 1) / SLOT;
+    for (std::size_t slot = 1; slot < slots && slot * SLOT + BODY <= bytes_.size();) {
+        const std::uint64_t word = wordAt(bytes_, slot * SLOT);
+        const std::size_t length = isBlock(word) ? std::min(slotsIn(word), slots - slot) : 1;
+        if (isBlock(word)) {
+            readBlock({kindIn(word), slot, length});
+        } else if (word != 0) {
+            damage();
+            readRecords(slot * SLOT, std::min((slot + 1) * SLOT, bytes_.size()));
+        }
+        slot += length;
+    }
+}
+
+void StoredQueue::readBlock(const Block& block) {
+    const std::size_t begin = block.slot * SLOT + BODY;
+    const std::size_t end = std::min((block.slot + block.slots) * SLOT, bytes_.size());
+    blocks_.push_back(block);
+    if (block.kind == MARKS) {
+        readMarks(begin, end);
+    } else if (block.kind != FREED) {
+        readRecords(begin, end);
+    }
+}
+
+/// Behind the last record there is what a block held in an earlier life, whole records among it.
+void StoredQueue::readRecords(std::size_t begin, std::size_t end) {
+    bool isBehindGap = false;
+    for (std::size_t place = begin; place + sizeof(Frame) <= end;) {
+        if (readRecord(place, end, isBehindGap)) {
+            place += recordSize(sizeIn(wordAt(bytes_, place)));
+            continue;
+        }
+        if (!isBehindGap && wordAt(bytes_, place) != 0) {
+            damage();
+        }
+        isBehindGap = true;
+        place += alignof(Frame);
+    }
+}
+
+bool StoredQueue::readRecord(std::size_t place, std::size_t end, bool isBehindGap) {
+    const auto frame = valueAt<Frame>(bytes_, place);
+    const std::size_t size = sizeIn(frame.word);
+    const bool isPlausible = frame.word != 0 && size <= end - place - sizeof(Frame) &&
+                             (!isBehindGap || size <= LARGEST_SEARCHED) &&
+                             scanned_ / MOST_SEARCHES <= bytes_.size();
+    const std::string_view payload =
+        isPlausible ? bytes_.substr(place + sizeof(Frame), size) : std::string_view();
+    if (!isPlausible || frame.check != checkOf(frame.word, payload)) {
+        scanned_ += payload.size();
+        return false;
+    }
+    const Record record{runIn(frame.word), isNote(frame.word), isBehindGap, payload};
+    if (record.isNote) {
+        readNote(record);
+    } else {
+        records_.push_back(record);
+    }
+    return true;
+}
+
+void StoredQueue::readMarks(std::size_t begin, std::size_t end) {
+    for (std::size_t place = begin; place + sizeof(Mark) <= end; place += sizeof(Mark)) {
+        const auto mark = valueAt<Mark>(bytes_, place);
+        if (mark.word == 0) {
+            return;
+        }
+        if (mark.check != checkOf(mark)) {
+            damage();
+            continue;
+        }
+        Run& run = runOf(runIn(mark.word));
+        std::uint64_t& known = sizeIn(mark.word) == APPENDER_MARK ? run.appenders[mark.key]
+                               : mark.key == DONE                 ? run.done
+                               : mark.key == BATCH_END            ? run.batchEnd
+                                                                  : run.taken;
+        known = std::max(known, numberOf(mark, mark.key == BATCH_END)); // others may have a mark of their own
+    }
+}
+
+StoredQueue::Run& StoredQueue::runOf(std::uint32_t id) {
+    Run& run = runs_[id];
+    run.id = id;
+    return run;
+}
+
+/// A note is there twice, so that damage to one of the two costs nothing.
+void StoredQueue::readNote(const Record& record) {
+    const std::string_view payload = record.payload;
+    const auto kind = payload.size() < sizeof(std::uint32_t) ? 0 : valueAt<std::uint32_t>(payload, 0);
+    if (kind == RUN && payload.size() >= sizeof(RunNote)) {
+        const auto note = valueAt<RunNote>(payload, 0);
+        const std::string_view texts = payload.substr(sizeof note);
+        Run& run = runOf(record.run);
+        run.begin = note.begin;
+        run.processId = note.processId;
+        run.program = texts.substr(0, note.programLength);
+        run.host = texts.substr(run.program.size());
+    } else if (kind == LOGGER && payload.size() >= sizeof(LoggerNote)) {
+        const auto note = valueAt<LoggerNote>(payload, 0);
+        loggers_[{record.run, note.address}] = payload.substr(sizeof note);
+    } else if (kind == PLACE && payload.size() >= sizeof(PlaceNote)) {
+        const auto note = valueAt<PlaceNote>(payload, 0);
+        const std::string_view texts = payload.substr(sizeof note);
+        const std::string_view file = texts.substr(0, note.fileLength);
+        const Place place{file, texts.substr(file.size()), note.line,
+                          static_cast<Level::LogLevel>(note.level)};
+        places_.emplace(Key(record.run, note.address), KnownPlace(place));
+    } else {
+        damage();
+    }
+}
+
+void StoredQueue::readMessages() {
+    for (const Record& record : records_) {
+        readMessage(record);
+    }
+    const auto orderOf = [](const Message& message) {
+        return std::make_tuple(message.run->begin, message.run, message.number);
+    };
+    std::sort(messages_.begin(), messages_.end(),
+              [orderOf](const Message& a, const Message& b) { return orderOf(a) < orderOf(b); });
+    messages_.erase(
+        std::unique(messages_.begin(), messages_.end(),
+                    [orderOf](const Message& a, const Message& b) { return orderOf(a) == orderOf(b); }),
+        messages_.end());
+}
+
+/// Behind a gap a message can only be left from the block's earlier life: it does not wait any more, or its
+/// run has been forgotten.
+void StoredQueue::readMessage(const Record& record) {
+    Run& run = runOf(record.run);
+    StoredMessage stored(record.payload);
+    if (!stored.isWhole()) {
+        damage();
+        return;
+    }
+    const bool isOfEarlierLife = record.isBehindGap && run.begin == 0;
+    if (isOfEarlierLife || !run.isWaiting(stored.number())) {
+        return;
+    }
+    if (record.isBehindGap) {
+        damage();
+    }
+    const auto logger = loggers_.find({record.run, stored.loggerAddress()});
+    const auto place = places_.find({record.run, stored.placeAddress()});
+    if ((stored.loggerAddress() != 0 && logger == loggers_.end()) ||
+        (stored.placeAddress() != 0 && place == places_.end())) {
+        damage();
+    }
+    messages_.push_back({&run, stored.number(),
+                         stored.fields(logger == loggers_.end() ? std::string_view() : logger->second,
+                                       place == places_.end() ? nullptr : &place->second)});
+}
+
+} // namespace Log
+} // namespace ZAV

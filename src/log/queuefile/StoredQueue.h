@@ -1,0 +1,108 @@
+#pragma once
+
+#include "log/message/KnownPlaces.h"
+#include "log/message/MessageFields.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+/// What a queue file says, whoever wrote it and whatever has become of it since. Nothing in it is trusted:
+/// what is damaged is left out, and what is whole is found.
+class StoredQueue {
+public:
+    /// A process that has written to the file.
+    struct Run {
+        std::uint32_t id = 0;
+        std::uint64_t begin = 0; ///< in microseconds since 1970; 0 if the file does not say what it was
+        int processId = 0;
+        std::string program;
+        std::string host;
+
+        std::uint64_t done = 0; ///< the marks, see `QueueFileFormat::QueueMark`
+        std::uint64_t batchEnd = 0;
+        std::uint64_t taken = 0;
+        std::map<std::uint64_t, std::uint64_t>
+            appenders; ///< how far they have come, by the hash of their names
+
+        bool isWaiting(std::uint64_t number) const noexcept {
+            return number > done && (number <= batchEnd || number > taken);
+        }
+    };
+
+    struct Message {
+        const Run* run;
+        std::uint64_t number; ///< in the order of the run
+        MessageFields fields; ///< their texts are those of the file
+
+        /// \return whether an appender of that name has not got it yet
+        bool isWaitingFor(std::string_view appenderName) const noexcept;
+    };
+
+    /// A block that is in use.
+    struct Block {
+        std::uint32_t kind;
+        std::size_t slot;
+        std::size_t slots;
+    };
+
+    /// \param bytes of the file; they must outlive the object
+    /// \throw std::bad_alloc
+    explicit StoredQueue(std::string_view bytes);
+    StoredQueue(const StoredQueue&) = delete;
+    StoredQueue& operator=(const StoredQueue&) = delete;
+
+    /// \return whether bytes begin as a queue file does
+    static bool isOne(std::string_view bytes) noexcept;
+
+    /// \return why the file is not one that can be written to; empty if it is
+    const std::string& problem() const noexcept { return problem_; }
+
+    /// \return what waits in the file for at least one appender, the run that began first before the next
+    const std::vector<Message>& messages() const noexcept { return messages_; }
+
+    const std::vector<Block>& blocks() const noexcept { return blocks_; }
+    const std::map<std::uint32_t, Run>& runs() const noexcept { return runs_; }
+
+private:
+    /// A valid record.
+    struct Record {
+        std::uint32_t run;
+        bool isNote;
+        bool isBehindGap; ///< not in the chain that begins with the block
+        std::string_view payload;
+    };
+    using Key = std::pair<std::uint32_t, std::uint64_t>; ///< a run, and an address in it
+
+    void checkHead();
+    void readBlocks();
+    void readBlock(const Block& block);
+    void readRecords(std::size_t begin, std::size_t end);
+    void readMarks(std::size_t begin, std::size_t end);
+    bool readRecord(std::size_t place, std::size_t end, bool isBehindGap);
+    Run& runOf(std::uint32_t id);
+    void readNote(const Record& record);
+    void readMessage(const Record& record);
+    void readMessages();
+    void damage() { problem_ = problem_.empty() ? "It is damaged" : problem_; }
+
+    const std::string_view bytes_;
+    std::string problem_;
+    std::size_t scanned_ = 0; ///< bytes that were looked at in vain
+    std::vector<Block> blocks_;
+    std::vector<Record> records_; ///< of messages
+    std::map<std::uint32_t, Run> runs_;
+    std::map<Key, std::string> loggers_;
+    std::map<Key, KnownPlace> places_;
+    std::vector<Message> messages_;
+};
+
+} // namespace Log
+} // namespace ZAV

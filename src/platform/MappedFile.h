@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace ZAV {
+namespace Platform {
+
+/// A file whose content is memory of this process: what is written there stays in the file however the process
+/// ends, but not if the machine loses its power. One process at a time has it; the system takes the right back
+/// when that process is dead, also while children live that were forked from it, which must not use the
+/// memory.
+class MappedFile {
+public:
+    enum Result {
+        MAPPED, ///< a file that was there
+        MADE,   ///< a new one, or one in the place of an empty one
+        IN_USE, ///< another process has it
+        FAILED
+    };
+
+    MappedFile() noexcept = default;
+    ~MappedFile();
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+
+    /// Opens a regular file of this process's user, or makes one, for that user alone; none may be open. A new
+    /// one is allocated whole under the path with ".new" behind it and then renamed.
+    /// \param size of a new file in bytes; 0 to make none. One that is there keeps its own.
+    /// \param beginning what a new file begins with, before it has its name; zeros follow
+    /// \param problem receives the system's word if the result is `FAILED`
+    Result open(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
+
+    char* bytes() const noexcept { return bytes_; }
+    std::size_t size() const noexcept { return size_; }
+
+private:
+    Result openExisting(const std::string& path, std::string& problem);
+    Result make(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
+    bool map(std::string& problem);
+
+    static constexpr std::intptr_t NONE = -1;
+
+    std::intptr_t handle_ = NONE; ///< open for as long as the file is this process's
+    char* bytes_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,158 @@
+#include "platform/MappedFile.h"
+
+#include "platform/CancellationGuard.h"
+#include "platform/linux/FileDescriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+constexpr mode_t FOR_ITS_USER = 0600;
+
+/// How often a file may be replaced by another process between two looks at it.
+constexpr int MOST_ATTEMPTS = 10;
+
+MappedFile::Result failure(std::string& problem, int error = errno) {
+    problem = std::generic_category().message(error);
+    return MappedFile::FAILED;
+}
+
+int openFile(const std::string& path, int flags) {
+    return beyondStandardStreams(
+        ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, FOR_ITS_USER));
+}
+
+/// A lock of this kind belongs to the process and not to the open file, which a forked child shares.
+bool lock(int file) {
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    return fcntl(file, F_SETLK, &whole) == 0;
+}
+
+/// \return false if it is no file that this process may take its memory from, and why
+bool isOwnFile(const struct stat& status, std::string& problem) {
+    if (!S_ISREG(status.st_mode)) {
+        problem = "Not a regular file";
+    } else if (status.st_uid != geteuid() && geteuid() != 0) {
+        problem = "It belongs to another user";
+    }
+    return problem.empty();
+}
+
+bool isAt(const std::string& path, const struct stat& status) {
+    struct stat named;
+    return stat(path.c_str(), &named) == 0 && named.st_dev == status.st_dev && named.st_ino == status.st_ino;
+}
+
+bool isEmptyOrMissing(const std::string& path) {
+    struct stat named;
+    return lstat(path.c_str(), &named) != 0 || (S_ISREG(named.st_mode) && named.st_size == 0);
+}
+
+bool writeBeginning(int file, std::string_view text) {
+    return pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+}
+
+} // namespace
+
+MappedFile::~MappedFile() {
+    if (bytes_ != nullptr) {
+        munmap(bytes_, size_);
+    }
+    if (handle_ != NONE) {
+        close(static_cast<int>(handle_));
+    }
+}
+
+/// Two processes may make the file at once: each looks at what stands there after it has the lock.
+MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
+                                    std::string& problem) {
+    const NoCancellation noCancellation;
+    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
+        const Result result = size != 0 && isEmptyOrMissing(path) ? make(path, size, beginning, problem)
+                                                                  : openExisting(path, problem);
+        if (result != FAILED || !problem.empty()) {
+            return result;
+        }
+    }
+    problem = "It is replaced again and again";
+    return FAILED;
+}
+
+/// \return `FAILED` without a problem if the file has been replaced meanwhile
+MappedFile::Result MappedFile::openExisting(const std::string& path, std::string& problem) {
+    FileDescriptor file(openFile(path, 0));
+    struct stat status;
+    if (!file.isOpen() || fstat(file.number(), &status) != 0) {
+        return failure(problem);
+    }
+    if (!isOwnFile(status, problem)) {
+        return FAILED;
+    }
+    if (!lock(file.number())) {
+        return errno == EACCES || errno == EAGAIN ? IN_USE : failure(problem);
+    }
+    if (!isAt(path, status)) {
+        return FAILED;
+    }
+    handle_ = file.release();
+    size_ = static_cast<std::size_t>(status.st_size);
+    return map(problem) ? MAPPED : FAILED;
+}
+
+MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, std::string_view beginning,
+                                    std::string& problem) {
+    const std::string unfinished = path + ".new";
+    FileDescriptor file(openFile(unfinished, O_CREAT));
+    struct stat status;
+    if (!file.isOpen() || fstat(file.number(), &status) != 0) {
+        return failure(problem);
+    }
+    if (!isOwnFile(status, problem)) {
+        return FAILED;
+    }
+    if (!lock(file.number())) {
+        return errno == EACCES || errno == EAGAIN ? IN_USE : failure(problem);
+    }
+    if (!isAt(unfinished, status) || !isEmptyOrMissing(path)) {
+        unlink(unfinished.c_str());
+        return FAILED; // another process has just made it
+    }
+    int error = ftruncate(file.number(), 0) == 0 ? 0 : errno;
+    if (error == 0) {
+        error = posix_fallocate(file.number(), 0, static_cast<off_t>(size));
+    }
+    if (error != 0 || fchmod(file.number(), FOR_ITS_USER) != 0 || !writeBeginning(file.number(), beginning) ||
+        rename(unfinished.c_str(), path.c_str()) != 0) {
+        error = error != 0 ? error : errno;
+        unlink(unfinished.c_str());
+        return failure(problem, error);
+    }
+    handle_ = file.release();
+    size_ = size;
+    return map(problem) ? MADE : FAILED;
+}
+
+bool MappedFile::map(std::string& problem) {
+    void* const mapped =
+        size_ == 0 ? nullptr
+                   : mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED, static_cast<int>(handle_), 0);
+    if (mapped == MAP_FAILED) {
+        failure(problem);
+        return false;
+    }
+    bytes_ = static_cast<char*>(mapped);
+    return true;
+}
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Command.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace ZAV {
+namespace Tools {
+
+/// `zav-log recover`: delivers what a program has left in the file of its queue.
+class RecoverCommand : public Command {
+public:
+    explicit RecoverCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::string path_;
+    std::string configuration_;
+    std::string layout_ = "plain";
+    CLI::Option* layoutOption_ = nullptr;
+};
+
+} // namespace Tools
+} // namespace ZAV
