@@ -320,7 +320,7 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
-        abandonedConsumer_ = consumerThread_.release();
+        parentsConsumer_ = consumerThread_.release();
     }
     if (end_ != NOT_BEGUN) { // by a thread of the parent
         endingThread_ = std::this_thread::get_id();

@@ -94,9 +94,9 @@ private:
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    /// One that is left alone: in a forked child the parent's, which does not run there, and when the process
-    /// ends the one that nobody waits for any more.
-    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;
+    // What is left alone, and kept in sight of those who look for memory that nobody knows.
+    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr; ///< nobody waits for it at the end
+    Worker* parentsConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;   ///< which does not run in the child
 };
 
 } // namespace Log
