@@ -73,6 +73,9 @@ const std::vector<Case> CASES = {
     {CONSOLE + "appender.c.layout = fields\nappender.c.fields = utc level text\n" + SERVER +
          "appender.s.layout = json\n",
      {}},
+    {CONSOLE + "appender.c.layout = json\nappender.c.fields = utc level text\n" + SERVER +
+         "appender.s.fields = text\n",
+     {"3 ignored-key", "5 ignored-key"}},
     {"logger.x.level = verbose\nlogger.x.expiration = 5x\n" + DISPATCHER + "priority = high\n" + DISPATCHER +
          "waitingPeriod = 1 2\n" + DISPATCHER + "maxQueueSize = none\n",
      {"1 bad-level", "2 bad-number", "3 bad-number", "4 bad-number", "5 bad-number"}},

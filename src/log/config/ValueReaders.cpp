@@ -63,6 +63,14 @@ Value valueNamed(std::string_view name, const std::pair<std::string_view, Value>
     return found->second;
 }
 
+constexpr std::pair<std::string_view, Column> COLUMNS[] = {
+    {"time", Column::TIME},       {"utc", Column::UTC},       {"level", Column::LEVEL},
+    {"logger", Column::LOGGER},   {"thread", Column::THREAD}, {"process", Column::PROCESS},
+    {"pid", Column::PID},         {"host", Column::HOST},     {"place", Column::PLACE},
+    {"context", Column::CONTEXT}, {"values", Column::VALUES}, {"message", Column::MESSAGE},
+    {"text", Column::TEXT},
+};
+
 } // namespace
 
 LeadingNumber<std::uint64_t> readLeadingUnsigned(const std::string& text) {
@@ -151,14 +159,15 @@ LayoutName readLayout(const std::string& text) {
     return valueNamed(text, LAYOUTS, text);
 }
 
+std::vector<std::string_view> columnNames() {
+    std::vector<std::string_view> names;
+    for (const auto& named : COLUMNS) {
+        names.push_back(named.first);
+    }
+    return names;
+}
+
 std::vector<Column> readColumns(const std::string& text) {
-    static constexpr std::pair<std::string_view, Column> COLUMNS[] = {
-        {"time", Column::TIME},       {"utc", Column::UTC},       {"level", Column::LEVEL},
-        {"logger", Column::LOGGER},   {"thread", Column::THREAD}, {"process", Column::PROCESS},
-        {"pid", Column::PID},         {"host", Column::HOST},     {"place", Column::PLACE},
-        {"context", Column::CONTEXT}, {"values", Column::VALUES}, {"message", Column::MESSAGE},
-        {"text", Column::TEXT},
-    };
     std::vector<Column> columns;
     for (const std::string& name : Util::split(text, ' ')) {
         columns.push_back(valueNamed(name, COLUMNS, text));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -53,6 +54,9 @@ std::optional<bool> readBoolean(const std::string& text);
 
 /// \throw UtilException with the text if it names no layout
 LayoutName readLayout(const std::string& text);
+
+/// \return the names of all columns
+std::vector<std::string_view> columnNames();
 
 /// Reads names of columns, separated by spaces.
 /// \throw UtilException with the text if it names none, or if a name is no column's

@@ -100,6 +100,7 @@ ValueText::ValueText(const TaggedValue& value) noexcept {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
     case TaggedValue::Kind::C_STRING:
+    case TaggedValue::Kind::NUMBER:
         view_ = {value.text, value.size};
         break;
     case TaggedValue::Kind::SIGNED:
