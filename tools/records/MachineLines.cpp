@@ -29,8 +29,11 @@ MachineLines::Known& MachineLines::find(std::string_view line, std::uint64_t off
     next_ = 1 - next_;
     known.offset = offset;
     known.size = line.size();
-    known.record = form_.hasJson ? readJsonLine(line) : nullptr;
-    if (known.record == nullptr && !form_.columns.empty()) {
+    known.record.reset();
+    if (form_.hasJson && line.size() <= LONGEST) {
+        known.record = readJsonLine(line);
+    }
+    if (known.record == nullptr && !form_.columns.empty() && line.size() <= LONGEST) {
         known.record = readFieldsLine(line, form_.columns);
     }
     return known;

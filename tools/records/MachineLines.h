@@ -17,6 +17,9 @@ namespace Tools {
 /// the end of the record before it, for its time, and as a record.
 class MachineLines {
 public:
+    /// A longer line is not read: it may come in parts.
+    static constexpr std::size_t LONGEST = 4 * 1024 * 1024;
+
     explicit MachineLines(LineForm form) : form_(std::move(form)) {}
 
     /// \param line a line or its beginning

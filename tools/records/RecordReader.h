@@ -15,12 +15,11 @@ namespace ZAV {
 namespace Tools {
 
 /// Cuts a file into records. It reads large blocks and hands out views into them, so that a record costs no
-/// memory of its own. A record longer than `LONGEST_RECORD` comes in several parts; a line of `json` as long
-/// as that is not read as such.
+/// memory of its own. A record longer than `LONGEST_RECORD` comes in several parts.
 class RecordReader {
 public:
     static constexpr std::size_t BLOCK = 128 * 1024;
-    static constexpr std::size_t LONGEST_RECORD = 4 * 1024 * 1024;
+    static constexpr std::size_t LONGEST_RECORD = MachineLines::LONGEST;
 
     /// Reads lines of the text layouts.
     /// \param file must outlive the reader
