@@ -11,7 +11,6 @@
 #include "zav-util/Properties.h"
 
 #include <algorithm>
-#include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -28,7 +27,7 @@ template <typename Number>
 Number numberOf(FuzzedDataProvider& input) {
     Number number = 0;
     const std::vector<char> bytes = input.ConsumeBytes<char>(sizeof number);
-    std::memcpy(&number, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(&number));
     return number;
 }
 
