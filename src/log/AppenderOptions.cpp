@@ -4,18 +4,20 @@
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
 #include "log/filters/MessageFilters.h"
-#include "log/layout/LineEscaping.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "zav-util/Properties.h"
 
 #include <boost/make_shared.hpp>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
 
 struct AppenderOptions::Inside {
     Inside(const std::string& appenderName, const Util::Properties& properties)
-        : values(appenderName, READ_BY_REGISTERED_CLASS, properties) {
+        : values(appenderName, READ_BY_REGISTERED_CLASS, properties),
+          layout(values.layoutOr(LayoutName::PLAIN)) {
         const std::string beginning = appenderKey(appenderName, std::string());
         for (auto entry = properties.lower_bound(beginning);
              entry != properties.end() && entry->first.compare(0, beginning.size(), beginning) == 0;
@@ -25,6 +27,7 @@ struct AppenderOptions::Inside {
     }
 
     const AppenderValues values;
+    const std::shared_ptr<const LineLayout> layout;
     Util::Properties settings; ///< the appender's own keys, without their beginning
 };
 
@@ -40,7 +43,7 @@ AppenderOptions& AppenderOptions::operator=(const AppenderOptions& other) = defa
 
 std::string AppenderOptions::formatLine(const LogMessage& message) const {
     std::string line;
-    appendWholeLine(line, message, appendLogLine, inside_->values.escape);
+    appendWholeLine(line, message, *inside_->layout);
     line.pop_back();
     return line;
 }

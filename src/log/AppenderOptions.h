@@ -48,7 +48,7 @@ struct ZAV_LOG_API AppenderOptions {
     AppenderOptions(const AppenderOptions& other);
     AppenderOptions& operator=(const AppenderOptions& other);
 
-    /// \return the line of a message, without a line end, as `escape` says
+    /// \return the line of a message, without a line end, as `layout`, `fields` and `escape` say
     std::string formatLine(const LogMessage& message) const;
 
     /// \param key the end of a key: "brokers" for "appender.<name>.brokers"

@@ -1,6 +1,6 @@
 #include "log/LogLine.h"
 
-#include "log/layout/LineLayout.h"
+#include "log/layout/PlainLayout.h"
 #include "log/message/MessageFields.h"
 
 namespace ZAV {

@@ -112,6 +112,7 @@ private:
     friend class LoggerFactory;
     friend class FormattedMessage;
     friend class MessageStream;
+    friend class MessageWithValues;
     friend bool isListed(const Logger& logger, const Appender* appender);
     friend struct SubtreeLevel;
     friend class SubtreeCapture;

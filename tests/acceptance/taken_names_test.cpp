@@ -12,12 +12,14 @@
 #include "log/ConfigurationMessage.h"
 #include "log/Level.h"
 #include "log/LogCapture.h"
+#include "log/LogContext.h"
 #include "log/LogException.h"
 #include "log/LogLimits.h"
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
 #include "log/LogManager.h"
 #include "log/LogMessage.h"
+#include "log/LogValues.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
 #include "log/MessageFilter.h"
@@ -37,7 +39,7 @@ TEST(TakenNames, LeaveTheLevelsAndTheMacrosUsable) {
     ZAV_LOG_ERROR(logger, "e" << 2);
     ZAV_LOG_WARNING(logger, "w" << 3);
     ZAV_LOG_INFO(logger, "i" << 4);
-    ZAV_LOG_DEBUG(logger, "d" << 5);
+    ZAV_LOGV_DEBUG(logger, "d", "number", 5);
     ZAV_LOG_ONCE(ZAV_LOG_TRACE(logger, "t" << 6));
     std::vector<int> levels;
     for (const LogMessage& message : capture.messages()) {

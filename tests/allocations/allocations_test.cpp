@@ -1,8 +1,9 @@
 #include "TestClock.h"
 #include "TestSupport.h"
 
+#include "log/LogContext.h"
 #include "log/LogLine.h"
-#include "log/LogMacros.h"
+#include "log/LogValues.h"
 #include "log/appenders/FileAppender.h"
 
 #include <algorithm>
@@ -99,6 +100,19 @@ TEST_F(LoggingCost, NoAllocationForAStreamedMessage) {
     TestSupport::CallingAppender appender([](const LogMessage&) {});
     logger_.addAppender(&appender);
     const auto log = [this] { ZAV_LOG_INFO(logger_, LONG << ' ' << 42 << ' ' << 2.5); };
+    log();
+    EXPECT_EQ(allocationsOf(log), 0U);
+    logger_.removeAppender(&appender);
+}
+
+TEST_F(LoggingCost, NoAllocationForAMessageWithContextAndValues) {
+    TestSupport::CallingAppender appender([](const LogMessage&) {});
+    logger_.addAppender(&appender);
+    const auto log = [this] {
+        const LogContext request("request", LONG);
+        const LogContext user("user", 7);
+        ZAV_LOGV_INFO(logger_, LONG, "order", 17, "amount", 4.25, "name", LONG);
+    };
     log();
     EXPECT_EQ(allocationsOf(log), 0U);
     logger_.removeAppender(&appender);

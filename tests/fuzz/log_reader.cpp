@@ -1,5 +1,6 @@
 // What a log file may hold: any bytes. Cut into records they must make up the file again but for the CR of a
-// CR LF, and a record's parts must lie within it, whichever layout it is read with.
+// CR LF, and a record's parts must lie within it, whichever layout it is read with. Read as lines for
+// machines, where there are some, each begins a record that is shown with its time.
 
 #include "platform/InputFile.h"
 #include "records/LineParser.h"
@@ -66,6 +67,24 @@ std::string readAll(const Platform::InputFile& file) {
     return whole;
 }
 
+void readMachineLines(const Platform::InputFile& file) {
+    LineForm form;
+    form.columns = {Log::Column::UTC, Log::Column::LEVEL, Log::Column::PLACE, Log::Column::TEXT};
+    for (const LineForm& known : {LineForm(), form}) {
+        RecordReader reader(file, 0, known);
+        Record record;
+        while (reader.next(record) || reader.takeRest(record, true)) {
+            if (record.hasTime) {
+                require(startsWithTime(record.lines) && reader.lowestFrom(record.time()) <= record.time());
+            }
+            if (record.hasTime && record.machine != nullptr) {
+                const Fields fields = record.machine->fields();
+                require(liesIn(fields.text, record.lines));
+            }
+        }
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -81,5 +100,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expected += '\n';
     }
     require(readAll(file) == expected);
+    readMachineLines(file);
     return 0;
 }

@@ -18,6 +18,9 @@ struct Numbered {
     std::uint64_t number;
     std::shared_ptr<const LogMessage> message;
     const KnownPlace* place;
+    std::string values;
+    std::string context;
+    std::uint64_t thread;
 };
 
 struct Queue {
@@ -36,7 +39,8 @@ bool areEqual(const MessageFields& a, const Numbered& expected) {
     const MessageFields b(*expected.message);
     return a.loggerName == b.loggerName && a.time == b.time && a.level == b.level && a.text == b.text &&
            a.line == b.line && a.type == b.type && a.place == expected.place &&
-           a.file == (a.place == nullptr ? b.file : a.place->file);
+           a.file == (a.place == nullptr ? b.file : a.place->file) && a.values == expected.values &&
+           a.context == expected.context && a.thread == expected.thread;
 }
 
 /// A few bytes of input make a long text, so that blocks of every size are filled.
@@ -67,10 +71,15 @@ void append(Queue& queue, FuzzedDataProvider& input) {
         message.place = &knownPlace({made->getFile().substr(0, 2), format, 1, Level::LEVEL_INFO});
         message.file = message.place->file;
     }
+    const std::string values = input.ConsumeBool() ? std::string() : input.ConsumeRandomLengthString();
+    const std::string context = input.PickValueInArray({"", "a", "another one"});
+    message.values = values;
+    message.context = context;
+    message.thread = input.ConsumeIntegralInRange<std::uint64_t>(0, 2);
     const PackedMessage packed = queue.ring.reserve(message, 0, queue.lastNumber);
     queue.lastNumber += input.ConsumeBool() ? 1 : input.ConsumeIntegral<std::uint32_t>() / 2 + 1;
     queue.ring.append(packed, queue.lastNumber);
-    queue.model.push_back({queue.lastNumber, made, message.place});
+    queue.model.push_back({queue.lastNumber, made, message.place, values, context, message.thread});
 }
 
 void takeOut(Queue& queue, std::size_t count) {

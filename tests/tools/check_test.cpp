@@ -67,6 +67,15 @@ const std::vector<Case> CASES = {
     // Values that are rejected.
     {CONSOLE + "appender.c.level = info\nappender.c.expiration = soon\nappender.c.message_type = cfg\n",
      {"2 bad-level", "3 bad-expiration", "4 bad-message-type"}},
+    {CONSOLE + "appender.c.layout = Json\nappender.c.fields = level colour\n",
+     {"2 bad-layout", "3 bad-layout"}},
+    {CONSOLE + "appender.c.layout = fields\n", {"2 bad-layout"}},
+    {CONSOLE + "appender.c.layout = fields\nappender.c.fields = utc level text\n" + SERVER +
+         "appender.s.layout = json\n",
+     {}},
+    {CONSOLE + "appender.c.layout = json\nappender.c.fields = utc level text\n" + SERVER +
+         "appender.s.fields = text\n",
+     {"3 ignored-key", "5 ignored-key"}},
     {"logger.x.level = verbose\nlogger.x.expiration = 5x\n" + DISPATCHER + "priority = high\n" + DISPATCHER +
          "waitingPeriod = 1 2\n" + DISPATCHER + "maxQueueSize = none\n",
      {"1 bad-level", "2 bad-number", "3 bad-number", "4 bad-number", "5 bad-number"}},

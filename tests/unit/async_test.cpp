@@ -40,7 +40,8 @@ MessageFields fields(std::string_view text) {
 
 auto allOf(const MessageFields& message) {
     return std::tuple(message.loggerName, message.time.microseconds(), message.level, message.text,
-                      message.line, message.file, message.type, message.form, message.place);
+                      message.line, message.file, message.type, message.form, message.place, message.values,
+                      message.context, message.thread);
 }
 
 /// A process has one queue, and so has a test; a thread may still look for it when the test is over.
@@ -379,7 +380,8 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
     const std::string files[] = {"", std::string(100, 'a'), std::string(100, 'b')};
     const std::string texts[] = {std::string("two\nlines and a zero \0 byte", 27), "",
                                  std::string(70'000, 'c')};
-    const auto message = [&](std::size_t i) {
+    const std::string pairs[] = {"", "one pair", std::string("another pair \0", 14)};
+    const auto withoutPairs = [&](std::size_t i) {
         if (i / 4 % 3 == 0) {
             const Place place{files[i / 2 % 3], texts[i % 2], static_cast<int>(i / 8 % 2), Level::AUDIT};
             return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), knownPlace(place), texts[i % 2],
@@ -387,6 +389,13 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
         }
         return MessageFields(names[i / 3 % 2], Time(i / 2, MSEC), Level::INFO, texts[i % 97 == 0 ? 2 : i % 2],
                              static_cast<int>(i % 3) - 1, files[i / 5 % 3], i % 4 == 0 ? CFG : LOG);
+    };
+    const auto message = [&](std::size_t i) {
+        MessageFields made = withoutPairs(i);
+        made.values = pairs[i % 3];
+        made.context = pairs[i / 10 % 3];
+        made.thread = i / 500;
+        return made;
     };
     // A ring whose thread has not logged for long: the step to the next number is beyond 32 bits.
     const auto number = [](std::size_t i) { return 7 + i + (i > 1500 ? (std::uint64_t{1} << 33) : 0); };

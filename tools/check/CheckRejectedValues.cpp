@@ -20,6 +20,9 @@ const char* idOf(ValueForm form) {
         return "bad-message-type";
     case ValueForm::PERIOD:
         return "bad-expiration";
+    case ValueForm::LAYOUT:
+    case ValueForm::COLUMNS:
+        return "bad-layout";
     case ValueForm::WHOLE_NUMBER:
         return "bad-number";
     default:
@@ -36,6 +39,11 @@ Util::Properties trialOf(const Configuration& configuration, const PropertyLine&
         trial[Log::appenderKey(appender.name)] =
             appender.reader != 0 ? appender.className : Log::AppenderClass::FILE_SERIES;
         trial[Log::appenderKey(appender.name, Log::AppenderSetting::LEVEL)] = "AUDIT";
+        trial[Log::appenderKey(appender.name, Log::AppenderSetting::LAYOUT)] = "plain";
+        if (configuration.setting(appender, Log::AppenderSetting::FIELDS) != nullptr) {
+            // What it names is the matter of its own line.
+            trial[Log::appenderKey(appender.name, Log::AppenderSetting::FIELDS)] = "text";
+        }
     }
     trial[line.key] = line.value;
     return trial;
@@ -43,7 +51,8 @@ Util::Properties trialOf(const Configuration& configuration, const PropertyLine&
 
 /// \return the word that was probably meant, as a question before the library's own words; empty for numbers
 std::string suggestion(const PropertyLine& line, const Log::ConfigurationKey& row) {
-    const bool isWord = row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE;
+    const bool isWord =
+        row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE || row.form == ValueForm::LAYOUT;
     const std::string guess = isWord ? nearWord(line.value, wordsOf(row)) : std::string();
     return guess.empty() ? guess : "did you mean '" + guess + "'? ";
 }

@@ -67,7 +67,7 @@ std::vector<Route> Explanation::routesOf(const std::string& logger) const {
 
 /// The reason is that of the highest level which is not written: it names what stands next in the way.
 Route Explanation::routeOf(const std::string& logger, const ExplainedAppender& appender) const {
-    Route route{appender.name(), appender.place(), std::nullopt, std::string()};
+    Route route{appender.name(), appender.place(), appender.layout(), std::nullopt, std::string()};
     for (const LogLevel level : levelsOf(type_)) {
         const std::string problem = refusal(appender, logger, level);
         if (problem.empty()) {

@@ -18,9 +18,9 @@ struct InputSpec {
 
     std::string path; ///< of the file, or of a series' files without the digit at their end
     Kind kind = FILE_OR_SERIES;
-    Layout layout = Layout::UNKNOWN; ///< if it is known beforehand
-    bool mayBeMissing = false;       ///< as long as its folder is there and can be read
-    bool mayBeLink = false;          ///< out of its folder: the user has typed the path of this very file
+    LineForm layout;           ///< as far as it is known beforehand
+    bool mayBeMissing = false; ///< as long as its folder is there and can be read
+    bool mayBeLink = false;    ///< out of its folder: the user has typed the path of this very file
 };
 
 } // namespace Tools

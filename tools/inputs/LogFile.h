@@ -13,7 +13,7 @@ namespace Tools {
 struct LogFile {
     std::string path; ///< as the user gave it, or of the member of the series
     Platform::InputFile file;
-    Layout layout = Layout::UNKNOWN; ///< if it is known beforehand
+    LineForm layout; ///< as far as it is known beforehand
     std::uint64_t offset = 0;
 };
 

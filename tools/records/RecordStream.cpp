@@ -25,21 +25,29 @@ bool RecordStream::next(Ending ending) {
 
 /// Where reading begins amid an hour that comes twice, what stands before tells which of the two it is.
 void RecordStream::observeTime() {
-    clock_.observe(record_.time());
+    observe(record_);
     if (knowsPast_) {
         return;
     }
     knowsPast_ = true;
     if (clock_.comesTwice()) {
         clock_ = ZonedClock();
-        RecordReader reader(current_->log.file);
+        RecordReader reader(current_->log.file, 0, current_->log.layout);
         Record past;
         while (reader.next(past) && past.end <= current_->log.offset) {
             if (past.hasTime) {
-                clock_.observe(past.time());
+                observe(past);
             }
         }
-        clock_.observe(record_.time());
+        observe(record_);
+    }
+}
+
+void RecordStream::observe(const Record& record) {
+    if (record.machine != nullptr && record.machine->instant()) {
+        clock_.observe(record.time(), *record.machine->instant());
+    } else {
+        clock_.observe(record.time());
     }
 }
 
@@ -93,15 +101,16 @@ const Fields& RecordStream::fields() {
     }
     hasFields_ = true;
     fields_ = Fields();
-    if (record_.hasTime) {
-        fields_ = parseRecord(record_.lines, current_->detector.layoutFor(record_, current_->reader));
-        return fields_;
+    if (record_.machine != nullptr) {
+        fields_ = record_.machine->fields();
+    } else if (record_.hasTime || hasHeader()) {
+        const std::string_view lines = record_.hasTime ? record_.lines : current_->reader.header();
+        fields_ = parseRecord(lines, current_->detector.layoutFor(record_, current_->reader));
+        fields_.message = fields_.text;
     }
-    if (hasHeader()) {
-        fields_ =
-            parseRecord(current_->reader.header(), current_->detector.layoutFor(record_, current_->reader));
+    if (!record_.hasTime) {
+        fields_.message = fields_.text = record_.lines;
     }
-    fields_.text = record_.lines;
     return fields_;
 }
 

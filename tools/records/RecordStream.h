@@ -84,7 +84,8 @@ public:
 private:
     struct OpenFile {
         explicit OpenFile(LogFile opened)
-            : log(std::move(opened)), reader(log.file, log.offset), detector(log.file, log.layout) {}
+            : log(std::move(opened)), reader(log.file, log.offset, log.layout),
+              detector(log.file, log.layout.layout) {}
         LogFile log;
         RecordReader reader;
         LayoutDetector detector;
@@ -92,6 +93,7 @@ private:
 
     bool read(Ending ending);
     void observeTime();
+    void observe(const Record& record);
     void goToNextFile();
     void keepProblem();
 

@@ -1,7 +1,7 @@
 #include "log/appenders/FileAppender.h"
 
 #include "log/LogException.h"
-#include "log/layout/LineEscaping.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
@@ -29,6 +29,7 @@ std::uint64_t indexOf(const std::string& fileName) {
 
 FileAppender::FileAppender(const AppenderValues& values, const Filters& filters)
     : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
+      layout_(values.layoutOr(LayoutName::PLAIN)),
       fileNumber_(std::min(values.fileNumber, HIGHEST_FILE_NUMBER)), openTime_(Time::now()),
       folder_(Platform::absolutePath(values.dir)), livePath_(pathOf(values.file + LIVE_INDEX)),
       owner_(livePath_), lastLook_(openTime_) {}
@@ -41,7 +42,7 @@ FileAppender::~FileAppender() {
 void FileAppender::outputLine(const LogMessage& message) {
     recover();
     checkFile();
-    appendWholeLine(beginLine(), message, appendLogLine, values_.escape);
+    appendWholeLine(beginLine(), message, *layout_);
     prepareFile();
     currentSize_ += line().size();
     if (keepsLines()) {

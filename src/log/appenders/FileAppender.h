@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
@@ -54,6 +55,7 @@ private:
     std::string pathOf(const std::string& fileName) const;
 
     const AppenderValues values_;
+    const std::shared_ptr<const LineLayout> layout_;
     const std::uint64_t fileNumber_; ///< the highest index of an older file
     /// Each end of line counts as one byte.
     std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;

@@ -1,7 +1,7 @@
 #include "log/appenders/SimpleFileAppender.h"
 
 #include "log/LogException.h"
-#include "log/layout/LineEscaping.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/Files.h"
 
@@ -10,6 +10,7 @@ namespace Log {
 
 SimpleFileAppender::SimpleFileAppender(const AppenderValues& values, const Filters& filters)
     : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
+      layout_(values.layoutOr(LayoutName::PROCESS)),
       path_(Platform::absolutePath(values.dir) + "/" + values.file) {}
 
 /// One that leaves amid a round has lines left.
@@ -45,7 +46,7 @@ void SimpleFileAppender::open(Platform::OutputFile& file) const {
 }
 
 void SimpleFileAppender::render(const LogMessage& message) {
-    appendWholeLine(beginLine(), message, appendLogLineWithProcess, values_.escape);
+    appendWholeLine(beginLine(), message, *layout_);
 }
 
 } // namespace Log

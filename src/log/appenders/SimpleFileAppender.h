@@ -4,6 +4,8 @@
 #include "log/config/AppenderValues.h"
 #include "platform/OutputFile.h"
 
+#include <memory>
+
 namespace ZAV {
 namespace Log {
 
@@ -26,6 +28,7 @@ private:
     void render(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
 
     const AppenderValues values_;
+    const std::shared_ptr<const LineLayout> layout_;
     const std::string path_; ///< wherever the process goes
 };
 

@@ -1,6 +1,6 @@
 #include "log/appenders/StdoutAppender.h"
 
-#include "log/layout/LineEscaping.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "platform/StandardStreams.h"
 
@@ -8,12 +8,13 @@ namespace ZAV {
 namespace Log {
 
 StdoutAppender::StdoutAppender(const AppenderValues& values, const Filters& filters)
-    : Appender(values.name, !values.asynchronous, filters), stream_(values.stream), escape_(values.escape) {}
+    : Appender(values.name, !values.asynchronous, filters), stream_(values.stream),
+      layout_(values.layoutOr(LayoutName::PLAIN)) {}
 
 /// The line and its end are one write, so that lines of different threads never mix.
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
-    appendWholeLine(line, message, appendLogLine, escape_);
+    appendWholeLine(line, message, *layout_);
     Platform::writeToStream(*stream_, line);
 }
 

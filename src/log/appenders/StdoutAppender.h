@@ -4,6 +4,7 @@
 #include "log/config/AppenderValues.h"
 
 #include <iosfwd>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
@@ -20,7 +21,7 @@ protected:
 
 private:
     std::ostream* const stream_;
-    const bool escape_;
+    const std::shared_ptr<const LineLayout> layout_;
 };
 
 } // namespace Log

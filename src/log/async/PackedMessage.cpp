@@ -16,7 +16,10 @@ enum OwnPart : unsigned {
     OWN_TIME = 4,
     OWN_LOGGER_NAME = 8,
     OWN_PLACE = 16,
-    OWN_FILE = 32
+    OWN_FILE = 32,
+    OWN_THREAD = 64,
+    OWN_CONTEXT = 128,
+    OWN_VALUES = 256 // which no two messages share
 };
 
 struct PackedLogger {
@@ -44,7 +47,9 @@ unsigned findOwnParts(const MessageFields& message, const SharedFields& before, 
     return (needsNumber ? OWN_NUMBER : 0U) | (message.text.size() > LARGEST_STEP ? OWN_LENGTH : 0U) |
            (message.time == before.time ? 0U : OWN_TIME) |
            (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
-           findOwnPlace(message, before);
+           (message.thread == before.thread ? 0U : OWN_THREAD) |
+           (message.context == before.context ? 0U : OWN_CONTEXT) |
+           (message.values.empty() ? 0U : OWN_VALUES) | findOwnPlace(message, before);
 }
 
 // Packed messages are not aligned.
@@ -58,6 +63,15 @@ char* write(char* place, const Value& value) {
 /// \param text its pointer may be null if it is empty
 char* writeText(char* place, std::string_view text) {
     return place + text.copy(place, text.size());
+}
+
+/// \return the end of a text that was written behind its size
+char* writeSizedText(char* place, std::string_view text) {
+    return writeText(write(place, text.size()), text);
+}
+
+std::size_t sizeWithText(std::string_view text) {
+    return sizeof(std::size_t) + text.size();
 }
 
 template <typename Value>
@@ -74,6 +88,11 @@ std::string_view readText(const char*& bytes, std::size_t length) {
     return text;
 }
 
+std::string_view readSizedText(const char*& bytes) {
+    const auto length = readNext<std::size_t>(bytes);
+    return readText(bytes, length);
+}
+
 } // namespace
 
 PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
@@ -84,7 +103,7 @@ PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, 
     header_.level = static_cast<unsigned>(message.level) & 0xFFU;
     header_.type = static_cast<unsigned>(message.type) & 0x3U;
     header_.form = static_cast<unsigned>(message.form) & 0x3U;
-    header_.ownParts = findOwnParts(message, before, nextNumber) & 0x3FU;
+    header_.ownParts = findOwnParts(message, before, nextNumber) & 0x1FFU;
     header_.answeredReports = static_cast<std::uint8_t>(answeredReports);
     size_ = measure();
 }
@@ -93,7 +112,9 @@ std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
            (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) + (has(OWN_PLACE) ? sizeof(PackedPlace) : 0) +
-           (has(OWN_FILE) ? sizeof(std::size_t) + message_.file.size() : 0) + message_.text.size();
+           (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
+           (has(OWN_CONTEXT) ? sizeWithText(message_.context) : 0) +
+           (has(OWN_VALUES) ? sizeWithText(message_.values) : 0) + message_.text.size();
 }
 
 void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept {
@@ -122,9 +143,19 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         before.file = message_.file; // that of the place
     }
     if (has(OWN_FILE)) {
-        next = write(next, message_.file.size());
-        before.file = std::string_view(next, message_.file.size());
-        next = writeText(next, message_.file);
+        next = writeSizedText(next, message_.file);
+        before.file = std::string_view(next - message_.file.size(), message_.file.size());
+    }
+    if (has(OWN_THREAD)) {
+        next = write(next, message_.thread);
+        before.thread = message_.thread;
+    }
+    if (has(OWN_CONTEXT)) {
+        next = writeSizedText(next, message_.context);
+        before.context = std::string_view(next - message_.context.size(), message_.context.size());
+    }
+    if (has(OWN_VALUES)) {
+        next = writeSizedText(next, message_.values);
     }
     writeText(next, message_.text);
 }
@@ -156,13 +187,24 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
         shared.file = shared.place == nullptr ? std::string_view() : shared.place->file;
     }
     if ((header.ownParts & OWN_FILE) != 0) {
-        shared.file = readText(next, readNext<std::size_t>(next));
+        shared.file = readSizedText(next);
     }
+    if ((header.ownParts & OWN_THREAD) != 0) {
+        shared.thread = readNext<std::uint64_t>(next);
+    }
+    if ((header.ownParts & OWN_CONTEXT) != 0) {
+        shared.context = readSizedText(next);
+    }
+    const std::string_view values =
+        (header.ownParts & OWN_VALUES) != 0 ? readSizedText(next) : std::string_view();
     const std::string_view text = readText(next, textLength);
     MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
                          header.line, shared.file, static_cast<MessageType>(header.type), shared.logger);
     fields.form = static_cast<TextForm>(header.form);
     fields.place = shared.place;
+    fields.thread = shared.thread;
+    fields.context = shared.context;
+    fields.values = values;
     return {fields, shared.number, static_cast<int>(header.answeredReports),
             static_cast<std::size_t>(next - bytes)};
 }

@@ -18,6 +18,8 @@ struct SharedFields {
     const Logger* logger = nullptr;
     std::string_view file;
     const KnownPlace* place = nullptr;
+    std::string_view context; ///< of the logging thread, packed
+    std::uint64_t thread = 0;
 };
 
 /// A message encoded relative to the one before it in its block: what the two share is left out, since the
@@ -38,7 +40,7 @@ public:
     /// \param place has room for `size` bytes
     /// \param number of the message
     /// \param before the fields that the constructor was given; they become those of this message, and a file
-    ///        that it does not share is then the one in the place
+    ///        or a context that it does not share is then the one in the place
     void writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept;
 
     /// What `read` gives.
@@ -49,7 +51,8 @@ public:
         std::size_t size; ///< of the packed message, in bytes
 
         SharedFields sharedFields() const noexcept {
-            return {number, fields.time, fields.loggerName, fields.logger, fields.file, fields.place};
+            return {number,      fields.time,  fields.loggerName, fields.logger,
+                    fields.file, fields.place, fields.context,    fields.thread};
         }
     };
 
@@ -69,7 +72,7 @@ private:
         std::uint32_t level : 8;
         std::uint32_t type : 2;
         std::uint32_t form : 2;
-        std::uint32_t ownParts : 6; ///< which it does not share with the message before, see `OwnPart`
+        std::uint32_t ownParts : 9; ///< which it does not share with the message before, see `OwnPart`
         std::uint32_t answeredReports : 8;
     };
 

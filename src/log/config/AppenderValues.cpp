@@ -28,6 +28,9 @@ AppenderValues::AppenderValues(const std::string& appenderName, unsigned reader,
             read(key, properties);
         }
     }
+    if (layout == LayoutName::FIELDS && columns.empty()) {
+        throw LogException("Wrong value for the " + name + "." + AppenderSetting::FIELDS + " property: ");
+    }
 }
 
 void AppenderValues::read(const ConfigurationKey& key, const Util::Properties& properties) {

@@ -2,11 +2,13 @@
 
 #include "log/Level.h"
 #include "log/MessageType.h"
+#include "log/layout/LineLayout.h"
 #include "platform/FileRules.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,6 +40,12 @@ struct AppenderValues {
     /// \return how files are found and made
     Platform::FileRules fileRules() const { return {fileMode, followLinks}; }
 
+    /// \param byDefault the layout of the appender's class
+    /// \return how its lines are made
+    std::shared_ptr<const LineLayout> layoutOr(LayoutName byDefault) const {
+        return makeLayout(layout.value_or(byDefault), columns, escape);
+    }
+
     std::string name;
 
     bool asynchronous = false;
@@ -46,6 +54,8 @@ struct AppenderValues {
     std::optional<Util::TimeUtils::Time> expiration; ///< 0: a level that a command lowers stays so
     std::optional<MessageType> messageType;
     bool escape = false; ///< whether each message is kept on one line
+    std::optional<LayoutName> layout;
+    std::vector<Column> columns; ///< of the layout `FIELDS`
 
     std::ostream* stream = nullptr; ///< one of the standard streams
 

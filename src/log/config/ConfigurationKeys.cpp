@@ -67,6 +67,10 @@ auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed)
         return readLifetime(text, needed);
     } else if constexpr (form == ValueForm::FILE_MODE) {
         return readFileMode(text);
+    } else if constexpr (form == ValueForm::LAYOUT) {
+        return std::optional<LayoutName>(readLayout(text));
+    } else if constexpr (form == ValueForm::COLUMNS) {
+        return readColumns(text);
     } else {
         static_assert(form == ValueForm::TEXT);
         return text;
@@ -140,6 +144,13 @@ constexpr ConfigurationKey KEYS[] = {
     setting<ValueForm::BOOLEAN, &Values::escape>(
         "escape", READ_BY_APPENDERS, "`true` or `false`", value("false"),
         "keeps each message on one line, see [One message, one line](#one-message-one-line)"),
+    setting<ValueForm::LAYOUT, &Values::layout>(AppenderSetting::LAYOUT, READ_BY_APPENDERS,
+                                                "`plain`, `process`, `json` or `fields`",
+                                                means("`process` for `SimpleFileAppender`, else `plain`"),
+                                                "the form of a line, see [Layouts](#layouts)"),
+    setting<ValueForm::COLUMNS, &Values::columns>(
+        AppenderSetting::FIELDS, READ_BY_APPENDERS, "names of columns, separated by spaces", means("none"),
+        "what a line of the layout `fields` shows, see [Layouts](#layouts)", AppenderSetting::LAYOUT),
 
     setting<ValueForm::STREAM, &Values::stream>(AppenderSetting::OSTREAM, READ_BY_STDOUT_APPENDER,
                                                 "`cout`, `cerr` or `clog`", value("cout"),

@@ -43,7 +43,9 @@ enum class ValueForm {
     LEADING_SIGNED,   ///< `readLeadingSigned`, a number of the units of the needed key; the same
     SIZE_UNIT,        ///< `readSizeUnit`
     LIFETIME_UNIT,    ///< `readLifetimeUnit`
-    FILE_MODE         ///< `readFileMode`; anything else counts as absent
+    FILE_MODE,        ///< `readFileMode`; anything else counts as absent
+    LAYOUT,           ///< `readLayout`; anything else is an error
+    COLUMNS           ///< `readColumns`; anything else is an error
 };
 
 /// What holds without a key.

@@ -7,10 +7,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <iterator>
 #include <limits>
 #include <string_view>
 #include <system_error>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace ZAV {
@@ -47,6 +49,27 @@ LeadingNumber<Number> readLeadingNumber(const std::string& text) {
     }
     return number;
 }
+
+/// \return what a name stands for
+/// \throw UtilException with the text if it stands for nothing
+template <typename Value, std::size_t SIZE>
+Value valueNamed(std::string_view name, const std::pair<std::string_view, Value> (&named)[SIZE],
+                 const std::string& text) {
+    const auto* const found = std::find_if(std::begin(named), std::end(named),
+                                           [&](const auto& entry) { return entry.first == name; });
+    if (found == std::end(named)) {
+        throw Util::UtilException(text);
+    }
+    return found->second;
+}
+
+constexpr std::pair<std::string_view, Column> COLUMNS[] = {
+    {"time", Column::TIME},       {"utc", Column::UTC},       {"level", Column::LEVEL},
+    {"logger", Column::LOGGER},   {"thread", Column::THREAD}, {"process", Column::PROCESS},
+    {"pid", Column::PID},         {"host", Column::HOST},     {"place", Column::PLACE},
+    {"context", Column::CONTEXT}, {"values", Column::VALUES}, {"message", Column::MESSAGE},
+    {"text", Column::TEXT},
+};
 
 } // namespace
 
@@ -124,6 +147,35 @@ std::optional<bool> readBoolean(const std::string& text) {
         return true;
     }
     return text == "false" ? std::optional<bool>(false) : std::nullopt;
+}
+
+LayoutName readLayout(const std::string& text) {
+    static constexpr std::pair<std::string_view, LayoutName> LAYOUTS[] = {
+        {"plain", LayoutName::PLAIN},
+        {"process", LayoutName::PROCESS},
+        {"json", LayoutName::JSON},
+        {"fields", LayoutName::FIELDS},
+    };
+    return valueNamed(text, LAYOUTS, text);
+}
+
+std::vector<std::string_view> columnNames() {
+    std::vector<std::string_view> names;
+    for (const auto& named : COLUMNS) {
+        names.push_back(named.first);
+    }
+    return names;
+}
+
+std::vector<Column> readColumns(const std::string& text) {
+    std::vector<Column> columns;
+    for (const std::string& name : Util::split(text, ' ')) {
+        columns.push_back(valueNamed(name, COLUMNS, text));
+    }
+    if (columns.empty()) {
+        throw Util::UtilException(text);
+    }
+    return columns;
 }
 
 } // namespace Log

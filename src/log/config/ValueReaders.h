@@ -1,10 +1,13 @@
 #pragma once
 
+#include "log/layout/LineLayout.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -48,6 +51,16 @@ std::optional<unsigned> readFileMode(const std::string& text);
 
 /// \return what "true" and "false" say; nothing for another text
 std::optional<bool> readBoolean(const std::string& text);
+
+/// \throw UtilException with the text if it names no layout
+LayoutName readLayout(const std::string& text);
+
+/// \return the names of all columns
+std::vector<std::string_view> columnNames();
+
+/// Reads names of columns, separated by spaces.
+/// \throw UtilException with the text if it names none, or if a name is no column's
+std::vector<Column> readColumns(const std::string& text);
 
 } // namespace Log
 } // namespace ZAV

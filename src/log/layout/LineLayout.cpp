@@ -1,102 +1,40 @@
 #include "log/layout/LineLayout.h"
 
-#include "log/layout/ProcessDescription.h"
-#include "log/message/MessageFields.h"
-#include "zav-util/TimeText.h"
+#include "log/layout/EscapedLayout.h"
+#include "log/layout/FieldsLayout.h"
+#include "log/layout/JsonLayout.h"
+#include "log/layout/PlainLayout.h"
 
-#include <charconv>
-#include <cstddef>
-#include <cstdint>
-#include <string_view>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
 
-// A line is written into room for its longest possible form and then cut to its length: a string that grew
-// field by field would check its capacity each time.
-
 namespace {
 
-using Util::TimeUtils::TIME_LENGTH;
-
-constexpr std::size_t NUMBER_LENGTH = 11; // of a 32-bit number with its sign
-constexpr std::size_t LEVEL_LENGTH = 7;
-constexpr std::size_t SEPARATORS_AND_END_OF_LINE = 6;
-
-std::size_t roomFor(const MessageFields& message) {
-    return TIME_LENGTH + message.loggerName.size() + message.file.size() + NUMBER_LENGTH + LEVEL_LENGTH +
-           message.text.size() + SEPARATORS_AND_END_OF_LINE;
-}
-
-std::size_t roomFor(const ProcessDescription& process) {
-    constexpr std::size_t SEPARATORS = 3;
-    return process.program.size() + NUMBER_LENGTH + process.host.size() + SEPARATORS;
-}
-
-/// A string that is made in its size costs less than an empty one that grows to it.
-/// \return where the room begins, at the end of the text
-char* makeRoom(std::string& text, std::size_t size) {
-    const std::size_t begin = text.size();
-    if (text.capacity() < size && text.empty()) {
-        text = std::string(size, '\0');
-    } else {
-        text.resize(begin + size);
+std::shared_ptr<const LineLayout> makeUnescaped(LayoutName name, const std::vector<Column>& columns) {
+    switch (name) {
+    case LayoutName::PROCESS:
+        return std::make_shared<ProcessLayout>();
+    case LayoutName::JSON:
+        return std::make_shared<JsonLayout>();
+    case LayoutName::FIELDS:
+        return std::make_shared<FieldsLayout>(columns);
+    case LayoutName::PLAIN:
+        break;
     }
-    return &text[begin];
-}
-
-void cutAt(std::string& text, const char* end) {
-    text.resize(static_cast<std::size_t>(end - text.data()));
-}
-
-char* writeField(char* position, std::string_view field) {
-    *position++ = ' ';
-    return position + field.copy(position, field.size());
-}
-
-char* writeNumber(char* position, std::int32_t number) {
-    return std::to_chars(position, position + NUMBER_LENGTH, number).ptr;
-}
-
-char* writeLocation(char* position, const MessageFields& message) {
-    const bool hasLine = message.line > 0;
-    if (!message.file.empty() || hasLine) {
-        position = writeField(position, message.file);
-    }
-    if (hasLine) {
-        *position++ = ':';
-        position = writeNumber(position, message.line);
-    }
-    return position;
-}
-
-char* writeProcess(char* position, const ProcessDescription& process) {
-    position = writeField(position, process.program);
-    *position++ = ' ';
-    return writeField(writeNumber(position, process.id), process.host);
-}
-
-char* writeMessage(char* position, const MessageFields& message) {
-    position = writeField(position, message.loggerName);
-    if (message.type == LOG) {
-        position = writeLocation(position, message);
-        position = writeField(position, Level::toString(message.level));
-    }
-    return writeField(position, message.text);
+    return std::make_shared<PlainLayout>();
 }
 
 } // namespace
 
-void appendLogLine(std::string& text, const MessageFields& message) {
-    char* const position = Util::TimeUtils::writeTime(makeRoom(text, roomFor(message)), message.time);
-    cutAt(text, writeMessage(position, message));
-}
-
-void appendLogLineWithProcess(std::string& text, const MessageFields& message) {
-    const ProcessDescription process = describeProcess(message.time);
-    char* const room = makeRoom(text, roomFor(message) + roomFor(process));
-    char* const position = writeProcess(Util::TimeUtils::writeTime(room, message.time), process);
-    cutAt(text, writeMessage(position, message));
+std::shared_ptr<const LineLayout> makeLayout(LayoutName name, const std::vector<Column>& columns,
+                                             bool isEscaped) {
+    std::shared_ptr<const LineLayout> layout = makeUnescaped(name, columns);
+    if (isEscaped && name != LayoutName::JSON) {
+        return std::make_shared<EscapedLayout>(std::move(layout));
+    }
+    return layout;
 }
 
 } // namespace Log

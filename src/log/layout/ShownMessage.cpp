@@ -1,7 +1,8 @@
 #include "log/layout/ShownMessage.h"
 
-#include "log/layout/LineLayout.h"
+#include "log/layout/PlainLayout.h"
 #include "log/message/MessageFields.h"
+#include "log/text/PackedPairs.h"
 #include "zav-util/StandardError.h"
 
 #include <exception>
@@ -14,6 +15,9 @@ std::string shownLine(const char* reason, const MessageFields& message) noexcept
         const ReadyText text(message);
         MessageFields shown(message);
         shown.text = text.view();
+        std::string pairs;
+        appendPairs(pairs, message.values, text.view().empty());
+        shown.pairsText = pairs;
         std::string line = reason;
         appendLogLine(line, shown);
         return line;

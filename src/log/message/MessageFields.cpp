@@ -1,16 +1,37 @@
 #include "log/message/MessageFields.h"
 
 #include "log/text/FormattedText.h"
+#include "log/text/PackedPairs.h"
 #include "log/text/StreamedText.h"
 
+#include <cstddef>
 #include <string>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
 
 LogMessage MessageFields::makeMessage() const {
-    return LogMessage(std::string(loggerName), time, level, std::string(ReadyText(*this).view()), line,
-                      std::string(file), type);
+    std::string whole(ReadyText(*this).view());
+    const std::size_t size = whole.size();
+    appendPairs(whole, values, whole.empty());
+    LogMessage message(std::string(loggerName), time, level, std::move(whole), line, std::string(file), type);
+    message.messageSize_ = size;
+    message.values_ = values;
+    message.context_ = context;
+    message.thread_ = thread;
+    return message;
+}
+
+void MessageFields::takeTexts(const LogMessage& message) noexcept {
+    const std::string_view whole = message.text_;
+    form = TextForm::READY;
+    text = whole.substr(0, message.messageSize_);
+    pairsText = whole.substr(message.messageSize_);
+    file = message.file_;
+    values = message.values_;
+    context = message.context_;
+    thread = message.thread_;
 }
 
 ReadyText::ReadyText(const MessageFields& message) : view_(message.text) {

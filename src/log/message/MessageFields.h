@@ -42,7 +42,12 @@ struct MessageFields {
 
     MessageFields(const LogMessage& message)
         : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
-                        message.getLine(), message.getFile(), message.getType()) {}
+                        message.getLine(), message.getFile(), message.getType()) {
+        takeTexts(message);
+    }
+
+    /// Refers to the texts and pairs of a message from now on, but not to its logger's name.
+    void takeTexts(const LogMessage& message) noexcept;
 
     /// \throw std::bad_alloc
     LogMessage makeMessage() const;
@@ -52,13 +57,17 @@ struct MessageFields {
     std::string_view loggerName;
     Util::TimeUtils::Time time;
     Level::LogLevel level;
-    std::string_view text; ///< or values, as `form` says
+    std::string_view text; ///< without the pairs; or values, as `form` says
     int line;
     std::string_view file;
     MessageType type;
     const Logger* logger; ///< that logged it; null in a message that an application makes
     TextForm form = TextForm::READY;
     const KnownPlace* place = nullptr; ///< that gives level, line and file; null if it is not known
+    std::string_view values;           ///< packed pairs of the message
+    std::string_view context;          ///< packed pairs of the thread, also those that later ones hide
+    std::string_view pairsText;        ///< what follows the text to show `values`, once that is made
+    std::uint64_t thread = 0;          ///< the system's id; 0 if it is not known
 };
 
 /// The text of a message as characters, made from the values if the message carries them.
@@ -68,6 +77,7 @@ public:
     /// \throw std::bad_alloc
     explicit ReadyText(const MessageFields& message);
 
+    /// \return the text without the pairs
     std::string_view view() const noexcept { return view_; }
 
 private:

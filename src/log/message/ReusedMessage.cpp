@@ -1,5 +1,6 @@
 #include "log/message/ReusedMessage.h"
 
+#include "log/text/PackedPairs.h"
 #include "platform/ThreadSlot.h"
 
 #include <cstddef>
@@ -55,9 +56,7 @@ const LogMessage& ReusedMessage::get() {
 const MessageFields& ReusedMessage::keptFields() const noexcept {
     MessageFields& fields = kept_->shownFields;
     fields = fields_;
-    fields.form = TextForm::READY;
-    fields.text = kept_->message.getText();
-    fields.file = kept_->message.getFile();
+    fields.takeTexts(kept_->message);
     return fields;
 }
 
@@ -90,10 +89,12 @@ void ReusedMessage::giveBack() noexcept {
     }
     dropUnusualMemory(kept_->message.text_);
     dropUnusualMemory(kept_->message.file_);
+    dropUnusualMemory(kept_->message.values_);
+    dropUnusualMemory(kept_->message.context_);
     kept_->isTaken = false;
 }
 
-/// A message often has the logger and the file of the one before.
+/// A message often has the logger, the file and the context of the one before.
 void ReusedMessage::Kept::fill(const MessageFields& fields) {
     if (!isSamePlace(loggerName, fields.loggerName)) {
         message.loggerName_.assign(fields.loggerName);
@@ -104,6 +105,15 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
     }
     message.text_.clear(); // which takes fewer steps than assigning
     message.text_.append(ReadyText(fields).view());
+    message.messageSize_ = message.text_.size();
+    appendPairs(message.text_, fields.values, message.text_.empty());
+    if (message.values_ != fields.values) {
+        message.values_.assign(fields.values);
+    }
+    if (message.context_ != fields.context) {
+        message.context_.assign(fields.context);
+    }
+    message.thread_ = fields.thread;
     message.time_ = fields.time;
     message.level_ = fields.level;
     message.line_ = fields.line;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstdint>
+
 namespace ZAV {
 namespace Log {
 
 class Dispatch;
 class Ring;
+class ThreadContext;
 
 /// What the library knows of a thread that is inside it. It has no destructor, so that a thread may log to
 /// its very end.
@@ -20,10 +23,17 @@ struct ThreadRecord {
     Ring* ring;               ///< what the thread has queued; null before its first message and at its end
     bool isConsumer;          ///< logging calls may wait for the thread, which does not wait for loggers
     bool hasEndedRing;        ///< the thread is ending, and gets no other ring
+    ThreadContext* context;   ///< the pairs of its messages; null before the first one and at its end
+    std::uint64_t systemId;   ///< the system's id of the thread; 0 if it was not asked for yet
+    unsigned generation;      ///< of the process for which it was asked
 };
 
 /// \return the calling thread's own
 ThreadRecord& threadRecord() noexcept;
+
+/// \return the system's id of the calling thread, for which the system is asked once, and once more in a forked child
+/// \param thread the calling thread's record
+std::uint64_t systemIdOf(ThreadRecord& thread) noexcept;
 
 } // namespace Log
 } // namespace ZAV

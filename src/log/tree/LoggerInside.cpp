@@ -6,6 +6,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ReportAnswer.h"
+#include "log/reentrancy/ThreadContext.h"
 #include "log/tree/SubtreeCapture.h"
 #include "platform/CancellationGuard.h"
 
@@ -33,11 +34,17 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
 }
 
 /// The place is looked up only for the queue, since other messages hold nothing beyond the call.
-void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form) {
+void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form,
+                             std::string_view pairs) {
     if (takesValues() || form != TextForm::READY) {
-        logFrom(knownPlace(place), text, form);
+        MessageFields message(logger_.name_, Time(), knownPlace(place), text, form, &logger_);
+        message.values = pairs;
+        log(message);
     } else {
-        log(place.level, text, place.line, place.file, LOG);
+        MessageFields message(logger_.name_, Time(), place.level, text, place.line, place.file, LOG,
+                              &logger_);
+        message.values = pairs;
+        log(message);
     }
 }
 
@@ -46,9 +53,14 @@ void Logger::Inside::logFrom(const KnownPlace& place, std::string_view text, Tex
     log(message);
 }
 
-/// \param message without a time
+/// \param message without a time and what its thread adds
 void Logger::Inside::log(MessageFields& message) {
     Platform::actOnCancellation();
+    ThreadRecord& thread = threadRecord();
+    message.thread = systemIdOf(thread);
+    if (thread.context != nullptr) {
+        message.context = thread.context->packed();
+    }
     const LibraryCall call;
     const bool isLocked = lockFor(call);
     message.time = Time::now();

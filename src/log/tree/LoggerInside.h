@@ -39,7 +39,8 @@ struct Logger::Inside {
     void log(Level::LogLevel level, std::string_view text, int line, std::string_view file, MessageType type);
 
     /// The same for a message from a place in the program, which may carry values in the place of its text.
-    void logFrom(const Place& place, std::string_view text, TextForm form);
+    /// \param pairs packed ones of the message
+    void logFrom(const Place& place, std::string_view text, TextForm form, std::string_view pairs = {});
     void logFrom(const KnownPlace& place, std::string_view text, TextForm form);
 
     /// \return whether a message's text is not needed in the call, as far as that is known: all appenders are

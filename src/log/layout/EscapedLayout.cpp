@@ -1,4 +1,4 @@
-#include "log/layout/LineEscaping.h"
+#include "log/layout/EscapedLayout.h"
 
 #include "log/message/MessageFields.h"
 #include "zav-util/Utf8.h"
@@ -74,15 +74,19 @@ std::string escape(std::string_view text) {
 } // namespace
 
 /// Hardly any message needs it, so the others are not copied.
-void appendEscaped(std::string& line, const MessageFields& message, AppendLine appendLine) {
+void EscapedLayout::append(std::string& line, const MessageFields& message) const {
     if (!mayNeedEscape(message.text) && !mayNeedEscape(message.loggerName) && !mayNeedEscape(message.file)) {
-        appendLine(line, message);
+        layout_->append(line, message);
         return;
     }
     const std::string loggerName = escape(message.loggerName);
     const std::string text = escape(message.text);
     const std::string file = escape(message.file);
-    appendLine(line, {loggerName, message.time, message.level, text, message.line, file, message.type});
+    MessageFields escaped(message);
+    escaped.loggerName = loggerName;
+    escaped.text = text;
+    escaped.file = file;
+    layout_->append(line, escaped);
 }
 
 } // namespace Log

@@ -1,0 +1,170 @@
+#include "log/text/PackedPairs.h"
+
+#include "zav-util/Utf8.h"
+
+#include <charconv>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+constexpr bool isKeyCharacter(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '_' || character == '.' || character == '-';
+}
+
+/// Looked up once for every byte of every key that is logged.
+struct KeyCharacters {
+    constexpr KeyCharacters() {
+        for (unsigned code = 0; code < 256; ++code) {
+            const char character = static_cast<char>(code);
+            logged[code] = isKeyCharacter(character) ? character : '_';
+        }
+    }
+    char logged[256] = {};
+};
+
+constexpr KeyCharacters KEY_CHARACTERS;
+
+/// \return the size of the first character of a text if it is quoted as bytes, and 0 if it is not: what ends a line,
+///         and what changes how the text around it is shown
+std::size_t sizeOfControl(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text[0]);
+    if (first < 0x80) {
+        return first < 0x20 || first == 0x7f ? 1 : 0;
+    }
+    const Util::CodePoint character = Util::firstCodePoint(text);
+    return character.size > 1 && Util::steersTerminal(character.value) ? character.size : 0;
+}
+
+bool needsQuotes(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char character = text[i];
+        if (character == ' ' || character == '"' || character == '=' || character == '\\' ||
+            sizeOfControl(text.substr(i)) != 0) {
+            return true;
+        }
+    }
+    return text.empty();
+}
+
+/// Appends the first character of a text in quotes.
+/// \return its size
+std::size_t appendFirstQuoted(std::string& quoted, std::string_view text) {
+    switch (text[0]) {
+    case '"':
+        quoted += "\\\"";
+        return 1;
+    case '\\':
+        quoted += "\\\\";
+        return 1;
+    case '\n':
+        quoted += "\\n";
+        return 1;
+    case '\r':
+        quoted += "\\r";
+        return 1;
+    case '\t':
+        quoted += "\\t";
+        return 1;
+    default:
+        break;
+    }
+    const std::size_t size = sizeOfControl(text);
+    for (std::size_t i = 0; i < size; ++i) {
+        Util::appendByteEscape(quoted, text[i]);
+    }
+    if (size == 0) {
+        quoted += text[0];
+    }
+    return size == 0 ? 1 : size;
+}
+
+} // namespace
+
+char* packPair(char* place, std::string_view key, const TaggedValue& value) noexcept {
+    const std::string_view name = key.empty() ? std::string_view("_") : key;
+    char* character = Packing::writeNumber(place, TaggedValue::Kind::TEXT, name.size());
+    for (const char byte : name) {
+        *character++ = KEY_CHARACTERS.logged[static_cast<unsigned char>(byte)];
+    }
+    return packValue(character, value);
+}
+
+ValueText::ValueText(const TaggedValue& value) noexcept {
+    char* const end = number_ + sizeof number_;
+    const auto take = [this, end](auto number) {
+        view_ = {number_, static_cast<std::size_t>(std::to_chars(number_, end, number).ptr - number_)};
+    };
+    switch (value.kind) {
+    case TaggedValue::Kind::TEXT:
+    case TaggedValue::Kind::C_STRING:
+    case TaggedValue::Kind::NUMBER:
+        view_ = {value.text, value.size};
+        break;
+    case TaggedValue::Kind::SIGNED:
+        take(value.signedNumber);
+        break;
+    case TaggedValue::Kind::UNSIGNED:
+        take(value.unsignedNumber);
+        break;
+    case TaggedValue::Kind::DOUBLE:
+        take(value.doubleNumber);
+        break;
+    case TaggedValue::Kind::FLOAT:
+        take(value.floatNumber);
+        break;
+    case TaggedValue::Kind::CHARACTER:
+        number_[0] = value.character;
+        view_ = {number_, 1};
+        break;
+    case TaggedValue::Kind::BOOLEAN:
+        view_ = value.boolean ? "true" : "false";
+        break;
+    case TaggedValue::Kind::ADDRESS:
+        break; // no pair has one
+    }
+}
+
+void appendPair(std::string& text, const Pair& pair) {
+    const ValueText value(pair.value);
+    text.append(pair.key);
+    text += '=';
+    if (!needsQuotes(value.view())) {
+        text.append(value.view());
+        return;
+    }
+    text += '"';
+    for (std::string_view rest = value.view(); !rest.empty();) {
+        rest.remove_prefix(appendFirstQuoted(text, rest));
+    }
+    text += '"';
+}
+
+void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty) {
+    bool needsBlank = !isTextEmpty;
+    forEachPair(packed, [&](const Pair& pair) {
+        if (needsBlank) {
+            text += ' ';
+        }
+        needsBlank = true;
+        appendPair(text, pair);
+    });
+}
+
+std::vector<std::pair<std::string, std::string>> listPairs(std::string_view packed, bool hidesEarlier) {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    const auto add = [&pairs](const Pair& pair) {
+        pairs.emplace_back(pair.key, ValueText(pair.value).view());
+    };
+    if (hidesEarlier) {
+        forEachLastPair(packed, add);
+    } else {
+        forEachPair(packed, add);
+    }
+    return pairs;
+}
+
+} // namespace Log
+} // namespace ZAV

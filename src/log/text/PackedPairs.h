@@ -1,0 +1,88 @@
+#pragma once
+
+#include "log/text/PackedValues.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+// Pairs of a key and a value, as bytes: each is two packed values, of which the first is the key's text. So a
+// message carries them as it carries the values of its text.
+
+struct Pair {
+    std::string_view key;
+    TaggedValue value; ///< its text is a `TEXT`
+};
+
+/// \return how many bytes a pair may take
+inline std::size_t packedPairSize(std::string_view key, const TaggedValue& value) noexcept {
+    return packedSize(key) + 1 + packedSize(value);
+}
+
+/// \param key each byte of it that a key may not have is packed as `_`, and an empty one as that, too
+/// \param place has room for the pair
+/// \return the end of what was written
+char* packPair(char* place, std::string_view key, const TaggedValue& value) noexcept;
+
+/// Calls a function for each of the pairs, in their order.
+template <typename Function>
+void forEachPair(std::string_view packed, const Function& function) {
+    const char* next = packed.data();
+    for (const char* const end = next + packed.size(); next != end;) {
+        const TaggedValue key = unpackValue(next);
+        function(Pair{{key.text, key.size}, unpackValue(next)});
+    }
+}
+
+/// The same for the pairs that no later one with the same key hides.
+template <typename Function>
+void forEachLastPair(std::string_view packed, const Function& function) {
+    const char* next = packed.data();
+    for (const char* const end = next + packed.size(); next != end;) {
+        const TaggedValue key = unpackValue(next);
+        const Pair pair{{key.text, key.size}, unpackValue(next)};
+        bool isHidden = false;
+        forEachPair({next, static_cast<std::size_t>(end - next)},
+                    [&](const Pair& later) { isHidden = isHidden || later.key == pair.key; });
+        if (!isHidden) {
+            function(pair);
+        }
+    }
+}
+
+/// The text of a value, unquoted.
+class ValueText {
+public:
+    /// \param value whose text lives as long as this object
+    explicit ValueText(const TaggedValue& value) noexcept;
+    ValueText(const ValueText&) = delete;
+    ValueText& operator=(const ValueText&) = delete;
+
+    std::string_view view() const noexcept { return view_; }
+
+private:
+    char number_[32];
+    std::string_view view_;
+};
+
+/// Appends a pair as `key=value`, quoted where it needs that.
+/// \throw std::bad_alloc
+void appendPair(std::string& text, const Pair& pair);
+
+/// Appends what stands behind the text of a message: each pair after a blank, but for the first one if the
+/// text is empty.
+/// \throw std::bad_alloc
+void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty);
+
+/// \return key and unquoted value of the pairs
+/// \param hidesEarlier whether a pair is left out if a later one has its key
+/// \throw std::bad_alloc
+std::vector<std::pair<std::string, std::string>> listPairs(std::string_view packed, bool hidesEarlier);
+
+} // namespace Log
+} // namespace ZAV
