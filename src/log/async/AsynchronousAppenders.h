@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <list>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -34,6 +35,14 @@ public:
 
     bool isEmpty();
 
+    /// Takes the memory that `exchangeConfigured` needs.
+    /// \param configured what is to get all messages then, in this order
+    void prepareExchange(const std::vector<Appender*>& configured);
+
+    /// Puts the appenders that were prepared in the place of those that get all messages. Waits for a running
+    /// delivery, except inside an appender or a listener; it takes no memory.
+    void exchangeConfigured();
+
     /// \return whether there is an appender that gets the messages of the loggers that list it
     bool hasOwnOfApplication();
 
@@ -47,7 +56,8 @@ public:
     std::uint64_t progress() const noexcept { return progress_; }
 
     /// In a forked child: ends a delivery that the forking thread may be in. The messages are the parent's.
-    void endDeliveryInChild() noexcept;
+    /// \param isExchanging whether a thread of the parent was about to call `exchangeConfigured`
+    void endDeliveryInChild(bool isExchanging) noexcept;
 
 private:
     struct Entry {
@@ -68,6 +78,7 @@ private:
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
                        ThreadRecord& thread) noexcept;
     void countProgress() noexcept;
+    void exchangeEntries() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // as below
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
     bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // one of the two locks is enough
@@ -79,6 +90,8 @@ private:
     /// Entries come and go under both locks: either one is enough to read the list.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
+    std::list<Entry> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
+    bool isPrepared_ ZAV_LOG_GUARDED_BY(listLock_) = false;
     std::atomic<std::uint64_t> progress_{0};               ///< written by whoever delivers
     std::atomic<bool> isAbandoned_{false};                 ///< in a forked child: the delivery must not go on
 };

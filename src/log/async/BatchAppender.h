@@ -56,6 +56,10 @@ public:
     bool hasFailed() const noexcept { return hasFailed_.load(std::memory_order_relaxed); }
     Failed takeFailed() noexcept;
 
+    /// Writes the lines that are kept and closes the file, so that another appender may have it. To be called
+    /// once this one is not used any more.
+    void close();
+
 protected:
     /// \throw what `outputLine` throws, unless that has to be reported behind earlier lines
     void doOutput(const LogMessage& message) final;
@@ -69,6 +73,9 @@ protected:
     /// \throw LogException if it is not the whole text
     virtual void writeLines(std::string_view text, std::size_t& written)
         ZAV_LOG_REQUIRES(criticalSection_) = 0;
+
+    /// Closes a file that is kept open between two lines.
+    virtual void closeFile() ZAV_LOG_REQUIRES(criticalSection_) {}
 
     /// \return whether lines are kept now
     bool keepsLines() const noexcept ZAV_LOG_REQUIRES(criticalSection_);
