@@ -12,8 +12,8 @@ class ControlRequest {
 public:
     enum Kind { LOGGERS, APPENDERS, LEVEL, LEVEL_FOR, EXPIRATION, COMMAND, STATISTICS, FLUSH, RELOAD };
 
-    /// Reads a line: the kind of the request and its arguments, separated by blanks. The name of a logger or a
-    /// file may have blanks in it, and the argument of a command is the rest of the line as it is.
+    /// Reads a line: the kind of the request and its arguments, separated by blanks. The name of a logger or
+    /// a file may have blanks in it, and the argument of a command is the rest of the line as it is.
     /// \param line without its end
     /// \throw std::invalid_argument if there is no such request, or if it has too few or too many arguments, or
     ///        a time that is none

@@ -29,9 +29,9 @@ namespace LogManager {
 
 /// Sets the loggers, the appenders and the asynchronous dispatcher up as the properties say.
 ///
-/// Other threads may log meanwhile. Of `init`, `finish` and `reload`, which may be called from any thread, one
-/// waits for the other. A bad value of a logger or of the dispatcher, or a bad name of a logger, is reported
-/// on the standard error stream and leaves its setting as it was.
+/// Other threads may log meanwhile. Of `init`, `finish` and `reload`, which may be called from any thread,
+/// one waits for the other. A bad value of a logger or of the dispatcher, or a bad name of a logger, is
+/// reported on the standard error stream and leaves its setting as it was.
 /// \return false if the library is set up already; the properties are then ignored
 /// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
 ///        arrives, and a later `init` may succeed.
@@ -61,8 +61,8 @@ registerAppenderClass(const std::string& className,
 /// - An appender whose keys are the same stays as it is, with its open file; a level that a command has
 ///   lowered goes back. Others are made first, and then change places with the old ones in one step. Each
 ///   message goes to the appenders of before or to those of afterwards, and what waits in the queue to those
-///   of before. An appender that is made anew begins as after `init`: a `FileAppender` begins a new file, when
-///   those that leave have written and closed theirs.
+///   of before. An appender that is made anew begins as after `init`: a `FileAppender` begins a new file,
+///   when those that leave have written and closed theirs.
 /// - No level passes through another on its way, and no command is issued. Levels of `setLevelFor` end.
 /// - Appenders of the application, command listeners and servers stay.
 /// - A bad value that `init` would report is reported, and leaves its setting as it was before.
@@ -72,8 +72,8 @@ registerAppenderClass(const std::string& className,
 /// change places, each message waits. A synchronous appender to files that comes while an asynchronous one
 /// leaves waits for the queue to be written first, since both may write to the same file.
 /// \throw LogException "LogManager::reload must not be called while logging." from an appender, a filter or a
-///        command listener, "The library is not initialised." without `init`, and whatever `init` would throw.
-///        Nothing has changed then
+///        command listener, "The library is not initialised." without `init`, and whatever `init` would
+///        throw. Nothing has changed then
 ZAV_LOG_API void reload(const Util::Properties& properties);
 
 /// \copydoc reload(const Util::Properties&)

@@ -112,10 +112,9 @@ TEST_F(Reload, GivesLoggersTheLevelsOfAFreshProcess) {
            "logger.root.a.level = TRACE\n" // stands before that of the root, which overrules it
            "logger.net.level = LOUD\nlogger.net.expiration = 5x\nlogger.fresh.level = LOUD\n");
     const std::string reports = standardError.text();
-    EXPECT_THAT(levelsOfAll(),
-                ElementsAre("root ERROR 0", "db ERROR 2", "db.table INFO 2", "fresh ERROR 0", "net TRACE 7",
-                            "net.tcp TRACE 7", "old ERROR 0", "own ERROR 0", "own.child ERROR 0",
-                            "root ERROR 0", "root.a ERROR 0"));
+    EXPECT_THAT(levelsOfAll(), ElementsAre("root ERROR 0", "db ERROR 2", "db.table INFO 2", "fresh ERROR 0",
+                                           "net TRACE 7", "net.tcp TRACE 7", "old ERROR 0", "own ERROR 0",
+                                           "own.child ERROR 0", "root ERROR 0", "root.a ERROR 0"));
     EXPECT_EQ(reports, "Exception parsing property logger.fresh.level: There is no 'LOUD' LogLevel defined.\n"
                        "Exception parsing property logger.net.expiration: Can't convert 5x to integer\n"
                        "Exception parsing property logger.net.level: There is no 'LOUD' LogLevel defined.\n");
@@ -206,7 +205,7 @@ TEST_F(Reload, TakesTheDispatchersSettingsOfAFreshProcess) {
     change(file + prefix + "maxQueueSize = many\n");
     Logger& net = LoggerFactory::getLogger("net");
     net.error("discarded"); // since there is still room for no message
-    change(file); // that of a fresh process holds, which has room
+    change(file);           // that of a fresh process holds, which has room
     for (int number = 0; number < 100; ++number) {
         net.error("delivered");
     }
@@ -224,9 +223,10 @@ TEST_F(Reload, ChangesNothingIfInitWouldThrow) {
     EXPECT_EQ(textThrownBy<LogException>([] { LogManager::reload(); }), "The library is not initialised.");
     EXPECT_EQ(textThrownBy<LogException>([] { LogManager::reload(Util::Properties()); }),
               "The library is not initialised.");
-    const std::string good = "logger.net.level = TRACE\nappender.a = FileAppender\nappender.a.dir = DIR\n"
-                             "appender.a.file = a.\nappender.a.level = ERROR\nappender.a.expiration = 1 hour\n"
-                             "appender.b = SimpleFileAppender\nappender.b.dir = DIR\n";
+    const std::string good =
+        "logger.net.level = TRACE\nappender.a = FileAppender\nappender.a.dir = DIR\n"
+        "appender.a.file = a.\nappender.a.level = ERROR\nappender.a.expiration = 1 hour\n"
+        "appender.b = SimpleFileAppender\nappender.b.dir = DIR\n";
     ASSERT_TRUE(init(good));
     Logger& net = LoggerFactory::getLogger("net");
     LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
@@ -346,11 +346,12 @@ protected:
 };
 
 TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
-    writeProperties("appender.s = SimpleFileAppender\nappender.s.dir = DIR/missing\n"
-          "appender.batch = SimpleFileAppender\nappender.batch.dir = DIR/missing\n"
-          "appender.batch.asynchronous = true\nappender.batch.flush = batch\n"
-          "appender.batch.level = ERROR\nappender.fine = SimpleFileAppender\nappender.fine.dir = DIR\n"
-          "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n");
+    writeProperties(
+        "appender.s = SimpleFileAppender\nappender.s.dir = DIR/missing\n"
+        "appender.batch = SimpleFileAppender\nappender.batch.dir = DIR/missing\n"
+        "appender.batch.asynchronous = true\nappender.batch.flush = batch\n"
+        "appender.batch.level = ERROR\nappender.fine = SimpleFileAppender\nappender.fine.dir = DIR\n"
+        "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n");
     StandardErrorCapture standardError;
     {
         const LogSession session(directory_ / "app.properties");
@@ -389,17 +390,17 @@ TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
 namespace {
 
 constexpr int PRODUCERS = 4;
-constexpr int LOGGERS = 2 * PRODUCERS; ///< those of the producers, and those that an appender logs to
-constexpr std::size_t MOST_MESSAGES = 200'000;
+constexpr int LOGGERS = 2 * PRODUCERS;       ///< those of the producers, and those that an appender logs to
+constexpr std::size_t MOST_MESSAGES = 5'000; ///< of each logger, for each change
 
 /// How often each message of each logger has come to the appenders of either configuration.
 class Arrivals {
 public:
     using Counts = std::vector<std::atomic<std::uint8_t>>;
 
-    Arrivals() {
+    explicit Arrivals(std::size_t messages) {
         for (Counts& counts : counts_) {
-            counts = Counts(MOST_MESSAGES);
+            counts = Counts(messages);
         }
     }
 
@@ -479,13 +480,15 @@ protected:
     void produce(std::size_t producer) {
         Logger& logger = loggerOf(producer);
         std::size_t number = 0;
-        for (; number < MOST_MESSAGES && !isOver_; ++number) {
+        for (; number < messagesAtMost_ && !isOver_; ++number) {
             logger.error(std::to_string(number));
         }
         messages_[producer] = number;
     }
 
-    Arrivals arrivals_;
+    const int changes_ = changesOfStorm();
+    const std::size_t messagesAtMost_ = MOST_MESSAGES * static_cast<std::size_t>(changes_);
+    Arrivals arrivals_{messagesAtMost_};
     std::array<std::atomic<std::size_t>, LOGGERS> messages_{};
     std::atomic<bool> isOver_{false};
 };
@@ -511,8 +514,7 @@ TEST_F(ReloadStorm, HasEachMessageInOneOfTheConfigurations) {
     for (std::size_t producer = 0; producer < PRODUCERS; ++producer) {
         producers.emplace_back([this, producer] { produce(producer); });
     }
-    const int changes = changesOfStorm();
-    for (int number = 1; number <= changes; ++number) {
+    for (int number = 1; number <= changes_; ++number) {
         change(configuration(number % 2));
     }
     isOver_ = true;

@@ -205,9 +205,8 @@ Appender* AppenderRegistry::findCreated(const Util::Properties& keys) const {
         return nullptr;
     }
     const ScopedLock tablesLock(tablesLock_);
-    const auto found =
-        std::find_if(createdAppenders_.begin(), createdAppenders_.end(),
-                     [&keys](const CreatedAppender& created) { return created.keys == keys; });
+    const auto found = std::find_if(createdAppenders_.begin(), createdAppenders_.end(),
+                                    [&keys](const CreatedAppender& created) { return created.keys == keys; });
     return found == createdAppenders_.end() ? nullptr : found->appender.get();
 }
 

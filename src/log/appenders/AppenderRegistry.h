@@ -27,7 +27,7 @@ using CreatedAppenders = std::list<CreatedAppender>;
 
 /// The appenders of another configuration, which are to take the places of those in service.
 struct AppenderExchange {
-    CreatedAppenders created;      ///< one that stays has no appender here yet; after the change, what has left
+    CreatedAppenders created; ///< one that stays has no appender here yet; after the change, what has left
     std::vector<Appender*> before; ///< all that were in service
     std::vector<Appender*> after;  ///< all that will be, in the order of their creation
 };

@@ -89,11 +89,11 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Entries come and go under both locks: either one is enough to read the list.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
+    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_);    ///< since the last delivery began
     std::list<Entry> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
     bool isPrepared_ ZAV_LOG_GUARDED_BY(listLock_) = false;
-    std::atomic<std::uint64_t> progress_{0};               ///< written by whoever delivers
-    std::atomic<bool> isAbandoned_{false};                 ///< in a forked child: the delivery must not go on
+    std::atomic<std::uint64_t> progress_{0}; ///< written by whoever delivers
+    std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not go on
 };
 
 } // namespace Log

@@ -223,8 +223,8 @@ void AsynchronousDispatcher::makeRounds() {
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No
-/// message is held while it is set, since that may fail and end the thread. Nothing takes a thread back to what
-/// it was created with.
+/// message is held while it is set, since that may fail and end the thread. Nothing takes a thread back to
+/// what it was created with.
 void AsynchronousDispatcher::applyPriority(int& applied) const {
     const int priority = queue_.priority();
     if (priority == applied || priority == DEFAULT_PRIORITY_MARK) {

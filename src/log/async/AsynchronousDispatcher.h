@@ -51,8 +51,8 @@ public:
     /// \return false if the time is over
     bool drain(const Deadline& deadline);
 
-    /// Has settings hold from the next message or wait on, but for the priority: that is one of the consumer's
-    /// thread.
+    /// Has settings hold from the next message or wait on, but for the priority: that is one of the
+    /// consumer's thread.
     void use(const DispatcherSettings& settings) { queue_.use(settings); }
 
     /// Has the consumer leave what is queued from now on where it is.

@@ -70,9 +70,8 @@ bool Reload::takesFilesOver() const {
 bool Reload::concernsConsumer() const {
     const Appenders after = asynchronousOf(appenders_.after);
     return needsNewConsumer_ || asynchronousOf(appenders_.before) != after ||
-           std::any_of(after.begin(), after.end(), [](const Appender* appender) {
-               return AppenderRegistry::hasLoweredLevel(*appender);
-           });
+           std::any_of(after.begin(), after.end(),
+                       [](const Appender* appender) { return AppenderRegistry::hasLoweredLevel(*appender); });
 }
 
 void Reload::run() {

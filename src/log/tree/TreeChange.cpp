@@ -47,8 +47,7 @@ void TreeChange::makeLoggers() {
 void TreeChange::forgetOverruled() {
     for (auto& [logger, own] : own_) {
         own.level.isGiven = own.level.isGiven && !isOverruled(*logger, &OwnSettings::level);
-        own.expiration.isGiven =
-            own.expiration.isGiven && !isOverruled(*logger, &OwnSettings::expiration);
+        own.expiration.isGiven = own.expiration.isGiven && !isOverruled(*logger, &OwnSettings::expiration);
     }
 }
 
@@ -102,8 +101,8 @@ void TreeChange::configure(Logger& logger, Time now) const {
     }
     std::uint64_t expiration = parent == nullptr ? 0 : parent->expirationTime_.load();
     if (own.expiration.isGiven) {
-        expiration = own.expiration.value.value_or(Time(inside.expirationTime_, Util::TimeUtils::USEC))
-                         .microseconds();
+        expiration =
+            own.expiration.value.value_or(Time(inside.expirationTime_, Util::TimeUtils::USEC)).microseconds();
     }
     inside.expirationTime_.store(expiration, std::memory_order_relaxed);
     inside.setLevel(level, now);

@@ -22,8 +22,8 @@ namespace Log {
 
 class Appender;
 
-/// What a configuration makes of all loggers at once, whatever they were before: afterwards each has the level
-/// and the expiration that a fresh process would give it. A bad value leaves its setting as it was.
+/// What a configuration makes of all loggers at once, whatever they were before: afterwards each has the
+/// level and the expiration that a fresh process would give it. A bad value leaves its setting as it was.
 class TreeChange {
 public:
     /// Reads the loggers' keys, and changes nothing. Bad values are reported on the standard error stream.
@@ -40,7 +40,8 @@ public:
     bool awaitMessages(std::chrono::steady_clock::time_point end) const;
 
     /// Gives every logger its settings, and appenders in the place of others, in one step. What was set for a
-    /// while is over. To be called once, after `makeLoggers` and while no message is dispatched (`DispatchGate`).
+    /// while is over. To be called once, after `makeLoggers` and while no message is dispatched
+    /// (`DispatchGate`).
     /// \throw std::bad_alloc; nothing has changed then
     void apply(const std::vector<Appender*>& before, const std::vector<Appender*>& after);
 
