@@ -13,7 +13,7 @@ namespace Log {
 namespace {
 
 template <typename Configuration>
-bool begin(const Configuration& configuration) {
+bool beginWith(const Configuration& configuration) {
     const bool hasInitialised = LogManager::init(configuration);
     if (hasInitialised) {
         FailureNotice::setWanted(true);
@@ -23,9 +23,9 @@ bool begin(const Configuration& configuration) {
 
 } // namespace
 
-LogSession::LogSession(const std::string& fileName) : hasInitialised_(begin(fileName)) {}
+LogSession::LogSession(const std::string& fileName) : hasInitialised_(beginWith(fileName)) {}
 
-LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(begin(properties)) {}
+LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(beginWith(properties)) {}
 
 LogSession::~LogSession() {
     if (!hasInitialised_) {

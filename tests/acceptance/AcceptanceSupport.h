@@ -39,6 +39,12 @@ protected:
         return Log::LogManager::init(directory_ / "app.properties");
     }
 
+    /// Changes the property file of a running application.
+    void reload(const std::string& lines) const {
+        writeProperties(lines);
+        Log::LogManager::reload();
+    }
+
     void writeProperties(std::string lines) const {
         const std::string mark = "DIR";
         for (auto at = lines.find(mark); at != std::string::npos; at = lines.find(mark)) {

@@ -31,10 +31,7 @@ protected:
         return lines;
     }
 
-    void change(int number) const {
-        writeProperties(configuration(number));
-        LogManager::reload();
-    }
+    void reloadWith(int number) const { reload(configuration(number)); }
 
     std::ptrdiff_t count(const std::string& file, const std::string& word) const {
         const std::vector<std::string> words = lastWordsOf(file);
@@ -77,7 +74,7 @@ TEST_F(ReloadAndFork, AChildLogsToOneConfigurationAndMayChangeItself) {
     });
     std::thread changing([this, &isOver] {
         for (int number = 1; !isOver; number = 1 - number) {
-            change(number);
+            reloadWith(number);
         }
     });
     constexpr int CHILDREN = 30;
@@ -113,7 +110,7 @@ TEST_F(ReloadAndFork, FilesAreClosed) {
     const auto logAndChange = [this](int times) {
         for (int number = 1; number <= times; ++number) {
             LoggerFactory::getLogger("net").error("1");
-            change(number % 2);
+            reloadWith(number % 2);
         }
     };
     logAndChange(4);

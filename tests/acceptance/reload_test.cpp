@@ -2,14 +2,10 @@
 
 #include "log/AppenderOptions.h"
 #include "log/LogException.h"
-#include "log/LogSession.h"
 #include "zav-util/UtilException.h"
 
-#include <array>
 #include <atomic>
 #include <condition_variable>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 
@@ -52,18 +48,11 @@ private:
     bool isOpen_ = false;
 };
 
-/// An application whose property file changes while it runs.
 class Reload : public Application {
 protected:
-    /// \param lines of the property file, as for `init`
-    void change(const std::string& lines) {
-        writeProperties(lines);
-        LogManager::reload();
-    }
-
     /// The text of what a reload with these lines throws.
     std::string refusalOf(const std::string& lines) {
-        return textThrownBy<std::exception>([&] { change(lines); });
+        return textThrownBy<std::exception>([&] { reload(lines); });
     }
 
     /// Has appenders made by the calls of a test: "appender.A = CallingAppender".
@@ -108,7 +97,7 @@ TEST_F(Reload, GivesLoggersTheLevelsOfAFreshProcess) {
     RecordingListener listener;
     LogManager::registerCommandListener("DynamicLogLevelFilterSoft", &listener);
     StandardErrorCapture standardError;
-    change("logger.db.table.level = INFO\nlogger.root.level = ERROR\nlogger.src/db.expiration = 2\n"
+    reload("logger.db.table.level = INFO\nlogger.root.level = ERROR\nlogger.db.expiration = 2\n"
            "logger.root.a.level = TRACE\n" // stands before that of the root, which overrules it
            "logger.net.level = LOUD\nlogger.net.expiration = 5x\nlogger.fresh.level = LOUD\n");
     const std::string reports = standardError.text();
@@ -120,7 +109,7 @@ TEST_F(Reload, GivesLoggersTheLevelsOfAFreshProcess) {
                        "Exception parsing property logger.net.level: There is no 'LOUD' LogLevel defined.\n");
     EXPECT_THAT(listener.arguments, IsEmpty());
     EXPECT_EQ(LoggerFactory::getLogger("old.later").getLevel(), Level::ERROR);
-    change("");
+    reload("");
     EXPECT_THAT(levelsOfAll(), Each(HasSubstr(" WARNING 0")));
 }
 
@@ -138,7 +127,7 @@ TEST_F(Reload, LeavesAppendersAloneWhoseKeysAreTheSame) {
     LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
     LogManager::setLevelFor("net", Level::TRACE, Time(1, Util::TimeUtils::HOUR));
     net.debug("2");
-    change(same + "appender.a = SimpleFileAppender\nappender.a.dir = DIR\nappender.a.message_type = LOG\n");
+    reload(same + "appender.a = SimpleFileAppender\nappender.a.dir = DIR\nappender.a.message_type = LOG\n");
     net.debug("3");
     net.error("4");
     LogManager::command("own", "heard");
@@ -155,7 +144,7 @@ TEST_F(Reload, LeavesAppendersAloneWhoseKeysAreTheSame) {
     EXPECT_EQ(statuses[1].level, Level::WARNING);
     EXPECT_EQ(statuses[1].until, Time());
 
-    change(same + "appender.b.fileNumber = 5\n"); // another one, and so another file
+    reload(same + "appender.b.fileNumber = 5\n"); // another one, and so another file
     net.error("5");
     EXPECT_THAT(lastWordsOf("b.0"), ElementsAre("5"));
     EXPECT_THAT(lastWordsOf("b.1"), ElementsAre("1", "2", "4"));
@@ -174,11 +163,11 @@ TEST_F(Reload, HasWhatIsQueuedWrittenByTheAppendersOfBefore) {
     Logger& net = LoggerFactory::getLogger("net");
     LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
     net.debug("1");
-    change(queue + series + file + "appender.s.asynchronous = true\nappender.s.fileNumber = 5\n" +
+    reload(queue + series + file + "appender.s.asynchronous = true\nappender.s.fileNumber = 5\n" +
            "appender.f.asynchronous = true\n");
     net.debug("2");
     net.error("3");
-    change(queue + series + file); // who writes at once must wait for what was queued
+    reload(queue + series + file); // who writes at once must wait for what was queued
     net.debug("4");
     EXPECT_THAT(lastWordsOf("s.0"), ElementsAre("4"));
     EXPECT_THAT(lastWordsOf("s.1"), ElementsAre("2", "3"));
@@ -187,9 +176,9 @@ TEST_F(Reload, HasWhatIsQueuedWrittenByTheAppendersOfBefore) {
     EXPECT_THAT(lastWordsOf("kept"), ElementsAre("1", "3")); // as each was judged when it was logged
     const LogStatistics statistics = LogManager::statistics();
     EXPECT_EQ(statistics.queued, statistics.delivered + statistics.waiting);
-    change("appender.f = SimpleFileAppender\nappender.f.dir = DIR\n"); // without a consumer
+    reload("appender.f = SimpleFileAppender\nappender.f.dir = DIR\n"); // without a consumer
     net.error("5");
-    change(queue); // and with one again
+    reload(queue); // and with one again
     net.error("6");
     EXPECT_TRUE(LogManager::flush());
     EXPECT_THAT(lastWordsOf("kept"), ElementsAre("1", "3", "6"));
@@ -202,10 +191,10 @@ TEST_F(Reload, TakesTheDispatchersSettingsOfAFreshProcess) {
                              "appender.f.asynchronous = true\n";
     ASSERT_TRUE(init(file + prefix + "maxQueueSize = 1\n" + prefix + "priority = 0\n"));
     StandardErrorCapture standardError;
-    change(file + prefix + "maxQueueSize = many\n");
+    reload(file + prefix + "maxQueueSize = many\n");
     Logger& net = LoggerFactory::getLogger("net");
     net.error("discarded"); // since there is still room for no message
-    change(file);           // that of a fresh process holds, which has room
+    reload(file);           // that of a fresh process holds, which has room
     for (int number = 0; number < 100; ++number) {
         net.error("delivered");
     }
@@ -251,6 +240,7 @@ TEST_F(Reload, ChangesNothingIfInitWouldThrow) {
     LogManager::finish();
     ASSERT_TRUE(LogManager::init(Util::Properties{{"logger.net.level", "INFO"}}));
     EXPECT_EQ(textThrownBy<LogException>([] { LogManager::reload(); }), "No file was given to init.");
+    writeProperties(good);
     LogManager::reload(directory_ / "app.properties");
     EXPECT_EQ(net.getLevel(), Level::TRACE);
 }
@@ -279,10 +269,10 @@ TEST_F(Reload, KnowsClassesThatWereRegisteredSinceInit) {
     ASSERT_TRUE(init(""));
     std::vector<std::string> texts;
     registerCalls([&texts](const LogMessage& message) { texts.push_back(message.getText()); });
-    change("appender.calling = CallingAppender\n");
+    reload("appender.calling = CallingAppender\n");
     LoggerFactory::getLogger("net").error("1");
     EXPECT_THAT(texts, ElementsAre("1"));
-    change("appender.calling = CallingAppender\nappender.calling.colour = red\n"); // a key of its own
+    reload("appender.calling = CallingAppender\nappender.calling.colour = red\n"); // a key of its own
     LoggerFactory::getLogger("net").error("2");
     EXPECT_THAT(texts, ElementsAre("1", "2"));
 }
@@ -334,209 +324,3 @@ TEST_P(ReloadOfStuckAppender, KeepsNoOtherLoggerWaiting) {
 }
 
 INSTANTIATE_TEST_SUITE_P(SynchronousAndNot, ReloadOfStuckAppender, Bool());
-
-class FailureNotices : public Reload {
-protected:
-    static std::string lineOf(const std::string& appender, const std::string& directory) {
-        return "zav-log: appender " + appender + ": Failed to open file " + directory + "/" + appender +
-               ". Are you sure that the directory exists?\n";
-    }
-
-    const std::string missing_ = directory_ / "missing";
-};
-
-TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
-    writeProperties(
-        "appender.s = SimpleFileAppender\nappender.s.dir = DIR/missing\n"
-        "appender.batch = SimpleFileAppender\nappender.batch.dir = DIR/missing\n"
-        "appender.batch.asynchronous = true\nappender.batch.flush = batch\n"
-        "appender.batch.level = ERROR\nappender.fine = SimpleFileAppender\nappender.fine.dir = DIR\n"
-        "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n");
-    StandardErrorCapture standardError;
-    {
-        const LogSession session(directory_ / "app.properties");
-        Logger& net = LoggerFactory::getLogger("net");
-        const auto logInRounds = [&net](const std::string& text) {
-            for (int round = 0; round < 3; ++round) {
-                net.error(text);
-                net.warning(text);
-                LogManager::flush();
-            }
-        };
-        logInRounds("1");
-        std::filesystem::create_directory(missing_);
-        logInRounds("2");
-        std::filesystem::remove_all(missing_);
-        logInRounds("3");
-        RecordingListener listener;
-        LogManager::registerCommandListener("EXCEPTION", &listener);
-        std::filesystem::create_directory(missing_);
-        logInRounds("4");
-        std::filesystem::remove_all(missing_);
-        logInRounds("5");
-        EXPECT_THAT(listener.arguments, SizeIs(9));
-        LogManager::unregisterCommandListener("EXCEPTION");
-        logInRounds("6"); // it was failing already
-    }
-    EXPECT_TRUE(LogManager::init(directory_ / "app.properties"));
-    LoggerFactory::getLogger("net").error("7"); // without a session
-    LogManager::flush();
-    EXPECT_EQ(standardError.text(), lineOf("s", missing_) + lineOf("batch", missing_) +
-                                        lineOf("s", missing_) + lineOf("batch", missing_));
-}
-
-// The storm
-
-namespace {
-
-constexpr int PRODUCERS = 4;
-constexpr int LOGGERS = 2 * PRODUCERS;       ///< those of the producers, and those that an appender logs to
-constexpr std::size_t MOST_MESSAGES = 5'000; ///< of each logger, for each change
-
-/// How often each message of each logger has come to the appenders of either configuration.
-class Arrivals {
-public:
-    using Counts = std::vector<std::atomic<std::uint8_t>>;
-
-    explicit Arrivals(std::size_t messages) {
-        for (Counts& counts : counts_) {
-            counts = Counts(messages);
-        }
-    }
-
-    /// \param place 0 or 1 for a synchronous appender of either, 2 or 3 for an asynchronous one
-    void add(std::size_t place, const LogMessage& message) {
-        const auto logger = static_cast<std::size_t>(message.getLoggerName().back() - '0');
-        ++counts_[place * LOGGERS + logger][std::stoul(message.getText())];
-    }
-
-    int at(std::size_t place, std::size_t logger, std::size_t number) const {
-        return counts_[place * LOGGERS + logger][number];
-    }
-
-    /// \return how many messages up to a number have not come to both appenders of one configuration alone
-    std::size_t countWrong(std::size_t logger, std::size_t messages) const {
-        std::size_t wrong = 0;
-        for (std::size_t number = 0; number < messages; ++number) {
-            const bool isInFirst = at(0, logger, number) == 1 && at(2, logger, number) == 1 &&
-                                   at(1, logger, number) == 0 && at(3, logger, number) == 0;
-            const bool isInSecond = at(1, logger, number) == 1 && at(3, logger, number) == 1 &&
-                                    at(0, logger, number) == 0 && at(2, logger, number) == 0;
-            wrong += isInFirst != isInSecond ? 0 : 1;
-        }
-        return wrong;
-    }
-
-private:
-    std::array<Counts, std::size_t{4} * LOGGERS> counts_;
-};
-
-class ArrivalAppender : public Appender {
-public:
-    ArrivalAppender(const AppenderOptions& options, Arrivals& arrivals)
-        : Appender(options), arrivals_(arrivals), place_(std::stoul(options.value("place"))) {}
-
-private:
-    void doOutput(const LogMessage& message) override { arrivals_.add(place_, message); }
-
-    Arrivals& arrivals_;
-    const std::size_t place_;
-};
-
-Logger& loggerOf(std::size_t number) {
-    return LoggerFactory::getLogger("storm.logger" + std::to_string(number));
-}
-
-/// \return how many changes a storm has
-int changesOfStorm() {
-    const char* const wanted = std::getenv("ZAV_LOG_RELOADS"); // by scripts/nightly
-    return wanted != nullptr ? std::stoi(wanted) : 100;
-}
-
-class ReloadStorm : public Reload {
-protected:
-    /// Two configurations whose appenders tell of each message, and one that writes the first logger's to a
-    /// file, which is asynchronous in the second.
-    static std::string configuration(int number) {
-        const std::string place = std::to_string(number);
-        const std::string sync = "appender.sync" + place;
-        const std::string async = "appender.async" + place;
-        const std::string numberOfFiles = number == 0 ? "3" : "4";
-        std::string lines = sync + " = ArrivalAppender\n" + sync + ".place = " + place + "\n" + async +
-                            " = ArrivalAppender\n" + async + ".asynchronous = true\n" + async +
-                            ".place = " + std::to_string(number + 2) + "\n" +
-                            "appender.file = SimpleFileAppender\nappender.file.dir = DIR\n"
-                            "appender.file.filters = storm.logger0\n"
-                            "appender.series = FileAppender\nappender.series.dir = DIR\n"
-                            "appender.series.filters = storm.logger1\n"
-                            "appender.series.fileNumber = " +
-                            numberOfFiles + "\n" +
-                            "zav.log.AsynchronousDispatcher.maxQueueSize = 1000\n"
-                            "zav.log.AsynchronousDispatcher.overflow = block\n";
-        return number == 0 ? lines : lines + "appender.file.asynchronous = true\n";
-    }
-
-    /// Logs from all producers until they are stopped.
-    void produce(std::size_t producer) {
-        Logger& logger = loggerOf(producer);
-        std::size_t number = 0;
-        for (; number < messagesAtMost_ && !isOver_; ++number) {
-            logger.error(std::to_string(number));
-        }
-        messages_[producer] = number;
-    }
-
-    const int changes_ = changesOfStorm();
-    const std::size_t messagesAtMost_ = MOST_MESSAGES * static_cast<std::size_t>(changes_);
-    Arrivals arrivals_{messagesAtMost_};
-    std::array<std::atomic<std::size_t>, LOGGERS> messages_{};
-    std::atomic<bool> isOver_{false};
-};
-
-} // namespace
-
-TEST_F(ReloadStorm, HasEachMessageInOneOfTheConfigurations) {
-    LogManager::registerAppenderClass("ArrivalAppender", [this](const AppenderOptions& options) {
-        return std::make_unique<ArrivalAppender>(options, arrivals_);
-    });
-    // Logs from inside what it gets, which is put off where it cannot be written at once.
-    CallingAppender logging([this](const LogMessage& message) {
-        const auto inner = static_cast<std::size_t>(message.getLoggerName().back() - '0') + PRODUCERS;
-        if (inner < LOGGERS) {
-            loggerOf(inner).error(std::to_string(messages_[inner]++));
-        }
-    });
-    ASSERT_TRUE(init(configuration(0)));
-    for (std::size_t logger = 0; logger < PRODUCERS; ++logger) {
-        loggerOf(logger).addAppender(&logging);
-    }
-    std::vector<std::thread> producers;
-    for (std::size_t producer = 0; producer < PRODUCERS; ++producer) {
-        producers.emplace_back([this, producer] { produce(producer); });
-    }
-    for (int number = 1; number <= changes_; ++number) {
-        change(configuration(number % 2));
-    }
-    isOver_ = true;
-    for (std::thread& producer : producers) {
-        producer.join();
-    }
-    ASSERT_TRUE(LogManager::flush());
-    std::size_t total = 0;
-    for (std::size_t logger = 0; logger < LOGGERS; ++logger) {
-        EXPECT_EQ(arrivals_.countWrong(logger, messages_[logger]), 0U) << logger;
-        total += messages_[logger];
-    }
-    const std::vector<std::string> inFile = lastWordsOf("file");
-    EXPECT_THAT(inFile, SizeIs(messages_[0]));
-    for (std::size_t number = 0; number < inFile.size(); ++number) {
-        ASSERT_EQ(inFile[number], std::to_string(number));
-    }
-    const LogStatistics statistics = LogManager::statistics();
-    EXPECT_EQ(statistics.queued, total);
-    EXPECT_EQ(statistics.delivered, total);
-    EXPECT_EQ(statistics.discarded + statistics.failed + statistics.waiting, 0U);
-    for (std::size_t logger = 0; logger < PRODUCERS; ++logger) {
-        loggerOf(logger).removeAppender(&logging);
-    }
-}

@@ -220,6 +220,7 @@ Deadline MessageQueue::endOfWait() const {
 void MessageQueue::take(MessageBatch& batch) {
     isAwaited_ = false;
     if (store_.isHeld()) {
+        bell_.ring(); // the last one before the hold may have been discarded
         bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed_; });
     }
     try {

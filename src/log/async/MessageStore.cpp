@@ -176,8 +176,9 @@ void MessageStore::endHold() noexcept {
 void MessageStore::take(MessageBatch& batch) {
     const ScopedLock lock(storeLock_);
     batch.streams_.reserve(rings_.size());
+    const std::uint64_t taken = lastTaken_;
     const std::uint64_t last = std::min<std::uint64_t>(lastNumber_, lastToTake_);
-    batch.begin(lastTaken_ + 1, isClosed_ ? lastTaken_ : std::max<std::uint64_t>(last, lastTaken_));
+    batch.begin(taken + 1, isClosed_ ? taken : std::max(last, taken));
     if (batch.size() == 0 || delivered_ != nullptr) {
         batch.begin(1, 0); // another thread is still delivering one
         return;

@@ -133,6 +133,7 @@ void Reload::changeAtOnce() {
     if (takesFilesOver_) {
         closeFiles(false);
     }
+    tree_.awaitLaterTime();
 }
 
 /// What the consumer is to deliver still was judged by the levels of before.

@@ -4,8 +4,10 @@
 #include "log/filters/TemporaryLevels.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/LoggerName.h"
+#include "platform/Threads.h"
 #include "zav-util/FileUtils.h"
 
+#include <thread>
 #include <utility>
 
 namespace ZAV {
@@ -82,7 +84,19 @@ void TreeChange::apply(const std::vector<Appender*>& before, const std::vector<A
         configure(logger, now);
         logger.inside_->appenders_.exchange(before, *list++);
     });
+    endOfTemporary_ = TemporaryLevels::instance().lowestAt(now) ? now : Time();
     TemporaryLevels::instance().endWhere([](const Logger*) { return true; }, now);
+}
+
+/// The clock goes by milliseconds, if it goes at all.
+void TreeChange::awaitLaterTime() const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(2);
+    while (endOfTemporary_ != Time() && Time::now() <= endOfTemporary_ &&
+           std::chrono::steady_clock::now() < end) {
+        if (!Platform::sleepBriefly()) {
+            std::this_thread::yield();
+        }
+    }
 }
 
 /// Parents come before their children, which have what the parent has unless a key says otherwise. A level

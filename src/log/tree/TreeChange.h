@@ -45,6 +45,10 @@ public:
     /// \throw std::bad_alloc; nothing has changed then
     void apply(const std::vector<Appender*>& before, const std::vector<Appender*>& after);
 
+    /// Waits until the clock shows a later time than the one at which levels for a while were ended, if any
+    /// were. Those levels hold for messages up to that time, which may be queued.
+    void awaitLaterTime() const;
+
 private:
     /// A key, as it was read.
     struct Setting {
@@ -74,6 +78,7 @@ private:
     Logger& root_;
     std::vector<Setting> settings_;
     std::map<const Logger*, OwnSettings> own_;
+    Util::TimeUtils::Time endOfTemporary_; ///< 0 if there was none to end
 };
 
 } // namespace Log
