@@ -83,7 +83,7 @@ int changesOfStorm() {
 class ReloadStorm : public Application, public WithParamInterface<bool> {
 protected:
     /// Two configurations whose appenders tell of each message, and one that writes the first logger's to a
-    /// file, which is asynchronous in the second.
+    /// file, which is asynchronous in the second if the queue is short.
     static std::string configuration(int number) {
         const std::string place = std::to_string(number);
         const std::string sync = "appender.sync" + place;
@@ -101,15 +101,18 @@ protected:
                             "zav.log.AsynchronousDispatcher.overflow = block\n"
                             "zav.log.AsynchronousDispatcher.maxQueueSize = " +
                             (GetParam() ? "-1" : "100") + "\n";
-        return number == 0 ? lines : lines + "appender.file.asynchronous = true\n";
+        return number == 0 || GetParam() ? lines : lines + "appender.file.asynchronous = true\n";
     }
 
-    /// Logs from all producers until they are stopped.
+    /// Logs until it is stopped, and no faster than a queue without a limit is written.
     void produce(std::size_t producer) {
         Logger& logger = loggerOf(producer);
         std::size_t number = 0;
         for (; number < messagesAtMost_ && !isOver_; ++number) {
             logger.error(std::to_string(number));
+            while (number % 100 == 0 && LogManager::statistics().waiting > 2000) {
+                std::this_thread::yield();
+            }
         }
         messages_[producer] = number;
     }

@@ -120,7 +120,6 @@ void AsynchronousAppenders::exchangeConfigured() {
     }
 }
 
-/// Once only: a thread may have done it just before another one forks.
 void AsynchronousAppenders::exchangeEntries() noexcept {
     const ScopedLock listLock(listLock_);
     if (!isPrepared_) {
@@ -268,11 +267,8 @@ BatchAppender* AsynchronousAppenders::Entry::batchAppender() const noexcept {
     return appender.load(std::memory_order_acquire) != nullptr ? batching : nullptr;
 }
 
-void AsynchronousAppenders::endDeliveryInChild(bool isExchanging) noexcept {
+void AsynchronousAppenders::endDeliveryInChild() noexcept {
     isAbandoned_ = true;
-    if (isExchanging) {
-        exchangeEntries();
-    }
 }
 
 } // namespace Log

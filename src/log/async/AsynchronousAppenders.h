@@ -56,8 +56,11 @@ public:
     std::uint64_t progress() const noexcept { return progress_; }
 
     /// In a forked child: ends a delivery that the forking thread may be in. The messages are the parent's.
-    /// \param isExchanging whether a thread of the parent was about to call `exchangeConfigured`
-    void endDeliveryInChild(bool isExchanging) noexcept;
+    void endDeliveryInChild() noexcept;
+
+    /// Changes the entries for `exchangeConfigured`, once only: a fork may come behind it. Without more, for
+    /// a forked child, in which nobody delivers.
+    void exchangeEntries() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // as below
 
 private:
     struct Entry {
@@ -78,7 +81,6 @@ private:
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
                        ThreadRecord& thread) noexcept;
     void countProgress() noexcept;
-    void exchangeEntries() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // as below
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
     bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // one of the two locks is enough

@@ -340,7 +340,10 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();
     stateBell_.renewInChild();
-    appenders_.endDeliveryInChild(isExchanging);
+    appenders_.endDeliveryInChild();
+    if (isExchanging) {
+        appenders_.exchangeEntries();
+    }
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
