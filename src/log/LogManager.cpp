@@ -34,6 +34,12 @@ struct LifeCycle {
     bool isInitialised ZAV_LOG_GUARDED_BY(lock) = false;
     std::string fileName ZAV_LOG_GUARDED_BY(lock);     ///< as it was given to `init`; empty if none was
     std::string absoluteName ZAV_LOG_GUARDED_BY(lock); ///< of that file
+
+    /// \return the name of the file that was given to `init`: as it was given, so that errors name it so,
+    ///         unless that would be another file by now. Empty if none was given
+    std::string fileOfInit() const ZAV_LOG_REQUIRES(lock) {
+        return Platform::absolutePath(fileName) == absoluteName ? fileName : absoluteName;
+    }
 };
 
 /// Never destroyed, since threads may still be in a call while the process ends.
@@ -76,7 +82,7 @@ Util::Properties readFile(const std::string& fileName) {
     return Util::Properties(fileName);
 }
 
-/// Changes the configuration to one that a function gives, called with the lock of the life cycle held.
+/// Changes the configuration to one that a function gives, which is told the file of `init`.
 template <typename Source>
 void reloadFrom(const Source& propertiesOf) {
     if (LibraryCall::isOpen()) {
@@ -90,7 +96,7 @@ void reloadFrom(const Source& propertiesOf) {
     if (!cycle.isInitialised) {
         throw LogException("The library is not initialised.");
     }
-    Reload(propertiesOf(cycle)).run();
+    Reload(propertiesOf(cycle.fileOfInit())).run();
 }
 
 } // namespace
@@ -104,21 +110,19 @@ bool init(const std::string& fileName) {
 }
 
 void reload(const Util::Properties& properties) {
-    reloadFrom([&properties](const LifeCycle&) { return properties; });
+    reloadFrom([&properties](const std::string&) { return properties; });
 }
 
 void reload(const std::string& fileName) {
-    reloadFrom([&fileName](const LifeCycle&) { return readFile(fileName); });
+    reloadFrom([&fileName](const std::string&) { return readFile(fileName); });
 }
 
-/// Errors name the file as it was given, unless that would be another one by now.
 void reload() {
-    reloadFrom([](const LifeCycle& cycle) ZAV_LOG_REQUIRES(cycle.lock) {
-        if (cycle.fileName.empty()) {
+    reloadFrom([](const std::string& fileOfInit) {
+        if (fileOfInit.empty()) {
             throw LogException("No file was given to init.");
         }
-        const bool isThere = Platform::absolutePath(cycle.fileName) == cycle.absoluteName;
-        return readFile(isThere ? cycle.fileName : cycle.absoluteName);
+        return readFile(fileOfInit);
     });
 }
 
