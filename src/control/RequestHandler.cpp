@@ -179,6 +179,9 @@ std::string carryOut(const ControlRequest& request) {
         return issue(request.name(), request.value());
     case ControlRequest::STATISTICS:
         return describeStatistics();
+    case ControlRequest::RELOAD:
+        request.name().empty() ? LogManager::reload() : LogManager::reload(request.name());
+        break;
     case ControlRequest::FLUSH:
         throw std::logic_error("A flush is served by the loop.");
     }

@@ -36,6 +36,7 @@ protected:
     ///        file cannot be opened or written (every later message fails as well, until a recovery)
     void outputLine(const LogMessage& message) override ZAV_LOG_REQUIRES(criticalSection_);
     void writeLines(std::string_view text, std::size_t& written) override ZAV_LOG_REQUIRES(criticalSection_);
+    void closeFile() override ZAV_LOG_REQUIRES(criticalSection_) { outputFileStream_.close(); }
 
 private:
     void recover() ZAV_LOG_REQUIRES(criticalSection_);

@@ -91,6 +91,28 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     }
 }
 
+bool AsynchronousDispatcher::drain(const Deadline& deadline) {
+    startIfWanted(true);
+    return queue_.drain(deadline);
+}
+
+void AsynchronousDispatcher::awaitHold() {
+    startIfWanted(true);
+    queue_.awaitHold();
+}
+
+void AsynchronousDispatcher::exchangeConfigured(bool needsNewConsumer) {
+    appenders_.exchangeConfigured();
+    const bool hasNone = appenders_.isEmpty();
+    if (hasNone || needsNewConsumer || state_ == ENDED) {
+        stop();
+    }
+    if (!hasNone) {
+        change({ABSENT}, WANTED);
+        startIfWanted(true);
+    }
+}
+
 /// Those who wait for room or for a flush learn of it.
 /// \return false if the state is none of those that it may be left from
 bool AsynchronousDispatcher::change(std::initializer_list<State> from, State to) {
@@ -201,10 +223,11 @@ void AsynchronousDispatcher::makeRounds() {
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No
-/// message is held while it is set, since that may fail and end the thread.
+/// message is held while it is set, since that may fail and end the thread. Nothing takes a thread back to
+/// what it was created with.
 void AsynchronousDispatcher::applyPriority(int& applied) const {
     const int priority = queue_.priority();
-    if (priority == applied) {
+    if (priority == applied || priority == DEFAULT_PRIORITY_MARK) {
         return;
     }
     const int error = Platform::setCurrentThreadPriority(priority);
@@ -314,9 +337,13 @@ bool AsynchronousDispatcher::endConsumer(bool mayWait) {
 /// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object
 /// is left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
+    const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();
     stateBell_.renewInChild();
     appenders_.endDeliveryInChild();
+    if (isExchanging) {
+        appenders_.exchangeEntries();
+    }
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {

@@ -33,6 +33,41 @@ public:
     /// appender is not called any more; only inside an appender or a listener it does not wait for that.
     void unregisterAsynchronousAppender(Appender* appender);
 
+    // A change to another configuration. Its steps are called in this order by one thread at a time, and
+    // not inside an appender or a listener.
+
+    /// \return the settings that a fresh process with the properties would have. A bad value is reported and
+    ///         leaves its setting as it is.
+    DispatcherSettings settingsBy(const Util::Properties& properties) const {
+        return queue_.settings().renewedBy(properties);
+    }
+
+    DispatcherSettings settings() const { return queue_.settings(); }
+
+    /// Takes the memory for the appenders that the consumer is to write to.
+    void prepareExchange(const std::vector<Appender*>& appenders) { appenders_.prepareExchange(appenders); }
+
+    /// Waits until all that is queued was delivered or discarded, unless no consumer comes for it.
+    /// \return false if the time is over
+    bool drain(const Deadline& deadline);
+
+    /// Has settings hold from the next message or wait on, but for the priority: that is one of the
+    /// consumer's thread.
+    void use(const DispatcherSettings& settings) { queue_.use(settings); }
+
+    /// Has the consumer leave what is queued from now on where it is.
+    void hold() noexcept { queue_.hold(); }
+
+    /// Waits until the consumer has delivered all that was queued before the hold.
+    void awaitHold();
+
+    /// Puts the appenders that were prepared in the place of those of the configuration. A consumer that has
+    /// ended, or whose priority has changed, gives way to a new one; without appenders there is none. One
+    /// that cannot be started now is tried again with the next message.
+    void exchangeConfigured(bool needsNewConsumer);
+
+    void endHold() { queue_.endHold(); }
+
     /// Queues a message for the consumer.
     /// \param mayWait whether to wait for room in a full queue, if that is configured
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued

@@ -1,6 +1,8 @@
 #include "log/async/BatchAppender.h"
 
 #include "log/LogException.h"
+#include "log/commands/FailureNotice.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "platform/Fork.h"
 
 #include <algorithm>
@@ -35,6 +37,12 @@ void BatchAppender::endRound() noexcept {
     const ScopedLock lock(criticalSection_);
     writeKept();
     isInRound_ = false;
+}
+
+void BatchAppender::close() {
+    const ScopedLock lock(criticalSection_);
+    endRound();
+    closeFile();
 }
 
 BatchAppender::Failed BatchAppender::takeFailed() noexcept {
@@ -81,6 +89,7 @@ std::string& BatchAppender::beginLine() {
 
 void BatchAppender::keepLine() {
     lines_.push_back({number_, text_.size()});
+    threadRecord().keptLineOf = this;
     if (text_.size() >= LARGEST_BATCH) {
         writeKept();
     }
@@ -96,6 +105,7 @@ void BatchAppender::writeKept() noexcept {
     try {
         writeLines(std::string_view(text_).substr(0, size), written);
         written = size;
+        FailureNotice::noteWritten(this);
     } catch (const std::exception&) {
         failure_ = std::current_exception();
     }

@@ -57,6 +57,10 @@ public:
     bool hasFailed() const noexcept { return hasFailed_.load(std::memory_order_relaxed); }
     Failed takeFailed() noexcept;
 
+    /// Writes the lines that are kept and closes the file, so that another appender may have it. To be called
+    /// once this one is not used any more.
+    void close();
+
 protected:
     /// \throw what `outputLine` throws, unless that has to be reported behind earlier lines
     void doOutput(const LogMessage& message) final;
@@ -76,6 +80,9 @@ protected:
     /// \return how many bytes the file has taken
     std::size_t writeUnchanged(Platform::OutputFile& file, std::string_view text)
         ZAV_LOG_REQUIRES(criticalSection_);
+
+    /// Closes a file that is kept open between two lines.
+    virtual void closeFile() ZAV_LOG_REQUIRES(criticalSection_) {}
 
     /// \return whether lines are kept now
     bool keepsLines() const noexcept ZAV_LOG_REQUIRES(criticalSection_);

@@ -64,5 +64,23 @@ void DispatcherSettings::read(const Util::Properties& properties) {
     }
 }
 
+DispatcherSettings DispatcherSettings::renewedBy(const Util::Properties& properties) const {
+    const auto isNamed = [&properties](const char* option) {
+        return properties.count(dispatcherKey(option)) != 0;
+    };
+    DispatcherSettings renewed;
+    if (isNamed(DispatcherOption::MAX_QUEUE_SIZE)) {
+        renewed.maxQueueSize = maxQueueSize;
+    }
+    if (isNamed(DispatcherOption::WAITING_PERIOD)) {
+        renewed.waitingPeriod = waitingPeriod;
+    }
+    if (isNamed(DispatcherOption::PRIORITY)) {
+        renewed.priority = priority;
+    }
+    renewed.read(properties);
+    return renewed;
+}
+
 } // namespace Log
 } // namespace ZAV

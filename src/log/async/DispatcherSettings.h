@@ -33,6 +33,10 @@ struct DispatcherSettings {
     /// Takes the settings that the properties name. A value that is no number is reported on the standard
     /// error stream and leaves its setting as it was.
     void read(const Util::Properties& properties);
+
+    /// \return what a fresh process with the properties would have: the default of each setting that they do
+    ///         not name. A bad value is reported and leaves the setting as it is here.
+    DispatcherSettings renewedBy(const Util::Properties& properties) const;
 };
 
 } // namespace Log
