@@ -25,7 +25,7 @@ struct Cut {
     std::string whole; ///< all records, with their ends as they were taken
 };
 
-Cut cutInto(const Platform::InputFile& file) {
+Cut cutInto(const LogContent& file) {
     RecordReader reader(file);
     Record record;
     Cut cut;
@@ -46,7 +46,7 @@ TEST(RecordReader, CutsWhereABlockEndsAnywhereInARecord) {
         const std::string first = TIME + " a INFO " + std::string(RecordReader::BLOCK - before, 'x');
         const std::string second = TIME + " b INFO c\r\n  " + TIME + "\r\n\r\n" + TIME + "0";
         TestSupport::writeFile(path, first + "\n" + second + "\r\n" + TIME + " c\n" + TIME);
-        Platform::InputFile file;
+        LogContent file;
         std::string problem;
         ASSERT_TRUE(file.open(path, problem)) << problem;
 
@@ -66,7 +66,7 @@ TEST(RecordReader, GivesAVeryLongRecordInPartsThatMakeItUpAgain) {
         content += "\r\nline " + TIME + " of the text";
     }
     TestSupport::writeFile(directory / "long.log", content + "\n" + TIME + " b INFO end\n");
-    Platform::InputFile file;
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(directory / "long.log", problem)) << problem;
 
@@ -228,7 +228,7 @@ TEST(RecordReader, FollowsATimeThatGoesBackAsLongAsItDoes) {
     };
     TestSupport::writeFile(path,
                            line(1) + line(9) + line(8) + line(4) + line(5) + line(5) + line(6) + line(2));
-    Platform::InputFile file;
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(path, problem)) << problem;
     RecordReader reader(file);

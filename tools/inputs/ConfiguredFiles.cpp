@@ -18,7 +18,7 @@ InputSpec inputAt(const AppenderPlace& place) {
     InputSpec input;
     input.path = place.folder + '/' + place.file;
     input.kind = isSeries ? InputSpec::SERIES : InputSpec::FILE;
-    input.layout = isSeries ? Layout::PLAIN : Layout::PROCESS;
+    input.layout = place.kind == AppenderPlace::SINGLE_FILE ? Layout::PROCESS : Layout::PLAIN;
     input.mayBeMissing = true;
     return input;
 }

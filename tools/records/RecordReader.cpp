@@ -14,7 +14,7 @@ constexpr std::size_t LONGEST_HEADER = 4096; // of the line whose beginning is k
 
 } // namespace
 
-RecordReader::RecordReader(const Platform::InputFile& file, std::uint64_t offset)
+RecordReader::RecordReader(const LogContent& file, std::uint64_t offset)
     : file_(file), offset_(offset), buffer_(BLOCK) {}
 
 bool RecordReader::next(Record& record) {

@@ -4,6 +4,7 @@
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/RollingFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
@@ -116,9 +117,16 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
     registerFactory(AppenderClass::STDOUT, new DefaultAppenderFactory<StdoutAppenderBuilder>);
     registerFactory(AppenderClass::FILE_SERIES, new DefaultAppenderFactory<FileAppenderBuilder>);
     registerFactory(AppenderClass::SINGLE_FILE, new DefaultAppenderFactory<SimpleFileAppenderBuilder>);
+    registerFactory(AppenderClass::ROLLED_FILE, new DefaultAppenderFactory<RollingFileAppenderBuilder>);
+    std::vector<Appender*> created;
     for (const std::string& key : properties.getKeys()) {
         if (const std::optional<std::string> name = declaredAppender(key)) {
-            createAppender(properties, *name);
+            created.push_back(createAppender(properties, *name));
+        }
+    }
+    for (Appender* const appender : created) {
+        if (auto* const rolling = dynamic_cast<RollingFileAppender*>(appender)) {
+            rolling->tidyUp();
         }
     }
 }
@@ -131,7 +139,7 @@ boost::shared_ptr<AbstractAppenderFactory> AppenderRegistry::factoryOf(const std
 }
 
 /// The declaring key may have had more dots than the one that is looked up, and then names another key.
-void AppenderRegistry::createAppender(const Util::Properties& properties, const std::string& name) {
+Appender* AppenderRegistry::createAppender(const Util::Properties& properties, const std::string& name) {
     std::string className;
     properties.getProperty(appenderKey(name), className);
     const boost::shared_ptr<AbstractAppenderFactory> factory = factoryOf(className);
@@ -139,7 +147,9 @@ void AppenderRegistry::createAppender(const Util::Properties& properties, const 
         throw LogException("No factory registered for appenderName = " + name +
                            ", appenderClass = " + className);
     }
-    registerAppender(factory->create(properties, name), className);
+    Appender* const created = factory->create(properties, name);
+    registerAppender(created, className);
+    return created;
 }
 
 /// Takes no memory, so that it cannot fail.

@@ -60,7 +60,7 @@ private:
     AppenderRegistry() = default;
 
     boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;
-    void createAppender(const Util::Properties& properties, const std::string& name);
+    Appender* createAppender(const Util::Properties& properties, const std::string& name);
     bool hasAppender(const std::string& name) const;
     Appender* firstAppender() const;
 
