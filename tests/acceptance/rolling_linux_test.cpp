@@ -60,7 +60,7 @@ TEST_F(RollingDrill, KillsAtAnyMomentLoseNoLineAndDoubleNone) {
     const int kills = wanted != nullptr ? std::atoi(wanted) : 20;
     std::mt19937 random(std::random_device{}());
     for (int run = 0; run < kills; ++run) {
-        const unsigned life = 1000 + random() % 200'000;
+        const auto life = 1000 + random() % 200'000;
         EXPECT_NE(this->run(ZAV_LOG_ROLLING_PROGRAM, std::to_string(run) + " " + std::to_string(life)), 0);
     }
     ASSERT_EQ(run(ZAV_LOG_ROLLING_PROGRAM, std::to_string(kills) + " 0"), 0) << errors();

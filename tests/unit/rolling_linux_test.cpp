@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <ctime>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>

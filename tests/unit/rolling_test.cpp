@@ -166,7 +166,7 @@ TEST_F(RolledSeries, OldestFilesGoUntilAllLimitsHold) {
     EXPECT_EQ(contentOfRolled(), "abcde");
     const std::pair<Settings, std::string> limits[] = {
         {{{"keepFiles", "4"}}, "cdef"},
-        {{{"keepSize", std::to_string(4 * size - 1) + " B"}}, "fg"}, // with the line that is to come
+        {{{"keepSize", std::to_string(3 * size - 1) + " B"}}, "fg"},
         {{{"keepTime", "90 sec"}}, "gh"},
         {{{"keepFiles", "2"}, {"keepSize", "1 GB"}, {"keepTime", "1 day"}}, "hi"}};
     char text = 'g';
