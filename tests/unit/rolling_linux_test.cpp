@@ -177,6 +177,22 @@ TEST(RolledYear, ALineThatComesLateAndAClockThatWasWrongRollNothing) {
     EXPECT_EQ(writtenAt("2027-01-15 15:10:00"), 4U);
 }
 
+TEST(RollingFile, ThatCannotBeRenamedGoesOnGrowing) {
+    AwaitedCommand report;
+    LogManager::registerCommandListener("EXCEPTION", &report);
+    const TemporaryDirectory directory;
+    const std::string name(250, 'f'); // leaves no room for the time
+    const auto appender = make(directory.path(), {{"file", name}, {"rollSize", "1 B"}});
+    std::string expected;
+    for (const char* const text : {"a", "b", "c"}) {
+        appender->output(makeMessage(text));
+        expected += formatLogLine(makeMessage(text)) + "\n";
+    }
+    EXPECT_EQ(report.await(),
+              "LogException from packing.\nException = Unable to rename the file: " + (directory / name));
+    EXPECT_EQ(readFile(directory / name), expected);
+}
+
 namespace {
 
 class RollingFork : public Test {

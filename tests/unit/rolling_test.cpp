@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <random>
 #include <thread>
 #include <zlib.h>
 
@@ -208,19 +209,53 @@ TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {
     EXPECT_THAT(failures_.arguments, IsEmpty());
 }
 
+TEST_F(RolledSeries, AnAppenderThatEndsInterruptsPackingAndLeavesNothingHalf) {
+    setClock(NOON);
+    const std::string suffix = "20270101T000000Z";
+    std::string content(std::size_t{16} * 1024 * 1024, '\0'); // takes a good while
+    std::mt19937 random(1);
+    for (char& byte : content) {
+        byte = static_cast<char>(random());
+    }
+    writeFile(file(suffix), content);
+    auto appender = make({{"compress", "gzip"}});
+    appender->output(makeMessage("a"));
+    await([&] { return fileExists(file(suffix + ".gz.part")); });
+    appender.reset();
+    EXPECT_THAT(suffixes(), ElementsAre(AnyOf(suffix, suffix + ".gz")));
+}
+
+TEST_F(RolledSeries, KeptLinesGoIntoTheFilesThatTheyWouldHaveGoneIntoAlone) {
+    setClock(NOON);
+    const std::size_t size = formatLogLine(makeMessage("a")).size() + 1;
+    const auto appender =
+        make({{"asynchronous", "true"}, {"flush", "batch"}, {"rollSize", std::to_string(2 * size) + " B"}});
+    auto& batches = static_cast<BatchAppender&>(*appender);
+    batches.beginRound();
+    write(*appender, "abcde");
+    EXPECT_EQ(liveTexts(), "");
+    batches.endRound();
+    EXPECT_EQ(texts(AT_NOON) + "," + texts(AT_NOON + "-1") + "," + liveTexts(), "ab,cd,e");
+    EXPECT_FALSE(batches.hasFailed());
+}
+
 TEST_F(RolledSeries, FailuresOfPackingAreCountedAndReported) {
     setClock(NOON);
+    LogManager::unregisterCommandListener("EXCEPTION");
+    const std::uint64_t before = LogManager::statistics().failed;
     std::filesystem::create_directory(file("20270101T000000Z.gz.part"));
     writeFile(file("20270101T000000Z"), "cannot be packed\n");
-    const std::uint64_t before = LogManager::statistics().failed;
-    const auto appender = make({{"compress", "gzip"}});
-    appender->output(makeMessage("a"));
-    await([before] { return LogManager::statistics().failed > before; });
-    await([this] { return LogManager::hasCommandListener("EXCEPTION") && !failures_.arguments.empty(); });
-    EXPECT_THAT(failures_.arguments[0],
-                StartsWith("LogException from packing.\nException = Unable to pack the file: " +
-                           file("20270101T000000Z") + ": Unable to write "));
+    {
+        AwaitedCommand report;
+        LogManager::registerCommandListener("EXCEPTION", &report);
+        const auto appender = make({{"compress", "gzip"}});
+        write(*appender, "a");
+        EXPECT_THAT(report.await(),
+                    StartsWith("LogException from packing.\nException = Unable to pack the file: " +
+                               file("20270101T000000Z") + ": Unable to write "));
+    }
     EXPECT_EQ(readFile(file("20270101T000000Z")), "cannot be packed\n");
+    EXPECT_GT(LogManager::statistics().failed, before);
     EXPECT_EQ(liveTexts(), "a");
 }
 

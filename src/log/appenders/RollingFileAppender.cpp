@@ -48,13 +48,13 @@ bool RollingFileAppender::fits(const LogMessage& message) const {
 
 /// Whatever fails here for want of memory is taken up by the next message.
 void RollingFileAppender::prepareAnew(const LogMessage& message) {
-    if (!outputFileStream_.isOpen() || owner_.isNotAlone()) {
+    const bool isFirst = !outputFileStream_.isOpen();
+    if (isFirst || owner_.isNotAlone()) {
         rolledFiles_.forgetLast();
         followFile();
     }
-    if (!isTidy_ && owner_.mayRotate()) {
+    if (isFirst) {
         tidyUpAtStart();
-        isTidy_ = true;
     }
     if (!fits(message) && mustRoll(message) && owner_.mayRotate()) {
         roll(message);
@@ -109,12 +109,14 @@ void RollingFileAppender::stayWithFile(Time now) {
 
 void RollingFileAppender::tidyUp() {
     const ScopedLock lock(criticalSection_);
-    if (!isTidy_ && owner_.mayRotate()) {
-        tidyUpAtStart();
-    }
+    tidyUpAtStart();
 }
 
+/// In a folder that cannot be listed yet the next file that is opened has it done.
 void RollingFileAppender::tidyUpAtStart() noexcept {
+    if (isTidy_ || !owner_.mayRotate()) {
+        return;
+    }
     try {
         std::vector<RolledFile> files;
         std::vector<std::string> parts;
