@@ -26,6 +26,7 @@ struct Case {
 
 const std::string SERVER = "appender.s = FileAppender\n";
 const std::string CONSOLE = "appender.c = StdoutAppender\n";
+const std::string ROLLED = "appender.r = RollingFileAppender\n";
 const std::string DISPATCHER = "zav.log.AsynchronousDispatcher.";
 
 std::string dots(std::size_t count) {
@@ -120,7 +121,22 @@ const std::vector<Case> CASES = {
     {SERVER + "appender.s.recovery = -1 secs\n" + CONSOLE + "appender.c.recovery = often\n",
      {"2 unknown-unit", "2 out-of-range", "4 ignored-key"}},
 
+    {ROLLED + "appender.r.rollSize = 5\nappender.r.rollAt = noon\nappender.r.keepFiles = 5 days\n"
+              "appender.r.keepSize = 5 mb\nappender.r.keepTime = 5 days\nappender.r.compress = zip\n"
+              "appender.r.fileNumber = 3\n",
+     {"2 bad-value", "3 bad-value", "4 bad-value", "5 bad-value", "6 bad-value", "7 bad-value",
+      "8 ignored-key"}},
+    {ROLLED +
+         "appender.r.rollSize = 5 MB or so\nappender.r.rollAt = hour\nappender.r.keepFiles = -5\n"
+         "appender.r.keepSize = 17179869184 GB\nappender.r.keepTime = 0 day\nappender.r.compress = gzip\n"
+         "appender.r.recovery = 5 sec\nappender.r.escape = true\n" +
+         SERVER + "appender.s.rollAt = hour\n",
+     {"2 unknown-value", "4 out-of-range", "5 out-of-range", "11 ignored-key"}},
+
     // What lines do to each other.
+    {ROLLED + "appender.t = SimpleFileAppender\nappender.t.file = r.log\n" + SERVER +
+         "appender.s.file = a\nappender.u = RollingFileAppender\nappender.u.file = a3\n",
+     {"2 shared-file", "6 shared-file"}},
     {DISPATCHER + "maxQueueSize = 1\n" + CONSOLE + "appender.c.asynchronous = true\n", {"3 no-queue"}},
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},
     {DISPATCHER + "maxQueueSize = 0\n" + CONSOLE + "appender.c.asynchronous = false\n", {}},

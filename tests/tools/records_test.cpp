@@ -37,7 +37,7 @@ LineForm textForm() {
     return form;
 }
 
-Cut cutInto(const Platform::InputFile& file, const LineForm& form = textForm()) {
+Cut cutInto(const LogContent& file, const LineForm& form = textForm()) {
     RecordReader reader(file, 0, form);
     Record record;
     Cut cut;
@@ -58,7 +58,7 @@ TEST(RecordReader, CutsWhereABlockEndsAnywhereInARecord) {
         const std::string first = TIME + " a INFO " + std::string(RecordReader::BLOCK - before, 'x');
         const std::string second = TIME + " b INFO c\r\n  " + TIME + "\r\n\r\n" + TIME + "0";
         TestSupport::writeFile(path, first + "\n" + second + "\r\n" + TIME + " c\n" + TIME);
-        Platform::InputFile file;
+        LogContent file;
         std::string problem;
         ASSERT_TRUE(file.open(path, problem)) << problem;
 
@@ -78,7 +78,7 @@ TEST(RecordReader, GivesAVeryLongRecordInPartsThatMakeItUpAgain) {
         content += "\r\nline " + TIME + " of the text";
     }
     TestSupport::writeFile(directory / "long.log", content + "\n" + TIME + " b INFO end\n");
-    Platform::InputFile file;
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(directory / "long.log", problem)) << problem;
 
@@ -244,7 +244,7 @@ TEST(RecordReader, FollowsATimeThatGoesBackAsLongAsItDoes) {
     for (const std::function<std::string(int)>& line : {std::function<std::string(int)>(lineOf), {jsonOf}}) {
         TestSupport::writeFile(path,
                                line(1) + line(9) + line(8) + line(4) + line(5) + line(5) + line(6) + line(2));
-        Platform::InputFile file;
+        LogContent file;
         std::string problem;
         ASSERT_TRUE(file.open(path, problem)) << problem;
         RecordReader reader(file, 0, LineForm());
@@ -266,7 +266,7 @@ TEST(RecordReader, ReadsLinesOfJsonWhereverABlockEnds) {
         TestSupport::writeFile(path, jsonLine("2013-05-07T14:03:27.123Z", first) + "\r\n{torn\r\n\r\n" +
                                          jsonLine("2013-05-07T16:03:27.123+02:00", "b\\nc") + "\n" + TIME +
                                          " plain\n" + jsonLine("2013-05-07T14:03:27.123Z", "d"));
-        Platform::InputFile file;
+        LogContent file;
         std::string problem;
         ASSERT_TRUE(file.open(path, problem)) << problem;
         const Cut cut = cutInto(file, LineForm());
@@ -280,7 +280,7 @@ TEST(RecordReader, ReadsLinesOfJsonWhereverABlockEnds) {
         "2013-05-07T14:03:27.123Z", std::string(RecordReader::LONGEST_RECORD + RecordReader::BLOCK, 'x'));
     TestSupport::writeFile(path, jsonLine("2013-05-07T14:03:27.123Z", "a") + "\n" + tooLong + "\n" +
                                      jsonLine("2013-05-07T14:03:27.123Z", "c") + "\n");
-    Platform::InputFile file;
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(path, problem)) << problem;
     const Cut cut = cutInto(file, LineForm());

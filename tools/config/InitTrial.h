@@ -7,6 +7,10 @@
 namespace ZAV {
 namespace Tools {
 
+/// \return the properties with folders in which no file can be, so that appenders which are made on trial find none of the
+///         program's
+Util::Properties withoutFolders(const Util::Properties& properties);
+
 /// Lets the library itself judge a configuration, by an `init` and a `finish` of this process.
 /// \return the text that `init` throws or, if it does not, the first line that it reports on the standard error
 ///         stream; empty if it is content

@@ -1,6 +1,7 @@
 #include "explain/Explanation.h"
 
 #include "Failure.h"
+#include "config/InitTrial.h"
 #include "config/PropertySource.h"
 #include "explain/RunningLevels.h"
 #include "log/LogManager.h"
@@ -29,7 +30,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
 Util::Properties readAndTry(const std::string& fileName) {
     try {
         Util::Properties properties = readProperties(fileName);
-        Log::LogManager::init(properties);
+        Log::LogManager::init(withoutFolders(properties));
         Log::LogManager::finish();
         return properties;
     } catch (const std::exception& exception) {

@@ -46,7 +46,8 @@ InputSpec inputAt(const std::string& appenderName, const Util::Properties& prope
     InputSpec input;
     input.path = place.folder + '/' + place.file;
     input.kind = isSeries ? InputSpec::SERIES : InputSpec::FILE;
-    input.layout = formOf(appenderName, properties, isSeries ? Layout::PLAIN : Layout::PROCESS);
+    input.layout = formOf(appenderName, properties,
+                          place.kind == AppenderPlace::SINGLE_FILE ? Layout::PROCESS : Layout::PLAIN);
     input.mayBeMissing = true;
     return input;
 }

@@ -3,10 +3,12 @@
 #include "Failure.h"
 #include "UsageError.h"
 #include "inputs/ConfiguredFiles.h"
+#include "log/appenders/RolledFiles.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/UtilException.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ZAV {
 namespace Tools {
@@ -28,8 +30,8 @@ std::string namesOfColumns() {
 void InputOptions::addTo(CLI::App& command) {
     command
         .add_option("PATH", paths_,
-                    "A log file, the base name of a rotated series (logs/server.log.), or - for standard "
-                    "input")
+                    "A log file, with those that were rolled away from it, the base name of a rotated series "
+                    "(logs/server.log.), or - for standard input")
         ->type_name("");
     command
         .add_option("--config", configuration_,
@@ -79,7 +81,11 @@ std::optional<LineForm> InputOptions::givenForm() const {
 
 std::vector<InputSpec> InputOptions::inputsOfPaths() const {
     std::vector<InputSpec> inputs;
+    const std::set<std::string> named(paths_.begin(), paths_.end());
     for (const std::string& path : paths_) {
+        if (named.count(Log::RolledFiles::livePathOf(path)) != 0) {
+            continue; // as when a shell names all files of a folder
+        }
         InputSpec input;
         input.path = path;
         input.mayBeLink = path.empty() || path.back() != '.'; // as the base name of a series ends

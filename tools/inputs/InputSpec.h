@@ -10,8 +10,8 @@ namespace Tools {
 /// What the user named to be read.
 struct InputSpec {
     enum Kind {
-        FILE_OR_SERIES, ///< the series of that base name if it has members, the file of that path otherwise
-        FILE,
+        FILE_OR_SERIES, ///< the series of that base name if it has members, as `FILE` otherwise
+        FILE,           ///< with the files that were rolled away from it
         SERIES,
         STANDARD_INPUT
     };

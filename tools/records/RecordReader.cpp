@@ -21,9 +21,9 @@ LineForm textLines() {
 
 } // namespace
 
-RecordReader::RecordReader(const Platform::InputFile& file) : RecordReader(file, 0, textLines()) {}
+RecordReader::RecordReader(const LogContent& file) : RecordReader(file, 0, textLines()) {}
 
-RecordReader::RecordReader(const Platform::InputFile& file, std::uint64_t offset, LineForm form)
+RecordReader::RecordReader(const LogContent& file, std::uint64_t offset, LineForm form)
     : file_(file), offset_(offset), buffer_(BLOCK), machineLines_(std::move(form)) {}
 
 bool RecordReader::next(Record& record) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/InputFile.h"
+#include "inputs/LogContent.h"
 #include "records/MachineLines.h"
 #include "records/Record.h"
 
@@ -27,7 +27,7 @@ public:
 
     /// \param file must outlive the reader
     /// \param offset where to begin
-    RecordReader(const Platform::InputFile& file, std::uint64_t offset, LineForm form);
+    RecordReader(const LogContent& file, std::uint64_t offset, LineForm form);
 
     /// Gives the next record that another one follows.
     /// \param record is valid until the next call
@@ -81,7 +81,7 @@ private:
     void rememberHeader(const Record& record);
     std::string_view withoutCarriageReturns(std::string_view lines);
 
-    const Platform::InputFile& file_;
+    const LogContent& file_;
     std::uint64_t offset_; ///< of the buffer's first byte in the file
     std::vector<char> buffer_;
     std::size_t begin_ = 0;    ///< of the record that comes next

@@ -82,12 +82,11 @@ bool RecordStream::read(Ending ending) {
             return true;
         }
         if (current_) {
-            keepProblem();
+            keepProblem(current_->log.path, current_->reader.problem());
         }
-        if (!hasMoreFiles()) {
+        if (!goToNextFile()) {
             return false;
         }
-        goToNextFile();
     }
 }
 
@@ -118,17 +117,28 @@ std::string RecordStream::takeProblem() {
     return std::exchange(problem_, std::string());
 }
 
-void RecordStream::goToNextFile() {
-    current_ = std::make_unique<OpenFile>(std::move(waiting_.front()));
-    waiting_.pop_front();
-    ++fileCount_;
-    settledAt_ = 0;
-    knowsPast_ = current_->log.offset == 0 || !current_->log.file.isSeekable();
+/// \return false if no further one can be read
+bool RecordStream::goToNextFile() {
+    while (hasMoreFiles()) {
+        LogFile next = std::move(waiting_.front());
+        waiting_.pop_front();
+        std::string problem;
+        if (openRolled(next, problem)) {
+            current_ = std::make_unique<OpenFile>(std::move(next));
+            ++fileCount_;
+            settledAt_ = 0;
+            knowsPast_ = current_->log.offset == 0 || !current_->log.file.isSeekable();
+            return true;
+        }
+        keepProblem(next.path, problem);
+    }
+    return false;
 }
 
-void RecordStream::keepProblem() {
-    if (!current_->reader.problem().empty()) {
-        problem_ = current_->log.path + ": " + current_->reader.problem();
+void RecordStream::keepProblem(const std::string& path, const std::string& problem) {
+    const std::string line = path + ": " + problem;
+    if (!problem.empty() && problem_.find(line) == std::string::npos) {
+        problem_ += (problem_.empty() ? "" : "\n") + line;
     }
 }
 

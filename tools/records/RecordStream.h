@@ -78,7 +78,7 @@ public:
     /// \return how far the current file was read; 0 without one
     std::uint64_t bytesSeen() const { return current_ ? current_->reader.bytesSeen() : 0; }
 
-    /// \return what could not be read, and why, since this was asked last; empty if all could
+    /// \return what could not be read, and why, since this was asked last, a line each; empty if all could
     std::string takeProblem();
 
 private:
@@ -94,8 +94,8 @@ private:
     bool read(Ending ending);
     void observeTime();
     void observe(const Record& record);
-    void goToNextFile();
-    void keepProblem();
+    bool goToNextFile();
+    void keepProblem(const std::string& path, const std::string& problem);
 
     std::deque<LogFile> waiting_;
     std::unique_ptr<OpenFile> current_;

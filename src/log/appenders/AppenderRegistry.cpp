@@ -4,6 +4,7 @@
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/RollingFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
@@ -98,7 +99,7 @@ void AppenderRegistry::registerAppender(Appender* appender, const std::string& c
     putIntoService({std::unique_ptr<Appender>(appender), className, Util::Properties()});
 }
 
-void AppenderRegistry::putIntoService(CreatedAppender created) {
+Appender* AppenderRegistry::putIntoService(CreatedAppender created) {
     Appender& appender = *created.appender;
     requireNewName(appender, inService());
     CreatedAppenders added;
@@ -111,6 +112,7 @@ void AppenderRegistry::putIntoService(CreatedAppender created) {
     if (!appender.isSynchronous()) {
         AsynchronousDispatcher::instance().registerAsynchronousAppender(&appender);
     }
+    return &appender;
 }
 
 std::vector<Appender*> AppenderRegistry::inService() const {
@@ -149,9 +151,16 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
     registerFactory(AppenderClass::STDOUT, new DefaultAppenderFactory<StdoutAppenderBuilder>);
     registerFactory(AppenderClass::FILE_SERIES, new DefaultAppenderFactory<FileAppenderBuilder>);
     registerFactory(AppenderClass::SINGLE_FILE, new DefaultAppenderFactory<SimpleFileAppenderBuilder>);
+    registerFactory(AppenderClass::ROLLED_FILE, new DefaultAppenderFactory<RollingFileAppenderBuilder>);
+    std::vector<Appender*> created;
     for (const std::string& key : properties.getKeys()) {
         if (const std::optional<std::string> name = declaredAppender(key)) {
-            putIntoService(create(properties, *name));
+            created.push_back(putIntoService(create(properties, *name)));
+        }
+    }
+    for (Appender* const appender : created) {
+        if (auto* const rolling = dynamic_cast<RollingFileAppender*>(appender)) {
+            rolling->tidyUp();
         }
     }
 }

@@ -87,7 +87,7 @@ private:
 
     boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;
     CreatedAppender create(const Util::Properties& properties, const std::string& name) const;
-    void putIntoService(CreatedAppender created);
+    Appender* putIntoService(CreatedAppender created);
     Appender* findCreated(const Util::Properties& keys) const;
     std::vector<Appender*> inService() const;
     Appender* firstAppender() const;

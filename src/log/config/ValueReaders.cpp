@@ -71,6 +71,22 @@ constexpr std::pair<std::string_view, Column> COLUMNS[] = {
     {"text", Column::TEXT},
 };
 
+/// \param unitOf gives what a word stands for, or nothing
+template <typename UnitOf>
+std::optional<std::uint64_t> readLimit(const std::string& text, UnitOf unitOf) {
+    const std::vector<std::string> pieces = Util::split(text, ' ');
+    if (pieces.size() < 2) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> count = readCountLimit(pieces[0]);
+    const std::optional<std::uint64_t> unit = unitOf(pieces[1]);
+    if (!count || !unit) {
+        return std::nullopt;
+    }
+    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+    return *count > LARGEST / *unit ? LARGEST : *count * *unit;
+}
+
 } // namespace
 
 LeadingNumber<std::uint64_t> readLeadingUnsigned(const std::string& text) {
@@ -129,6 +145,24 @@ Time readPeriod(const std::string& text) {
     const std::optional<TimeUnit> unit = pieces.size() > 1 ? readPeriodUnit(pieces[1]) : std::nullopt;
     const std::int64_t count = Util::toInteger(pieces[0]);
     return Time(static_cast<std::uint64_t>(count), unit.value_or(DEFAULT_PERIOD_UNIT));
+}
+
+std::optional<std::uint64_t> readCountLimit(const std::string& text) {
+    const LeadingNumber<std::uint64_t> number = readLeadingUnsigned(text);
+    const bool isNegative = text.find('-') != std::string::npos;
+    return number.isWhole ? std::optional<std::uint64_t>(isNegative ? 0 : number.value) : std::nullopt;
+}
+
+std::optional<std::uint64_t> readSizeLimit(const std::string& text) {
+    return readLimit(text, [](const std::string& word) { return readSizeUnit(word); });
+}
+
+std::optional<Time> readTimeLimit(const std::string& text) {
+    const auto microseconds = readLimit(text, [](const std::string& word) {
+        const std::optional<TimeUnit> unit = readPeriodUnit(word);
+        return unit ? std::optional<std::uint64_t>(Time(1, *unit).microseconds()) : std::nullopt;
+    });
+    return microseconds ? std::optional<Time>(Time(*microseconds, USEC)) : std::nullopt;
 }
 
 std::optional<unsigned> readFileMode(const std::string& text) {

@@ -46,6 +46,18 @@ constexpr Util::TimeUtils::TimeUnit DEFAULT_PERIOD_UNIT = Util::TimeUtils::MIN;
 /// \throw UtilException if the count is missing or no whole number
 Util::TimeUtils::Time readPeriod(const std::string& text);
 
+// Limits: 0 and negative ones are none, and one too large for its type is the largest. The unit is a word
+// behind the number; what follows that is ignored, as it is in a period.
+
+/// \return bytes; nothing without a whole number and a unit that `readSizeUnit` knows
+std::optional<std::uint64_t> readSizeLimit(const std::string& text);
+
+/// \return nothing without a whole number and a unit that `readPeriodUnit` knows
+std::optional<Util::TimeUtils::Time> readTimeLimit(const std::string& text);
+
+/// \return nothing if the text is no whole number
+std::optional<std::uint64_t> readCountLimit(const std::string& text);
+
 /// \return the permissions that up to four octal digits name, from 0 to 777; nothing for another text
 std::optional<unsigned> readFileMode(const std::string& text);
 

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+/// How the packing of a file has ended.
+struct Packing {
+    enum Result {
+        DONE,
+        INTERRUPTED, ///< nothing of it is left
+        FAILED
+    };
+    Result result;
+    std::string problem; ///< what went wrong, if it has failed
+};
+
+/// Packs a rolled file, so that at every moment, also after a kill, the plain file is there or the packed one
+/// as a whole. A file that grows meanwhile is packed anew; one that is deleted meanwhile stays deleted.
+///
+/// Called by one thread of the process at a time.
+/// \param path the plain file, which is deleted in the end
+/// \param isInterrupted looked at after every few milliseconds of work
+Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted);
+
+/// In a forked child, which does not run that thread: closes the files that it has open.
+void closePackedFilesInChild() noexcept;
+
+} // namespace Log
+} // namespace ZAV
