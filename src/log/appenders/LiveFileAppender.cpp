@@ -13,9 +13,9 @@ using Util::TimeUtils::Time;
 LiveFileAppender::LiveFileAppender(const AppenderValues& values, const Filters& filters,
                                    const std::string& liveName)
     : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
-      layout_(values.layoutOr(LayoutName::PLAIN)),
-      folder_(Platform::absolutePath(values.dir)), livePath_(pathOf(liveName)), owner_(livePath_),
-      openTime_(Time::now()), liveName_(liveName), lastLook_(openTime_) {}
+      layout_(values.layoutOr(LayoutName::PLAIN)), folder_(Platform::absolutePath(values.dir)),
+      livePath_(pathOf(liveName)), owner_(livePath_), openTime_(Time::now()), liveName_(liveName),
+      lastLook_(openTime_) {}
 
 /// One that leaves amid a round has lines left.
 LiveFileAppender::~LiveFileAppender() {
