@@ -54,7 +54,7 @@ template <typename Sink = quill::FileSink>
 class QuillBackend {
 public:
     QuillBackend(const Task& task, const quill::BackendOptions& options)
-        : sink_(quill::Frontend::create_or_get_sink<Sink>(task.file())) {
+        : sink_(quill::Frontend::create_or_get_sink<Sink>(task.file(), quill::FileSinkConfig())) {
         quill::Backend::start(options);
     }
     QuillBackend(const QuillBackend&) = delete;
