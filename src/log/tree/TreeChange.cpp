@@ -26,7 +26,6 @@ TreeChange::TreeChange(Logger& root, const Util::Properties& properties) : root_
     });
 }
 
-/// A logger that is only made now had no setting that could stay as it was.
 void TreeChange::makeLoggers() {
     std::vector<bool> existed;
     for (const Setting& setting : settings_) {
@@ -34,16 +33,21 @@ void TreeChange::makeLoggers() {
     }
     for (std::size_t position = 0; position < settings_.size(); ++position) {
         const Setting& setting = settings_[position];
-        const LoggerValue& value = setting.value;
         OwnSettings& own = own_[setting.isRoot ? &root_ : &root_.getLogger(setting.path)];
-        if (setting.attribute == LoggerAttribute::LEVEL && (value.level || existed[position])) {
-            own.level = {position, true, value.level};
-        } else if (setting.attribute == LoggerAttribute::EXPIRATION &&
-                   (value.expiration || existed[position])) {
-            own.expiration = {position, true, value.expiration};
+        if (setting.attribute == LoggerAttribute::LEVEL) {
+            own.level = ownSetting(setting.value.level, existed[position], position);
+        } else if (setting.attribute == LoggerAttribute::EXPIRATION) {
+            own.expiration = ownSetting(setting.value.expiration, existed[position], position);
         }
     }
     forgetOverruled();
+}
+
+/// A logger that did not exist before had no setting that could stay as it was.
+template <typename Value>
+TreeChange::Own<Value> TreeChange::ownSetting(const std::optional<Value>& value, bool hasLogger,
+                                              std::size_t position) {
+    return {value || hasLogger, !value, value.value_or(Value{}), position};
 }
 
 void TreeChange::forgetOverruled() {
@@ -109,14 +113,15 @@ void TreeChange::configure(Logger& logger, Time now) const {
 
     Level::LogLevel level = parent == nullptr ? Level::LEVEL_WARNING : parent->lastingLevel_.load();
     std::uint64_t setTime = parent == nullptr ? now.microseconds() : parent->levelSetTime_.load();
-    if (own.level.isGiven) {
-        level = own.level.value.value_or(inside.lastingLevel_);
-        setTime = own.level.value ? now.microseconds() : inside.levelSetTime_.load();
-    }
     std::uint64_t expiration = parent == nullptr ? 0 : parent->expirationTime_.load();
-    if (own.expiration.isGiven) {
-        expiration =
-            own.expiration.value.value_or(Time(inside.expirationTime_, Util::TimeUtils::USEC)).microseconds();
+    if (own.level.isGiven) {
+        level = own.level.staysAsItIs ? inside.lastingLevel_.load() : own.level.value;
+        setTime = own.level.staysAsItIs ? inside.levelSetTime_.load() : now.microseconds();
+    }
+    if (own.expiration.isGiven && own.expiration.staysAsItIs) {
+        expiration = inside.expirationTime_;
+    } else if (own.expiration.isGiven) {
+        expiration = own.expiration.value.microseconds();
     }
     inside.expirationTime_.store(expiration, std::memory_order_relaxed);
     inside.setLevel(level, now);

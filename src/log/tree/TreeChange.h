@@ -58,18 +58,21 @@ private:
         LoggerValue value; ///< nothing if it was a bad one
     };
 
-    /// What the keys of one logger say.
+    /// What a key of one logger says.
     template <typename Value>
     struct Own {
-        std::size_t position = 0; ///< of the key: a later one of an ancestor overrules it
         bool isGiven = false;
-        std::optional<Value> value; ///< nothing if the setting is to stay as it was
+        bool staysAsItIs = false; ///< the value is a bad one
+        Value value{};
+        std::size_t position = 0; ///< of the key: a later one of an ancestor overrules it
     };
     struct OwnSettings {
         Own<Level::LogLevel> level;
         Own<Util::TimeUtils::Time> expiration;
     };
 
+    template <typename Value>
+    static Own<Value> ownSetting(const std::optional<Value>& value, bool hasLogger, std::size_t position);
     void forgetOverruled();
     template <typename Value>
     bool isOverruled(const Logger& logger, Own<Value> OwnSettings::*own) const;
