@@ -15,7 +15,7 @@ namespace {
 using namespace std::literals;
 
 constexpr int GZIP_FORMAT = 16; ///< what zlib has added to the size of the window for it
-constexpr std::size_t BLOCK = 64 * 1024;
+constexpr std::size_t BLOCK = std::size_t{64} * 1024;
 constexpr std::string_view GZIP_BEGINNING = "\x1f\x8b"sv;
 
 } // namespace

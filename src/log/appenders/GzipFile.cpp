@@ -19,7 +19,7 @@ namespace Log {
 namespace {
 
 constexpr int GZIP_FORMAT = 16; ///< what zlib has added to the size of the window for it
-constexpr std::size_t BLOCK = 64 * 1024;
+constexpr std::size_t BLOCK = std::size_t{64} * 1024;
 
 /// One attempt to write the packed form of a file into another one.
 class GzipWriter {

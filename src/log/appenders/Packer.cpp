@@ -4,7 +4,6 @@
 #include "log/appenders/GzipFile.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/CancellationGuard.h"
 #include "platform/Fork.h"
 #include "platform/ProcessLifetime.h"
 #include "platform/SignalGuard.h"
@@ -14,6 +13,7 @@
 #include <chrono>
 #include <exception>
 #include <iterator>
+#include <thread>
 #include <utility>
 
 namespace ZAV {
@@ -61,11 +61,16 @@ Packer::Packer() {
 }
 
 void Packer::pack(const void* user, const std::string& path, bool mayGrow) {
-    add({user, path, "", mayGrow ? Deadline(PAUSE) : Deadline(PAUSE - PAUSE)});
+    add({user, path, "", mayGrow ? Deadline(PAUSE) : Deadline(std::chrono::seconds(0))});
 }
 
 void Packer::report(const void* user, const std::string& problem) {
-    add({user, "", problem, Deadline(PAUSE - PAUSE)});
+    add({user, "", problem, Deadline(std::chrono::seconds(0))});
+}
+
+bool Packer::isIdle() {
+    const ScopedLock lock(lock_);
+    return jobs_.empty();
 }
 
 void Packer::add(Job job) {
@@ -93,7 +98,7 @@ void Packer::startIfNeeded() noexcept {
     try {
         Platform::keepLibraryLoaded();
         const Platform::NoSignals noSignals;
-        Worker(run).detach();
+        std::thread(run).detach();
     } catch (const std::exception&) {
         const ScopedLock lock(lock_);
         isRunning_ = false;

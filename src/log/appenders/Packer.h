@@ -24,6 +24,9 @@ public:
     /// \param mayGrow whether a forked child may still be about to write to it, so that it is left alone for a second
     void pack(const void* user, const std::string& path, bool mayGrow);
 
+    /// \return whether nothing waits
+    bool isIdle() ZAV_LOG_EXCLUDES(lock_);
+
     /// Has a failure of the series reported by the thread, for somebody who holds a lock that must not be
     /// held when listeners are called.
     void report(const void* user, const std::string& problem);

@@ -124,42 +124,45 @@ void RollingFileAppender::tidyUpAtStart() noexcept {
         for (const std::string& part : parts) {
             Platform::removeFile(part);
         }
-        keepAndPack(files);
+        keep(files);
+        pack(files);
     } catch (const std::exception&) {
         return; // no memory; the next roll or start does it
     }
 }
 
+/// What could not be packed earlier is tried again, if nothing else waits.
 void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
     const bool hasLimits = values_.keepFiles != 0 || values_.keepSize != 0 || values_.keepTime != Time();
     try {
         std::vector<RolledFile> files;
         std::vector<std::string> parts;
         if (hasLimits && rolledFiles_.list(files, parts)) {
-            keepAndPack(files);
-        } else {
-            pack(rolled);
+            keep(files);
         }
+        if (!Packer::instance().isIdle() || files.empty()) {
+            files = {rolled};
+        }
+        pack(files);
     } catch (const std::exception&) {
         return; // no memory; the next roll or start does it
     }
 }
 
-void RollingFileAppender::keepAndPack(std::vector<RolledFile>& files) {
+void RollingFileAppender::keep(std::vector<RolledFile>& files) {
     const std::optional<Platform::FileStatus> live = Platform::lookAtFile(livePath_);
     const std::string undeletable = rolledFiles_.keep(values_, live ? live->size : 0, Time::now(), files);
     if (!undeletable.empty()) {
         Packer::instance().report(this, "Unable to delete the file: " + undeletable);
     }
-    for (const RolledFile& file : files) {
-        pack(file);
-    }
 }
 
-void RollingFileAppender::pack(const RolledFile& file) {
-    if (values_.packs && file.isPlain) {
-        const bool mayGrow = file.stamp >= RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
-        Packer::instance().pack(this, rolledFiles_.pathOf(file), mayGrow);
+void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
+    const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
+    for (const RolledFile& file : files) {
+        if (values_.packs && file.isPlain) {
+            Packer::instance().pack(this, rolledFiles_.pathOf(file), file.stamp >= lateStamp);
+        }
     }
 }
 

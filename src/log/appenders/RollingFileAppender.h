@@ -33,8 +33,8 @@ private:
     void stayWithFile(Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(criticalSection_);
     void tidyUpAtStart() noexcept ZAV_LOG_REQUIRES(criticalSection_);
     void tidyUpAfter(const RolledFile& rolled) noexcept ZAV_LOG_REQUIRES(criticalSection_);
-    void keepAndPack(std::vector<RolledFile>& files) ZAV_LOG_REQUIRES(criticalSection_);
-    void pack(const RolledFile& file) ZAV_LOG_REQUIRES(criticalSection_);
+    void keep(std::vector<RolledFile>& files) ZAV_LOG_REQUIRES(criticalSection_);
+    void pack(const std::vector<RolledFile>& files) ZAV_LOG_REQUIRES(criticalSection_);
 
     RolledFiles rolledFiles_ ZAV_LOG_GUARDED_BY(criticalSection_);
     RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< that of the lines of the live file
