@@ -23,7 +23,7 @@ public:
 
     /// Reads lines of the text layouts.
     /// \param file must outlive the reader
-    explicit RecordReader(const Platform::InputFile& file);
+    explicit RecordReader(const LogContent& file);
 
     /// \param file must outlive the reader
     /// \param offset where to begin
