@@ -4,6 +4,7 @@
 #include "log/async/BatchAppender.h"
 #include "log/config/AppenderValues.h"
 #include "platform/OutputFile.h"
+#include "zav-util/FileUtils.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
@@ -29,6 +30,8 @@ public:
 
     FileAppender(const AppenderValues& values, const Filters& filters);
     ~FileAppender() override;
+
+    std::string fileName() const override { return Util::FileUtils::baseName(livePath_); }
 
 protected:
     /// \throw LogException if the directory cannot be listed (the next message tries again), or if the live
