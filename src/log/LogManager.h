@@ -69,8 +69,8 @@ registerAppenderClass(const std::string& className,
 ///
 /// It returns when the old appenders have written what was queued for them and are destroyed. It waits for a
 /// call of an appender that is under way, and other threads log meanwhile; only for a moment, in which all
-/// change places, each message waits. A synchronous appender to files that comes while an asynchronous one
-/// leaves waits for the queue to be written first, since both may write to the same file.
+/// change places, each message waits. Where a synchronous appender takes over the file of an asynchronous
+/// one, the queue is written first.
 /// \throw LogException "LogManager::reload must not be called while logging." from an appender, a filter or a
 ///        command listener, "The library is not initialised." without `init`, and whatever `init` would
 ///        throw. Nothing has changed then

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "log/appenders/LiveFileAppender.h"
 
 #include <cstdint>
 #include <deque>

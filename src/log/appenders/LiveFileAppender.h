@@ -32,6 +32,7 @@ protected:
     void outputLine(const LogMessage& message) final ZAV_LOG_REQUIRES(criticalSection_);
     void writeLines(std::string_view text, std::size_t& written) final ZAV_LOG_REQUIRES(criticalSection_);
     void closeFile() override ZAV_LOG_REQUIRES(criticalSection_) { outputFileStream_.close(); }
+    std::string fileName() const override { return liveName_; }
 
     /// Sees to it that the live file is open and has room for the line.
     /// \throw LogException if that fails

@@ -61,6 +61,10 @@ public:
     /// once this one is not used any more.
     void close();
 
+    /// \return the name of the file that lines go to, without its folder, which may be reached by several
+    ///         paths; empty if that is not known
+    virtual std::string fileName() const { return std::string(); }
+
 protected:
     /// \throw what `outputLine` throws, unless that has to be reported behind earlier lines
     void doOutput(const LogMessage& message) final;

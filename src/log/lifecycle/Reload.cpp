@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace ZAV {
 namespace Log {
@@ -34,8 +35,16 @@ std::vector<Appender*> asynchronousOf(const std::vector<Appender*>& appenders) {
     return asynchronous;
 }
 
-bool writesFiles(const Appender* appender) {
-    return dynamic_cast<const BatchAppender*>(appender) != nullptr;
+/// \return whether two appenders may write to one file. Folders are not compared: that two paths lead to
+///         different ones is hard to tell.
+bool mayShareFile(const Appender* one, const Appender* other) {
+    const auto* const first = dynamic_cast<const BatchAppender*>(one);
+    const auto* const second = dynamic_cast<const BatchAppender*>(other);
+    if (first == nullptr || second == nullptr) {
+        return false;
+    }
+    const std::string name = first->fileName();
+    return name.empty() || second->fileName().empty() || name == second->fileName();
 }
 
 } // namespace
@@ -56,15 +65,18 @@ bool Reload::comes(const Appender* appender) const {
 }
 
 /// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
-///         may be queued still. The paths are not compared: what leads to one file is hard to tell.
+///         may be queued still
 bool Reload::takesFilesOver() const {
-    return std::any_of(appenders_.before.begin(), appenders_.before.end(),
-                       [this](const Appender* appender) {
-                           return !appender->isSynchronous() && writesFiles(appender) && leaves(appender);
-                       }) &&
-           std::any_of(appenders_.after.begin(), appenders_.after.end(), [this](const Appender* appender) {
-               return appender->isSynchronous() && writesFiles(appender) && comes(appender);
-           });
+    for (const Appender* const old : appenders_.before) {
+        const bool hasHeir =
+            std::any_of(appenders_.after.begin(), appenders_.after.end(), [&](const Appender* appender) {
+                return appender->isSynchronous() && comes(appender) && mayShareFile(old, appender);
+            });
+        if (!old->isSynchronous() && leaves(old) && hasHeir) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool Reload::concernsConsumer() const {
