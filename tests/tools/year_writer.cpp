@@ -39,12 +39,15 @@ bool isAllPacked(const std::string& folder) {
 
 } // namespace
 
-/// Logs two numbered lines an hour for the year 2027 in a zone that is an hour ahead of UTC when it begins, and starts
-/// anew now and then. Arguments: the folder, "hour" or "midnight", and further settings with their values.
+/// Logs two numbered lines an hour for the year 2027 in a zone that is an hour ahead of UTC when it begins,
+/// and starts anew now and then. Arguments: the folder, "hour" or "midnight", and further settings with their
+/// values.
 int main(int count, char** arguments) {
     const std::string folder = arguments[1];
-    Util::Properties properties{{"logger.root.level", "INFO"},      {"appender.year", "RollingFileAppender"},
-                                {"appender.year.dir", folder},      {"appender.year.rollAt", arguments[2]},
+    Util::Properties properties{{"logger.root.level", "INFO"},
+                                {"appender.year", "RollingFileAppender"},
+                                {"appender.year.dir", folder},
+                                {"appender.year.rollAt", arguments[2]},
                                 {"appender.year.compress", "gzip"}};
     for (int index = 3; index + 1 < count; index += 2) {
         properties[std::string("appender.year.") + arguments[index]] = arguments[index + 1];

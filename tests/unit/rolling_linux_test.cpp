@@ -8,20 +8,15 @@
 #include "log/LogLine.h"
 #include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
-#include "log/appenders/GzipFile.h"
 #include "log/appenders/RollMoments.h"
 
-#include <atomic>
 #include <ctime>
 #include <fcntl.h>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <random>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <zlib.h>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -262,30 +257,4 @@ TEST_F(RollingFork, AChildTakesOverWhenItsParentIsThrough) {
     const std::vector<std::string> names = filesIn(directory_.path());
     ASSERT_THAT(names, SizeIs(3));
     EXPECT_EQ(content(names[0]) + content(names[1]) + content("f"), line("a") + line("b") + line("c"));
-}
-
-TEST(GzipFile, PacksAFileAnewThatGrowsMeanwhile) {
-    const TemporaryDirectory directory;
-    const std::string path = directory / "f.20270115T120000Z";
-    std::string content(std::size_t{16} * 1024 * 1024, '\0'); // takes a good while
-    std::mt19937 random(1);
-    for (char& byte : content) {
-        byte = static_cast<char>(random());
-    }
-    writeFile(path, content);
-    std::ofstream late(path, std::ios::app);
-    const std::atomic<bool> isInterrupted{false};
-    std::thread packing([&] { EXPECT_EQ(packFile(path, isInterrupted).result, Packing::DONE); });
-    while (!fileExists(path + ".gz.part")) {
-        std::this_thread::yield();
-    }
-    late << "late\n" << std::flush;
-    packing.join();
-    std::string unpacked(content.size() + 6, '\0');
-    const gzFile packed = gzopen((path + ".gz").c_str(), "rb");
-    const int size = gzread(packed, unpacked.data(), static_cast<unsigned>(unpacked.size()));
-    gzclose(packed);
-    unpacked.resize(static_cast<std::size_t>(std::max(size, 0)));
-    EXPECT_TRUE(unpacked == content + "late\n");
-    EXPECT_FALSE(fileExists(path) || fileExists(path + ".gz.part"));
 }

@@ -7,8 +7,10 @@
 #include "log/LogLine.h"
 #include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
+#include "log/appenders/GzipFile.h"
 #include "log/appenders/RollingFileAppender.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
@@ -223,6 +225,19 @@ TEST_F(RolledSeries, AnAppenderThatEndsInterruptsPackingAndLeavesNothingHalf) {
     await([&] { return fileExists(file(suffix + ".gz.part")); });
     appender.reset();
     EXPECT_THAT(suffixes(), ElementsAre(AnyOf(suffix, suffix + ".gz")));
+}
+
+TEST_F(RolledSeries, APlainFileThatHasGrownStaysAndOneThatIsGoneStaysGone) {
+    writeFile(file(AT_NOON), "a\nlate\n");
+    writeFile(file(AT_NOON + ".gz.part"), "without what came late");
+    EXPECT_FALSE(replaceByPacked(file(AT_NOON), 2).has_value());
+    EXPECT_THAT(suffixes(), ElementsAre(AT_NOON));
+    const std::atomic<bool> isInterrupted{false};
+    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+    EXPECT_EQ(unpacked(AT_NOON + ".gz"), "a\nlate\n");
+    writeFile(file(AT_NOON + "-1.gz.part"), "what the limits have deleted");
+    EXPECT_EQ(replaceByPacked(file(AT_NOON + "-1"), 2)->result, Packing::DONE);
+    EXPECT_THAT(suffixes(), ElementsAre(AT_NOON + ".gz"));
 }
 
 TEST_F(RolledSeries, KeptLinesGoIntoTheFilesThatTheyWouldHaveGoneIntoAlone) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "log/appenders/LiveFileAppender.h"
+
 
 #include <cstdint>
 #include <deque>

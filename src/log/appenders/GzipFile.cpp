@@ -99,10 +99,9 @@ Packing failure(const std::string& path, const std::string& problem) {
     return {Packing::FAILED, "Unable to pack the file: " + path + ": " + problem};
 }
 
-/// Puts the packed file into the place of the plain one.
-/// \param size of the plain one when it was packed
-/// \return nothing if it has grown, and must be packed anew
-std::optional<Packing> replace(const std::string& path, std::uint64_t size) {
+} // namespace
+
+std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size) {
     const std::string packed = path + RolledFiles::PACKED;
     if (!Platform::renameFile(path + RolledFiles::PART, packed)) {
         return failure(path, "Unable to rename " + path + RolledFiles::PART);
@@ -122,6 +121,8 @@ std::optional<Packing> replace(const std::string& path, std::uint64_t size) {
     return Packing{Packing::DONE, ""};
 }
 
+namespace {
+
 /// A packed file that is there beside the plain one is from an attempt that was not finished.
 /// \return nothing if the file has grown, and must be packed anew
 std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
@@ -135,7 +136,7 @@ std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool
     const auto writer = std::make_unique<GzipWriter>();
     std::optional<Packing> packing;
     if (writer->write(path, part, {status->permissions, false}, isInterrupted)) {
-        packing = replace(path, writer->size());
+        packing = replaceByPacked(path, writer->size());
     } else if (writer->problem().empty()) {
         packing = Packing{Packing::INTERRUPTED, ""};
     } else {

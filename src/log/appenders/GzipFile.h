@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace ZAV {
@@ -24,6 +26,11 @@ struct Packing {
 /// \param path the plain file, which is deleted in the end
 /// \param isInterrupted looked at after every few milliseconds of work
 Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted);
+
+/// The last step of it: puts a whole packed file into the place of the plain one.
+/// \param size of the plain one when it was packed
+/// \return nothing if it has grown since, and must be packed anew
+std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size);
 
 /// In a forked child, which does not run that thread: closes the files that it has open.
 void closePackedFilesInChild() noexcept;

@@ -65,11 +65,11 @@ int main(int, char** arguments) {
     LogManager::init(properties);
     Logger& logger = LoggerFactory::getLogger("net");
     if (life == life.zero()) {
+        while (!isAllPacked(directory)) { // by the start alone; a hang here is a failure
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
         logger.info(run + ":1", 0, "");
         returned = 1;
-        while (!isAllPacked(directory)) { // a hang here is a failure
-            std::this_thread::yield();
-        }
         LogManager::finish();
         return EXIT_SUCCESS;
     }
