@@ -2,7 +2,6 @@
 
 #include "log/appenders/LiveFileAppender.h"
 
-
 #include <cstdint>
 #include <deque>
 #include <string>
