@@ -41,7 +41,8 @@ const char* idOf(ValueForm form) {
 
 /// \return what `init` says about one line; empty if nothing. An appender is not made for that: it may already find
 ///         files of the program's.
-std::string complaintAbout(const PropertyLine& line, const KeyMeaning& meaning) {
+std::string complaintAbout(const Configuration& configuration, const PropertyLine& line,
+                           const KeyMeaning& meaning) {
     Util::Properties trial;
     trial[line.key] = line.value;
     if (meaning.row->section != Log::KeySection::APPENDER) {
@@ -51,7 +52,13 @@ std::string complaintAbout(const PropertyLine& line, const KeyMeaning& meaning) 
         trial[Log::appenderKey(meaning.owner, meaning.row->neededKey)] = "AUDIT"; // a level, as it happens
     }
     try {
-        Log::AppenderValues(meaning.owner).read(*meaning.row, trial);
+        Log::AppenderValues values(meaning.owner);
+        values.read(*meaning.row, trial);
+        // What the columns are is the matter of their own line.
+        if (configuration.file().find(Log::appenderKey(meaning.owner, Log::AppenderSetting::FIELDS)) ==
+            nullptr) {
+            values.requireColumns();
+        }
     } catch (const std::exception& problem) {
         return problem.what();
     }
@@ -76,7 +83,7 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
         if (id == nullptr || configuration.missingPartner(meaning) != nullptr) {
             continue;
         }
-        const std::string complaint = complaintAbout(line, meaning);
+        const std::string complaint = complaintAbout(configuration, line, meaning);
         if (!complaint.empty()) {
             findings.addError(line, id, suggestion(line, *meaning.row) + complaint);
         }

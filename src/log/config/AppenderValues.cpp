@@ -30,6 +30,10 @@ AppenderValues::AppenderValues(const std::string& appenderName, unsigned reader,
             read(key, properties);
         }
     }
+    requireColumns();
+}
+
+void AppenderValues::requireColumns() const {
     if (layout == LayoutName::FIELDS && columns.empty()) {
         throw LogException("Wrong value for the " + name + "." + AppenderSetting::FIELDS + " property: ");
     }

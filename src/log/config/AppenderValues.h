@@ -37,6 +37,9 @@ struct AppenderValues {
     /// \throw LogException for the first value that is rejected
     AppenderValues(const std::string& appenderName, unsigned reader, const Util::Properties& properties);
 
+    /// \throw LogException if the layout shows columns and none is named
+    void requireColumns() const;
+
     /// Takes the value of one key, if the properties have it and the key that it needs.
     /// \throw LogException if the value is rejected
     void read(const ConfigurationKey& key, const Util::Properties& properties);
