@@ -1,5 +1,6 @@
 #include "zav-util/TimeText.h"
 
+#include "platform/CivilTime.h"
 #include "platform/LocalTime.h"
 
 #include <cstring>
@@ -62,38 +63,16 @@ const char* textOfSecond(std::uint64_t seconds) {
     return last.text;
 }
 
-/// A calendar date of UTC.
-struct Date {
-    unsigned year;
-    unsigned month; ///< 1 to 12
-    unsigned day;   ///< 1 to 31
-};
-
-/// The years are counted from March on, so that the day which not every year has is a year's last one.
-Date dateOf(std::uint64_t daysSince1970) {
-    constexpr unsigned DAYS_OF_400_YEARS = 146097;
-    const std::uint64_t days = daysSince1970 + 719468; // since March 1st of the year 0
-    const auto day = static_cast<unsigned>(days % DAYS_OF_400_YEARS);
-    const unsigned year = (day - day / 1460 + day / 36524 - day / 146096) / 365; // of the 400
-    const unsigned dayOfYear = day - (365 * year + year / 4 - year / 100);
-    const unsigned month = (5 * dayOfYear + 2) / 153; // 0 for March
-    const unsigned inNextYear = month >= 10 ? 1 : 0;
-    return {static_cast<unsigned>(days / DAYS_OF_400_YEARS) * 400 + year + inNextYear, (month + 2) % 12 + 1,
-            dayOfYear - (153 * month + 2) / 5 + 1};
-}
-
 constexpr std::size_t UTC_SECONDS_LENGTH = 19;
 
 void writeUtcSeconds(char* field, std::uint64_t seconds) {
-    constexpr unsigned SECONDS_PER_DAY = 86400;
-    const Date date = dateOf(seconds / SECONDS_PER_DAY);
-    const auto ofDay = static_cast<int>(seconds % SECONDS_PER_DAY);
-    field = writeDigits(field, 4, date.year);
-    field = writeField(field, '-', 2, static_cast<int>(date.month));
-    field = writeField(field, '-', 2, static_cast<int>(date.day));
-    field = writeField(field, 'T', 2, ofDay / 3600);
-    field = writeField(field, ':', 2, ofDay / 60 % 60);
-    writeField(field, ':', 2, ofDay % 60);
+    const Platform::CalendarTime utc = Platform::toCalendarTime(static_cast<std::int64_t>(seconds));
+    field = writeDigits(field, 4, static_cast<unsigned>(utc.year));
+    field = writeField(field, '-', 2, utc.month);
+    field = writeField(field, '-', 2, utc.day);
+    field = writeField(field, 'T', 2, utc.hour);
+    field = writeField(field, ':', 2, utc.minute);
+    writeField(field, ':', 2, utc.second);
 }
 
 /// As for local time, but it has no zone that could change.

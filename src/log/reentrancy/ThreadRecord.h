@@ -26,7 +26,7 @@ struct ThreadRecord {
     bool isConsumer;            ///< logging calls may wait for the thread, which does not wait for loggers
     bool hasEndedRing;          ///< the thread is ending, and gets no other ring
     ThreadContext* context;     ///< the pairs of its messages; null before the first one and at its end
-    std::uint64_t systemId;     ///< the system's id of the thread; 0 if it was not asked for yet in this process
+    std::uint64_t systemId; ///< the system's id of the thread; 0 if it was not asked for yet in this process
 };
 
 /// \return the calling thread's own
