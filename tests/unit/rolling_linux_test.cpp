@@ -138,7 +138,7 @@ TEST(RolledYear, HasAFileForEachHourOrDay) {
                 utimensat(AT_FDCWD, live.c_str(), times, 0);
                 appender = make(directory.path(), {{"rollAt", rollAt}});
             }
-            for (const std::uint64_t second : {0, 3599}) {
+            for (const unsigned second : {0U, 3599U}) {
                 setClock(begin + Time(static_cast<std::uint64_t>(hour) * 3600 + second, SEC));
                 appender->output(makeMessage("line"));
                 expected += formatLogLine(makeMessage("line")) + "\n";
