@@ -60,7 +60,7 @@ int main(int count, char** arguments) {
             dateFile(folder + "/year.log");
             Log::LogManager::init(properties);
         }
-        for (const std::uint64_t half : {0, 1}) {
+        for (const unsigned half : {0U, 1U}) {
             TestSupport::setClock(begin + Time(hour, HOUR) + Time(half * 30, MIN));
             logger.info("number " + std::to_string(2 * hour + half + 1), 0, "");
         }
