@@ -68,7 +68,7 @@ std::string readAll(const LogContent& file) {
     return whole;
 }
 
-void readMachineLines(const Platform::InputFile& file) {
+void readMachineLines(const LogContent& file) {
     LineForm form;
     form.columns = {Log::Column::UTC, Log::Column::LEVEL, Log::Column::PLACE, Log::Column::TEXT};
     for (const LineForm& known : {LineForm(), form}) {
