@@ -10,7 +10,9 @@ try_lnav() {
     HOME=$PWD/home lnav -n -I config \
         -c ';SELECT logger, log_level, count(*) FROM zav_log GROUP BY logger, log_level' -c ':write-csv-to -' \
         logs/* audit/* 2>lnav.err | sed 1d | sort >lnav.counts
-    zav-log cat --count --config "$root/examples/demo.properties" | counts_as_lnav >zav-log.counts
+    # One appender of the demo has a folder that does not exist, which zav-log names.
+    { zav-log cat --count --config "$root/examples/demo.properties" 2>zav-log.err || grep -q "missing" zav-log.err; } |
+        counts_as_lnav >zav-log.counts
     if [ ! -s lnav.counts ] || ! diff zav-log.counts lnav.counts >&2; then
         cat lnav.err >&2
         echo "Failed: lnav counts other records (>) than zav-log cat (<)." >&2
