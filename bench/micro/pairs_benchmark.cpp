@@ -1,4 +1,5 @@
-#include "log/Appender.h"
+#include "IdleAppender.h"
+
 #include "log/LogContext.h"
 #include "log/LogManager.h"
 #include "log/LogValues.h"
@@ -18,14 +19,7 @@
 namespace {
 
 using namespace ZAV::Log;
-
-class IdleAppender : public Appender {
-public:
-    using Appender::Appender;
-
-protected:
-    void doOutput(const LogMessage& message) override { benchmark::DoNotOptimize(&message); }
-};
+using Bench::IdleAppender;
 
 /// A logger with an appender that does nothing.
 class IdleLogger {

@@ -28,14 +28,14 @@ char* writeField(char* field, char separator, std::size_t width, int number) {
     return writeDigits(field + 1, width, static_cast<unsigned>(number));
 }
 
-void writeCalendarTime(char* field, std::uint64_t seconds) {
-    const Platform::CalendarTime local = Platform::toLocalTime(static_cast<std::int64_t>(seconds));
-    field = writeDigits(field, 4, static_cast<unsigned>(local.year));
-    field = writeField(field, '.', 2, local.month);
-    field = writeField(field, '.', 2, local.day);
-    field = writeField(field, ' ', 2, local.hour);
-    field = writeField(field, ':', 2, local.minute);
-    writeField(field, ':', 2, local.second);
+/// \param ofDate stands between the parts of the date, `beforeHour` behind it
+void writeCalendarTime(char* field, const Platform::CalendarTime& time, char ofDate, char beforeHour) {
+    field = writeDigits(field, 4, static_cast<unsigned>(time.year));
+    field = writeField(field, ofDate, 2, time.month);
+    field = writeField(field, ofDate, 2, time.day);
+    field = writeField(field, beforeHour, 2, time.hour);
+    field = writeField(field, ':', 2, time.minute);
+    writeField(field, ':', 2, time.second);
 }
 
 /// The second that this thread rendered last. Many messages share a second, and converting it to local time
@@ -53,7 +53,7 @@ const char* textOfSecond(std::uint64_t seconds) {
     RenderedSecond& last = lastSecond;
     const Platform::TimeZone zone = Platform::currentTimeZone();
     if (!last.isValid || last.seconds != seconds || !(last.zone == zone)) {
-        writeCalendarTime(last.text, seconds);
+        writeCalendarTime(last.text, Platform::toLocalTime(static_cast<std::int64_t>(seconds)), '.', ' ');
         last.seconds = seconds;
         last.zone = zone;
         // Another thread may have changed the zone in the meantime; the text then shows one zone or the other
@@ -64,16 +64,6 @@ const char* textOfSecond(std::uint64_t seconds) {
 }
 
 constexpr std::size_t UTC_SECONDS_LENGTH = 19;
-
-void writeUtcSeconds(char* field, std::uint64_t seconds) {
-    const Platform::CalendarTime utc = Platform::toCalendarTime(static_cast<std::int64_t>(seconds));
-    field = writeDigits(field, 4, static_cast<unsigned>(utc.year));
-    field = writeField(field, '-', 2, utc.month);
-    field = writeField(field, '-', 2, utc.day);
-    field = writeField(field, 'T', 2, utc.hour);
-    field = writeField(field, ':', 2, utc.minute);
-    writeField(field, ':', 2, utc.second);
-}
 
 /// As for local time, but it has no zone that could change.
 struct RenderedUtcSecond {
@@ -90,7 +80,7 @@ char* writeUtc(char* field, Time time) {
     RenderedUtcSecond& last = lastUtcSecond;
     const std::uint64_t seconds = time.microseconds() / MICROSECONDS_PER_SECOND;
     if (!last.isValid || last.seconds != seconds) {
-        writeUtcSeconds(last.text, seconds);
+        writeCalendarTime(last.text, Platform::toCalendarTime(static_cast<std::int64_t>(seconds)), '-', 'T');
         last.seconds = seconds;
         last.isValid = true;
     }
