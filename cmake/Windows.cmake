@@ -3,6 +3,9 @@ if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endif()
 
+# zlib becomes a part of our DLL.
+set(ZLIB_USE_STATIC_LIBS ON)
+
 # The compiler's own run-time libraries, which stand there and in the package as well: exceptions and the standard
 # streams pass between the application and the library, so both must use the same ones.
 set(ZAV_LOG_RUNTIME_DLLS "")

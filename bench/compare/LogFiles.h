@@ -29,6 +29,14 @@ inline FileFormat formatWithValues() {
     return format;
 }
 
+/// The lines of calls with context and values, as JSON.
+inline FileFormat formatAsJson() {
+    FileFormat format;
+    format.pattern = SampleLine::jsonPattern();
+    format.end = "}";
+    return format;
+}
+
 /// Reads a written file and fails if it is not what the calls should have made of it.
 class FileCheck {
 public:

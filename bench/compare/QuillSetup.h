@@ -50,10 +50,11 @@ inline quill::PatternFormatterOptions sampleLayout() {
 }
 
 /// The backend thread and one file, which any number of loggers write to.
+template <typename Sink = quill::FileSink>
 class QuillBackend {
 public:
     QuillBackend(const Task& task, const quill::BackendOptions& options)
-        : sink_(quill::Frontend::create_or_get_sink<quill::FileSink>(task.file())) {
+        : sink_(quill::Frontend::create_or_get_sink<Sink>(task.file(), quill::FileSinkConfig())) {
         quill::Backend::start(options);
     }
     QuillBackend(const QuillBackend&) = delete;

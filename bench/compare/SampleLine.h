@@ -36,6 +36,14 @@ inline std::string patternWithProcess() {
     return std::string(TIME_PATTERN) + PROCESS_PATTERN + MESSAGE_PATTERN;
 }
 
+/// The call with the context request=r1, user=7 and the values order=17, amount=4.25, customer=ACME, as JSON.
+/// Each logger has its own members for what it knows beside these, and numbers in quotes where it has no
+/// others.
+inline std::string jsonPattern() {
+    return R"((?=.*"order": ?"?17\b)(?=.*"amount": ?"?4\.25\b)(?=.*"customer": ?"ACME")(?=.*"request": ?"r1"))"
+           R"((?=.*"user": ?"?7\b)(?=.*order charged)\{.*\})";
+}
+
 /// The name of the logger that all threads share.
 inline std::string sharedLoggerName() {
     return "net.tcp";

@@ -112,8 +112,9 @@ void measureWritingCalls(const Task& task, std::size_t messages, MakeCall makeCa
 }
 
 template <typename MakeCall>
-void measureSynchronous(const Task& task, MakeCall makeCall) {
-    measureWritingCalls(task, SYNCHRONOUS_MESSAGES, makeCall, [&task] { return task.file(); });
+void measureSynchronous(const Task& task, MakeCall makeCall, const FileFormat& format = FileFormat()) {
+    measureWritingCalls(
+        task, SYNCHRONOUS_MESSAGES, makeCall, [&task] { return task.file(); }, format);
 }
 
 /// Waits until a file has grown to a size.
@@ -139,7 +140,8 @@ inline std::size_t lengthOfFirstLine(const std::string& path) {
 /// Calls that hand their message to another thread, which writes it. All lines have the same length, so the
 /// size of the file shows when the last one has arrived, without reads that would slow the writer down.
 template <typename MakeCall>
-void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file) {
+void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file,
+                         const FileFormat& format = FileFormat()) {
     const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);
     std::size_t lineLength = 0;
     double cpuStart = 0;
@@ -153,7 +155,7 @@ void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string&
     const Clock::time_point end = waitForSize(file, calls.total() * task.threads * lineLength);
     const double cpuEnd = cpuNanoseconds();
     const std::size_t peakMemory = peakMemoryKilobytes();
-    FileCheck(file, FileFormat()).expectMessages(calls.total() * task.threads);
+    FileCheck(file, format).expectMessages(calls.total() * task.threads);
     const double messages = static_cast<double>(calls.measured * task.threads);
     printFigure("producer_ns", timing.nanosecondsPerCall);
     printFigure("end_to_end_ns", nanosecondsBetween(timing.start, end) / messages);

@@ -42,6 +42,11 @@ inline Properties asynchronousProperties(const Task& task) {
     return properties;
 }
 
+inline Properties asJson(Properties properties) {
+    properties["appender.file.layout"] = "json";
+    return properties;
+}
+
 /// One write for all lines of a round, instead of one for each.
 inline Properties batchProperties(const Task& task) {
     Properties properties = asynchronousProperties(task);

@@ -9,7 +9,9 @@
 #include <log4cxx/asyncappender.h>
 #include <log4cxx/fileappender.h>
 #include <log4cxx/helpers/pool.h>
+#include <log4cxx/jsonlayout.h>
 #include <log4cxx/logger.h>
+#include <log4cxx/mdc.h>
 #include <log4cxx/patternlayout.h>
 #include <log4cxx/rolling/rollingfileappender.h>
 #include <log4cxx/spi/loggingevent.h>
@@ -48,9 +50,10 @@ void openFile(log4cxx::FileAppender& appender) {
     appender.activateOptions(pool);
 }
 
-log4cxx::AppenderPtr makeFileAppender(const Task& task) {
+log4cxx::AppenderPtr makeFileAppender(const Task& task, const log4cxx::LayoutPtr& layout = makeLayout()) {
     auto appender = std::make_shared<log4cxx::FileAppender>();
     configure(*appender, task);
+    appender->setLayout(layout);
     openFile(*appender);
     return appender;
 }
@@ -114,9 +117,9 @@ void sharedLogger(const Task& task) {
     measureSynchronous(task, callOfSharedLogger);
 }
 
-void attachQueue(const Task& task) {
+void attachQueue(const Task& task, const log4cxx::LayoutPtr& layout = makeLayout()) {
     const auto appender = std::make_shared<log4cxx::AsyncAppender>();
-    appender->addAppender(makeFileAppender(task));
+    appender->addAppender(makeFileAppender(task, layout));
     appender->setBufferSize(static_cast<int>(asynchronousMessages(task)));
     attach(appender);
 }
@@ -133,6 +136,39 @@ void asynchronousOwnLoggers(const Task& task) {
 
 void asynchronousSharedLogger(const Task& task) {
     measureQueue(task, callOfSharedLogger);
+}
+
+struct Request {
+    const log4cxx::MDC request{"request", "r1"};
+    const log4cxx::MDC user{"user", "7"};
+};
+
+/// It has no values of a message: what its JSON is to show as members goes into the thread's context for the
+/// call.
+auto callWithPairs(std::size_t) {
+    return [logger = Logger::getLogger(SampleLine::sharedLoggerName()),
+            request = std::make_unique<const Request>()](std::size_t) {
+        const log4cxx::MDC order("order", std::to_string(17));
+        const log4cxx::MDC amount("amount", "4.25");
+        const log4cxx::MDC customer("customer", "ACME");
+        LOG4CXX_INFO(logger, "order charged");
+    };
+}
+
+log4cxx::LayoutPtr makeJsonLayout() {
+    const auto layout = std::make_shared<log4cxx::JSONLayout>();
+    layout->setLocationInfo(true);
+    return layout;
+}
+
+void json(const Task& task) {
+    attach(makeFileAppender(task, makeJsonLayout()));
+    measureSynchronous(task, callWithPairs, formatAsJson());
+}
+
+void jsonQueue(const Task& task) {
+    attachQueue(task, makeJsonLayout());
+    measureAsynchronous(task, callWithPairs, task.file(), formatAsJson());
 }
 
 class DroppingAppender : public log4cxx::AppenderSkeleton {
@@ -241,6 +277,8 @@ int main(int argc, char** argv) {
                          {"latency-spaced", latency(SPACED)},
                          {"latency-spaced-prompt", latency(SPACED)},
                          {"seldom", seldom},
+                         {"json-sync", json},
+                         {"json-async", jsonQueue},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess}});

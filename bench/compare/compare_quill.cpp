@@ -8,6 +8,7 @@
 
 #include <quill/LogFunctions.h>
 #include <quill/backend/PatternFormatter.h>
+#include <quill/sinks/JsonSink.h>
 
 #include <cstdint>
 #include <string>
@@ -25,7 +26,7 @@ auto formattedCall(quill::Logger* logger) {
 
 template <typename MakeCall>
 void measureRejected(const Task& task, MakeCall makeCall) {
-    const QuillBackend backend(task, byDefault());
+    const QuillBackend<> backend(task, byDefault());
     quill::Logger* accepting = backend.makeLogger(SampleLine::sharedLoggerName());
     const auto logAccepted = [accepting] {
         formattedCall(accepting)(12345);
@@ -54,14 +55,14 @@ void rejectedMacro(const Task& task) {
 }
 
 void burst(const Task& task) {
-    const QuillBackend backend(task, byDefault());
+    const QuillBackend<> backend(task, byDefault());
     quill::Logger* logger = backend.makeLogger(SampleLine::sharedLoggerName());
     measureBurst(
         task, [logger](std::size_t) { return formattedCall(logger); }, task.file());
 }
 
 void burstOwnLoggers(const Task& task) {
-    const QuillBackend backend(task, byDefault());
+    const QuillBackend<> backend(task, byDefault());
     measureBurst(
         task,
         [&backend](std::size_t thread) {
@@ -72,14 +73,14 @@ void burstOwnLoggers(const Task& task) {
 
 Workload latency(const Rhythm& rhythm, quill::BackendOptions (*options)()) {
     return [&rhythm, options](const Task& task) {
-        const QuillBackend backend(task, options());
+        const QuillBackend<> backend(task, options());
         measureLatency(task, rhythm, formattedCall(backend.makeLogger(SampleLine::sharedLoggerName())),
                        task.file());
     };
 }
 
 void seldom(const Task& task) {
-    const QuillBackend backend(task, flushedWhenIdle());
+    const QuillBackend<> backend(task, flushedWhenIdle());
     quill::Logger* logger = backend.makeLogger(SampleLine::sharedLoggerName());
     measureThreadMemory(
         task, [logger](std::size_t) { return formattedCall(logger); }, task.file());
@@ -98,6 +99,19 @@ void rendering(const Task& task) {
     });
 }
 
+/// It has no context: those pairs are values of each call, too.
+void json(const Task& task) {
+    const QuillBackend<quill::JsonFileSink> backend(task, flushedWhenIdle());
+    quill::Logger* logger = backend.makeLogger(SampleLine::sharedLoggerName());
+    const auto makeCall = [logger](std::size_t) {
+        return [logger](std::size_t) {
+            LOG_INFO(logger, "order charged {order} {amount} {customer} {request} {user}", 17, 4.25, "ACME",
+                     "r1", 7);
+        };
+    };
+    measureAsynchronous(task, makeCall, task.file(), formatAsJson());
+}
+
 // A macro of quill shows the place that it stands at.
 // clang-format off
 #line 120 "Socket.cpp"
@@ -105,14 +119,14 @@ auto loggingCall(quill::Logger* logger) { return [logger, text = std::string(Sam
 // clang-format on
 
 void sharedLogger(const Task& task) {
-    const QuillBackend backend(task, flushedWhenIdle());
+    const QuillBackend<> backend(task, flushedWhenIdle());
     quill::Logger* logger = backend.makeLogger(SampleLine::sharedLoggerName());
     measureAsynchronous(
         task, [logger](std::size_t) { return loggingCall(logger); }, task.file());
 }
 
 void ownLoggers(const Task& task) {
-    const QuillBackend backend(task, flushedWhenIdle());
+    const QuillBackend<> backend(task, flushedWhenIdle());
     measureAsynchronous(
         task,
         [&backend](std::size_t thread) {
@@ -129,6 +143,7 @@ int main(int argc, char** argv) {
                          {"rejected-macro", rejectedMacro},
                          {"async-batch-own", ownLoggers},
                          {"async-batch-shared", sharedLogger},
+                         {"json-async-batch", json},
                          {"burst-streamed", burst},
                          {"burst-formatted", burst},
                          {"burst-formatted-own", burstOwnLoggers},

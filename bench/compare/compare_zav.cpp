@@ -5,15 +5,18 @@
 #include "ZavSetup.h"
 
 #include "log/Appender.h"
+#include "log/LogContext.h"
 #include "log/LogFormat.h"
 #include "log/LogLine.h"
 #include "log/LogMacros.h"
 #include "log/LogMessage.h"
+#include "log/LogValues.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -107,6 +110,32 @@ Workload queue(Properties (*properties)(const Task&),
     return [properties, makeCall](const Task& task) {
         const Library library(properties(task));
         measureAsynchronous(task, makeCall, liveFile(task));
+    };
+}
+
+struct Request {
+    const ZAV::Log::LogContext request{"request", "r1"};
+    const ZAV::Log::LogContext user{"user", 7};
+};
+
+/// The context is made once, as for a request of several messages.
+auto callWithPairs(std::size_t) {
+    return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName()),
+            request = std::make_unique<const Request>()](std::size_t) {
+        ZAV_LOGV_INFO(logger, "order charged", "order", 17, "amount", 4.25, "customer", "ACME");
+    };
+}
+
+void json(const Task& task) {
+    const Library library(asJson(fileProperties(task)));
+    measureWritingCalls(
+        task, SYNCHRONOUS_MESSAGES, callWithPairs, [&task] { return liveFile(task); }, formatAsJson());
+}
+
+Workload jsonQueue(Properties (*properties)(const Task&)) {
+    return [properties](const Task& task) {
+        const Library library(asJson(properties(task)));
+        measureAsynchronous(task, callWithPairs, liveFile(task), formatAsJson());
     };
 }
 
@@ -236,6 +265,9 @@ int main(int argc, char** argv) {
                          {"latency-spaced", latency(SPACED, unhurriedProperties)},
                          {"latency-spaced-prompt", latency(SPACED, asynchronousProperties)},
                          {"seldom", seldom},
+                         {"json-sync", json},
+                         {"json-async", jsonQueue(asynchronousProperties)},
+                         {"json-async-batch", jsonQueue(batchProperties)},
                          {"rotation", rotation},
                          {"rendering", rendering},
                          {"rendering-process", renderingWithProcess},

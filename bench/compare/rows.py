@@ -113,6 +113,15 @@ RENDERING = [
     Row("with process and host", figure("rendering-process", 1, "call_ns"), None),
 ]
 
+JSON = [
+    Row("synchronous, every line flushed", figure("json-sync", 1, "message_ns"), None),
+    Row("asynchronous, every line flushed: the producer's call", figure("json-async", 1, "producer_ns"), None),
+    Row("asynchronous, every line flushed: until all lines are in the file", figure("json-async", 1, "end_to_end_ns"), None),
+    Row("asynchronous, many lines flushed at once: the producer's call", figure("json-async-batch", 1, "producer_ns"), None),
+    Row("asynchronous, many lines flushed at once: until all lines are in the file",
+        figure("json-async-batch", 1, "end_to_end_ns"), None),
+]
+
 GROUPS = [
     Group("Rejected call", CALL, REJECTED),
     Group("Nothing written", CALL, DROPPED),
@@ -129,6 +138,7 @@ GROUPS = [
     Group("Asynchronous, values: calls in bursts of 1000, one every 20 ms", CALL, LATENCY_BURSTS),
     Group("Asynchronous, values: one call every 100 us", CALL, LATENCY_SPACED),
     Group("Asynchronous, values: one call every 100 us: the consumer's processor time", "% of one core", [CONSUMER]),
+    Group("A message with two context pairs and three values, as JSON", NS, JSON),
     Group("Rotation every 10 MB over 4 files, every line flushed", NS,
           [Row("1 thread", figure("rotation", 1, "message_ns"), WRITE)]),
     Group("Rendering alone", CALL, RENDERING),
@@ -144,6 +154,8 @@ NO_BATCHES = "flushes every line, or leaves it to the buffer's size and to a clo
 NO_REOPENING = "has no appender that opens its file for every line"
 NO_FORMAT = "has no format strings"
 NO_QUEUE = "has no asynchronous appender"
+NO_JSON = "writes no JSON"
+JSON_WORKLOADS = ["json-sync", "json-async", "json-async-batch"]
 ABSENT = {
     ("glog", "rejected-function"): "has no function for a ready string",
     ("glog", "sync-own"): "has no named loggers",
@@ -168,6 +180,10 @@ ABSENT = {
     **{(logger, workload): NO_FORMAT for logger in ["log4cplus", "log4cxx", "boost"]
        for workload in ["burst-formatted", "burst-formatted-own"]},
     **{("glog", workload): NO_QUEUE for workload in IN_BATCHES},
+    **{(logger, workload): NO_JSON for logger in ["spdlog", "log4cplus", "glog", "boost"] for workload in JSON_WORKLOADS},
+    ("log4cxx", "json-async-batch"): NO_BATCHES,
+    ("quill", "json-sync"): "has no appender that works in the calling thread",
+    ("quill", "json-async"): "flushes no single line without the caller's waiting for it",
     **{(logger, workload): NO_BATCHES for logger in ["spdlog", "log4cplus", "log4cxx", "boost"] for workload in IN_BATCHES},
     **{("quill", workload): "has no appender that works in the calling thread" for workload in ONLY_A_QUEUE},
     **{("quill", workload): "flushes no single line without the caller's waiting for it" for workload in EVERY_LINE},
@@ -209,6 +225,8 @@ def asynchronous_targets():
         yield Target("asynchronous, end to end, " + row.label, row.figure, BEST_OTHER, 0.75)
     for row in BATCH_END_TO_END:
         yield Target("asynchronous, end to end in batches, " + row.label, row.figure, QUILL, 0.45)
+    for row in JSON:
+        yield Target("JSON, " + row.label, row.figure, BEST_OTHER, 1.0)
     for row in PEAK_MEMORY:
         yield Target("asynchronous, peak memory, " + row.label, row.figure, SPDLOG, 0.25)
     yield Target("asynchronous, memory, " + SELDOM.label, SELDOM.figure, Value(4, "KB"), 1.0)

@@ -1,6 +1,6 @@
+#include "IdleAppender.h"
 #include "SampleMessage.h"
 
-#include "log/Appender.h"
 #include "log/LogMacros.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
@@ -12,14 +12,7 @@
 namespace {
 
 using namespace ZAV::Log;
-
-class IdleAppender : public Appender {
-public:
-    using Appender::Appender;
-
-protected:
-    void doOutput(const LogMessage& message) override { benchmark::DoNotOptimize(&message); }
-};
+using Bench::IdleAppender;
 
 /// What lies between a logger and an appender's own work.
 void appenderOutput(benchmark::State& state) {

@@ -1,7 +1,8 @@
 #include "QuoteService.h"
 
+#include "log/LogContext.h"
 #include "log/LogLimits.h"
-#include "log/LogMacros.h"
+#include "log/LogValues.h"
 #include "log/LoggerFactory.h"
 
 #include <chrono>
@@ -9,6 +10,7 @@
 namespace {
 
 ZAV::Log::Logger& feedLogger = ZAV::Log::LoggerFactory::getLogger("quotes.feed");
+ZAV::Log::Logger& orderLogger = ZAV::Log::LoggerFactory::getLogger("quotes.orders");
 
 } // namespace
 
@@ -37,4 +39,15 @@ std::optional<double> QuoteService::lastPriceOf(const std::string& share) const 
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto entry = prices_.find(share);
     return entry == prices_.end() ? std::nullopt : std::optional<double>(entry->second);
+}
+
+bool QuoteService::charge(const std::string& request, const std::string& share, int count) {
+    const ZAV::Log::LogContext context("request", request); // log/LogContext.h
+    const std::optional<double> price = lastPriceOf(share);
+    if (!price) {
+        ZAV_LOGV_ERROR(orderLogger, "no price", "share", share);
+        return false;
+    }
+    ZAV_LOGV_INFO(orderLogger, "order charged", "share", share, "count", count, "amount", count * *price);
+    return true;
 }

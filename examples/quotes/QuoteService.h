@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-/// Keeps the last price of each share, from feeds that send thousands a second. Any thread may use it.
+/// Keeps the last price of each share, from feeds that send thousands a second, and charges for shares. Any
+/// thread may use it.
 class QuoteService {
 public:
     /// Takes a price from a feed. One that cannot be right is refused.
@@ -15,6 +16,11 @@ public:
 
     /// \return the last price of a share, if there was one
     std::optional<double> lastPriceOf(const std::string& share) const;
+
+    /// Charges a customer for shares, at the last price.
+    /// \param request by which the lines about it are found again
+    /// \return whether there is a price
+    bool charge(const std::string& request, const std::string& share, int count);
 
 private:
     std::atomic<int> taken_{0};

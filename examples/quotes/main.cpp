@@ -13,4 +13,5 @@ int main() {
         service.take("v1:north", "ACME", 12.5);
         service.take("v2:south", "ACME", i % 2 == 0 ? 12.75 : -1);
     }
+    service.charge("r1", "ACME", 3);
 }

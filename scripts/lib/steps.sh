@@ -25,5 +25,5 @@ run_tests() {
 # Builds a preset and runs its tests.
 test_preset() {
     build_preset "$1"
-    run_tests "$1" --parallel "$(nproc)"
+    run_tests "$1" --parallel "$((2 * $(nproc)))" # most tests wait for something most of the time
 }

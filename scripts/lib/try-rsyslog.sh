@@ -2,13 +2,14 @@
 
 records=100000
 records_at_once=500
-record_size=87
 records_of_a_file=1990
 
 # Ships records from a node's rsyslog to a central one, while the series rotates, "zav-log follow" is killed again and
 # again, and the node's rsyslog and the central one are restarted. All of it runs in the current folder.
+# \param 1 the layout of the series, \param 2 about how many bytes a record of it has
 try_rsyslog() {
-    local kills=0 rotations=0 restarts=0 missing step steps=$((records / records_at_once)) live=none now port=32514
+    local layout=$1 record_size=$2 kills=0 rotations=0 restarts=0 missing step steps=$((records / records_at_once)) live=none now port=32514
+    export TZ=UTC # as the lines of json, with which the members are compared
     mkdir logs spool node central store
     until is_free "$port"; do
         port=$((port + 1))
@@ -19,7 +20,7 @@ try_rsyslog() {
     start central
     start node
     start_follow
-    coproc writer { exec "$build/tests/operations/zav-log-record-writer" logs $((records_of_a_file * record_size)); }
+    coproc writer { exec "$build/tests/operations/zav-log-record-writer" logs $((records_of_a_file * record_size)) "$layout"; }
     for step in $(seq "$steps"); do
         echo "$records_at_once" >&"${writer[1]}"
         case $((step % 20)) in
@@ -46,9 +47,23 @@ try_rsyslog() {
     wait_for_arrival
     arrived | LC_ALL=C sort >arrived
     missing=$((records - $(uniq arrived | wc -l)))
-    echo "rsyslog: $records records over $rotations rotations; zav-log follow killed and started $kills times," \
+    echo "rsyslog: $records records of the layout $layout over $rotations rotations; zav-log follow killed and started $kills times," \
         "rsyslog stopped and started $restarts times: missing $missing, arrived twice or more $(uniq -d arrived | wc -l)."
     [ "$missing" -eq 0 ]
+    if [ "$layout" = json ]; then
+        compare_members
+    fi
+}
+
+# Each line that was written must have arrived with all its members as they were; its time as the same point in time.
+compare_members() {
+    jq -cS . logs/copy | LC_ALL=C sort >written.members
+    everything | jq -cS 'del(.source) | .time |= (.[:23] + .[26:] | sub("\\+00:00$"; "Z"))' | LC_ALL=C sort -u >arrived.members
+    if ! cmp written.members arrived.members; then
+        echo "Failed: members have changed on the way; see $PWD." >&2
+        return 1
+    fi
+    echo "rsyslog: the members of all of them are those that were written."
 }
 
 # The configuration in integrations/, with this machine's addresses and this folder's paths.
@@ -87,7 +102,7 @@ everything() {
 # The number of each record that has arrived whole, as often as it has.
 arrived() {
     everything |
-        LC_ALL=C sed -nE 's/^\{"time":.*"text":"record ([0-9]{8}) \\"ü\\"\\n\\tsecond line","source":.*\}$/\1/p'
+        LC_ALL=C sed -nE 's/^\{"time":.*"text":"record ([0-9]{8}) \\"ü\\"\\n\\tsecond line",.*"source":.*\}$/\1/p'
 }
 
 # Waits until nothing has arrived for a while, which is shorter if that may be all.

@@ -15,7 +15,7 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-enum Arguments { NO_ARGUMENTS, NAME_AND_VALUE, NAME_AND_REST };
+enum Arguments { NO_ARGUMENTS, NAME_OR_NONE, NAME_AND_VALUE, NAME_AND_REST };
 
 struct Form {
     const char* word;
@@ -24,7 +24,7 @@ struct Form {
     const char* usage;
 };
 
-constexpr std::array<Form, 7> FORMS = {{
+constexpr std::array<Form, 8> FORMS = {{
     {"loggers", ControlRequest::LOGGERS, NO_ARGUMENTS, "loggers"},
     {"appenders", ControlRequest::APPENDERS, NO_ARGUMENTS, "appenders"},
     {"level", ControlRequest::LEVEL, NAME_AND_VALUE, "level LOGGER LEVEL [for TIME]"},
@@ -32,6 +32,7 @@ constexpr std::array<Form, 7> FORMS = {{
     {"command", ControlRequest::COMMAND, NAME_AND_REST, "command NAME [ARGUMENT]"},
     {"statistics", ControlRequest::STATISTICS, NO_ARGUMENTS, "statistics"},
     {"flush", ControlRequest::FLUSH, NO_ARGUMENTS, "flush"},
+    {"reload", ControlRequest::RELOAD, NAME_OR_NONE, "reload [FILE]"},
 }};
 
 const char* const BLANKS = " \t";
@@ -78,7 +79,7 @@ const Form& formOf(const std::string& word) {
     if (form == FORMS.end()) {
         throw std::invalid_argument(
             "There is no request '" + toPrintable(word) +
-            "', but loggers, appenders, level, expiration, command, statistics and flush");
+            "', but loggers, appenders, level, expiration, command, statistics, flush and reload");
     }
     return *form;
 }
@@ -89,7 +90,7 @@ Halves argumentsOf(const Form& form, const std::string& rest) {
         return splitAt(arguments, arguments.find_first_of(BLANKS));
     }
     const std::string arguments = withoutBlanksBefore(withoutBlanksBehind(rest));
-    if (form.arguments == NO_ARGUMENTS) {
+    if (form.arguments == NO_ARGUMENTS || form.arguments == NAME_OR_NONE) {
         return Halves{arguments, std::string()};
     }
     const std::string::size_type lastBlank = arguments.find_last_of(BLANKS);
@@ -101,6 +102,8 @@ bool hasRightNumber(const Form& form, const Halves& arguments) {
     switch (form.arguments) {
     case NO_ARGUMENTS:
         return arguments.first.empty();
+    case NAME_OR_NONE:
+        return true;
     case NAME_AND_VALUE:
         return !arguments.second.empty();
     case NAME_AND_REST:

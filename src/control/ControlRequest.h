@@ -10,10 +10,10 @@ namespace Log {
 /// A request to a running program, as its line says it. Whether it can be carried out is another question.
 class ControlRequest {
 public:
-    enum Kind { LOGGERS, APPENDERS, LEVEL, LEVEL_FOR, EXPIRATION, COMMAND, STATISTICS, FLUSH };
+    enum Kind { LOGGERS, APPENDERS, LEVEL, LEVEL_FOR, EXPIRATION, COMMAND, STATISTICS, FLUSH, RELOAD };
 
-    /// Reads a line: the kind of the request and its arguments, separated by blanks. A logger's name may have
-    /// blanks in it, and the argument of a command is the rest of the line as it is.
+    /// Reads a line: the kind of the request and its arguments, separated by blanks. The name of a logger or
+    /// a file may have blanks in it, and the argument of a command is the rest of the line as it is.
     /// \param line without its end
     /// \throw std::invalid_argument if there is no such request, or if it has too few or too many arguments, or
     ///        a time that is none
@@ -21,7 +21,7 @@ public:
 
     Kind kind() const noexcept { return kind_; }
 
-    /// \return the logger's or the command's name; empty for other requests
+    /// \return the logger's, the command's or the file's name; empty for other requests, and without a file
     const std::string& name() const noexcept { return name_; }
 
     /// \return the level, the minutes or the command's argument, as they stand in the line

@@ -155,7 +155,7 @@ std::string describeStatistics() {
     return "queued " + std::to_string(statistics.queued) + "\ndelivered " +
            std::to_string(statistics.delivered) + "\ndiscarded " + std::to_string(statistics.discarded) +
            "\nfailed " + std::to_string(statistics.failed) + "\nwaiting " +
-           std::to_string(statistics.waiting) + "\n";
+           std::to_string(statistics.waiting) + "\nrecovered " + std::to_string(statistics.recovered) + "\n";
 }
 
 /// \return the lines before the last one
@@ -179,6 +179,9 @@ std::string carryOut(const ControlRequest& request) {
         return issue(request.name(), request.value());
     case ControlRequest::STATISTICS:
         return describeStatistics();
+    case ControlRequest::RELOAD:
+        request.name().empty() ? LogManager::reload() : LogManager::reload(request.name());
+        break;
     case ControlRequest::FLUSH:
         throw std::logic_error("A flush is served by the loop.");
     }

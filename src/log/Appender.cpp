@@ -5,9 +5,11 @@
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "log/commands/CommandBus.h"
+#include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace ZAV {
 namespace Log {
@@ -29,6 +31,7 @@ Appender::Appender(const AppenderOptions& options)
     : Appender(options.name, options.synchronous, options.filters) {}
 
 Appender::~Appender() {
+    FailureNotice::forget(this);
     CommandBus::instance().unregisterListeners(name_);
 }
 
@@ -38,11 +41,17 @@ void Appender::output(const LogMessage& message) {
     }
     try {
         doOutput(message);
+        FailureNotice::noteWritten(this);
     } catch (const LogException& exception) {
+        FailureNotice::noteFailed(this, name_, exception.what());
         FailureReport::deliverFor(message, exception.what());
     } catch (const Platform::ForcedUnwind&) {
         throw; // the thread is being cancelled
+    } catch (const std::exception& exception) {
+        FailureNotice::noteFailed(this, name_, exception.what());
+        FailureReport::deliverFor(message, nullptr);
     } catch (...) {
+        FailureNotice::noteFailed(this, name_, "unknown exception");
         FailureReport::deliverFor(message, nullptr);
     }
 }

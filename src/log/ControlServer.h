@@ -32,6 +32,7 @@ namespace Log {
 /// | `command NAME [ARGUMENT]` | `LogManager::command`; the argument is the rest of the line |
 /// | `statistics` | a line for each of the library's counters: name and value |
 /// | `flush` | `LogManager::flush`, for at most five seconds |
+/// | `reload [FILE]` | `LogManager::reload`; the file as this process finds it |
 ///
 /// The level of an appender that has none is `-`. The seconds are those until the level goes back, if it was
 /// lowered; `-` if it was not, and if it never goes back. A command to which nobody listens is answered by a
@@ -43,7 +44,8 @@ namespace Log {
 ///
 /// A request is carried out in the server's thread, by the calls that the table names. None of them keeps a
 /// logging thread waiting for longer than the same call of the application would, whatever the clients do. A
-/// listener of a command may take its time; the other clients wait meanwhile, and so does the destructor.
+/// listener of a command may take its time, and a `reload` waits for appenders that are busy; the other
+/// clients wait meanwhile, and so does the destructor.
 class ZAV_LOG_CONTROL_API ControlServer {
 public:
     /// \param address on Linux the path of a socket, which is made with the mode 0600. A socket that a crashed

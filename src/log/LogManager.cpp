@@ -6,11 +6,15 @@
 #include "log/appenders/AppenderRegistry.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
+#include "log/lifecycle/Reload.h"
 #include "log/message/FailureCount.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/SubtreeLevel.h"
 #include "platform/CancellationGuard.h"
+#include "platform/CriticalSection.h"
+#include "platform/Files.h"
 #include "zav-util/Properties.h"
 
 #include <utility>
@@ -19,9 +23,33 @@ namespace ZAV {
 namespace Log {
 namespace LogManager {
 
+using Platform::ScopedLock;
+
 namespace {
 
-bool initialised = false;
+/// What `init` has set up.
+struct LifeCycle {
+    /// Held by `init`, `reload` and `finish` from their begin to their end, before any other lock.
+    Platform::CriticalSection lock;
+    bool isInitialised ZAV_LOG_GUARDED_BY(lock) = false;
+    std::string fileName ZAV_LOG_GUARDED_BY(lock);     ///< as it was given to `init`; empty if none was
+    std::string absoluteName ZAV_LOG_GUARDED_BY(lock); ///< of that file
+
+    /// \return the name of the file that was given to `init`: as it was given, so that errors name it so,
+    ///         unless that would be another file by now. Empty if none was given
+    std::string fileOfInit() const ZAV_LOG_REQUIRES(lock) {
+        return Platform::absolutePath(fileName) == absoluteName ? fileName : absoluteName;
+    }
+};
+
+/// Never destroyed, since threads may still be in a call while the process ends.
+LifeCycle& lifeCycle() {
+    static LifeCycle& cycle = *new LifeCycle;
+    return cycle;
+}
+
+/// So that no thread makes it while another one forks.
+const LifeCycle& madeAtLoad = lifeCycle();
 
 void configure(const Util::Properties& properties) {
     LoggerFactory::initLoggers(properties);
@@ -29,27 +57,73 @@ void configure(const Util::Properties& properties) {
         properties, [&properties] { AppenderRegistry::instance().initAppenders(properties); });
 }
 
-} // namespace
-
-bool init(const Util::Properties& properties) {
-    if (initialised) {
+bool initFrom(const Util::Properties& properties, const std::string& fileName) {
+    LifeCycle& cycle = lifeCycle();
+    const ScopedLock lock(cycle.lock);
+    if (cycle.isInitialised) {
         return false;
     }
     try {
         configure(properties);
+        cycle.fileName = fileName;
+        cycle.absoluteName = Platform::absolutePath(fileName);
     } catch (...) {
         finish();
         throw;
     }
-    initialised = true;
+    cycle.isInitialised = true;
     return true;
 }
 
-bool init(const std::string& fileName) {
+Util::Properties readFile(const std::string& fileName) {
     if (fileName.empty()) {
         throw LogException("File name parameter is empty.");
     }
-    return init(Util::Properties(fileName));
+    return Util::Properties(fileName);
+}
+
+/// Changes the configuration to one that a function gives, which is told the file of `init`.
+template <typename Source>
+void reloadFrom(const Source& propertiesOf) {
+    if (LibraryCall::isOpen()) {
+        throw LogException("LogManager::reload must not be called while logging.");
+    }
+    LifeCycle& cycle = lifeCycle();
+    const ScopedLock lock(cycle.lock);
+    if (!cycle.lock.isHeldOnce()) {
+        throw LogException("LogManager::reload must not be called while an appender is made.");
+    }
+    if (!cycle.isInitialised) {
+        throw LogException("The library is not initialised.");
+    }
+    Reload(propertiesOf(cycle.fileOfInit())).run();
+}
+
+} // namespace
+
+bool init(const Util::Properties& properties) {
+    return initFrom(properties, std::string());
+}
+
+bool init(const std::string& fileName) {
+    return initFrom(readFile(fileName), fileName);
+}
+
+void reload(const Util::Properties& properties) {
+    reloadFrom([&properties](const std::string&) { return properties; });
+}
+
+void reload(const std::string& fileName) {
+    reloadFrom([&fileName](const std::string&) { return readFile(fileName); });
+}
+
+void reload() {
+    reloadFrom([](const std::string& fileOfInit) {
+        if (fileOfInit.empty()) {
+            throw LogException("No file was given to init.");
+        }
+        return readFile(fileOfInit);
+    });
 }
 
 void registerAppenderClass(const std::string& className,
@@ -59,10 +133,12 @@ void registerAppenderClass(const std::string& className,
 
 void finish() {
     const Platform::NoCancellation noCancellation; // it must not be left half done
+    LifeCycle& cycle = lifeCycle();
+    const ScopedLock lock(cycle.lock);
     CommandBus::instance().clearCommandListeners();
     AsynchronousDispatcher::instance().finishConfigured();
     AppenderRegistry::instance().destroyAppenders();
-    initialised = false;
+    cycle.isInitialised = false;
 }
 
 bool flush(const Util::TimeUtils::Time& timeout) {

@@ -29,9 +29,9 @@ namespace LogManager {
 
 /// Sets the loggers, the appenders and the asynchronous dispatcher up as the properties say.
 ///
-/// Calls of `init` and `finish` must not overlap; other threads may log meanwhile. A bad value of a logger or
-/// of the dispatcher, or a bad name of a logger, is reported on the standard error stream and leaves its
-/// setting as it was.
+/// Other threads may log meanwhile. Of `init`, `finish` and `reload`, which may be called from any thread,
+/// one waits for the other. A bad value of a logger or of the dispatcher, or a bad name of a logger, is
+/// reported on the standard error stream and leaves its setting as it was.
 /// \return false if the library is set up already; the properties are then ignored
 /// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
 ///        arrives, and a later `init` may succeed.
@@ -43,15 +43,46 @@ ZAV_LOG_API bool init(const Util::Properties& properties);
 ZAV_LOG_API bool init(const std::string& fileName);
 
 /// Makes a class of appenders of the application known to the configuration: "appender.A = KafkaAppender"
-/// then has an appender made by a call of the maker, in the thread that calls `init` and with no lock held.
-/// It is kept to the end of the process and known from the next `init` on.
+/// then has an appender made by a call of the maker, in the thread that calls `init` or `reload` and with no
+/// lock held that another call than these and `finish` takes. It is kept to the end of the process and known
+/// from the next `init` or `reload` on.
 ///
-/// What the maker throws, `init` throws, as for a bad setting.
+/// What the maker throws, `init` or `reload` throws, as for a bad setting.
 /// \param maker returns a new appender, not null, made with the options or a copy of them
 /// \throw LogException if the class has been registered already, or is one of the library's own
 ZAV_LOG_API void
 registerAppenderClass(const std::string& className,
                       std::function<std::unique_ptr<Appender>(const AppenderOptions&)> maker);
+
+/// Changes the library that `init` has set up to another configuration, while the program logs. Afterwards
+/// levels, expirations, appenders and the dispatcher's settings are what a fresh process with that
+/// configuration would have, whatever was set by calls and commands since.
+///
+/// - An appender whose keys are the same stays as it is, with its open file; a level that a command has
+///   lowered goes back. Others are made first, and then change places with the old ones in one step. Each
+///   message goes to the appenders of before or to those of afterwards, and what waits in the queue to those
+///   of before. An appender that is made anew begins as after `init`: a `FileAppender` begins a new file,
+///   when those that leave have written and closed theirs.
+/// - No level passes through another on its way, and no command is issued. Levels of `setLevelFor` end.
+/// - Appenders of the application, command listeners and servers stay.
+/// - A bad value that `init` would report is reported, and leaves its setting as it was before.
+///
+/// It returns when the old appenders have written what was queued for them and are destroyed. It waits for a
+/// call of an appender that is under way, and other threads log meanwhile; only for a moment, in which all
+/// change places, each message waits. Where a synchronous appender takes over the file of an asynchronous
+/// one, the queue is written first.
+/// \throw LogException "LogManager::reload must not be called while logging." from an appender, a filter or a
+///        command listener, "The library is not initialised." without `init`, and whatever `init` would
+///        throw. Nothing has changed then
+ZAV_LOG_API void reload(const Util::Properties& properties);
+
+/// \copydoc reload(const Util::Properties&)
+/// \throw UtilException if the file cannot be read or breaks the format
+ZAV_LOG_API void reload(const std::string& fileName);
+
+/// The same for the file that was given to `init`, wherever the process has gone since.
+/// \throw LogException "No file was given to init.", and what the other ones throw
+ZAV_LOG_API void reload();
 
 /// Takes down what `init` set up: empties the command bus, stops the consumer thread after the round that it
 /// is in, detaches and destroys the appenders. Loggers and their levels stay. It may be called in any state,
@@ -83,7 +114,8 @@ ZAV_LOG_API void addAsynchronousAppender(Appender* appender);
 /// in the queue is not given to it. Only inside an appender or a command listener it does not wait for a call
 /// of the appender that another thread makes.
 ZAV_LOG_API void removeAsynchronousAppender(Appender* appender);
-/// \return the appenders that `init` has set up, in the order of their creation, with their levels at this
+
+/// \return the appenders that `init` or `reload` has set up, in the order of their creation, with their levels at this
 ///         moment. It may be called from anywhere and waits for nobody.
 ZAV_LOG_API std::vector<AppenderStatus> appenders();
 
@@ -95,7 +127,7 @@ ZAV_LOG_API std::vector<AppenderStatus> appenders();
 /// Another call for the same logger takes the place of the first one, with a duration of 0 it ends it. So
 /// does `Logger::setLevel` for the loggers that it sets, and with them for the appenders if the logger of
 /// this call is among them. An expiration of the logger does not. Levels for different loggers add up: the
-/// lowest holds. `finish` changes nothing about it, as it leaves the loggers' levels.
+/// lowest holds. `finish` changes nothing about it, as it leaves the loggers' levels; `reload` ends it.
 ZAV_LOG_API void setLevelFor(Logger& logger, Level::LogLevel level, const Util::TimeUtils::Time& duration);
 
 /// \copydoc setLevelFor

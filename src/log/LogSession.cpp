@@ -1,6 +1,7 @@
 #include "log/LogSession.h"
 
 #include "log/LogManager.h"
+#include "log/commands/FailureNotice.h"
 #include "platform/CancellationGuard.h"
 #include "zav-util/StandardError.h"
 
@@ -9,9 +10,22 @@
 namespace ZAV {
 namespace Log {
 
-LogSession::LogSession(const std::string& fileName) : hasInitialised_(LogManager::init(fileName)) {}
+namespace {
 
-LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(LogManager::init(properties)) {}
+template <typename Configuration>
+bool beginWith(const Configuration& configuration) {
+    const bool hasInitialised = LogManager::init(configuration);
+    if (hasInitialised) {
+        FailureNotice::setWanted(true);
+    }
+    return hasInitialised;
+}
+
+} // namespace
+
+LogSession::LogSession(const std::string& fileName) : hasInitialised_(beginWith(fileName)) {}
+
+LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(beginWith(properties)) {}
 
 LogSession::~LogSession() {
     if (!hasInitialised_) {
@@ -21,6 +35,7 @@ LogSession::~LogSession() {
     try {
         LogManager::flush();
         LogManager::finish();
+        FailureNotice::setWanted(false);
     } catch (const std::exception& exception) {
         Util::writeErrorLine(exception.what());
     }

@@ -21,6 +21,11 @@ namespace Log {
 /// Without a session or `LogManager::init` there is no appender, and nobody sees what the program logs, not
 /// even its errors. A session that finds the library initialised leaves its configuration alone, and ends
 /// nothing.
+///
+/// While one lives that has initialised it, standard error is told of an appender that fails:
+/// "zav-log: appender NAME: REASON", when it fails for the first time, and for the first time after it has
+/// written again. Nothing is said while a listener of the command "EXCEPTION" is registered, which hears of
+/// each message.
 class ZAV_LOG_API LogSession {
 public:
     /// Calls `LogManager::init` with a property file.

@@ -19,13 +19,14 @@ struct LogStatistics {
     /// or shown on the standard error stream when the process ended; and of those that a thread had to put
     /// off, the oldest beyond 10,000.
     std::uint64_t discarded = 0;
-    /// Failures of appenders to write a message, synchronous ones too: each would be a command "EXCEPTION".
+    /// Failures of appenders to write a message, synchronous ones too, or to look after their files: each
+    /// would be a command "EXCEPTION".
     std::uint64_t failed = 0;
     /// Messages that wait in the queue or are being delivered: `queued` is the sum of `delivered`,
     /// `discarded` and this.
     std::uint64_t waiting = 0;
-    /// Messages that earlier processes had left in the file of the queue, and that `LogManager::init` gave to the
-    /// asynchronous appenders. They count as `queued` and as `delivered` too.
+    /// Messages that earlier processes had left in the file of the queue, and that `LogManager::init` gave to
+    /// the asynchronous appenders. They count as `queued` and as `delivered` too.
     std::uint64_t recovered = 0;
 };
 

@@ -116,6 +116,7 @@ private:
     friend bool isListed(const Logger& logger, const Appender* appender);
     friend struct SubtreeLevel;
     friend class SubtreeCapture;
+    friend class TreeChange;
     struct Inside;
 
     Logger(Logger* parent, const std::string& shortName);

@@ -24,10 +24,16 @@ public:
     template <typename... KeysAndValues>
     [[gnu::noinline]] static void log(const Logger& logger, Level::LogLevel level, int line, const char* file,
                                       std::string_view text, const KeysAndValues&... keysAndValues) {
-        static_assert(sizeof...(KeysAndValues) % 2 == 0, "a ZAV_LOGV_ call has a key without a value");
-        static_assert(areKeys<KeysAndValues...>(), "a key of a ZAV_LOGV_ call is a text");
-        const TaggedValue tagged[] = {pairValue(keysAndValues)..., TaggedValue()};
-        logTagged(logger, {file, {}, line, level}, text, tagged, sizeof...(KeysAndValues) / 2);
+        constexpr bool isWhole = sizeof...(KeysAndValues) % 2 == 0;
+        static_assert(isWhole, "a ZAV_LOGV_ call has a key without a value");
+        static_assert(!isWhole || areKeys<KeysAndValues...>(), "a key of a ZAV_LOGV_ call must be a text");
+        if constexpr (isWhole && areKeys<KeysAndValues...>()) {
+            // In one expression, at the end of which go the texts that are made for values.
+            logTagged(
+                logger, {file, {}, line, level}, text,
+                Tagged<sizeof...(KeysAndValues) + 1>{{pairValue(keysAndValues)..., TaggedValue()}}.values,
+                sizeof...(KeysAndValues) / 2);
+        }
     }
 
     /// \param keysAndValues of `count` pairs
@@ -35,6 +41,11 @@ public:
                                       const TaggedValue* keysAndValues, std::size_t count);
 
 private:
+    template <std::size_t COUNT>
+    struct Tagged {
+        TaggedValue values[COUNT];
+    };
+
     template <typename... KeysAndValues>
     static constexpr bool areKeys() {
         constexpr bool areTexts[] = {std::is_convertible_v<const KeysAndValues&, std::string_view>..., true};

@@ -34,7 +34,8 @@ struct TaggedValue {
         FLOAT, ///< as a double, 0.1F would show as "0.10000000149011612"
         CHARACTER,
         BOOLEAN,
-        ADDRESS
+        ADDRESS,
+        NUMBER ///< `size` characters that are a number
     };
 
     TaggedValue() = default;
@@ -59,7 +60,7 @@ struct TaggedValue {
         bool boolean;
         const void* address;
     };
-    std::size_t size = 0; ///< of a `TEXT`; of a `C_STRING` only where it is packed
+    std::size_t size = 0; ///< of a `TEXT` or `NUMBER`; of a `C_STRING` only where it is packed
     Kind kind;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace ZAV {
@@ -18,6 +20,18 @@ bool renameFile(const std::string& from, const std::string& to);
 ///         when the process has gone into another one. An empty path stays, since what is put behind it
 ///         begins with a "/"; and so does one from a folder that the process could not come back to.
 std::string absolutePath(const std::string& folder);
+
+/// What is known of a regular file without opening it.
+struct FileStatus {
+    std::uint64_t size;                  ///< bytes
+    std::optional<unsigned> permissions; ///< none on Windows
+};
+
+/// \return nothing if there is no regular file; a symbolic link is none
+std::optional<FileStatus> lookAtFile(const std::string& path);
+
+/// \return whether anything stands at the path, also a symbolic link that leads nowhere
+bool isTaken(const std::string& path);
 
 /// Deletes a file; directories are left alone.
 /// \return true if the file is gone

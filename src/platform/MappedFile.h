@@ -8,10 +8,10 @@
 namespace ZAV {
 namespace Platform {
 
-/// A file whose content is memory of this process: what is written there stays in the file however the process
-/// ends, but not if the machine loses its power. One process at a time has it; the system takes the right back
-/// when that process is dead, also while children live that were forked from it, which must not use the
-/// memory.
+/// A file whose content is memory of this process: what is written there stays in the file however the
+/// process ends, but not if the machine loses its power. One process at a time has it; the system takes the
+/// right back when that process is dead, also while children live that were forked from it, which must not
+/// use the memory.
 class MappedFile {
 public:
     enum Result {
@@ -26,8 +26,8 @@ public:
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
 
-    /// Opens a regular file of this process's user, or makes one, for that user alone; none may be open. A new
-    /// one is allocated whole under the path with ".new" behind it and then renamed.
+    /// Opens a regular file of this process's user, or makes one, for that user alone; none may be open. A
+    /// new one is allocated whole under the path with ".new" behind it and then renamed.
     /// \param size of a new file in bytes; 0 to make none. One that is there keeps its own.
     /// \param beginning what a new file begins with, before it has its name; zeros follow
     /// \param problem receives the system's word if the result is `FAILED`

@@ -40,6 +40,9 @@ public:
     /// \return how many bytes of the text the system accepted
     std::size_t write(std::string_view text) noexcept;
 
+    /// The same, but every byte is written as it is.
+    std::size_t writeBytes(std::string_view bytes) noexcept;
+
     /// Closes the file, if one is open. A failed write that the system reports only now counts as well.
     void close() noexcept;
 
@@ -51,6 +54,10 @@ public:
 
     /// \return the size of the open file in bytes; 0 if it has none
     std::uint64_t size() const noexcept;
+
+    /// \return when the open file was written last, in microseconds since 1970-01-01 00:00:00 UTC; 0 if the
+    ///         system does not say
+    std::uint64_t lastWritten() const noexcept;
 
     /// \param path leads to the open file
     /// \return whether the open file has a last line without an end; false if it cannot be read

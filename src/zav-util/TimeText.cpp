@@ -1,5 +1,6 @@
 #include "zav-util/TimeText.h"
 
+#include "platform/CivilTime.h"
 #include "platform/LocalTime.h"
 
 #include <cstring>
@@ -27,14 +28,14 @@ char* writeField(char* field, char separator, std::size_t width, int number) {
     return writeDigits(field + 1, width, static_cast<unsigned>(number));
 }
 
-void writeCalendarTime(char* field, std::uint64_t seconds) {
-    const Platform::CalendarTime local = Platform::toLocalTime(static_cast<std::int64_t>(seconds));
-    field = writeDigits(field, 4, static_cast<unsigned>(local.year));
-    field = writeField(field, '.', 2, local.month);
-    field = writeField(field, '.', 2, local.day);
-    field = writeField(field, ' ', 2, local.hour);
-    field = writeField(field, ':', 2, local.minute);
-    writeField(field, ':', 2, local.second);
+/// \param ofDate stands between the parts of the date, `beforeHour` behind it
+void writeCalendarTime(char* field, const Platform::CalendarTime& time, char ofDate, char beforeHour) {
+    field = writeDigits(field, 4, static_cast<unsigned>(time.year));
+    field = writeField(field, ofDate, 2, time.month);
+    field = writeField(field, ofDate, 2, time.day);
+    field = writeField(field, beforeHour, 2, time.hour);
+    field = writeField(field, ':', 2, time.minute);
+    writeField(field, ':', 2, time.second);
 }
 
 /// The second that this thread rendered last. Many messages share a second, and converting it to local time
@@ -52,7 +53,7 @@ const char* textOfSecond(std::uint64_t seconds) {
     RenderedSecond& last = lastSecond;
     const Platform::TimeZone zone = Platform::currentTimeZone();
     if (!last.isValid || last.seconds != seconds || !(last.zone == zone)) {
-        writeCalendarTime(last.text, seconds);
+        writeCalendarTime(last.text, Platform::toLocalTime(static_cast<std::int64_t>(seconds)), '.', ' ');
         last.seconds = seconds;
         last.zone = zone;
         // Another thread may have changed the zone in the meantime; the text then shows one zone or the other
@@ -62,39 +63,7 @@ const char* textOfSecond(std::uint64_t seconds) {
     return last.text;
 }
 
-/// A calendar date of UTC.
-struct Date {
-    unsigned year;
-    unsigned month; ///< 1 to 12
-    unsigned day;   ///< 1 to 31
-};
-
-/// The years are counted from March on, so that the day which not every year has is a year's last one.
-Date dateOf(std::uint64_t daysSince1970) {
-    constexpr unsigned DAYS_OF_400_YEARS = 146097;
-    const std::uint64_t days = daysSince1970 + 719468; // since March 1st of the year 0
-    const auto day = static_cast<unsigned>(days % DAYS_OF_400_YEARS);
-    const unsigned year = (day - day / 1460 + day / 36524 - day / 146096) / 365; // of the 400
-    const unsigned dayOfYear = day - (365 * year + year / 4 - year / 100);
-    const unsigned month = (5 * dayOfYear + 2) / 153; // 0 for March
-    const unsigned inNextYear = month >= 10 ? 1 : 0;
-    return {static_cast<unsigned>(days / DAYS_OF_400_YEARS) * 400 + year + inNextYear, (month + 2) % 12 + 1,
-            dayOfYear - (153 * month + 2) / 5 + 1};
-}
-
 constexpr std::size_t UTC_SECONDS_LENGTH = 19;
-
-void writeUtcSeconds(char* field, std::uint64_t seconds) {
-    constexpr unsigned SECONDS_PER_DAY = 86400;
-    const Date date = dateOf(seconds / SECONDS_PER_DAY);
-    const auto ofDay = static_cast<int>(seconds % SECONDS_PER_DAY);
-    field = writeDigits(field, 4, date.year);
-    field = writeField(field, '-', 2, static_cast<int>(date.month));
-    field = writeField(field, '-', 2, static_cast<int>(date.day));
-    field = writeField(field, 'T', 2, ofDay / 3600);
-    field = writeField(field, ':', 2, ofDay / 60 % 60);
-    writeField(field, ':', 2, ofDay % 60);
-}
 
 /// As for local time, but it has no zone that could change.
 struct RenderedUtcSecond {
@@ -111,7 +80,7 @@ char* writeUtc(char* field, Time time) {
     RenderedUtcSecond& last = lastUtcSecond;
     const std::uint64_t seconds = time.microseconds() / MICROSECONDS_PER_SECOND;
     if (!last.isValid || last.seconds != seconds) {
-        writeUtcSeconds(last.text, seconds);
+        writeCalendarTime(last.text, Platform::toCalendarTime(static_cast<std::int64_t>(seconds)), '-', 'T');
         last.seconds = seconds;
         last.isValid = true;
     }

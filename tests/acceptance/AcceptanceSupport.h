@@ -34,13 +34,23 @@ protected:
     ~Application() override { Log::LogManager::finish(); }
 
     /// \param lines of the property file, in which "DIR" stands for the directory
-    bool init(std::string lines) {
+    bool init(const std::string& lines) {
+        writeProperties(lines);
+        return Log::LogManager::init(directory_ / "app.properties");
+    }
+
+    /// Changes the property file of a running application.
+    void reload(const std::string& lines) const {
+        writeProperties(lines);
+        Log::LogManager::reload();
+    }
+
+    void writeProperties(std::string lines) const {
         const std::string mark = "DIR";
         for (auto at = lines.find(mark); at != std::string::npos; at = lines.find(mark)) {
             lines.replace(at, mark.size(), directory_.path());
         }
         writeFile(directory_ / "app.properties", lines);
-        return Log::LogManager::init(directory_ / "app.properties");
     }
 
     std::vector<std::string> linesOf(const std::string& file) const {

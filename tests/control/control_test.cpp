@@ -154,7 +154,8 @@ TEST_F(Control, CountsAndWritesTheQueue) {
     LoggerFactory::getRootLogger().error("queued", 0, "");
     EXPECT_EQ(client.ask("flush"), "ok\n");
     EXPECT_THAT(TestSupport::readFile(directory_ / "x"), testing::HasSubstr("ERROR queued\n"));
-    EXPECT_EQ(client.ask("statistics"), "queued 1\ndelivered 1\ndiscarded 0\nfailed 0\nwaiting 0\nok\n");
+    EXPECT_EQ(client.ask("statistics"),
+              "queued 1\ndelivered 1\ndiscarded 0\nfailed 0\nwaiting 0\nrecovered 0\nok\n");
 }
 
 TEST_F(Control, TellsTheAppendersAndLowersThemForAWhile) {

@@ -56,6 +56,30 @@ TEST_F(Ctl, AsksARunningProgram) {
     EXPECT_THAT(listener.arguments, testing::ElementsAre("[1,2]", "-x --help"));
 }
 
+TEST_F(Ctl, HasARunningProgramReadItsConfiguration) {
+    const std::string file = directory_ / "app with blank.properties";
+    TestSupport::writeFile(file, "logger.net.level = INFO\n");
+    const ControlServer server(address_);
+    const std::string reload = "\"" + address_ + "\" reload";
+    EXPECT_EQ(ctl(reload), 1);
+    EXPECT_EQ(out() + err(), "The library is not initialised.\n");
+    LogManager::init(file);
+    TestSupport::writeFile(file, "logger.net.level = TRACE\n");
+    EXPECT_EQ(ctl(reload), 0) << err();
+    EXPECT_EQ(out(), "");
+    EXPECT_EQ(LoggerFactory::getLogger("net").getLevel(), Level::TRACE);
+    const std::string other = directory_ / "other.properties";
+    TestSupport::writeFile(other, "logger.net.level = DEBUG\n");
+    EXPECT_EQ(ctl(reload + " \"" + other + "\""), 0) << err();
+    EXPECT_EQ(LoggerFactory::getLogger("net").getLevel(), Level::DEBUG);
+    EXPECT_EQ(ctl(reload + " \"" + file + "\""), 0) << err();
+    EXPECT_EQ(LoggerFactory::getLogger("net").getLevel(), Level::TRACE);
+    TestSupport::writeFile(file, "appender.a = Nothing\n");
+    EXPECT_EQ(ctl(reload), 1);
+    EXPECT_EQ(err(), "No factory registered for appenderName = a, appenderClass = Nothing\n");
+    EXPECT_EQ(LoggerFactory::getLogger("net").getLevel(), Level::TRACE);
+}
+
 TEST_F(Ctl, ExplainTakesTheLevelsOfTheRunningProgram) {
     Util::Properties properties;
     properties["appender.out"] = "StdoutAppender";
@@ -92,7 +116,8 @@ TEST_F(Ctl, TellsWrongUsageBeforeItAsks) {
     const std::string nobody = "\"" + address_ + "\" ";
     for (const char* const request :
          {"", "nonsense", "level root", "level a b DEBUG", "flush now", "command", "command \"two words\"",
-          "level a DEBUG --for ever", "level a DEBUG --for 10fortnights", "flush --for 10min"}) {
+          "level a DEBUG --for ever", "level a DEBUG --for 10fortnights", "flush --for 10min", "reload a b",
+          "reload \"\""}) {
         EXPECT_EQ(ctl(nobody + request), 2) << request;
         EXPECT_THAT(err(), HasSubstr("zav-log: ")) << request;
     }

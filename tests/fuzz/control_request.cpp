@@ -31,7 +31,7 @@ void readRequest(const std::string& line) {
                                 request.kind() == ControlRequest::LEVEL_FOR ||
                                 request.kind() == ControlRequest::EXPIRATION;
         const bool needsName = needsValue || request.kind() == ControlRequest::COMMAND;
-        EXPECT(request.name().empty() != needsName);
+        EXPECT(request.kind() == ControlRequest::RELOAD || request.name().empty() != needsName);
         EXPECT(!needsValue || !request.value().empty());
         EXPECT(request.name().size() + request.value().size() < line.size());
     } catch (const std::invalid_argument& exception) {

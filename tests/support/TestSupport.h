@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <gmock/gmock.h>
 #include <iostream>
 #include <sstream>
@@ -50,6 +51,22 @@ inline std::vector<std::string> textsOf(const Log::LogCapture& capture) {
     }
     return texts;
 }
+
+/// Hears of a command that another thread issues; of the first one.
+class AwaitedCommand : public Log::CommandListener {
+public:
+    void onCommand(const std::string& argument) override {
+        if (!isHeard_) {
+            isHeard_ = true;
+            argument_.set_value(argument);
+        }
+    }
+    std::string await() { return argument_.get_future().get(); }
+
+private:
+    bool isHeard_ = false; ///< commands come one at a time
+    std::promise<std::string> argument_;
+};
 
 /// Keeps the arguments of the commands that it receives.
 class RecordingListener : public Log::CommandListener {

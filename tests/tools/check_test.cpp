@@ -26,6 +26,7 @@ struct Case {
 
 const std::string SERVER = "appender.s = FileAppender\n";
 const std::string CONSOLE = "appender.c = StdoutAppender\n";
+const std::string ROLLED = "appender.r = RollingFileAppender\n";
 const std::string DISPATCHER = "zav.log.AsynchronousDispatcher.";
 
 std::string dots(std::size_t count) {
@@ -73,6 +74,9 @@ const std::vector<Case> CASES = {
     {CONSOLE + "appender.c.layout = fields\nappender.c.fields = utc level text\n" + SERVER +
          "appender.s.layout = json\n",
      {}},
+    {CONSOLE + "appender.c.layout = json\nappender.c.fields = utc level text\n" + SERVER +
+         "appender.s.fields = text\n",
+     {"3 ignored-key", "5 ignored-key"}},
     {"logger.x.level = verbose\nlogger.x.expiration = 5x\n" + DISPATCHER + "priority = high\n" + DISPATCHER +
          "waitingPeriod = 1 2\n" + DISPATCHER + "maxQueueSize = none\n",
      {"1 bad-level", "2 bad-number", "3 bad-number", "4 bad-number", "5 bad-number"}},
@@ -117,7 +121,22 @@ const std::vector<Case> CASES = {
     {SERVER + "appender.s.recovery = -1 secs\n" + CONSOLE + "appender.c.recovery = often\n",
      {"2 unknown-unit", "2 out-of-range", "4 ignored-key"}},
 
+    {ROLLED + "appender.r.rollSize = 5\nappender.r.rollAt = noon\nappender.r.keepFiles = 5 days\n"
+              "appender.r.keepSize = 5 mb\nappender.r.keepTime = 5 days\nappender.r.compress = zip\n"
+              "appender.r.fileNumber = 3\n",
+     {"2 bad-value", "3 bad-value", "4 bad-value", "5 bad-value", "6 bad-value", "7 bad-value",
+      "8 ignored-key"}},
+    {ROLLED +
+         "appender.r.rollSize = 5 MB or so\nappender.r.rollAt = hour\nappender.r.keepFiles = -5\n"
+         "appender.r.keepSize = 17179869184 GB\nappender.r.keepTime = 0 day\nappender.r.compress = gzip\n"
+         "appender.r.recovery = 5 sec\nappender.r.escape = true\n" +
+         SERVER + "appender.s.rollAt = hour\n",
+     {"2 unknown-value", "4 out-of-range", "5 out-of-range", "11 ignored-key"}},
+
     // What lines do to each other.
+    {ROLLED + "appender.t = SimpleFileAppender\nappender.t.file = r.log\n" + SERVER +
+         "appender.s.file = a\nappender.u = RollingFileAppender\nappender.u.file = a3\n",
+     {"2 shared-file", "6 shared-file"}},
     {DISPATCHER + "maxQueueSize = 1\n" + CONSOLE + "appender.c.asynchronous = true\n", {"3 no-queue"}},
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},
     {DISPATCHER + "maxQueueSize = 0\n" + CONSOLE + "appender.c.asynchronous = false\n", {}},
@@ -156,7 +175,7 @@ protected:
 
     static std::vector<Finding> findingsIn(const std::string& content) {
         TestSupport::writeFile(FILE_NAME, content);
-        return checkFile(FILE_NAME);
+        return Checker().check(FILE_NAME);
     }
 
     static std::string textOf(const std::string& content) {
@@ -256,7 +275,7 @@ TEST_F(CheckTest, GuessesNoMoreThanItCanInAMoment) {
 }
 
 TEST_F(CheckTest, SaysThatAFileCannotBeRead) {
-    const std::vector<Finding> findings = checkFile("missing");
+    const std::vector<Finding> findings = Checker().check("missing");
     ASSERT_EQ(1U, findings.size());
     EXPECT_EQ(0U, findings[0].line);
     EXPECT_EQ("unreadable", findings[0].id);

@@ -3,11 +3,13 @@
 #include "filters/TimeBound.h"
 #include "platform/ZoneOffset.h"
 #include "records/CivilTime.h"
+#include "records/JsonLine.h"
 #include "records/LineParser.h"
 #include "records/RecordReader.h"
 #include "records/TimeStamp.h"
 
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -25,8 +27,18 @@ struct Cut {
     std::string whole; ///< all records, with their ends as they were taken
 };
 
-Cut cutInto(const Platform::InputFile& file) {
-    RecordReader reader(file);
+std::string jsonLine(const std::string& time, const std::string& text) {
+    return R"({"time":")" + time + R"(","logger":"net","type":"CFG","thread":1,"text":")" + text + "\"}";
+}
+
+LineForm textForm() {
+    LineForm form;
+    form.hasJson = false;
+    return form;
+}
+
+Cut cutInto(const LogContent& file, const LineForm& form = textForm()) {
+    RecordReader reader(file, 0, form);
     Record record;
     Cut cut;
     while (reader.next(record) || reader.takeRest(record, true)) {
@@ -46,7 +58,7 @@ TEST(RecordReader, CutsWhereABlockEndsAnywhereInARecord) {
         const std::string first = TIME + " a INFO " + std::string(RecordReader::BLOCK - before, 'x');
         const std::string second = TIME + " b INFO c\r\n  " + TIME + "\r\n\r\n" + TIME + "0";
         TestSupport::writeFile(path, first + "\n" + second + "\r\n" + TIME + " c\n" + TIME);
-        Platform::InputFile file;
+        LogContent file;
         std::string problem;
         ASSERT_TRUE(file.open(path, problem)) << problem;
 
@@ -66,7 +78,7 @@ TEST(RecordReader, GivesAVeryLongRecordInPartsThatMakeItUpAgain) {
         content += "\r\nline " + TIME + " of the text";
     }
     TestSupport::writeFile(directory / "long.log", content + "\n" + TIME + " b INFO end\n");
-    Platform::InputFile file;
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(directory / "long.log", problem)) << problem;
 
@@ -223,21 +235,84 @@ TEST(TimeBound, NamesTheSpanThatItsLastNumberIs) {
 TEST(RecordReader, FollowsATimeThatGoesBackAsLongAsItDoes) {
     const TemporaryDirectory directory;
     const std::string path = directory / "back.log";
-    const auto line = [](int second) {
+    const auto lineOf = [](int second) {
         return "2013.05.07 14:03:0" + std::to_string(second) + ":000000 a\nmore\n";
     };
-    TestSupport::writeFile(path,
-                           line(1) + line(9) + line(8) + line(4) + line(5) + line(5) + line(6) + line(2));
-    Platform::InputFile file;
+    const auto jsonOf = [](int second) {
+        return jsonLine("2013-05-07T14:03:0" + std::to_string(second) + ".000Z", "a") + "\n{torn\n";
+    };
+    for (const std::function<std::string(int)>& line : {std::function<std::string(int)>(lineOf), {jsonOf}}) {
+        TestSupport::writeFile(path,
+                               line(1) + line(9) + line(8) + line(4) + line(5) + line(5) + line(6) + line(2));
+        LogContent file;
+        std::string problem;
+        ASSERT_TRUE(file.open(path, problem)) << problem;
+        RecordReader reader(file, 0, LineForm());
+        Record record;
+        std::string lowest;
+        while (reader.next(record)) {
+            lowest += reader.lowestFrom(record.time())[18];
+        }
+        EXPECT_EQ("1444552", lowest);
+    }
+}
+
+TEST(RecordReader, ReadsLinesOfJsonWhereverABlockEnds) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "json.log";
+    Platform::useZone("UTC");
+    for (std::size_t before = 1; before <= 260; before += 13) {
+        const std::string first(RecordReader::BLOCK - before, 'x');
+        TestSupport::writeFile(path, jsonLine("2013-05-07T14:03:27.123Z", first) + "\r\n{torn\r\n\r\n" +
+                                         jsonLine("2013-05-07T16:03:27.123+02:00", "b\\nc") + "\n" + TIME +
+                                         " plain\n" + jsonLine("2013-05-07T14:03:27.123Z", "d"));
+        LogContent file;
+        std::string problem;
+        ASSERT_TRUE(file.open(path, problem)) << problem;
+        const Cut cut = cutInto(file, LineForm());
+        ASSERT_EQ(4u, cut.records.size()) << before;
+        EXPECT_EQ(TIME + " net " + first + "\n{torn\n", cut.records[0]);
+        EXPECT_EQ(TIME + " net b\nc", cut.records[1]);
+        EXPECT_EQ(TIME + " plain", cut.records[2]);
+        EXPECT_EQ(TIME + " net d", cut.records[3]);
+    }
+    const std::string tooLong = jsonLine(
+        "2013-05-07T14:03:27.123Z", std::string(RecordReader::LONGEST_RECORD + RecordReader::BLOCK, 'x'));
+    TestSupport::writeFile(path, jsonLine("2013-05-07T14:03:27.123Z", "a") + "\n" + tooLong + "\n" +
+                                     jsonLine("2013-05-07T14:03:27.123Z", "c") + "\n");
+    LogContent file;
     std::string problem;
     ASSERT_TRUE(file.open(path, problem)) << problem;
-    RecordReader reader(file);
-    Record record;
-    std::string lowest;
-    while (reader.next(record)) {
-        lowest += reader.lowestFrom(record.time())[18];
+    const Cut cut = cutInto(file, LineForm());
+    EXPECT_EQ(TIME + " net a\n" + tooLong + "\n" + TIME + " net c\n", cut.whole);
+    EXPECT_EQ(2u, cut.records.size());
+}
+
+TEST(RecordReader, ReadsAsJsonNothingThatIsNoneOfItsLines) {
+    const auto isRead = [](const std::string& line) { return readJsonLine(line) != nullptr; };
+    const std::string time = R"({"time":"2013-05-07T14:03:27.123Z",)";
+    EXPECT_TRUE(isRead(time + R"("type":"CFG","text":""})"));
+    EXPECT_TRUE(isRead(time + R"("type":"CFG","text":"","other":[{"text":1}],"values":{"a":{"b":[1]}}})"));
+    EXPECT_TRUE(isRead(time + R"("text":"","type":"LOG","level":"INFO"} )"));
+    const auto nested = readJsonLine(time + R"("type":"CFG","text":"t","values":{"a":{"b":[1]},"c":1.50}})");
+    EXPECT_EQ("2013.05.07", nested->shown().substr(0, 10));
+    EXPECT_EQ(" t c=1.50", nested->shown().substr(TIME.size()));
+    for (const char* const rest :
+         {R"("type":"CFG"})", R"("text":""})", R"("type":"LOG","text":""})", R"("type":"log","text":""})",
+          R"("type":"CFG","text":1})", R"("type":"CFG","text":"","line":"1"})",
+          R"("type":"CFG","text":"","line":-1})", R"("type":"CFG","text":"","values":[]})",
+          R"("type":"CFG","text":"","context":"a"})", R"("type":"CFG","text":{}})",
+          R"("type":"LOG","level":"info","text":""})", R"("type":"CFG","text":""}})",
+          R"("type":"CFG","text":"","time":5})", "\"type\":\"CFG\",\"text\":\"\xff\"}", ""}) {
+        EXPECT_FALSE(isRead(time + rest)) << rest;
     }
-    EXPECT_EQ("1444552", lowest);
+    for (const char* const wrong :
+         {"2013-05-07T14:03:27", "2013-05-07 14:03:27Z", "2013-02-30T14:03:27Z", "2013-05-07T24:03:27Z",
+          "2013-05-07T14:03:27.Z", "2013-05-07T14:03:27+2:00", "1969-12-31T23:59:59Z", "2013-05-07", ""}) {
+        EXPECT_FALSE(isRead(jsonLine(wrong, ""))) << wrong;
+    }
+    EXPECT_TRUE(isRead(jsonLine("9999-12-31T23:59:59.999999999Z", "")));
+    EXPECT_TRUE(isRead(jsonLine("1970-01-01T00:00:00Z", "")));
 }
 
 } // namespace

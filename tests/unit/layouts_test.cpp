@@ -106,6 +106,15 @@ TEST(JsonLayout, ShowsTheLastOfEqualKeysAndNumbersThatJsonHas) {
     EXPECT_EQ(line["values"].dump(), R"({"b":"inf","a":"x","c":"nan","d":1e+300,"e":18446744073709551615,)"
                                      R"("f":-0.5,"g":"5"})");
     EXPECT_EQ(line["context"].dump(), R"({"k":"inner"})");
+
+    static constexpr long double HUGE_NUMBER = std::numeric_limits<long double>::max();
+    const LogMessage longs = logged([](Logger& logger) {
+        ZAV_LOGV_INFO(logger, "t", "third", 1.0L / 3, "huge", HUGE_NUMBER, "nan", std::nanl(""));
+    });
+    const std::string text = lineOf(longs, "json");
+    EXPECT_THAT(text, HasSubstr("\"third\":" + longs.getValues()[0].second + ","));
+    EXPECT_EQ(parse(text)["values"]["huge"].is_string(), HUGE_NUMBER > std::numeric_limits<double>::max());
+    EXPECT_EQ(parse(text)["values"]["nan"], "nan");
 }
 
 TEST(JsonLayout, IsOneLineOfValidUtf8WhateverAMessageHolds) {

@@ -3,11 +3,17 @@
 #include "log/AppenderOptions.h"
 #include "log/ConfigurationMessage.h"
 #include "log/LogContext.h"
+#include "log/LogException.h"
 #include "log/LogLine.h"
 #include "log/LogValues.h"
+#include "log/MessageFilter.h"
+#include "log/reentrancy/PutOffMessages.h"
 #include "platform/Threads.h"
 
+#include <boost/make_shared.hpp>
 #include <cmath>
+#include <cstdlib>
+#include <future>
 #include <gmock/gmock.h>
 #include <limits>
 #include <memory>
@@ -16,6 +22,7 @@
 using namespace ZAV::Log;
 using namespace ZAV::TestSupport;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
@@ -108,6 +115,14 @@ TEST_F(LogValues, ShowNumbersInTheShortestFormAndOtherTypesAsTheirText) {
     ZAV_LOGV_ERROR(logger_, "t", "d", 0.1, "f", 0.1F, "third", 1.0 / 3, "huge", 1e300, "inf", HUGE_VAL, "ld",
                    2.5L);
     EXPECT_EQ(message().getText(), "t d=0.1 f=0.1 third=0.3333333333333333 huge=1e+300 inf=inf ld=2.5");
+    for (const long double value : {0.1L, 1.0L / 3, -std::numeric_limits<long double>::max(),
+                                    std::numeric_limits<long double>::min()}) {
+        const LogContext context("l", value);
+        ZAV_LOGV_ERROR(logger_, "t", "l", value, "nothing", nullptr);
+        const std::string text = message().getValues()[0].second;
+        EXPECT_EQ(std::strtold(text.c_str(), nullptr), value) << text;
+        EXPECT_THAT(message().getContext(), ElementsAre(Pair("l", text)));
+    }
 }
 
 TEST_F(LogValues, AreQuotedWhereTheyCouldBeReadWrong) {
@@ -177,6 +192,109 @@ TEST_F(QueuedLogValues, AreTakenWhenTheCallIsMade) {
     EXPECT_EQ(asynchronous_.messages[0].getMessage(), "text");
     EXPECT_THAT(asynchronous_.messages[0].getContext(), ElementsAre(Pair("k", "value")));
     EXPECT_EQ(queued().getThread(), ZAV::Platform::currentThreadId());
+}
+
+TEST_F(LogValues, AreThereForFiltersAndInWhatIsReportedOfAFailedAppender) {
+    struct Filter : MessageFilter {
+        bool accept(const LogMessage& message) override {
+            values.push_back(message.getValues());
+            return true;
+        }
+        std::vector<LogMessage::Pairs> values;
+    };
+    const auto filter = boost::make_shared<Filter>();
+    const auto fails = [](const LogMessage&) { throw LogException("full"); };
+    CallingAppender failing(fails);
+    CallingAppender failingLater(fails, false);
+    RecordingAppender filtered("filtered", true, {filter});
+    RecordingAppender filteredLater("filtered later", false, {filter});
+    RecordingListener reports;
+    LogManager::registerCommandListener("EXCEPTION", &reports);
+    const std::vector<Appender*> appenders = {&failing, &failingLater, &filtered, &filteredLater};
+    for (Appender* const appender : appenders) {
+        logger_.addAppender(appender);
+        if (!appender->isSynchronous()) {
+            LogManager::addAsynchronousAppender(appender);
+        }
+    }
+    ZAV_LOGV_ERROR(logger_, "order charged", "order", 17);
+    EXPECT_EQ(message().getText(), "order charged order=17");
+    const LogMessage::Pairs values = {{"order", "17"}};
+    EXPECT_THAT(filter->values, ElementsAre(values, values));
+    EXPECT_THAT(reports.arguments, ElementsAre(testing::EndsWith(" ERROR order charged order=17"),
+                                               testing::EndsWith(" ERROR order charged order=17")));
+    for (Appender* const appender : appenders) {
+        logger_.removeAppender(appender);
+        LogManager::removeAsynchronousAppender(appender);
+    }
+    LogManager::unregisterCommandListener("EXCEPTION");
+}
+
+/// A listener logs while another thread holds the logger, and too much of it.
+TEST_F(LogValues, GoWithMessagesThatArePutOffAndAreShownOfThoseThatAreDiscarded) {
+    LogManager::init(ZAV::Util::Properties{{"zav.log.AsynchronousDispatcher.maxQueueSize", "-1"}});
+    std::promise<void> entered;
+    std::promise<void> released;
+    CallingAppender holding([&](const LogMessage& message) {
+        if (message.getText() == "held") {
+            entered.set_value();
+            released.get_future().wait();
+        }
+    });
+    logger_.addAppender(&holding);
+    std::thread writer([&] { logger_.error("held"); });
+    entered.get_future().wait();
+    CallingListener listener([&](const std::string&) {
+        const LogContext context("request", "r1");
+        for (int number = 0; number <= PutOffMessages::MOST_OF_A_THREAD; ++number) {
+            ZAV_LOGV_ERROR(logger_, "text", "number", number, "n", "a b");
+        }
+        released.set_value();
+        writer.join();
+    });
+    LogManager::registerCommandListener("X", &listener);
+    const StreamCapture errors(std::cerr);
+    LogManager::command("X", "");
+    LogManager::unregisterCommandListener("X");
+    EXPECT_THAT(errors.text(),
+                testing::EndsWith(" shop " + std::string(__FILE__) + ":" + std::to_string(__LINE__ - 10) +
+                                  " ERROR text number=0 n=\"a b\"\n"));
+    EXPECT_EQ(messages()[1].getText(), "text number=1 n=\"a b\"");
+    EXPECT_THAT(messages()[1].getValues(), ElementsAre(Pair("number", "1"), Pair("n", "a b")));
+    EXPECT_THAT(messages()[1].getContext(), ElementsAre(Pair("request", "r1")));
+    EXPECT_EQ(messages()[1].getThread(), ZAV::Platform::currentThreadId());
+    logger_.removeAppender(&holding);
+    LogManager::finish();
+}
+
+TEST_F(QueuedLogValues, AreShownOfAMessageThatTheFullQueueDiscards) {
+    LogManager::init(ZAV::Util::Properties{{"zav.log.AsynchronousDispatcher.maxQueueSize", "2"}});
+    std::promise<void> entered;
+    std::promise<void> released;
+    CallingAppender holding(
+        [&](const LogMessage& message) {
+            if (message.getText() == "held") {
+                entered.set_value();
+                released.get_future().wait();
+            }
+        },
+        false);
+    logger_.addAppender(&holding);
+    LogManager::addAsynchronousAppender(&holding);
+    logger_.error("held");
+    entered.get_future().wait();
+    {
+        const StreamCapture errors(std::cerr);
+        for (int number = 0; number < 8; ++number) {
+            ZAV_LOGV_ERROR(logger_, "text", "number", number);
+        }
+        EXPECT_THAT(errors.text(), HasSubstr(" ERROR text number=0\n"));
+    }
+    released.set_value();
+    LogManager::flush();
+    logger_.removeAppender(&holding);
+    LogManager::removeAsynchronousAppender(&holding);
+    LogManager::finish();
 }
 
 using LogContextTest = LogValues;

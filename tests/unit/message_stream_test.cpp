@@ -318,7 +318,27 @@ TEST_P(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
     EXPECT_EQ(shown(), "ffff");
 }
 
+/// In one of three processes under Wine the runtime does so in the first thread alone, without the library,
+/// too.
+bool runtimeDestroysWhatThreadsHave() {
+    static std::atomic<int> destroyed{0};
+    struct Probe {
+        bool isUsed = false;
+        ~Probe() { destroyed += isUsed ? 1 : 0; }
+    };
+    for (int i = 0; i < 2; ++i) {
+        std::thread([] {
+            thread_local Probe probe;
+            probe.isUsed = true;
+        }).join();
+    }
+    return destroyed == 2;
+}
+
 TEST_P(StreamedTexts, AreThereUntilAThreadHasEnded) {
+    if (!runtimeDestroysWhatThreadsHave()) {
+        GTEST_SKIP() << "the C++ runtime leaves thread_local objects of this process alone";
+    }
     struct LastWords {
         Logger* logger = nullptr;
         ~LastWords() { ZAV_LOG_AUDIT(*logger, "last words " << 1 << std::setw(2) << 2); }

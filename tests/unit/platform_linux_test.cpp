@@ -3,6 +3,7 @@
 #include "TestSupport.h"
 #include "TimeZone.h"
 
+#include "log/LogContext.h"
 #include "log/appenders/FileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "platform/CriticalSection.h"
@@ -321,6 +322,24 @@ TEST(Process, HasANumberOfItsOwnInAForkedChild) {
               }),
               0);
     EXPECT_EQ(Platform::forkGeneration(), generation);
+}
+
+TEST(Process, HasTheChildsThreadInItsMessagesAfterAForkAndTheParentsContext) {
+    const LogCapture capture(LoggerFactory::getRootLogger(), Level::TRACE, false);
+    const LogContext context("request", "r1");
+    Logger& logger = LoggerFactory::getLogger("forked");
+    logger.error("parent");
+    EXPECT_EQ(resultInChild([&] {
+                  logger.error("child");
+                  const LogMessage message = capture.messages().back();
+                  return message.getThread() == static_cast<std::uint64_t>(getpid()) &&
+                                 message.getContext() == LogMessage::Pairs{{"request", "r1"}}
+                             ? 0
+                             : 1;
+              }),
+              0);
+    logger.error("parent again");
+    EXPECT_EQ(capture.messages().back().getThread(), static_cast<std::uint64_t>(gettid()));
 }
 
 TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {

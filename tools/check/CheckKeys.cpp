@@ -114,7 +114,24 @@ void checkPartner(const Configuration& configuration, const PropertyLine& line, 
     }
     const bool isPair = partner->neededKey != nullptr;
     findings.addWarning(line, isPair ? "lonely-pair" : "ignored-key",
-                        "has no effect without '" + Log::appenderKey(meaning.owner, partner->name) + "'");
+                        "has no effect without '" + Configuration::keyBeside(meaning, partner->name) + "'");
+}
+
+/// Columns that are named beside another layout.
+void checkColumns(const Configuration& configuration, const PropertyLine& line, const KeyMeaning& meaning,
+                  Findings& findings) {
+    if (meaning.row == nullptr || meaning.row->form != Log::ValueForm::COLUMNS) {
+        return;
+    }
+    const DeclaredAppender* const appender = configuration.findAppender(meaning.owner);
+    const PropertyLine* const layout =
+        appender == nullptr ? nullptr : configuration.setting(*appender, Log::AppenderSetting::LAYOUT);
+    const bool isOther = layout != nullptr &&
+                         (layout->value == "plain" || layout->value == "process" || layout->value == "json");
+    if (isOther) {
+        findings.addWarning(line, "ignored-key",
+                            "has no effect beside '" + layout->key + " = " + layout->value + "'");
+    }
 }
 
 } // namespace
@@ -140,6 +157,7 @@ void checkKeys(const Configuration& configuration, Findings& findings) {
                                     " does not read this key");
         } else {
             checkPartner(configuration, line, meaning, findings);
+            checkColumns(configuration, line, meaning, findings);
         }
     }
 }

@@ -2,7 +2,10 @@
 #include "check/KeyTable.h"
 #include "check/Nearest.h"
 #include "config/InitTrial.h"
+#include "log/config/AppenderValues.h"
 #include "log/config/KeyNames.h"
+
+#include <exception>
 
 namespace ZAV {
 namespace Tools {
@@ -24,35 +27,50 @@ const char* idOf(ValueForm form) {
     case ValueForm::COLUMNS:
         return "bad-layout";
     case ValueForm::WHOLE_NUMBER:
+    case ValueForm::BYTE_SIZE:
         return "bad-number";
+    case ValueForm::SIZE_LIMIT:
+    case ValueForm::TIME_LIMIT:
+    case ValueForm::COUNT_LIMIT:
+    case ValueForm::ROLL_MOMENT:
+    case ValueForm::COMPRESSION:
+        return "bad-value";
     default:
         return nullptr;
     }
 }
 
-/// \return a configuration that gives `init` nothing to complain about but one line
-Util::Properties trialOf(const Configuration& configuration, const PropertyLine& line,
-                         const KeyMeaning& meaning) {
+/// \return what `init` says about one line; empty if nothing. An appender is not made for that: it may already find
+///         files of the program's.
+std::string complaintAbout(const Configuration& configuration, const PropertyLine& line,
+                           const KeyMeaning& meaning) {
     Util::Properties trial;
-    if (meaning.row->section == Log::KeySection::APPENDER) {
-        const DeclaredAppender& appender = *configuration.findAppender(meaning.owner);
-        trial[Log::appenderKey(appender.name)] =
-            appender.reader != 0 ? appender.className : Log::AppenderClass::FILE_SERIES;
-        trial[Log::appenderKey(appender.name, Log::AppenderSetting::LEVEL)] = "AUDIT";
-        trial[Log::appenderKey(appender.name, Log::AppenderSetting::LAYOUT)] = "plain";
-        if (configuration.setting(appender, Log::AppenderSetting::FIELDS) != nullptr) {
-            // What it names is the matter of its own line.
-            trial[Log::appenderKey(appender.name, Log::AppenderSetting::FIELDS)] = "text";
-        }
-    }
     trial[line.key] = line.value;
-    return trial;
+    if (meaning.row->section != Log::KeySection::APPENDER) {
+        return complaintOfInit(trial);
+    }
+    if (meaning.row->neededKey != nullptr) {
+        trial[Log::appenderKey(meaning.owner, meaning.row->neededKey)] = "AUDIT"; // a level, as it happens
+    }
+    try {
+        Log::AppenderValues values(meaning.owner);
+        values.read(*meaning.row, trial);
+        // What the columns are is the matter of their own line.
+        if (configuration.file().find(Log::appenderKey(meaning.owner, Log::AppenderSetting::FIELDS)) ==
+            nullptr) {
+            values.requireColumns();
+        }
+    } catch (const std::exception& problem) {
+        return problem.what();
+    }
+    return std::string();
 }
 
 /// \return the word that was probably meant, as a question before the library's own words; empty for numbers
 std::string suggestion(const PropertyLine& line, const Log::ConfigurationKey& row) {
-    const bool isWord =
-        row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE || row.form == ValueForm::LAYOUT;
+    const bool isWord = row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE ||
+                        row.form == ValueForm::LAYOUT || row.form == ValueForm::ROLL_MOMENT ||
+                        row.form == ValueForm::COMPRESSION;
     const std::string guess = isWord ? nearWord(line.value, wordsOf(row)) : std::string();
     return guess.empty() ? guess : "did you mean '" + guess + "'? ";
 }
@@ -63,10 +81,13 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
     for (const PropertyLine& line : configuration.file().lines()) {
         const KeyMeaning meaning = configuration.meaningOf(line.key);
         const char* const id = meaning.kind == KeyMeaning::SETTING ? idOf(meaning.row->form) : nullptr;
-        if (id == nullptr || configuration.missingPartner(meaning) != nullptr) {
+        // The dispatcher reads a key also where that has no effect.
+        const bool isRead = id != nullptr && (meaning.row->section == Log::KeySection::DISPATCHER ||
+                                              configuration.missingPartner(meaning) == nullptr);
+        if (!isRead) {
             continue;
         }
-        const std::string complaint = complaintOfInit(trialOf(configuration, line, meaning));
+        const std::string complaint = complaintAbout(configuration, line, meaning);
         if (!complaint.empty()) {
             findings.addError(line, id, suggestion(line, *meaning.row) + complaint);
         }

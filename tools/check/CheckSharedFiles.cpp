@@ -33,10 +33,10 @@ bool isMember(const std::string& file, const FilePlace& series) {
 }
 
 bool shareAFile(const FilePlace& a, const FilePlace& b) {
-    if (a.kind == b.kind) {
-        return a.path == b.path;
+    if (a.kind == AppenderPlace::SERIES && b.kind != AppenderPlace::SERIES) {
+        return isMember(b.path, a);
     }
-    return a.kind == AppenderPlace::SERIES ? isMember(b.path, a) : isMember(a.path, b);
+    return b.kind == AppenderPlace::SERIES && a.kind != b.kind ? isMember(a.path, b) : a.path == b.path;
 }
 
 } // namespace

@@ -14,7 +14,7 @@ void checkGrammar(const PropertyFile& file, Findings& findings) {
     }
 }
 
-void check(const std::string& fileName, Findings& findings) {
+void checkAll(const std::string& fileName, QueueFilesOfOthers& queueFiles, Findings& findings) {
     const PropertyFile file(fileName);
     checkGrammar(file, findings);
     const Configuration configuration(file);
@@ -24,6 +24,7 @@ void check(const std::string& fileName, Findings& findings) {
     checkRejectedValues(configuration, findings);
     checkMisreadValues(configuration, findings);
     checkQueue(configuration, findings);
+    checkQueueFile(configuration, fileName, queueFiles, findings);
     checkFolders(configuration, findings);
     checkSharedFiles(configuration, findings);
     checkLevels(configuration, findings);
@@ -32,10 +33,10 @@ void check(const std::string& fileName, Findings& findings) {
 
 } // namespace
 
-std::vector<Finding> checkFile(const std::string& fileName) {
+std::vector<Finding> Checker::check(const std::string& fileName) {
     Findings findings;
     try {
-        check(fileName, findings);
+        checkAll(fileName, queueFiles_, findings);
     } catch (const Util::UtilException& exception) {
         findings.add({0, Finding::AN_ERROR, "unreadable", std::string(), exception.what()});
     }

@@ -3,6 +3,9 @@
 #include "check/Configuration.h"
 #include "check/Findings.h"
 
+#include <map>
+#include <string>
+
 namespace ZAV {
 namespace Tools {
 
@@ -25,6 +28,14 @@ void checkMisreadValues(const Configuration& configuration, Findings& findings);
 
 /// A queue without room.
 void checkQueue(const Configuration& configuration, Findings& findings);
+
+/// The queue file that each of the property files checked before has named, and the first of these.
+using QueueFilesOfOthers = std::map<std::string, std::string>;
+
+/// A queue file without a folder, without room, or shared with another program.
+/// \param fileName of the property file
+void checkQueueFile(const Configuration& configuration, const std::string& fileName,
+                    QueueFilesOfOthers& others, Findings& findings);
 
 /// Folders into which a file appender cannot write.
 void checkFolders(const Configuration& configuration, Findings& findings);

@@ -114,10 +114,15 @@ KeyMeaning Configuration::meaningOfAppenderKey(const std::string& key) const {
 
 const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& meaning) const {
     if (meaning.kind != KeyMeaning::SETTING || meaning.row->neededKey == nullptr ||
-        file_.find(Log::appenderKey(meaning.owner, meaning.row->neededKey)) != nullptr) {
+        file_.find(keyBeside(meaning, meaning.row->neededKey)) != nullptr) {
         return nullptr;
     }
     return Log::findKey(meaning.row->section, meaning.row->neededKey);
+}
+
+std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::string& name) {
+    return meaning.row->section == Log::KeySection::APPENDER ? Log::appenderKey(meaning.owner, name)
+                                                             : Log::dispatcherKey(name);
 }
 
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {

@@ -57,6 +57,9 @@ public:
     /// \return the key that a setting needs to have an effect; nullptr if the file has it, or if it needs none
     const Log::ConfigurationKey* missingPartner(const KeyMeaning& meaning) const;
 
+    /// \return the whole key of another setting of the same appender, or of the dispatcher too
+    static std::string keyBeside(const KeyMeaning& meaning, const std::string& name);
+
     /// \return the first line of each logger that a key names and the library accepts
     const std::map<std::string, const PropertyLine*>& loggers() const { return loggers_; }
 

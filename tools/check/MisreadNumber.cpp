@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace ZAV {
 namespace Tools {
@@ -76,6 +77,30 @@ void checkUnsigned(const PropertyLine& line, const ConfigurationKey& row, Findin
     }
 }
 
+std::optional<std::uint64_t> readLimit(const std::string& value, ValueForm form) {
+    if (form == ValueForm::SIZE_LIMIT || form == ValueForm::BYTE_SIZE) {
+        return Log::readSizeLimit(value);
+    }
+    if (form == ValueForm::COUNT_LIMIT) {
+        return Log::readCountLimit(value);
+    }
+    const auto time = Log::readTimeLimit(value);
+    return time ? std::optional<std::uint64_t>(time->microseconds()) : std::nullopt;
+}
+
+/// A value that is none is a finding of its own.
+void checkLimit(const PropertyLine& line, const ConfigurationKey& row, Findings& findings) {
+    const std::optional<std::uint64_t> limit = readLimit(line.value, row.form);
+    const std::string number = Util::split(line.value, ' ').front();
+    if (limit == std::numeric_limits<std::uint64_t>::max()) {
+        warn(findings, line,
+             line.value + " does not fit into 64 bits and counts as the largest number that does");
+    } else if (limit && row.form != ValueForm::BYTE_SIZE && number.front() == '-' &&
+               Log::readLeadingUnsigned(number).value != 0) {
+        warn(findings, line, number + " counts as no limit, like 0");
+    }
+}
+
 template <typename Number>
 void checkEnd(const LeadingNumber<Number>& number, const PropertyLine& line, const ConfigurationKey& row,
               Findings& findings) {
@@ -103,6 +128,11 @@ void checkNumber(const PropertyLine& line, const ConfigurationKey& row, Findings
     case ValueForm::LEADING_UNSIGNED:
         checkEnd(Log::readLeadingUnsigned(line.value), line, row, findings);
         return checkUnsigned(line, row, findings);
+    case ValueForm::SIZE_LIMIT:
+    case ValueForm::BYTE_SIZE:
+    case ValueForm::TIME_LIMIT:
+    case ValueForm::COUNT_LIMIT:
+        return checkLimit(line, row, findings);
     default:
         return;
     }

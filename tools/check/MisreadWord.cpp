@@ -24,6 +24,7 @@ public:
     void checkValue(bool isKnown, const std::string& counts) const;
     void checkChoice(const std::string& counts) const;
     void checkPeriod() const;
+    void checkEnd() const;
 
 private:
     void warn(const std::string& id, const std::string& text) const { findings_.addWarning(line_, id, text); }
@@ -58,6 +59,12 @@ void Words::checkPeriod() const {
     if (words.size() > 1) {
         checkUnit(words[1], Log::readPeriodUnit(words[1]).has_value(), "minutes");
     }
+    checkEnd();
+}
+
+/// Of a number with a unit.
+void Words::checkEnd() const {
+    const std::vector<std::string> words = Util::split(line_.value, ' ');
     if (words.size() > 2) {
         warn("unknown-value", "'" + words[2] + "' and what follows it is not read");
     }
@@ -83,6 +90,10 @@ void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Find
         return words.checkUnit(line.value, Log::readLifetimeUnit(line.value).has_value(), "minutes");
     case ValueForm::PERIOD:
         return words.checkPeriod();
+    case ValueForm::SIZE_LIMIT:
+    case ValueForm::BYTE_SIZE:
+    case ValueForm::TIME_LIMIT:
+        return words.checkEnd();
     default:
         return;
     }

@@ -17,10 +17,11 @@ CheckCommand::CheckCommand(CLI::App& program)
 
 ExitCode CheckCommand::run(Output& output) {
     classes_.registerAll();
+    Checker checker;
     bool hasComplaint = false;
     std::string separator = "[\n";
     for (const std::string& file : files_) {
-        for (const Finding& finding : checkFile(file)) {
+        for (const Finding& finding : checker.check(file)) {
             hasComplaint = hasComplaint || isComplaint(finding);
             output.write(isJson_ ? separator + toJson(file, finding)
                                  : toText(file, finding, color_.isOn()) + '\n');

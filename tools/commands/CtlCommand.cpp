@@ -30,7 +30,9 @@ const char* const REQUESTS =
     "  expiration LOGGER MINUTES  how long a level below WARNING lasts; 0 for ever\n"
     "  command NAME [ARGUMENT]    issue a command\n"
     "  statistics                 the library's counters\n"
-    "  flush                      wait until all that is queued is written";
+    "  flush                      wait until all that is queued is written\n"
+    "  reload [FILE]              change to the configuration of its file, or of another, which\n"
+    "                             is read by the program, from the folder that it is in";
 
 /// Longer than a server gives the silent clients for whom a new one may have to wait, and then the queue.
 constexpr std::chrono::seconds FLUSH_LIMIT(45);
@@ -50,6 +52,9 @@ std::string withPaintedLevel(const std::string& line) {
 /// What was given as one argument must arrive as one.
 void checkThatNameIsWhole(const Log::ControlRequest& request, const std::vector<std::string>& words) {
     const bool hasName = words.size() > 1;
+    if (hasName && words[1].empty()) {
+        throw UsageError("an empty name in '" + words[0] + "'");
+    }
     if (hasName && request.name() != words[1]) {
         throw UsageError("too many arguments, or blanks where there can be none, in '" + words[0] + "'");
     }

@@ -19,6 +19,9 @@ AppenderPlace::Kind kindOf(const std::string& className) {
     if (className == Class::FILE_SERIES) {
         return AppenderPlace::SERIES;
     }
+    if (className == Class::ROLLED_FILE) {
+        return AppenderPlace::ROLLED_FILE;
+    }
     return className == Class::SINGLE_FILE ? AppenderPlace::SINGLE_FILE : AppenderPlace::NO_FILE;
 }
 
@@ -33,7 +36,7 @@ std::string classOf(const std::string& appenderName, const Util::Properties& pro
 /// Only what no value can make fail is read, so that a wrong one elsewhere hides no file.
 AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties) {
     const std::string className = classOf(appenderName, properties);
-    Log::AppenderValues values(appenderName);
+    Log::AppenderValues values(appenderName, Log::readerOfClass(className));
     for (const char* const name :
          {Setting::OSTREAM, Setting::DIR, Setting::FILE_NAME, Setting::FILE_NUMBER}) {
         values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);

@@ -9,12 +9,12 @@ namespace Tools {
 
 /// Where an appender of a configuration writes.
 struct AppenderPlace {
-    enum Kind { NO_FILE, SINGLE_FILE, SERIES };
+    enum Kind { NO_FILE, SINGLE_FILE, SERIES, ROLLED_FILE };
 
     /// \param appenderName an appender that the properties declare
     AppenderPlace(const std::string& appenderName, const Util::Properties& properties);
 
-    /// \return the path of the file, of a series the live one; of a stream its name, as a person calls it; the
+    /// \return the path of the file, of several the live one; of a stream its name, as a person calls it; the
     ///         class of an appender that may write anywhere
     std::string describe() const;
 

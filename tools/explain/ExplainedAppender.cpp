@@ -23,6 +23,11 @@ std::string ExplainedAppender::refusal(const Log::LogMessage& message) const {
     return "its level is " + setting(Log::AppenderSetting::LEVEL);
 }
 
+std::string ExplainedAppender::layout() const {
+    const auto entry = properties_.find(Log::appenderKey(name_, Log::AppenderSetting::LAYOUT));
+    return entry == properties_.end() ? std::string() : entry->second;
+}
+
 std::string ExplainedAppender::setting(const std::string& setting) const {
     return properties_.at(Log::appenderKey(name_, setting));
 }

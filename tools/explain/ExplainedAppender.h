@@ -19,6 +19,9 @@ public:
     const std::string& name() const { return name_; }
     std::string place() const { return place_.describe(); }
 
+    /// \return the layout that the configuration names; empty if it leaves that to the appender's class
+    std::string layout() const;
+
     /// \return why a message is not written; empty if it is
     std::string refusal(const Log::LogMessage& message) const;
 

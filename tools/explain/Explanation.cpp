@@ -1,6 +1,7 @@
 #include "explain/Explanation.h"
 
 #include "Failure.h"
+#include "config/InitTrial.h"
 #include "config/PropertySource.h"
 #include "explain/RunningLevels.h"
 #include "log/LogManager.h"
@@ -29,7 +30,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
 Util::Properties readAndTry(const std::string& fileName) {
     try {
         Util::Properties properties = readProperties(fileName);
-        Log::LogManager::init(properties);
+        Log::LogManager::init(withoutFolders(properties));
         Log::LogManager::finish();
         return properties;
     } catch (const std::exception& exception) {
@@ -67,7 +68,7 @@ std::vector<Route> Explanation::routesOf(const std::string& logger) const {
 
 /// The reason is that of the highest level which is not written: it names what stands next in the way.
 Route Explanation::routeOf(const std::string& logger, const ExplainedAppender& appender) const {
-    Route route{appender.name(), appender.place(), std::nullopt, std::string()};
+    Route route{appender.name(), appender.place(), appender.layout(), std::nullopt, std::string()};
     for (const LogLevel level : levelsOf(type_)) {
         const std::string problem = refusal(appender, logger, level);
         if (problem.empty()) {

@@ -61,9 +61,10 @@ std::string tableText(const Explanation& explanation) {
 std::string routesText(const Explanation& explanation, const std::string& logger) {
     std::string text;
     for (const Route& route : explanation.routesOf(logger)) {
-        const std::string written =
-            route.lowest ? Log::Level::toString(*route.lowest) + " and more severe, written to " + route.place
-                         : "nothing is written";
+        const std::string form = route.layout.empty() ? "" : " as " + route.layout;
+        const std::string written = route.lowest ? Log::Level::toString(*route.lowest) +
+                                                       " and more severe, written to " + route.place + form
+                                                 : "nothing is written";
         text += route.appender + ": " + written + (route.reason.empty() ? "" : ": " + route.reason) + '\n';
     }
     return text;

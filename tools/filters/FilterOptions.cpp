@@ -1,7 +1,10 @@
 #include "filters/FilterOptions.h"
 
+#include "UsageError.h"
 #include "options/LevelName.h"
 #include "zav-util/TimeUtils.h"
+
+#include <cstddef>
 
 namespace ZAV {
 namespace Tools {
@@ -12,6 +15,12 @@ void FilterOptions::addTo(CLI::App& command) {
     command.add_option("--logger", loggers_, "Only this logger and all below it; may be repeated")
         ->allow_extra_args(false)
         ->type_name("NAME");
+    command
+        .add_option("--value", values_,
+                    "Only with this pair among the values or in the context, which lines of the layout json "
+                    "have; may be repeated, for records that have all of them")
+        ->allow_extra_args(false)
+        ->type_name("KEY=TEXT");
     command.add_option("--type", type_, "Only log messages, or only configuration messages")
         ->check(CLI::IsMember({"LOG", "CFG"}))
         ->type_name("LOG|CFG");
@@ -36,6 +45,13 @@ RecordFilter FilterOptions::filter() const {
     }
     for (const std::string& logger : loggers_) {
         filter.allowLogger(logger);
+    }
+    for (const std::string& value : values_) {
+        const std::size_t sign = value.find('=');
+        if (sign == std::string::npos) {
+            throw UsageError("--value: '" + value + "' is no pair: write KEY=TEXT");
+        }
+        filter.requirePair(value.substr(0, sign), value.substr(sign + 1));
     }
     if (!type_.empty()) {
         filter.requireType(type_ == "LOG" ? Log::LOG : Log::CFG);

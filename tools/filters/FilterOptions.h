@@ -9,8 +9,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--type`, `--since`,
-/// `--until`, `--grep` and `--invert`.
+/// The part of a command line that says which records are wanted: `--level`, `--logger`, `--type`, `--value`,
+/// `--since`, `--until`, `--grep` and `--invert`.
 class FilterOptions {
 public:
     void addTo(CLI::App& command);
@@ -21,6 +21,7 @@ public:
 private:
     std::string level_;
     std::vector<std::string> loggers_;
+    std::vector<std::string> values_;
     std::string type_;
     std::string since_;
     std::string until_;

@@ -12,6 +12,12 @@ bool isAtOrBelow(std::string_view logger, const std::string& ancestor) {
     return begins && (logger.size() == ancestor.size() || logger[ancestor.size()] == '.');
 }
 
+bool has(const RecordPairs* pairs, const std::pair<std::string, std::string>& wanted) {
+    return pairs != nullptr && std::any_of(pairs->begin(), pairs->end(), [&wanted](const RecordPair& pair) {
+               return pair.key == wanted.first && pair.text == wanted.second;
+           });
+}
+
 } // namespace
 
 bool RecordFilter::accepts(RecordStream& stream) const {
@@ -24,16 +30,22 @@ bool RecordFilter::meetsAll(RecordStream& stream) const {
     if (!meetsTime(stream)) {
         return false;
     }
-    if (type_ && (!record.hasTime || stream.fields().hasLevel != (*type_ == Log::LOG))) {
-        return false;
-    }
-    if (level_ && (!record.hasTime || (stream.fields().hasLevel && stream.fields().level < *level_))) {
+    if ((type_ || level_) && !(record.hasTime && meetsLevelAndType(stream.fields()))) {
         return false;
     }
     if (!loggers_.empty() && !acceptsLogger(stream.fields().logger)) {
         return false;
     }
+    if (!pairs_.empty() && !hasAllPairs(stream.fields())) {
+        return false;
+    }
     return !pattern_ || pattern_->matches(stream.fields().text);
+}
+
+/// What is not known meets nothing. A configuration message is of the most severe level.
+bool RecordFilter::meetsLevelAndType(const Fields& fields) const {
+    return fields.isTypeKnown && !(type_ && fields.hasLevel != (*type_ == Log::LOG)) &&
+           !(level_ && fields.hasLevel && fields.level < *level_);
 }
 
 std::string RecordFilter::problem() const {
@@ -52,6 +64,12 @@ bool RecordFilter::meetsTime(const RecordStream& stream) const {
 bool RecordFilter::acceptsLogger(std::string_view logger) const {
     return std::any_of(loggers_.begin(), loggers_.end(), [logger](const std::string& allowed) {
         return allowed == "root" || isAtOrBelow(logger, allowed);
+    });
+}
+
+bool RecordFilter::hasAllPairs(const Fields& fields) const {
+    return std::all_of(pairs_.begin(), pairs_.end(), [&fields](const auto& pair) {
+        return has(fields.values, pair) || has(fields.context, pair);
     });
 }
 

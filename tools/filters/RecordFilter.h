@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ZAV {
@@ -24,6 +25,10 @@ public:
     /// With one or more loggers, a record must be of one of them or of a logger below it. "root" stands for
     /// all.
     void allowLogger(const std::string& name) { loggers_.push_back(name); }
+
+    /// The record has that pair among its values or in its context.
+    /// \param text of the value, without quotes
+    void requirePair(const std::string& key, const std::string& text) { pairs_.push_back({key, text}); }
 
     void requireType(Log::MessageType type) { type_ = type; }
     void requireSince(const TimeBound& bound) { since_ = bound; }
@@ -44,11 +49,14 @@ public:
 
 private:
     bool meetsAll(RecordStream& stream) const;
+    bool meetsLevelAndType(const Fields& fields) const;
     bool meetsTime(const RecordStream& stream) const;
     bool acceptsLogger(std::string_view logger) const;
+    bool hasAllPairs(const Fields& fields) const;
 
     std::optional<Log::Level::LogLevel> level_;
     std::vector<std::string> loggers_;
+    std::vector<std::pair<std::string, std::string>> pairs_;
     std::optional<Log::MessageType> type_;
     std::optional<TimeBound> since_;
     std::optional<TimeBound> until_;

@@ -27,14 +27,14 @@ private:
     std::uint64_t value_ = 0xcbf29ce484222325;
 };
 
-void addSample(Hash& hash, const Platform::InputFile& file, std::uint64_t offset, std::size_t size) {
+void addSample(Hash& hash, const LogContent& file, std::uint64_t offset, std::size_t size) {
     std::array<char, SAMPLE> sample;
     std::string ignored;
     const std::int64_t count = file.readAt(offset, sample.data(), size, ignored);
     hash.add(sample.data(), static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
 }
 
-std::uint64_t markBefore(const Platform::InputFile& file, std::uint64_t offset) {
+std::uint64_t markBefore(const LogContent& file, std::uint64_t offset) {
     const std::size_t size = static_cast<std::size_t>(std::min<std::uint64_t>(offset, SAMPLE));
     Hash hash;
     addSample(hash, file, 0, size);
@@ -44,12 +44,12 @@ std::uint64_t markBefore(const Platform::InputFile& file, std::uint64_t offset) 
 
 } // namespace
 
-FilePlace FilePlace::in(const Platform::InputFile& file, std::uint64_t offset) {
+FilePlace FilePlace::in(const LogContent& file, std::uint64_t offset) {
     return FilePlace(file.identity(), offset, markBefore(file, offset));
 }
 
-bool FilePlace::isIn(const Platform::InputFile& file) const {
-    return file.size() >= offset_ && markBefore(file, offset_) == mark_;
+bool FilePlace::isIn(const LogContent& file) const {
+    return (file.isPacked() || file.size() >= offset_) && markBefore(file, offset_) == mark_;
 }
 
 } // namespace Tools

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "inputs/LogContent.h"
 #include "platform/InputFile.h"
 
 #include <cstdint>
@@ -19,10 +20,10 @@ public:
         : identity_(identity), offset_(offset), mark_(mark) {}
 
     /// \return the place at an offset of a file as it is now
-    static FilePlace in(const Platform::InputFile& file, std::uint64_t offset);
+    static FilePlace in(const LogContent& file, std::uint64_t offset);
 
     /// \return true if the file holds before the place what it held then
-    bool isIn(const Platform::InputFile& file) const;
+    bool isIn(const LogContent& file) const;
 
     const Platform::FileIdentity& identity() const { return identity_; }
     std::uint64_t offset() const { return offset_; }

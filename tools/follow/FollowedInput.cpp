@@ -12,6 +12,20 @@ namespace Tools {
 
 namespace {
 
+/// Looks into one after another, the newest first.
+std::vector<LogFile>::iterator findRolledPlace(std::vector<LogFile>& files, const FilePlace& place) {
+    std::string ignored;
+    for (auto file = files.rbegin(); file != files.rend(); ++file) {
+        const bool holds = !file->rolledPath.empty() && place.offset() > 0 && openRolled(*file, ignored) &&
+                           place.isIn(file->file);
+        if (holds) {
+            return std::prev(file.base());
+        }
+        closeRolled(*file);
+    }
+    return files.end();
+}
+
 /// \return the place's file, by its content and, where that is not enough, by its identity; the end if it is not there
 std::vector<LogFile>::iterator findPlace(std::vector<LogFile>& files, const FilePlace& place) {
     const auto isSame = [&place](const LogFile& file) { return file.file.identity() == place.identity(); };
@@ -20,13 +34,18 @@ std::vector<LogFile>::iterator findPlace(std::vector<LogFile>& files, const File
     if (same != files.end() && place.isIn(same->file)) {
         return same;
     }
-    return std::find_if(files.begin(), files.end(), holds);
+    const auto other = std::find_if(files.begin(), files.end(), [&holds](const LogFile& file) {
+        return file.file.isOpen() && holds(file);
+    });
+    return other != files.end() ? other : findRolledPlace(files, place);
 }
 
 std::vector<FilePlace> endsOf(const std::vector<LogFile>& files) {
     std::vector<FilePlace> ends;
     for (const LogFile& file : files) {
-        ends.push_back(FilePlace::in(file.file, file.file.size()));
+        if (file.rolledPath.empty()) {
+            ends.push_back(FilePlace::in(file.file, file.file.size()));
+        }
     }
     return ends;
 }
@@ -67,6 +86,7 @@ void FollowedInput::openFirst(std::vector<std::string>& notices) {
     }
     if (!isStandardInput()) {
         done_ = endsOf(files);
+        leaveOutKnown(files); // none is known yet
     }
     if (resumedPlace_) {
         skipToResumedPlace(files, notices);
@@ -128,21 +148,41 @@ void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
     std::vector<std::string> problems;
     std::vector<LogFile> files = openAll(spec, problems);
     noticeNew(notices, std::move(problems));
-    const Platform::FileIdentity identity = stream_.file()->file.identity();
-    const auto current = std::find_if(files.begin(), files.end(), [&identity](const LogFile& file) {
-        return file.file.identity() == identity;
-    });
     std::vector<FilePlace> ends = endsOf(files);
+    leaveOutKnown(files);
+    const auto current = findCurrent(files);
+    const bool isFound = current != files.end() || !stream_.file()->rolledPath.empty();
     if (current != files.end()) {
         files.erase(files.begin(), std::next(current));
     } else if (kind_ == InputSpec::SERIES) {
         leaveOutDone(files);
-        if (!files.empty()) {
-            warnOfLoss(notices, "files came and went unseen");
-        }
+    }
+    const bool hasMembers =
+        kind_ == InputSpec::SERIES || (!files.empty() && !files.front().rolledPath.empty());
+    if (!isFound && hasMembers && !files.empty()) {
+        warnOfLoss(notices, "files came and went unseen");
     }
     done_ = std::move(ends);
     append(std::move(files));
+}
+
+/// The file that is read may have got a name behind the live one's since the last look, and be packed by now.
+std::vector<LogFile>::iterator FollowedInput::findCurrent(std::vector<LogFile>& files) const {
+    const LogContent& current = stream_.file()->file;
+    const auto found = std::find_if(files.begin(), files.end(), [&current](const LogFile& file) {
+        Platform::FileIdentity identity;
+        const bool isThere = file.file.isOpen() || Platform::identifyFile(file.rolledPath, identity);
+        return isThere && current.identity() == (file.file.isOpen() ? file.file.identity() : identity);
+    });
+    return found != files.end() ? found : findRolledPlace(files, FilePlace::in(current, current.size()));
+}
+
+/// A rolled file is never renamed, so it is known by its name.
+void FollowedInput::leaveOutKnown(std::vector<LogFile>& files) {
+    const auto isKnown = [this](const LogFile& file) {
+        return !file.rolledPath.empty() && !knownRolled_.insert(file.rolledPath).second;
+    };
+    files.erase(std::remove_if(files.begin(), files.end(), isKnown), files.end());
 }
 
 void FollowedInput::leaveOutDone(std::vector<LogFile>& files) const {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,7 +66,9 @@ private:
     void reopenIfCut(std::vector<std::string>& notices);
     bool isCurrentLive() const;
     void appendNewerFiles(std::vector<std::string>& notices);
+    std::vector<LogFile>::iterator findCurrent(std::vector<LogFile>& files) const;
     void leaveOutDone(std::vector<LogFile>& files) const;
+    void leaveOutKnown(std::vector<LogFile>& files);
     void append(std::vector<LogFile> files);
     void noticeNew(std::vector<std::string>& notices, std::vector<std::string> problems);
     std::string livePath() const;
@@ -79,6 +82,8 @@ private:
     std::size_t tailLength_ = 0;
     std::optional<FilePlace> seen_; ///< how far the current file was read at the end of the last round
     std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
+    std::set<std::string>
+        knownRolled_; ///< the paths of the rolled files that were read, left out or given to the stream
     std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;
     std::string readProblem_;

@@ -47,7 +47,7 @@ Window lookBehind(const LogFile& file, std::uint64_t offset, const RecordFilter&
 
 /// A window begins at a whole line: a time amid one is text that the line's writer may have chosen.
 /// \return the begin of the first line at an offset or behind it; the size of the file without one
-std::uint64_t lineFrom(const Platform::InputFile& file, std::uint64_t offset, std::uint64_t size) {
+std::uint64_t lineFrom(const LogContent& file, std::uint64_t offset, std::uint64_t size) {
     std::vector<char> block(RecordReader::BLOCK);
     std::string ignored;
     for (std::uint64_t place = offset - 1; place < size && !Platform::isStopRequested();) {
@@ -66,6 +66,9 @@ std::uint64_t lineFrom(const Platform::InputFile& file, std::uint64_t offset, st
 }
 
 Window findTail(const LogFile& file, const RecordFilter& filter, std::size_t count) {
+    if (file.file.isPacked()) {
+        return lookBehind(file, 0, filter);
+    }
     const std::uint64_t size = file.file.size();
     for (std::uint64_t length = FIRST_WINDOW;; length *= WINDOW_GROWTH) {
         const std::uint64_t offset = size - std::min(size, length);
@@ -82,7 +85,9 @@ Window findTail(const LogFile& file, const RecordFilter& filter, std::size_t cou
 void cutToTail(std::vector<LogFile>& files, const RecordFilter& filter, std::size_t count) {
     for (std::size_t left = files.size(); left > 0; --left) {
         LogFile& file = files[left - 1];
-        const Window window = findTail(file, filter, count);
+        std::string ignored; // told when the file is to be read
+        const Window window = openRolled(file, ignored) ? findTail(file, filter, count) : Window{0, 0};
+        closeRolled(file);
         if (window.wanted >= count) {
             file.offset = window.begin;
             files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(left - 1));

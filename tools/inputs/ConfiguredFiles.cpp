@@ -2,6 +2,9 @@
 
 #include "config/AppenderPlace.h"
 #include "config/PropertySource.h"
+#include "log/LogException.h"
+#include "log/config/AppenderValues.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 
@@ -13,12 +16,38 @@ namespace Tools {
 
 namespace {
 
-InputSpec inputAt(const AppenderPlace& place) {
+/// The layout that the appender has now. Lines of `json` are read as such all the same: it may have had that
+/// before.
+/// \param byClass what holds without the keys
+LineForm formOf(const std::string& appenderName, const Util::Properties& properties, Layout byClass) {
+    Log::AppenderValues values(appenderName);
+    try {
+        for (const char* const name : {Log::AppenderSetting::LAYOUT, Log::AppenderSetting::FIELDS}) {
+            values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);
+        }
+    } catch (const Log::LogException&) {
+        return byClass; // with a value that the library refuses nothing was written
+    }
+    LineForm form(byClass);
+    if (values.layout == Log::LayoutName::FIELDS) {
+        form.columns = values.columns;
+    }
+    if (values.layout) {
+        form.layout = values.layout == Log::LayoutName::PLAIN     ? Layout::PLAIN
+                      : values.layout == Log::LayoutName::PROCESS ? Layout::PROCESS
+                                                                  : Layout::UNKNOWN;
+    }
+    return form;
+}
+
+InputSpec inputAt(const std::string& appenderName, const Util::Properties& properties,
+                  const AppenderPlace& place) {
     const bool isSeries = place.kind == AppenderPlace::SERIES;
     InputSpec input;
     input.path = place.folder + '/' + place.file;
     input.kind = isSeries ? InputSpec::SERIES : InputSpec::FILE;
-    input.layout = isSeries ? Layout::PLAIN : Layout::PROCESS;
+    input.layout = formOf(appenderName, properties,
+                          place.kind == AppenderPlace::SINGLE_FILE ? Layout::PROCESS : Layout::PLAIN);
     input.mayBeMissing = true;
     return input;
 }
@@ -37,7 +66,7 @@ std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
         if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
-        const InputSpec input = inputAt(place);
+        const InputSpec input = inputAt(*name, properties, place);
         const bool isKnown = std::any_of(inputs.begin(), inputs.end(), [&input](const InputSpec& other) {
             return other.path == input.path && other.kind == input.kind;
         });

@@ -3,9 +3,12 @@
 #include "Failure.h"
 #include "UsageError.h"
 #include "inputs/ConfiguredFiles.h"
+#include "log/appenders/RolledFiles.h"
+#include "log/config/ValueReaders.h"
 #include "zav-util/UtilException.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ZAV {
 namespace Tools {
@@ -14,39 +17,75 @@ namespace {
 
 const char* const STANDARD_INPUT = "-";
 
+std::string namesOfColumns() {
+    std::string names;
+    for (const std::string_view name : Log::columnNames()) {
+        names.append(names.empty() ? "" : " ").append(name);
+    }
+    return names;
+}
+
 } // namespace
 
 void InputOptions::addTo(CLI::App& command) {
     command
         .add_option("PATH", paths_,
-                    "A log file, the base name of a rotated series (logs/server.log.), or - for standard "
-                    "input")
+                    "A log file, with those that were rolled away from it, the base name of a rotated series "
+                    "(logs/server.log.), or - for standard input")
         ->type_name("");
     command
         .add_option("--config", configuration_,
                     "Read the files of all file appenders of a property file instead")
         ->type_name("FILE");
-    command.add_option("--layout", layout_, "The layout of all files; otherwise each file shows its own")
-        ->check(CLI::IsMember({"plain", "process"}))
-        ->type_name("plain|process");
+    CLI::Option* const layoutOption = command.add_option(
+        "--layout", layout_, "The layout of all files; otherwise each file shows its own, json too");
+    layoutOption->check(CLI::IsMember({"plain", "process"}))->type_name("plain|process");
+    fieldsOption_ = command.add_option(
+        "--fields", fields_,
+        "The columns of all files of the layout fields, as in their property file: \"utc level text\"");
+    fieldsOption_->excludes(layoutOption)->type_name("NAMES");
 }
 
 std::vector<InputSpec> InputOptions::inputs() const {
     if (paths_.empty() == configuration_.empty()) {
         throw UsageError("give either files to read or --config FILE");
     }
+    const std::optional<LineForm> form = givenForm();
     std::vector<InputSpec> inputs = paths_.empty() ? inputsOfConfiguration() : inputsOfPaths();
-    if (!layout_.empty()) {
+    if (form) {
         for (InputSpec& input : inputs) {
-            input.layout = layout_ == "plain" ? Layout::PLAIN : Layout::PROCESS;
+            input.layout = *form;
         }
     }
     return inputs;
 }
 
+/// \return what the command line says of all files; nothing if it says nothing
+std::optional<LineForm> InputOptions::givenForm() const {
+    LineForm form;
+    if (fieldsOption_->count() > 0) {
+        try {
+            form.columns = Log::readColumns(fields_);
+        } catch (const Util::UtilException&) {
+            throw UsageError("--fields: '" + fields_ + "' are no columns: name some of " + namesOfColumns());
+        }
+        return form;
+    }
+    if (layout_.empty()) {
+        return std::nullopt;
+    }
+    form.layout = layout_ == "plain" ? Layout::PLAIN : Layout::PROCESS;
+    form.hasJson = false;
+    return form;
+}
+
 std::vector<InputSpec> InputOptions::inputsOfPaths() const {
     std::vector<InputSpec> inputs;
+    const std::set<std::string> named(paths_.begin(), paths_.end());
     for (const std::string& path : paths_) {
+        if (named.count(Log::RolledFiles::livePathOf(path)) != 0) {
+            continue; // as when a shell names all files of a folder
+        }
         InputSpec input;
         input.path = path;
         input.mayBeLink = path.empty() || path.back() != '.'; // as the base name of a series ends

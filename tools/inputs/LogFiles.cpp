@@ -1,6 +1,7 @@
 #include "inputs/LogFiles.h"
 
 #include "inputs/PackedFile.h"
+#include "log/appenders/RolledFiles.h"
 #include "platform/DirectoryAccess.h"
 
 #include <algorithm>
@@ -74,11 +75,20 @@ std::string withinFolder(const std::string& path, std::string& problem) {
     return target.string();
 }
 
+/// \param file is open
+/// \return false if it is not for this program to read
+bool isReadable(LogFile& file, std::string& problem) {
+    if (file.file.isQueue()) {
+        file.layout = LineForm(); // its lines have their own
+    }
+    return !isPacked(file, problem);
+}
+
 bool openFound(LogFile& file, std::string& problem) {
     problem.clear();
     const std::string path = withinFolder(file.path, problem);
-    return !path.empty() && file.file.open(path, problem, Platform::InputFile::Links::REFUSED) &&
-           !isPacked(file, problem);
+    return !path.empty() && file.file.open(path, problem, LogContent::Links::REFUSED) &&
+           isReadable(file, problem);
 }
 
 /// A file of that name must neither hide the series nor lead out of its folder: whoever may write there can
@@ -126,7 +136,31 @@ bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
     const bool isOpen = input.kind == InputSpec::STANDARD_INPUT ? file.file.openStandardInput(problem)
                                                                 : file.file.open(file.path, problem);
     file.offset = isOpen && input.kind == InputSpec::STANDARD_INPUT ? file.file.position() : 0;
-    return isOpen && !isPacked(file, problem);
+    return isOpen && isReadable(file, problem);
+}
+
+/// \return the files that were rolled away from the one at a path, the oldest first
+std::vector<LogFile> findRolled(const InputSpec& input) {
+    const Log::RolledFiles series(input.path);
+    std::vector<Log::RolledFile> rolled;
+    std::vector<std::string> parts;
+    series.list(rolled, parts);
+    std::vector<LogFile> files;
+    for (const Log::RolledFile& one : rolled) {
+        LogFile& file = files.emplace_back();
+        file.rolledPath = series.pathOf(one);
+        file.path = file.rolledPath;
+        file.layout = input.layout;
+    }
+    return files;
+}
+
+/// A file that is rolled after it was opened is found once more, under its new name.
+bool isAmongRolled(const std::vector<LogFile>& rolled, const LogFile& live) {
+    return std::any_of(rolled.rbegin(), rolled.rend(), [&live](const LogFile& file) {
+        Platform::FileIdentity identity;
+        return Platform::identifyFile(file.rolledPath, identity) && identity == live.file.identity();
+    });
 }
 
 } // namespace
@@ -169,6 +203,28 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
     return files;
 }
 
+/// The packed file is there before the plain one goes.
+bool openRolled(LogFile& file, std::string& problem) {
+    if (file.file.isOpen()) {
+        return true;
+    }
+    file.path = file.rolledPath;
+    if (openFound(file, problem)) {
+        return true;
+    }
+    if (isThere(file.path)) {
+        return false;
+    }
+    file.path += Log::RolledFiles::PACKED;
+    return openFound(file, problem);
+}
+
+void closeRolled(LogFile& file) {
+    if (!file.rolledPath.empty()) {
+        file.file.close();
+    }
+}
+
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems) {
     std::vector<LogFile> files;
     const std::size_t problemsBefore = problems.size();
@@ -179,9 +235,14 @@ std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& p
         file.path = input.path;
         file.layout = input.layout;
         std::string problem;
-        if (openOne(file, input, problem)) {
+        const bool isOpen = openOne(file, input, problem);
+        if (input.kind != InputSpec::STANDARD_INPUT) {
+            files = findRolled(input);
+        }
+        const bool mayBeMissing = input.mayBeMissing || !files.empty();
+        if (isOpen && !isAmongRolled(files, file)) {
             files.push_back(std::move(file));
-        } else if (!input.mayBeMissing || exists(file.path)) {
+        } else if (!isOpen && (!mayBeMissing || exists(file.path))) {
             problems.push_back(file.path + ": " + problem);
         }
     }

@@ -20,7 +20,8 @@ InputSpec::Kind resolve(const InputSpec& input);
 /// of its folder, and for such a link of the base name
 std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems);
 
-/// Opens all that the input means, the oldest first.
+/// Opens all that the input means, the oldest first; but for the files that were rolled away from one, which
+/// `openRolled` opens.
 /// \param problems receives a line for each file that cannot be read or is packed, for an input that is missing and may
 /// not be, and for the folder of one that may, if that is missing or cannot be read
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems);

@@ -12,23 +12,17 @@ namespace {
 
 using namespace std::literals;
 
-/// What the files of gzip, bzip2, xz, Zstandard, LZ4 and ZIP begin with.
-constexpr std::string_view BEGINNINGS[] = {"\x1f\x8b"sv,
-                                           "BZh"sv,
+/// What the files of bzip2, xz, Zstandard, LZ4 and ZIP begin with.
+constexpr std::string_view BEGINNINGS[] = {"BZh"sv,
                                            "\xfd"
                                            "7zXZ\0"sv,
-                                           "\x28\xb5\x2f\xfd"sv,
-                                           "\x04\x22\x4d\x18"sv,
-                                           "PK\x03\x04"sv};
+                                           "\x28\xb5\x2f\xfd"sv, "\x04\x22\x4d\x18"sv, "PK\x03\x04"sv};
 
-bool endsWith(const std::string& text, std::string_view end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-std::string beginningOf(const Platform::InputFile& file) {
+std::string beginningOf(const LogContent& file) {
     char bytes[8];
     std::string ignored;
-    const std::int64_t count = file.isSeekable() ? file.readAt(0, bytes, sizeof bytes, ignored) : 0;
+    const std::int64_t count =
+        file.isSeekable() && !file.isPacked() ? file.readAt(0, bytes, sizeof bytes, ignored) : 0;
     return std::string(bytes, static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
 }
 
@@ -40,7 +34,7 @@ bool isPacked(const LogFile& file, std::string& problem) {
         std::any_of(std::begin(BEGINNINGS), std::end(BEGINNINGS), [&beginning](std::string_view known) {
             return beginning.compare(0, known.size(), known) == 0;
         });
-    if (!beginsSo && !endsWith(file.path, ".gz")) {
+    if (!beginsSo) {
         return false;
     }
     problem = "Is a packed file; unpack it first, or read what its unpacker writes from standard input";

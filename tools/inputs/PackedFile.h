@@ -7,7 +7,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Tells a file that a packer has made, by its name or by its first bytes: its content is no log until it is
+/// Tells a file that a packer other than gzip has made, by its first bytes: its content is no log until it is
 /// unpacked. A pipe is not looked at.
 /// \param file is open
 /// \param problem receives what to do about it

@@ -10,7 +10,7 @@ namespace Tools {
 
 namespace {
 
-Layout scan(const Platform::InputFile& file) {
+Layout scan(const LogContent& file) {
     RecordReader reader(file);
     Record record;
     while (reader.next(record) || reader.takeRest(record, true)) {
@@ -35,7 +35,7 @@ Layout scanLines(std::string_view lines) {
 
 } // namespace
 
-LayoutDetector::LayoutDetector(const Platform::InputFile& file, Layout given) : file_(file), layout_(given) {}
+LayoutDetector::LayoutDetector(const LogContent& file, Layout given) : file_(file), layout_(given) {}
 
 Layout LayoutDetector::layoutFor(const Record& record, const RecordReader& reader) {
     if (layout_ == Layout::UNKNOWN && !hasScanned_ && file_.isSeekable()) {

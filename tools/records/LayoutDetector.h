@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/InputFile.h"
+#include "inputs/LogContent.h"
 #include "records/Layout.h"
 #include "records/Record.h"
 #include "records/RecordReader.h"
@@ -16,7 +16,7 @@ class LayoutDetector {
 public:
     /// \param file must outlive the detector
     /// \param given a layout that is known beforehand, or `UNKNOWN`
-    LayoutDetector(const Platform::InputFile& file, Layout given);
+    LayoutDetector(const LogContent& file, Layout given);
 
     /// \param record a record of the file; the records of a growing file must come here one after another
     /// \param reader has given the record
@@ -24,7 +24,7 @@ public:
     Layout layoutFor(const Record& record, const RecordReader& reader);
 
 private:
-    const Platform::InputFile& file_;
+    const LogContent& file_;
     Layout layout_;
     bool hasScanned_ = false;
     std::uint64_t scannedTo_ = 0; ///< of a pipe

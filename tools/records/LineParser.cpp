@@ -53,7 +53,45 @@ private:
     std::size_t count_ = 0;
 };
 
-bool findLevel(std::string_view word, Log::Level::LogLevel& level) {
+bool isLevel(std::string_view word) {
+    Log::Level::LogLevel level;
+    return findLevelNamed(word, level);
+}
+
+bool isNumber(std::string_view word) {
+    return !word.empty() && word.size() <= LONGEST_NUMBER &&
+           std::all_of(word.begin(), word.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
+}
+
+/// A location that is there is never empty: a level behind two blanks belongs to a text.
+bool hasLevelBehind(const Words& words, std::size_t logger) {
+    return isLevel(words[logger + 1]) || (!words[logger + 1].empty() && isLevel(words[logger + 2]));
+}
+
+bool hasProcess(const Words& words) {
+    return words.count() > PROCESS_WORDS && isNumber(words[1]);
+}
+
+void parseMessage(const Words& words, std::size_t logger, Fields& fields) {
+    fields.logger = words[logger];
+    fields.hasLevel = findLevelNamed(words[logger + 1], fields.level);
+    if (fields.hasLevel) {
+        fields.text = words.behind(logger + 2);
+        return;
+    }
+    const std::string_view location = words[logger + 1];
+    fields.hasLevel = !location.empty() && findLevelNamed(words[logger + 2], fields.level);
+    if (fields.hasLevel) {
+        parseLocation(location, fields);
+        fields.text = words.behind(logger + 3);
+        return;
+    }
+    fields.text = words.behind(logger + 1);
+}
+
+} // namespace
+
+bool findLevelNamed(std::string_view word, Log::Level::LogLevel& level) {
     struct Named {
         std::string_view name;
         Log::Level::LogLevel level;
@@ -71,25 +109,6 @@ bool findLevel(std::string_view word, Log::Level::LogLevel& level) {
     return false;
 }
 
-bool isLevel(std::string_view word) {
-    Log::Level::LogLevel level;
-    return findLevel(word, level);
-}
-
-bool isNumber(std::string_view word) {
-    return !word.empty() && word.size() <= LONGEST_NUMBER &&
-           std::all_of(word.begin(), word.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
-}
-
-/// A location that is there is never empty: a level behind two blanks belongs to a text.
-bool hasLevelBehind(const Words& words, std::size_t logger) {
-    return isLevel(words[logger + 1]) || (!words[logger + 1].empty() && isLevel(words[logger + 2]));
-}
-
-bool hasProcess(const Words& words) {
-    return words.count() > PROCESS_WORDS && isNumber(words[1]);
-}
-
 void parseLocation(std::string_view location, Fields& fields) {
     const std::size_t colon = location.rfind(':');
     const std::string_view number = colon == std::string_view::npos ? "" : location.substr(colon + 1);
@@ -100,25 +119,6 @@ void parseLocation(std::string_view location, Fields& fields) {
         fields.file = location;
     }
 }
-
-void parseMessage(const Words& words, std::size_t logger, Fields& fields) {
-    fields.logger = words[logger];
-    fields.hasLevel = findLevel(words[logger + 1], fields.level);
-    if (fields.hasLevel) {
-        fields.text = words.behind(logger + 2);
-        return;
-    }
-    const std::string_view location = words[logger + 1];
-    fields.hasLevel = !location.empty() && findLevel(words[logger + 2], fields.level);
-    if (fields.hasLevel) {
-        parseLocation(location, fields);
-        fields.text = words.behind(logger + 3);
-        return;
-    }
-    fields.text = words.behind(logger + 1);
-}
-
-} // namespace
 
 Layout layoutOf(std::string_view line) {
     const Words words(line);

@@ -13,6 +13,12 @@ namespace Tools {
 /// \return `UNKNOWN` if it has no level where one of the layouts puts it
 Layout layoutOf(std::string_view line);
 
+/// \return false if the word is no level
+bool findLevelNamed(std::string_view word, Log::Level::LogLevel& level);
+
+/// Sets file and line of a record from one word, as in "app.cpp:8".
+void parseLocation(std::string_view location, Fields& fields);
+
 /// Takes a record apart.
 /// \param lines a record that begins with a time
 /// \param layout of its file; `UNKNOWN` counts as `PLAIN`

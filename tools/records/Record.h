@@ -1,5 +1,6 @@
 #pragma once
 
+#include "records/MachineRecord.h"
 #include "records/TimeStamp.h"
 
 #include <cstdint>
@@ -8,9 +9,11 @@
 namespace ZAV {
 namespace Tools {
 
-/// A record as it stands in a file: a line with a time and the lines without one that follow it.
+/// A record as it stands in a file: a line with a time and the lines without one that follow it. One of a
+/// layout for machines stands here as `plain` would show it.
 struct Record {
     std::string_view lines; ///< without the last end of line; the others are single line feeds
+    const MachineRecord* machine = nullptr; ///< of what the record is or belongs to; null in the text layouts
     bool hasTime = false;
     /// Belongs to the record before it: the rest of a very long one, or lines that were written later.
     bool isContinuation = false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace ZAV {
 namespace Tools {
@@ -12,10 +13,18 @@ namespace {
 
 constexpr std::size_t LONGEST_HEADER = 4096; // of the line whose beginning is kept for what follows it
 
+LineForm textLines() {
+    LineForm form;
+    form.hasJson = false;
+    return form;
+}
+
 } // namespace
 
-RecordReader::RecordReader(const Platform::InputFile& file, std::uint64_t offset)
-    : file_(file), offset_(offset), buffer_(BLOCK) {}
+RecordReader::RecordReader(const LogContent& file) : RecordReader(file, 0, textLines()) {}
+
+RecordReader::RecordReader(const LogContent& file, std::uint64_t offset, LineForm form)
+    : file_(file), offset_(offset), buffer_(BLOCK), machineLines_(std::move(form)) {}
 
 bool RecordReader::next(Record& record) {
     while (!findEnd()) {
@@ -32,9 +41,12 @@ bool RecordReader::next(Record& record) {
 }
 
 bool RecordReader::takeRest(Record& record, bool withUnfinishedLine) {
-    const bool tornBehindItsTime =
-        line_ != begin_ && startsWithTime(std::string_view(buffer_.data() + line_, end_ - line_));
-    const std::size_t end = withUnfinishedLine && !tornBehindItsTime ? end_ : line_;
+    const std::string_view unfinished(buffer_.data() + line_, end_ - line_);
+    const bool isRecord =
+        withUnfinishedLine && line_ != begin_ &&
+        (startsWithTime(unfinished) ||
+         (machineLines_.mayBegin(unfinished) && machineLines_.read(unfinished, offset_ + line_) != nullptr));
+    const std::size_t end = withUnfinishedLine && !isRecord ? end_ : line_;
     if (end == begin_) {
         return false;
     }
@@ -44,21 +56,42 @@ bool RecordReader::takeRest(Record& record, bool withUnfinishedLine) {
     return true;
 }
 
-/// Goes from line to line until one begins with a time. `line_` is then its begin, and the end of the record.
+/// Goes from line to line until one begins a record. `line_` is then its begin, and the end of the record.
 bool RecordReader::findEnd() {
     for (;;) {
-        const std::string_view ahead(buffer_.data() + line_, end_ - line_);
-        if (line_ != begin_ && startsWithTime(ahead) && ahead.size() > TIME_STAMP_LENGTH) {
+        if (line_ != begin_ && beginsRecord()) {
             return true;
         }
-        const void* lineFeed = std::memchr(buffer_.data() + searched_, '\n', end_ - searched_);
-        if (lineFeed == nullptr) {
-            searched_ = end_;
+        if (!findLineFeed()) {
             return false;
         }
-        line_ = static_cast<std::size_t>(static_cast<const char*>(lineFeed) - buffer_.data()) + 1;
-        searched_ = line_;
+        line_ = ++searched_;
     }
+}
+
+/// Looks for the end of the line at `line_`, where `searched_` is then.
+bool RecordReader::findLineFeed() {
+    const void* lineFeed = std::memchr(buffer_.data() + searched_, '\n', end_ - searched_);
+    searched_ = lineFeed == nullptr
+                    ? end_
+                    : static_cast<std::size_t>(static_cast<const char*>(lineFeed) - buffer_.data());
+    return lineFeed != nullptr;
+}
+
+/// \return whether the line at `line_` does, as far as it has been read. A line for machines has to be whole.
+bool RecordReader::beginsRecord() {
+    const std::string_view ahead(buffer_.data() + line_, end_ - line_);
+    if (startsWithTime(ahead) && ahead.size() > TIME_STAMP_LENGTH) {
+        return true;
+    }
+    return machineLines_.mayBegin(ahead) && findLineFeed() &&
+           machineLines_.read(lineAt(line_), offset_ + line_) != nullptr;
+}
+
+/// \return the line without its end; what was read of it if that is not all
+std::string_view RecordReader::lineAt(std::size_t begin) const {
+    const std::string_view ahead(buffer_.data() + begin, end_ - begin);
+    return ahead.substr(0, ahead.find('\n'));
 }
 
 bool RecordReader::fill() {
@@ -96,8 +129,13 @@ void RecordReader::makeRoom() {
 
 void RecordReader::emit(Record& record, std::size_t end) {
     std::string_view lines(buffer_.data() + begin_, end - begin_);
-    record.hasTime = !isInLine_ && startsWithTime(lines);
+    const bool isMachine = !isInLine_ && takeMachine(lines, offset_ + begin_);
+    record.hasTime = isMachine || (!isInLine_ && startsWithTime(lines));
     record.isContinuation = !record.hasTime && continues_;
+    if (!isMachine && !record.isContinuation) {
+        machine_.reset();
+    }
+    record.machine = machine_.get();
     record.isPart = false;
     record.isCutInLine = false;
     record.end = offset_ + end;
@@ -108,31 +146,65 @@ void RecordReader::emit(Record& record, std::size_t end) {
             lines.remove_suffix(1);
         }
     }
-    record.lines = withoutCarriageReturns(lines);
+    if (isMachine) {
+        const std::size_t first = std::min(lines.find('\n'), lines.size());
+        if (first != lines.size()) {
+            machine_->addLines(withoutCarriageReturns(lines.substr(first + 1)));
+        }
+        record.lines = machine_->shown();
+    } else {
+        record.lines = withoutCarriageReturns(lines);
+    }
     continues_ = false;
     begin_ = end;
     line_ = end;
     searched_ = std::max(searched_, end);
 }
 
+/// \return whether the lines begin with one for machines, which is `machine_` then
+bool RecordReader::takeMachine(std::string_view lines, std::uint64_t offset) {
+    if (!machineLines_.mayBegin(lines)) {
+        return false;
+    }
+    std::shared_ptr<MachineRecord> machine = machineLines_.take(lines.substr(0, lines.find('\n')), offset);
+    if (machine == nullptr) {
+        return false;
+    }
+    machine_ = std::move(machine);
+    return true;
+}
+
+/// \return the time of a line in the buffer; empty if it has none
+std::string_view RecordReader::timeAt(std::size_t line) {
+    const std::string_view ahead(buffer_.data() + line, end_ - line);
+    if (machineLines_.mayBegin(ahead)) {
+        const std::shared_ptr<MachineRecord> machine = machineLines_.read(lineAt(line), offset_ + line);
+        if (machine != nullptr) {
+            return machine->time(); // which is known for longer than this function lasts
+        }
+    }
+    return startsWithTime(ahead) ? ahead.substr(0, TIME_STAMP_LENGTH) : std::string_view();
+}
+
 std::string_view RecordReader::lowestFrom(std::string_view time) {
-    if (ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // as a rule
+    const bool isText = !machineLines_.mayBegin(ahead());
+    if (isText && ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // as a rule
         return time;
     }
     if (offset_ + begin_ <= lowest_) { // within the run of falling times that an earlier record has begun
-        return std::string_view(buffer_.data() + (lowest_ - offset_), TIME_STAMP_LENGTH);
+        return lowestTime_;
     }
     std::string_view lowest = time;
-    for (std::size_t line = begin_; line < end_;) {
-        const std::string_view ahead(buffer_.data() + line, end_ - line);
-        if (startsWithTime(ahead)) {
-            if (ahead.substr(0, TIME_STAMP_LENGTH) >= lowest) {
-                break;
-            }
-            lowest = ahead.substr(0, TIME_STAMP_LENGTH);
+    for (std::size_t line = begin_; line < end_; line += lineAt(line).size() + 1) {
+        const std::string_view next = timeAt(line);
+        if (!next.empty() && next >= lowest) {
+            break;
+        }
+        if (!next.empty()) {
+            lowestTime_ = next;
+            lowest = lowestTime_;
             lowest_ = offset_ + line;
         }
-        line += std::min(ahead.find('\n'), ahead.size() - 1) + 1;
     }
     return lowest;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "platform/InputFile.h"
+#include "inputs/LogContent.h"
+#include "records/MachineLines.h"
 #include "records/Record.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,11 +19,15 @@ namespace Tools {
 class RecordReader {
 public:
     static constexpr std::size_t BLOCK = 128 * 1024;
-    static constexpr std::size_t LONGEST_RECORD = 4 * 1024 * 1024;
+    static constexpr std::size_t LONGEST_RECORD = MachineLines::LONGEST;
+
+    /// Reads lines of the text layouts.
+    /// \param file must outlive the reader
+    explicit RecordReader(const LogContent& file);
 
     /// \param file must outlive the reader
     /// \param offset where to begin
-    explicit RecordReader(const Platform::InputFile& file, std::uint64_t offset = 0);
+    RecordReader(const LogContent& file, std::uint64_t offset, LineForm form);
 
     /// Gives the next record that another one follows.
     /// \param record is valid until the next call
@@ -63,14 +69,19 @@ public:
 
 private:
     bool findEnd();
+    bool findLineFeed();
+    bool beginsRecord();
+    std::string_view lineAt(std::size_t begin) const;
     bool fill();
     void makeRoom();
     void emit(Record& record, std::size_t end);
     void emitPart(Record& record);
+    bool takeMachine(std::string_view lines, std::uint64_t offset);
+    std::string_view timeAt(std::size_t line);
     void rememberHeader(const Record& record);
     std::string_view withoutCarriageReturns(std::string_view lines);
 
-    const Platform::InputFile& file_;
+    const LogContent& file_;
     std::uint64_t offset_; ///< of the buffer's first byte in the file
     std::vector<char> buffer_;
     std::size_t begin_ = 0;    ///< of the record that comes next
@@ -83,6 +94,9 @@ private:
     bool isInterrupted_ = false;
     std::size_t sinceLastLook_ = 0; ///< bytes since the signals were looked at
     std::uint64_t lowest_ = 0; ///< offset of the line where the time stops going back, if it does so ahead
+    std::string lowestTime_;   ///< of that line
+    MachineLines machineLines_;
+    std::shared_ptr<MachineRecord> machine_; ///< what was handed out last, or what that belongs to
     std::string header_;
     std::string normalised_;
     std::string problem_;

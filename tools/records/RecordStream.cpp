@@ -25,21 +25,29 @@ bool RecordStream::next(Ending ending) {
 
 /// Where reading begins amid an hour that comes twice, what stands before tells which of the two it is.
 void RecordStream::observeTime() {
-    clock_.observe(record_.time());
+    observe(record_);
     if (knowsPast_) {
         return;
     }
     knowsPast_ = true;
     if (clock_.comesTwice()) {
         clock_ = ZonedClock();
-        RecordReader reader(current_->log.file);
+        RecordReader reader(current_->log.file, 0, current_->log.layout);
         Record past;
         while (reader.next(past) && past.end <= current_->log.offset) {
             if (past.hasTime) {
-                clock_.observe(past.time());
+                observe(past);
             }
         }
-        clock_.observe(record_.time());
+        observe(record_);
+    }
+}
+
+void RecordStream::observe(const Record& record) {
+    if (record.machine != nullptr && record.machine->instant()) {
+        clock_.observe(record.time(), *record.machine->instant());
+    } else {
+        clock_.observe(record.time());
     }
 }
 
@@ -74,12 +82,11 @@ bool RecordStream::read(Ending ending) {
             return true;
         }
         if (current_) {
-            keepProblem();
+            keepProblem(current_->log.path, current_->reader.problem());
         }
-        if (!hasMoreFiles()) {
+        if (!goToNextFile()) {
             return false;
         }
-        goToNextFile();
     }
 }
 
@@ -93,15 +100,16 @@ const Fields& RecordStream::fields() {
     }
     hasFields_ = true;
     fields_ = Fields();
-    if (record_.hasTime) {
-        fields_ = parseRecord(record_.lines, current_->detector.layoutFor(record_, current_->reader));
-        return fields_;
+    if (record_.machine != nullptr) {
+        fields_ = record_.machine->fields();
+    } else if (record_.hasTime || hasHeader()) {
+        const std::string_view lines = record_.hasTime ? record_.lines : current_->reader.header();
+        fields_ = parseRecord(lines, current_->detector.layoutFor(record_, current_->reader));
+        fields_.message = fields_.text;
     }
-    if (hasHeader()) {
-        fields_ =
-            parseRecord(current_->reader.header(), current_->detector.layoutFor(record_, current_->reader));
+    if (!record_.hasTime) {
+        fields_.message = fields_.text = record_.lines;
     }
-    fields_.text = record_.lines;
     return fields_;
 }
 
@@ -109,17 +117,28 @@ std::string RecordStream::takeProblem() {
     return std::exchange(problem_, std::string());
 }
 
-void RecordStream::goToNextFile() {
-    current_ = std::make_unique<OpenFile>(std::move(waiting_.front()));
-    waiting_.pop_front();
-    ++fileCount_;
-    settledAt_ = 0;
-    knowsPast_ = current_->log.offset == 0 || !current_->log.file.isSeekable();
+/// \return false if no further one can be read
+bool RecordStream::goToNextFile() {
+    while (hasMoreFiles()) {
+        LogFile next = std::move(waiting_.front());
+        waiting_.pop_front();
+        std::string problem;
+        if (openRolled(next, problem)) {
+            current_ = std::make_unique<OpenFile>(std::move(next));
+            ++fileCount_;
+            settledAt_ = 0;
+            knowsPast_ = current_->log.offset == 0 || !current_->log.file.isSeekable();
+            return true;
+        }
+        keepProblem(next.path, problem);
+    }
+    return false;
 }
 
-void RecordStream::keepProblem() {
-    if (!current_->reader.problem().empty()) {
-        problem_ = current_->log.path + ": " + current_->reader.problem();
+void RecordStream::keepProblem(const std::string& path, const std::string& problem) {
+    const std::string line = path + ": " + problem;
+    if (!problem.empty() && problem_.find(line) == std::string::npos) {
+        problem_ += (problem_.empty() ? "" : "\n") + line;
     }
 }
 

@@ -78,13 +78,14 @@ public:
     /// \return how far the current file was read; 0 without one
     std::uint64_t bytesSeen() const { return current_ ? current_->reader.bytesSeen() : 0; }
 
-    /// \return what could not be read, and why, since this was asked last; empty if all could
+    /// \return what could not be read, and why, since this was asked last, a line each; empty if all could
     std::string takeProblem();
 
 private:
     struct OpenFile {
         explicit OpenFile(LogFile opened)
-            : log(std::move(opened)), reader(log.file, log.offset), detector(log.file, log.layout) {}
+            : log(std::move(opened)), reader(log.file, log.offset, log.layout),
+              detector(log.file, log.layout.layout) {}
         LogFile log;
         RecordReader reader;
         LayoutDetector detector;
@@ -92,8 +93,9 @@ private:
 
     bool read(Ending ending);
     void observeTime();
-    void goToNextFile();
-    void keepProblem();
+    void observe(const Record& record);
+    bool goToNextFile();
+    void keepProblem(const std::string& path, const std::string& problem);
 
     std::deque<LogFile> waiting_;
     std::unique_ptr<OpenFile> current_;

@@ -32,6 +32,12 @@ void ZonedClock::goToMinute(std::string_view time) {
     }
 }
 
+void ZonedClock::observe(std::string_view time, std::int64_t microseconds) {
+    goToMinute(time);
+    isSecond_ = comesTwice() && Platform::utcOffset(microseconds / 1000000) == second_;
+    std::memcpy(time_.data(), time.data(), TIME_STAMP_LENGTH);
+}
+
 /// The offsets of the day before and of the day after are all that can apply; at a time that a change leaves
 /// out, neither does, and the one before is taken.
 void ZonedClock::lookUp(std::int64_t localSeconds) {

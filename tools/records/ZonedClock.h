@@ -27,6 +27,10 @@ public:
         std::memcpy(time_.data(), time.data(), TIME_STAMP_LENGTH);
     }
 
+    /// Takes the time stamp of a record of which the point in time is known.
+    /// \param microseconds since 1970-01-01 00:00:00 UTC
+    void observe(std::string_view time, std::int64_t microseconds);
+
     /// \return the time that was observed last, as it stands in the record; zeros before the first one
     std::string_view text() const { return std::string_view(time_.data(), time_.size()); }
 

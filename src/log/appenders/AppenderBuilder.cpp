@@ -1,6 +1,7 @@
 #include "log/appenders/AppenderBuilder.h"
 
 #include "log/appenders/FileAppender.h"
+#include "log/appenders/RollingFileAppender.h"
 #include "log/appenders/SimpleFileAppender.h"
 #include "log/appenders/StdoutAppender.h"
 #include "log/filters/MessageFilters.h"
@@ -24,6 +25,10 @@ Appender* FileAppenderBuilder::build() {
 
 Appender* SimpleFileAppenderBuilder::build() {
     return new SimpleFileAppender(values_, filters_);
+}
+
+Appender* RollingFileAppenderBuilder::build() {
+    return new RollingFileAppender(values_, filters_);
 }
 
 } // namespace Log

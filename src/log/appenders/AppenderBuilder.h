@@ -25,7 +25,7 @@ public:
 
 protected:
     /// \param reader the bit of `KeyReaders` of the class
-    AppenderBuilder(const std::string& name, unsigned reader) : values_(name), reader_(reader) {}
+    AppenderBuilder(const std::string& name, unsigned reader) : values_(name, reader), reader_(reader) {}
 
     AppenderValues values_;
     Appender::Filters filters_;
@@ -51,6 +51,13 @@ class SimpleFileAppenderBuilder : public AppenderBuilder {
 public:
     explicit SimpleFileAppenderBuilder(const std::string& name)
         : AppenderBuilder(name, READ_BY_SIMPLE_FILE_APPENDER) {}
+    Appender* build() override;
+};
+
+class RollingFileAppenderBuilder : public AppenderBuilder {
+public:
+    explicit RollingFileAppenderBuilder(const std::string& name)
+        : AppenderBuilder(name, READ_BY_ROLLING_FILE_APPENDER) {}
     Appender* build() override;
 };
 

@@ -4,7 +4,10 @@
 #include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
 
+#include "zav-util/Properties.h"
+
 #include <boost/shared_ptr.hpp>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -14,11 +17,25 @@
 namespace ZAV {
 namespace Log {
 
+/// An appender in service, and what it was made from.
+struct CreatedAppender {
+    std::unique_ptr<Appender> appender;
+    std::string className;
+    Util::Properties keys; ///< "appender.<name>" and all that begin with "appender.<name>."
+};
+using CreatedAppenders = std::list<CreatedAppender>;
+
+/// The appenders of another configuration, which are to take the places of those in service.
+struct AppenderExchange {
+    CreatedAppenders created; ///< one that stays has no appender here yet; after the change, what has left
+    std::vector<Appender*> before; ///< all that were in service
+    std::vector<Appender*> after;  ///< all that will be, in the order of their creation
+};
+
 /// Makes the appenders that a configuration declares, owns them and takes them down again.
 ///
-/// Its long lock comes before all others of the library: nothing takes it while it holds a logger's lock, a
-/// lock of the dispatcher or the command bus. No lock is held while an appender is made, which an application
-/// may do.
+/// What puts appenders into service or takes them out of it is called by one thread at a time, which the lock
+/// of the life cycle sees to.
 class AppenderRegistry {
 public:
     /// Never destroyed, since threads may still log while the process ends.
@@ -43,6 +60,21 @@ public:
     ///        appenders made by then stay in service
     void initAppenders(const Util::Properties& properties);
 
+    /// Makes every appender that the properties declare, unless there is one whose keys are the same, which
+    /// stays. Nothing else changes yet.
+    /// \throw what `initAppenders` would throw; what was made is destroyed by then
+    AppenderExchange prepareExchange(const Util::Properties& properties);
+
+    /// Puts the appenders of an exchange into the table, in one step with what a function does.
+    /// \param apply has the loggers use them. If it throws, nothing has changed
+    void exchange(AppenderExchange& exchange, const std::function<void()>& apply);
+
+    /// Takes the level that a command has lowered back to the configured one.
+    static void restoreLevel(const Appender& appender);
+
+    /// \return whether a command has lowered the level of an appender
+    static bool hasLoweredLevel(const Appender& appender);
+
     /// \return what the appenders in service are like at this moment, in the order of their creation. It waits
     ///         for nothing, so an appender or a listener may call it.
     std::vector<AppenderStatus> statuses() const;
@@ -51,24 +83,16 @@ public:
     void destroyAppenders();
 
 private:
-    struct Created {
-        std::unique_ptr<Appender> appender;
-        std::string className;
-    };
-    using CreatedAppenders = std::list<Created>;
-
     AppenderRegistry() = default;
 
     boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;
-    void createAppender(const Util::Properties& properties, const std::string& name);
-    bool hasAppender(const std::string& name) const;
+    CreatedAppender create(const Util::Properties& properties, const std::string& name) const;
+    Appender* putIntoService(CreatedAppender created);
+    Appender* findCreated(const Util::Properties& keys) const;
+    std::vector<Appender*> inService() const;
     Appender* firstAppender() const;
 
-    /// Held while an appender is put into service or taken out of it: the outermost lock of the library.
-    Platform::CriticalSection createdAppendersLock_;
-
-    /// Held in addition for each step that changes a table, so that a forked child finds it whole, and alone
-    /// to look at one.
+    /// Held for each step that changes a table, so that a forked child finds it whole, and to look at one.
     mutable Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
     std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
         factories_ ZAV_LOG_GUARDED_BY(tablesLock_);

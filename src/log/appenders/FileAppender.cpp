@@ -1,8 +1,6 @@
 #include "log/appenders/FileAppender.h"
 
 #include "log/LogException.h"
-#include "log/layout/LineLayout.h"
-#include "log/message/MessageFields.h"
 #include "platform/Directory.h"
 #include "platform/Files.h"
 #include "zav-util/Conversions.h"
@@ -28,56 +26,11 @@ std::uint64_t indexOf(const std::string& fileName) {
 } // namespace
 
 FileAppender::FileAppender(const AppenderValues& values, const Filters& filters)
-    : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
-      layout_(values.layoutOr(LayoutName::PLAIN)),
-      fileNumber_(std::min(values.fileNumber, HIGHEST_FILE_NUMBER)), openTime_(Time::now()),
-      folder_(Platform::absolutePath(values.dir)), livePath_(pathOf(values.file + LIVE_INDEX)),
-      owner_(livePath_), lastLook_(openTime_) {}
+    : LiveFileAppender(values, filters, values.file + LIVE_INDEX),
+      fileNumber_(std::min(values.fileNumber, HIGHEST_FILE_NUMBER)) {}
 
-/// One that leaves amid a round has lines left.
-FileAppender::~FileAppender() {
-    endRound();
-}
-
-void FileAppender::outputLine(const LogMessage& message) {
-    recover();
-    checkFile();
-    appendWholeLine(beginLine(), message, *layout_);
-    prepareFile();
-    currentSize_ += line().size();
-    if (keepsLines()) {
-        keepLine();
-        return;
-    }
-    write(line());
-    checkFile();
-}
-
-/// Brings a file back that has failed, or that is gone from its name. A failure here is the one to report,
-/// not an older one.
-void FileAppender::recover() {
-    if (values_.recovery == Time() || !isTimeToLook()) {
-        return;
-    }
-    lastLook_ = Time::now();
-    const bool isGone = outputFileStream_.isOpen() && !outputFileStream_.isAt(livePath_);
-    if (isGone) {
-        writeKept();
-        checkFile();
-    }
-    if (outputFileStream_.hasFailed() || isGone) {
-        continueFile();
-    }
-}
-
-/// If the clock was set back, the unsigned difference is huge, so that the look happens at once.
-bool FileAppender::isTimeToLook() const {
-    return Time::now().microseconds() - lastLook_.microseconds() >= values_.recovery.microseconds();
-}
-
-/// Sees to it that the live file is open and has room for the next line. Whatever fails here for want of
-/// memory is taken up by the next message where this one stopped.
-void FileAppender::prepareFile() {
+/// Whatever fails here for want of memory is taken up by the next message where this one stopped.
+void FileAppender::prepareFile(const LogMessage&) {
     if (outputFileStream_.isOpen() && hasRoom() && !owner_.isBehind()) {
         return;
     }
@@ -106,14 +59,6 @@ void FileAppender::prepareFile() {
 
 bool FileAppender::hasRoom() const {
     return currentSize_ + line().size() <= values_.fileMaxSize && !isTooOld();
-}
-
-/// In a process that may not rotate, which goes where the live file is now.
-void FileAppender::followFile() {
-    owner_.follow();
-    if (!outputFileStream_.isOpen() || !outputFileStream_.isAt(livePath_)) {
-        continueFile();
-    }
 }
 
 bool FileAppender::isTooOld() const {
@@ -179,56 +124,11 @@ void FileAppender::openFile() {
     owner_.noteRotation();
 }
 
-/// Opens the live file where it ends and leaves the older files where they are: whoever put it there, what it
-/// holds is kept.
+/// The older files stay where they are.
 void FileAppender::continueFile() {
     mustBrowse_ = true;
     hasRotated_ = false;
-    outputFileStream_.close();
-    openLiveFile(Platform::OutputFile::APPEND);
-    currentSize_ = outputFileStream_.size() + keptSize();
-    if (outputFileStream_.endsInTornLine(livePath_, values_.fileRules())) {
-        currentSize_ += write("\n");
-        checkFile();
-    }
-}
-
-void FileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
-    lastLook_ = Time::now();
-    outputFileStream_.open(livePath_, mode, values_.fileRules());
-    if (outputFileStream_.hasFailed()) {
-        throw LogException("Unable to open the file: " + values_.dir + "/" + values_.file + LIVE_INDEX);
-    }
-    openTime_ = lastLook_;
-}
-
-/// Another process may have moved the live file since the first line was kept.
-void FileAppender::writeLines(std::string_view text, std::size_t& written) {
-    if (owner_.isBehind() && !owner_.mayRotate()) {
-        followFile();
-    }
-    checkFile();
-    written = write(text);
-    checkFile();
-}
-
-/// A line that does not reach the file, on a full disk for example, has failed it, and is reported.
-std::size_t FileAppender::write(std::string_view text) {
-    const std::size_t taken = writeUnchanged(outputFileStream_, text);
-    if (outputFileStream_.hasFailed()) {
-        lastLook_ = Time::now();
-    }
-    return taken;
-}
-
-void FileAppender::checkFile() const {
-    if (outputFileStream_.hasFailed()) {
-        throw LogException("outputFileStream_.fail()");
-    }
-}
-
-std::string FileAppender::pathOf(const std::string& fileName) const {
-    return folder_ + "/" + fileName;
+    LiveFileAppender::continueFile();
 }
 
 } // namespace Log

@@ -130,5 +130,10 @@ bool SeriesOwner::isBehind() const {
            series_.common.processId != Platform::rememberedProcessId();
 }
 
+bool SeriesOwner::isNotAlone() const {
+    return series_.common.processId != Platform::rememberedProcessId() ||
+           series_.common.rotations != rotationsSeen_;
+}
+
 } // namespace Log
 } // namespace ZAV

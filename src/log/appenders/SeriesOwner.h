@@ -39,6 +39,10 @@ public:
     /// \return whether another process has moved the live file since `follow`. Costs no call of the system.
     bool isBehind() const;
 
+    /// \return whether another process rotates the series, or the live file has been moved for another object.
+    ///         Costs no call of the system.
+    bool isNotAlone() const;
+
 private:
     struct Common;
     struct Series;

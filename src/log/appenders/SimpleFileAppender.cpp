@@ -45,6 +45,16 @@ void SimpleFileAppender::open(Platform::OutputFile& file) const {
     }
 }
 
+/// A file that cannot be opened is reported with the first line.
+void SimpleFileAppender::endTornLine() noexcept {
+    const Platform::ScopedLock lock(criticalSection_);
+    Platform::OutputFile file;
+    file.open(path_, Platform::OutputFile::APPEND, values_.fileRules());
+    if (!file.hasFailed() && file.endsInTornLine(path_, values_.fileRules())) {
+        writeUnchanged(file, "\n");
+    }
+}
+
 void SimpleFileAppender::render(const LogMessage& message) {
     appendWholeLine(beginLine(), message, *layout_);
 }

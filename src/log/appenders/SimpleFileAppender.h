@@ -3,6 +3,7 @@
 #include "log/async/BatchAppender.h"
 #include "log/config/AppenderValues.h"
 #include "platform/OutputFile.h"
+#include "zav-util/FileUtils.h"
 
 #include <memory>
 
@@ -16,6 +17,10 @@ class SimpleFileAppender : public BatchAppender {
 public:
     SimpleFileAppender(const AppenderValues& values, const Filters& filters);
     ~SimpleFileAppender() override;
+
+    std::string fileName() const override { return Util::FileUtils::baseName(path_); }
+
+    void endTornLine() noexcept override;
 
 protected:
     /// A write that fails is not noticed.

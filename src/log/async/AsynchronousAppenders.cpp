@@ -1,6 +1,7 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/LogException.h"
+#include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
@@ -48,13 +49,16 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
 }
 
 /// Reports a message as `Appender::output` does.
-void report(const MessageFields& fields, const std::exception_ptr& reason) noexcept {
-    withMessage(fields, [&reason](const LogMessage& message) {
+void report(const Appender& appender, const MessageFields& fields,
+            const std::exception_ptr& reason) noexcept {
+    withMessage(fields, [&](const LogMessage& message) {
         try {
             std::rethrow_exception(reason);
         } catch (const LogException& exception) {
+            FailureNotice::noteFailed(&appender, appender.getName(), exception.what());
             FailureReport::deliverFor(message, exception.what());
-        } catch (const std::exception&) {
+        } catch (const std::exception& exception) {
+            FailureNotice::noteFailed(&appender, appender.getName(), exception.what());
             FailureReport::deliverFor(message, nullptr);
         }
     });
@@ -97,6 +101,39 @@ bool AsynchronousAppenders::remove(Appender* appender) {
         renewList();
     }
     return isEmpty();
+}
+
+void AsynchronousAppenders::prepareExchange(const std::vector<Appender*>& configured) {
+    std::list<Entry> prepared;
+    for (Appender* const appender : configured) {
+        prepared.emplace_back(appender, nullptr);
+    }
+    const ScopedLock listLock(listLock_);
+    prepared_.swap(prepared);
+    isPrepared_ = true;
+}
+
+void AsynchronousAppenders::exchangeConfigured() {
+    exchangeEntries();
+    if (!LibraryCall::isOpen()) {
+        const ScopedLock lock(appendersLock_);
+        renewList();
+    }
+}
+
+void AsynchronousAppenders::exchangeEntries() noexcept {
+    const ScopedLock listLock(listLock_);
+    if (!isPrepared_) {
+        return;
+    }
+    isPrepared_ = false;
+    hasEntry([](Entry& entry) {
+        if (entry.isListed == nullptr) {
+            entry.appender = nullptr;
+        }
+        return false; // all of them
+    });
+    added_.splice(added_.end(), prepared_);
 }
 
 void AsynchronousAppenders::renewList() {
@@ -215,7 +252,7 @@ void AsynchronousAppenders::reportFailed(const Entry& entry, MessageBatch& batch
             batch.setGivenTo(message.number - 1);
         }
         const ReportAnswer answer = answerOf(message, thread);
-        report(message.fields, failed.reason);
+        report(*appender, message.fields, failed.reason);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <list>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -36,6 +37,14 @@ public:
 
     bool isEmpty();
 
+    /// Takes the memory that `exchangeConfigured` needs.
+    /// \param configured what is to get all messages then, in this order
+    void prepareExchange(const std::vector<Appender*>& configured);
+
+    /// Puts the appenders that were prepared in the place of those that get all messages. Waits for a running
+    /// delivery, except inside an appender or a listener; it takes no memory.
+    void exchangeConfigured();
+
     /// \return whether there is an appender that gets the messages of the loggers that list it
     bool hasOwnOfApplication();
 
@@ -44,10 +53,10 @@ public:
     /// shown on the standard error stream.
     /// \param file where the appenders' progress is marked; null for none
     /// \return false if there is no appender
-    bool deliver(MessageBatch& batch, QueueFile* file) noexcept;
+    bool deliver(MessageBatch& batch, QueueFile* file = nullptr) noexcept;
 
-    /// Gives the appenders of the configuration what earlier processes have left in a file, each what it has not
-    /// got yet. The caller must be in a `LibraryCall`.
+    /// Gives the appenders of the configuration what earlier processes have left in a file, each what it has
+    /// not got yet. The caller must be in a `LibraryCall`.
     /// \param file has something of theirs
     /// \param isMarked whether it is told how far the appenders have come
     /// \param stopsAtFailure whether an appender that has failed gets no further message
@@ -63,6 +72,10 @@ public:
 
     /// In a forked child: ends a delivery that the forking thread may be in. The messages are the parent's.
     void endDeliveryInChild() noexcept;
+
+    /// Changes the entries for `exchangeConfigured`, once only: a fork may come behind it. Without more, for
+    /// a forked child, in which nobody delivers.
+    void exchangeEntries() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // as below
 
 private:
     struct Entry {
@@ -94,9 +107,11 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Entries come and go under both locks: either one is enough to read the list.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
-    std::atomic<std::uint64_t> progress_{0};               ///< written by whoever delivers
-    std::atomic<bool> isAbandoned_{false};                 ///< in a forked child: the delivery must not go on
+    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_);    ///< since the last delivery began
+    std::list<Entry> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
+    bool isPrepared_ ZAV_LOG_GUARDED_BY(listLock_) = false;
+    std::atomic<std::uint64_t> progress_{0}; ///< written by whoever delivers
+    std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not go on
 };
 
 } // namespace Log

@@ -1,5 +1,6 @@
 #include "log/async/AsynchronousDispatcher.h"
 
+#include "log/LogException.h"
 #include "log/commands/CommandBus.h"
 #include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
@@ -13,7 +14,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
 #include <thread>
 
 namespace ZAV {
@@ -75,20 +78,33 @@ Recovery AsynchronousDispatcher::recover(QueueFile& file, bool isMarked) {
 
 /// A file stays this process's until it ends, since the queue may still have messages in it.
 void AsynchronousDispatcher::useQueueFile(const Util::Properties& properties) {
-    const QueueFileSettings settings(properties);
+    const QueueFileSettings settings(properties, QueueFileSettings());
+    fileSettings_ = settings;
     if (settings.path.empty()) {
         queue_.keepIn(nullptr);
         return;
     }
+    // The right to a file would be lost if this process opened it once more.
     auto known =
         std::find_if(files_.begin(), files_.end(), [&settings](const std::unique_ptr<QueueFile>& file) {
-            return file->path() == settings.path;
+            std::error_code ignored;
+            return file->path() == settings.path ||
+                   std::filesystem::equivalent(file->path(), settings.path, ignored);
         });
     if (known == files_.end()) {
         files_.push_back(std::make_unique<QueueFile>(settings.path, settings.size));
         known = std::prev(files_.end());
     }
     queue_.keepIn(known->get());
+}
+
+DispatcherSettings AsynchronousDispatcher::settingsBy(const Util::Properties& properties) const {
+    const QueueFileSettings file(properties, fileSettings_);
+    const bool isSameSize = file.path.empty() || file.size == fileSettings_.size;
+    if (file.path != fileSettings_.path || !isSameSize) {
+        throw LogException("The queue file cannot be changed by a reload.");
+    }
+    return queue_.settings().renewedBy(properties);
 }
 
 LogStatistics AsynchronousDispatcher::statistics() const {
@@ -145,6 +161,28 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
         if (appenders_.isEmpty()) { // and no other thread has just registered one
             stop();
         }
+    }
+}
+
+bool AsynchronousDispatcher::drain(const Deadline& deadline) {
+    startIfWanted(true);
+    return queue_.drain(deadline);
+}
+
+void AsynchronousDispatcher::awaitHold() {
+    startIfWanted(true);
+    queue_.awaitHold();
+}
+
+void AsynchronousDispatcher::exchangeConfigured(bool needsNewConsumer) {
+    appenders_.exchangeConfigured();
+    const bool hasNone = appenders_.isEmpty();
+    if (hasNone || needsNewConsumer || state_ == ENDED) {
+        stop();
+    }
+    if (!hasNone) {
+        change({ABSENT}, WANTED);
+        startIfWanted(true);
     }
 }
 
@@ -258,10 +296,11 @@ void AsynchronousDispatcher::makeRounds() {
 }
 
 /// The priority may be configured after the thread has started; it is in force when messages are written. No
-/// message is held while it is set, since that may fail and end the thread.
+/// message is held while it is set, since that may fail and end the thread. Nothing takes a thread back to
+/// what it was created with.
 void AsynchronousDispatcher::applyPriority(int& applied) const {
     const int priority = queue_.priority();
-    if (priority == applied) {
+    if (priority == applied || priority == DEFAULT_PRIORITY_MARK) {
         return;
     }
     const int error = Platform::setCurrentThreadPriority(priority);
@@ -371,6 +410,7 @@ bool AsynchronousDispatcher::endConsumer(bool mayWait) {
 /// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object
 /// is left alone.
 void AsynchronousDispatcher::beginInChild() noexcept {
+    const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();
     for (std::unique_ptr<QueueFile>& file : files_) {
         static_cast<void>(file.release()); // which is the parent's
@@ -378,10 +418,13 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     files_.clear();
     stateBell_.renewInChild();
     appenders_.endDeliveryInChild();
+    if (isExchanging) {
+        appenders_.exchangeEntries();
+    }
     PutOffMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
-        abandonedConsumer_ = consumerThread_.release();
+        parentsConsumer_ = consumerThread_.release();
     }
     if (end_ != NOT_BEGUN) { // by a thread of the parent
         endingThread_ = std::this_thread::get_id();

@@ -31,8 +31,8 @@ public:
     /// \throw LogException if the file cannot be used, and what `makeAppenders` throws
     void init(const Util::Properties& properties, const std::function<void()>& makeAppenders);
 
-    /// Gives the appenders of the configuration what other processes have left in a file that the queue does not use.
-    /// One that fails gets nothing more.
+    /// Gives the appenders of the configuration what other processes have left in a file that the queue does
+    /// not use. One that fails gets nothing more.
     /// \param isMarked whether the file is told how far they have come
     Recovery recover(QueueFile& file, bool isMarked);
 
@@ -45,6 +45,40 @@ public:
     /// Removes every entry of an appender, and stops the consumer when none is left. Once it returns, the
     /// appender is not called any more; only inside an appender or a listener it does not wait for that.
     void unregisterAsynchronousAppender(Appender* appender);
+
+    // A change to another configuration. Its steps are called in this order by one thread at a time, and
+    // not inside an appender or a listener.
+
+    /// \return the settings that a fresh process with the properties would have. A bad value is reported and
+    ///         leaves its setting as it is.
+    /// \throw LogException if the queue would be kept elsewhere
+    DispatcherSettings settingsBy(const Util::Properties& properties) const;
+
+    DispatcherSettings settings() const { return queue_.settings(); }
+
+    /// Takes the memory for the appenders that the consumer is to write to.
+    void prepareExchange(const std::vector<Appender*>& appenders) { appenders_.prepareExchange(appenders); }
+
+    /// Waits until all that is queued was delivered or discarded, unless no consumer comes for it.
+    /// \return false if the time is over
+    bool drain(const Deadline& deadline);
+
+    /// Has settings hold from the next message or wait on, but for the priority: that is one of the
+    /// consumer's thread.
+    void use(const DispatcherSettings& settings) { queue_.use(settings); }
+
+    /// Has the consumer leave what is queued from now on where it is.
+    void hold() noexcept { queue_.hold(); }
+
+    /// Waits until the consumer has delivered all that was queued before the hold.
+    void awaitHold();
+
+    /// Puts the appenders that were prepared in the place of those of the configuration. A consumer that has
+    /// ended, or whose priority has changed, gives way to a new one; without appenders there is none. One
+    /// that cannot be started now is tried again with the next message.
+    void exchangeConfigured(bool needsNewConsumer);
+
+    void endHold() { queue_.endHold(); }
 
     /// Queues a message for the consumer.
     /// \param mayWait whether to wait for room in a full queue, if that is configured
@@ -100,6 +134,7 @@ private:
 
     MessageQueue queue_;
     std::vector<std::unique_ptr<QueueFile>> files_; ///< that were ever used, by `init` alone
+    QueueFileSettings fileSettings_;                ///< of the last `init`
     std::atomic<std::uint64_t> recovered_{0};       ///< messages of earlier processes
     AsynchronousAppenders appenders_;
     Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
@@ -110,9 +145,9 @@ private:
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    /// One that is left alone: in a forked child the parent's, which does not run there, and when the process
-    /// ends the one that nobody waits for any more.
-    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;
+    // What is left alone, and kept in sight of those who look for memory that nobody knows.
+    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr; ///< nobody waits for it at the end
+    Worker* parentsConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;   ///< which does not run in the child
 };
 
 } // namespace Log

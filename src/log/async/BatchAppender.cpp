@@ -1,6 +1,8 @@
 #include "log/async/BatchAppender.h"
 
 #include "log/LogException.h"
+#include "log/commands/FailureNotice.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "platform/Fork.h"
 
 #include <algorithm>
@@ -40,6 +42,12 @@ void BatchAppender::endRound() noexcept {
 std::uint64_t BatchAppender::firstKept() const noexcept {
     const ScopedLock lock(criticalSection_);
     return keptSize() == 0 ? 0 : lines_.front().number;
+}
+
+void BatchAppender::close() {
+    const ScopedLock lock(criticalSection_);
+    endRound();
+    closeFile();
 }
 
 BatchAppender::Failed BatchAppender::takeFailed() noexcept {
@@ -86,6 +94,7 @@ std::string& BatchAppender::beginLine() {
 
 void BatchAppender::keepLine() {
     lines_.push_back({number_, text_.size()});
+    threadRecord().keptLineOf = this;
     if (text_.size() >= LARGEST_BATCH) {
         writeKept();
     }
@@ -101,6 +110,7 @@ void BatchAppender::writeKept() noexcept {
     try {
         writeLines(std::string_view(text_).substr(0, size), written);
         written = size;
+        FailureNotice::noteWritten(this);
     } catch (const std::exception&) {
         failure_ = std::current_exception();
     }

@@ -53,12 +53,23 @@ public:
     /// begin it.
     void endRound() noexcept;
 
+    /// Ends a line that a killed process has left without its end, so that the next one begins on its own.
+    virtual void endTornLine() noexcept {}
+
     /// \return the number of the oldest message whose line is kept; 0 if none is
     std::uint64_t firstKept() const noexcept;
 
     /// \return whether lines have failed; to be asked after each message and at the end of the round
     bool hasFailed() const noexcept { return hasFailed_.load(std::memory_order_relaxed); }
     Failed takeFailed() noexcept;
+
+    /// Writes the lines that are kept and closes the file, so that another appender may have it. To be called
+    /// once this one is not used any more.
+    void close();
+
+    /// \return the name of the file that lines go to, without its folder, which may be reached by several
+    ///         paths; empty if that is not known
+    virtual std::string fileName() const { return std::string(); }
 
 protected:
     /// \throw what `outputLine` throws, unless that has to be reported behind earlier lines
@@ -79,6 +90,9 @@ protected:
     /// \return how many bytes the file has taken
     std::size_t writeUnchanged(Platform::OutputFile& file, std::string_view text)
         ZAV_LOG_REQUIRES(criticalSection_);
+
+    /// Closes a file that is kept open between two lines.
+    virtual void closeFile() ZAV_LOG_REQUIRES(criticalSection_) {}
 
     /// \return whether lines are kept now
     bool keepsLines() const noexcept ZAV_LOG_REQUIRES(criticalSection_);

@@ -42,6 +42,15 @@ std::optional<std::int32_t> readInteger(const Util::Properties& properties, cons
     return readOption(properties, option, [](const std::string& value) { return Util::toInteger(value); });
 }
 
+/// \throw UtilException
+std::uint64_t toFileSize(const std::string& value) {
+    const std::uint64_t bytes = readSizeLimit(value).value_or(0);
+    if (bytes == 0) {
+        throw Util::UtilException("Can't convert " + value + " to a size");
+    }
+    return bytes;
+}
+
 Util::TimeUtils::Time toWaitingPeriod(std::int32_t seconds) {
     const std::uint64_t count = seconds < 0 ? 0 : static_cast<std::uint64_t>(seconds);
     return Util::TimeUtils::Time(count, Util::TimeUtils::SEC);
@@ -73,13 +82,31 @@ void DispatcherSettings::read(const Util::Properties& properties) {
     }
 }
 
-QueueFileSettings::QueueFileSettings(const Util::Properties& properties) {
+QueueFileSettings::QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before) {
     std::string file;
     properties.getProperty(dispatcherKey(DispatcherOption::QUEUE_FILE), file);
     path = Platform::absolutePath(file);
-    if (const auto bytes = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, readByteSize)) {
-        size = *bytes;
+    if (properties.count(dispatcherKey(DispatcherOption::QUEUE_FILE_SIZE)) != 0) {
+        size = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, toFileSize).value_or(before.size);
     }
+}
+
+DispatcherSettings DispatcherSettings::renewedBy(const Util::Properties& properties) const {
+    const auto isNamed = [&properties](const char* option) {
+        return properties.count(dispatcherKey(option)) != 0;
+    };
+    DispatcherSettings renewed;
+    if (isNamed(DispatcherOption::MAX_QUEUE_SIZE)) {
+        renewed.maxQueueSize = maxQueueSize;
+    }
+    if (isNamed(DispatcherOption::WAITING_PERIOD)) {
+        renewed.waitingPeriod = waitingPeriod;
+    }
+    if (isNamed(DispatcherOption::PRIORITY)) {
+        renewed.priority = priority;
+    }
+    renewed.read(properties);
+    return renewed;
 }
 
 } // namespace Log

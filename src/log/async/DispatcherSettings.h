@@ -34,12 +34,19 @@ struct DispatcherSettings {
     /// Takes the settings that the properties name. A value that is no number is reported on the standard
     /// error stream and leaves its setting as it was.
     void read(const Util::Properties& properties);
+
+    /// \return what a fresh process with the properties would have: the default of each setting that they do
+    ///         not name. A bad value is reported and leaves the setting as it is here.
+    DispatcherSettings renewedBy(const Util::Properties& properties) const;
 };
 
 /// Where the queue is kept.
 struct QueueFileSettings {
-    /// A size that is none is reported on the standard error stream and leaves the default.
-    explicit QueueFileSettings(const Util::Properties& properties);
+    QueueFileSettings() = default;
+
+    /// A size that is none is reported on the standard error stream.
+    /// \param before what holds for the size then
+    QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before);
 
     std::string path;                                     ///< from the root; empty for memory
     std::uint64_t size = std::uint64_t{16} * 1024 * 1024; ///< in bytes, of a file that is made

@@ -34,11 +34,15 @@ Deadline deadlineAfter(Time duration) {
 
 /// Nothing is held meanwhile, since a bad one is shown on a standard error that may log.
 void MessageQueue::configure(const Util::Properties& properties) {
-    const bool waitedWithoutLimit = deliversPromptly();
-    const std::uint64_t periodBefore = waitingPeriod_;
     DispatcherSettings settings = this->settings();
     settings.read(properties);
     use(settings);
+}
+
+void MessageQueue::use(const DispatcherSettings& settings) {
+    const bool waitedWithoutLimit = deliversPromptly();
+    const std::uint64_t periodBefore = waitingPeriod_;
+    store(settings);
     if (waitedWithoutLimit || waitingPeriod_ < periodBefore) {
         wake(); // out of a wait that the new settings would not make, or not for as long
     }
@@ -53,7 +57,7 @@ DispatcherSettings MessageQueue::settings() const {
     return settings;
 }
 
-void MessageQueue::use(const DispatcherSettings& settings) {
+void MessageQueue::store(const DispatcherSettings& settings) {
     maxQueueSize_ = settings.maxQueueSize;
     waitingPeriod_ = settings.waitingPeriod.microseconds();
     priority_ = settings.priority;
@@ -160,8 +164,14 @@ void MessageQueue::discardOldest() {
 // Waiting for the consumer
 
 bool MessageQueue::flush(Time timeout) {
-    const std::uint64_t last = store_.lastNumber();
-    const Deadline deadline = deadlineAfter(timeout);
+    return awaitDone(store_.lastNumber(), deadlineAfter(timeout));
+}
+
+bool MessageQueue::drain(const Deadline& deadline) {
+    return awaitDone(store_.lastNumber(), deadline) || !isServed_;
+}
+
+bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline) {
     while (store_.lastDone() < last) {
         if (!isServed_) {
             return false;
@@ -244,12 +254,21 @@ Deadline MessageQueue::endOfWait() const {
 
 void MessageQueue::take(MessageBatch& batch) {
     isAwaited_ = false;
+    if (store_.isHeld()) {
+        bell_.ring(); // the last one before the hold may have been discarded
+        bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed_; });
+    }
     try {
         store_.take(batch);
     } catch (const std::bad_alloc&) {
         // the next round tries again
     }
     bell_.ring(); // those who wait for room
+}
+
+void MessageQueue::endHold() {
+    store_.endHold();
+    bell_.ring();
 }
 
 void MessageQueue::release(MessageBatch& batch, bool isDelivered) {

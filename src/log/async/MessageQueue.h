@@ -19,10 +19,15 @@ namespace Log {
 /// may be called from any thread.
 class MessageQueue {
 public:
-    MessageQueue() { use(DispatcherSettings()); }
+    MessageQueue() { store(DispatcherSettings()); }
 
     /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
     void configure(const Util::Properties& properties);
+
+    DispatcherSettings settings() const;
+
+    /// Has settings hold from the next message or wait on.
+    void use(const DispatcherSettings& settings);
 
     /// Appends a message. When the queue has reached its limit, or was closed, the oldest message leaves it
     /// and is shown on the standard error stream.
@@ -60,7 +65,22 @@ public:
     /// Has the consumer come before its waiting period is over; without effect on one that does not wait.
     void wake();
 
-    /// Takes out all that is queued; it counts as waiting until `release`. Without memory it takes nothing.
+    /// Has the consumer leave what is appended from now on in the queue, and wait there until `endHold`.
+    void hold() noexcept { store_.hold(); }
+    void endHold();
+    bool hasHold() const noexcept { return store_.hasHold(); }
+
+    /// Waits until all that was queued when the hold began was delivered or discarded, unless no consumer
+    /// comes for it.
+    void awaitHold() { awaitDone(store_.lastBeforeHold(), Deadline()); }
+
+    /// Has the consumer take what is queued, and waits until that was delivered or discarded, unless no
+    /// consumer comes for it.
+    /// \return false if the time is over
+    bool drain(const Deadline& deadline);
+
+    /// Takes out all that is queued, up to a hold; it counts as waiting until `release`. Without memory it
+    /// takes nothing.
     void take(MessageBatch& batch);
 
     /// Gives the memory of a batch back.
@@ -89,8 +109,8 @@ public:
     void renewInChild() noexcept;
 
 private:
-    DispatcherSettings settings() const;
-    void use(const DispatcherSettings& settings);
+    void store(const DispatcherSettings& settings);
+    bool awaitDone(std::uint64_t last, const Deadline& deadline);
     bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
 
     std::uint64_t appendWithRoom(const MessageFields& message);

@@ -177,12 +177,24 @@ Ring* MessageStore::ringWithOldest() noexcept {
     return ring == rings_.end() ? nullptr : ring->get();
 }
 
+void MessageStore::hold() noexcept {
+    const ScopedLock lock(storeLock_);
+    lastToTake_.store(lastNumber_);
+}
+
+void MessageStore::endHold() noexcept {
+    const ScopedLock lock(storeLock_);
+    lastToTake_.store(NO_LIMIT);
+}
+
 /// The number of the last message is read before the rings, since each of them holds what was numbered by
-/// then, or will do so in a moment.
+/// then, or will do so in a moment. Discarding goes on beyond a hold.
 void MessageStore::take(MessageBatch& batch) {
     const ScopedLock lock(storeLock_);
     batch.streams_.reserve(rings_.size());
-    batch.begin(lastTaken_ + 1, isClosed_ ? lastTaken_ : lastNumber_);
+    const std::uint64_t taken = lastTaken_;
+    const std::uint64_t last = std::min<std::uint64_t>(lastNumber_, lastToTake_);
+    batch.begin(taken + 1, isClosed_ ? taken : std::max(last, taken));
     if (batch.size() == 0 || delivered_ != nullptr) {
         batch.begin(1, 0); // another thread is still delivering one
         return;
@@ -271,6 +283,7 @@ void MessageStore::renewInChild() noexcept {
     lastNumber_ = deliveredCount_ + discardedCount_;
     lastTaken_.store(lastNumber_);
     lastDone_.store(lastNumber_);
+    lastToTake_.store(NO_LIMIT);
     delivered_ = nullptr;
     isRendering_ = false;
     isClosed_ = false;

@@ -75,7 +75,20 @@ public:
     /// \return false if others wait, and it was not appended
     bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason);
 
-    /// Takes out all that is there; it counts as waiting until `release`.
+    /// Has `take` leave what is appended from now on in the queue.
+    void hold() noexcept;
+    void endHold() noexcept;
+
+    /// \return whether there is a hold
+    bool hasHold() const noexcept { return lastToTake_ != NO_LIMIT; }
+
+    /// \return whether all is taken out that was there when the hold began
+    bool isHeld() const noexcept { return hasHold() && lastTaken_ >= lastToTake_; }
+
+    /// \return the number of the last message before the hold; to be asked while there is one
+    std::uint64_t lastBeforeHold() const noexcept { return lastToTake_; }
+
+    /// Takes out all that is there, up to a hold; it counts as waiting until `release`.
     /// \throw std::bad_alloc; nothing was taken then
     void take(MessageBatch& batch);
 
@@ -135,6 +148,7 @@ private:
     Number lastNumber_{0};
     Number lastTaken_{0};
     Number lastDone_{0};
+    Number lastToTake_{NO_LIMIT}; ///< of the message behind which there is a hold
     Number deliveredCount_{0};
     Number discardedCount_{0};
 

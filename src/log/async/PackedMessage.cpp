@@ -24,6 +24,14 @@ enum OwnPart : unsigned {
     OWN_VALUES = 256 // which no two messages share
 };
 
+/// Parts of which most messages have none of their own.
+constexpr unsigned SELDOM_OWN = OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
+
+bool isSameText(std::string_view text, std::string_view other) {
+    return text.size() == other.size() &&
+           (text.empty() || std::memcmp(text.data(), other.data(), text.size()) == 0);
+}
+
 struct PackedLogger {
     std::string_view name;
     const Logger* logger;
@@ -50,7 +58,7 @@ unsigned findOwnParts(const MessageFields& message, const SharedFields& before, 
            (message.time == before.time ? 0U : OWN_TIME) |
            (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
            (message.thread == before.thread ? 0U : OWN_THREAD) |
-           (message.context == before.context ? 0U : OWN_CONTEXT) |
+           (isSameText(message.context, before.context) ? 0U : OWN_CONTEXT) |
            (message.values.empty() ? 0U : OWN_VALUES) | findOwnPlace(message, before);
 }
 
@@ -136,6 +144,18 @@ bool isLevel(Level::LogLevel level) {
     return level >= 0 && level <= Level::AUDIT && level % 10 == 0;
 }
 
+/// \return the values
+template <typename Bytes>
+std::string_view readSeldom(Bytes& bytes, unsigned ownParts, SharedFields& shared) {
+    if ((ownParts & OWN_THREAD) != 0) {
+        shared.thread = bytes.template read<std::uint64_t>();
+    }
+    if ((ownParts & OWN_CONTEXT) != 0) {
+        shared.context = bytes.sizedText();
+    }
+    return (ownParts & OWN_VALUES) != 0 ? bytes.sizedText() : std::string_view();
+}
+
 } // namespace
 
 PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
@@ -155,9 +175,14 @@ std::size_t PackedMessage::measure() const noexcept {
     return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
            (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) + (has(OWN_PLACE) ? sizeof(PackedPlace) : 0) +
-           (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
+           (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(SELDOM_OWN) ? measureSeldom() : 0) +
+           message_.text.size();
+}
+
+std::size_t PackedMessage::measureSeldom() const noexcept {
+    return (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_CONTEXT) ? sizeWithText(message_.context) : 0) +
-           (has(OWN_VALUES) ? sizeWithText(message_.values) : 0) + message_.text.size();
+           (has(OWN_VALUES) ? sizeWithText(message_.values) : 0);
 }
 
 void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept {
@@ -189,6 +214,13 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         next = writeSizedText(next, message_.file);
         before.file = std::string_view(next - message_.file.size(), message_.file.size());
     }
+    if (has(SELDOM_OWN)) {
+        next = writeSeldom(next, before);
+    }
+    writeText(next, message_.text);
+}
+
+char* PackedMessage::writeSeldom(char* next, SharedFields& before) const noexcept {
     if (has(OWN_THREAD)) {
         next = write(next, message_.thread);
         before.thread = message_.thread;
@@ -197,10 +229,7 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         next = writeSizedText(next, message_.context);
         before.context = std::string_view(next - message_.context.size(), message_.context.size());
     }
-    if (has(OWN_VALUES)) {
-        next = writeSizedText(next, message_.values);
-    }
-    writeText(next, message_.text);
+    return has(OWN_VALUES) ? writeSizedText(next, message_.values) : next;
 }
 
 std::uint64_t PackedMessage::readNumber(const char* bytes, const SharedFields& before) noexcept {
@@ -240,14 +269,8 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
     if ((header.ownParts & OWN_FILE) != 0) {
         shared.file = bytes.sizedText();
     }
-    if ((header.ownParts & OWN_THREAD) != 0) {
-        shared.thread = bytes.template read<std::uint64_t>();
-    }
-    if ((header.ownParts & OWN_CONTEXT) != 0) {
-        shared.context = bytes.sizedText();
-    }
     const std::string_view values =
-        (header.ownParts & OWN_VALUES) != 0 ? bytes.sizedText() : std::string_view();
+        (header.ownParts & SELDOM_OWN) != 0 ? readSeldom(bytes, header.ownParts, shared) : std::string_view();
     const std::string_view text = bytes.text(textLength);
     MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
                          header.line, shared.file, static_cast<MessageType>(header.type), shared.logger);

@@ -83,6 +83,8 @@ private:
 
     bool has(unsigned part) const noexcept { return (header_.ownParts & part) != 0; }
     std::size_t measure() const noexcept;
+    std::size_t measureSeldom() const noexcept;
+    char* writeSeldom(char* next, SharedFields& before) const noexcept;
 
     const MessageFields& message_;
     Header header_;

@@ -161,6 +161,15 @@ void Ring::addBlock(std::size_t neededBytes) {
     last_ = SharedFields();
 }
 
+namespace {
+
+/// \param block in a file
+std::uint64_t blockWordOf(MessageBlock& block) {
+    return (reinterpret_cast<QueueFileFormat::BlockHead*>(&block) - 1)->word;
+}
+
+} // namespace
+
 void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
     char* const place = block.bytes() + used_;
@@ -172,9 +181,9 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
         char* const payload = place + sizeof(QueueFileFormat::Frame);
         message.writeTo(payload, number, none);
         used_ += QueueFileFormat::recordSize(message.size());
-        QueueFileFormat::writeFrame(place, QueueFileFormat::frameWord(block.file->run(), message.size()),
-                                    {payload, message.size()},
-                                    block.capacity - used_ < sizeof(QueueFileFormat::Frame));
+        QueueFileFormat::writeFrame(
+            blockWordOf(block), place, QueueFileFormat::frameWord(block.file->run(), message.size()),
+            {payload, message.size()}, block.capacity - used_ < sizeof(QueueFileFormat::Frame));
     }
     block.published.store(used_, std::memory_order_release);
 }

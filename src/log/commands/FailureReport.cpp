@@ -41,6 +41,11 @@ void deliverFor(const LogMessage& message, const char* reason) {
     deliver(problem + "\nMsg = " + formatLogLine(message));
 }
 
+void deliverWithoutMessage(const std::string& activity, const std::string& reason) {
+    FailureCount::add();
+    deliver("LogException from " + activity + ".\nException = " + reason);
+}
+
 } // namespace FailureReport
 } // namespace Log
 } // namespace ZAV

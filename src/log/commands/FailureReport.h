@@ -23,6 +23,11 @@ void deliver(const std::string& text);
 /// \throw whatever a listener throws
 void deliverFor(const LogMessage& message, const char* reason);
 
+/// Counts and reports a failure that is not one of a message.
+/// \param activity what has failed, in a word
+/// \throw whatever a listener throws
+void deliverWithoutMessage(const std::string& activity, const std::string& reason);
+
 } // namespace FailureReport
 } // namespace Log
 } // namespace ZAV

@@ -9,7 +9,9 @@
 namespace ZAV {
 namespace Log {
 
-AppenderValues::AppenderValues(const std::string& appenderName) : name(appenderName), file(appenderName) {
+AppenderValues::AppenderValues(const std::string& appenderName, unsigned reader)
+    : name(appenderName),
+      file(reader == READ_BY_ROLLING_FILE_APPENDER ? appenderName + ".log" : appenderName) {
     for (const ConfigurationKey& key : configurationKeys()) {
         if (key.read != nullptr && key.byDefault.isValue) {
             const std::string text = key.byDefault.text;
@@ -22,12 +24,16 @@ AppenderValues::AppenderValues(const std::string& appenderName) : name(appenderN
 
 AppenderValues::AppenderValues(const std::string& appenderName, unsigned reader,
                                const Util::Properties& properties)
-    : AppenderValues(appenderName) {
+    : AppenderValues(appenderName, reader) {
     for (const ConfigurationKey& key : configurationKeys()) {
         if ((key.readers & reader) != 0) {
             read(key, properties);
         }
     }
+    requireColumns();
+}
+
+void AppenderValues::requireColumns() const {
     if (layout == LayoutName::FIELDS && columns.empty()) {
         throw LogException("Wrong value for the " + name + "." + AppenderSetting::FIELDS + " property: ");
     }

@@ -22,16 +22,23 @@ namespace Log {
 
 struct ConfigurationKey;
 
+/// When a file is rolled whatever its size, in local time.
+enum class RollMoment { NEVER, HOUR, MIDNIGHT };
+
 /// What the keys "appender.<name>.*" of one appender say. What a key means, and what holds without it, stands
 /// in the table of keys alone.
 struct AppenderValues {
     /// Every value as it is without its key.
-    explicit AppenderValues(const std::string& appenderName);
+    /// \param reader the bit of `KeyReaders` of the appender's class; 0 if that makes no difference
+    explicit AppenderValues(const std::string& appenderName, unsigned reader = 0);
 
     /// The values of a configuration, read in the order of the table.
     /// \param reader the bit of `KeyReaders` of the appender's class, whose keys are read and no others
     /// \throw LogException for the first value that is rejected
     AppenderValues(const std::string& appenderName, unsigned reader, const Util::Properties& properties);
+
+    /// \throw LogException if the layout shows columns and none is named
+    void requireColumns() const;
 
     /// Takes the value of one key, if the properties have it and the key that it needs.
     /// \throw LogException if the value is rejected
@@ -68,6 +75,14 @@ struct AppenderValues {
     std::optional<unsigned> fileMode;      ///< the permissions of a file that is made
     bool followLinks = true;
     bool writesBatches = false; ///< whether the lines of a round of the consumer are one write
+
+    // Of a `RollingFileAppender`; 0: no limit
+    std::uint64_t rollSize = 0; ///< bytes
+    RollMoment rollAt = RollMoment::NEVER;
+    std::uint64_t keepFiles = 0;
+    std::uint64_t keepSize = 0; ///< bytes
+    Util::TimeUtils::Time keepTime;
+    bool packs = false;
 };
 
 } // namespace Log

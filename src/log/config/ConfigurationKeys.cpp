@@ -4,6 +4,7 @@
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/StringUtils.h"
+#include "zav-util/UtilException.h"
 
 #include <algorithm>
 #include <cctype>
@@ -44,6 +45,29 @@ std::optional<Time> readLifetime(const std::string& text, const std::string& uni
     return count.isNumber ? std::optional<Time>(lifetime) : std::nullopt;
 }
 
+std::optional<RollMoment> readRollMoment(const std::string& text) {
+    if (text == "hour") {
+        return RollMoment::HOUR;
+    }
+    return text == "midnight" ? std::optional<RollMoment>(RollMoment::MIDNIGHT) : std::nullopt;
+}
+
+std::optional<bool> readCompression(const std::string& text) {
+    if (text == "gzip") {
+        return true;
+    }
+    return text == "none" ? std::optional<bool>(false) : std::nullopt;
+}
+
+/// \throw UtilException with the text if it has no value
+template <typename Value>
+Value orReject(const std::optional<Value>& value, const std::string& text) {
+    if (!value) {
+        throw Util::UtilException(text);
+    }
+    return *value;
+}
+
 /// \return a value, or nothing if the default stays
 template <ValueForm form>
 auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed) {
@@ -71,6 +95,16 @@ auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed)
         return std::optional<LayoutName>(readLayout(text));
     } else if constexpr (form == ValueForm::COLUMNS) {
         return readColumns(text);
+    } else if constexpr (form == ValueForm::SIZE_LIMIT) {
+        return std::optional(orReject(readSizeLimit(text), text));
+    } else if constexpr (form == ValueForm::TIME_LIMIT) {
+        return std::optional(orReject(readTimeLimit(text), text));
+    } else if constexpr (form == ValueForm::COUNT_LIMIT) {
+        return std::optional(orReject(readCountLimit(text), text));
+    } else if constexpr (form == ValueForm::ROLL_MOMENT) {
+        return std::optional(orReject(readRollMoment(text), text));
+    } else if constexpr (form == ValueForm::COMPRESSION) {
+        return std::optional(orReject(readCompression(text), text));
     } else {
         static_assert(form == ValueForm::TEXT);
         return text;
@@ -109,8 +143,9 @@ constexpr ConfigurationKey unitOf(const char* number, const char* name, ValueFor
 }
 
 constexpr ConfigurationKey option(const char* name, ValueForm form, const char* values,
-                                  DefaultValue byDefault, const char* meaning) {
-    return {KeySection::DISPATCHER, name, READ_BY_DISPATCHER, form, nullptr, values, byDefault, meaning};
+                                  DefaultValue byDefault, const char* meaning,
+                                  const char* neededKey = nullptr) {
+    return {KeySection::DISPATCHER, name, READ_BY_DISPATCHER, form, neededKey, values, byDefault, meaning};
 }
 
 constexpr ConfigurationKey KEYS[] = {
@@ -122,8 +157,9 @@ constexpr ConfigurationKey KEYS[] = {
      "how long a level below `WARNING` lasts; 0: for ever"},
 
     {KeySection::APPENDER, "", READ_BY_APPENDERS, ValueForm::CLASS_NAME, nullptr,
-     "`StdoutAppender`, `FileAppender`, `SimpleFileAppender`, or a class of the program's own", means(""),
-     "declares the appender"},
+     "`StdoutAppender`, `FileAppender`, `SimpleFileAppender`, `RollingFileAppender`, or a class of the "
+     "program's own",
+     means(""), "declares the appender"},
     setting<ValueForm::BOOLEAN, &Values::asynchronous>(
         AppenderSetting::ASYNCHRONOUS, READ_BY_APPENDERS, "`true` or `false`", value("false"),
         "whether the consumer thread writes it, not the thread that logs"),
@@ -158,7 +194,8 @@ constexpr ConfigurationKey KEYS[] = {
     setting<ValueForm::TEXT, &Values::dir>(AppenderSetting::DIR, READ_BY_FILE_APPENDERS, "path", value("."),
                                            "the folder, which must exist"),
     setting<ValueForm::TEXT, &Values::file>(
-        AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, "text", means("`A`"),
+        AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, "text",
+        means("`A`; for `RollingFileAppender` `A.log`"),
         "the file; for `FileAppender` the name to which a digit is added"),
     setting<ValueForm::LEADING_UNSIGNED, &Values::fileNumber>(
         AppenderSetting::FILE_NUMBER, READ_BY_FILE_APPENDER, "number", value("3"),
@@ -175,7 +212,7 @@ constexpr ConfigurationKey KEYS[] = {
         "fileMaxLifetimeUnit"),
     unitOf("fileMaxLifetime", "fileMaxLifetimeUnit", ValueForm::LIFETIME_UNIT, "`m`, `h` or `d`",
            "the unit of `fileMaxLifetime`"),
-    setting<ValueForm::PERIOD, &Values::recovery>("recovery", READ_BY_FILE_APPENDER,
+    setting<ValueForm::PERIOD, &Values::recovery>("recovery", READ_BY_LIVE_FILE_APPENDERS,
                                                   "number and unit, as for `expiration`", means("never"),
                                                   "how often a failed or vanished live file is checked for "
                                                   "and reopened, see [Recovery](#recovery); 0 or "
@@ -192,6 +229,26 @@ constexpr ConfigurationKey KEYS[] = {
         "see "
         "[One write for many lines](#one-write-for-many-lines)"),
 
+    setting<ValueForm::SIZE_LIMIT, &Values::rollSize>(
+        "rollSize", READ_BY_ROLLING_FILE_APPENDER, "number and unit: `B`, `KB`, `MB`, `GB`",
+        means("no limit"),
+        "the size that a live file may have, see [Rolled files](#rolled-files); 0 or below: no limit"),
+    setting<ValueForm::ROLL_MOMENT, &Values::rollAt>("rollAt", READ_BY_ROLLING_FILE_APPENDER,
+                                                     "`hour` or `midnight`", means("never"),
+                                                     "begins a new file with each hour or day of local time"),
+    setting<ValueForm::COUNT_LIMIT, &Values::keepFiles>(
+        "keepFiles", READ_BY_ROLLING_FILE_APPENDER, "number", means("no limit"),
+        "how many rolled files are kept; 0 or below: no limit"),
+    setting<ValueForm::SIZE_LIMIT, &Values::keepSize>(
+        "keepSize", READ_BY_ROLLING_FILE_APPENDER, "number and unit, as for `rollSize`", means("no limit"),
+        "the size that the live file and all rolled ones may have together; 0 or below: no limit"),
+    setting<ValueForm::TIME_LIMIT, &Values::keepTime>(
+        "keepTime", READ_BY_ROLLING_FILE_APPENDER, "number and unit, as for `expiration`", means("no limit"),
+        "how long a rolled file is kept; 0 or below: no limit"),
+    setting<ValueForm::COMPRESSION, &Values::packs>(
+        "compress", READ_BY_ROLLING_FILE_APPENDER, "`none` or `gzip`", value("none"),
+        "whether rolled files are packed, by a thread of its own"),
+
     option(DispatcherOption::MAX_QUEUE_SIZE, ValueForm::WHOLE_NUMBER, "number", value("1024"),
            "the limit of the queue: at most one message fewer waits; below 0: no limit"),
     option(DispatcherOption::WAITING_PERIOD, ValueForm::WHOLE_NUMBER, "number of seconds", value("2"),
@@ -203,9 +260,10 @@ constexpr ConfigurationKey KEYS[] = {
            "what a full queue does: push the oldest message out, or let the thread that logs wait"),
     option(DispatcherOption::QUEUE_FILE, ValueForm::TEXT, "path", means("the queue is in memory"),
            "a file in which the queue outlives the process, until the next start or `zav-log recover` "
-           "delivers it"),
-    option(DispatcherOption::QUEUE_FILE_SIZE, ValueForm::BYTE_SIZE, "number and `B`, `KB`, `MB` or `GB`",
-           value("16 MB"), "how much a new `queueFile` may hold"),
+           "delivers it, see [A queue that survives](#a-queue-that-survives)"),
+    option(DispatcherOption::QUEUE_FILE_SIZE, ValueForm::BYTE_SIZE, "number and unit, as for `rollSize`",
+           value("16 MB"), "how much a new `queueFile` may hold, 64 KB at least",
+           DispatcherOption::QUEUE_FILE),
 };
 
 /// The library's own classes of appenders.
@@ -216,6 +274,7 @@ constexpr struct {
     {AppenderClass::STDOUT, READ_BY_STDOUT_APPENDER},
     {AppenderClass::FILE_SERIES, READ_BY_FILE_APPENDER},
     {AppenderClass::SINGLE_FILE, READ_BY_SIMPLE_FILE_APPENDER},
+    {AppenderClass::ROLLED_FILE, READ_BY_ROLLING_FILE_APPENDER},
 };
 
 } // namespace

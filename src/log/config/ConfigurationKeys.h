@@ -22,7 +22,9 @@ enum KeyReaders : unsigned {
     READ_BY_SIMPLE_FILE_APPENDER = 8,
     READ_BY_DISPATCHER = 16,
     READ_BY_REGISTERED_CLASS = 32, ///< one that the application registers
-    READ_BY_FILE_APPENDERS = READ_BY_FILE_APPENDER | READ_BY_SIMPLE_FILE_APPENDER,
+    READ_BY_ROLLING_FILE_APPENDER = 64,
+    READ_BY_LIVE_FILE_APPENDERS = READ_BY_FILE_APPENDER | READ_BY_ROLLING_FILE_APPENDER,
+    READ_BY_FILE_APPENDERS = READ_BY_LIVE_FILE_APPENDERS | READ_BY_SIMPLE_FILE_APPENDER,
     READ_BY_APPENDERS = READ_BY_STDOUT_APPENDER | READ_BY_FILE_APPENDERS | READ_BY_REGISTERED_CLASS
 };
 
@@ -42,11 +44,16 @@ enum class ValueForm {
     LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. A needed key is its unit
     LEADING_SIGNED,   ///< `readLeadingSigned`, a number of the units of the needed key; the same
     SIZE_UNIT,        ///< `readSizeUnit`
-    BYTE_SIZE,        ///< `readByteSize`; anything else is reported and left out
+    BYTE_SIZE,        ///< `readSizeLimit`; anything else, and 0 or less, is reported and left out
     LIFETIME_UNIT,    ///< `readLifetimeUnit`
     FILE_MODE,        ///< `readFileMode`; anything else counts as absent
     LAYOUT,           ///< `readLayout`; anything else is an error
-    COLUMNS           ///< `readColumns`; anything else is an error
+    COLUMNS,          ///< `readColumns`; anything else is an error
+    SIZE_LIMIT,       ///< `readSizeLimit`; what is none is an error, as in the next four forms
+    TIME_LIMIT,       ///< `readTimeLimit`
+    COUNT_LIMIT,      ///< `readCountLimit`
+    ROLL_MOMENT,      ///< `hour` or `midnight`
+    COMPRESSION       ///< `none` or `gzip`
 };
 
 /// What holds without a key.

@@ -11,6 +11,7 @@ namespace AppenderClass {
 constexpr char STDOUT[] = "StdoutAppender";
 constexpr char FILE_SERIES[] = "FileAppender";
 constexpr char SINGLE_FILE[] = "SimpleFileAppender";
+constexpr char ROLLED_FILE[] = "RollingFileAppender";
 } // namespace AppenderClass
 
 /// The attributes of a logger: "logger.<name>.<attribute>".

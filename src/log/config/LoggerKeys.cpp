@@ -1,10 +1,16 @@
 #include "log/config/LoggerKeys.h"
 
 #include "log/config/KeyNames.h"
+#include "zav-util/Conversions.h"
+#include "zav-util/Properties.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <iterator>
+#include <new>
 
 namespace ZAV {
 namespace Log {
@@ -34,6 +40,11 @@ std::vector<std::string> selectAndOrder(const std::vector<std::string>& keys) {
     return ordered;
 }
 
+Util::TimeUtils::Time toMinutes(const std::string& value) {
+    const std::int64_t minutes = Util::toInteger(value);
+    return Util::TimeUtils::Time(static_cast<std::uint64_t>(minutes), Util::TimeUtils::MIN);
+}
+
 } // namespace
 
 std::vector<LoggerKey> orderLoggerKeys(const std::vector<std::string>& keys) {
@@ -46,6 +57,30 @@ std::vector<LoggerKey> orderLoggerKeys(const std::vector<std::string>& keys) {
         }
     }
     return loggerKeys;
+}
+
+LoggerValue readLoggerValue(const LoggerKey& key, const Util::Properties& properties) {
+    std::string text;
+    properties.getProperty(key.key, text);
+    LoggerValue value;
+    if (key.attribute == LoggerAttribute::LEVEL) {
+        value.level = Level::fromString(text);
+    } else if (key.attribute == LoggerAttribute::EXPIRATION) {
+        value.expiration = toMinutes(text);
+    }
+    return value;
+}
+
+void forEachLoggerKey(const Util::Properties& properties, const std::function<void(const LoggerKey&)>& use) {
+    for (const LoggerKey& key : orderLoggerKeys(properties.getKeys())) {
+        try {
+            use(key);
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception& exception) {
+            Util::writeErrorLine("Exception parsing property " + key.key + ": " + exception.what());
+        }
+    }
 }
 
 } // namespace Log

@@ -63,6 +63,30 @@ Value valueNamed(std::string_view name, const std::pair<std::string_view, Value>
     return found->second;
 }
 
+constexpr std::pair<std::string_view, Column> COLUMNS[] = {
+    {"time", Column::TIME},       {"utc", Column::UTC},       {"level", Column::LEVEL},
+    {"logger", Column::LOGGER},   {"thread", Column::THREAD}, {"process", Column::PROCESS},
+    {"pid", Column::PID},         {"host", Column::HOST},     {"place", Column::PLACE},
+    {"context", Column::CONTEXT}, {"values", Column::VALUES}, {"message", Column::MESSAGE},
+    {"text", Column::TEXT},
+};
+
+/// \param unitOf gives what a word stands for, or nothing
+template <typename UnitOf>
+std::optional<std::uint64_t> readLimit(const std::string& text, UnitOf unitOf) {
+    const std::vector<std::string> pieces = Util::split(text, ' ');
+    if (pieces.size() < 2) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> count = readCountLimit(pieces[0]);
+    const std::optional<std::uint64_t> unit = unitOf(pieces[1]);
+    if (!count || !unit) {
+        return std::nullopt;
+    }
+    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+    return *count > LARGEST / *unit ? LARGEST : *count * *unit;
+}
+
 } // namespace
 
 LeadingNumber<std::uint64_t> readLeadingUnsigned(const std::string& text) {
@@ -85,20 +109,6 @@ std::optional<std::uint64_t> readSizeUnit(const std::string& word) {
         return KILO * KILO;
     }
     return word == "GB" ? std::optional<std::uint64_t>(KILO * KILO * KILO) : std::nullopt;
-}
-
-std::uint64_t readByteSize(const std::string& text) {
-    const std::size_t end = text.find_first_not_of("0123456789");
-    const std::size_t unitBegin = end == std::string::npos ? end : text.find_first_not_of(' ', end);
-    const std::optional<std::uint64_t> unit =
-        unitBegin == std::string::npos ? std::nullopt : readSizeUnit(text.substr(unitBegin));
-    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text.substr(0, end));
-    if (!unit || end == 0 || count.value == 0) {
-        throw Util::UtilException(text);
-    }
-    return count.value > std::numeric_limits<std::uint64_t>::max() / *unit
-               ? std::numeric_limits<std::uint64_t>::max()
-               : count.value * *unit;
 }
 
 std::optional<TimeUnit> readLifetimeUnit(const std::string& word) {
@@ -137,6 +147,24 @@ Time readPeriod(const std::string& text) {
     return Time(static_cast<std::uint64_t>(count), unit.value_or(DEFAULT_PERIOD_UNIT));
 }
 
+std::optional<std::uint64_t> readCountLimit(const std::string& text) {
+    const LeadingNumber<std::uint64_t> number = readLeadingUnsigned(text);
+    const bool isNegative = text.find('-') != std::string::npos;
+    return number.isWhole ? std::optional<std::uint64_t>(isNegative ? 0 : number.value) : std::nullopt;
+}
+
+std::optional<std::uint64_t> readSizeLimit(const std::string& text) {
+    return readLimit(text, [](const std::string& word) { return readSizeUnit(word); });
+}
+
+std::optional<Time> readTimeLimit(const std::string& text) {
+    const auto microseconds = readLimit(text, [](const std::string& word) {
+        const std::optional<TimeUnit> unit = readPeriodUnit(word);
+        return unit ? std::optional<std::uint64_t>(Time(1, *unit).microseconds()) : std::nullopt;
+    });
+    return microseconds ? std::optional<Time>(Time(*microseconds, USEC)) : std::nullopt;
+}
+
 std::optional<unsigned> readFileMode(const std::string& text) {
     constexpr unsigned ALL_PERMISSIONS = 0777;
     constexpr std::size_t MOST_DIGITS = 4;
@@ -165,14 +193,15 @@ LayoutName readLayout(const std::string& text) {
     return valueNamed(text, LAYOUTS, text);
 }
 
+std::vector<std::string_view> columnNames() {
+    std::vector<std::string_view> names;
+    for (const auto& named : COLUMNS) {
+        names.push_back(named.first);
+    }
+    return names;
+}
+
 std::vector<Column> readColumns(const std::string& text) {
-    static constexpr std::pair<std::string_view, Column> COLUMNS[] = {
-        {"time", Column::TIME},       {"utc", Column::UTC},       {"level", Column::LEVEL},
-        {"logger", Column::LOGGER},   {"thread", Column::THREAD}, {"process", Column::PROCESS},
-        {"pid", Column::PID},         {"host", Column::HOST},     {"place", Column::PLACE},
-        {"context", Column::CONTEXT}, {"values", Column::VALUES}, {"message", Column::MESSAGE},
-        {"text", Column::TEXT},
-    };
     std::vector<Column> columns;
     for (const std::string& name : Util::split(text, ' ')) {
         columns.push_back(valueNamed(name, COLUMNS, text));

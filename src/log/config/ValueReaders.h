@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -31,11 +32,6 @@ LeadingNumber<std::int32_t> readLeadingSigned(const std::string& text);
 std::optional<std::uint64_t> readSizeUnit(const std::string& word);
 constexpr std::uint64_t DEFAULT_SIZE_UNIT = 1;
 
-/// Reads a number and a unit of size, with or without spaces in between; one beyond 64 bits is the largest.
-/// \return bytes
-/// \throw UtilException with the text if it is none, or 0 or less
-std::uint64_t readByteSize(const std::string& text);
-
 /// \return the unit that "m", "h" or "d" names; nothing for another word, which counts as "m"
 std::optional<Util::TimeUtils::TimeUnit> readLifetimeUnit(const std::string& word);
 constexpr Util::TimeUtils::TimeUnit DEFAULT_LIFETIME_UNIT = Util::TimeUtils::MIN;
@@ -50,6 +46,18 @@ constexpr Util::TimeUtils::TimeUnit DEFAULT_PERIOD_UNIT = Util::TimeUtils::MIN;
 /// \throw UtilException if the count is missing or no whole number
 Util::TimeUtils::Time readPeriod(const std::string& text);
 
+// Limits: 0 and negative ones are none, and one too large for its type is the largest. The unit is a word
+// behind the number; what follows that is ignored, as it is in a period.
+
+/// \return bytes; nothing without a whole number and a unit that `readSizeUnit` knows
+std::optional<std::uint64_t> readSizeLimit(const std::string& text);
+
+/// \return nothing without a whole number and a unit that `readPeriodUnit` knows
+std::optional<Util::TimeUtils::Time> readTimeLimit(const std::string& text);
+
+/// \return nothing if the text is no whole number
+std::optional<std::uint64_t> readCountLimit(const std::string& text);
+
 /// \return the permissions that up to four octal digits name, from 0 to 777; nothing for another text
 std::optional<unsigned> readFileMode(const std::string& text);
 
@@ -58,6 +66,9 @@ std::optional<bool> readBoolean(const std::string& text);
 
 /// \throw UtilException with the text if it names no layout
 LayoutName readLayout(const std::string& text);
+
+/// \return the names of all columns
+std::vector<std::string_view> columnNames();
 
 /// Reads names of columns, separated by spaces.
 /// \throw UtilException with the text if it names none, or if a name is no column's

@@ -27,6 +27,8 @@ public:
     /// Sets the level in force and starts its period anew.
     void setLevel(Level::LogLevel level);
 
+    void restore() override { setLevel(defaultLevel_); }
+
 private:
     bool passes(const LogMessage& message) override;
     State ownStateAt(Time time) const override;

@@ -22,6 +22,12 @@ public:
 
     State stateAt(Time time) const;
 
+    /// \return whether a command has lowered the level
+    bool isLowered(Time time) const { return ownStateAt(time).until != Time(); }
+
+    /// Takes a level that a command has lowered back to the configured one.
+    virtual void restore() {}
+
 private:
     /// \return whether the filter by itself accepts a message
     virtual bool passes(const LogMessage& message) = 0;

@@ -107,6 +107,7 @@ bool isWritten(const TaggedValue& value) {
     case TaggedValue::Kind::SIGNED:
     case TaggedValue::Kind::UNSIGNED:
     case TaggedValue::Kind::BOOLEAN:
+    case TaggedValue::Kind::NUMBER:
         return true;
     case TaggedValue::Kind::DOUBLE:
         return std::isfinite(value.doubleNumber);

@@ -14,7 +14,8 @@ struct ProcessDescription {
     std::string_view host;
 };
 
-/// Has the calling thread's lines show another process while it lives, as for messages that this one has left.
+/// Has the calling thread's lines show another process while it lives, as for messages that this one has
+/// left.
 class ShownProcess {
 public:
     /// \param process with texts that outlive the object

@@ -5,8 +5,8 @@
 namespace ZAV {
 namespace Log {
 
-/// How many messages an appender has failed to write since the library was loaded, whether or not the failure
-/// could be reported.
+/// How many messages an appender has failed to write since the library was loaded, and how often it could not
+/// roll, pack or delete a file, whether or not the failure could be reported.
 namespace FailureCount {
 
 void add() noexcept;

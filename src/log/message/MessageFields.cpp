@@ -24,14 +24,14 @@ LogMessage MessageFields::makeMessage() const {
 }
 
 void MessageFields::takeTexts(const LogMessage& message) noexcept {
-    const std::string_view whole = message.text_;
+    const MessageFields taken(message);
     form = TextForm::READY;
-    text = whole.substr(0, message.messageSize_);
-    pairsText = whole.substr(message.messageSize_);
-    file = message.file_;
-    values = message.values_;
-    context = message.context_;
-    thread = message.thread_;
+    text = taken.text;
+    pairsText = taken.pairsText;
+    file = taken.file;
+    values = taken.values;
+    context = taken.context;
+    thread = taken.thread;
 }
 
 ReadyText::ReadyText(const MessageFields& message) : view_(message.text) {

@@ -41,10 +41,11 @@ struct MessageFields {
           file(from.file), type(LOG), logger(origin), form(textForm), place(&from) {}
 
     MessageFields(const LogMessage& message)
-        : MessageFields(message.getLoggerName(), message.getTime(), message.getLevel(), message.getText(),
-                        message.getLine(), message.getFile(), message.getType()) {
-        takeTexts(message);
-    }
+        : loggerName(message.loggerName_), time(message.time_), level(message.level_),
+          text(message.text_.data(), message.messageSize_), line(message.line_), file(message.file_),
+          type(message.type_), logger(nullptr), values(message.values_), context(message.context_),
+          pairsText(message.text_.data() + message.messageSize_, message.text_.size() - message.messageSize_),
+          thread(message.thread_) {}
 
     /// Refers to the texts and pairs of a message from now on, but not to its logger's name.
     void takeTexts(const LogMessage& message) noexcept;

@@ -106,11 +106,11 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
     message.text_.clear(); // which takes fewer steps than assigning
     message.text_.append(ReadyText(fields).view());
     message.messageSize_ = message.text_.size();
-    appendPairs(message.text_, fields.values, message.text_.empty());
-    if (message.values_ != fields.values) {
+    if (!fields.values.empty() || !message.values_.empty()) {
+        appendPairs(message.text_, fields.values, message.text_.empty());
         message.values_.assign(fields.values);
     }
-    if (message.context_ != fields.context) {
+    if ((!fields.context.empty() || !message.context_.empty()) && message.context_ != fields.context) {
         message.context_.assign(fields.context);
     }
     message.thread_ = fields.thread;

@@ -28,7 +28,7 @@ std::string_view bytesOf(const Value& value) {
 
 /// A size in whole slots.
 std::size_t slotSize(std::uint64_t size) {
-    return static_cast<std::size_t>(std::max<std::uint64_t>(size / SLOT, LEAST_SLOTS)) * SLOT;
+    return static_cast<std::size_t>(std::clamp<std::uint64_t>(size / SLOT, LEAST_SLOTS, MOST_SLOTS)) * SLOT;
 }
 
 Head makeHead(std::size_t size) {
@@ -63,7 +63,7 @@ void QueueFileMark::set(std::uint64_t number) noexcept {
 }
 
 QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
-    : path_(path), run_(makeRun()), generation_(Platform::forkGeneration()) {
+    : path_(path), run_(makeRun()), generation_(Platform::forkGeneration()), life_(run_) {
     const std::size_t wholeSize = size == 0 ? 0 : slotSize(size);
     const Head head = makeHead(wholeSize);
     std::string problem;
@@ -105,7 +105,7 @@ void QueueFile::begin() {
     run.processId = process.id;
     run.begin = now.microseconds();
     run.programLength = static_cast<std::uint32_t>(process.program.size());
-    note(std::string(bytesOf(run)) + std::string(process.program) + std::string(process.host));
+    runNote_.assign(bytesOf(run)).append(process.program).append(process.host);
 }
 
 // Slots
@@ -122,8 +122,10 @@ std::size_t QueueFile::findFree(std::size_t slots) const noexcept {
     return 0;
 }
 
+/// Messages leave room for what tells the next process of this one, and for what that one marks.
 char* QueueFile::takeSlots(BlockKind kind, std::size_t slots) noexcept {
-    const std::size_t slot = findFree(slots);
+    const std::size_t kept = kind == MESSAGES ? std::max(isUsed_.size() / 32, LEAST_SLOTS / 2) : 0;
+    const std::size_t slot = used_ + slots + kept < isUsed_.size() ? findFree(slots) : 0;
     if (slot == 0) {
         return nullptr;
     }
@@ -138,7 +140,10 @@ char* QueueFile::takeSlots(BlockKind kind, std::size_t slots) noexcept {
     used_ += slots;
     char* const block = file_.bytes() + slot * SLOT;
     reinterpret_cast<Frame*>(block + BODY)->word = 0;
-    publish(reinterpret_cast<BlockHead*>(block)->word, blockWord(kind, slots));
+    auto* const head = reinterpret_cast<BlockHead*>(block);
+    const std::uint64_t word = blockWord(kind, slots, ++life_);
+    publish(head->copy, word);
+    publish(head->word, word);
     return block;
 }
 
@@ -147,7 +152,7 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
         return reinterpret_cast<BlockHead*>(file_.bytes() + any * SLOT)->word;
     };
     publish(wordOf(slot),
-            blockWord(FREED, slots)); // so that whoever comes amid the others does not look at them
+            blockWord(FREED, slots, 0)); // so that whoever comes amid the others does not look at them
     for (std::size_t freed = slot + slots; freed-- > slot;) {
         publish(wordOf(freed), 0);
         isUsed_[freed] = false;
@@ -183,10 +188,12 @@ void QueueFile::forgetEarlier() {
     if (earlier_ == nullptr) {
         return;
     }
-    // The process may end at any of these steps: nothing waits from here on, and a run that is still known
-    // says so.
-    for (const auto& known : earlier_->runs()) {
-        earlierDone(known.first).set(std::numeric_limits<std::uint64_t>::max());
+    // The process may end at any of these steps: nothing waits from here on, and what may still be found of a
+    // run says so.
+    for (const auto& [run, known] : earlier_->runs()) {
+        if (known.begin != 0) {
+            earlierDone(run).set(std::numeric_limits<std::uint64_t>::max());
+        }
     }
     for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
         for (const StoredQueue::Block& block : earlier_->blocks()) {
@@ -210,11 +217,11 @@ bool QueueFile::note(std::string_view payload) noexcept {
             if (block == nullptr) {
                 return false;
             }
-            copy = {block + BODY, block + slots * SLOT};
+            copy = {reinterpret_cast<const BlockHead*>(block)->word, block + BODY, block + slots * SLOT};
         }
         std::memcpy(copy.next + sizeof(Frame), payload.data(), payload.size());
         const bool isLast = static_cast<std::size_t>(copy.end - copy.next) < size + sizeof(Frame);
-        writeFrame(copy.next, frameWord(run_, payload.size(), true), payload, isLast);
+        writeFrame(copy.block, copy.next, frameWord(run_, payload.size(), true), payload, isLast);
         copy.next += size;
     }
     return true;
@@ -224,6 +231,10 @@ bool QueueFile::describe(const MessageFields& message) {
     const std::uint64_t logger = reinterpret_cast<std::uintptr_t>(message.loggerName.data());
     const std::uint64_t place = reinterpret_cast<std::uintptr_t>(message.place);
     const ScopedLock lock(lock_);
+    if (!runNote_.empty() && !note(runNote_)) {
+        return false;
+    }
+    runNote_.clear();
     if (logger != 0 && described_.count(logger) == 0) {
         const LoggerNote head = {LOGGER, 0, logger};
         if (!note(std::string(bytesOf(head)) + std::string(message.loggerName))) {

@@ -82,7 +82,8 @@ public:
         return isHalfFull_.load(std::memory_order_relaxed) && isHalfFull_.exchange(false);
     }
 
-    /// Sees to it that the file says what the addresses of the message's logger and place stand for.
+    /// Sees to it that the file says which process this is and what the addresses of the message's logger and
+    /// place stand for.
     /// \return false if it is full
     /// \throw std::bad_alloc
     bool describe(const MessageFields& message);
@@ -105,6 +106,7 @@ private:
 
     /// Where the next note goes, in one of the two copies.
     struct NoteEnd {
+        std::uint64_t block = 0; ///< the word that the block begins with
         char* next = nullptr;
         char* end = nullptr;
     };
@@ -125,6 +127,8 @@ private:
     std::vector<QueueFileFormat::Mark*> marks_ ZAV_LOG_GUARDED_BY(lock_); ///< in use
     QueueFileFormat::Mark* nextMark_ ZAV_LOG_GUARDED_BY(lock_) = nullptr;
     std::size_t marksLeft_ ZAV_LOG_GUARDED_BY(lock_) = 0;
+    std::uint32_t life_ ZAV_LOG_GUARDED_BY(lock_);                          ///< of the block taken last
+    std::string runNote_ ZAV_LOG_GUARDED_BY(lock_);                         ///< until it is in the file
     std::unordered_set<std::uint64_t> described_ ZAV_LOG_GUARDED_BY(lock_); ///< addresses
 };
 

@@ -24,6 +24,10 @@ inline std::uint64_t keyOf(std::string_view appenderName) noexcept {
     return XXH3_64bits(appenderName.data(), appenderName.size());
 }
 
+inline std::uint64_t checkOf(std::uint64_t block, std::uint64_t word, std::string_view payload) noexcept {
+    return checkOf(block ^ word, payload);
+}
+
 inline std::uint64_t checkOf(const Mark& mark) noexcept {
     return checkOf(mark.word, {reinterpret_cast<const char*>(&mark.key), sizeof mark.key});
 }
@@ -33,14 +37,16 @@ inline std::uint64_t checkOf(const Head& head) noexcept {
 }
 
 /// Writes a record.
+/// \param block the word that its block begins with
 /// \param place where it goes, a multiple of its alignment
 /// \param isLast whether there is no room for another one behind it
-inline void writeFrame(char* place, std::uint64_t word, std::string_view payload, bool isLast) noexcept {
+inline void writeFrame(std::uint64_t block, char* place, std::uint64_t word, std::string_view payload,
+                       bool isLast) noexcept {
     auto* const frame = reinterpret_cast<Frame*>(place);
     if (!isLast) {
         reinterpret_cast<Frame*>(place + recordSize(payload.size()))->word = 0;
     }
-    frame->check = checkOf(word, payload);
+    frame->check = checkOf(block, word, payload);
     publish(frame->word, word);
 }
 

@@ -36,7 +36,7 @@ constexpr std::uint32_t BYTE_ORDER_MARK = 0x01020304;
 /// in none.
 struct BlockHead {
     std::uint64_t word; ///< see `blockWord`
-    std::uint64_t unused;
+    std::uint64_t copy; ///< the same, written before it
 };
 
 enum BlockKind : std::uint32_t {
@@ -46,20 +46,29 @@ enum BlockKind : std::uint32_t {
     FREED = 4 ///< its other slots may not be empty yet
 };
 
-/// The kind, the number of slots, and a mixture of both to tell the word from others by.
-constexpr std::uint64_t blockWord(std::uint32_t kind, std::uint64_t slots) {
-    const std::uint64_t content = static_cast<std::uint64_t>(kind) << 32U | (slots & 0xFFFFFFFFU);
-    return (content * 0x9E3779B97F4A7C15U & 0xFFFFFF0000000000U) | content;
+/// The number of slots in the lowest 24 bits, then the kind in 4, the number of the block's life in 24, and a
+/// mixture of all to tell the word from others by. Memory is used again as it is: the life, which goes into
+/// the check of each record, tells the records of a block from those of an earlier one in its place.
+constexpr std::uint64_t blockWord(std::uint32_t kind, std::uint64_t slots, std::uint32_t life) {
+    const std::uint64_t content = static_cast<std::uint64_t>(life & 0xFFFFFFU) << 28U |
+                                  static_cast<std::uint64_t>(kind & 0xFU) << 24U | (slots & 0xFFFFFFU);
+    return (content * 0x9E3779B97F4A7C15U & 0xFFF0000000000000U) | content;
 }
 
+constexpr std::size_t MOST_SLOTS = 0xFFFFFF;
+
 constexpr std::uint32_t kindIn(std::uint64_t word) {
-    return static_cast<std::uint32_t>(word >> 32U & 0xFFU);
+    return static_cast<std::uint32_t>(word >> 24U & 0xFU);
 }
 constexpr std::size_t slotsIn(std::uint64_t word) {
-    return static_cast<std::size_t>(word & 0xFFFFFFFFU);
+    return static_cast<std::size_t>(word & 0xFFFFFFU);
+}
+constexpr std::uint32_t lifeIn(std::uint64_t word) {
+    return static_cast<std::uint32_t>(word >> 28U & 0xFFFFFFU);
 }
 constexpr bool isBlock(std::uint64_t word) {
-    return word != 0 && slotsIn(word) != 0 && word == blockWord(kindIn(word), slotsIn(word));
+    return slotsIn(word) != 0 && kindIn(word) >= MESSAGES && kindIn(word) <= FREED &&
+           word == blockWord(kindIn(word), slotsIn(word), lifeIn(word));
 }
 
 /// Where the records or marks of a block begin; what lies between is the writer's own.
@@ -68,8 +77,8 @@ constexpr std::size_t BODY = 48;
 /// Begins a record, which lies at a multiple of its alignment. The payload follows, and a 0 in the place of
 /// the next record's first word, before the word that makes the record valid is written.
 struct Frame {
-    std::uint64_t word; ///< the run in the upper half, the size of the payload in the lower one
-    std::uint64_t check;
+    std::uint64_t word;  ///< the run in the upper half, the size of the payload in the lower one
+    std::uint64_t check; ///< of it, of the payload and of the block's word
 };
 
 constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U;

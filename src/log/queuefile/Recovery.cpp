@@ -2,6 +2,7 @@
 
 #include "log/Appender.h"
 #include "log/LogMessage.h"
+#include "log/async/BatchAppender.h"
 #include "log/layout/ProcessDescription.h"
 #include "log/message/FailureCount.h"
 #include "log/queuefile/QueueFile.h"
@@ -40,6 +41,10 @@ public:
         if (hasStopped_ || !stored.isWaitingFor(appender_.getName())) {
             return false;
         }
+        if (auto* const lines = dynamic_cast<BatchAppender*>(&appender_); lines != nullptr && !hasBegun_) {
+            lines->endTornLine();
+        }
+        hasBegun_ = true;
         const bool isWritten = Log::give(appender_, message);
         failures_ += isWritten ? 0 : 1;
         hasStopped_ = !isWritten && stopsAtFailure;
@@ -64,6 +69,7 @@ private:
     QueueFile* const file_;
     std::map<std::uint32_t, QueueFileMark> marks_;
     std::uint64_t failures_ = 0;
+    bool hasBegun_ = false;
     bool hasStopped_ = false;
 };
 

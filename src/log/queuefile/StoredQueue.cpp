@@ -46,64 +46,72 @@ bool StoredQueue::Message::isWaitingFor(std::string_view appenderName) const noe
 }
 
 bool StoredQueue::isOne(std::string_view bytes) noexcept {
-    return bytes.substr(0, sizeof Head::magic) == std::string_view(MAGIC, sizeof Head::magic);
+    return bytes.substr(0, BEGINNING) == std::string_view(MAGIC, BEGINNING);
 }
 
 StoredQueue::StoredQueue(std::string_view bytes) : bytes_(bytes) {
-    checkHead();
-    readBlocks();
-    readMessages();
+    if (checkHead()) {
+        readBlocks();
+        readMessages();
+    }
 }
 
-void StoredQueue::checkHead() {
+/// \return whether the rest can be understood
+bool StoredQueue::checkHead() {
     if (!isOne(bytes_) || bytes_.size() < sizeof(Head)) {
         problem_ = "It is not a queue file";
-        return;
+        return false;
     }
     const auto head = valueAt<Head>(bytes_, 0);
     if (head.check != checkOf(head)) {
         damage();
     } else if (head.byteOrder != BYTE_ORDER_MARK || head.sizeOfAddress != sizeof(void*)) {
         problem_ = "It was written on another kind of machine";
+        return false;
     } else if (head.version != VERSION || head.sizeOfSlot != SLOT) {
         problem_ = "It was written by another version";
+        return false;
     } else if (head.sizeOfFile != bytes_.size()) {
         problem_ = "It has been cut";
     }
+    return true;
 }
 
-/// What begins no block and is in none should be empty; if it is not, it may be what is left of a block.
+/// What begins no block and is in none should be empty; if it is not, it was a block, which its copy tells
+/// of.
 void StoredQueue::readBlocks() {
     const std::size_t slots = (bytes_.size() + SLOT - 1) / SLOT;
     for (std::size_t slot = 1; slot < slots && slot * SLOT + BODY <= bytes_.size();) {
-        const std::uint64_t word = wordAt(bytes_, slot * SLOT);
-        const std::size_t length = isBlock(word) ? std::min(slotsIn(word), slots - slot) : 1;
-        if (isBlock(word)) {
-            readBlock({kindIn(word), slot, length});
-        } else if (word != 0) {
+        auto head = valueAt<BlockHead>(bytes_, slot * SLOT);
+        if (head.word != 0 && !isBlock(head.word)) {
             damage();
-            readRecords(slot * SLOT, std::min((slot + 1) * SLOT, bytes_.size()));
+            head.word = head.copy;
+        }
+        const std::size_t length = isBlock(head.word) ? std::min(slotsIn(head.word), slots - slot) : 1;
+        if (isBlock(head.word)) {
+            readBlock({kindIn(head.word), slot, length}, head.word);
         }
         slot += length;
     }
 }
 
-void StoredQueue::readBlock(const Block& block) {
+void StoredQueue::readBlock(const Block& block, std::uint64_t word) {
     const std::size_t begin = block.slot * SLOT + BODY;
     const std::size_t end = std::min((block.slot + block.slots) * SLOT, bytes_.size());
     blocks_.push_back(block);
     if (block.kind == MARKS) {
         readMarks(begin, end);
     } else if (block.kind != FREED) {
-        readRecords(begin, end);
+        readRecords(begin, end, word);
     }
 }
 
-/// Behind the last record there is what a block held in an earlier life, whole records among it.
-void StoredQueue::readRecords(std::size_t begin, std::size_t end) {
+/// Behind the last record there is what its memory held before, which is no record of this block. If another
+/// one is found there, something between the two is damaged.
+void StoredQueue::readRecords(std::size_t begin, std::size_t end, std::uint64_t block) {
     bool isBehindGap = false;
     for (std::size_t place = begin; place + sizeof(Frame) <= end;) {
-        if (readRecord(place, end, isBehindGap)) {
+        if (readRecord(place, end, block, isBehindGap)) {
             place += recordSize(sizeIn(wordAt(bytes_, place)));
             continue;
         }
@@ -115,7 +123,7 @@ void StoredQueue::readRecords(std::size_t begin, std::size_t end) {
     }
 }
 
-bool StoredQueue::readRecord(std::size_t place, std::size_t end, bool isBehindGap) {
+bool StoredQueue::readRecord(std::size_t place, std::size_t end, std::uint64_t block, bool isBehindGap) {
     const auto frame = valueAt<Frame>(bytes_, place);
     const std::size_t size = sizeIn(frame.word);
     const bool isPlausible = frame.word != 0 && size <= end - place - sizeof(Frame) &&
@@ -123,12 +131,15 @@ bool StoredQueue::readRecord(std::size_t place, std::size_t end, bool isBehindGa
                              scanned_ / MOST_SEARCHES <= bytes_.size();
     const std::string_view payload =
         isPlausible ? bytes_.substr(place + sizeof(Frame), size) : std::string_view();
-    if (!isPlausible || frame.check != checkOf(frame.word, payload)) {
+    if (!isPlausible || frame.check != checkOf(block, frame.word, payload)) {
         scanned_ += payload.size();
         return false;
     }
-    const Record record{runIn(frame.word), isNote(frame.word), isBehindGap, payload};
-    if (record.isNote) {
+    if (isBehindGap) {
+        damage();
+    }
+    const Record record{runIn(frame.word), payload};
+    if (isNote(frame.word)) {
         readNote(record);
     } else {
         records_.push_back(record);
@@ -203,8 +214,6 @@ void StoredQueue::readMessages() {
         messages_.end());
 }
 
-/// Behind a gap a message can only be left from the block's earlier life: it does not wait any more, or its
-/// run has been forgotten.
 void StoredQueue::readMessage(const Record& record) {
     Run& run = runOf(record.run);
     StoredMessage stored(record.payload);
@@ -212,12 +221,8 @@ void StoredQueue::readMessage(const Record& record) {
         damage();
         return;
     }
-    const bool isOfEarlierLife = record.isBehindGap && run.begin == 0;
-    if (isOfEarlierLife || !run.isWaiting(stored.number())) {
+    if (!run.isWaiting(stored.number())) {
         return;
-    }
-    if (record.isBehindGap) {
-        damage();
     }
     const auto logger = loggers_.find({record.run, stored.loggerAddress()});
     const auto place = places_.find({record.run, stored.placeAddress()});

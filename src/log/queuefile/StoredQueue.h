@@ -2,6 +2,7 @@
 
 #include "log/message/KnownPlaces.h"
 #include "log/message/MessageFields.h"
+#include "log/queuefile/QueueFileFormat.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -59,6 +60,9 @@ public:
     StoredQueue(const StoredQueue&) = delete;
     StoredQueue& operator=(const StoredQueue&) = delete;
 
+    /// How many bytes tell a queue file.
+    static constexpr std::size_t BEGINNING = sizeof QueueFileFormat::Head::magic;
+
     /// \return whether bytes begin as a queue file does
     static bool isOne(std::string_view bytes) noexcept;
 
@@ -75,18 +79,16 @@ private:
     /// A valid record.
     struct Record {
         std::uint32_t run;
-        bool isNote;
-        bool isBehindGap; ///< not in the chain that begins with the block
         std::string_view payload;
     };
     using Key = std::pair<std::uint32_t, std::uint64_t>; ///< a run, and an address in it
 
-    void checkHead();
+    bool checkHead();
     void readBlocks();
-    void readBlock(const Block& block);
-    void readRecords(std::size_t begin, std::size_t end);
+    void readBlock(const Block& block, std::uint64_t word);
+    void readRecords(std::size_t begin, std::size_t end, std::uint64_t block);
     void readMarks(std::size_t begin, std::size_t end);
-    bool readRecord(std::size_t place, std::size_t end, bool isBehindGap);
+    bool readRecord(std::size_t place, std::size_t end, std::uint64_t block, bool isBehindGap);
     Run& runOf(std::uint32_t id);
     void readNote(const Record& record);
     void readMessage(const Record& record);

@@ -51,6 +51,11 @@ void ThreadContext::add(const void* owner, std::string_view key, const TaggedVal
 }
 
 void ThreadContext::remove(const void* owner) noexcept {
+    if (!entries_.empty() && entries_.back().owner == owner) { // as a rule
+        bytes_.resize(bytes_.size() - entries_.back().size);
+        entries_.pop_back();
+        return;
+    }
     std::size_t end = bytes_.size();
     for (auto entry = entries_.end(); entry != entries_.begin();) {
         --entry;

@@ -10,19 +10,17 @@ namespace {
 
 thread_local ThreadRecord record{};
 
+/// The one thread of a forked child is another one to the system.
+const bool forgetsIdInChild = (Platform::atFork(nullptr, [] { record.systemId = 0; }), true);
+
 } // namespace
 
 ThreadRecord& threadRecord() noexcept {
     return record;
 }
 
-std::uint64_t systemIdOf(ThreadRecord& thread) noexcept {
-    const unsigned generation = Platform::forkGeneration();
-    if (thread.systemId == 0 || thread.generation != generation) {
-        thread.systemId = Platform::currentThreadId();
-        thread.generation = generation;
-    }
-    return thread.systemId;
+void askSystemId(ThreadRecord& thread) noexcept {
+    thread.systemId = Platform::currentThreadId();
 }
 
 } // namespace Log

@@ -26,6 +26,7 @@ template <typename Function>
 auto withUntagged(const TaggedValue& value, const Function& function) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
+    case TaggedValue::Kind::NUMBER:
         return function(std::string_view(value.text, value.size));
     case TaggedValue::Kind::C_STRING:
         return function(value.text);
@@ -116,6 +117,7 @@ void appendAddress(MessageText& text, const void* address) {
 void appendPlain(MessageText& text, const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
+    case TaggedValue::Kind::NUMBER:
         return text.append({value.text, value.size});
     case TaggedValue::Kind::C_STRING:
         return isNullText(value) ? appendByLibrary(text, "{}", &value, 1) : text.append(value.text);

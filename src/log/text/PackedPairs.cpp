@@ -38,15 +38,33 @@ std::size_t sizeOfControl(std::string_view text) {
     return character.size > 1 && Util::steersTerminal(character.value) ? character.size : 0;
 }
 
+/// Looked up for every byte of every text that is logged as a value.
+struct QuotedBytes {
+    constexpr QuotedBytes() {
+        for (unsigned code = 0; code < 256; ++code) {
+            const char character = static_cast<char>(code);
+            maybe[code] =
+                code <= 0x20 || code >= 0x7f || character == '"' || character == '=' || character == '\\';
+        }
+    }
+    bool maybe[256] = {};
+};
+
+constexpr QuotedBytes QUOTED_BYTES;
+
 bool needsQuotes(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char character = text[i];
-        if (character == ' ' || character == '"' || character == '=' || character == '\\' ||
-            sizeOfControl(text.substr(i)) != 0) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (QUOTED_BYTES.maybe[byte] && (byte < 0x80 || sizeOfControl(text.substr(i)) != 0)) {
             return true;
         }
     }
     return text.empty();
+}
+
+/// \return whether a value may look like something else: those of other kinds are a few letters and digits
+bool mayNeedQuotes(TaggedValue::Kind kind) {
+    return kind == TaggedValue::Kind::TEXT || kind == TaggedValue::Kind::CHARACTER;
 }
 
 /// Appends the first character of a text in quotes.
@@ -100,6 +118,7 @@ ValueText::ValueText(const TaggedValue& value) noexcept {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
     case TaggedValue::Kind::C_STRING:
+    case TaggedValue::Kind::NUMBER:
         view_ = {value.text, value.size};
         break;
     case TaggedValue::Kind::SIGNED:
@@ -130,7 +149,7 @@ void appendPair(std::string& text, const Pair& pair) {
     const ValueText value(pair.value);
     text.append(pair.key);
     text += '=';
-    if (!needsQuotes(value.view())) {
+    if (!mayNeedQuotes(pair.value.kind) || !needsQuotes(value.view())) {
         text.append(value.view());
         return;
     }
@@ -204,6 +223,7 @@ bool takeValue(std::string_view& bytes, TaggedValue::Kind& kind) noexcept {
         }
         break;
     case Kind::TEXT:
+    case Kind::NUMBER:
         break;
     default:
         return false;

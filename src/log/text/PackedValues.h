@@ -106,6 +106,7 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     using namespace Packing;
     switch (value.kind) {
     case Kind::TEXT:
+    case Kind::NUMBER:
         return MOST_BYTES_OF_NUMBER + value.size;
     case Kind::C_STRING:
         return MOST_BYTES_OF_NUMBER + value.size + 1;
@@ -120,6 +121,7 @@ inline char* packValue(char* place, const TaggedValue& value) noexcept {
     using namespace Packing;
     switch (value.kind) {
     case Kind::TEXT:
+    case Kind::NUMBER:
         return writeText(place, value.kind, {value.text, value.size});
     case Kind::C_STRING:
         return writeCString(place, value);
@@ -164,6 +166,11 @@ inline TaggedValue unpackValue(const char*& bytes) noexcept {
         return readBytes<char>(bytes);
     case Kind::BOOLEAN:
         return readNumber(bytes, size) != 0;
+    case Kind::NUMBER: {
+        TaggedValue number = readText(bytes, size);
+        number.kind = Kind::NUMBER;
+        return number;
+    }
     case Kind::ADDRESS:
         break;
     }

@@ -36,6 +36,7 @@ void appendInteger(MessageText& text, Integer value) {
 void appendStreamed(MessageText& text, const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
+    case TaggedValue::Kind::NUMBER:
         return appendStreamed(text, std::string_view(value.text, value.size));
     case TaggedValue::Kind::SIGNED:
         return appendStreamed(text, value.signedNumber);

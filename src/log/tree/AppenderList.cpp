@@ -23,6 +23,19 @@ void AppenderList::remove(Appender* appender) {
     ++version_;
 }
 
+void AppenderList::exchange(const std::vector<Appender*>& before, Entries& after) {
+    for (auto entry = appenders_.begin(); entry != appenders_.end();) {
+        if (std::find(before.begin(), before.end(), *entry) == before.end()) {
+            ++entry;
+            continue;
+        }
+        appenders_.splice(entry, after);
+        entry = appenders_.erase(entry);
+    }
+    appenders_.splice(appenders_.end(), after);
+    ++version_;
+}
+
 void AppenderList::setMuted(bool isMuted) {
     isMuted_ = isMuted;
     ++version_;

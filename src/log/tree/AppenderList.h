@@ -29,6 +29,12 @@ public:
     /// Removes every entry of an appender. A walk that goes on in another thread may still be calling it.
     void remove(Appender* appender) ZAV_LOG_REQUIRES(treeLock());
 
+    /// Puts appenders in the place of others: where the first of those was, or at the end. No message may be
+    /// on its way through the list. It takes no memory.
+    /// \param before what leaves
+    /// \param after what comes, in the order in which it is to be called; empty afterwards
+    void exchange(const std::vector<Appender*>& before, Entries& after) ZAV_LOG_REQUIRES(treeLock());
+
     /// Says whether the messages go to the recorders of captures alone, or to all that are listed.
     void setMuted(bool isMuted) ZAV_LOG_REQUIRES(treeLock());
 

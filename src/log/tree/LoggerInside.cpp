@@ -7,12 +7,15 @@
 #include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "log/reentrancy/ThreadContext.h"
+#include "log/tree/DispatchGate.h"
 #include "log/tree/SubtreeCapture.h"
 #include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <thread>
 #include <utility>
 
 namespace ZAV {
@@ -79,14 +82,37 @@ void Logger::Inside::log(MessageFields& message) {
 }
 
 /// Takes the lock; a call from an appender or a listener does not wait for it.
-/// \return false if the message has to be put off: another thread holds the lock, or earlier messages of this
-///         thread were put off
+/// \return false if the message has to be put off: another thread holds the lock, the gate is closed, or
+///         earlier messages of this thread were put off
 bool Logger::Inside::lockFor(const LibraryCall& call) {
     if (!call.isNested()) {
-        criticalSection_.lock();
+        lock();
         return true;
     }
-    return !call.hasPutOffMessages() && criticalSection_.tryLock();
+    return !call.hasPutOffMessages() && tryLock();
+}
+
+/// Takes the lock to dispatch a message. It is not held while the thread waits for the gate: whoever has
+/// closed that waits for the lock.
+void Logger::Inside::lock() {
+    criticalSection_.lock();
+    while (DispatchGate::isClosed()) {
+        criticalSection_.unlock();
+        DispatchGate::awaitOpen();
+        criticalSection_.lock();
+    }
+}
+
+/// The same without waiting for anything.
+bool Logger::Inside::tryLock() {
+    if (!criticalSection_.tryLock()) {
+        return false;
+    }
+    if (!DispatchGate::isClosed()) {
+        return true;
+    }
+    criticalSection_.unlock();
+    return false;
 }
 
 /// \return whether a message that reached the level when it was logged still does at this moment
@@ -136,8 +162,8 @@ void Logger::Inside::putOff(const MessageFields& message) {
 bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
     Inside& inside = *logger.inside_;
     if (mayWait) {
-        inside.criticalSection_.lock();
-    } else if (!inside.criticalSection_.tryLock()) {
+        inside.lock();
+    } else if (!inside.tryLock()) {
         return false;
     }
     const ScopedLock lock(inside.criticalSection_, ADOPT_LOCK);
@@ -226,6 +252,24 @@ void Logger::Inside::waitForSubtree() {
         const ScopedLock lock(treeLock());
         inside = inside->nextBelow(*this);
     }
+}
+
+/// Of those who wait for the lock each gets it in its turn, so this does not take it from anybody for long.
+bool Logger::Inside::waitForSubtree(std::chrono::steady_clock::time_point end) {
+    for (Inside* inside = this; inside != nullptr;) {
+        while (!inside->criticalSection_.tryLock()) {
+            if (std::chrono::steady_clock::now() >= end) {
+                return false;
+            }
+            if (!Platform::sleepBriefly()) {
+                std::this_thread::yield();
+            }
+        }
+        inside->criticalSection_.unlock();
+        const ScopedLock lock(treeLock());
+        inside = inside->nextBelow(*this);
+    }
+    return true;
 }
 
 Logger::Inside* Logger::Inside::nextBelow(const Inside& top) {

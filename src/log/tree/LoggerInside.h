@@ -8,6 +8,7 @@
 #include "zav-util/TimeUtils.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -82,6 +83,10 @@ struct Logger::Inside {
     /// there is finished.
     void waitForSubtree() ZAV_LOG_EXCLUDES(treeLock());
 
+    /// The same for a limited time.
+    /// \return false if a message was still being dispatched when the time was over
+    bool waitForSubtree(std::chrono::steady_clock::time_point end) ZAV_LOG_EXCLUDES(treeLock());
+
     Logger& logger_;
     Logger* const parent_;
     // Written under the tree's lock, read without it: the numbers of microseconds.
@@ -101,6 +106,8 @@ struct Logger::Inside {
 private:
     void log(MessageFields& message);
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
+    void lock() ZAV_LOG_ACQUIRE(criticalSection_);
+    bool tryLock() ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     bool passes(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
     bool needsTemporaryLevel(Level::LogLevel level) const;

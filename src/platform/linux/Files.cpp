@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ZAV {
@@ -66,6 +67,19 @@ std::string absolutePath(const std::string& folder) {
     const std::filesystem::path here = std::filesystem::current_path(problem);
     const bool isReachable = !problem && std::filesystem::equivalent(here, ".", problem);
     return isReachable ? (here / folder).native() : folder;
+}
+
+std::optional<FileStatus> lookAtFile(const std::string& path) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return FileStatus{static_cast<std::uint64_t>(status.st_size), status.st_mode & 0777U};
+}
+
+bool isTaken(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0;
 }
 
 bool removeFile(const std::string& path) {

@@ -1,7 +1,7 @@
 #include "platform/LocalTime.h"
 
-#include "CivilTime.h"
 #include "OffsetTable.h"
+#include "platform/CivilTime.h"
 #include "platform/CriticalSection.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "OffsetTable.h"
 
-#include "CivilTime.h"
+#include "platform/CivilTime.h"
 
 #include <algorithm>
 #include <ctime>

@@ -198,6 +198,10 @@ std::size_t OutputFile::write(std::string_view text) noexcept {
     return taken;
 }
 
+std::size_t OutputFile::writeBytes(std::string_view bytes) noexcept {
+    return write(bytes);
+}
+
 void OutputFile::close() noexcept {
     if (isOpen()) {
         const NoCancellation guard;
@@ -215,6 +219,15 @@ bool OutputFile::isAt(const std::string& path) const noexcept {
 std::uint64_t OutputFile::size() const noexcept {
     struct stat opened;
     return fstat(descriptor_, &opened) == 0 ? static_cast<std::uint64_t>(opened.st_size) : 0;
+}
+
+std::uint64_t OutputFile::lastWritten() const noexcept {
+    struct stat opened;
+    if (fstat(descriptor_, &opened) != 0 || opened.st_mtim.tv_sec < 0) {
+        return 0;
+    }
+    return static_cast<std::uint64_t>(opened.st_mtim.tv_sec) * 1'000'000 +
+           static_cast<std::uint64_t>(opened.st_mtim.tv_nsec) / 1000;
 }
 
 bool OutputFile::endsInTornLine(const std::string& path, const FileRules& rules) const noexcept {

@@ -26,6 +26,20 @@ std::string absolutePath(const std::string& folder) {
     return absolute.empty() ? folder : absolute;
 }
 
+std::optional<FileStatus> lookAtFile(const std::string& path) {
+    WIN32_FILE_ATTRIBUTE_DATA file;
+    constexpr DWORD OTHERS = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &file) ||
+        (file.dwFileAttributes & OTHERS) != 0) {
+        return std::nullopt;
+    }
+    return FileStatus{std::uint64_t{file.nFileSizeHigh} << 32 | file.nFileSizeLow, std::nullopt};
+}
+
+bool isTaken(const std::string& path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 bool removeFile(const std::string& path) {
     return std::remove(path.c_str()) == 0;
 }

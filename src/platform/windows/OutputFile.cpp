@@ -110,6 +110,21 @@ std::size_t OutputFile::write(std::string_view text) noexcept {
     return taken;
 }
 
+std::size_t OutputFile::writeBytes(std::string_view bytes) noexcept {
+    std::size_t taken = 0;
+    while (taken < bytes.size()) {
+        constexpr std::size_t MOST_AT_ONCE = std::size_t{1024} * 1024;
+        const int count = _write(descriptor_, bytes.data() + taken,
+                                 static_cast<unsigned>(std::min(bytes.size() - taken, MOST_AT_ONCE)));
+        if (count <= 0) {
+            failed_ = true;
+            break;
+        }
+        taken += static_cast<std::size_t>(count);
+    }
+    return taken;
+}
+
 void OutputFile::close() noexcept {
     if (isOpen()) {
         failed_ = _close(descriptor_) != 0 || failed_;
@@ -125,6 +140,17 @@ bool OutputFile::isAt(const std::string& path) const noexcept {
 std::uint64_t OutputFile::size() const noexcept {
     const long long length = _filelengthi64(descriptor_);
     return length < 0 ? 0 : static_cast<std::uint64_t>(length);
+}
+
+/// The system counts tenths of a microsecond since 1601.
+std::uint64_t OutputFile::lastWritten() const noexcept {
+    constexpr std::uint64_t FROM_1601_TO_1970 = 11'644'473'600'000'000;
+    FILETIME written;
+    if (!GetFileTime(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor_)), nullptr, nullptr, &written)) {
+        return 0;
+    }
+    const std::uint64_t tenths = std::uint64_t{written.dwHighDateTime} << 32 | written.dwLowDateTime;
+    return tenths / 10 < FROM_1601_TO_1970 ? 0 : tenths / 10 - FROM_1601_TO_1970;
 }
 
 bool OutputFile::endsInTornLine(const std::string& path, const FileRules&) const noexcept {

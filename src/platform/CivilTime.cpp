@@ -1,4 +1,4 @@
-#include "CivilTime.h"
+#include "platform/CivilTime.h"
 
 namespace ZAV {
 namespace Platform {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "log/Appender.h"
+
+#include <benchmark/benchmark.h>
+
+namespace Bench {
+
+/// Writes nothing, so that what leads to an appender is measured alone.
+class IdleAppender : public ZAV::Log::Appender {
+public:
+    using Appender::Appender;
+
+protected:
+    void doOutput(const ZAV::Log::LogMessage& message) override { benchmark::DoNotOptimize(&message); }
+};
+
+} // namespace Bench

@@ -1,0 +1,169 @@
+#include "log/appenders/GzipFile.h"
+
+#include "log/appenders/RolledFiles.h"
+#include "platform/Files.h"
+#include "platform/OutputFile.h"
+#include "platform/SequentialFile.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <zlib.h>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+constexpr int GZIP_FORMAT = 16; ///< what zlib has added to the size of the window for it
+constexpr std::size_t BLOCK = std::size_t{64} * 1024;
+
+/// One attempt to write the packed form of a file into another one.
+class GzipWriter {
+public:
+    GzipWriter() { active = this; }
+    ~GzipWriter() {
+        active = nullptr;
+        deflateEnd(&stream_);
+    }
+    GzipWriter(const GzipWriter&) = delete;
+    GzipWriter& operator=(const GzipWriter&) = delete;
+
+    /// \return whether the target has the whole file
+    bool write(const std::string& path, const std::string& target, const Platform::FileRules& rules,
+               const std::atomic<bool>& isInterrupted) {
+        if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + GZIP_FORMAT,
+                         MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY) != Z_OK) {
+            problem_ = "zlib has no memory";
+        }
+        if (!problem_.empty() || !source_.open(path, problem_)) {
+            return false;
+        }
+        target_.open(target, Platform::OutputFile::CREATE, rules);
+        bool isAtEnd = false;
+        while (!isAtEnd && problem_.empty() && !target_.hasFailed() && !isInterrupted) {
+            isAtEnd = writeBlock();
+        }
+        closeFiles();
+        if (target_.hasFailed()) {
+            problem_ = "Unable to write " + target;
+        }
+        return isAtEnd && problem_.empty();
+    }
+
+    void closeFiles() noexcept {
+        source_.close();
+        target_.close();
+    }
+
+    /// \return how many bytes of the file were packed
+    std::uint64_t size() const { return size_; }
+    const std::string& problem() const { return problem_; }
+
+    static GzipWriter* active; ///< the one that there is, or null
+
+private:
+    /// \return whether the file is at its end
+    bool writeBlock() {
+        const std::int64_t count = source_.read(input_.data(), input_.size(), problem_);
+        if (count < 0) {
+            return false;
+        }
+        size_ += static_cast<std::uint64_t>(count);
+        stream_.next_in = reinterpret_cast<Bytef*>(input_.data());
+        stream_.avail_in = static_cast<uInt>(count);
+        do {
+            stream_.next_out = reinterpret_cast<Bytef*>(output_.data());
+            stream_.avail_out = static_cast<uInt>(output_.size());
+            deflate(&stream_, count == 0 ? Z_FINISH : Z_NO_FLUSH);
+            target_.writeBytes(std::string_view(output_.data(), output_.size() - stream_.avail_out));
+        } while (stream_.avail_out == 0 && !target_.hasFailed());
+        return count == 0;
+    }
+
+    z_stream stream_{};
+    Platform::SequentialFile source_;
+    Platform::OutputFile target_;
+    std::uint64_t size_ = 0;
+    std::string problem_;
+    std::array<char, BLOCK> input_;
+    std::array<char, BLOCK> output_;
+};
+
+GzipWriter* GzipWriter::active = nullptr;
+
+Packing failure(const std::string& path, const std::string& problem) {
+    return {Packing::FAILED, "Unable to pack the file: " + path + ": " + problem};
+}
+
+} // namespace
+
+std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size) {
+    const std::string packed = path + RolledFiles::PACKED;
+    if (!Platform::renameFile(path + RolledFiles::PART, packed)) {
+        return failure(path, "Unable to rename " + path + RolledFiles::PART);
+    }
+    const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
+    if (status && status->size != size) {
+        Platform::removeFile(packed);
+        return std::nullopt;
+    }
+    if (Platform::removeFile(path)) {
+        return Packing{Packing::DONE, ""};
+    }
+    if (Platform::isTaken(path)) {
+        return failure(path, "Unable to delete it");
+    }
+    Platform::removeFile(packed); // the limits of the series have deleted the plain one meanwhile
+    return Packing{Packing::DONE, ""};
+}
+
+namespace {
+
+/// A packed file that is there beside the plain one is from an attempt that was not finished.
+/// \return nothing if the file has grown, and must be packed anew
+std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
+    const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
+    if (!status) {
+        return Platform::isTaken(path) ? failure(path, "Not a regular file") : Packing{Packing::DONE, ""};
+    }
+    const std::string part = path + RolledFiles::PART;
+    Platform::removeFile(part);
+    Platform::removeFile(path + RolledFiles::PACKED);
+    const auto writer = std::make_unique<GzipWriter>();
+    std::optional<Packing> packing;
+    if (writer->write(path, part, {status->permissions, false}, isInterrupted)) {
+        packing = replaceByPacked(path, writer->size());
+    } else if (writer->problem().empty()) {
+        packing = Packing{Packing::INTERRUPTED, ""};
+    } else {
+        packing = failure(path, writer->problem());
+    }
+    if (packing && packing->result != Packing::DONE) {
+        Platform::removeFile(part);
+    }
+    const bool isGone = !Platform::isTaken(path); // the limits of the series deleted it
+    return packing && packing->result == Packing::FAILED && isGone ? Packing{Packing::DONE, ""} : packing;
+}
+
+} // namespace
+
+Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted) {
+    for (;;) {
+        if (const std::optional<Packing> packing = tryToPack(path, isInterrupted)) {
+            return *packing;
+        }
+    }
+}
+
+void closePackedFilesInChild() noexcept {
+    if (GzipWriter::active != nullptr) {
+        GzipWriter::active->closeFiles();
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

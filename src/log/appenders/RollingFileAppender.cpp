@@ -1,0 +1,170 @@
+#include "log/appenders/RollingFileAppender.h"
+
+#include "log/LogMessage.h"
+#include "log/appenders/Packer.h"
+#include "platform/Files.h"
+
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+using Util::TimeUtils::Time;
+
+namespace {
+
+/// How often a live file that cannot be renamed is tried again.
+constexpr Time RETRY_PERIOD(10, Util::TimeUtils::SEC);
+
+/// In which a forked child may still write to a file that its parent has rolled.
+constexpr Time LATE_WRITES(1, Util::TimeUtils::SEC);
+
+Time since(Time begin, Time end) {
+    return Time(end.microseconds() - begin.microseconds(), Util::TimeUtils::USEC);
+}
+
+} // namespace
+
+RollingFileAppender::RollingFileAppender(const AppenderValues& values, const Filters& filters)
+    : LiveFileAppender(values, filters, values.file), rolledFiles_(livePath_) {}
+
+RollingFileAppender::~RollingFileAppender() {
+    Packer::instance().forget(this);
+}
+
+void RollingFileAppender::prepareFile(const LogMessage& message) {
+    if (!outputFileStream_.isOpen() || owner_.isNotAlone() || !fits(message)) {
+        prepareAnew(message);
+    }
+}
+
+bool RollingFileAppender::fits(const LogMessage& message) const {
+    const bool hasRoom = values_.rollSize == 0 || currentSize_ + line().size() <= values_.rollSize;
+    return hasRoom && !period_.endsBefore(message.getTime()) && !period_.isFarBehind(message.getTime());
+}
+
+/// Whatever fails here for want of memory is taken up by the next message.
+void RollingFileAppender::prepareAnew(const LogMessage& message) {
+    const bool isFirst = !outputFileStream_.isOpen();
+    if (isFirst || owner_.isNotAlone()) {
+        rolledFiles_.forgetLast();
+        followFile();
+    }
+    if (isFirst) {
+        tidyUpAtStart();
+    }
+    if (!fits(message) && mustRoll(message) && owner_.mayRotate()) {
+        roll(message);
+    }
+}
+
+/// What the file holds decides into which stretch of time it belongs; one that holds nothing is for the next
+/// line.
+void RollingFileAppender::continueFile() {
+    LiveFileAppender::continueFile();
+    period_ = currentSize_ == 0 ? RollPeriod() : RollPeriod(values_.rollAt, lastWritten_);
+}
+
+/// Looks at the file itself, since others may have written to it.
+bool RollingFileAppender::mustRoll(const LogMessage& message) {
+    currentSize_ = outputFileStream_.size() + keptSize();
+    if (currentSize_ == 0 || period_.isFarBehind(message.getTime())) {
+        period_ = RollPeriod(values_.rollAt, message.getTime());
+    }
+    const bool mayTry = !isStuck_ || since(lastTry_, Time::now()) >= RETRY_PERIOD;
+    return currentSize_ != 0 && !fits(message) && mayTry;
+}
+
+void RollingFileAppender::roll(const LogMessage& message) {
+    writeKept();
+    checkFile();
+    outputFileStream_.close();
+    const Time now = Time::now();
+    RolledFile rolled;
+    const bool isRolled = rolledFiles_.roll(now, rolled);
+    if (!isRolled && Platform::isTaken(livePath_)) {
+        stayWithFile(now);
+        return;
+    }
+    openLiveFile(Platform::OutputFile::CREATE);
+    currentSize_ = outputFileStream_.size();
+    period_ = RollPeriod(values_.rollAt, message.getTime());
+    isStuck_ = false;
+    owner_.noteRotation();
+    if (isRolled) {
+        tidyUpAfter(rolled);
+    }
+}
+
+/// No line is given up because a file has another size or age than it should.
+void RollingFileAppender::stayWithFile(Time now) {
+    isStuck_ = true;
+    lastTry_ = now;
+    continueFile();
+    Packer::instance().report(this, "Unable to rename the file: " + livePath_);
+}
+
+void RollingFileAppender::tidyUp() {
+    const ScopedLock lock(criticalSection_);
+    tidyUpAtStart();
+}
+
+/// In a folder that cannot be listed yet the next file that is opened has it done.
+void RollingFileAppender::tidyUpAtStart() noexcept {
+    if (isTidy_ || !owner_.mayRotate()) {
+        return;
+    }
+    try {
+        std::vector<RolledFile> files;
+        std::vector<std::string> parts;
+        isTidy_ = rolledFiles_.list(files, parts);
+        for (const std::string& part : parts) {
+            Platform::removeFile(part);
+        }
+        keep(files);
+        pack(files);
+    } catch (const std::exception&) {
+        return; // no memory; the next roll or start does it
+    }
+}
+
+/// What could not be packed earlier is tried again, if nothing else waits.
+void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
+    const bool hasLimits = values_.keepFiles != 0 || values_.keepSize != 0 || values_.keepTime != Time();
+    try {
+        std::vector<RolledFile> files;
+        std::vector<std::string> parts;
+        if (hasLimits && rolledFiles_.list(files, parts)) {
+            keep(files);
+        }
+        if (!Packer::instance().isIdle() || files.empty()) {
+            files = {rolled};
+        }
+        pack(files);
+    } catch (const std::exception&) {
+        return; // no memory; the next roll or start does it
+    }
+}
+
+void RollingFileAppender::keep(std::vector<RolledFile>& files) {
+    const std::optional<Platform::FileStatus> live = Platform::lookAtFile(livePath_);
+    const std::string undeletable = rolledFiles_.keep(values_, live ? live->size : 0, Time::now(), files);
+    if (!undeletable.empty()) {
+        Packer::instance().report(this, "Unable to delete the file: " + undeletable);
+    }
+}
+
+void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
+    const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
+    for (const RolledFile& file : files) {
+        if (values_.packs && file.isPlain) {
+            Packer::instance().pack(this, rolledFiles_.pathOf(file), file.stamp >= lateStamp);
+        }
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

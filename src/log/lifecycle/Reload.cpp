@@ -1,0 +1,178 @@
+#include "log/lifecycle/Reload.h"
+
+#include "log/Appender.h"
+#include "log/LoggerFactory.h"
+#include "log/async/AsynchronousDispatcher.h"
+#include "log/async/BatchAppender.h"
+#include "log/tree/DispatchGate.h"
+#include "platform/CancellationGuard.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+/// How long logging calls are kept waiting for the change before it is tried anew: some appender is slow.
+constexpr std::chrono::milliseconds SHORTEST_STANDSTILL{20};
+constexpr std::chrono::milliseconds LONGEST_STANDSTILL{5000};
+
+AsynchronousDispatcher& dispatcher() {
+    return AsynchronousDispatcher::instance();
+}
+
+bool contains(const std::vector<Appender*>& appenders, const Appender* appender) {
+    return std::find(appenders.begin(), appenders.end(), appender) != appenders.end();
+}
+
+std::vector<Appender*> asynchronousOf(const std::vector<Appender*>& appenders) {
+    std::vector<Appender*> asynchronous;
+    std::copy_if(appenders.begin(), appenders.end(), std::back_inserter(asynchronous),
+                 [](const Appender* appender) { return !appender->isSynchronous(); });
+    return asynchronous;
+}
+
+/// \return whether two appenders may write to one file. Folders are not compared: that two paths lead to
+///         different ones is hard to tell.
+bool mayShareFile(const Appender* one, const Appender* other) {
+    const auto* const first = dynamic_cast<const BatchAppender*>(one);
+    const auto* const second = dynamic_cast<const BatchAppender*>(other);
+    if (first == nullptr || second == nullptr) {
+        return false;
+    }
+    const std::string name = first->fileName();
+    return name.empty() || second->fileName().empty() || name == second->fileName();
+}
+
+} // namespace
+
+Reload::Reload(const Util::Properties& properties)
+    : tree_(LoggerFactory::getRootLogger(), properties),
+      appenders_(AppenderRegistry::instance().prepareExchange(properties)),
+      settings_(dispatcher().settingsBy(properties)),
+      needsNewConsumer_(settings_.priority != dispatcher().settings().priority),
+      concernsConsumer_(concernsConsumer()), takesFilesOver_(takesFilesOver()) {}
+
+bool Reload::leaves(const Appender* appender) const {
+    return !contains(appenders_.after, appender);
+}
+
+bool Reload::comes(const Appender* appender) const {
+    return !contains(appenders_.before, appender);
+}
+
+/// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
+///         may be queued still
+bool Reload::takesFilesOver() const {
+    for (const Appender* const old : appenders_.before) {
+        const bool hasHeir =
+            std::any_of(appenders_.after.begin(), appenders_.after.end(), [&](const Appender* appender) {
+                return appender->isSynchronous() && comes(appender) && mayShareFile(old, appender);
+            });
+        if (!old->isSynchronous() && leaves(old) && hasHeir) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Reload::concernsConsumer() const {
+    const Appenders after = asynchronousOf(appenders_.after);
+    return needsNewConsumer_ || asynchronousOf(appenders_.before) != after ||
+           std::any_of(after.begin(), after.end(),
+                       [](const Appender* appender) { return AppenderRegistry::hasLoweredLevel(*appender); });
+}
+
+void Reload::run() {
+    const Platform::NoCancellation noCancellation; // it must not be left half done
+    tree_.makeLoggers();
+    dispatcher().prepareExchange(asynchronousOf(appenders_.after));
+    changePlaces();
+    if (concernsConsumer_) {
+        changeConsumer();
+    }
+    appenders_.created.clear();
+}
+
+/// An appender that is stuck is waited for while all others go on. Then logging calls are held up until those
+/// under way are through; if that takes longer than a moment, they go on, and so from the beginning. Each
+/// further time the moment is longer, for appenders that are always slow.
+void Reload::changePlaces() {
+    bool hasChanged = false;
+    for (std::chrono::milliseconds standstill = SHORTEST_STANDSTILL; !hasChanged;
+         standstill = std::min(2 * standstill, LONGEST_STANDSTILL)) {
+        awaitAppenders();
+        const DispatchGate::Closed gate;
+        if (awaitAppenders(standstill)) {
+            changeAtOnce();
+            hasChanged = true;
+        }
+    }
+}
+
+void Reload::awaitAppenders() const {
+    tree_.awaitMessages();
+    if (takesFilesOver_) {
+        dispatcher().drain(Deadline());
+    }
+}
+
+bool Reload::awaitAppenders(std::chrono::milliseconds limit) const {
+    const Deadline deadline(limit);
+    return tree_.awaitMessages(std::chrono::steady_clock::now() + limit) &&
+           (!takesFilesOver_ || dispatcher().drain(deadline));
+}
+
+/// With the gate closed. A fork sees all of it or nothing, but for what `changeConsumer` does.
+void Reload::changeAtOnce() {
+    try {
+        AppenderRegistry::instance().exchange(appenders_, [this] {
+            if (concernsConsumer_) {
+                dispatcher().hold();
+            }
+            tree_.apply(appenders_.before, appenders_.after);
+        });
+    } catch (...) {
+        dispatcher().endHold();
+        throw;
+    }
+    dispatcher().use(settings_);
+    closeFiles(true);
+    restoreLevels(true);
+    if (takesFilesOver_) {
+        closeFiles(false);
+    }
+    tree_.awaitLaterTime();
+}
+
+/// What the consumer is to deliver still was judged by the levels of before.
+void Reload::changeConsumer() {
+    dispatcher().awaitHold();
+    dispatcher().exchangeConfigured(needsNewConsumer_);
+    closeFiles(false);
+    restoreLevels(false);
+    dispatcher().endHold();
+}
+
+void Reload::closeFiles(bool synchronous) const {
+    for (Appender* const appender : appenders_.before) {
+        auto* const files = dynamic_cast<BatchAppender*>(appender);
+        if (files != nullptr && files->isSynchronous() == synchronous && leaves(files)) {
+            files->close();
+        }
+    }
+}
+
+void Reload::restoreLevels(bool synchronous) const {
+    for (const Appender* const appender : appenders_.before) {
+        if (appender->isSynchronous() == synchronous && !leaves(appender)) {
+            AppenderRegistry::restoreLevel(*appender);
+        }
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

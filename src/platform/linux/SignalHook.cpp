@@ -1,0 +1,199 @@
+#include "platform/SignalHook.h"
+
+#include "platform/Fork.h"
+#include "platform/ProcessLifetime.h"
+#include "platform/SignalGuard.h"
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <exception>
+#include <semaphore.h>
+#include <string>
+#include <system_error>
+#include <thread>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+constexpr int SIGNAL_COUNT = NSIG;
+constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
+
+/// What the handlers read, which take no lock. It is never destroyed: a handler may be running when its hook
+/// goes, and others may have kept it to call it later.
+struct Requests {
+    Requests() { sem_init(&wanted, 0, 0); }
+
+    sem_t wanted;                    ///< posted for each request
+    std::atomic<unsigned> asked{0};  ///< requests that were made
+    std::atomic<unsigned> served{0}; ///< of these, those that the function was run for
+    std::atomic<bool> isActive{false};
+    std::atomic<bool> isEnding{false};
+    std::atomic<long> timeout{0};        ///< in milliseconds
+    std::atomic<unsigned> generation{0}; ///< tells a forked child
+    void (*function)(std::chrono::milliseconds timeout) = nullptr;
+    struct sigaction before[SIGNAL_COUNT] = {};
+    std::terminate_handler terminateBefore = nullptr;
+};
+
+Requests& requests() {
+    static Requests& made = *new Requests;
+    return made;
+}
+
+timespec now() {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+long millisecondsSince(const timespec& begin) {
+    const timespec end = now();
+    const long nanoseconds = end.tv_nsec - begin.tv_nsec;
+    return (end.tv_sec - begin.tv_sec) * 1000 + nanoseconds / (NANOSECONDS_A_SECOND / 1000);
+}
+
+/// Has the function run and waits for that. Safe in a handler.
+void runFunction() {
+    Requests& state = requests();
+    if (!state.isActive || state.generation != forkGeneration()) {
+        return;
+    }
+    const timespec begin = now();
+    const unsigned mine = ++state.asked;
+    sem_post(&state.wanted);
+    while (static_cast<int>(state.served - mine) < 0 && millisecondsSince(begin) < state.timeout) {
+        constexpr timespec STEP = {0, NANOSECONDS_A_SECOND / 1000};
+        nanosleep(&STEP, nullptr);
+    }
+}
+
+/// Has a signal do what it does by default. One that a fault of this thread has raised comes again by itself.
+void endBySignal(int signal, const siginfo_t* info) {
+    struct sigaction byDefault = {};
+    byDefault.sa_handler = SIG_DFL;
+    sigaction(signal, &byDefault, nullptr);
+    const bool isFault = info != nullptr && info->si_code > 0 &&
+                         (signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE || signal == SIGILL);
+    if (!isFault) {
+        raise(signal); // which comes when the handler has returned
+    }
+}
+
+void onSignal(int signal, siginfo_t* info, void* context) {
+    const int error = errno;
+    const struct sigaction before = requests().before[signal];
+    if ((before.sa_flags & SA_RESETHAND) != 0) {
+        requests().before[signal].sa_handler = SIG_DFL;
+        requests().before[signal].sa_flags = 0;
+    }
+    if ((before.sa_flags & SA_SIGINFO) != 0) {
+        runFunction();
+        before.sa_sigaction(signal, info, context);
+    } else if (before.sa_handler == SIG_DFL) {
+        runFunction();
+        endBySignal(signal, info);
+    } else if (before.sa_handler != SIG_IGN) {
+        runFunction();
+        before.sa_handler(signal);
+    }
+    errno = error;
+}
+
+[[noreturn]] void onTerminate() {
+    runFunction();
+    requests().isActive = false; // the signal that is going to come needs not wait again
+    if (requests().terminateBefore != nullptr) {
+        requests().terminateBefore();
+    }
+    std::abort();
+}
+
+void serve() {
+    markAsServing(); // it is nothing that the process would live for
+    Requests& state = requests();
+    while (!state.isEnding) {
+        if (sem_wait(&state.wanted) == 0 && !state.isEnding) {
+            const unsigned last = state.asked;
+            state.function(std::chrono::milliseconds(state.timeout));
+            state.served = last;
+        }
+    }
+}
+
+bool isOurs(int signal) {
+    struct sigaction current = {};
+    sigaction(signal, nullptr, &current);
+    return (current.sa_flags & SA_SIGINFO) != 0 && current.sa_sigaction == onSignal;
+}
+
+} // namespace
+
+struct SignalHook::Handlers {
+    ~Handlers() {
+        for (const int signal : signals) {
+            if (isOurs(signal)) {
+                sigaction(signal, &requests().before[signal], nullptr);
+            }
+        }
+        if (std::get_terminate() == onTerminate) {
+            std::set_terminate(requests().terminateBefore);
+        }
+        requests().isActive = false;
+        if (thread.joinable() && requests().generation == forkGeneration()) {
+            requests().isEnding = true;
+            sem_post(&requests().wanted);
+            thread.join();
+        } else if (thread.joinable()) {
+            thread.detach(); // of the parent
+        }
+    }
+
+    /// Keeps the mask and the flags that the handler of before was to run with.
+    void add(int signal) {
+        struct sigaction ours = {};
+        if (signal <= 0 || signal >= SIGNAL_COUNT || sigaction(signal, nullptr, &ours) != 0) {
+            throw std::system_error(EINVAL, std::generic_category(), "signal " + std::to_string(signal));
+        }
+        if (isOurs(signal)) {
+            return; // it was named twice
+        }
+        requests().before[signal] = ours;
+        ours.sa_sigaction = onSignal;
+        ours.sa_flags = (ours.sa_flags & ~SA_RESETHAND) | SA_SIGINFO | SA_ONSTACK;
+        if (sigaction(signal, &ours, nullptr) != 0) {
+            throw std::system_error(errno, std::generic_category(), "signal " + std::to_string(signal));
+        }
+        signals.push_back(signal);
+    }
+
+    std::vector<int> signals;
+    std::thread thread;
+};
+
+SignalHook::SignalHook(const std::vector<int>& signals, void (*function)(std::chrono::milliseconds timeout),
+                       std::chrono::milliseconds timeout)
+    : handlers_(std::make_unique<Handlers>()) {
+    Requests& state = requests();
+    state.function = function;
+    state.timeout = static_cast<long>(timeout.count());
+    state.generation = forkGeneration();
+    state.isEnding = false;
+    state.terminateBefore = std::set_terminate(onTerminate);
+    {
+        const NoSignals noSignals;
+        handlers_->thread = std::thread(serve);
+    }
+    state.isActive = true;
+    for (const int signal : signals) {
+        handlers_->add(signal);
+    }
+}
+
+SignalHook::~SignalHook() = default;
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,118 @@
+#include "platform/SignalHook.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <thread>
+#include <windows.h>
+
+namespace ZAV {
+namespace Platform {
+
+namespace {
+
+/// It is never destroyed: somebody may have kept one of the functions to call it later.
+struct Requests {
+    HANDLE wanted = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+    std::atomic<unsigned> asked{0};  ///< requests that were made
+    std::atomic<unsigned> served{0}; ///< of these, those that the function was run for
+    std::atomic<bool> isActive{false};
+    std::atomic<bool> isEnding{false};
+    std::atomic<ULONGLONG> timeout{0}; ///< in milliseconds
+    void (*function)(std::chrono::milliseconds timeout) = nullptr;
+    LPTOP_LEVEL_EXCEPTION_FILTER filterBefore = nullptr;
+    std::terminate_handler terminateBefore = nullptr;
+};
+
+Requests& requests() {
+    static Requests& made = *new Requests;
+    return made;
+}
+
+/// Has the function run and waits for that.
+void runFunction() {
+    Requests& state = requests();
+    if (!state.isActive) {
+        return;
+    }
+    const ULONGLONG begin = GetTickCount64();
+    const unsigned mine = ++state.asked;
+    SetEvent(state.wanted);
+    while (static_cast<int>(state.served - mine) < 0 && GetTickCount64() - begin < state.timeout) {
+        Sleep(1);
+    }
+}
+
+BOOL WINAPI onConsoleEvent(DWORD) {
+    runFunction();
+    return FALSE; // so that the handlers of before come next
+}
+
+LONG WINAPI onException(EXCEPTION_POINTERS* exception) {
+    runFunction();
+    const LPTOP_LEVEL_EXCEPTION_FILTER before = requests().filterBefore;
+    return before != nullptr ? before(exception) : EXCEPTION_CONTINUE_SEARCH;
+}
+
+[[noreturn]] void onTerminate() {
+    runFunction();
+    requests().isActive = false;
+    if (requests().terminateBefore != nullptr) {
+        requests().terminateBefore();
+    }
+    std::abort();
+}
+
+void serve() {
+    Requests& state = requests();
+    while (!state.isEnding) {
+        WaitForSingleObject(state.wanted, INFINITE);
+        if (!state.isEnding) {
+            const unsigned last = state.asked;
+            state.function(std::chrono::milliseconds(state.timeout));
+            state.served = last;
+        }
+    }
+}
+
+} // namespace
+
+struct SignalHook::Handlers {
+    ~Handlers() {
+        SetConsoleCtrlHandler(onConsoleEvent, FALSE);
+        const LPTOP_LEVEL_EXCEPTION_FILTER last = SetUnhandledExceptionFilter(requests().filterBefore);
+        if (last != onException) {
+            SetUnhandledExceptionFilter(last); // of somebody who came later
+        }
+        if (std::get_terminate() == onTerminate) {
+            std::set_terminate(requests().terminateBefore);
+        }
+        requests().isActive = false;
+        requests().isEnding = true;
+        SetEvent(requests().wanted);
+        if (thread.joinable()) {
+            thread.join();
+        }
+    }
+
+    std::thread thread;
+};
+
+SignalHook::SignalHook(const std::vector<int>&, void (*function)(std::chrono::milliseconds timeout),
+                       std::chrono::milliseconds timeout)
+    : handlers_(std::make_unique<Handlers>()) {
+    Requests& state = requests();
+    state.function = function;
+    state.timeout = static_cast<ULONGLONG>(timeout.count() < 0 ? 0 : timeout.count());
+    state.isEnding = false;
+    handlers_->thread = std::thread(serve);
+    state.isActive = true;
+    state.terminateBefore = std::set_terminate(onTerminate);
+    state.filterBefore = SetUnhandledExceptionFilter(onException);
+    SetConsoleCtrlHandler(onConsoleEvent, TRUE);
+}
+
+SignalHook::~SignalHook() = default;
+
+} // namespace Platform
+} // namespace ZAV

@@ -1,0 +1,64 @@
+#include "AcceptanceSupport.h"
+
+#include "log/LogSession.h"
+
+#include <filesystem>
+
+using namespace ZAV;
+using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
+using namespace testing;
+
+namespace {
+
+class FailureNotices : public Application {
+protected:
+    static std::string lineOf(const std::string& appender, const std::string& directory) {
+        return "zav-log: appender " + appender + ": Failed to open file " + directory + "/" + appender +
+               ". Are you sure that the directory exists?\n";
+    }
+
+    const std::string missing_ = directory_ / "missing";
+};
+
+} // namespace
+
+TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
+    writeProperties(
+        "appender.s = SimpleFileAppender\nappender.s.dir = DIR/missing\n"
+        "appender.batch = SimpleFileAppender\nappender.batch.dir = DIR/missing\n"
+        "appender.batch.asynchronous = true\nappender.batch.flush = batch\n"
+        "appender.batch.level = ERROR\nappender.fine = SimpleFileAppender\nappender.fine.dir = DIR\n"
+        "zav.log.AsynchronousDispatcher.waitingPeriod = 3600\n");
+    StandardErrorCapture standardError;
+    {
+        const LogSession session(directory_ / "app.properties");
+        Logger& net = LoggerFactory::getLogger("net");
+        const auto logInRounds = [&net](const std::string& text) {
+            for (int round = 0; round < 3; ++round) {
+                net.error(text);
+                net.warning(text);
+                LogManager::flush();
+            }
+        };
+        logInRounds("1");
+        std::filesystem::create_directory(missing_);
+        logInRounds("2");
+        std::filesystem::remove_all(missing_);
+        logInRounds("3");
+        RecordingListener listener;
+        LogManager::registerCommandListener("EXCEPTION", &listener);
+        std::filesystem::create_directory(missing_);
+        logInRounds("4");
+        std::filesystem::remove_all(missing_);
+        logInRounds("5");
+        EXPECT_THAT(listener.arguments, SizeIs(9));
+        LogManager::unregisterCommandListener("EXCEPTION");
+        logInRounds("6"); // it was failing already
+    }
+    EXPECT_TRUE(LogManager::init(directory_ / "app.properties"));
+    LoggerFactory::getLogger("net").error("7"); // without a session
+    LogManager::flush();
+    EXPECT_EQ(standardError.text(), lineOf("s", missing_) + lineOf("batch", missing_) +
+                                        lineOf("s", missing_) + lineOf("batch", missing_));
+}

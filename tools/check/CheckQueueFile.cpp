@@ -1,0 +1,82 @@
+#include "check/Checks.h"
+#include "log/async/DispatcherSettings.h"
+#include "log/config/KeyNames.h"
+#include "log/config/ValueReaders.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+namespace ZAV {
+namespace Tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace Option = Log::DispatcherOption;
+
+constexpr std::uint64_t USUAL_MESSAGE = 100; ///< bytes
+
+const PropertyLine* lineOf(const Configuration& configuration, const char* option) {
+    return configuration.file().find(Log::dispatcherKey(option));
+}
+
+void warn(Findings& findings, const PropertyLine& line, const std::string& text) {
+    findings.addWarning(line, "queue-file", text);
+}
+
+void checkFolder(const PropertyLine& line, Findings& findings) {
+    std::error_code problem;
+    const fs::path folder = fs::absolute(line.value).parent_path();
+    if (!fs::is_directory(folder, problem)) {
+        warn(findings, line, "there is no directory '" + folder.string() + "'");
+    }
+}
+
+/// The defaults fit each other, and a bad value is a finding of its own.
+void checkSize(const Configuration& configuration, Findings& findings) {
+    const PropertyLine* const size = lineOf(configuration, Option::QUEUE_FILE_SIZE);
+    const PropertyLine* const limit = lineOf(configuration, Option::MAX_QUEUE_SIZE);
+    const auto bytes = size != nullptr ? Log::readSizeLimit(size->value) : Log::QueueFileSettings().size;
+    const auto messages =
+        limit != nullptr ? Log::readLeadingSigned(limit->value)
+                         : Log::readLeadingSigned(std::to_string(Log::DispatcherSettings().maxQueueSize));
+    if (bytes.value_or(0) == 0 || !messages.isWhole || messages.value < 0 ||
+        (size == nullptr && limit == nullptr)) {
+        return;
+    }
+    const PropertyLine& last = size == nullptr ? *limit : limit == nullptr ? *size : later(*size, *limit);
+    const auto count = static_cast<std::uint64_t>(messages.value);
+    if (*bytes / USUAL_MESSAGE < count) {
+        warn(findings, last,
+             "a queue file of " + std::to_string(*bytes) + " bytes cannot hold " + std::to_string(count) +
+                 " messages of " + std::to_string(USUAL_MESSAGE) + " bytes");
+    }
+}
+
+/// \return the path in the one form that all ways to it have in common; what does not exist yet keeps its name
+std::string commonForm(const std::string& path) {
+    std::error_code problem;
+    const fs::path common = fs::weakly_canonical(fs::absolute(path), problem);
+    return problem ? path : common.string();
+}
+
+} // namespace
+
+void checkQueueFile(const Configuration& configuration, const std::string& fileName,
+                    QueueFilesOfOthers& others, Findings& findings) {
+    const PropertyLine* const line = lineOf(configuration, Option::QUEUE_FILE);
+    if (line == nullptr || line->value.empty()) {
+        return;
+    }
+    checkFolder(*line, findings);
+    checkSize(configuration, findings);
+    const auto [other, isNew] = others.try_emplace(commonForm(line->value), fileName);
+    if (!isNew && other->second != fileName) {
+        warn(findings, *line,
+             "'" + other->second + "' names this file, too; one program at a time can have it");
+    }
+}
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/InputFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ZAV {
+namespace Tools {
+
+class Unpacker;
+struct QueueLines;
+
+/// What a log file holds, as its appender wrote it: of a file that gzip has packed, what it holds unpacked;
+/// of one that keeps a program's queue, the lines of what waits in it when it is opened. Otherwise like an
+/// `InputFile`.
+class LogContent {
+public:
+    using Links = Platform::InputFile::Links;
+
+    LogContent() noexcept;
+    ~LogContent();
+    LogContent(LogContent&& other) noexcept;
+    LogContent& operator=(LogContent&& other) noexcept;
+
+    bool open(const std::string& path, std::string& problem, Links links = Links::FOLLOWED);
+    bool openStandardInput(std::string& problem);
+    LogContent duplicate() const;
+
+    /// To go back in a packed file means to unpack it again from its beginning.
+    std::int64_t readAt(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;
+
+    /// \return whether the content comes unpacked, so that its size is not known; of a pipe, once something was read
+    bool isPacked() const { return unpacker_ != nullptr || isQueue(); }
+
+    /// \return whether it is the file of a queue, whose lines are of `json`
+    bool isQueue() const { return queue_ != nullptr; }
+
+    bool isSeekable() const { return file_.isSeekable(); }
+    bool hasEnded() const noexcept;
+    std::uint64_t position() const { return isPacked() ? 0 : file_.position(); }
+    std::uint64_t size() const { return file_.size(); } ///< as it is on the disk
+    Platform::FileIdentity identity() const { return file_.identity(); }
+    bool isOpen() const noexcept { return file_.isOpen(); }
+    void close() noexcept;
+
+private:
+    bool lookAtBeginning(std::string& problem) const;
+    void lookForQueue();
+    std::int64_t readQueue(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;
+
+    Platform::InputFile file_;
+    mutable std::unique_ptr<Unpacker> unpacker_;
+    std::shared_ptr<const QueueLines> queue_;
+    mutable std::string beginning_; ///< of a pipe, read already and not yet handed out
+    mutable bool knowsForm_ = false;
+};
+
+} // namespace Tools
+} // namespace ZAV

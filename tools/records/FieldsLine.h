@@ -1,0 +1,20 @@
+#pragma once
+
+#include "log/layout/LineLayout.h"
+#include "records/MachineRecord.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace ZAV {
+namespace Tools {
+
+/// Reads a line of the layout `fields`. Up to the first column of pairs or of text each is one word, the time
+/// two; all that follows is the text.
+/// \return the record, which nobody else has; null if a word is none of its column, or if no column before the
+/// text is a time
+std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::vector<Log::Column>& columns);
+
+} // namespace Tools
+} // namespace ZAV

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "records/MachineRecord.h"
+
+#include <memory>
+#include <string_view>
+
+namespace ZAV {
+namespace Tools {
+
+/// Reads a line of the layout `json`, or one that the option `--json` has shown. Members that neither of them
+/// writes are passed over.
+/// \return the record, which nobody else has; null if the line is no such object
+std::shared_ptr<MachineRecord> readJsonLine(std::string_view line);
+
+} // namespace Tools
+} // namespace ZAV

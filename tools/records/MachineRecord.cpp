@@ -1,0 +1,76 @@
+#include "records/MachineRecord.h"
+
+#include "log/text/PackedPairs.h"
+#include "platform/ZoneOffset.h"
+#include "records/CivilTime.h"
+#include "records/IsoTime.h"
+#include "records/LineParser.h"
+
+#include <algorithm>
+
+namespace ZAV {
+namespace Tools {
+
+void MachineRecord::setTime(std::int64_t microseconds) {
+    constexpr std::int64_t MICROSECONDS_PER_SECOND = 1000000;
+    const std::int64_t offset = Platform::utcOffset(microseconds / MICROSECONDS_PER_SECOND);
+    const std::int64_t local = microseconds + offset * MICROSECONDS_PER_SECOND;
+    time_ = civilText(std::clamp(local, std::int64_t{0}, LATEST_TIME));
+    instant_ = microseconds;
+}
+
+bool MachineRecord::setLevel(std::string_view word) {
+    hasLevel = findLevelNamed(word, level_);
+    return hasLevel;
+}
+
+void MachineRecord::show() {
+    const auto add = [this](std::string_view word) { shown_.append(" ").append(word); };
+    shown_ = time_;
+    if (!logger.empty()) {
+        add(logger);
+    }
+    const bool mayHavePlace = hasLevel || !isTypeKnown;
+    if (mayHavePlace && !(file.empty() && line.empty())) {
+        add(file);
+        shown_ += line.empty() ? "" : ':' + line;
+    }
+    if (hasLevel) {
+        add(Log::Level::toString(level_));
+    }
+    add(message);
+    textBegin_ = shown_.size() - message.size();
+    bool needsBlank = !message.empty();
+    for (const RecordPair& value : values) {
+        shown_ += needsBlank ? " " : "";
+        needsBlank = true;
+        Log::appendPair(shown_, {value.key, std::string_view(value.text)});
+    }
+}
+
+void MachineRecord::addLines(std::string_view lines) {
+    shown_.append("\n").append(lines);
+    message.append("\n").append(lines);
+}
+
+Fields MachineRecord::fields() const {
+    Fields fields;
+    fields.program = program;
+    fields.pid = pid;
+    fields.host = host;
+    fields.logger = logger;
+    fields.file = file;
+    fields.line = line;
+    fields.thread = thread;
+    fields.text = std::string_view(shown_).substr(textBegin_);
+    fields.message = message;
+    fields.values = &values;
+    fields.context = &context;
+    fields.isTypeKnown = isTypeKnown;
+    fields.hasLevel = hasLevel;
+    fields.level = level_;
+    return fields;
+}
+
+} // namespace Tools
+} // namespace ZAV
