@@ -17,7 +17,7 @@ provide_windows_dependencies() {
     provide "$cache/pcre2" build-pcre2
     ln -sfn /usr/include/boost "$cache/boost/include/boost"
     ln -sfn /usr/include/fmt "$cache/fmt/include/fmt"
-    ln -sfn /usr/include/CLI /usr/include/nlohmann "$cache/headers/include"
+    ln -sfn /usr/include/CLI /usr/include/nlohmann /usr/include/xxhash.h "$cache/headers/include"
     ln -sfn /usr/share/cmake/CLI11 /usr/share/cmake/nlohmann_json "$cache/headers/share/cmake"
     ln -sfn "$cache" "$root/build/windows-dependencies"
 }

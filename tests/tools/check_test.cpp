@@ -140,6 +140,16 @@ const std::vector<Case> CASES = {
     {DISPATCHER + "maxQueueSize = 1\n" + CONSOLE + "appender.c.asynchronous = true\n", {"3 no-queue"}},
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},
     {DISPATCHER + "maxQueueSize = 0\n" + CONSOLE + "appender.c.asynchronous = false\n", {}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 2000000\n", {"2 queue-file"}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 600\n" + DISPATCHER +
+         "queueFileSize = 64 KB\n",
+     {}},
+    {DISPATCHER + "queueFileSize = 64 KB\n" + DISPATCHER + "queueFile = q\n", {"1 queue-file"}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "queueFileSize = 64 KB\n" + DISPATCHER +
+         "maxQueueSize = -1\n",
+     {}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "queueFileSize = 20 MB or so\n", {"2 unknown-value"}},
+    {DISPATCHER + "queueFileSize = 5\n", {"1 bad-number", "1 ignored-key"}},
     {SERVER +
          "appender.s.dir = nowhere\nappender.t = SimpleFileAppender\nappender.t.file = app.properties/x\n",
      {"2 missing-directory", "4 missing-directory"}},
@@ -226,6 +236,21 @@ TEST_F(CheckTest, CallsErrorExactlyWhatInitComplainsOf) {
         });
         EXPECT_TRUE(errors.empty() || isNamed) << example.content << complaint;
     }
+}
+
+TEST_F(CheckTest, FindsAQueueFileThatCannotBeOrThatTwoFilesName) {
+    const std::string text = DISPATCHER + "queueFile = ";
+    EXPECT_THAT(textOf(text + "nowhere/q\n"),
+                testing::AllOf(testing::HasSubstr(":1: warning: "), EndsWith("nowhere' [queue-file]")));
+    TestSupport::writeFile("a", text + "./q\n");
+    TestSupport::writeFile("b", text + "q\n");
+    Checker checker;
+    EXPECT_TRUE(checker.check("a").empty());
+    EXPECT_TRUE(checker.check("a").empty()); // named once more
+    const std::vector<Finding> findings = checker.check("b");
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].id, "queue-file");
+    EXPECT_EQ(findings[0].text, "'a' names this file, too; one program at a time can have it");
 }
 
 TEST_F(CheckTest, WordsItsFindingsAsACompilerDoes) {
