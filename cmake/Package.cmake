@@ -22,7 +22,7 @@ foreach(library zav-log zav-log-control)
     install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
 endforeach()
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${xxhash_licence_file} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
 # "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.
 if(WIN32)

@@ -54,14 +54,17 @@ The command zav-log checks property files, reads several log files and
 rotated series as one log, once or as they grow, and steers the logging of
 a running program.")
 
-# The licence of IceUtil concerns those who pass on what is linked with it.
+# The licences of others concern those who pass on what holds their code, or is linked with it.
+string(REGEX REPLACE "\n *(\n|$)" "\n.\\1" debian_comment "${xxhash_licence}")
+string(REPLACE "\n" "\n " debian_comment
+    "Comment:\nThe library and the command hold code of the headers of xxHash:\n.\n${debian_comment}")
 if(ZAV_LOG_WITH_ICE)
-    set(debian_terms_of_ice "Comment:
+    string(APPEND debian_comment "
+ .
  The library is linked with IceUtil, a part of ZeroC Ice (libzeroc-ice), which
  is under the GNU General Public License, version 2. The terms of that licence
  apply to whoever distributes the built library, or a program that uses it; it
- stands in /usr/share/common-licenses/GPL-2.
-")
+ stands in /usr/share/common-licenses/GPL-2.")
 endif()
 configure_file(cmake/debian/copyright.in ${PROJECT_BINARY_DIR}/debian/copyright @ONLY)
 

@@ -5,10 +5,10 @@
 #include "log/LogValues.h"
 #include "zav-util/UtilException.h"
 
-#include <fcntl.h>
-#include <numeric>
+#include <future>
 #include <set>
 #include <sys/stat.h>
+#include <thread>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -240,6 +240,35 @@ TEST_F(QueueFileOfProgram, WaitsForRoomIfThatIsConfigured) {
     LogManager::flush();
     EXPECT_EQ(LogManager::statistics().discarded, 0U);
     EXPECT_EQ(lastWordsOf("a.log").size(), static_cast<std::size_t>(COUNT));
+}
+
+TEST_F(QueueFileOfProgram, HasRoomForManyThreadsThatKeepTheirMemory) {
+    constexpr int THREADS = 50;
+    constexpr int COUNT = 40;
+    init(lazy(QUEUE + SIZE +
+              "512 KB\nzav.log.AsynchronousDispatcher.maxQueueSize = -1\n"
+              "zav.log.AsynchronousDispatcher.overflow = block\n"));
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    std::vector<std::promise<void>> logged(THREADS);
+    std::vector<std::thread> threads;
+    for (std::promise<void>& done : logged) {
+        threads.emplace_back([&] {
+            for (int message = 0; message < COUNT; ++message) {
+                logger().info(std::string(100, 'x'), 0, "");
+            }
+            done.set_value();
+            ended.wait();
+        });
+        done.get_future().wait();
+        LogManager::flush();
+    }
+    EXPECT_EQ(LogManager::statistics().discarded, 0U);
+    EXPECT_EQ(lastWordsOf("a.log").size(), static_cast<std::size_t>(THREADS * COUNT));
+    end.set_value();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
 }
 
 TEST_F(QueueFileOfProgram, LeavesRoomForThoseWhoRecoverAFullOne) {

@@ -149,7 +149,7 @@ const std::vector<Case> CASES = {
          "maxQueueSize = -1\n",
      {}},
     {DISPATCHER + "queueFile = q\n" + DISPATCHER + "queueFileSize = 20 MB or so\n", {"2 unknown-value"}},
-    {DISPATCHER + "queueFileSize = 5\n", {"1 bad-number", "1 ignored-key"}},
+    {DISPATCHER + "queueFileSize = 5\n", {"1 ignored-key", "1 bad-number"}},
     {SERVER +
          "appender.s.dir = nowhere\nappender.t = SimpleFileAppender\nappender.t.file = app.properties/x\n",
      {"2 missing-directory", "4 missing-directory"}},

@@ -38,6 +38,10 @@ protected:
         }
         file.mark(QueueFileFormat::DONE).set(done);
         bytes_ = readBinary(path_); // before the ring gives its blocks back
+        places_.clear();
+        for (std::uint64_t number = 0; number <= COUNT; ++number) {
+            places_.push_back(bytes_.find(textOf(number)));
+        }
     }
 
     static std::string readBinary(const std::string& path) {
@@ -69,7 +73,7 @@ protected:
                          const std::string& what) const {
         constexpr std::size_t HEAD = 120; // of a record, before its text
         for (std::uint64_t number = std::max(first, DONE + 1); number < behind; ++number) {
-            const std::size_t place = bytes_.find(textOf(number));
+            const std::size_t place = places_[number];
             const std::size_t behindText = place + textOf(number).size();
             ASSERT_TRUE(damage < behindText && end > place - HEAD) << what << ": " << number << " is missing";
         }
@@ -80,6 +84,7 @@ protected:
     const std::string path_ = directory_ / "queue";
     const std::string loggers_[2] = {"net.tcp", "net.udp"};
     std::string bytes_;
+    std::vector<std::size_t> places_; ///< of the texts in it
 };
 
 } // namespace
@@ -99,7 +104,8 @@ TEST_F(LeftQueue, HasAllThatWaitsWithItsNames) {
 TEST_F(LeftQueue, IsReadUpToWhereItWasCut) {
     QueueFile file(path_, SIZE);
     append(file, 1, COUNT, DONE);
-    for (std::size_t size = 0; size < bytes_.size(); ++size) {
+    const bool isNight = std::getenv("ZAV_LOG_FLIPS") != nullptr;
+    for (std::size_t size = 0; size < bytes_.size(); size += isNight || size < 2000 ? 1 : 13) {
         if (size < StoredQueue::BEGINNING) {
             ASSERT_EQ(StoredQueue(bytes_.substr(0, size)).problem(), "It is not a queue file");
         } else if (size >= sizeof(QueueFileFormat::Head)) {

@@ -261,7 +261,6 @@ void MessageStore::keepIn(QueueFile* file) {
                                      [file](const FileMarks& known) { return known.file == file; });
     if (file != nullptr && !isKnown) {
         marks_.push_back(marks);
-        setDone();
     }
     pool_.setFile(file);
 }

@@ -129,7 +129,7 @@ PackedMessage Ring::reserveStored(const MessageFields& message, int answeredRepo
 
 /// Those that were used lately are remembered here.
 void Ring::describe(QueueFile& file, const MessageFields& message) {
-    const auto placeIn = [](const void*(&table)[8], const void* address) -> const void*& {
+    const auto placeIn = [](auto& table, const void* address) -> const void*& {
         return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
     };
     if (describedIn_ != &file) {

@@ -155,8 +155,8 @@ private:
     SharedFields last_;    ///< of the newest message in the last block
     std::size_t nextCapacity_;
     QueueFile* describedIn_ = nullptr; ///< the file that knows what these are
-    const void* loggers_[8] = {};
-    const void* places_[8] = {};
+    const void* loggers_[32] = {};
+    const void* places_[32] = {};
 
     std::atomic<MessageBlock*> lastBlock_; ///< written by that thread
 

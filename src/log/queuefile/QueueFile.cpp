@@ -161,12 +161,15 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
     firstFree_ = std::min(firstFree_, slot);
 }
 
+/// Threads keep their last blocks, so that they could fill the file with empty ones. Where it becomes scarce,
+/// they get small ones.
 char* QueueFile::take(std::size_t wanted, std::size_t least, std::size_t& capacity) noexcept {
     const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
     const ScopedLock lock(lock_);
-    std::size_t slots = slotsFor(wanted);
+    const bool isScarce = used_ + slotsFor(wanted) > isUsed_.size() / 2;
+    std::size_t slots = slotsFor(isScarce ? least : wanted);
     char* block = takeSlots(MESSAGES, slots);
-    if (block == nullptr) {
+    if (block == nullptr && !isScarce) {
         slots = slotsFor(least);
         block = takeSlots(MESSAGES, slots);
     }
