@@ -151,30 +151,3 @@ TEST_F(LeftQueue, DoesNotTakeOldRecordsInReusedMemoryForItsOwn) {
     ASSERT_EQ(file.earlier()->messages().size(), 1U);
     EXPECT_EQ(file.earlier()->messages().front().fields.text, textOf(1));
 }
-
-TEST_F(LeftQueue, ForgetsAtAnyStepWithoutHarm) {
-    {
-        QueueFile file(path_, SIZE);
-        append(file, 1, COUNT);
-    }
-    const std::string full = bytes_;
-    writeFile(path_, full);
-    std::string forgotten;
-    {
-        QueueFile file(path_, SIZE);
-        const std::uint32_t run = file.earlier()->runs().begin()->first;
-        file.earlierDone(run).set(COUNT);
-        forgotten = readBinary(path_);
-        file.forgetEarlier();
-    }
-    const std::string after = readBinary(path_);
-    // Slots are freed one after another; whichever of them a kill leaves, nothing waits and nothing is
-    // damaged.
-    for (std::size_t freed = 0; freed < SIZE / QueueFileFormat::SLOT; ++freed) {
-        std::string between = forgotten;
-        const std::size_t slot = freed * QueueFileFormat::SLOT;
-        between.replace(slot, QueueFileFormat::SLOT, after, slot, QueueFileFormat::SLOT);
-        const StoredQueue queue(between);
-        EXPECT_EQ(queue.messages().size(), 0U) << freed;
-    }
-}

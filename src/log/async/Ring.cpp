@@ -116,7 +116,7 @@ PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, s
 /// In a file each message can be read by itself.
 PackedMessage Ring::reserveStored(const MessageFields& message, int answeredReports,
                                   std::uint64_t nextNumber) {
-    const PackedMessage packed(message, answeredReports, SharedFields(), nextNumber);
+    const PackedMessage packed(message, answeredReports, none_, nextNumber);
     QueueFile& file = *pool_.file();
     describe(file, message);
     const std::size_t size = QueueFileFormat::recordSize(packed.size());
@@ -177,9 +177,9 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
         message.writeTo(place, number, last_);
         used_ += message.size();
     } else {
-        SharedFields none;
+        last_.number = 0; // which is what the message was packed behind
         char* const payload = place + sizeof(QueueFileFormat::Frame);
-        message.writeTo(payload, number, none);
+        message.writeTo(payload, number, last_);
         used_ += QueueFileFormat::recordSize(message.size());
         QueueFileFormat::writeFrame(
             blockWordOf(block), place, QueueFileFormat::frameWord(block.file->run(), message.size()),

@@ -153,6 +153,7 @@ private:
     // Used by the thread that appends alone.
     std::size_t used_ = 0; ///< of the last block
     SharedFields last_;    ///< of the newest message in the last block
+    const SharedFields none_;
     std::size_t nextCapacity_;
     QueueFile* describedIn_ = nullptr; ///< the file that knows what these are
     const void* loggers_[32] = {};

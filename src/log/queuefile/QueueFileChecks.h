@@ -16,8 +16,9 @@ namespace Log {
 
 namespace QueueFileFormat {
 
+/// A seed of the hash would cost more.
 inline std::uint64_t checkOf(std::uint64_t word, std::string_view payload) noexcept {
-    return XXH3_64bits_withSeed(payload.data(), payload.size(), word);
+    return XXH3_64bits(payload.data(), payload.size()) ^ (word * 0x9E3779B97F4A7C15U);
 }
 
 inline std::uint64_t keyOf(std::string_view appenderName) noexcept {

@@ -1,10 +1,12 @@
 #include "EndedProcess.h"
+#include "KilledProcess.h"
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <random>
-#include <sys/wait.h>
 #include <utility>
 
 using namespace ZAV;
@@ -32,10 +34,9 @@ protected:
 
     /// \return the exit code, as a shell tells of it
     int start(int run, const std::string& way, int life) const {
-        const int status =
-            EndedProcess::run(ZAV_LOG_QUEUE_PROGRAM, std::to_string(run) + " " + GetParam() + " " + way +
-                                                         " " + std::to_string(life));
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return exitCodeOf(EndedProcess::run(ZAV_LOG_QUEUE_PROGRAM, std::to_string(run) + " " + GetParam() +
+                                                                       " " + way + " " +
+                                                                       std::to_string(life)));
     }
 
     std::array<int, THREADS> returnedCalls(int run) const {
@@ -97,13 +98,11 @@ protected:
 
 TEST_P(QueueFileDrill, EveryAcceptedMessageComesWhateverKillsTheProcess) {
     std::mt19937 random(std::random_device{}());
-    const std::pair<const char*, int> ways[] = {
-        {"kill", SIGKILL}, {"fault", SIGSEGV}, {"exception", SIGABRT}};
     for (int run = 0; run < kills(); ++run) {
-        const auto& [way, signal] = ways[run % 3];
+        const auto& [way, codeOfEnd] = WAYS_TO_DIE[static_cast<std::size_t>(run) % std::size(WAYS_TO_DIE)];
         const int code = start(run, way, static_cast<int>(random() % 150'000));
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
-        ASSERT_EQ(code, 128 + signal) << way << ": " << errors();
+        ASSERT_EQ(code, codeOfEnd) << way << ": " << errors();
 #endif
         ASSERT_EQ(errors().find("queue file"), std::string::npos) << errors();
     }

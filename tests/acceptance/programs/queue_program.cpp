@@ -2,6 +2,8 @@
 // Arguments: the number of the run, `line` or `batch`, the way in which it ends, after how many microseconds,
 // and the directory. A line is RUN:THREAD:NUMBER and a full stop.
 
+#include "KilledProcess.h"
+
 #include "log/LogException.h"
 #include "log/LogFormat.h"
 #include "log/LogMacros.h"
@@ -14,37 +16,28 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <iostream>
 #include <stdexcept>
 #include <string>
-#include <sys/mman.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 using namespace ZAV;
 using namespace ZAV::Log;
+using namespace ZAV::TestSupport;
 
 namespace {
 
 constexpr int THREADS = 4;
 
-/// How many calls of each thread have returned, in a file that outlives the process.
-std::atomic<int>* returnedCalls(const std::string& path) {
-    const std::size_t size = THREADS * sizeof(std::atomic<int>);
-    const int file = open(path.c_str(), O_RDWR | O_CREAT, 0600);
-    if (ftruncate(file, size) != 0) {
-        std::exit(EXIT_FAILURE);
-    }
-    return static_cast<std::atomic<int>*>(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
-}
-
 void end(const std::string& way) {
     if (way == "exception") {
         throw std::runtime_error("nobody catches it");
     }
-    raise(way == "fault" ? SIGSEGV : SIGKILL);
+    if (way == "fault") {
+        std::raise(SIGSEGV);
+    }
+    killThisProcess();
 }
 
 void log(Logger& logger, const std::string& run, int thread, std::atomic<int>& returned) {
@@ -79,7 +72,7 @@ int main(int, char** arguments) {
     properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "1 MB";
     properties["zav.log.AsynchronousDispatcher.overflow"] = "block";
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "2000";
-    std::atomic<int>* const returned = returnedCalls(directory + "/returned." + run);
+    std::atomic<int>* const returned = numbersIn(directory + "/returned." + run, THREADS);
     if (way != "finish") {
         std::thread([life, way] {
             std::this_thread::sleep_for(life);

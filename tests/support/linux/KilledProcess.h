@@ -1,0 +1,40 @@
+#pragma once
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ZAV::TestSupport {
+
+/// By which a program can be told to end, and the exit code then, as a shell tells of it.
+constexpr struct {
+    const char* name;
+    int exitCode;
+} WAYS_TO_DIE[] = {{"kill", 128 + SIGKILL}, {"fault", 128 + SIGSEGV}, {"exception", 128 + SIGABRT}};
+
+[[noreturn]] inline void killThisProcess() {
+    kill(getpid(), SIGKILL);
+    std::abort();
+}
+
+/// \param status what `std::system` has returned
+inline int exitCodeOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+/// Numbers in a file that outlive the process.
+inline std::atomic<int>* numbersIn(const std::string& path, int count) {
+    const std::size_t size = static_cast<std::size_t>(count) * sizeof(std::atomic<int>);
+    const int file = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+    if (ftruncate(file, static_cast<off_t>(size)) != 0) {
+        std::exit(EXIT_FAILURE);
+    }
+    return static_cast<std::atomic<int>*>(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+}
+
+} // namespace ZAV::TestSupport
