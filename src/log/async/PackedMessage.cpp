@@ -288,6 +288,7 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
 StoredMessage::StoredMessage(std::string_view packed) noexcept : unpacked_(unpack(packed, isWhole_)) {
     const MessageFields& fields = unpacked_.fields;
     isWhole_ = isWhole_ && isLevel(fields.level) && (fields.type == LOG || fields.type == CFG) &&
+               fields.form <= TextForm::FORMATTED &&
                (fields.form == TextForm::READY || arePackedValues(fields.text)) &&
                arePackedPairs(fields.values) && arePackedPairs(fields.context);
 }

@@ -20,6 +20,7 @@ namespace Platform {
 namespace {
 
 constexpr int SIGNAL_COUNT = NSIG;
+constexpr int ONE_SHOT = static_cast<int>(SA_RESETHAND);
 constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
 
 /// What the handlers read, which take no lock. It is never destroyed: a handler may be running when its hook
@@ -86,7 +87,7 @@ void endBySignal(int signal, const siginfo_t* info) {
 void onSignal(int signal, siginfo_t* info, void* context) {
     const int error = errno;
     const struct sigaction before = requests().before[signal];
-    if ((before.sa_flags & SA_RESETHAND) != 0) {
+    if ((before.sa_flags & ONE_SHOT) != 0) {
         requests().before[signal].sa_handler = SIG_DFL;
         requests().before[signal].sa_flags = 0;
     }
@@ -163,7 +164,7 @@ struct SignalHook::Handlers {
         }
         requests().before[signal] = ours;
         ours.sa_sigaction = onSignal;
-        ours.sa_flags = (ours.sa_flags & ~SA_RESETHAND) | SA_SIGINFO | SA_ONSTACK;
+        ours.sa_flags = (ours.sa_flags & ~ONE_SHOT) | SA_SIGINFO | SA_ONSTACK;
         if (sigaction(signal, &ours, nullptr) != 0) {
             throw std::system_error(errno, std::generic_category(), "signal " + std::to_string(signal));
         }
