@@ -113,7 +113,7 @@ std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
         }
         number = store_.append(message);
         isDiscarded = number == 0 && taken == MessageStore::NOTHING &&
-                      store_.discard(message, lines_, SHOWN_WHEN_DISCARDED);
+                      store_.discard(message, lines_, SHOWN_WHEN_DISCARDED, true);
     }
     lines_.write();
     return number;

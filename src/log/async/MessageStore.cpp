@@ -156,11 +156,16 @@ void MessageStore::setDone() noexcept {
     }
 }
 
-bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
+                           bool isLastWay) {
     std::string line = shownLine(reason, message);
     const ScopedLock lock(storeLock_);
+    if (isLastWay && isRendering_) {
+        lines.add(std::move(line), reason);
+        return true;
+    }
     std::uint64_t last = lastTaken_;
-    if (isClosed_ || !lastNumber_.compare_exchange_strong(last, last + 1)) {
+    if ((isClosed_ && !isLastWay) || !lastNumber_.compare_exchange_strong(last, last + 1)) {
         return false;
     }
     lines.add(std::move(line), reason);

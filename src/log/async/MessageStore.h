@@ -72,8 +72,11 @@ public:
 
     /// Appends a message and takes it out at once, so that no batch holds it, if no other waits. It counts as
     /// discarded.
+    /// \param isLastWay whether it can go nowhere else, also if the queue is closed. One that is logged from inside
+    ///        the rendering of another discarded message is shown then without being counted
     /// \return false if others wait, and it was not appended
-    bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason);
+    bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
+                 bool isLastWay = false);
 
     /// Has `take` leave what is appended from now on in the queue.
     void hold() noexcept;
