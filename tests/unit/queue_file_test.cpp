@@ -138,14 +138,14 @@ TEST_F(LeftQueue, DoesNotTakeOldRecordsInReusedMemoryForItsOwn) {
     { // A run whose messages are forgotten, and one that forgets them and is killed after a message.
         QueueFile file(path_, SIZE);
         append(file, 1, COUNT);
-        writeFile(path_, bytes_);
     }
+    writeFile(path_, bytes_); // before the ring gave its blocks back
     {
         QueueFile file(path_, SIZE);
         file.forgetEarlier();
         append(file, 1, 1);
-        writeFile(path_, bytes_);
     }
+    writeFile(path_, bytes_);
     QueueFile file(path_, SIZE);
     EXPECT_EQ(file.earlier()->problem(), "");
     ASSERT_EQ(file.earlier()->messages().size(), 1U);
