@@ -78,6 +78,7 @@ private:
 Recovery recover(const StoredQueue& stored, const std::vector<Appender*>& appenders, QueueFile* file,
                  bool stopsAtFailure) {
     std::vector<Recovered> recovered;
+    recovered.reserve(appenders.size());
     for (Appender* const appender : appenders) {
         recovered.emplace_back(*appender, file);
     }

@@ -188,52 +188,57 @@ std::vector<std::pair<std::string, std::string>> listPairs(std::string_view pack
 
 namespace {
 
+/// Takes bytes off the front.
+/// \return false if there are not as many
+bool take(std::string_view& bytes, std::uint64_t size) noexcept {
+    if (size > bytes.size()) {
+        return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(size));
+    return true;
+}
+
+/// \param sizeOfLength how many bytes its length takes
+bool takeText(std::string_view& bytes, unsigned sizeOfLength, bool isCString) noexcept {
+    const char* next = bytes.data();
+    if (sizeOfLength > sizeof(std::uint64_t) || !take(bytes, sizeOfLength)) {
+        return false;
+    }
+    const std::uint64_t length = Packing::readNumber(next, sizeOfLength);
+    return take(bytes, length) && (!isCString || (length > 0 && *(bytes.data() - 1) == '\0'));
+}
+
 /// Takes a packed value off the front.
 /// \return false if there is none
 bool takeValue(std::string_view& bytes, TaggedValue::Kind& kind) noexcept {
-    using namespace Packing;
+    using Kind = TaggedValue::Kind;
     if (bytes.empty()) {
         return false;
     }
     const unsigned head = static_cast<unsigned char>(bytes.front());
-    const unsigned sizeOfNumber = head >> KIND_BITS;
+    const unsigned sizeOfNumber = head >> Packing::KIND_BITS;
     bytes.remove_prefix(1);
-    kind = static_cast<Kind>(head & KIND_MASK);
-    const auto take = [&bytes](std::uint64_t size) {
-        const bool isThere = size <= bytes.size();
-        bytes.remove_prefix(isThere ? static_cast<std::size_t>(size) : 0);
-        return isThere;
-    };
+    kind = static_cast<Kind>(head & Packing::KIND_MASK);
     switch (kind) {
     case Kind::DOUBLE:
-        return take(sizeof(double));
+        return take(bytes, sizeof(double));
     case Kind::FLOAT:
-        return take(sizeof(float));
+        return take(bytes, sizeof(float));
     case Kind::CHARACTER:
-        return take(sizeof(char));
+        return take(bytes, sizeof(char));
     case Kind::ADDRESS:
-        return take(sizeof(const void*));
+        return take(bytes, sizeof(const void*));
     case Kind::SIGNED:
     case Kind::UNSIGNED:
     case Kind::BOOLEAN:
-        return sizeOfNumber <= sizeof(std::uint64_t) && take(sizeOfNumber);
+        return sizeOfNumber <= sizeof(std::uint64_t) && take(bytes, sizeOfNumber);
     case Kind::C_STRING:
-        if (sizeOfNumber == NULL_TEXT) {
-            return true;
-        }
-        break;
+        return sizeOfNumber == Packing::NULL_TEXT || takeText(bytes, sizeOfNumber, true);
     case Kind::TEXT:
     case Kind::NUMBER:
-        break;
-    default:
-        return false;
+        return takeText(bytes, sizeOfNumber, false);
     }
-    const char* next = bytes.data();
-    if (sizeOfNumber > sizeof(std::uint64_t) || !take(sizeOfNumber)) {
-        return false;
-    }
-    const std::uint64_t length = readNumber(next, sizeOfNumber);
-    return take(length) && (kind != Kind::C_STRING || (length > 0 && *(bytes.data() - 1) == '\0'));
+    return false;
 }
 
 } // namespace
