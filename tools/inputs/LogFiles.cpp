@@ -216,26 +216,41 @@ void closeRolled(LogFile& file) {
     }
 }
 
+namespace {
+
+/// The file at a path, behind those that were rolled away from it. A rotation may put the next file there
+/// after the first attempt to open it.
+void openWithRolled(const InputSpec& input, std::vector<LogFile>& files, std::vector<std::string>& problems) {
+    LogFile file;
+    file.path = input.path;
+    file.layout = input.layout;
+    std::string problem;
+    bool isOpen = openOne(file, input, problem);
+    bool isMissing = !isOpen && !exists(file.path);
+    if (!isOpen && !isMissing) {
+        isOpen = openOne(file, input, problem);
+        isMissing = !isOpen && !exists(file.path);
+    }
+    if (input.kind != InputSpec::STANDARD_INPUT) {
+        files = findRolled(input);
+    }
+    const bool mayBeMissing = isMissing && (input.mayBeMissing || !files.empty());
+    if (isOpen && !isAmongRolled(files, file)) {
+        files.push_back(std::move(file));
+    } else if (!isOpen && !mayBeMissing) {
+        problems.push_back(file.path + ": " + problem);
+    }
+}
+
+} // namespace
+
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems) {
     std::vector<LogFile> files;
     const std::size_t problemsBefore = problems.size();
     if (resolve(input) == InputSpec::SERIES && (hasSeries(input.path) || input.mayBeMissing)) {
         files = openSeries(input, problems);
     } else {
-        LogFile file;
-        file.path = input.path;
-        file.layout = input.layout;
-        std::string problem;
-        const bool isOpen = openOne(file, input, problem);
-        if (input.kind != InputSpec::STANDARD_INPUT) {
-            files = findRolled(input);
-        }
-        const bool mayBeMissing = input.mayBeMissing || !files.empty();
-        if (isOpen && !isAmongRolled(files, file)) {
-            files.push_back(std::move(file));
-        } else if (!isOpen && (!mayBeMissing || exists(file.path))) {
-            problems.push_back(file.path + ": " + problem);
-        }
+        openWithRolled(input, files, problems);
     }
     const std::string unknown =
         files.empty() && problems.size() == problemsBefore ? whyUnknown(input) : std::string();
