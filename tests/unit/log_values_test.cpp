@@ -106,12 +106,15 @@ TEST_F(LogValues, StandBehindTheTextAndAsPairs) {
 TEST_F(LogValues, ShowNumbersInTheShortestFormAndOtherTypesAsTheirText) {
     const char array[] = "array";
     const char* const null = nullptr;
+    volatile int changing = 7;
     ZAV_LOGV_ERROR(logger_, "t", "c", 'x', "b", true, "n", false, "sc", static_cast<signed char>(-5), "uc",
                    static_cast<unsigned char>(200), "ll", std::numeric_limits<long long>::min(), "ull",
                    std::numeric_limits<unsigned long long>::max(), "s", std::string("s"), "v",
-                   std::string_view("view"), "a", array, "null", null);
+                   std::string_view("view"), "a", array, "null", null, "volatile", changing);
     EXPECT_EQ(message().getText(), "t c=x b=true n=false sc=-5 uc=200 ll=-9223372036854775808 "
-                                   "ull=18446744073709551615 s=s v=view a=array null=\"\"");
+                                   "ull=18446744073709551615 s=s v=view a=array null=\"\" volatile=7");
+    ZAV_LOGV_ERROR(logger_, null, null, null);
+    EXPECT_EQ(message().getText(), "_=\"\"");
     ZAV_LOGV_ERROR(logger_, "t", "d", 0.1, "f", 0.1F, "third", 1.0 / 3, "huge", 1e300, "inf", HUGE_VAL, "ld",
                    2.5L);
     EXPECT_EQ(message().getText(), "t d=0.1 f=0.1 third=0.3333333333333333 huge=1e+300 inf=inf ld=2.5");
@@ -324,6 +327,33 @@ TEST_F(LogContextTest, MayEndInAnyOrder) {
     second.reset();
     ZAV_LOG_ERROR(logger_, "t");
     EXPECT_THAT(message().getContext(), ElementsAre(Pair("c", "3")));
+}
+
+TEST_F(LogContextTest, MayEndInAnotherThread) {
+    auto first = std::make_unique<const LogContext>("a", 1);
+    const LogContext second("b", 2);
+    auto third = std::make_unique<const LogContext>("c", 3);
+    std::thread([&] {
+        first.reset();
+        third.reset();
+    }).join();
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), ElementsAre(Pair("b", "2")));
+    const LogContext fourth("d", 4);
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), ElementsAre(Pair("b", "2"), Pair("d", "4")));
+
+    std::unique_ptr<const LogContext>
+        left; // for the memory that the thread leaves: the sanitizers look at it
+    std::unique_ptr<const LogContext> other;
+    std::thread([&] {
+        left = std::make_unique<const LogContext>("left", 5);
+        other = std::make_unique<const LogContext>("other", 6);
+        std::thread([&other] { other.reset(); }).join();
+    }).join();
+    left.reset();
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), SizeIs(2));
 }
 
 TEST_F(LogContextTest, BelongsToItsThreadWhoseIdEveryMessageHas) {

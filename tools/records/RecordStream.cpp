@@ -109,6 +109,7 @@ const Fields& RecordStream::fields() {
     }
     if (!record_.hasTime) {
         fields_.message = fields_.text = record_.lines;
+        fields_.values = nullptr; // which stand behind the text that it continues
     }
     return fields_;
 }

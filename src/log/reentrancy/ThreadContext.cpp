@@ -11,18 +11,16 @@ namespace Log {
 
 namespace {
 
-/// Frees what the record leads to when a thread ends, which may still log afterwards. Never destroyed, since
-/// threads may log while the process ends.
+/// Never destroyed, since threads may log while the process ends.
 Platform::ThreadSlot& slot() {
-    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot([](void* context) {
-        threadRecord().context = nullptr;
-        delete static_cast<ThreadContext*>(context);
-    });
+    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(ThreadContext::end);
     return slot;
 }
 
 /// So that no thread makes it while another one forks.
 const Platform::ThreadSlot& madeAtLoad = slot();
+
+constexpr std::size_t KEPT_SIZE = std::size_t{64} * 1024;
 
 } // namespace
 
@@ -36,9 +34,9 @@ ThreadContext& ThreadContext::own() {
     return *thread.context;
 }
 
-void ThreadContext::add(const void* owner, std::string_view key, const TaggedValue& value) {
+ContextEntry& ThreadContext::add(std::string_view key, const TaggedValue& value) {
     const std::size_t begin = bytes_.size();
-    entries_.push_back({owner, 0});
+    ContextEntry& entry = entries_.emplace_back(*this);
     try {
         bytes_.resize(begin + packedPairSize(key, value));
     } catch (...) {
@@ -47,28 +45,64 @@ void ThreadContext::add(const void* owner, std::string_view key, const TaggedVal
     }
     const char* const end = packPair(bytes_.data() + begin, key, value);
     bytes_.resize(static_cast<std::size_t>(end - bytes_.data()));
-    entries_.back().size = bytes_.size() - begin;
+    entry.size = bytes_.size() - begin;
+    ++open_;
+    return entry;
 }
 
-void ThreadContext::remove(const void* owner) noexcept {
-    if (!entries_.empty() && entries_.back().owner == owner) { // as a rule
-        bytes_.resize(bytes_.size() - entries_.back().size);
-        entries_.pop_back();
+void ThreadContext::remove(ContextEntry& entry) noexcept {
+    ThreadContext& owner = entry.owner;
+    if (&owner == threadRecord().context) {
+        owner.takeOut(entry);
+        owner.dropTaken();
         return;
     }
+    entry.isDead.store(true, std::memory_order_release);
+    owner.release(1);
+}
+
+void ThreadContext::takeOut(ContextEntry& entry) noexcept {
     std::size_t end = bytes_.size();
-    for (auto entry = entries_.end(); entry != entries_.begin();) {
-        --entry;
-        const std::size_t begin = end - entry->size;
-        if (entry->owner == owner) {
-            const auto first = bytes_.begin();
-            bytes_.erase(first + static_cast<std::ptrdiff_t>(begin),
-                         first + static_cast<std::ptrdiff_t>(end));
-            entries_.erase(entry);
-            return;
-        }
-        end = begin;
+    for (auto other = entries_.rbegin(); &*other != &entry; ++other) { // as a rule none
+        end -= other->size;
     }
+    const auto last = bytes_.begin() + static_cast<std::ptrdiff_t>(end);
+    bytes_.erase(last - static_cast<std::ptrdiff_t>(entry.size), last);
+    entry.size = 0;
+    --open_;
+}
+
+/// What a pair of unusual size took is given back.
+void ThreadContext::dropTaken() noexcept {
+    while (!entries_.empty() && entries_.back().size == 0) {
+        entries_.pop_back();
+    }
+    if (bytes_.empty() && bytes_.capacity() > KEPT_SIZE) {
+        std::vector<char>().swap(bytes_);
+    }
+}
+
+/// Takes out what others have removed.
+void ThreadContext::collect() noexcept {
+    for (ContextEntry& entry : entries_) {
+        if (entry.size != 0 && entry.isDead.load(std::memory_order_acquire)) {
+            takeOut(entry);
+            references_.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+    dropTaken();
+}
+
+void ThreadContext::release(std::ptrdiff_t references) noexcept {
+    if (references_.fetch_sub(references, std::memory_order_acq_rel) == references) {
+        delete this;
+    }
+}
+
+void ThreadContext::end(void* context) noexcept {
+    threadRecord().context = nullptr;
+    auto& ended = *static_cast<ThreadContext*>(context);
+    ended.release(OWNER - ended.open_);
 }
 
 } // namespace Log
