@@ -212,6 +212,9 @@ std::string_view RecordReader::lowestFrom(std::string_view time) {
 /// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for
 /// at least one byte, so that what follows can end it.
 void RecordReader::emitPart(Record& record) {
+    if (!isInLine_ && line_ == begin_ && machineLines_.mayBegin(lineAt(begin_)) && timeAt(begin_).empty()) {
+        problem_ = "A line of more than 4 MiB is shown as it stands, whatever its layout";
+    }
     std::size_t end = line_ > begin_ ? line_ : end_ - 1;
     if (buffer_[end - 1] == '\r') {
         --end;
