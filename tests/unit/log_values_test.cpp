@@ -8,15 +8,20 @@
 #include "log/LogValues.h"
 #include "log/MessageFilter.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "log/text/FloatText.h"
 #include "platform/Threads.h"
 
 #include <boost/make_shared.hpp>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <future>
 #include <gmock/gmock.h>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <random>
+#include <string_view>
 #include <thread>
 
 using namespace ZAV::Log;
@@ -125,6 +130,33 @@ TEST_F(LogValues, ShowNumbersInTheShortestFormAndOtherTypesAsTheirText) {
         const std::string text = message().getValues()[0].second;
         EXPECT_EQ(std::strtold(text.c_str(), nullptr), value) << text;
         EXPECT_THAT(message().getContext(), ElementsAre(Pair("l", text)));
+    }
+}
+
+TEST(ShortestFloat, IsWhatTheStandardLibraryWrites) {
+    const auto expectSame = [](auto number) {
+        char expected[64];
+        char actual[ZAV::Log::SHORTEST_FLOAT_SIZE];
+        const std::string_view text(
+            actual, static_cast<std::size_t>(ZAV::Log::writeShortestFloat(actual, number) - actual));
+        ASSERT_EQ(text,
+                  std::string_view(
+                      expected,
+                      static_cast<std::size_t>(
+                          std::to_chars(std::begin(expected), std::end(expected), number).ptr - expected)));
+    };
+    std::mt19937_64 random(17);
+    double power = 1e-6;
+    for (int exponent = -6; exponent <= 8; ++exponent, power *= 10) {
+        for (int count = 0; count < 2000; ++count) {
+            const double digits = static_cast<double>(random() % 2'000'000);
+            for (const double number : {digits * power, -digits * power, digits / 1e6, digits}) {
+                expectSame(number);
+                expectSame(static_cast<float>(number));
+                expectSame(std::nextafter(number, 1e9));
+                expectSame(std::nextafterf(static_cast<float>(number), 1e9F));
+            }
+        }
     }
 }
 
