@@ -37,8 +37,8 @@ std::wstring wideOf(const std::string& text) {
 
 /// The viewer takes "%" and a digit for a mark in whose place another text goes, also inside a text.
 void partMarks(std::wstring& text) {
-    for (std::size_t at = text.find(L'%'); at + 1 < text.size(); at = text.find(L'%', at + 1)) {
-        if (text[at + 1] >= L'0' && text[at + 1] <= L'9') {
+    for (std::size_t at = text.find(L'%'); at != std::wstring::npos; at = text.find(L'%', at + 1)) {
+        if (at + 1 < text.size() && text[at + 1] >= L'0' && text[at + 1] <= L'9') {
             text.insert(at + 1, 1, L' ');
         }
     }
@@ -51,6 +51,7 @@ void cut(std::wstring& text) {
     }
 }
 
+/// Types are all that the event log has; an audit of its own kind is a matter of the system's security.
 WORD typeOf(Level::LogLevel level) {
     switch (level) {
     case Level::LEVEL_ERROR:
@@ -83,6 +84,13 @@ HANDLE openSource(const AppenderOptions& options) {
 
 } // namespace
 
+std::wstring eventTextOf(const std::string& line) {
+    std::wstring text = wideOf(withVisibleNul(line));
+    partMarks(text);
+    cut(text);
+    return text;
+}
+
 EventLogAppender::EventLogAppender(const AppenderOptions& options)
     : Appender(options), options_(options), source_(openSource(options)) {}
 
@@ -91,9 +99,7 @@ EventLogAppender::~EventLogAppender() {
 }
 
 void EventLogAppender::doOutput(const LogMessage& message) {
-    std::wstring text = wideOf(withVisibleNul(options_.formatLine(message)));
-    partMarks(text);
-    cut(text);
+    const std::wstring text = eventTextOf(options_.formatLine(message));
     const wchar_t* texts[] = {text.c_str()};
     if (ReportEventW(source_, typeOf(message.getLevel()), 0, EVENT_ID, nullptr, 1, 0, texts, nullptr) == 0) {
         throw LogException(std::string("Cannot write to the event log: ") + Platform::systemFailure().what());

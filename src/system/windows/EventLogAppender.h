@@ -2,8 +2,14 @@
 
 #include "log/AppenderOptions.h"
 
+#include <string>
+
 namespace ZAV {
 namespace Log {
+
+/// \return a line as the text of an event: in UTF-16, what is no UTF-8 as U+FFFD and NUL as `\x00`, with a blank
+///         behind a "%" that the viewer would take for a mark, and cut where the system would refuse it
+std::wstring eventTextOf(const std::string& line);
 
 /// Reports each line to the event log, as an event of a source that the key `source` names. The system takes
 /// events from any number of threads.
