@@ -27,6 +27,7 @@ constexpr char JOURNAL[] = "/run/systemd/journal/socket";
 void JournaldAppender::doOutput(const LogMessage& message) {
     const std::vector<std::string> fields = journalFieldsOf(message);
     std::vector<iovec> parts;
+    parts.reserve(fields.size());
     for (const std::string& field : fields) {
         parts.push_back({const_cast<char*>(field.data()), field.size()}); // is only read
     }

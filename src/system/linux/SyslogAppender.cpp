@@ -18,7 +18,7 @@ namespace Log {
 namespace {
 
 /// What the kernel takes in one piece is a little more than 200 KB. The C library loses what is longer.
-constexpr std::size_t LONGEST = 128 * 1024;
+constexpr std::size_t LONGEST = 131'072;
 
 /// The use of the C library's `syslog`, of which each process has one.
 class SystemLog {
@@ -85,7 +85,7 @@ const SystemLog& madeAtLoad = SystemLog::instance();
 std::string identOf(const AppenderOptions& options) {
     const char* const readable = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./";
     const std::string byDefault = program_invocation_short_name; // the C library's, too
-    const std::string ident = options.value("ident", byDefault);
+    std::string ident = options.value("ident", byDefault);
     if (ident != byDefault && (ident.empty() || ident.find_first_not_of(readable) != std::string::npos)) {
         refuse(options, "ident", ident);
     }
