@@ -107,7 +107,7 @@ bool RolledFiles::list(std::vector<RolledFile>& files, std::vector<std::string>&
         const bool isPacked = !isPart && removeEnd(suffix, PACKED);
         std::optional<RolledFile> file = readSuffix(suffix);
         if (file && isPart) {
-            parts.push_back(pathOf(*file) + PART);
+            parts.push_back(pathOf(*file));
         } else if (file) {
             file->isPacked = isPacked;
             file->isPlain = !isPacked;
@@ -158,20 +158,22 @@ std::string RolledFiles::keep(const AppenderValues& values, std::uint64_t liveSi
         size += sizes[index];
     }
     std::string problem;
-    std::size_t gone = 0;
-    for (; gone < files.size(); ++gone) {
-        const bool areTooMany = values.keepFiles != 0 && files.size() - gone > values.keepFiles;
+    std::vector<RolledFile> left;
+    std::size_t next = 0;
+    for (; next < files.size(); ++next) {
+        const bool areTooMany = values.keepFiles != 0 && files.size() - next > values.keepFiles;
         const bool areTooLarge = values.keepSize != 0 && size > values.keepSize;
-        if (!areTooMany && !areTooLarge && files[gone].stamp >= oldest) {
+        if (!areTooMany && !areTooLarge && files[next].stamp >= oldest) {
             break;
         }
-        if (!remove(pathOf(files[gone]))) {
-            problem = pathOf(files[gone]);
-            break;
+        if (!remove(pathOf(files[next]))) {
+            problem = problem.empty() ? pathOf(files[next]) : problem;
+            left.push_back(files[next]);
         }
-        size -= sizes[gone];
+        size -= sizes[next];
     }
-    files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(gone));
+    files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(next));
+    files.insert(files.begin(), left.begin(), left.end());
     return problem;
 }
 
@@ -184,8 +186,8 @@ std::uint64_t RolledFiles::sizeOf(const RolledFile& file) const {
     return size;
 }
 
-/// The plain one first: who packs it puts the packed one there before it removes the plain one, and takes the
-/// packed one away again if the plain one was gone.
+/// The plain one first: who packs it leaves it at that if the plain one is gone. A packed one that comes just
+/// then all the same goes with the next roll.
 bool RolledFiles::remove(const std::string& path) {
     const bool isPlainGone = Platform::removeFile(path) || !Platform::isTaken(path);
     const bool isPackedGone = Platform::removeFile(path + PACKED) || !Platform::isTaken(path + PACKED);

@@ -36,7 +36,7 @@ public:
 
     /// Finds the rolled files.
     /// \param files receives them, the oldest first
-    /// \param parts receives the paths of those that are half packed
+    /// \param parts receives the paths, without ".gz", of those that are half packed
     /// \return false if the folder cannot be listed
     bool list(std::vector<RolledFile>& files, std::vector<std::string>& parts) const;
 
@@ -52,10 +52,11 @@ public:
     /// Has `roll` look at the folder again, since another process may have rolled the file meanwhile.
     void forgetLast() { knowsLast_ = false; }
 
-    /// Deletes the oldest files until the limits of the values hold.
+    /// Deletes the oldest files until the limits of the values hold. One that cannot be deleted counts no
+    /// more: newer ones do not go in its stead.
     /// \param files all of them, as listed; receives those that are left
     /// \param liveSize what the live file adds to their sizes
-    /// \return the path of one that cannot be deleted, with which it stops; empty if all is well
+    /// \return the path of the first one that cannot be deleted; empty if all is well
     std::string keep(const AppenderValues& values, std::uint64_t liveSize, Util::TimeUtils::Time now,
                      std::vector<RolledFile>& files) const;
 
