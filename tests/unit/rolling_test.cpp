@@ -143,7 +143,8 @@ TEST_F(RolledSeries, NamesAreGivenForGoodAndInTheOrderOfTheFiles) {
     writeFile(file(AT_NOON + "-9"), "earlier run\n");
     writeFile(file("20270115T120007Z-1.gz"), "packed\n");
     for (const char* other : {"20270115T120009Z-0", "20270115T120009Z-01", "20270115T120009Z.gz.part",
-                              "20270115T120009Z-1.bz2", "2027-1-15T120009Z"}) {
+                              "20270115T120009Z-1.bz2", "2027-1-15T120009Z", "20271301T000000Z",
+                              "20270229T000000Z", "20270115T126000Z", "99990101T000000Z"}) {
         writeFile(file(other), "is no member\n");
     }
     auto appender = makeRollingAlways();

@@ -44,7 +44,8 @@ public:
     std::string pathOf(const RolledFile& file) const { return livePath_ + file.suffix(); }
 
     /// Gives the live file, which nobody of this process has open, the name of the newest of the rolled ones.
-    /// It is an earlier one than those of all that follow, also if the clock is set back meanwhile.
+    /// It is an earlier one than those of all that follow, also if the clock is set back by up to a day
+    /// meanwhile.
     /// \param rolled receives what it is now
     /// \return false if it cannot be renamed, and is where it was
     bool roll(Util::TimeUtils::Time now, RolledFile& rolled);
@@ -67,11 +68,16 @@ public:
     /// \return the stamp of a file that is rolled at that time
     static std::string stampOf(Util::TimeUtils::Time time);
 
-    /// \return the path of the live file that a rolled one was, packed or not; empty if the path is not that of a
-    ///         rolled file
+    /// \return the path of the live file that a rolled one was, packed, half packed or not; empty if the path is
+    ///         not that of a rolled file
     static std::string livePathOf(const std::string& path);
 
+    /// \return the path of a rolled file, packed, half packed or not, when it is not packed; empty if the path is
+    ///         not that of a rolled file
+    static std::string plainPathOf(const std::string& path);
+
 private:
+    void findLast(const std::string& latest);
     std::uint64_t sizeOf(const RolledFile& file) const;
     bool isTaken(const RolledFile& file) const;
 
