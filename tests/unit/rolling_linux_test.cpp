@@ -188,6 +188,27 @@ TEST(RollingFile, ThatCannotBeRenamedGoesOnGrowing) {
     EXPECT_EQ(readFile(directory / name), expected);
 }
 
+TEST(RollingFile, ThatIsALinkIsRolledByItsName) {
+    RecordingListener failures;
+    LogManager::registerCommandListener("EXCEPTION", &failures);
+    const TemporaryDirectory directory;
+    const TemporaryDirectory elsewhere;
+    writeFile(elsewhere / "target", "");
+    std::filesystem::create_symlink(elsewhere / "target", directory / "f");
+    auto appender = make(directory.path(), {{"rollSize", "1 B"}, {"compress", "gzip"}, {"keepFiles", "1"}});
+    for (const char* const text : {"a", "b", "c"}) {
+        appender->output(makeMessage(text));
+    }
+    const std::vector<std::string> names = filesIn(directory.path());
+    ASSERT_THAT(names, SizeIs(2));
+    appender.reset(); // what was to be packed is over
+    EXPECT_EQ(readFile(directory / names[0]), formatLogLine(makeMessage("b")) + "\n");
+    EXPECT_EQ(readFile(directory / "f"), formatLogLine(makeMessage("c")) + "\n");
+    EXPECT_EQ(readFile(elsewhere / "target"),
+              formatLogLine(makeMessage("a")) + "\n"); // only the link is deleted
+    EXPECT_THAT(failures.arguments, IsEmpty());
+}
+
 namespace {
 
 class RollingFork : public Test {

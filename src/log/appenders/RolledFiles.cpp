@@ -24,7 +24,7 @@ namespace {
 constexpr std::string_view STAMP_FORM = "00000000T000000Z";
 constexpr std::int64_t MICROSECONDS = 1'000'000;
 
-/// How far ahead of the clock a name may be that counts when a new one is given: a clock is set back by less.
+/// How far ahead of the clock a name of an earlier run may be that counts when a new one is given.
 constexpr Time FURTHEST_AHEAD(1, Util::TimeUtils::DAY);
 
 bool hasFormOfStamp(std::string_view text) {
@@ -138,14 +138,10 @@ bool RolledFiles::list(std::vector<RolledFile>& files, std::vector<std::string>&
     return true;
 }
 
-/// A file that is not older than a clock which was wrong says, or that is not ours, would have all later ones
+/// A file from far ahead, which is not ours or is from a run whose clock was wrong, would have all later ones
 /// named after it.
 /// \param latest the last stamp that counts
 void RolledFiles::findLast(const std::string& latest) {
-    if (last_.stamp > latest) {
-        last_ = RolledFile();
-        knowsLast_ = false;
-    }
     std::vector<RolledFile> files;
     std::vector<std::string> parts;
     if (!knowsLast_ && list(files, parts)) {

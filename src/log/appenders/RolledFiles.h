@@ -44,8 +44,8 @@ public:
     std::string pathOf(const RolledFile& file) const { return livePath_ + file.suffix(); }
 
     /// Gives the live file, which nobody of this process has open, the name of the newest of the rolled ones.
-    /// It is an earlier one than those of all that follow, also if the clock is set back by up to a day
-    /// meanwhile.
+    /// It is an earlier one than those of all that follow, also if the clock is set back meanwhile; what
+    /// earlier runs have left more than a day ahead of the clock does not count for that.
     /// \param rolled receives what it is now
     /// \return false if it cannot be renamed, and is where it was
     bool roll(Util::TimeUtils::Time now, RolledFile& rolled);

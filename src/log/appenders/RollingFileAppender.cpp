@@ -184,10 +184,11 @@ void RollingFileAppender::keep(std::vector<RolledFile>& files) {
     }
 }
 
+/// What is rolled by its name alone, as a symbolic link is, stays as it is.
 void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
     const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
     for (const RolledFile& file : files) {
-        if (values_.packs && file.isPlain) {
+        if (values_.packs && file.isPlain && Platform::lookAtFile(rolledFiles_.pathOf(file))) {
             Packer::instance().pack(this, rolledFiles_.pathOf(file), file.stamp >= lateStamp);
         }
     }
