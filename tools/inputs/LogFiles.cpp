@@ -124,6 +124,10 @@ bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
     if (input.kind != InputSpec::STANDARD_INPUT && !input.mayBeLink) {
         return openFound(file, problem);
     }
+    if (input.kind != InputSpec::STANDARD_INPUT && !isThere(file.path) &&
+        Log::RolledFiles::plainPathOf(file.path) == file.path) {
+        file.path += isThere(file.path + Log::RolledFiles::PACKED) ? Log::RolledFiles::PACKED : ""; // by now
+    }
     const bool isOpen = input.kind == InputSpec::STANDARD_INPUT ? file.file.openStandardInput(problem)
                                                                 : file.file.open(file.path, problem);
     file.offset = isOpen && input.kind == InputSpec::STANDARD_INPUT ? file.file.position() : 0;

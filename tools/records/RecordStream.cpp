@@ -125,6 +125,9 @@ bool RecordStream::goToNextFile() {
         waiting_.pop_front();
         std::string problem;
         if (openRolled(next, problem)) {
+            if (bytesSeen() > 0) {
+                left_ = Left{std::move(current_->log), fileCount_};
+            }
             current_ = std::make_unique<OpenFile>(std::move(next));
             ++fileCount_;
             settledAt_ = 0;
