@@ -54,7 +54,9 @@ public:
 
     bool null() override { return addOther("null"); }
     bool boolean(bool value) override { return addOther(value ? "true" : "false"); }
-    bool number_integer(number_integer_t value) override { return addOther(std::to_string(value)); }
+    bool number_integer(number_integer_t value) override { // of a 0 with a sign alone is the sign lost
+        return addOther(value == 0 ? "-0" : std::to_string(value));
+    }
     bool number_unsigned(number_unsigned_t value) override {
         const Member* const member = depth_ == 1 ? findMember(NUMBERS, key_) : nullptr;
         if (member != nullptr) {

@@ -4,6 +4,8 @@
 #include "log/text/PackedPairs.h"
 #include "platform/ThreadSlot.h"
 
+#include <cstring>
+#include <iterator>
 #include <memory>
 
 namespace ZAV {
@@ -35,62 +37,71 @@ ThreadContext& ThreadContext::own() {
 }
 
 ContextEntry& ThreadContext::add(std::string_view key, const TaggedValue& value) {
-    const std::size_t begin = bytes_.size();
-    ContextEntry& entry = entries_.emplace_back(*this);
-    try {
-        bytes_.resize(begin + packedPairSize(key, value));
-    } catch (...) {
-        entries_.pop_back();
-        throw;
+    if (spare_.empty()) {
+        spare_.emplace_back(*this);
     }
+    const std::size_t begin = bytes_.size();
+    bytes_.resize(begin + packedPairSize(key, value));
     const char* const end = packPair(bytes_.data() + begin, key, value);
     bytes_.resize(static_cast<std::size_t>(end - bytes_.data()));
+    open_.splice(open_.end(), spare_, spare_.begin());
+    ContextEntry& entry = open_.back();
+    entry.place = std::prev(open_.end());
     entry.size = bytes_.size() - begin;
-    ++open_;
+    entry.isDead.store(false, std::memory_order_relaxed);
     return entry;
 }
 
+/// The owner may take an entry for another pair as soon as that is marked, but lives until it is released.
 void ThreadContext::remove(ContextEntry& entry) noexcept {
     ThreadContext& owner = entry.owner;
     if (&owner == threadRecord().context) {
-        owner.takeOut(entry);
-        owner.dropTaken();
+        owner.removeOwn(entry);
         return;
     }
     entry.isDead.store(true, std::memory_order_release);
+    owner.hasDead_.store(true, std::memory_order_release);
     owner.release(1);
 }
 
-void ThreadContext::takeOut(ContextEntry& entry) noexcept {
-    std::size_t end = bytes_.size();
-    for (auto other = entries_.rbegin(); &*other != &entry; ++other) { // as a rule none
-        end -= other->size;
+void ThreadContext::removeOwn(ContextEntry& entry) noexcept {
+    std::size_t behind = 0; // as a rule nothing
+    for (auto other = std::next(entry.place); other != open_.end(); ++other) {
+        behind += other->size;
     }
-    const auto last = bytes_.begin() + static_cast<std::ptrdiff_t>(end);
-    bytes_.erase(last - static_cast<std::ptrdiff_t>(entry.size), last);
-    entry.size = 0;
-    --open_;
+    char* const end = bytes_.data() + bytes_.size() - behind;
+    std::memmove(end - entry.size, end, behind);
+    resize(bytes_.size() - entry.size);
+    spare_.splice(spare_.begin(), open_, entry.place);
+}
+
+/// Moves the bytes of those that are left together.
+void ThreadContext::removeDead() noexcept {
+    hasDead_.exchange(false, std::memory_order_acquire);
+    char* end = bytes_.data();
+    const char* pair = end;
+    for (auto entry = open_.begin(); entry != open_.end();) {
+        const auto next = std::next(entry);
+        const std::size_t size = entry->size;
+        if (entry->isDead.load(std::memory_order_acquire)) {
+            spare_.splice(spare_.begin(), open_, entry);
+            references_.fetch_add(1, std::memory_order_relaxed);
+        } else {
+            std::memmove(end, pair, size);
+            end += size;
+        }
+        pair += size;
+        entry = next;
+    }
+    resize(static_cast<std::size_t>(end - bytes_.data()));
 }
 
 /// What a pair of unusual size took is given back.
-void ThreadContext::dropTaken() noexcept {
-    while (!entries_.empty() && entries_.back().size == 0) {
-        entries_.pop_back();
-    }
-    if (bytes_.empty() && bytes_.capacity() > KEPT_SIZE) {
+void ThreadContext::resize(std::size_t size) noexcept {
+    bytes_.resize(size);
+    if (size == 0 && bytes_.capacity() > KEPT_SIZE) {
         std::vector<char>().swap(bytes_);
     }
-}
-
-/// Takes out what others have removed.
-void ThreadContext::collect() noexcept {
-    for (ContextEntry& entry : entries_) {
-        if (entry.size != 0 && entry.isDead.load(std::memory_order_acquire)) {
-            takeOut(entry);
-            references_.fetch_add(1, std::memory_order_relaxed);
-        }
-    }
-    dropTaken();
 }
 
 void ThreadContext::release(std::ptrdiff_t references) noexcept {
@@ -102,7 +113,7 @@ void ThreadContext::release(std::ptrdiff_t references) noexcept {
 void ThreadContext::end(void* context) noexcept {
     threadRecord().context = nullptr;
     auto& ended = *static_cast<ThreadContext*>(context);
-    ended.release(OWNER - ended.open_);
+    ended.release(OWNER - static_cast<std::ptrdiff_t>(ended.open_.size()));
 }
 
 } // namespace Log

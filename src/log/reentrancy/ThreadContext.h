@@ -4,7 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <string_view>
 #include <vector>
 
@@ -18,8 +18,9 @@ struct ContextEntry {
     explicit ContextEntry(ThreadContext& itsOwner) : owner(itsOwner) {}
 
     ThreadContext& owner;
-    std::size_t size = 0;             ///< of the packed pair; the owner's. 0 once it is taken out
-    std::atomic<bool> isDead = false; ///< its object was destroyed
+    std::list<ContextEntry>::iterator place; ///< of this entry; the owner's, as the size is
+    std::size_t size = 0;                    ///< of the packed pair
+    std::atomic<bool> isDead = false;        ///< another thread has destroyed its object
 };
 
 /// The pairs of the `LogContext` objects of a thread, packed and ready for its next message. It is the
@@ -47,8 +48,8 @@ public:
     /// Called by the owner.
     /// \return the pairs, until the next change; one that a later one hides is still there
     std::string_view packed() noexcept {
-        if (references_.load(std::memory_order_relaxed) != OWNER) {
-            collect();
+        if (hasDead_.load(std::memory_order_relaxed)) {
+            removeDead();
         }
         return {bytes_.data(), bytes_.size()};
     }
@@ -56,17 +57,18 @@ public:
 private:
     static constexpr std::ptrdiff_t OWNER = PTRDIFF_MAX / 2; ///< more than there are pairs
 
-    void takeOut(ContextEntry& entry) noexcept;
-    void dropTaken() noexcept;
-    void collect() noexcept;
+    void removeOwn(ContextEntry& entry) noexcept;
+    void removeDead() noexcept;
+    void resize(std::size_t size) noexcept;
     void release(std::ptrdiff_t references) noexcept;
 
     std::vector<char> bytes_;
-    std::deque<ContextEntry> entries_; ///< in the order of their bytes; they stay where they are
-    std::ptrdiff_t open_ = 0;          ///< of the pairs, how many are in `bytes_`
+    std::list<ContextEntry> open_;  ///< in the order of their bytes
+    std::list<ContextEntry> spare_; ///< for the pairs to come
 
-    /// `OWNER` while the thread runs, less the pairs that others have removed and it has not taken out. When
-    /// it ends, the number of those that are left takes the place of `OWNER`.
+    std::atomic<bool> hasDead_ = false; ///< set behind the mark of a pair that another thread has removed
+    /// `OWNER` while the thread runs, less the pairs that others have removed and it has not. When it ends,
+    /// the number of those that are left takes the place of `OWNER`.
     std::atomic<std::ptrdiff_t> references_ = OWNER;
 };
 
