@@ -2,12 +2,31 @@
 # become Debian packages of their own.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
 
-install(TARGETS zav-log-dll zav-log-control EXPORT zav-log-targets
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT development)
-install(EXPORT zav-log-targets NAMESPACE zav-log:: DESTINATION ${package_dir} COMPONENT development)
+# Installs libraries in a component, and what programs are built with in another one.
+function(install_libraries export component development)
+    install(TARGETS ${ARGN} EXPORT ${export}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${development}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT ${development})
+    install(EXPORT ${export} NAMESPACE zav-log:: DESTINATION ${package_dir} COMPONENT ${development})
+endfunction()
+
+file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+function(install_pkgconfig development)
+    foreach(library IN LISTS ARGN)
+        configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+            COMPONENT ${development})
+    endforeach()
+endfunction()
+
+install_libraries(zav-log-targets runtime development zav-log-dll zav-log-control)
+install_pkgconfig(development zav-log zav-log-control)
+if(build_system_appenders)
+    install_libraries(zav-log-system-targets system system_development zav-log-system)
+    install_pkgconfig(system_development zav-log-system)
+endif()
 
 configure_package_config_file(cmake/zav-log-config.cmake.in ${PROJECT_BINARY_DIR}/zav-log-config.cmake
     INSTALL_DESTINATION ${package_dir})
@@ -16,12 +35,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/zav-log-config-version.cm
 install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/zav-log-config-version.cmake
     DESTINATION ${package_dir} COMPONENT development)
 
-file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-foreach(library zav-log zav-log-control)
-    configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
-    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
-        COMPONENT development)
-endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${xxhash_licence_file} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
 # "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.

@@ -6,6 +6,9 @@ set(ZAV_LOG_DEBIAN_MAINTAINER "The ZAV Log authors <maintainers@zav-log.invalid>
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL runtime development tools)
+if(build_system_appenders)
+    list(APPEND CPACK_COMPONENTS_ALL system system_development)
+endif()
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # which would stand before the one of each package
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -44,6 +47,31 @@ which messages each of them lets through and where its lines go.
 This package holds what programs are built with: headers, and files for
 the linker, CMake and pkg-config. The header log/LogFormat.h needs
 libfmt-dev too.")
+
+# Packages of their own, so that nobody else gets libsystemd.
+set(CPACK_DEBIAN_SYSTEM_PACKAGE_NAME libzav-log-system1)
+set(CPACK_DEBIAN_SYSTEM_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_SYSTEM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_SYSTEM_PACKAGE_DEPENDS "libzav-log1 (= ${debian_version})")
+set(CPACK_DEBIAN_SYSTEM_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_COMPONENT_SYSTEM_DESCRIPTION "Logging library for C++ applications - logs of the system
+Named loggers form a tree of dotted names, and a property file decides
+which messages each of them lets through and where its lines go.
+
+This package holds what programs need that send lines to syslog or to
+systemd's journal.")
+
+set(CPACK_DEBIAN_SYSTEM_DEVELOPMENT_PACKAGE_NAME libzav-log-system-dev)
+set(CPACK_DEBIAN_SYSTEM_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_SYSTEM_DEVELOPMENT_PACKAGE_DEPENDS
+    "libzav-log-system1 (= ${debian_version}), libzav-log-dev (= ${debian_version})")
+set(CPACK_COMPONENT_SYSTEM_DEVELOPMENT_DESCRIPTION
+    "Logging library for C++ applications - headers for the logs of the system
+Named loggers form a tree of dotted names, and a property file decides
+which messages each of them lets through and where its lines go.
+
+This package holds what programs are built with that send lines to syslog
+or to systemd's journal.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zav-log-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

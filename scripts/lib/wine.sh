@@ -1,8 +1,8 @@
 # Sourced by the scripts that run Windows programs.
 
 # A Wine of the project's own, in build/wine: without a display, a browser, .NET, menu entries, a debugger or a word
-# about itself.
-export WINEPREFIX=$root/build/wine WINEARCH=win64 WINEDEBUG=-all
+# about itself, unless a test asks for one.
+export WINEPREFIX=$root/build/wine WINEARCH=win64 WINEDEBUG=${ZAV_LOG_WINEDEBUG:--all}
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d"
 unset DISPLAY WAYLAND_DISPLAY
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "control/LineBuffer.h"
+#include "control/ReloadCall.h"
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
@@ -20,6 +22,11 @@ struct ClientSession {
     bool isFlushing = false; ///< its answer comes when the queue is written, or at `flushUntil`
     Clock::time_point flushUntil;
     std::uint64_t flushTarget = 0; ///< how many messages are delivered when all are that were queued then
+
+    std::shared_ptr<ReloadCall> reload; ///< its answer comes when that is over; null if it asked for none
+
+    /// \return whether an answer is on its way
+    bool isWaiting() const { return isFlushing || reload != nullptr; }
 };
 
 } // namespace Log

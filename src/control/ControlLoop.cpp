@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -81,6 +82,7 @@ bool ControlLoop::runOnce() {
         }
         excuseSilenceSince(begin);
         goOnFlushing();
+        goOnReloading();
     } catch (...) {
         // Memory has run out. The application may recover from that, so its threads are left alone.
         if (client >= 0) {
@@ -139,13 +141,18 @@ void ControlLoop::serve(int client, const LineBuffer::Line& line) {
         const ControlRequest request = ControlRequest::parse(line.text);
         if (request.kind() == ControlRequest::FLUSH) {
             startFlushing(client);
+        } else if (request.kind() == ControlRequest::RELOAD) {
+            session(client)->reload = std::make_shared<ReloadCall>(request);
         } else {
-            const std::string text = RequestHandler::answerTo(request);
-            RequestHandler::isRefusal(text) ? refuse(client, text) : answer(client, text);
+            answerOrRefuse(client, RequestHandler::answerTo(request));
         }
     } catch (const std::invalid_argument& exception) {
         refuse(client, RequestHandler::refused(exception.what()));
     }
+}
+
+void ControlLoop::answerOrRefuse(int client, const std::string& text) {
+    RequestHandler::isRefusal(text) ? refuse(client, text) : answer(client, text);
 }
 
 void ControlLoop::answer(int client, const std::string& text) {
@@ -195,6 +202,30 @@ void ControlLoop::endFlushing(int client, const std::string& text) {
     answer(client, text);
 }
 
+/// One at a time is under way, however many clients ask, or ask and leave.
+void ControlLoop::goOnReloading() {
+    if (reload_ != nullptr && !reload_->isOver()) {
+        return;
+    }
+    const std::shared_ptr<ReloadCall> done = std::move(reload_);
+    reload_ = nullptr;
+    for (int client = 0; client < limits_.clients; ++client) {
+        const std::shared_ptr<ReloadCall> wanted = session(client) ? session(client)->reload : nullptr;
+        if (wanted != nullptr && wanted == done) {
+            session(client)->reload = nullptr;
+            answerOrRefuse(client, done->answer());
+        } else if (wanted != nullptr && reload_ == nullptr) {
+            wanted->start();
+            reload_ = wanted;
+        }
+    }
+}
+
+bool ControlLoop::isAnyoneWaiting() const {
+    return std::any_of(sessions_.begin(), sessions_.end(),
+                       [](const auto& session) { return session && session->isWaiting(); });
+}
+
 bool ControlLoop::isAnyoneFlushing() const {
     return std::any_of(sessions_.begin(), sessions_.end(),
                        [](const auto& session) { return session && session->isFlushing; });
@@ -217,7 +248,7 @@ void ControlLoop::dropSilentClients() {
     const Clock::time_point now = Clock::now();
     for (int client = 0; client < limits_.clients; ++client) {
         const std::optional<ClientSession>& silent = session(client);
-        if (silent && !silent->isFlushing && now - silent->silentSince >= limits_.silence) {
+        if (silent && !silent->isWaiting() && now - silent->silentSince >= limits_.silence) {
             drop(client);
         }
     }
@@ -230,7 +261,7 @@ void ControlLoop::drop(int client) {
 
 /// \return how long the loop may wait for an event; nothing if it may for ever
 std::optional<ControlLoop::Milliseconds> ControlLoop::untilNextDeadline() const {
-    if (isAnyoneFlushing()) {
+    if (isAnyoneWaiting()) {
         return Milliseconds(10); // where there is no consumer, a look at the queue does not wait
     }
     const Clock::time_point now = Clock::now();

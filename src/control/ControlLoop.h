@@ -4,6 +4,7 @@
 #include "platform/LocalServer.h"
 
 #include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +51,7 @@ private:
     void handle(const Event& event);
     void serveNextLine(int client);
     void serve(int client, const LineBuffer::Line& line);
+    void answerOrRefuse(int client, const std::string& text);
     void answer(int client, const std::string& text);
     void refuse(int client, const std::string& text);
     void startFlushing(int client);
@@ -58,7 +60,9 @@ private:
     void excuseSilenceSince(Clock::time_point begin);
     void dropSilentClients();
     void drop(int client);
+    void goOnReloading();
     bool isAnyoneFlushing() const;
+    bool isAnyoneWaiting() const;
     std::optional<Milliseconds> untilNextDeadline() const;
     std::optional<ClientSession>& session(int client);
 
@@ -66,7 +70,8 @@ private:
     const int process_; ///< id of the one that it serves in
     Platform::LocalServer server_;
     std::vector<std::optional<ClientSession>> sessions_; ///< by the number of the client
-    Clock::time_point nextLook_;                         ///< when to look whether the process is over
+    std::shared_ptr<ReloadCall> reload_; ///< the one that is under way, or null; its client may have left
+    Clock::time_point nextLook_;         ///< when to look whether the process is over
     std::atomic<bool> hasEnded_{false};
 };
 

@@ -7,6 +7,7 @@
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
+#include "log/reentrancy/ThreadRecord.h"
 
 #include <algorithm>
 #include <exception>
@@ -32,7 +33,9 @@ Appender::Appender(const AppenderOptions& options)
 
 Appender::~Appender() {
     FailureNotice::forget(this);
-    CommandBus::instance().unregisterListeners(name_);
+    if (!threadRecord().keepsListeners) {
+        CommandBus::instance().unregisterListeners(name_);
+    }
 }
 
 void Appender::output(const LogMessage& message) {

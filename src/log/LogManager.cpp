@@ -10,6 +10,7 @@
 #include "log/message/FailureCount.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/SubtreeLevel.h"
 #include "platform/CancellationGuard.h"
@@ -51,6 +52,14 @@ LifeCycle& lifeCycle() {
 /// So that no thread makes it while another one forks.
 const LifeCycle& madeAtLoad = lifeCycle();
 
+/// \throw LogException in a thread that is making an appender
+void refuseWhileMaking(const char* call) {
+    if (AppenderRegistry::instance().isMaking()) {
+        throw LogException("LogManager::" + std::string(call) +
+                           " must not be called while an appender is made.");
+    }
+}
+
 void configure(const Util::Properties& properties) {
     LoggerFactory::initLoggers(properties);
     AsynchronousDispatcher::instance().init(
@@ -63,6 +72,7 @@ bool initFrom(const Util::Properties& properties, const std::string& fileName) {
     if (cycle.isInitialised) {
         return false;
     }
+    refuseWhileMaking("init");
     try {
         configure(properties);
         cycle.fileName = fileName;
@@ -82,6 +92,15 @@ Util::Properties readFile(const std::string& fileName) {
     return Util::Properties(fileName);
 }
 
+/// Listeners of commands stay in a reload, also those that are named like an appender which goes.
+class KeptListeners {
+public:
+    KeptListeners() { threadRecord().keepsListeners = true; }
+    ~KeptListeners() { threadRecord().keepsListeners = false; }
+    KeptListeners(const KeptListeners&) = delete;
+    KeptListeners& operator=(const KeptListeners&) = delete;
+};
+
 /// Changes the configuration to one that a function gives, which is told the file of `init`.
 template <typename Source>
 void reloadFrom(const Source& propertiesOf) {
@@ -93,6 +112,7 @@ void reloadFrom(const Source& propertiesOf) {
     if (!cycle.lock.isHeldOnce()) {
         throw LogException("LogManager::reload must not be called while an appender is made.");
     }
+    const KeptListeners keptListeners;
     if (!cycle.isInitialised) {
         throw LogException("The library is not initialised.");
     }
@@ -135,6 +155,7 @@ void finish() {
     const Platform::NoCancellation noCancellation; // it must not be left half done
     LifeCycle& cycle = lifeCycle();
     const ScopedLock lock(cycle.lock);
+    refuseWhileMaking("finish");
     CommandBus::instance().clearCommandListeners();
     AsynchronousDispatcher::instance().finishConfigured();
     AppenderRegistry::instance().destroyAppenders();

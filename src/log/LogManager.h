@@ -47,7 +47,9 @@ ZAV_LOG_API bool init(const std::string& fileName);
 /// lock held that another call than these and `finish` takes. It is kept to the end of the process and known
 /// from the next `init` or `reload` on.
 ///
-/// What the maker throws, `init` or `reload` throws, as for a bad setting.
+/// What the maker throws, `init` or `reload` throws, as for a bad setting. In it `init` (unless the library
+/// is set up), `reload` and `finish` throw LogException "LogManager::<name> must not be called while an
+/// appender is made."
 /// \param maker returns a new appender, not null, made with the options or a copy of them
 /// \throw LogException if the class has been registered already, or is one of the library's own
 ZAV_LOG_API void

@@ -12,13 +12,34 @@ namespace Log {
 
 namespace {
 
+/// Has failures told from the first one on, which an appender may have while it is set up. A session that is
+/// not the first one leaves that as it was.
+class WantedNotices {
+public:
+    WantedNotices() {
+        if (!wereWanted_) {
+            FailureNotice::setWanted(true);
+        }
+    }
+    ~WantedNotices() {
+        if (!isKept_ && !wereWanted_) {
+            FailureNotice::setWanted(false);
+        }
+    }
+    WantedNotices(const WantedNotices&) = delete;
+    WantedNotices& operator=(const WantedNotices&) = delete;
+
+    bool keepIf(bool isKept) { return isKept_ = isKept; }
+
+private:
+    const bool wereWanted_ = FailureNotice::isWanted();
+    bool isKept_ = false;
+};
+
 template <typename Configuration>
 bool beginWith(const Configuration& configuration) {
-    const bool hasInitialised = LogManager::init(configuration);
-    if (hasInitialised) {
-        FailureNotice::setWanted(true);
-    }
-    return hasInitialised;
+    WantedNotices notices;
+    return notices.keepIf(LogManager::init(configuration));
 }
 
 } // namespace

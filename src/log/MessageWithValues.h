@@ -23,7 +23,7 @@ public:
     /// \throw std::bad_alloc and what the logger's function for the level throws
     template <typename... KeysAndValues>
     [[gnu::noinline]] static void log(const Logger& logger, Level::LogLevel level, int line, const char* file,
-                                      std::string_view text, const KeysAndValues&... keysAndValues) {
+                                      TextArgument text, const KeysAndValues&... keysAndValues) {
         constexpr bool isWhole = sizeof...(KeysAndValues) % 2 == 0;
         static_assert(isWhole, "a ZAV_LOGV_ call has a key without a value");
         static_assert(!isWhole || areKeys<KeysAndValues...>(), "a key of a ZAV_LOGV_ call must be a text");

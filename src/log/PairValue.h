@@ -12,6 +12,32 @@ namespace Log {
 
 // Used by `log/LogContext.h` and `log/LogValues.h`, not directly.
 
+/// A key or a text as an argument: whatever becomes a `std::string_view`, and a null pointer, which is an
+/// empty one.
+class TextArgument {
+public:
+    template <typename Text,
+              typename = std::enable_if_t<std::is_convertible_v<const Text&, std::string_view>>>
+    constexpr TextArgument(const Text& text) : view_(viewOf(text)) {}
+
+    constexpr operator std::string_view() const { return view_; }
+
+private:
+    template <typename Text>
+    static constexpr std::string_view viewOf(const Text& text) {
+        if constexpr (std::is_null_pointer_v<Text>) {
+            return {};
+        } else if constexpr (std::is_convertible_v<const Text&, const char*>) {
+            const char* const characters = text;
+            return characters == nullptr ? std::string_view() : std::string_view(characters);
+        } else {
+            return text;
+        }
+    }
+
+    std::string_view view_;
+};
+
 /// A `long double` as text, in the shortest form that reads back the same: no other kind of value has all its
 /// digits. What a `double` has no room for is no number to most readers of JSON, and a text here.
 class LongDoubleText {
@@ -36,17 +62,12 @@ private:
 template <typename Value>
 constexpr auto pairValue(const Value& value) {
     using Type = std::decay_t<const Value&>;
-    if constexpr (std::is_null_pointer_v<Type>) {
-        return TaggedValue(std::string_view());
-    } else if constexpr (std::is_same_v<Type, const char*> || std::is_same_v<Type, char*>) {
-        const char* const text = value;
-        return TaggedValue(text == nullptr ? std::string_view() : std::string_view(text));
-    } else if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
-        return TaggedValue(static_cast<std::string_view>(value));
+    if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
+        return TaggedValue(std::string_view(TextArgument(value)));
     } else if constexpr (std::is_same_v<Type, long double>) {
         return LongDoubleText(value);
     } else if constexpr (std::is_arithmetic_v<Type> && areTagged<Type>) {
-        return tag(value);
+        return tag(static_cast<Type>(value)); // also of a volatile one
     } else {
         static_assert(std::is_void_v<Type>, "the value of a pair must be a text, a char, a bool or a number");
         return TaggedValue();

@@ -16,6 +16,10 @@ bool readFile(const std::string& path, std::string& text);
 /// \return true if the file now has the new name
 bool renameFile(const std::string& from, const std::string& to);
 
+/// Renames a file onto another one, if there is one: at every moment the name leads to one of the two.
+/// \return true if the file now has the new name
+bool renameOver(const std::string& from, const std::string& to);
+
 /// \return the path, from the root of the file system if it is a relative one: it leads to the same folder, also
 ///         when the process has gone into another one. An empty path stays, since what is put behind it
 ///         begins with a "/"; and so does one from a folder that the process could not come back to.

@@ -22,6 +22,10 @@ public:
     /// \return true if the file is open now
     bool open(const std::string& path, std::string& problem);
 
+    /// Takes the right to the open file that one of all processes and objects may have, until it is closed.
+    /// \return false if another one has it; also true where the file system knows no such right
+    bool reserve() noexcept;
+
     /// \return how many of the next bytes were read, 0 at the end that the file has now, -1 on failure
     std::int64_t read(char* buffer, std::size_t size, std::string& problem);
 

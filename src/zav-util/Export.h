@@ -1,8 +1,9 @@
 #pragma once
 
 /// \file
-/// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, and `ZAV_LOG_CONTROL_API` what
-/// `zav-log-control` does; everything else stays inside them.
+/// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` what
+/// `zav-log-control` does, and `ZAV_LOG_SYSTEM_API` what `zav-log-system` does; everything else stays inside
+/// them.
 
 #if defined(_WIN32)
 // GCC gives the type information of every class in a file the mark of the first one that has virtual
@@ -18,7 +19,13 @@
 #else
 #define ZAV_LOG_CONTROL_API __declspec(dllimport)
 #endif
+#if defined(ZAV_LOG_SYSTEM_BUILDING)
+#define ZAV_LOG_SYSTEM_API __declspec(dllexport)
+#else
+#define ZAV_LOG_SYSTEM_API __declspec(dllimport)
+#endif
 #else
 #define ZAV_LOG_API __attribute__((visibility("default")))
 #define ZAV_LOG_CONTROL_API __attribute__((visibility("default")))
+#define ZAV_LOG_SYSTEM_API __attribute__((visibility("default")))
 #endif

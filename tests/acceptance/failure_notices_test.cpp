@@ -3,6 +3,7 @@
 #include "log/LogSession.h"
 
 #include <filesystem>
+#include <thread>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -61,4 +62,22 @@ TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
     LogManager::flush();
     EXPECT_EQ(standardError.text(), lineOf("s", missing_) + lineOf("batch", missing_) +
                                         lineOf("s", missing_) + lineOf("batch", missing_));
+}
+
+TEST_F(FailureNotices, TellOfFilesThatCannotBePacked) {
+    const std::string rolled = directory_ / "app.log.20260101T000000Z";
+    writeFile(rolled, "a\n");
+    std::filesystem::create_directory(rolled + ".gz.part");
+    writeProperties(
+        "appender.app = RollingFileAppender\nappender.app.dir = DIR\nappender.app.compress = gzip\n");
+    StandardErrorCapture standardError;
+    const std::uint64_t before = LogManager::statistics().failed;
+    {
+        const LogSession session(directory_ / "app.properties");
+        while (LogManager::statistics().failed == before) { // a hang here is a failure
+            std::this_thread::yield();
+        }
+    }
+    EXPECT_EQ(standardError.text(), "zav-log: appender app: Unable to pack the file: " + rolled +
+                                        ": Unable to write " + rolled + ".gz.part\n");
 }

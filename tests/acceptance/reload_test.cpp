@@ -265,6 +265,48 @@ TEST_F(Reload, IsRefusedWhileLogging) {
     LoggerFactory::getLogger("net").removeAppender(&appender);
 }
 
+TEST_F(Reload, AMakerOfAppendersCannotTakeThoseInServiceDown) {
+    LogManager::registerAppenderClass("MeddlingAppender", [this](const AppenderOptions& options) {
+        EXPECT_EQ(textThrownBy<LogException>([] { LogManager::finish(); }),
+                  "LogManager::finish must not be called while an appender is made.");
+        const auto reinit = [this] { EXPECT_FALSE(LogManager::init(directory_ / "app.properties")); };
+        if (options.name == "b") {
+            EXPECT_EQ(textThrownBy<LogException>(reinit),
+                      "LogManager::init must not be called while an appender is made.");
+        } else {
+            reinit(); // the library is initialised
+        }
+        return std::make_unique<RecordingAppender>(options);
+    });
+    const std::string file = "appender.a = SimpleFileAppender\nappender.a.dir = DIR\n";
+    ASSERT_TRUE(init(file + "appender.b = MeddlingAppender\n"));
+    reload(file + "appender.c = MeddlingAppender\n");
+    EXPECT_THAT(namesOfAppenders(), ElementsAre("a", "c"));
+    LoggerFactory::getLogger("net").error("1");
+    EXPECT_THAT(lastWordsOf("a"), ElementsAre("1"));
+}
+
+TEST_F(Reload, LeavesListenersAloneThatAreNamedLikeAnAppenderWhichGoes) {
+    RecordingListener listener;
+    LogManager::registerCommandListener("a", &listener);
+    ASSERT_TRUE(init("appender.a = StdoutAppender\n"));
+    EXPECT_EQ(refusalOf("appender.a = SimpleFileAppender\nappender.b = Stdout\n"),
+              "No factory registered for appenderName = b, appenderClass = Stdout");
+    reload("");
+    LogManager::command("a", "heard");
+    EXPECT_THAT(listener.arguments, ElementsAre("heard"));
+}
+
+TEST_F(Reload, HasOldFilesSeenToBeforeTheFirstLine) {
+    ASSERT_TRUE(init(""));
+    for (const char* const stamp : {"20260101T000000Z", "20260102T000000Z"}) {
+        writeFile(directory_ / ("a.log." + std::string(stamp)), "rolled\n");
+    }
+    reload("appender.a = RollingFileAppender\nappender.a.dir = DIR\nappender.a.keepFiles = 1\n");
+    EXPECT_FALSE(fileExists(directory_ / "a.log.20260101T000000Z"));
+    EXPECT_TRUE(fileExists(directory_ / "a.log.20260102T000000Z"));
+}
+
 TEST_F(Reload, KnowsClassesThatWereRegisteredSinceInit) {
     ASSERT_TRUE(init(""));
     std::vector<std::string> texts;

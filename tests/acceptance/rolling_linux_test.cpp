@@ -48,6 +48,7 @@ private:
         char content[8192];
         const int size = gzread(packed, content, sizeof content);
         EXPECT_EQ(gzclose(packed), Z_OK) << name;
+        EXPECT_LT(size, static_cast<int>(sizeof content)) << name;
         return std::string(content, static_cast<std::size_t>(std::max(size, 0)));
     }
 };

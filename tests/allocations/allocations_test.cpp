@@ -115,6 +115,14 @@ TEST_F(LoggingCost, NoAllocationForAMessageWithContextAndValues) {
     };
     log();
     EXPECT_EQ(allocationsOf(log), 0U);
+    std::optional<LogContext> contexts[2]; // one of them is always open, as where requests overlap
+    const auto renew = [&contexts] {
+        for (int number = 0; number < 1000; ++number) {
+            contexts[number % 2].emplace("request", number);
+            contexts[1 - number % 2].reset();
+        }
+    };
+    EXPECT_EQ(allocationsOf(renew), 0U);
     logger_.removeAppender(&appender);
 }
 

@@ -6,7 +6,10 @@
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
 
+#include <future>
 #include <list>
+#include <memory>
+#include <thread>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -156,6 +159,52 @@ TEST_F(Control, CountsAndWritesTheQueue) {
     EXPECT_THAT(TestSupport::readFile(directory_ / "x"), testing::HasSubstr("ERROR queued\n"));
     EXPECT_EQ(client.ask("statistics"),
               "queued 1\ndelivered 1\ndiscarded 0\nfailed 0\nwaiting 0\nrecovered 0\nok\n");
+}
+
+TEST_F(Control, AReloadThatWaitsForAnAppenderHoldsNobodyElseUp) {
+    class StuckAppender : public Appender {
+    public:
+        StuckAppender() : Appender("stuck", true, Filters()) {}
+        std::promise<void> entered;
+        std::promise<void> released;
+
+    protected:
+        void doOutput(const LogMessage&) override {
+            entered.set_value();
+            released.get_future().wait();
+        }
+    };
+    const std::string file = directory_ / "app.properties";
+    TestSupport::writeFile(file, "logger.net.level = INFO\n");
+    LogManager::init(file);
+    StuckAppender appender;
+    Logger& logger = LoggerFactory::getLogger("db");
+    logger.addAppender(&appender);
+    auto server = std::make_unique<ControlServer>(address_);
+    Client client(address_);
+    EXPECT_EQ(client.ask("reload"), "ok\n");
+    std::thread logging([&logger] { logger.error("a", 0, ""); });
+    appender.entered.get_future().wait();
+    TestSupport::writeFile(file, "logger.net.level = TRACE\n");
+    Client second(address_);
+    client.say("reload\n");
+    second.say("reload\n");
+    EXPECT_THAT(Client(address_).ask("appenders"), "ok\n"); // a hang here is a failure
+    appender.released.set_value();
+    logging.join();
+    EXPECT_EQ(client.answer() + second.answer(), "ok\nok\n");
+    EXPECT_EQ(LoggerFactory::getLogger("net").getLevel(), Level::TRACE);
+
+    appender.entered = std::promise<void>();
+    appender.released = std::promise<void>();
+    std::thread loggingAgain([&logger] { logger.error("a", 0, ""); });
+    appender.entered.get_future().wait();
+    client.say("reload\n");
+    EXPECT_EQ(second.ask("appenders"), "ok\n");
+    server.reset(); // and here, too
+    appender.released.set_value();
+    loggingAgain.join();
+    logger.removeAppender(&appender);
 }
 
 TEST_F(Control, TellsTheAppendersAndLowersThemForAWhile) {

@@ -107,6 +107,21 @@ TEST_F(FileSettings, RecoveryEndsTheLineThatAFullDiskHasTorn) {
     EXPECT_EQ(failure(), "none");
 }
 
+TEST_F(FileSettings, ASimpleFileHasNoLineBehindATornOne) {
+    writeFile(file(""), "cut by a crash");
+    const auto appender = make<SimpleFileAppenderBuilder>({{"layout", "plain"}});
+    std::string expected = "cut by a crash\n" + line("a");
+    appender->output(makeMessage("a"));
+    EXPECT_EQ(content(""), expected);
+    limitFileSize(expected.size() + 10);
+    expected += line("torn").substr(0, 10) + "\n";
+    appender->output(makeMessage("torn"));
+    limitFileSize(RLIM_INFINITY);
+    expected += line("b");
+    appender->output(makeMessage("b"));
+    EXPECT_EQ(content(""), expected);
+}
+
 TEST_F(FileSettings, RecoveryContinuesWhatStandsInTheFilesPlaceAndShiftsNothing) {
     const auto appender =
         make<FileAppenderBuilder>({{"recovery", "1 min"}, {"fileMaxSize", "1"}, {"fileMaxSizeUnit", "KB"}});

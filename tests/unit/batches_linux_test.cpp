@@ -9,6 +9,7 @@
 #include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
+#include "log/commands/FailureNotice.h"
 #include "log/reentrancy/LibraryCall.h"
 
 #include <boost/make_shared.hpp>
@@ -265,6 +266,25 @@ TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
         round(numbered(50, 5000));
         limitFileSize(RLIM_INFINITY);
     });
+}
+
+/// A round may have lines that fail before it is known what became of those that are kept.
+TEST_F(Batches, AreToldOfOnceWhenTheirFileBeginsToFail) {
+    LogManager::unregisterCommandListener("EXCEPTION");
+    for (const bool batch : {false, true}) {
+        const StreamCapture errors(std::cerr);
+        FailureNotice::setWanted(true);
+        makeRotating(batch, {250, Time(30, SEC), "."});
+        limitFileSize(0);
+        for (int rounds = 0; rounds < 3; ++rounds) {
+            round(numbered(8));
+            setClock(Time::now() + Time(31, SEC));
+        }
+        FailureNotice::setWanted(false);
+        limitFileSize(RLIM_INFINITY);
+        end();
+        EXPECT_EQ(errors.text(), "zav-log: appender x: outputFileStream_.fail()\n") << batch;
+    }
 }
 
 TEST_F(Batches, ReportWhatCannotBeOpenedForEachLine) {

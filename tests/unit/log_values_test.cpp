@@ -8,15 +8,20 @@
 #include "log/LogValues.h"
 #include "log/MessageFilter.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "log/text/FloatText.h"
 #include "platform/Threads.h"
 
 #include <boost/make_shared.hpp>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <future>
 #include <gmock/gmock.h>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <random>
+#include <string_view>
 #include <thread>
 
 using namespace ZAV::Log;
@@ -106,12 +111,15 @@ TEST_F(LogValues, StandBehindTheTextAndAsPairs) {
 TEST_F(LogValues, ShowNumbersInTheShortestFormAndOtherTypesAsTheirText) {
     const char array[] = "array";
     const char* const null = nullptr;
+    volatile int changing = 7;
     ZAV_LOGV_ERROR(logger_, "t", "c", 'x', "b", true, "n", false, "sc", static_cast<signed char>(-5), "uc",
                    static_cast<unsigned char>(200), "ll", std::numeric_limits<long long>::min(), "ull",
                    std::numeric_limits<unsigned long long>::max(), "s", std::string("s"), "v",
-                   std::string_view("view"), "a", array, "null", null);
+                   std::string_view("view"), "a", array, "null", null, "volatile", changing);
     EXPECT_EQ(message().getText(), "t c=x b=true n=false sc=-5 uc=200 ll=-9223372036854775808 "
-                                   "ull=18446744073709551615 s=s v=view a=array null=\"\"");
+                                   "ull=18446744073709551615 s=s v=view a=array null=\"\" volatile=7");
+    ZAV_LOGV_ERROR(logger_, null, null, null);
+    EXPECT_EQ(message().getText(), "_=\"\"");
     ZAV_LOGV_ERROR(logger_, "t", "d", 0.1, "f", 0.1F, "third", 1.0 / 3, "huge", 1e300, "inf", HUGE_VAL, "ld",
                    2.5L);
     EXPECT_EQ(message().getText(), "t d=0.1 f=0.1 third=0.3333333333333333 huge=1e+300 inf=inf ld=2.5");
@@ -122,6 +130,33 @@ TEST_F(LogValues, ShowNumbersInTheShortestFormAndOtherTypesAsTheirText) {
         const std::string text = message().getValues()[0].second;
         EXPECT_EQ(std::strtold(text.c_str(), nullptr), value) << text;
         EXPECT_THAT(message().getContext(), ElementsAre(Pair("l", text)));
+    }
+}
+
+TEST(ShortestFloat, IsWhatTheStandardLibraryWrites) {
+    const auto expectSame = [](auto number) {
+        char expected[64];
+        char actual[ZAV::Log::SHORTEST_FLOAT_SIZE];
+        const std::string_view text(
+            actual, static_cast<std::size_t>(ZAV::Log::writeShortestFloat(actual, number) - actual));
+        ASSERT_EQ(text,
+                  std::string_view(
+                      expected,
+                      static_cast<std::size_t>(
+                          std::to_chars(std::begin(expected), std::end(expected), number).ptr - expected)));
+    };
+    std::mt19937_64 random(17);
+    double power = 1e-6;
+    for (int exponent = -6; exponent <= 8; ++exponent, power *= 10) {
+        for (int count = 0; count < 2000; ++count) {
+            const double digits = static_cast<double>(random() % 2'000'000);
+            for (const double number : {digits * power, -digits * power, digits / 1e6, digits}) {
+                expectSame(number);
+                expectSame(static_cast<float>(number));
+                expectSame(std::nextafter(number, 1e9));
+                expectSame(std::nextafterf(static_cast<float>(number), 1e9F));
+            }
+        }
     }
 }
 
@@ -324,6 +359,33 @@ TEST_F(LogContextTest, MayEndInAnyOrder) {
     second.reset();
     ZAV_LOG_ERROR(logger_, "t");
     EXPECT_THAT(message().getContext(), ElementsAre(Pair("c", "3")));
+}
+
+TEST_F(LogContextTest, MayEndInAnotherThread) {
+    auto first = std::make_unique<const LogContext>("a", 1);
+    const LogContext second("b", 2);
+    auto third = std::make_unique<const LogContext>("c", 3);
+    std::thread([&] {
+        first.reset();
+        third.reset();
+    }).join();
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), ElementsAre(Pair("b", "2")));
+    const LogContext fourth("d", 4);
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), ElementsAre(Pair("b", "2"), Pair("d", "4")));
+
+    std::unique_ptr<const LogContext>
+        left; // for the memory that the thread leaves: the sanitizers look at it
+    std::unique_ptr<const LogContext> other;
+    std::thread([&] {
+        left = std::make_unique<const LogContext>("left", 5);
+        other = std::make_unique<const LogContext>("other", 6);
+        std::thread([&other] { other.reset(); }).join();
+    }).join();
+    left.reset();
+    ZAV_LOG_ERROR(logger_, "t");
+    EXPECT_THAT(message().getContext(), SizeIs(2));
 }
 
 TEST_F(LogContextTest, BelongsToItsThreadWhoseIdEveryMessageHas) {

@@ -9,6 +9,7 @@
 #include "log/appenders/AppenderFactory.h"
 #include "log/appenders/GzipFile.h"
 #include "log/appenders/RollingFileAppender.h"
+#include "platform/SequentialFile.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -101,6 +102,16 @@ protected:
         }
     }
 
+    /// Takes a good while to be packed.
+    static std::string noise() {
+        std::string content(std::size_t{16} * 1024 * 1024, '\0');
+        std::mt19937 random(1);
+        for (char& byte : content) {
+            byte = static_cast<char>(random());
+        }
+        return content;
+    }
+
     const TemporaryDirectory directory_;
     RecordingListener failures_;
 };
@@ -132,7 +143,8 @@ TEST_F(RolledSeries, NamesAreGivenForGoodAndInTheOrderOfTheFiles) {
     writeFile(file(AT_NOON + "-9"), "earlier run\n");
     writeFile(file("20270115T120007Z-1.gz"), "packed\n");
     for (const char* other : {"20270115T120009Z-0", "20270115T120009Z-01", "20270115T120009Z.gz.part",
-                              "20270115T120009Z-1.bz2", "2027-1-15T120009Z"}) {
+                              "20270115T120009Z-1.bz2", "2027-1-15T120009Z", "20271301T000000Z",
+                              "20270229T000000Z", "20270115T126000Z", "99990101T000000Z"}) {
         writeFile(file(other), "is no member\n");
     }
     auto appender = makeRollingAlways();
@@ -188,6 +200,23 @@ TEST_F(RolledSeries, OldestFilesGoUntilAllLimitsHold) {
     EXPECT_EQ(contentOfRolled() + liveTexts(), "j");
 }
 
+TEST_F(RolledSeries, AFileThatCannotBeDeletedKeepsNoOtherOne) {
+    AwaitedCommand report;
+    LogManager::registerCommandListener("EXCEPTION", &report);
+    for (const char* suffix : {"20270101T000000Z", "20270102T000000Z"}) {
+        writeFile(file(suffix), "a\n");
+        std::filesystem::create_directory(file(suffix + std::string(".gz"))); // as a file that somebody holds
+    }
+    for (const char* suffix : {"20270103T000000Z", "20270104T000000Z", "20270105T000000Z"}) {
+        writeFile(file(suffix), "a\n");
+    }
+    const auto appender = make({{"keepFiles", "2"}});
+    static_cast<RollingFileAppender&>(*appender).tidyUp();
+    EXPECT_THAT(suffixes(), ElementsAre("20270101T000000Z.gz", "20270102T000000Z.gz", "20270104T000000Z",
+                                        "20270105T000000Z"));
+    EXPECT_THAT(report.await(), EndsWith("Unable to delete the file: " + file("20270101T000000Z")));
+}
+
 TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {
     setClock(NOON);
     for (const char* suffix : {"20270101T000000Z", "20270101T000000Z-1", "20270102T000000Z"}) {
@@ -215,12 +244,7 @@ TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {
 TEST_F(RolledSeries, AnAppenderThatEndsInterruptsPackingAndLeavesNothingHalf) {
     setClock(NOON);
     const std::string suffix = "20270101T000000Z";
-    std::string content(std::size_t{16} * 1024 * 1024, '\0'); // takes a good while
-    std::mt19937 random(1);
-    for (char& byte : content) {
-        byte = static_cast<char>(random());
-    }
-    writeFile(file(suffix), content);
+    writeFile(file(suffix), noise());
     auto appender = make({{"compress", "gzip"}});
     appender->output(makeMessage("a"));
     await([&] { return fileExists(file(suffix + ".gz.part")); });
@@ -228,11 +252,46 @@ TEST_F(RolledSeries, AnAppenderThatEndsInterruptsPackingAndLeavesNothingHalf) {
     EXPECT_THAT(suffixes(), ElementsAre(AnyOf(suffix, suffix + ".gz")));
 }
 
+/// As a change of the configuration does: the next one is there before the first one goes.
+TEST_F(RolledSeries, TheNextAppenderOfTheFilesHasThePackingGoOn) {
+    const std::string suffix = "20270101T000000Z";
+    writeFile(file(suffix), noise());
+    auto appender = make({{"compress", "gzip"}});
+    appender->output(makeMessage("a"));
+    await([&] { return fileExists(file(suffix + ".gz.part")); });
+    auto next = make({{"compress", "gzip"}, {"keepFiles", "9"}});
+    static_cast<RollingFileAppender&>(*next).tidyUp();
+    make({{"compress", "none"}})->output(makeMessage("b")); // which finds a packing that is under way
+    appender.reset();
+    await([&] { return isPacked(suffix); });
+    EXPECT_THAT(failures_.arguments, IsEmpty());
+}
+
+/// Two programs may have one configuration, and start at once.
+TEST_F(RolledSeries, WhatAnotherProcessPacksIsLeftToIt) {
+    writeFile(file(AT_NOON), "a\n");
+    writeFile(file(AT_NOON + ".gz"), "its file");
+    writeFile(file(AT_NOON + ".gz.part"), "its next one");
+    const std::atomic<bool> isInterrupted{false};
+    std::string problem;
+    {
+        Platform::SequentialFile other;
+        ASSERT_TRUE(other.open(file(AT_NOON), problem) && other.reserve()) << problem;
+        EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+        removeAbandonedPart(file(AT_NOON));
+        EXPECT_EQ(readFile(file(AT_NOON + ".gz")) + ", " + readFile(file(AT_NOON + ".gz.part")),
+                  "its file, its next one");
+    }
+    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+    EXPECT_THAT(suffixes(), ElementsAre(AT_NOON + ".gz"));
+    EXPECT_EQ(unpacked(AT_NOON + ".gz"), "a\n");
+}
+
 TEST_F(RolledSeries, APlainFileThatHasGrownStaysAndOneThatIsGoneStaysGone) {
     writeFile(file(AT_NOON), "a\nlate\n");
     writeFile(file(AT_NOON + ".gz.part"), "without what came late");
     EXPECT_FALSE(replaceByPacked(file(AT_NOON), 2).has_value());
-    EXPECT_THAT(suffixes(), ElementsAre(AT_NOON));
+    EXPECT_TRUE(fileExists(file(AT_NOON)));
     const std::atomic<bool> isInterrupted{false};
     EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
     EXPECT_EQ(unpacked(AT_NOON + ".gz"), "a\nlate\n");

@@ -72,7 +72,7 @@ std::string suggestion(const PropertyLine& line, const Log::ConfigurationKey& ro
                         row.form == ValueForm::LAYOUT || row.form == ValueForm::ROLL_MOMENT ||
                         row.form == ValueForm::COMPRESSION;
     const std::string guess = isWord ? nearWord(line.value, wordsOf(row)) : std::string();
-    return guess.empty() ? guess : "did you mean '" + guess + "'? ";
+    return guess.empty() || guess == line.value ? "" : "did you mean '" + guess + "'? ";
 }
 
 } // namespace

@@ -1,8 +1,13 @@
 #include "check/Checks.h"
 #include "config/AppenderPlace.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <map>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace ZAV {
 namespace Tools {
@@ -26,37 +31,72 @@ std::string commonForm(const AppenderPlace& place) {
     return problem ? place.folder + '/' + place.file : path.string();
 }
 
-bool isMember(const std::string& file, const FilePlace& series) {
-    const std::string& base = series.path;
-    return file.size() == base.size() + 1 && file.compare(0, base.size(), base) == 0 && file.back() >= '0' &&
-           file.back() <= series.highestDigit;
-}
-
-bool shareAFile(const FilePlace& a, const FilePlace& b) {
-    if (a.kind == AppenderPlace::SERIES && b.kind != AppenderPlace::SERIES) {
-        return isMember(b.path, a);
+/// The places of appenders by their paths, so that many need not be compared with each other.
+class FilePlaces {
+public:
+    void add(const FilePlace& place) {
+        (place.kind == AppenderPlace::SERIES ? series_ : files_)[place.path].push_back(places_.size());
+        places_.push_back(place);
     }
-    return b.kind == AppenderPlace::SERIES && a.kind != b.kind ? isMember(a.path, b) : a.path == b.path;
-}
+
+    /// \return those that share a file with another one, in the order in which they were added
+    std::vector<const FilePlace*> sharing(const FilePlace& other) const {
+        std::vector<std::size_t> found;
+        if (other.kind == AppenderPlace::SERIES) {
+            append(found, series_, other.path);
+            for (char digit = '0'; digit <= other.highestDigit; ++digit) {
+                append(found, files_, other.path + digit);
+            }
+        } else {
+            append(found, files_, other.path);
+            const std::size_t own = found.size();
+            append(found, series_, other.path.substr(0, other.path.size() - 1));
+            const char digit = other.path.back();
+            found.erase(std::remove_if(found.begin() + static_cast<std::ptrdiff_t>(own), found.end(),
+                                       [this, digit](std::size_t index) {
+                                           return digit < '0' || digit > places_[index].highestDigit;
+                                       }),
+                        found.end());
+        }
+        std::sort(found.begin(), found.end());
+        std::vector<const FilePlace*> result;
+        for (const std::size_t index : found) {
+            result.push_back(&places_[index]);
+        }
+        return result;
+    }
+
+private:
+    using ByPath = std::map<std::string, std::vector<std::size_t>>;
+
+    static void append(std::vector<std::size_t>& found, const ByPath& places, const std::string& path) {
+        const auto entry = places.find(path);
+        if (entry != places.end()) {
+            found.insert(found.end(), entry->second.begin(), entry->second.end());
+        }
+    }
+
+    std::vector<FilePlace> places_;
+    ByPath series_;
+    ByPath files_;
+};
 
 } // namespace
 
 void checkSharedFiles(const Configuration& configuration, Findings& findings) {
-    std::vector<FilePlace> earlier;
+    FilePlaces earlier;
     for (const DeclaredAppender& appender : configuration.appenders()) {
         const AppenderPlace place(appender.name, configuration.file().properties());
         if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
         const FilePlace own{&appender, place.kind, commonForm(place), place.highestDigit};
-        for (const FilePlace& other : earlier) {
-            if (shareAFile(own, other)) {
-                findings.addWarning(later(*appender.declaration, *other.appender->declaration), "shared-file",
-                                    "the appenders '" + other.appender->name + "' and '" + appender.name +
-                                        "' write to one file, " + place.describe());
-            }
+        for (const FilePlace* const other : earlier.sharing(own)) {
+            findings.addWarning(later(*appender.declaration, *other->appender->declaration), "shared-file",
+                                "the appenders '" + other->appender->name + "' and '" + appender.name +
+                                    "' write to one file, " + place.describe());
         }
-        earlier.push_back(own);
+        earlier.add(own);
     }
 }
 

@@ -35,22 +35,29 @@ KeyMeaning settingOf(KeySection section, const std::string& name) {
 
 Configuration::Configuration(const PropertyFile& file) : file_(file) {
     for (const PropertyLine& line : file_.lines()) {
-        addLine(line);
+        addLoggers(line);
+        addAppender(line);
     }
     // The library goes by the declaring keys, of which each begins with "appender." but for dots too many.
     std::sort(appenders_.begin(), appenders_.end(), [](const DeclaredAppender& a, const DeclaredAppender& b) {
         return a.declaration->key < b.declaration->key;
     });
+    for (std::size_t index = 0; index < appenders_.size(); ++index) {
+        appendersByName_[appenders_[index].name] = index;
+    }
 }
 
-void Configuration::addLine(const PropertyLine& line) {
+void Configuration::addLoggers(const PropertyLine& line) {
     for (const Log::LoggerKey& key : Log::orderLoggerKeys({line.key})) {
         if (isAcceptedLogger(key.loggerName)) {
             loggers_.emplace(key.loggerName, &line);
         }
     }
+}
+
+void Configuration::addAppender(const PropertyLine& line) {
     const std::optional<std::string> name = Log::declaredAppender(line.key);
-    if (name && findAppender(*name) == nullptr) {
+    if (name && appendersByName_.emplace(*name, 0).second) {
         std::string className;
         file_.properties().getProperty(Log::appenderKey(*name), className);
         appenders_.push_back({*name, className, readerOf(className), &line});
@@ -58,9 +65,8 @@ void Configuration::addLine(const PropertyLine& line) {
 }
 
 const DeclaredAppender* Configuration::findAppender(const std::string& name) const {
-    const auto appender = std::find_if(appenders_.begin(), appenders_.end(),
-                                       [&name](const DeclaredAppender& other) { return other.name == name; });
-    return appender == appenders_.end() ? nullptr : &*appender;
+    const auto found = appendersByName_.find(name);
+    return found == appendersByName_.end() ? nullptr : &appenders_[found->second];
 }
 
 const PropertyLine* Configuration::setting(const DeclaredAppender& appender, const std::string& name) const {

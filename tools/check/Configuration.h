@@ -3,6 +3,7 @@
 #include "check/PropertyFile.h"
 #include "log/config/ConfigurationKeys.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -64,11 +65,13 @@ public:
     const std::map<std::string, const PropertyLine*>& loggers() const { return loggers_; }
 
 private:
-    void addLine(const PropertyLine& line);
+    void addLoggers(const PropertyLine& line);
+    void addAppender(const PropertyLine& line);
     KeyMeaning meaningOfAppenderKey(const std::string& key) const;
 
     const PropertyFile& file_;
     std::vector<DeclaredAppender> appenders_;
+    std::map<std::string, std::size_t> appendersByName_; ///< where each stands among them
     std::map<std::string, const PropertyLine*> loggers_;
 };
 

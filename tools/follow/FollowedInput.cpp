@@ -127,6 +127,7 @@ void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
 
 void FollowedInput::settle() {
     stream_.settle();
+    noteLeft();
     const bool hasRead = !seen_ || seen_->offset() != stream_.bytesSeen();
     if (stream_.file() != nullptr && hasRead && !isStandardInput()) {
         seen_ = FilePlace::in(stream_.file()->file, stream_.bytesSeen());
@@ -213,13 +214,30 @@ void FollowedInput::commit() {
     committedEnd_ = stream_.record().end;
 }
 
-std::optional<FilePlace> FollowedInput::place() const {
+/// The beginning of a file could not be told from that of any other one once the file is packed, and has
+/// another identity.
+std::optional<FilePlace> FollowedInput::place() {
     const LogFile* file = stream_.file();
     if (file == nullptr) {
         return resumedPlace_;
     }
+    noteLeft();
     const bool hasCommitted = committedFile_ == stream_.fileCount();
-    return FilePlace::in(file->file, hasCommitted ? committedEnd_ : file->offset);
+    const std::uint64_t offset = hasCommitted ? committedEnd_ : file->offset;
+    return offset == 0 && before_ ? before_ : FilePlace::in(file->file, offset);
+}
+
+/// A file that was cut is left for itself.
+void FollowedInput::noteLeft() {
+    const std::optional<RecordStream::Left> left = stream_.takeLeft();
+    if (!left || isStandardInput()) {
+        return;
+    }
+    const LogContent& file = left->log.file;
+    before_ = file.identity() == stream_.file()->file.identity()
+                  ? std::nullopt
+                  : std::optional(FilePlace::in(file, committedFile_ == left->number ? committedEnd_
+                                                                                     : left->log.offset));
 }
 
 /// Says what the last look has not found already.

@@ -58,7 +58,7 @@ public:
     void commit();
 
     /// \return the place behind all records that have been dealt with; none before the first file
-    std::optional<FilePlace> place() const;
+    std::optional<FilePlace> place();
 
 private:
     void openFirst(std::vector<std::string>& notices);
@@ -71,6 +71,7 @@ private:
     void leaveOutKnown(std::vector<LogFile>& files);
     void append(std::vector<LogFile> files);
     void noticeNew(std::vector<std::string>& notices, std::vector<std::string> problems);
+    void noteLeft();
     std::string livePath() const;
     void warnOfLoss(std::vector<std::string>& notices, const std::string& reason) const;
 
@@ -86,6 +87,7 @@ private:
         knownRolled_; ///< the paths of the rolled files that were read, left out or given to the stream
     std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;
+    std::optional<FilePlace> before_; ///< the end of the file before the current one
     std::string readProblem_;
     std::vector<std::string> problems_; ///< that the last look at the files has found
 };

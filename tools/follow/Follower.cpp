@@ -170,7 +170,7 @@ void Follower::saveProgressIfDue(milliseconds period) {
 }
 
 void Follower::preparePlaces() {
-    for (const FollowedInput& input : inputs_) {
+    for (FollowedInput& input : inputs_) {
         const std::optional<FilePlace> place = input.place();
         if (place) {
             state_->set(input.path(), *place);

@@ -79,12 +79,25 @@ std::optional<LineForm> InputOptions::givenForm() const {
     return form;
 }
 
+namespace {
+
+/// \return whether a path is read with another one, as when a shell names all files of a folder
+bool isReadWithAnother(const std::string& path, const std::set<std::string>& named) {
+    const std::string plain = Log::RolledFiles::plainPathOf(path);
+    const std::string packed = plain + Log::RolledFiles::PACKED;
+    return !plain.empty() && (named.count(Log::RolledFiles::livePathOf(path)) != 0 ||
+                              (path != plain && named.count(plain) != 0) ||
+                              (path != plain && path != packed && named.count(packed) != 0));
+}
+
+} // namespace
+
 std::vector<InputSpec> InputOptions::inputsOfPaths() const {
     std::vector<InputSpec> inputs;
     const std::set<std::string> named(paths_.begin(), paths_.end());
     for (const std::string& path : paths_) {
-        if (named.count(Log::RolledFiles::livePathOf(path)) != 0) {
-            continue; // as when a shell names all files of a folder
+        if (isReadWithAnother(path, named)) {
+            continue;
         }
         InputSpec input;
         input.path = path;

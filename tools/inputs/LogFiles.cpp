@@ -133,6 +133,10 @@ bool openOne(LogFile& file, const InputSpec& input, std::string& problem) {
     if (input.kind != InputSpec::STANDARD_INPUT && !input.mayBeLink) {
         return openFound(file, problem);
     }
+    if (input.kind != InputSpec::STANDARD_INPUT && !isThere(file.path) &&
+        Log::RolledFiles::plainPathOf(file.path) == file.path) {
+        file.path += isThere(file.path + Log::RolledFiles::PACKED) ? Log::RolledFiles::PACKED : ""; // by now
+    }
     const bool isOpen = input.kind == InputSpec::STANDARD_INPUT ? file.file.openStandardInput(problem)
                                                                 : file.file.open(file.path, problem);
     file.offset = isOpen && input.kind == InputSpec::STANDARD_INPUT ? file.file.position() : 0;
@@ -225,26 +229,41 @@ void closeRolled(LogFile& file) {
     }
 }
 
+namespace {
+
+/// The file at a path, behind those that were rolled away from it. A rotation may put the next file there
+/// after the first attempt to open it.
+void openWithRolled(const InputSpec& input, std::vector<LogFile>& files, std::vector<std::string>& problems) {
+    LogFile file;
+    file.path = input.path;
+    file.layout = input.layout;
+    std::string problem;
+    bool isOpen = openOne(file, input, problem);
+    bool isMissing = !isOpen && !exists(file.path);
+    if (!isOpen && !isMissing) {
+        isOpen = openOne(file, input, problem);
+        isMissing = !isOpen && !exists(file.path);
+    }
+    if (input.kind != InputSpec::STANDARD_INPUT) {
+        files = findRolled(input);
+    }
+    const bool mayBeMissing = isMissing && (input.mayBeMissing || !files.empty());
+    if (isOpen && !isAmongRolled(files, file)) {
+        files.push_back(std::move(file));
+    } else if (!isOpen && !mayBeMissing) {
+        problems.push_back(file.path + ": " + problem);
+    }
+}
+
+} // namespace
+
 std::vector<LogFile> openAll(const InputSpec& input, std::vector<std::string>& problems) {
     std::vector<LogFile> files;
     const std::size_t problemsBefore = problems.size();
     if (resolve(input) == InputSpec::SERIES && (hasSeries(input.path) || input.mayBeMissing)) {
         files = openSeries(input, problems);
     } else {
-        LogFile file;
-        file.path = input.path;
-        file.layout = input.layout;
-        std::string problem;
-        const bool isOpen = openOne(file, input, problem);
-        if (input.kind != InputSpec::STANDARD_INPUT) {
-            files = findRolled(input);
-        }
-        const bool mayBeMissing = input.mayBeMissing || !files.empty();
-        if (isOpen && !isAmongRolled(files, file)) {
-            files.push_back(std::move(file));
-        } else if (!isOpen && (!mayBeMissing || exists(file.path))) {
-            problems.push_back(file.path + ": " + problem);
-        }
+        openWithRolled(input, files, problems);
     }
     const std::string unknown =
         files.empty() && problems.size() == problemsBefore ? whyUnknown(input) : std::string();

@@ -1,5 +1,7 @@
 #include "printers/CountPrinter.h"
 
+#include "zav-util/Utf8.h"
+
 #include <algorithm>
 #include <functional>
 
@@ -8,14 +10,30 @@ namespace Tools {
 
 namespace {
 
-constexpr std::array<const char*, 7> TITLES = {"AUDIT", "ERROR", "WARNING", "INFO", "DEBUG", "TRACE", "CFG"};
-constexpr std::size_t COLUMN_OF_CFG = TITLES.size() - 1;
+constexpr std::array<const char*, 8> TITLES = {"AUDIT", "ERROR", "WARNING", "INFO",
+                                               "DEBUG", "TRACE", "CFG",     "-"};
+constexpr std::size_t COLUMN_OF_CFG = 6;
+constexpr std::size_t COLUMN_OF_UNKNOWN = 7; ///< shown if it is needed
 constexpr std::size_t COLUMN_WIDTH = 10;
+constexpr std::size_t LARGEST_WIDTH = 80; ///< of the names; a longer one moves its own line alone
 
 std::size_t columnOf(const Fields& fields) {
     static constexpr int MOST_SEVERE = Log::Level::LEVEL_AUDIT;
     static constexpr int STEP = MOST_SEVERE - Log::Level::LEVEL_ERROR;
+    if (!fields.isTypeKnown) {
+        return COLUMN_OF_UNKNOWN;
+    }
     return fields.hasLevel ? static_cast<std::size_t>((MOST_SEVERE - fields.level) / STEP) : COLUMN_OF_CFG;
+}
+
+/// \return the name on one line, which a line of `json` need not have it on
+std::string onOneLine(const std::string& name) {
+    std::string line;
+    for (const char character : name) {
+        const bool isControl = static_cast<unsigned char>(character) < 0x20 || character == 0x7f;
+        isControl ? Util::appendByteEscape(line, character) : line.push_back(character);
+    }
+    return line;
 }
 
 void appendLeft(std::string& text, const std::string& cell, std::size_t width) {
@@ -46,18 +64,20 @@ void CountPrinter::print(RecordStream& stream, std::string&) {
 void CountPrinter::printEnd(std::string& text) {
     const std::string title = "logger";
     std::size_t width = title.size();
+    std::size_t columns = COLUMN_OF_UNKNOWN;
     for (const auto& [logger, counts] : counts_) {
-        width = std::max(width, logger.size());
+        width = std::min(std::max(width, logger.size()), LARGEST_WIDTH);
+        columns = counts[COLUMN_OF_UNKNOWN] != 0 ? COLUMNS : columns;
     }
     appendLeft(text, title, width);
-    for (const char* column : TITLES) {
-        appendRight(text, column);
+    for (std::size_t column = 0; column < columns; ++column) {
+        appendRight(text, TITLES[column]);
     }
     text += '\n';
     for (const auto& [logger, counts] : counts_) {
-        appendLeft(text, logger, width);
-        for (const std::uint64_t count : counts) {
-            appendRight(text, std::to_string(count));
+        appendLeft(text, onOneLine(logger), width);
+        for (std::size_t column = 0; column < columns; ++column) {
+            appendRight(text, std::to_string(counts[column]));
         }
         text += '\n';
     }

@@ -18,7 +18,7 @@ public:
     void printEnd(std::string& text) override;
 
 private:
-    static constexpr std::size_t COLUMNS = 7; ///< the six levels and the configuration messages
+    static constexpr std::size_t COLUMNS = 8; ///< the six levels, configuration messages, and what is neither
 
     using Counts = std::array<std::uint64_t, COLUMNS>;
 

@@ -1,7 +1,8 @@
 #include "printers/JsonPrinter.h"
 
-#include <charconv>
-#include <nlohmann/json.hpp>
+#include "log/text/JsonText.h"
+
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -11,38 +12,39 @@ namespace Tools {
 
 namespace {
 
-using Object = nlohmann::ordered_json;
-
-std::string asJson(const Object& value) {
-    return value.dump(-1, ' ', false, Object::error_handler_t::replace);
-}
-
-void addText(Object& object, const char* key, std::string_view value) {
+/// \param member with the separator in front and the colon behind it
+void addText(std::string& object, std::string_view member, std::string_view value) {
     if (!value.empty()) {
-        object[key] = value;
+        Log::appendJsonText(object.append(member), value);
     }
 }
 
-void addNumber(Object& object, const char* key, std::string_view value) {
-    if (!value.empty()) {
-        std::int64_t number = 0;
-        std::from_chars(value.data(), value.data() + value.size(), number);
-        object[key] = number;
+/// \param digits as the record has them, of any number
+void addNumber(std::string& object, std::string_view member, std::string_view digits) {
+    if (!digits.empty()) {
+        const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size() - 1);
+        object.append(member).append(digits.substr(zeros));
     }
 }
 
 /// Numbers stand as they were read, with all their digits.
-void appendPairs(std::string& text, std::string_view name, const RecordPairs* pairs) {
+void addPairs(std::string& object, std::string_view member, const RecordPairs* pairs) {
     if (pairs == nullptr || pairs->empty()) {
         return;
     }
-    text.append(name);
+    object.append(member);
     char separator = '{';
     for (const RecordPair& pair : *pairs) {
-        text += std::exchange(separator, ',');
-        text += asJson(pair.key) + ':' + (pair.isText ? asJson(pair.text) : pair.text);
+        object += std::exchange(separator, ',');
+        Log::appendJsonText(object, pair.key);
+        object += ':';
+        if (pair.isText) {
+            Log::appendJsonText(object, pair.text);
+        } else {
+            object.append(pair.text);
+        }
     }
-    text += '}';
+    object += '}';
 }
 
 } // namespace
@@ -53,27 +55,25 @@ void JsonPrinter::print(RecordStream& stream, std::string& text) {
         return;
     }
     const Fields& fields = stream.fields();
-    Object object;
-    object["time"] = stream.clock().isoText();
-    addText(object, "logger", fields.logger);
+    addText(text, "{\"time\":", stream.clock().isoText());
+    addText(text, ",\"logger\":", fields.logger);
     if (fields.isTypeKnown) {
-        object["type"] = fields.hasLevel ? "LOG" : "CFG";
+        text += fields.hasLevel ? ",\"type\":\"LOG\"" : ",\"type\":\"CFG\"";
     }
     if (fields.hasLevel) {
-        object["level"] = Log::Level::toString(fields.level);
+        addText(text, ",\"level\":", Log::Level::toString(fields.level));
     }
-    addText(object, "file", fields.file);
-    addNumber(object, "line", fields.line);
-    addNumber(object, "thread", fields.thread);
-    addNumber(object, "pid", fields.pid);
-    addText(object, "program", fields.program);
-    addText(object, "host", fields.host);
-    object["text"] = fields.message;
-    text += asJson(object);
-    text.pop_back();
-    appendPairs(text, ",\"values\":", fields.values);
-    appendPairs(text, ",\"context\":", fields.context);
-    text += ",\"source\":" + asJson(stream.source()) + "}\n";
+    addText(text, ",\"file\":", fields.file);
+    addNumber(text, ",\"line\":", fields.line);
+    addNumber(text, ",\"thread\":", fields.thread);
+    addNumber(text, ",\"pid\":", fields.pid);
+    addText(text, ",\"program\":", fields.program);
+    addText(text, ",\"host\":", fields.host);
+    Log::appendJsonText(text += ",\"text\":", fields.message);
+    addPairs(text, ",\"values\":", fields.values);
+    addPairs(text, ",\"context\":", fields.context);
+    Log::appendJsonText(text += ",\"source\":", stream.source());
+    text += "}\n";
 }
 
 } // namespace Tools

@@ -16,11 +16,6 @@ namespace {
 
 using Log::Column;
 
-bool isWord(Column column) {
-    return column != Column::CONTEXT && column != Column::VALUES && column != Column::MESSAGE &&
-           column != Column::TEXT;
-}
-
 /// \param rest of a line; loses a word and the blank behind it
 /// \param size of the word
 std::string_view takeWord(std::string_view& rest, std::size_t size) {
@@ -100,6 +95,11 @@ bool takeColumn(MachineRecord& record, Column column, std::string_view word) {
 
 } // namespace
 
+bool isWord(Column column) {
+    return column != Column::CONTEXT && column != Column::VALUES && column != Column::MESSAGE &&
+           column != Column::TEXT;
+}
+
 std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::vector<Column>& columns) {
     auto record = std::make_shared<MachineRecord>();
     std::string_view rest = line;
@@ -109,7 +109,8 @@ std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::
         }
         const std::size_t size =
             column == Column::TIME ? TIME_STAMP_LENGTH : std::min(rest.find(' '), rest.size());
-        if (!takeColumn(*record, column, takeWord(rest, size))) {
+        const bool endsThere = rest.size() <= size || rest[size] == ' ';
+        if (!endsThere || !takeColumn(*record, column, takeWord(rest, size))) {
             return nullptr;
         }
     }

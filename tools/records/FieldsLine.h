@@ -10,6 +10,9 @@
 namespace ZAV {
 namespace Tools {
 
+/// \return whether a column is one word, or, of the time, two
+bool isWord(Log::Column column);
+
 /// Reads a line of the layout `fields`. Up to the first column of pairs or of text each is one word, the time
 /// two; all that follows is the text.
 /// \return the record, which nobody else has; null if a word is none of its column, or if no column before the

@@ -47,15 +47,16 @@ class JsonLineReader : public nlohmann::json_sax<Json> {
 public:
     /// \return the record; null if what a record must have is missing
     std::shared_ptr<MachineRecord> take() {
-        if (!hasTime_ || !hasText_ || !record_->isTypeKnown || isConfiguration_ == record_->hasLevel) {
-            return nullptr;
-        }
-        return std::move(record_);
+        const bool isTyped =
+            record_->isTypeKnown ? isConfiguration_ != record_->hasLevel : hasSource_ && !record_->hasLevel;
+        return hasTime_ && hasText_ && isTyped ? std::move(record_) : nullptr;
     }
 
     bool null() override { return addOther("null"); }
     bool boolean(bool value) override { return addOther(value ? "true" : "false"); }
-    bool number_integer(number_integer_t value) override { return addOther(std::to_string(value)); }
+    bool number_integer(number_integer_t value) override { // of a 0 with a sign alone is the sign lost
+        return addOther(value == 0 ? "-0" : std::to_string(value));
+    }
     bool number_unsigned(number_unsigned_t value) override {
         const Member* const member = depth_ == 1 ? findMember(NUMBERS, key_) : nullptr;
         if (member != nullptr) {
@@ -95,6 +96,7 @@ public:
 
     bool key(string_t& value) override {
         (depth_ == 1 ? key_ : pairKey_) = std::move(value);
+        hasSource_ = hasSource_ || (depth_ == 1 && key_ == "source");
         return true;
     }
     bool start_object(std::size_t) override {
@@ -144,6 +146,7 @@ private:
     std::size_t depth_ = 0;        ///< of objects and arrays that are open
     bool hasTime_ = false;
     bool hasText_ = false;
+    bool hasSource_ = false; ///< which `--json` adds, also where it knows no type
     bool isConfiguration_ = false;
 };
 

@@ -6,6 +6,10 @@
 namespace ZAV {
 namespace Tools {
 
+MachineLines::MachineLines(LineForm form)
+    : form_(std::move(form)),
+      mayBeJson_(form_.hasJson && (form_.columns.empty() || isWord(form_.columns.front()))) {}
+
 std::shared_ptr<MachineRecord> MachineLines::read(std::string_view line, std::uint64_t offset) {
     return find(line, offset).record;
 }
@@ -30,7 +34,7 @@ MachineLines::Known& MachineLines::find(std::string_view line, std::uint64_t off
     known.offset = offset;
     known.size = line.size();
     known.record.reset();
-    if (form_.hasJson && line.size() <= LONGEST) {
+    if (mayBeJson_ && line.size() <= LONGEST) {
         known.record = readJsonLine(line);
     }
     if (known.record == nullptr && !form_.columns.empty() && line.size() <= LONGEST) {

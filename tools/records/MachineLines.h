@@ -20,12 +20,12 @@ public:
     /// A longer line is not read: it may come in parts.
     static constexpr std::size_t LONGEST = 4 * 1024 * 1024;
 
-    explicit MachineLines(LineForm form) : form_(std::move(form)) {}
+    explicit MachineLines(LineForm form);
 
     /// \param line a line or its beginning
     /// \return false if it is of a text layout for certain
     bool mayBegin(std::string_view line) const {
-        return !form_.columns.empty() || (form_.hasJson && !line.empty() && line.front() == '{');
+        return !form_.columns.empty() || (mayBeJson_ && !line.empty() && line.front() == '{');
     }
 
     /// \param line a whole line, its end left out; one for which `mayBegin` is true
@@ -47,6 +47,7 @@ private:
     Known& find(std::string_view line, std::uint64_t offset);
 
     LineForm form_;
+    bool mayBeJson_;             ///< not where each line begins with a text, which somebody else has made
     std::array<Known, 2> known_; ///< the line that a record begins with, and the one that ends it
     std::size_t next_ = 0;       ///< which of them the next line takes the place of
 };

@@ -7,9 +7,18 @@
 #include "records/LineParser.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+bool isControl(char character) {
+    return static_cast<unsigned char>(character) < 0x20 || character == 0x7f;
+}
+
+} // namespace
 
 void MachineRecord::setTime(std::int64_t microseconds) {
     constexpr std::int64_t MICROSECONDS_PER_SECOND = 1000000;
@@ -24,8 +33,13 @@ bool MachineRecord::setLevel(std::string_view word) {
     return hasLevel;
 }
 
+/// Only the message may have lines of its own: what stands before it, as the keys behind it, must not look
+/// like another record.
 void MachineRecord::show() {
-    const auto add = [this](std::string_view word) { shown_.append(" ").append(word); };
+    const auto add = [this](std::string_view word) {
+        shown_ += ' ';
+        std::replace_copy_if(word.begin(), word.end(), std::back_inserter(shown_), isControl, '?');
+    };
     shown_ = time_;
     if (!logger.empty()) {
         add(logger);
@@ -38,13 +52,15 @@ void MachineRecord::show() {
     if (hasLevel) {
         add(Log::Level::toString(level_));
     }
-    add(message);
+    shown_.append(" ").append(message);
     textBegin_ = shown_.size() - message.size();
     bool needsBlank = !message.empty();
     for (const RecordPair& value : values) {
         shown_ += needsBlank ? " " : "";
         needsBlank = true;
-        Log::appendPair(shown_, {value.key, std::string_view(value.text)});
+        std::string key = value.key;
+        std::replace_if(key.begin(), key.end(), isControl, '?');
+        Log::appendPair(shown_, {key, std::string_view(value.text)});
     }
 }
 

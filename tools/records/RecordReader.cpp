@@ -132,6 +132,7 @@ void RecordReader::emit(Record& record, std::size_t end) {
     const bool isMachine = !isInLine_ && takeMachine(lines, offset_ + begin_);
     record.hasTime = isMachine || (!isInLine_ && startsWithTime(lines));
     record.isContinuation = !record.hasTime && continues_;
+    noteUnreadable(lines);
     if (!isMachine && !record.isContinuation) {
         machine_.reset();
     }
@@ -159,6 +160,19 @@ void RecordReader::emit(Record& record, std::size_t end) {
     begin_ = end;
     line_ = end;
     searched_ = std::max(searched_, end);
+}
+
+/// Says so if one of the lines, as it seems, is for machines and was too long to be read.
+void RecordReader::noteUnreadable(std::string_view lines) {
+    for (std::string_view rest = lines; rest.size() >= LONGEST_RECORD - 1;) {
+        const std::size_t size = std::min(rest.find('\n'), rest.size());
+        const bool isFirst = rest.size() == lines.size();
+        if (size >= LONGEST_RECORD - 1 && machineLines_.mayBegin(rest) && !(isFirst && isInLine_) &&
+            !startsWithTime(rest)) {
+            problem_ = "A line of more than 4 MiB is shown as it stands, whatever its layout";
+        }
+        rest.remove_prefix(std::min(size + 1, rest.size()));
+    }
 }
 
 /// \return whether the lines begin with one for machines, which is `machine_` then

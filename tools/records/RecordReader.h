@@ -77,6 +77,7 @@ private:
     void emit(Record& record, std::size_t end);
     void emitPart(Record& record);
     bool takeMachine(std::string_view lines, std::uint64_t offset);
+    void noteUnreadable(std::string_view lines);
     std::string_view timeAt(std::size_t line);
     void rememberHeader(const Record& record);
     std::string_view withoutCarriageReturns(std::string_view lines);

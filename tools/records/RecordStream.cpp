@@ -109,6 +109,7 @@ const Fields& RecordStream::fields() {
     }
     if (!record_.hasTime) {
         fields_.message = fields_.text = record_.lines;
+        fields_.values = nullptr; // which stand behind the text that it continues
     }
     return fields_;
 }
@@ -124,6 +125,9 @@ bool RecordStream::goToNextFile() {
         waiting_.pop_front();
         std::string problem;
         if (openRolled(next, problem)) {
+            if (bytesSeen() > 0) {
+                left_ = Left{std::move(current_->log), fileCount_};
+            }
             current_ = std::make_unique<OpenFile>(std::move(next));
             ++fileCount_;
             settledAt_ = 0;

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -63,6 +64,15 @@ public:
     /// \return the file that is being read; null before the first one
     const LogFile* file() const { return current_ ? &current_->log : nullptr; }
 
+    /// A file that was read to its end.
+    struct Left {
+        LogFile log;
+        std::size_t number; ///< the `fileCount` of its time
+    };
+
+    /// \return the last one that held anything since this was asked last; nothing if there is none
+    std::optional<Left> takeLeft() { return std::exchange(left_, std::nullopt); }
+
     /// \return how many files were begun
     std::size_t fileCount() const { return fileCount_; }
 
@@ -99,6 +109,7 @@ private:
 
     std::deque<LogFile> waiting_;
     std::unique_ptr<OpenFile> current_;
+    std::optional<Left> left_;
     Record record_;
     ZonedClock clock_;
     bool knowsPast_ = true; ///< the clock has seen the records before the current one

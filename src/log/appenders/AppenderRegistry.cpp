@@ -14,7 +14,9 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace ZAV {
@@ -58,13 +60,32 @@ Util::Properties keysOf(const std::string& name, const Util::Properties& propert
     return keys;
 }
 
-/// \throw LogException if an appender of that name is among those
-void requireNewName(const Appender& appender, const std::vector<Appender*>& others) {
-    const std::string& name = appender.getName();
-    if (std::any_of(others.begin(), others.end(),
-                    [&name](const Appender* other) { return other->getName() == name; })) {
-        throw LogException("Appender " + name + " has already been registered.");
+/// The names of appenders, of which each may come once.
+class Names {
+public:
+    explicit Names(const std::vector<Appender*>& appenders) {
+        for (const Appender* const appender : appenders) {
+            names_.insert(appender->getName());
+        }
     }
+
+    /// \throw LogException if there is an appender of that name
+    void add(const Appender& appender) {
+        if (!names_.insert(appender.getName()).second) {
+            throw LogException("Appender " + appender.getName() + " has already been registered.");
+        }
+    }
+
+private:
+    std::set<std::string> names_;
+};
+
+/// \return those that are not among others
+std::vector<Appender*> without(const std::vector<Appender*>& appenders, const std::set<Appender*>& others) {
+    std::vector<Appender*> result;
+    std::copy_if(appenders.begin(), appenders.end(), std::back_inserter(result),
+                 [&others](Appender* appender) { return others.count(appender) == 0; });
+    return result;
 }
 
 } // namespace
@@ -96,12 +117,13 @@ void AppenderRegistry::registerClass(const std::string& className, RegisteredCla
 }
 
 void AppenderRegistry::registerAppender(Appender* appender, const std::string& className) {
-    putIntoService({std::unique_ptr<Appender>(appender), className, Util::Properties()});
+    CreatedAppender created{std::unique_ptr<Appender>(appender), className, Util::Properties()};
+    Names(inService()).add(*appender);
+    putIntoService(std::move(created));
 }
 
 Appender* AppenderRegistry::putIntoService(CreatedAppender created) {
     Appender& appender = *created.appender;
-    requireNewName(appender, inService());
     CreatedAppenders added;
     added.push_back(std::move(created));
     {
@@ -152,13 +174,20 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
     registerFactory(AppenderClass::FILE_SERIES, new DefaultAppenderFactory<FileAppenderBuilder>);
     registerFactory(AppenderClass::SINGLE_FILE, new DefaultAppenderFactory<SimpleFileAppenderBuilder>);
     registerFactory(AppenderClass::ROLLED_FILE, new DefaultAppenderFactory<RollingFileAppenderBuilder>);
-    std::vector<Appender*> created;
+    std::vector<Appender*> appenders;
+    Names names(inService());
     for (const std::string& key : properties.getKeys()) {
         if (const std::optional<std::string> name = declaredAppender(key)) {
-            created.push_back(putIntoService(create(properties, *name)));
+            CreatedAppender created = create(properties, *name);
+            names.add(*created.appender);
+            appenders.push_back(putIntoService(std::move(created)));
         }
     }
-    for (Appender* const appender : created) {
+    tidyUp(appenders);
+}
+
+void AppenderRegistry::tidyUp(const std::vector<Appender*>& appenders) {
+    for (Appender* const appender : appenders) {
         if (auto* const rolling = dynamic_cast<RollingFileAppender*>(appender)) {
             rolling->tidyUp();
         }
@@ -173,7 +202,7 @@ boost::shared_ptr<AbstractAppenderFactory> AppenderRegistry::factoryOf(const std
 }
 
 /// The declaring key may have had more dots than the one that is looked up, and then names another key.
-CreatedAppender AppenderRegistry::create(const Util::Properties& properties, const std::string& name) const {
+CreatedAppender AppenderRegistry::create(const Util::Properties& properties, const std::string& name) {
     std::string className;
     properties.getProperty(appenderKey(name), className);
     const boost::shared_ptr<AbstractAppenderFactory> factory = factoryOf(className);
@@ -182,56 +211,64 @@ CreatedAppender AppenderRegistry::create(const Util::Properties& properties, con
                            ", appenderClass = " + className);
     }
     Util::Properties keys = keysOf(name, properties);
+    struct Making {
+        explicit Making(bool& flag) : isMaking(flag) { isMaking = true; }
+        ~Making() { isMaking = false; }
+        bool& isMaking;
+    } const making(isMaking_);
     return {std::unique_ptr<Appender>(factory->create(properties, name)), className, std::move(keys)};
 }
 
 // The change to another configuration
 
+/// Those that were made from no keys are not among them. What is in the table stays where it is until the
+/// exchange.
+AppenderRegistry::CreatedByKeys AppenderRegistry::createdByKeys() {
+    CreatedByKeys result;
+    const ScopedLock tablesLock(tablesLock_);
+    for (CreatedAppender& created : createdAppenders_) {
+        if (!created.keys.empty()) {
+            result.emplace(&created.keys, &created);
+        }
+    }
+    return result;
+}
+
 AppenderExchange AppenderRegistry::prepareExchange(const Util::Properties& properties) {
     AppenderExchange exchange;
     exchange.before = inService();
+    const CreatedByKeys known = createdByKeys();
+    Names names({});
     for (const std::string& key : properties.getKeys()) {
         const std::optional<std::string> name = declaredAppender(key);
         if (!name) {
             continue;
         }
-        Appender* appender = findCreated(keysOf(*name, properties));
-        if (appender != nullptr) {
-            exchange.created.push_back({nullptr, std::string(), Util::Properties()});
-        } else {
-            exchange.created.push_back(create(properties, *name));
-            appender = exchange.created.back().appender.get();
-        }
-        requireNewName(*appender, exchange.after);
+        const Util::Properties keys = keysOf(*name, properties);
+        const auto found = known.find(&keys);
+        const bool stays = found != known.end();
+        exchange.inTable.push_back(stays ? found->second : nullptr);
+        exchange.created.push_back(stays ? CreatedAppender() : create(properties, *name));
+        CreatedAppender& made = exchange.created.back();
+        Appender* const appender = stays ? found->second->appender.get() : made.appender.get();
+        names.add(*appender);
         exchange.after.push_back(appender);
+        (stays ? exchange.staying : exchange.coming).push_back(appender);
     }
+    exchange.leaving = without(exchange.before, {exchange.staying.begin(), exchange.staying.end()});
     return exchange;
-}
-
-/// \return null if none has been made from just these keys
-Appender* AppenderRegistry::findCreated(const Util::Properties& keys) const {
-    if (keys.empty()) {
-        return nullptr;
-    }
-    const ScopedLock tablesLock(tablesLock_);
-    const auto found = std::find_if(createdAppenders_.begin(), createdAppenders_.end(),
-                                    [&keys](const CreatedAppender& created) { return created.keys == keys; });
-    return found == createdAppenders_.end() ? nullptr : found->appender.get();
 }
 
 /// The table takes no memory to change.
 void AppenderRegistry::exchange(AppenderExchange& exchange, const std::function<void()>& apply) {
     const ScopedLock tablesLock(tablesLock_);
     apply();
-    auto created = exchange.created.begin();
-    for (const Appender* const appender : exchange.after) {
-        if (created->appender == nullptr) {
-            std::swap(*created, *std::find_if(createdAppenders_.begin(), createdAppenders_.end(),
-                                              [appender](const CreatedAppender& staying) {
-                                                  return staying.appender.get() == appender;
-                                              }));
+    auto staying = exchange.inTable.begin();
+    for (CreatedAppender& created : exchange.created) {
+        if (*staying != nullptr) {
+            std::swap(created, **staying);
         }
-        ++created;
+        ++staying;
     }
     createdAppenders_.swap(exchange.created);
 }

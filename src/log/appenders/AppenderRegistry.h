@@ -28,8 +28,12 @@ using CreatedAppenders = std::list<CreatedAppender>;
 /// The appenders of another configuration, which are to take the places of those in service.
 struct AppenderExchange {
     CreatedAppenders created; ///< one that stays has no appender here yet; after the change, what has left
-    std::vector<Appender*> before; ///< all that were in service
-    std::vector<Appender*> after;  ///< all that will be, in the order of their creation
+    std::vector<CreatedAppender*> inTable; ///< beside each of these the one that stays, or null
+    std::vector<Appender*> before;         ///< all that were in service
+    std::vector<Appender*> after;          ///< all that will be, in the order of their creation
+    std::vector<Appender*> leaving;        ///< those before that are not among those after
+    std::vector<Appender*> staying;
+    std::vector<Appender*> coming;
 };
 
 /// Makes the appenders that a configuration declares, owns them and takes them down again.
@@ -65,6 +69,12 @@ public:
     /// \throw what `initAppenders` would throw; what was made is destroyed by then
     AppenderExchange prepareExchange(const Util::Properties& properties);
 
+    /// \return whether an appender is being made; to be asked under the lock of the life cycle
+    bool isMaking() const { return isMaking_; }
+
+    /// Has appenders that are new in service see to the files that earlier ones have left.
+    static void tidyUp(const std::vector<Appender*>& appenders);
+
     /// Puts the appenders of an exchange into the table, in one step with what a function does.
     /// \param apply has the loggers use them. If it throws, nothing has changed
     void exchange(AppenderExchange& exchange, const std::function<void()>& apply);
@@ -83,12 +93,19 @@ public:
     void destroyAppenders();
 
 private:
+    struct ByContent {
+        bool operator()(const Util::Properties* one, const Util::Properties* other) const {
+            return *one < *other;
+        }
+    };
+    using CreatedByKeys = std::map<const Util::Properties*, CreatedAppender*, ByContent>;
+
     AppenderRegistry() = default;
 
     boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;
-    CreatedAppender create(const Util::Properties& properties, const std::string& name) const;
+    CreatedAppender create(const Util::Properties& properties, const std::string& name);
     Appender* putIntoService(CreatedAppender created);
-    Appender* findCreated(const Util::Properties& keys) const;
+    CreatedByKeys createdByKeys();
     std::vector<Appender*> inService() const;
     Appender* firstAppender() const;
 
@@ -96,6 +113,7 @@ private:
     mutable Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
     std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
         factories_ ZAV_LOG_GUARDED_BY(tablesLock_);
+    bool isMaking_ = false; ///< guarded by the lock of the life cycle
     CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(tablesLock_);
 };
 

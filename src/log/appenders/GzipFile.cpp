@@ -32,14 +32,20 @@ public:
     GzipWriter(const GzipWriter&) = delete;
     GzipWriter& operator=(const GzipWriter&) = delete;
 
+    bool open(const std::string& path) { return source_.open(path, problem_); }
+
+    /// \return false if another process has the right to the open file
+    bool reserve() noexcept { return source_.reserve(); }
+
+    /// The source stays open, and reserved.
     /// \return whether the target has the whole file
-    bool write(const std::string& path, const std::string& target, const Platform::FileRules& rules,
+    bool write(const std::string& target, const Platform::FileRules& rules,
                const std::atomic<bool>& isInterrupted) {
         if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + GZIP_FORMAT,
                          MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY) != Z_OK) {
             problem_ = "zlib has no memory";
         }
-        if (!problem_.empty() || !source_.open(path, problem_)) {
+        if (!problem_.empty()) {
             return false;
         }
         target_.open(target, Platform::OutputFile::CREATE, rules);
@@ -47,7 +53,7 @@ public:
         while (!isAtEnd && problem_.empty() && !target_.hasFailed() && !isInterrupted) {
             isAtEnd = writeBlock();
         }
-        closeFiles();
+        target_.close();
         if (target_.hasFailed()) {
             problem_ = "Unable to write " + target;
         }
@@ -101,41 +107,50 @@ Packing failure(const std::string& path, const std::string& problem) {
 
 } // namespace
 
+void removeAbandonedPart(const std::string& path) {
+    Platform::SequentialFile plain;
+    std::string problem;
+    if (!plain.open(path, problem) || plain.reserve()) {
+        Platform::removeFile(path + RolledFiles::PART);
+    }
+}
+
+/// Once a packed file is there it is not deleted any more: another process may have deleted the plain one for
+/// it.
 std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size) {
-    const std::string packed = path + RolledFiles::PACKED;
-    if (!Platform::renameFile(path + RolledFiles::PART, packed)) {
-        return failure(path, "Unable to rename " + path + RolledFiles::PART);
+    const std::string part = path + RolledFiles::PART;
+    if (!Platform::isTaken(path)) {
+        Platform::removeFile(part); // the limits of the series have deleted the plain one meanwhile
+        return Packing{Packing::DONE, ""};
+    }
+    if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
+        return failure(path, "Unable to rename " + part);
     }
     const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
     if (status && status->size != size) {
-        Platform::removeFile(packed);
         return std::nullopt;
     }
-    if (Platform::removeFile(path)) {
-        return Packing{Packing::DONE, ""};
-    }
-    if (Platform::isTaken(path)) {
-        return failure(path, "Unable to delete it");
-    }
-    Platform::removeFile(packed); // the limits of the series have deleted the plain one meanwhile
-    return Packing{Packing::DONE, ""};
+    const bool isGone = Platform::removeFile(path) || !Platform::isTaken(path);
+    return isGone ? Packing{Packing::DONE, ""} : failure(path, "Unable to delete it");
 }
 
 namespace {
 
-/// A packed file that is there beside the plain one is from an attempt that was not finished.
 /// \return nothing if the file has grown, and must be packed anew
 std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
     const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
-    if (!status) {
-        return Platform::isTaken(path) ? failure(path, "Not a regular file") : Packing{Packing::DONE, ""};
+    const auto writer = std::make_unique<GzipWriter>();
+    if (!status || !writer->open(path)) {
+        return Platform::isTaken(path) ? failure(path, status ? writer->problem() : "Not a regular file")
+                                       : Packing{Packing::DONE, ""};
+    }
+    if (!writer->reserve()) {
+        return Packing{Packing::DONE, ""};
     }
     const std::string part = path + RolledFiles::PART;
     Platform::removeFile(part);
-    Platform::removeFile(path + RolledFiles::PACKED);
-    const auto writer = std::make_unique<GzipWriter>();
     std::optional<Packing> packing;
-    if (writer->write(path, part, {status->permissions, false}, isInterrupted)) {
+    if (writer->write(part, {status->permissions, false}, isInterrupted)) {
         packing = replaceByPacked(path, writer->size());
     } else if (writer->problem().empty()) {
         packing = Packing{Packing::INTERRUPTED, ""};

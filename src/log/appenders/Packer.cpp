@@ -1,7 +1,9 @@
 #include "log/appenders/Packer.h"
 
 #include "ForcedUnwind.h"
+#include "log/Appender.h"
 #include "log/appenders/GzipFile.h"
+#include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Fork.h"
@@ -30,17 +32,6 @@ constexpr std::chrono::seconds PAUSE{1};
 /// listener hears of a failure just then.
 constexpr std::chrono::seconds LONGEST_WAIT{2};
 
-void deliver(const std::string& problem) {
-    const LibraryCall call; // a listener may log
-    try {
-        FailureReport::deliverWithoutMessage("packing", problem);
-    } catch (const Platform::ForcedUnwind&) {
-        throw; // the thread is being cancelled
-    } catch (...) {
-        return; // there is no caller to whom what a listener throws could matter
-    }
-}
-
 } // namespace
 
 Packer& Packer::instance() {
@@ -60,12 +51,12 @@ Packer::Packer() {
     Platform::atFork(nullptr, [] { instance().beginInChild(); });
 }
 
-void Packer::pack(const void* user, const std::string& path, bool mayGrow) {
-    add({user, path, "", mayGrow ? Deadline(PAUSE) : Deadline(std::chrono::seconds(0))});
+void Packer::pack(const Appender* user, const std::string& path, bool mayGrow) {
+    add({user, user->getName(), path, "", mayGrow ? Deadline(PAUSE) : Deadline(std::chrono::seconds(0))});
 }
 
-void Packer::report(const void* user, const std::string& problem) {
-    add({user, "", problem, Deadline(std::chrono::seconds(0))});
+void Packer::report(const Appender* user, const std::string& problem) {
+    add({user, user->getName(), "", problem, Deadline(std::chrono::seconds(0))});
 }
 
 bool Packer::isIdle() {
@@ -76,14 +67,25 @@ bool Packer::isIdle() {
 void Packer::add(Job job) {
     {
         const ScopedLock lock(lock_);
-        const bool isThere = std::any_of(jobs_.begin(), jobs_.end(), [&job](const Job& other) {
-            return other.path == job.path && other.problem == job.problem;
-        });
-        if (!isThere) {
+        if (!isTakenOver(job)) {
             jobs_.push_back(std::move(job));
         }
     }
     startIfNeeded();
+}
+
+/// Has a job that is there already done for the user of this one.
+bool Packer::isTakenOver(const Job& job) {
+    const auto first = isInterrupted_ ? std::next(jobs_.begin()) : jobs_.begin(); // that one is given up
+    const auto there = std::find_if(first, jobs_.end(), [&job](const Job& other) {
+        return other.path == job.path && other.problem == job.problem;
+    });
+    if (there == jobs_.end()) {
+        return false;
+    }
+    there->user = job.user;
+    there->name = job.name;
+    return true;
 }
 
 /// A thread that cannot be started now is tried again with the next file.
@@ -106,7 +108,7 @@ void Packer::startIfNeeded() noexcept {
 }
 
 /// \param user null for all
-void Packer::forget(const void* user) noexcept {
+void Packer::forget(const Appender* user) noexcept {
     const auto isOf = [user](const Job& job) { return user == nullptr || job.user == user; };
     {
         const ScopedLock lock(lock_);
@@ -122,7 +124,7 @@ void Packer::forget(const void* user) noexcept {
     }
 }
 
-bool Packer::isIn(const void* user) {
+bool Packer::isIn(const Appender* user) {
     const ScopedLock lock(lock_);
     return std::any_of(jobs_.begin(), jobs_.end(),
                        [user](const Job& job) { return user == nullptr || job.user == user; });
@@ -131,8 +133,12 @@ bool Packer::isIn(const void* user) {
 void Packer::run() {
     Packer& packer = instance();
     Platform::setCurrentThreadPriority(Platform::THREAD_PRIORITY_LOWEST_VALUE); // if it can be had
+    const unsigned generation = Platform::forkGeneration();
     while (const Job* const job = packer.first()) {
         packer.work(*job);
+        if (Platform::forkGeneration() != generation) {
+            return; // a listener has forked, and this is the child, which has other jobs
+        }
         packer.removeFirst();
     }
 }
@@ -153,10 +159,29 @@ void Packer::work(const Job& job) {
         const Packing packing =
             job.problem.empty() ? packFile(job.path, isInterrupted_) : Packing{Packing::FAILED, job.problem};
         if (packing.result == Packing::FAILED) {
-            deliver(packing.problem);
+            deliver(job, packing.problem);
         }
     } catch (const std::exception&) {
         return; // no memory; the next start finds the file
+    }
+}
+
+void Packer::deliver(const Job& job, const std::string& problem) {
+    const LibraryCall call; // a listener may log
+    try {
+        const Appender* user = nullptr;
+        std::string name;
+        {
+            const ScopedLock lock(lock_);
+            user = job.user;
+            name = job.name;
+        }
+        FailureNotice::noteFailed(user, name, problem.c_str());
+        FailureReport::deliverWithoutMessage("packing", problem);
+    } catch (const Platform::ForcedUnwind&) {
+        throw; // the thread is being cancelled
+    } catch (...) {
+        return; // there is no caller to whom what a listener throws could matter
     }
 }
 

@@ -24,11 +24,31 @@ namespace {
 constexpr std::string_view STAMP_FORM = "00000000T000000Z";
 constexpr std::int64_t MICROSECONDS = 1'000'000;
 
-bool isStamp(std::string_view text) {
+/// How far ahead of the clock a name of an earlier run may be that counts when a new one is given.
+constexpr Time FURTHEST_AHEAD(1, Util::TimeUtils::DAY);
+
+bool hasFormOfStamp(std::string_view text) {
     return std::equal(text.begin(), text.end(), STAMP_FORM.begin(), STAMP_FORM.end(),
                       [](char character, char form) {
                           return form == '0' ? character >= '0' && character <= '9' : character == form;
                       });
+}
+
+/// \return whether a text is that of a time that there is: others put files into the folder, too
+bool isStamp(std::string_view text) {
+    if (!hasFormOfStamp(text)) {
+        return false;
+    }
+    const auto numberAt = [text](std::size_t begin, std::size_t length) {
+        int number = 0;
+        std::from_chars(text.data() + begin, text.data() + begin + length, number);
+        return number;
+    };
+    const Platform::CalendarTime time{numberAt(0, 4), numberAt(4, 2),  numberAt(6, 2),
+                                      numberAt(9, 2), numberAt(11, 2), numberAt(13, 2)};
+    const std::int64_t seconds = Platform::toSeconds(time);
+    return seconds >= 0 &&
+           RolledFiles::stampOf(Time(static_cast<std::uint64_t>(seconds), Util::TimeUtils::SEC)) == text;
 }
 
 /// \return nothing for an empty text, for 0 and for what would not be written so
@@ -107,7 +127,7 @@ bool RolledFiles::list(std::vector<RolledFile>& files, std::vector<std::string>&
         const bool isPacked = !isPart && removeEnd(suffix, PACKED);
         std::optional<RolledFile> file = readSuffix(suffix);
         if (file && isPart) {
-            parts.push_back(pathOf(*file) + PART);
+            parts.push_back(pathOf(*file));
         } else if (file) {
             file->isPacked = isPacked;
             file->isPlain = !isPacked;
@@ -118,14 +138,23 @@ bool RolledFiles::list(std::vector<RolledFile>& files, std::vector<std::string>&
     return true;
 }
 
-/// Without a list of the folder, which may be closed to readers, a name that is taken is passed over.
-bool RolledFiles::roll(Time now, RolledFile& rolled) {
+/// A file from far ahead, which is not ours or is from a run whose clock was wrong, would have all later ones
+/// named after it.
+/// \param latest the last stamp that counts
+void RolledFiles::findLast(const std::string& latest) {
     std::vector<RolledFile> files;
     std::vector<std::string> parts;
     if (!knowsLast_ && list(files, parts)) {
-        last_ = files.empty() ? RolledFile() : files.back();
+        const auto last = std::find_if(files.rbegin(), files.rend(),
+                                       [&latest](const RolledFile& file) { return file.stamp <= latest; });
+        last_ = last == files.rend() ? RolledFile() : *last;
         knowsLast_ = true;
     }
+}
+
+/// Without a list of the folder, which may be closed to readers, a name that is taken is passed over.
+bool RolledFiles::roll(Time now, RolledFile& rolled) {
+    findLast(stampOf(now + FURTHEST_AHEAD));
     rolled = RolledFile();
     rolled.isPlain = true;
     rolled.stamp = std::max(stampOf(now), last_.stamp);
@@ -158,20 +187,22 @@ std::string RolledFiles::keep(const AppenderValues& values, std::uint64_t liveSi
         size += sizes[index];
     }
     std::string problem;
-    std::size_t gone = 0;
-    for (; gone < files.size(); ++gone) {
-        const bool areTooMany = values.keepFiles != 0 && files.size() - gone > values.keepFiles;
+    std::vector<RolledFile> left;
+    std::size_t next = 0;
+    for (; next < files.size(); ++next) {
+        const bool areTooMany = values.keepFiles != 0 && files.size() - next > values.keepFiles;
         const bool areTooLarge = values.keepSize != 0 && size > values.keepSize;
-        if (!areTooMany && !areTooLarge && files[gone].stamp >= oldest) {
+        if (!areTooMany && !areTooLarge && files[next].stamp >= oldest) {
             break;
         }
-        if (!remove(pathOf(files[gone]))) {
-            problem = pathOf(files[gone]);
-            break;
+        if (!remove(pathOf(files[next]))) {
+            problem = problem.empty() ? pathOf(files[next]) : problem;
+            left.push_back(files[next]);
         }
-        size -= sizes[gone];
+        size -= sizes[next];
     }
-    files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(gone));
+    files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(next));
+    files.insert(files.begin(), left.begin(), left.end());
     return problem;
 }
 
@@ -184,8 +215,8 @@ std::uint64_t RolledFiles::sizeOf(const RolledFile& file) const {
     return size;
 }
 
-/// The plain one first: who packs it puts the packed one there before it removes the plain one, and takes the
-/// packed one away again if the plain one was gone.
+/// The plain one first: who packs it leaves it at that if the plain one is gone. A packed one that comes just
+/// then all the same goes with the next roll.
 bool RolledFiles::remove(const std::string& path) {
     const bool isPlainGone = Platform::removeFile(path) || !Platform::isTaken(path);
     const bool isPackedGone = Platform::removeFile(path + PACKED) || !Platform::isTaken(path + PACKED);
@@ -200,11 +231,18 @@ std::string RolledFiles::stampOf(Time time) {
 }
 
 std::string RolledFiles::livePathOf(const std::string& path) {
+    const std::string plain = plainPathOf(path);
+    return plain.substr(0, plain.empty() ? 0 : plain.rfind('.'));
+}
+
+std::string RolledFiles::plainPathOf(const std::string& path) {
     std::string_view plain(path);
-    removeEnd(plain, PACKED);
+    if (!removeEnd(plain, PART)) {
+        removeEnd(plain, PACKED);
+    }
     const std::size_t dot = plain.rfind('.');
     const bool isRolled = dot != std::string_view::npos && readSuffix(plain.substr(dot + 1));
-    return isRolled ? std::string(plain.substr(0, dot)) : std::string();
+    return isRolled ? std::string(plain) : std::string();
 }
 
 } // namespace Log

@@ -36,7 +36,7 @@ public:
 
     /// Finds the rolled files.
     /// \param files receives them, the oldest first
-    /// \param parts receives the paths of those that are half packed
+    /// \param parts receives the paths, without ".gz", of those that are half packed
     /// \return false if the folder cannot be listed
     bool list(std::vector<RolledFile>& files, std::vector<std::string>& parts) const;
 
@@ -44,7 +44,8 @@ public:
     std::string pathOf(const RolledFile& file) const { return livePath_ + file.suffix(); }
 
     /// Gives the live file, which nobody of this process has open, the name of the newest of the rolled ones.
-    /// It is an earlier one than those of all that follow, also if the clock is set back meanwhile.
+    /// It is an earlier one than those of all that follow, also if the clock is set back meanwhile; what
+    /// earlier runs have left more than a day ahead of the clock does not count for that.
     /// \param rolled receives what it is now
     /// \return false if it cannot be renamed, and is where it was
     bool roll(Util::TimeUtils::Time now, RolledFile& rolled);
@@ -52,10 +53,11 @@ public:
     /// Has `roll` look at the folder again, since another process may have rolled the file meanwhile.
     void forgetLast() { knowsLast_ = false; }
 
-    /// Deletes the oldest files until the limits of the values hold.
+    /// Deletes the oldest files until the limits of the values hold. One that cannot be deleted counts no
+    /// more: newer ones do not go in its stead.
     /// \param files all of them, as listed; receives those that are left
     /// \param liveSize what the live file adds to their sizes
-    /// \return the path of one that cannot be deleted, with which it stops; empty if all is well
+    /// \return the path of the first one that cannot be deleted; empty if all is well
     std::string keep(const AppenderValues& values, std::uint64_t liveSize, Util::TimeUtils::Time now,
                      std::vector<RolledFile>& files) const;
 
@@ -66,11 +68,16 @@ public:
     /// \return the stamp of a file that is rolled at that time
     static std::string stampOf(Util::TimeUtils::Time time);
 
-    /// \return the path of the live file that a rolled one was, packed or not; empty if the path is not that of a
-    ///         rolled file
+    /// \return the path of the live file that a rolled one was, packed, half packed or not; empty if the path is
+    ///         not that of a rolled file
     static std::string livePathOf(const std::string& path);
 
+    /// \return the path of a rolled file, packed, half packed or not, when it is not packed; empty if the path is
+    ///         not that of a rolled file
+    static std::string plainPathOf(const std::string& path);
+
 private:
+    void findLast(const std::string& latest);
     std::uint64_t sizeOf(const RolledFile& file) const;
     bool isTaken(const RolledFile& file) const;
 

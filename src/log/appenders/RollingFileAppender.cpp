@@ -1,8 +1,10 @@
 #include "log/appenders/RollingFileAppender.h"
 
 #include "log/LogMessage.h"
+#include "log/appenders/GzipFile.h"
 #include "log/appenders/Packer.h"
 #include "platform/Files.h"
+#include "platform/Fork.h"
 
 #include <exception>
 #include <optional>
@@ -16,7 +18,8 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-/// How often a live file that cannot be renamed is tried again.
+/// How often a live file that cannot be renamed is tried again, and how often a forked child asks whether its
+/// parent still sees to the files.
 constexpr Time RETRY_PERIOD(10, Util::TimeUtils::SEC);
 
 /// In which a forked child may still write to a file that its parent has rolled.
@@ -36,6 +39,9 @@ RollingFileAppender::~RollingFileAppender() {
 }
 
 void RollingFileAppender::prepareFile(const LogMessage& message) {
+    if (values_.rollSize != 0 && owner_.isShared()) {
+        currentSize_ = outputFileStream_.size() + keptSize(); // with what the other processes have written
+    }
     if (!outputFileStream_.isOpen() || owner_.isNotAlone() || !fits(message)) {
         prepareAnew(message);
     }
@@ -49,11 +55,19 @@ bool RollingFileAppender::fits(const LogMessage& message) const {
 /// Whatever fails here for want of memory is taken up by the next message.
 void RollingFileAppender::prepareAnew(const LogMessage& message) {
     const bool isFirst = !outputFileStream_.isOpen();
-    if (isFirst || owner_.isNotAlone()) {
+    const bool isNotAlone = owner_.isNotAlone();
+    if (isFirst || isNotAlone) {
         rolledFiles_.forgetLast();
-        followFile();
     }
-    if (isFirst) {
+    if (isNotAlone) {
+        followFile();
+    } else if (isFirst) {
+        continueFile();
+    }
+    const bool isTimeToAsk = !isTidy() && since(lastTidying_, message.getTime()) >= RETRY_PERIOD;
+    if (isFirst || isTimeToAsk) {
+        lastTidying_ =
+            isFirst ? Time() : message.getTime(); // a child that is forked asks with its first line
         tidyUpAtStart();
     }
     if (!fits(message) && mustRoll(message) && owner_.mayRotate()) {
@@ -112,17 +126,26 @@ void RollingFileAppender::tidyUp() {
     tidyUpAtStart();
 }
 
-/// In a folder that cannot be listed yet the next file that is opened has it done.
+/// A child that takes over from its parent cannot know what that has left undone.
+bool RollingFileAppender::isTidy() const noexcept {
+    return tidyIn_ == Platform::forkGeneration();
+}
+
+/// In a folder that cannot be listed yet it is tried again.
 void RollingFileAppender::tidyUpAtStart() noexcept {
-    if (isTidy_ || !owner_.mayRotate()) {
+    if (isTidy() || !owner_.mayRotate()) {
         return;
     }
     try {
         std::vector<RolledFile> files;
         std::vector<std::string> parts;
-        isTidy_ = rolledFiles_.list(files, parts);
-        for (const std::string& part : parts) {
-            Platform::removeFile(part);
+        if (rolledFiles_.list(files, parts)) {
+            tidyIn_ = Platform::forkGeneration();
+        }
+        for (const std::string& path : parts) {
+            if (!values_.packs || !Platform::isTaken(path)) { // or its packing does it
+                removeAbandonedPart(path);
+            }
         }
         keep(files);
         pack(files);
@@ -133,6 +156,10 @@ void RollingFileAppender::tidyUpAtStart() noexcept {
 
 /// What could not be packed earlier is tried again, if nothing else waits.
 void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
+    if (!isTidy()) {
+        tidyUpAtStart();
+        return;
+    }
     const bool hasLimits = values_.keepFiles != 0 || values_.keepSize != 0 || values_.keepTime != Time();
     try {
         std::vector<RolledFile> files;
@@ -157,10 +184,11 @@ void RollingFileAppender::keep(std::vector<RolledFile>& files) {
     }
 }
 
+/// What is rolled by its name alone, as a symbolic link is, stays as it is.
 void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
     const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
     for (const RolledFile& file : files) {
-        if (values_.packs && file.isPlain) {
+        if (values_.packs && file.isPlain && Platform::lookAtFile(rolledFiles_.pathOf(file))) {
             Packer::instance().pack(this, rolledFiles_.pathOf(file), file.stamp >= lateStamp);
         }
     }

@@ -4,6 +4,7 @@
 #include "log/appenders/RollMoments.h"
 #include "log/appenders/RolledFiles.h"
 
+#include <optional>
 #include <vector>
 
 namespace ZAV {
@@ -31,6 +32,7 @@ private:
     bool mustRoll(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
     void roll(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
     void stayWithFile(Util::TimeUtils::Time now) ZAV_LOG_REQUIRES(criticalSection_);
+    bool isTidy() const noexcept ZAV_LOG_REQUIRES(criticalSection_);
     void tidyUpAtStart() noexcept ZAV_LOG_REQUIRES(criticalSection_);
     void tidyUpAfter(const RolledFile& rolled) noexcept ZAV_LOG_REQUIRES(criticalSection_);
     void keep(std::vector<RolledFile>& files) ZAV_LOG_REQUIRES(criticalSection_);
@@ -38,7 +40,9 @@ private:
 
     RolledFiles rolledFiles_ ZAV_LOG_GUARDED_BY(criticalSection_);
     RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< that of the lines of the live file
-    bool isTidy_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
+    /// In which process of a family the files of before were seen to, see `Platform::forkGeneration`.
+    std::optional<unsigned> tidyIn_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Util::TimeUtils::Time lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< that was tried in a child
     bool
         isStuck_ ZAV_LOG_GUARDED_BY(criticalSection_) = false; ///< whether the live file could not be renamed
     Util::TimeUtils::Time lastTry_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< to rename it

@@ -5,67 +5,129 @@
 #include "platform/ForkedMemory.h"
 #include "platform/Process.h"
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <new>
+#include <memory>
 
 namespace ZAV {
 namespace Log {
 
-/// What the processes that were forked from the one that made the series have in common. They take no lock
-/// for it, since one of them may be killed at any moment.
+namespace {
+
+/// A process, as the number of what its id is counted in and the id; 0 stands for none.
+using ProcessName = std::uint64_t;
+constexpr unsigned ID_BITS = 32;
+
+ProcessName thisProcess() {
+    return Platform::processIdSpace() << ID_BITS | static_cast<std::uint32_t>(Platform::processId());
+}
+
+/// In another container nothing is known of a process, and it may well live.
+bool mayLive(ProcessName process, ProcessName self) {
+    return process != 0 && (process >> ID_BITS != self >> ID_BITS ||
+                            Platform::isProcessAlive(static_cast<int>(static_cast<std::uint32_t>(process))));
+}
+
+/// \return a number that stands for a path; never 0
+std::uint64_t keyOf(const std::string& path) {
+    std::uint64_t key = 0xCBF29CE484222325; // FNV-1a
+    for (const char character : path) {
+        key = (key ^ static_cast<unsigned char>(character)) * 0x100000001B3;
+    }
+    return key == 0 ? 1 : key;
+}
+
+} // namespace
+
+/// What a parent and all that were forked from it have in common of a series. They take no lock for it, since
+/// one of them may be killed at any moment. Memory of zeros is such an object.
 struct SeriesOwner::Common {
-    std::atomic<int> processId{Platform::processId()};        ///< of the process that rotates
-    const std::uint64_t idSpace = Platform::processIdSpace(); ///< of that id
-    std::atomic<unsigned> rotations{0};
-    std::atomic<unsigned> rotationsBefore{0}; ///< when the process that rotates began the series
-    std::atomic<bool> isShared{false};        ///< whether a process that may not rotate has written
-    std::atomic<bool> isFree{false}; ///< whether the process that rotates has no appender for it any more
+    std::atomic<std::uint64_t> key; ///< of the path; 0 until a process has come to it
+    std::atomic<ProcessName> owner; ///< the process that rotates; 0 if that has no appender for it any more
+    std::atomic<unsigned> rotations;
+    std::atomic<unsigned> rotationsBefore; ///< when the process that rotates began the series
+    std::atomic<bool> isShared;            ///< whether a process that may not rotate has written
 
     /// For a process that has no appender for the series yet, and begins it as the first one did.
     void takeIfFree() {
-        int rotating = processId;
-        const bool mayTake = Platform::processIdSpace() == idSpace &&
-                             (isFree.exchange(false) || !Platform::isProcessAlive(rotating));
-        if (mayTake && processId.compare_exchange_strong(rotating, Platform::processId())) {
+        const ProcessName self = thisProcess();
+        ProcessName rotating = owner;
+        if (mayLive(rotating, self)) {
+            return;
+        }
+        isShared = false; // before another process can know that it has to follow
+        if (owner.compare_exchange_strong(rotating, self)) {
             rotationsBefore = rotations.load();
-            isShared = false;
         }
     }
 
-    static_assert(std::atomic<int>::is_always_lock_free && std::atomic<unsigned>::is_always_lock_free &&
-                      std::atomic<bool>::is_always_lock_free,
+    /// \return whether this process rotates. Costs no call of the system.
+    bool isOwn() const {
+        return static_cast<std::uint32_t>(owner) ==
+               static_cast<std::uint32_t>(Platform::rememberedProcessId());
+    }
+
+    static_assert(std::atomic<std::uint64_t>::is_always_lock_free &&
+                      std::atomic<unsigned>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
                   "a lock would be in the memory of one process");
 };
 
 struct SeriesOwner::Series {
-    const Platform::ForkedMemory memory{sizeof(Common)};
-    Common& common = *new (memory.get()) Common;
+    std::unique_ptr<Platform::ForkedMemory> ownMemory; ///< only if the common one was full
+    Common* common = nullptr;
     int users = 0; ///< objects of this class, guarded by the table's lock
 };
 
 struct SeriesOwner::Table {
+    /// More series than a family of processes has, short of one that changes their names all the time. The
+    /// system gives memory only for what of it is used.
+    static constexpr std::size_t MOST_SERIES = 2048;
+    using AllCommon = std::array<Common, MOST_SERIES>;
+
+    const Platform::ForkedMemory memory{sizeof(AllCommon)};
     Platform::CriticalSection lock{Platform::AWAITED_BY_FORK};
     std::map<std::string, Series> series ZAV_LOG_GUARDED_BY(lock);
 
     Series& enter(const std::string& livePath) {
         const Platform::ScopedLock scope(lock);
-        Series& entered = series.try_emplace(livePath).first->second;
+        Series& entered = series[livePath];
+        if (entered.common == nullptr) {
+            find(entered, keyOf(livePath));
+        }
         if (entered.users == 0) {
-            entered.common.takeIfFree();
+            entered.common->takeIfFree();
         }
         ++entered.users;
         return entered;
     }
 
-    /// The series stays, since a forked child may have its memory, and must hear of what the next appender
-    /// for the same files does.
+    /// Two processes may come to a path at once. When there is no place left, only the children to come have
+    /// it in common with this process.
+    void find(Series& entered, std::uint64_t key) {
+        AllCommon& all = *static_cast<AllCommon*>(memory.get());
+        for (std::size_t step = 0; step < MOST_SERIES; ++step) {
+            Common& common = all[(key + step) % MOST_SERIES];
+            std::uint64_t found = 0;
+            if (common.key.compare_exchange_strong(found, key) || found == key) {
+                entered.common = &common;
+                return;
+            }
+        }
+        entered.ownMemory = std::make_unique<Platform::ForkedMemory>(sizeof(Common));
+        entered.common = static_cast<Common*>(entered.ownMemory->get());
+    }
+
+    /// The series stays, since a forked child may have it, and must hear of what the next appender for the
+    /// same files does.
     void leave(Series& left) {
         const Platform::ScopedLock scope(lock);
         --left.users;
-        if (left.users == 0 && left.common.processId == Platform::processId()) {
-            left.common.isFree = true;
+        if (left.users == 0) {
+            ProcessName self = thisProcess();
+            left.common->owner.compare_exchange_strong(self, 0);
         }
     }
 };
@@ -76,33 +138,25 @@ SeriesOwner::Table& SeriesOwner::table() {
     return table;
 }
 
-/// So that no thread makes it while another one forks.
+/// So that no thread makes it while another one forks, and all that are forked have it.
 const SeriesOwner::Table& SeriesOwner::madeAtLoad = table();
 
 SeriesOwner::SeriesOwner(const std::string& livePath)
-    : series_(table().enter(livePath)), rotationsSeen_(series_.common.rotations) {}
+    : series_(table().enter(livePath)), rotationsSeen_(series_.common->rotations) {}
 
 SeriesOwner::~SeriesOwner() {
     table().leave(series_);
 }
 
-/// Whoever takes over a series that has begun finds a live file that others have written. In another
-/// container than that of the process that rotates, nothing is known of it, and it may well live.
+/// Whoever takes over a series that has begun finds a live file that others have written.
 bool SeriesOwner::mayRotate() {
-    Common& common = series_.common;
-    const int self = Platform::processId();
-    int rotating = common.processId;
-    const bool mayTake = rotating == self || common.isFree || !Platform::isProcessAlive(rotating);
-    if (!mayTake || Platform::processIdSpace() != common.idSpace) {
-        return false;
-    }
+    Common& common = *series_.common;
+    const ProcessName self = thisProcess();
+    ProcessName rotating = common.owner;
     if (rotating == self) {
         return true;
     }
-    if (!common.isFree.exchange(false) && Platform::isProcessAlive(rotating)) {
-        return false; // another one has just taken it
-    }
-    if (!common.processId.compare_exchange_strong(rotating, self)) {
+    if (mayLive(rotating, self) || !common.owner.compare_exchange_strong(rotating, self)) {
         return false;
     }
     if (common.rotations != common.rotationsBefore) {
@@ -112,27 +166,25 @@ bool SeriesOwner::mayRotate() {
 }
 
 bool SeriesOwner::isShared() const {
-    return series_.common.isShared;
+    return series_.common->isShared;
 }
 
 void SeriesOwner::noteRotation() {
-    rotationsSeen_ = ++series_.common.rotations;
+    rotationsSeen_ = ++series_.common->rotations;
 }
 
 void SeriesOwner::follow() {
-    series_.common.isShared = true;
-    rotationsSeen_ = series_.common.rotations;
+    series_.common->isShared = true;
+    rotationsSeen_ = series_.common->rotations;
 }
 
 /// Two appenders of the process that rotates do not follow each other.
 bool SeriesOwner::isBehind() const {
-    return series_.common.rotations != rotationsSeen_ &&
-           series_.common.processId != Platform::rememberedProcessId();
+    return series_.common->rotations != rotationsSeen_ && !series_.common->isOwn();
 }
 
 bool SeriesOwner::isNotAlone() const {
-    return series_.common.processId != Platform::rememberedProcessId() ||
-           series_.common.rotations != rotationsSeen_;
+    return !series_.common->isOwn() || series_.common->rotations != rotationsSeen_;
 }
 
 } // namespace Log

@@ -5,13 +5,12 @@
 namespace ZAV {
 namespace Log {
 
-/// Says which process may rotate a series of files. A forked child that rotated would tear the files away
-/// from its parent, so it may not while the parent lives and has an appender for it, also with one that it
-/// makes itself for the same files. It only appends to the live file, and follows when the parent has moved
-/// that.
+/// Says which process may rotate a series of files. Of a parent and all that were forked from it, which would
+/// tear the files away from each other, it is the first one that has an appender for the series, as long as
+/// it lives and has one. The others only append to the live file, and follow when that has been moved.
 ///
-/// Which process rotates which series is remembered for the whole process, and forked with it. What changes
-/// of it afterwards is in memory that these processes have in common.
+/// Which process that is stands in memory that all of them have in common, also for a series that some come
+/// to only after the fork.
 ///
 /// An object belongs to one appender, whose lock guards it.
 class SeriesOwner {
@@ -23,11 +22,11 @@ public:
     SeriesOwner& operator=(const SeriesOwner&) = delete;
 
     /// Asks whether this process may rotate the series, and takes the series over if the process that rotated
-    /// it has ended or has no appender for it any more. Takes no lock.
+    /// it has ended or has no appender for it any more. Takes no lock, but asks the system.
     bool mayRotate();
 
-    /// \return whether the live file holds what another of these processes has written before this one began,
-    ///         so that it may not be rotated away at the beginning
+    /// \return whether the live file holds what another of these processes has written, so that it may not be
+    ///         rotated away at the beginning. Costs no call of the system.
     bool isShared() const;
 
     /// Notes that this process has moved the live file.

@@ -24,17 +24,24 @@ void SimpleFileAppender::outputLine(const LogMessage& message) {
         keepLine();
         return;
     }
-    Platform::OutputFile file;
-    open(file);
     render(message);
-    writeUnchanged(file, line());
+    write(line());
 }
 
 void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written) {
+    write(text);
+    written = text.size();
+}
+
+/// Only before the first line, and after a failure, may the file end in a line that is not whole.
+void SimpleFileAppender::write(std::string_view text) {
     Platform::OutputFile file;
     open(file);
+    if (mayBeTorn_ && file.endsInTornLine(path_, values_.fileRules())) {
+        writeUnchanged(file, "\n");
+    }
     writeUnchanged(file, text);
-    written = text.size();
+    mayBeTorn_ = file.hasFailed();
 }
 
 void SimpleFileAppender::open(Platform::OutputFile& file) const {

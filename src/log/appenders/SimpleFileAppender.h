@@ -29,12 +29,14 @@ protected:
     void writeLines(std::string_view text, std::size_t& written) override ZAV_LOG_REQUIRES(criticalSection_);
 
 private:
+    void write(std::string_view text) ZAV_LOG_REQUIRES(criticalSection_);
     void open(Platform::OutputFile& file) const;
     void render(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_);
 
     const AppenderValues values_;
     const std::shared_ptr<const LineLayout> layout_;
     const std::string path_; ///< wherever the process goes
+    bool mayBeTorn_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
 };
 
 } // namespace Log

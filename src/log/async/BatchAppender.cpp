@@ -69,7 +69,8 @@ void BatchAppender::doOutput(const LogMessage& message) {
         if (!hasFailed()) {
             throw;
         }
-        lines_.push_back({number_, 0}); // behind those that are still to be reported
+        lines_.push_back({number_, 0});   // behind those that are still to be reported
+        threadRecord().keptLineOf = this; // it is not written
     }
 }
 

@@ -16,10 +16,11 @@ class FailureNotice {
 public:
     /// Says whether anything is told. It is not unless somebody has asked for it.
     static void setWanted(bool isWanted) noexcept;
+    static bool isWanted() noexcept { return wanted.load(std::memory_order_relaxed); }
 
     /// Notes that an appender could not write a message.
     static void noteFailed(const Appender* appender, const std::string& name, const char* reason) noexcept {
-        if (wanted.load(std::memory_order_relaxed)) {
+        if (isWanted()) {
             tell(appender, name, reason);
         }
     }

@@ -1,98 +1,17 @@
 #include "log/layout/JsonLayout.h"
 
 #include "log/message/MessageFields.h"
+#include "log/text/JsonText.h"
 #include "log/text/PackedPairs.h"
 #include "zav-util/TimeText.h"
-#include "zav-util/Utf8.h"
 
 #include <charconv>
 #include <cmath>
-#include <cstddef>
 
 namespace ZAV {
 namespace Log {
 
 namespace {
-
-constexpr char DIGITS[] = "0123456789abcdef";
-constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd"; // U+FFFD
-
-/// Whether a byte stands in a JSON text as it is, whatever comes before and behind.
-bool isPlain(char character) {
-    const auto code = static_cast<unsigned char>(character);
-    return code >= 0x20 && code < 0x7f && character != '"' && character != '\\';
-}
-
-void appendCode(std::string& line, char32_t character) {
-    line += "\\u";
-    for (unsigned shift = 16; shift > 0;) {
-        shift -= 4;
-        line += DIGITS[(character >> shift) & 0xfU];
-    }
-}
-
-void appendAscii(std::string& line, char character) {
-    switch (character) {
-    case '"':
-        line += "\\\"";
-        break;
-    case '\\':
-        line += "\\\\";
-        break;
-    case '\n':
-        line += "\\n";
-        break;
-    case '\r':
-        line += "\\r";
-        break;
-    case '\t':
-        line += "\\t";
-        break;
-    default:
-        appendCode(line, static_cast<unsigned char>(character));
-    }
-}
-
-/// \return whether a character behind ASCII ends a line for some, or is a control character
-bool isEscaped(char32_t character) {
-    return character < 0xa0 || character == 0x2028 || character == 0x2029;
-}
-
-/// Appends the first character of a text, which is not plain.
-/// \return its size; one byte where no character is whole
-std::size_t appendFirst(std::string& line, std::string_view text) {
-    if (static_cast<unsigned char>(text[0]) < 0x80) {
-        appendAscii(line, text[0]);
-        return 1;
-    }
-    const Util::CodePoint character = Util::firstCodePoint(text);
-    if (character.size == 0) {
-        line += REPLACEMENT;
-        return 1;
-    }
-    if (isEscaped(character.value)) {
-        appendCode(line, character.value);
-    } else {
-        line.append(text.substr(0, character.size));
-    }
-    return character.size;
-}
-
-void appendText(std::string& line, std::string_view text) {
-    line += '"';
-    while (!text.empty()) {
-        std::size_t plain = 0;
-        while (plain < text.size() && isPlain(text[plain])) {
-            ++plain;
-        }
-        line.append(text.substr(0, plain));
-        text.remove_prefix(plain);
-        if (!text.empty()) {
-            text.remove_prefix(appendFirst(line, text));
-        }
-    }
-    line += '"';
-}
 
 template <typename Number>
 void appendNumber(std::string& line, Number number) {
@@ -134,7 +53,7 @@ void appendPairs(std::string& line, std::string_view name, std::string_view pack
         if (isWritten(pair.value)) {
             line.append(value.view());
         } else {
-            appendText(line, value.view());
+            appendJsonText(line, value.view());
         }
     });
     line += '}';
@@ -146,13 +65,13 @@ void appendKind(std::string& line, const MessageFields& message) {
         return;
     }
     line += ",\"type\":\"LOG\",\"level\":";
-    appendText(line, Level::toString(message.level));
+    appendJsonText(line, Level::toString(message.level));
 }
 
 void appendPlace(std::string& line, const MessageFields& message) {
     if (!message.file.empty()) {
         line += ",\"file\":";
-        appendText(line, message.file);
+        appendJsonText(line, message.file);
     }
     if (message.line > 0) {
         line += ",\"line\":";
@@ -169,13 +88,13 @@ void JsonLayout::append(std::string& line, const MessageFields& message) const {
     line += "{\"time\":\"";
     line.append(time, static_cast<std::size_t>(Util::TimeUtils::writeUtc(time, message.time) - time));
     line += "\",\"logger\":";
-    appendText(line, message.loggerName);
+    appendJsonText(line, message.loggerName);
     appendKind(line, message);
     appendPlace(line, message);
     line += ",\"thread\":";
     appendNumber(line, message.thread);
     line += ",\"text\":";
-    appendText(line, message.text);
+    appendJsonText(line, message.text);
     appendPairs(line, ",\"values\":", message.values);
     appendPairs(line, ",\"context\":", message.context);
     line += '}';

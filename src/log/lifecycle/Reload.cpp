@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <string>
 
 namespace ZAV {
@@ -20,12 +21,11 @@ namespace {
 constexpr std::chrono::milliseconds SHORTEST_STANDSTILL{20};
 constexpr std::chrono::milliseconds LONGEST_STANDSTILL{5000};
 
+/// How long they are at most for the sake of what is queued, which is written while nobody waits as well.
+constexpr std::chrono::milliseconds LONGEST_DRAINING{100};
+
 AsynchronousDispatcher& dispatcher() {
     return AsynchronousDispatcher::instance();
-}
-
-bool contains(const std::vector<Appender*>& appenders, const Appender* appender) {
-    return std::find(appenders.begin(), appenders.end(), appender) != appenders.end();
 }
 
 std::vector<Appender*> asynchronousOf(const std::vector<Appender*>& appenders) {
@@ -35,16 +35,17 @@ std::vector<Appender*> asynchronousOf(const std::vector<Appender*>& appenders) {
     return asynchronous;
 }
 
-/// \return whether two appenders may write to one file. Folders are not compared: that two paths lead to
-///         different ones is hard to tell.
-bool mayShareFile(const Appender* one, const Appender* other) {
-    const auto* const first = dynamic_cast<const BatchAppender*>(one);
-    const auto* const second = dynamic_cast<const BatchAppender*>(other);
-    if (first == nullptr || second == nullptr) {
-        return false;
+/// \return the names of the files that the appenders of one kind write to, "" for one whose name is not known.
+///         Folders are not compared: that two paths lead to different ones is hard to tell
+std::set<std::string> filesOf(const std::vector<Appender*>& appenders, bool synchronous) {
+    std::set<std::string> names;
+    for (const Appender* const appender : appenders) {
+        const auto* const files = dynamic_cast<const BatchAppender*>(appender);
+        if (files != nullptr && files->isSynchronous() == synchronous) {
+            names.insert(files->fileName());
+        }
     }
-    const std::string name = first->fileName();
-    return name.empty() || second->fileName().empty() || name == second->fileName();
+    return names;
 }
 
 } // namespace
@@ -56,27 +57,17 @@ Reload::Reload(const Util::Properties& properties)
       needsNewConsumer_(settings_.priority != dispatcher().settings().priority),
       concernsConsumer_(concernsConsumer()), takesFilesOver_(takesFilesOver()) {}
 
-bool Reload::leaves(const Appender* appender) const {
-    return !contains(appenders_.after, appender);
-}
-
-bool Reload::comes(const Appender* appender) const {
-    return !contains(appenders_.before, appender);
-}
-
 /// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
 ///         may be queued still
 bool Reload::takesFilesOver() const {
-    for (const Appender* const old : appenders_.before) {
-        const bool hasHeir =
-            std::any_of(appenders_.after.begin(), appenders_.after.end(), [&](const Appender* appender) {
-                return appender->isSynchronous() && comes(appender) && mayShareFile(old, appender);
-            });
-        if (!old->isSynchronous() && leaves(old) && hasHeir) {
-            return true;
-        }
+    const std::set<std::string> heirs = filesOf(appenders_.coming, true);
+    const std::set<std::string> left = filesOf(appenders_.leaving, false);
+    if (heirs.empty() || left.empty()) {
+        return false;
     }
-    return false;
+    return heirs.count(std::string()) + left.count(std::string()) != 0 ||
+           std::any_of(left.begin(), left.end(),
+                       [&heirs](const std::string& name) { return heirs.count(name) != 0; });
 }
 
 bool Reload::concernsConsumer() const {
@@ -94,6 +85,7 @@ void Reload::run() {
     if (concernsConsumer_) {
         changeConsumer();
     }
+    AppenderRegistry::tidyUp(appenders_.coming); // before others leave, so that packing goes on
     appenders_.created.clear();
 }
 
@@ -121,7 +113,7 @@ void Reload::awaitAppenders() const {
 }
 
 bool Reload::awaitAppenders(std::chrono::milliseconds limit) const {
-    const Deadline deadline(limit);
+    const Deadline deadline(std::min(limit, LONGEST_DRAINING));
     return tree_.awaitMessages(std::chrono::steady_clock::now() + limit) &&
            (!takesFilesOver_ || dispatcher().drain(deadline));
 }
@@ -158,17 +150,17 @@ void Reload::changeConsumer() {
 }
 
 void Reload::closeFiles(bool synchronous) const {
-    for (Appender* const appender : appenders_.before) {
+    for (Appender* const appender : appenders_.leaving) {
         auto* const files = dynamic_cast<BatchAppender*>(appender);
-        if (files != nullptr && files->isSynchronous() == synchronous && leaves(files)) {
+        if (files != nullptr && files->isSynchronous() == synchronous) {
             files->close();
         }
     }
 }
 
 void Reload::restoreLevels(bool synchronous) const {
-    for (const Appender* const appender : appenders_.before) {
-        if (appender->isSynchronous() == synchronous && !leaves(appender)) {
+    for (const Appender* const appender : appenders_.staying) {
+        if (appender->isSynchronous() == synchronous) {
             AppenderRegistry::restoreLevel(*appender);
         }
     }

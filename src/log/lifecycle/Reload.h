@@ -32,8 +32,6 @@ public:
 private:
     using Appenders = std::vector<Appender*>;
 
-    bool leaves(const Appender* appender) const;
-    bool comes(const Appender* appender) const;
     bool takesFilesOver() const;
     bool concernsConsumer() const;
 

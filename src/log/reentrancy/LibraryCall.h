@@ -16,7 +16,9 @@ class ReusedMessage;
 class LibraryCall {
 public:
     /// Begins the call; to be constructed before a lock is taken.
-    LibraryCall() noexcept : record_(threadRecord()), isNested_(record_.calls++ > 0) {}
+    /// \param record the calling thread's
+    explicit LibraryCall(ThreadRecord& record = threadRecord()) noexcept
+        : record_(record), isNested_(record_.calls++ > 0) {}
 
     /// Ends the call; the outermost one first writes the messages that were put off.
     ~LibraryCall() {
@@ -49,8 +51,9 @@ private:
 class Dispatch {
 public:
     /// \param message must live as long as this object
-    explicit Dispatch(const ReusedMessage& message) noexcept
-        : record_(threadRecord()), message_(message), outer_(record_.dispatch) {
+    /// \param record the calling thread's
+    Dispatch(const ReusedMessage& message, ThreadRecord& record) noexcept
+        : record_(record), message_(message), outer_(record_.dispatch) {
         record_.dispatch = this;
     }
     ~Dispatch() { record_.dispatch = outer_; }

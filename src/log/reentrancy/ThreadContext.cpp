@@ -4,6 +4,8 @@
 #include "log/text/PackedPairs.h"
 #include "platform/ThreadSlot.h"
 
+#include <cstring>
+#include <iterator>
 #include <memory>
 
 namespace ZAV {
@@ -11,18 +13,16 @@ namespace Log {
 
 namespace {
 
-/// Frees what the record leads to when a thread ends, which may still log afterwards. Never destroyed, since
-/// threads may log while the process ends.
+/// Never destroyed, since threads may log while the process ends.
 Platform::ThreadSlot& slot() {
-    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot([](void* context) {
-        threadRecord().context = nullptr;
-        delete static_cast<ThreadContext*>(context);
-    });
+    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(ThreadContext::end);
     return slot;
 }
 
 /// So that no thread makes it while another one forks.
 const Platform::ThreadSlot& madeAtLoad = slot();
+
+constexpr std::size_t KEPT_SIZE = std::size_t{64} * 1024;
 
 } // namespace
 
@@ -36,39 +36,84 @@ ThreadContext& ThreadContext::own() {
     return *thread.context;
 }
 
-void ThreadContext::add(const void* owner, std::string_view key, const TaggedValue& value) {
-    const std::size_t begin = bytes_.size();
-    entries_.push_back({owner, 0});
-    try {
-        bytes_.resize(begin + packedPairSize(key, value));
-    } catch (...) {
-        entries_.pop_back();
-        throw;
+ContextEntry& ThreadContext::add(std::string_view key, const TaggedValue& value) {
+    if (spare_.empty()) {
+        spare_.emplace_back(*this);
     }
+    const std::size_t begin = bytes_.size();
+    bytes_.resize(begin + packedPairSize(key, value));
     const char* const end = packPair(bytes_.data() + begin, key, value);
     bytes_.resize(static_cast<std::size_t>(end - bytes_.data()));
-    entries_.back().size = bytes_.size() - begin;
+    open_.splice(open_.end(), spare_, spare_.begin());
+    ContextEntry& entry = open_.back();
+    entry.place = std::prev(open_.end());
+    entry.size = bytes_.size() - begin;
+    entry.isDead.store(false, std::memory_order_relaxed);
+    return entry;
 }
 
-void ThreadContext::remove(const void* owner) noexcept {
-    if (!entries_.empty() && entries_.back().owner == owner) { // as a rule
-        bytes_.resize(bytes_.size() - entries_.back().size);
-        entries_.pop_back();
+/// The owner may take an entry for another pair as soon as that is marked, but lives until it is released.
+void ThreadContext::remove(ContextEntry& entry) noexcept {
+    ThreadContext& owner = entry.owner;
+    if (&owner == threadRecord().context) {
+        owner.removeOwn(entry);
         return;
     }
-    std::size_t end = bytes_.size();
-    for (auto entry = entries_.end(); entry != entries_.begin();) {
-        --entry;
-        const std::size_t begin = end - entry->size;
-        if (entry->owner == owner) {
-            const auto first = bytes_.begin();
-            bytes_.erase(first + static_cast<std::ptrdiff_t>(begin),
-                         first + static_cast<std::ptrdiff_t>(end));
-            entries_.erase(entry);
-            return;
-        }
-        end = begin;
+    entry.isDead.store(true, std::memory_order_release);
+    owner.hasDead_.store(true, std::memory_order_release);
+    owner.release(1);
+}
+
+void ThreadContext::removeOwn(ContextEntry& entry) noexcept {
+    std::size_t behind = 0; // as a rule nothing
+    for (auto other = std::next(entry.place); other != open_.end(); ++other) {
+        behind += other->size;
     }
+    char* const end = bytes_.data() + bytes_.size() - behind;
+    std::memmove(end - entry.size, end, behind);
+    resize(bytes_.size() - entry.size);
+    spare_.splice(spare_.begin(), open_, entry.place);
+}
+
+/// Moves the bytes of those that are left together.
+void ThreadContext::removeDead() noexcept {
+    hasDead_.exchange(false, std::memory_order_acquire);
+    char* end = bytes_.data();
+    const char* pair = end;
+    for (auto entry = open_.begin(); entry != open_.end();) {
+        const auto next = std::next(entry);
+        const std::size_t size = entry->size;
+        if (entry->isDead.load(std::memory_order_acquire)) {
+            spare_.splice(spare_.begin(), open_, entry);
+            references_.fetch_add(1, std::memory_order_relaxed);
+        } else {
+            std::memmove(end, pair, size);
+            end += size;
+        }
+        pair += size;
+        entry = next;
+    }
+    resize(static_cast<std::size_t>(end - bytes_.data()));
+}
+
+/// What a pair of unusual size took is given back.
+void ThreadContext::resize(std::size_t size) noexcept {
+    bytes_.resize(size);
+    if (size == 0 && bytes_.capacity() > KEPT_SIZE) {
+        std::vector<char>().swap(bytes_);
+    }
+}
+
+void ThreadContext::release(std::ptrdiff_t references) noexcept {
+    if (references_.fetch_sub(references, std::memory_order_acq_rel) == references) {
+        delete this;
+    }
+}
+
+void ThreadContext::end(void* context) noexcept {
+    threadRecord().context = nullptr;
+    auto& ended = *static_cast<ThreadContext*>(context);
+    ended.release(OWNER - static_cast<std::ptrdiff_t>(ended.open_.size()));
 }
 
 } // namespace Log

@@ -71,6 +71,33 @@ char* writeDecimal(char* text, Decimal decimal) {
     return text + decimal.decimals;
 }
 
+/// Numbers of up to six digits that are short in the form without an exponent. The quotient of two whole
+/// numbers that have a place of their own in the type is the number nearest to the decimal, and no other
+/// decimal of so few digits has that for its nearest.
+/// \return the end of what was written; null if the number has more digits
+template <typename Float>
+char* writeIfShort(char* text, Float number) {
+    const Float absolute = std::fabs(number);
+    Decimal decimal{};
+    const bool isShort =
+        absolute >= Float{0.001F} && absolute < Float{100000} &&
+        toDecimal(static_cast<double>(absolute), decimal) &&
+        static_cast<Float>(decimal.digits) / static_cast<Float>(POWERS_OF_TEN[decimal.decimals]) == absolute;
+    if (!isShort) {
+        return nullptr;
+    }
+    if (number < 0) {
+        *text++ = '-';
+    }
+    return writeDecimal(text, decimal);
+}
+
+template <typename Float>
+char* writeShortest(char* text, Float number) {
+    char* const end = writeIfShort(text, number);
+    return end != nullptr ? end : std::to_chars(text, text + SHORTEST_FLOAT_SIZE, number).ptr;
+}
+
 } // namespace
 
 // std::to_chars knows every number, but works with exact arithmetic on all of them: it takes more than three
@@ -85,6 +112,14 @@ char* writeGeneralFloat(char* text, double number) {
         return writeDecimal(text, decimal);
     }
     return std::to_chars(text, text + GENERAL_FLOAT_SIZE, number, std::chars_format::general, DIGITS).ptr;
+}
+
+char* writeShortestFloat(char* text, double number) {
+    return writeShortest(text, number);
+}
+
+char* writeShortestFloat(char* text, float number) {
+    return writeShortest(text, number);
 }
 
 } // namespace Log

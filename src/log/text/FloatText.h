@@ -13,5 +13,14 @@ constexpr std::size_t GENERAL_FLOAT_SIZE = 16;
 /// \return the end of what was written
 char* writeGeneralFloat(char* text, double number);
 
+/// The most characters of a number in the shortest form: "-2.2250738585072014e-308".
+constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
+
+/// Writes a number in the shortest form that reads back the same, as `std::to_chars` does.
+/// \param text room for `SHORTEST_FLOAT_SIZE` characters
+/// \return the end of what was written
+char* writeShortestFloat(char* text, double number);
+char* writeShortestFloat(char* text, float number);
+
 } // namespace Log
 } // namespace ZAV

@@ -1,5 +1,6 @@
 #include "log/text/PackedPairs.h"
 
+#include "log/text/FloatText.h"
 #include "zav-util/Utf8.h"
 
 #include <charconv>
@@ -63,9 +64,41 @@ bool needsQuotes(std::string_view text) {
 }
 
 /// \return whether a value may look like something else: those of other kinds are a few letters and digits
-bool mayNeedQuotes(TaggedValue::Kind kind) {
-    return kind == TaggedValue::Kind::TEXT || kind == TaggedValue::Kind::CHARACTER;
+bool isQuoted(const Pair& pair, std::string_view value) {
+    const TaggedValue::Kind kind = pair.value.kind;
+    return (kind == TaggedValue::Kind::TEXT || kind == TaggedValue::Kind::CHARACTER) && needsQuotes(value);
 }
+
+/// Short pairs one behind another, until a string takes them all at once: to append each of their parts would
+/// take longer than to write them.
+class ShortPairs {
+public:
+    explicit ShortPairs(std::string& text) : text_(text) {}
+
+    /// \return false if there is no room; the pair may have it after `flush`
+    bool add(std::string_view key, std::string_view value, bool needsBlank) {
+        if (key.size() + value.size() + 2 > static_cast<std::size_t>(pairs_ + sizeof pairs_ - next_)) {
+            return false;
+        }
+        if (needsBlank) {
+            *next_++ = ' ';
+        }
+        next_ += key.copy(next_, key.size());
+        *next_++ = '=';
+        next_ += value.copy(next_, value.size());
+        return true;
+    }
+
+    void flush() {
+        text_.append(pairs_, static_cast<std::size_t>(next_ - pairs_));
+        next_ = pairs_;
+    }
+
+private:
+    std::string& text_;
+    char pairs_[256];
+    char* next_ = pairs_;
+};
 
 /// Appends the first character of a text in quotes.
 /// \return its size
@@ -111,10 +144,10 @@ char* packPair(char* place, std::string_view key, const TaggedValue& value) noex
 }
 
 ValueText::ValueText(const TaggedValue& value) noexcept {
-    char* const end = number_ + sizeof number_;
-    const auto take = [this, end](auto number) {
-        view_ = {number_, static_cast<std::size_t>(std::to_chars(number_, end, number).ptr - number_)};
+    const auto takeUpTo = [this](const char* end) {
+        view_ = {number_, static_cast<std::size_t>(end - number_)};
     };
+    char* const numberEnd = number_ + sizeof number_;
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
     case TaggedValue::Kind::C_STRING:
@@ -122,16 +155,16 @@ ValueText::ValueText(const TaggedValue& value) noexcept {
         view_ = {value.text, value.size};
         break;
     case TaggedValue::Kind::SIGNED:
-        take(value.signedNumber);
+        takeUpTo(std::to_chars(number_, numberEnd, value.signedNumber).ptr);
         break;
     case TaggedValue::Kind::UNSIGNED:
-        take(value.unsignedNumber);
+        takeUpTo(std::to_chars(number_, numberEnd, value.unsignedNumber).ptr);
         break;
     case TaggedValue::Kind::DOUBLE:
-        take(value.doubleNumber);
+        takeUpTo(writeShortestFloat(number_, value.doubleNumber));
         break;
     case TaggedValue::Kind::FLOAT:
-        take(value.floatNumber);
+        takeUpTo(writeShortestFloat(number_, value.floatNumber));
         break;
     case TaggedValue::Kind::CHARACTER:
         number_[0] = value.character;
@@ -149,7 +182,7 @@ void appendPair(std::string& text, const Pair& pair) {
     const ValueText value(pair.value);
     text.append(pair.key);
     text += '=';
-    if (!mayNeedQuotes(pair.value.kind) || !needsQuotes(value.view())) {
+    if (!isQuoted(pair, value.view())) {
         text.append(value.view());
         return;
     }
@@ -161,14 +194,18 @@ void appendPair(std::string& text, const Pair& pair) {
 }
 
 void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty) {
+    ShortPairs shortPairs(text);
     bool needsBlank = !isTextEmpty;
     forEachPair(packed, [&](const Pair& pair) {
-        if (needsBlank) {
-            text += ' ';
+        const ValueText value(pair.value);
+        if (isQuoted(pair, value.view()) || !shortPairs.add(pair.key, value.view(), needsBlank)) {
+            shortPairs.flush();
+            text.append(needsBlank ? " " : "");
+            appendPair(text, pair);
         }
         needsBlank = true;
-        appendPair(text, pair);
     });
+    shortPairs.flush();
 }
 
 std::vector<std::pair<std::string, std::string>> listPairs(std::string_view packed, bool hidesEarlier) {

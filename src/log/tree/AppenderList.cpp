@@ -25,7 +25,7 @@ void AppenderList::remove(Appender* appender) {
 
 void AppenderList::exchange(const std::vector<Appender*>& before, Entries& after) {
     for (auto entry = appenders_.begin(); entry != appenders_.end();) {
-        if (std::find(before.begin(), before.end(), *entry) == before.end()) {
+        if (!std::binary_search(before.begin(), before.end(), *entry)) {
             ++entry;
             continue;
         }

@@ -31,7 +31,7 @@ public:
 
     /// Puts appenders in the place of others: where the first of those was, or at the end. No message may be
     /// on its way through the list. It takes no memory.
-    /// \param before what leaves
+    /// \param before what leaves, sorted
     /// \param after what comes, in the order in which it is to be called; empty afterwards
     void exchange(const std::vector<Appender*>& before, Entries& after) ZAV_LOG_REQUIRES(treeLock());
 

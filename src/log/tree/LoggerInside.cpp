@@ -64,7 +64,7 @@ void Logger::Inside::log(MessageFields& message) {
     if (thread.context != nullptr) {
         message.context = thread.context->packed();
     }
-    const LibraryCall call;
+    const LibraryCall call(thread);
     const bool isLocked = lockFor(call);
     message.time = Time::now();
     if (!isLocked) {
@@ -76,7 +76,7 @@ void Logger::Inside::log(MessageFields& message) {
     const ScopedLock lock(criticalSection_, ADOPT_LOCK);
     if (message.type == CFG || passes(message.level, message.time)) {
         ReusedMessage object(message);
-        const Dispatch dispatch(object);
+        const Dispatch dispatch(object, thread);
         dispatchMessage(object, !call.isNested());
     }
 }

@@ -21,12 +21,18 @@ SubtreeCapture::SubtreeCapture(Logger& logger, Level::LogLevel level, bool passe
         newest = this;
         renewSubtree();
     }
-    if (!passesOn && !LibraryCall::isOpen()) {
-        logger.inside_->waitForSubtree();
-    }
+    awaitWalks();
 }
 
+/// The level goes first: what it has let through must have passed before the other appenders see messages
+/// again.
 SubtreeCapture::~SubtreeCapture() {
+    {
+        const ScopedLock lock(treeLock());
+        level_ = Level::LEVEL_AUDIT;
+        renewSubtree();
+    }
+    awaitWalks();
     {
         const ScopedLock lock(treeLock());
         SubtreeCapture** link = &newest;
@@ -37,6 +43,13 @@ SubtreeCapture::~SubtreeCapture() {
         renewSubtree();
     }
     logger_.removeAppender(&recorder_);
+}
+
+/// Waits until no message is on its way to the appenders, unless this one is asked from there.
+void SubtreeCapture::awaitWalks() {
+    if (!passesOn_ && !LibraryCall::isOpen()) {
+        logger_.inside_->waitForSubtree();
+    }
 }
 
 void SubtreeCapture::renewSubtree() {

@@ -29,12 +29,13 @@ public:
 
 private:
     void renewSubtree() ZAV_LOG_REQUIRES(treeLock());
+    void awaitWalks();
     static bool isMuted(const Logger& logger) ZAV_LOG_REQUIRES(treeLock());
 
     static SubtreeCapture* newest ZAV_LOG_GUARDED_BY(treeLock());
 
     Logger& logger_;
-    const Level::LogLevel level_;
+    Level::LogLevel level_ ZAV_LOG_GUARDED_BY(treeLock());
     const bool passesOn_;
     Appender& recorder_;
     SubtreeCapture* older_ ZAV_LOG_GUARDED_BY(treeLock()) = nullptr;

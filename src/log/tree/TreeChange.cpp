@@ -79,6 +79,8 @@ bool TreeChange::awaitMessages(std::chrono::steady_clock::time_point end) const 
 }
 
 void TreeChange::apply(const std::vector<Appender*>& before, const std::vector<Appender*>& after) {
+    std::vector<Appender*> sortedBefore(before);
+    std::sort(sortedBefore.begin(), sortedBefore.end());
     const ScopedLock lock(treeLock());
     std::vector<AppenderList::Entries> lists(root_.inside_->countSubtree(),
                                              AppenderList::Entries(after.begin(), after.end()));
@@ -86,7 +88,7 @@ void TreeChange::apply(const std::vector<Appender*>& before, const std::vector<A
     const Time now = Time::now();
     root_.inside_->forSubtree([&](Logger& logger) ZAV_LOG_REQUIRES(treeLock()) {
         configure(logger, now);
-        logger.inside_->appenders_.exchange(before, *list++);
+        logger.inside_->appenders_.exchange(sortedBefore, *list++);
     });
     endOfTemporary_ = TemporaryLevels::instance().lowestAt(now) ? now : Time();
     TemporaryLevels::instance().endWhere([](const Logger*) { return true; }, now);

@@ -59,6 +59,11 @@ bool renameFile(const std::string& from, const std::string& to) {
     return hasNoLinks && renameIfAbsent(from.c_str(), to.c_str());
 }
 
+bool renameOver(const std::string& from, const std::string& to) {
+    const NoCancellation guard;
+    return std::rename(from.c_str(), to.c_str()) == 0;
+}
+
 std::string absolutePath(const std::string& folder) {
     if (folder.empty() || folder.front() == '/') {
         return folder;

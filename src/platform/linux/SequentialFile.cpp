@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -27,6 +28,10 @@ bool SequentialFile::open(const std::string& path, std::string& problem) {
         ::close(opened);
     }
     return false;
+}
+
+bool SequentialFile::reserve() noexcept {
+    return flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 std::int64_t SequentialFile::read(char* buffer, std::size_t size, std::string& problem) {

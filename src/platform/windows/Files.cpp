@@ -18,6 +18,10 @@ bool renameFile(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0; // which overwrites nothing here
 }
 
+bool renameOver(const std::string& from, const std::string& to) {
+    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
 std::string absolutePath(const std::string& folder) {
     const DWORD size = folder.empty() ? 0 : GetFullPathNameA(folder.c_str(), 0, nullptr, nullptr);
     std::string absolute(size, '\0'); // with its end

@@ -39,6 +39,15 @@ bool SequentialFile::open(const std::string& path, std::string& problem) {
     return true;
 }
 
+/// The byte lies behind the end of every file, so that nobody's reading or writing is refused.
+bool SequentialFile::reserve() noexcept {
+    OVERLAPPED place = {};
+    place.OffsetHigh = 0x7FFFFFFF;
+    return LockFileEx(reinterpret_cast<HANDLE>(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY,
+                      0, 1, 0, &place) ||
+           (GetLastError() != ERROR_LOCK_VIOLATION && GetLastError() != ERROR_IO_PENDING);
+}
+
 std::int64_t SequentialFile::read(char* buffer, std::size_t size, std::string& problem) {
     DWORD count = 0;
     const auto wanted = static_cast<DWORD>(std::min(size, MOST_AT_ONCE));

@@ -44,6 +44,13 @@ bool isAllPacked(const std::string& directory) {
     return true;
 }
 
+/// A hang here is a failure.
+void awaitPacking(const std::string& directory) {
+    while (!isAllPacked(directory)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 } // namespace
 
 int main(int, char** arguments) {
@@ -65,11 +72,11 @@ int main(int, char** arguments) {
     LogManager::init(properties);
     Logger& logger = LoggerFactory::getLogger("net");
     if (life == life.zero()) {
-        while (!isAllPacked(directory)) { // by the start alone; a hang here is a failure
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        awaitPacking(directory); // by the start alone
         logger.info(run + ":1", 0, "");
         returned = 1;
+        awaitPacking(
+            directory); // of the file that this line may have rolled, which `finish` would leave plain
         LogManager::finish();
         return EXIT_SUCCESS;
     }

@@ -1,0 +1,31 @@
+# Gives the target zav-log-systemd and says in build_system_appenders whether the library zav-log-system is built, which
+# on Linux takes libsystemd.
+set(ZAV_LOG_SYSTEM_APPENDERS AUTO CACHE STRING
+    "Build the library zav-log-system: ON, OFF, or AUTO for ON where there is what it takes")
+set_property(CACHE ZAV_LOG_SYSTEM_APPENDERS PROPERTY STRINGS AUTO ON OFF)
+
+set(build_system_appenders ${ZAV_LOG_SYSTEM_APPENDERS})
+if(WIN32)
+    if(build_system_appenders STREQUAL AUTO)
+        set(build_system_appenders ON)
+    endif()
+    return()
+endif()
+
+if(build_system_appenders)
+    find_path(systemd_headers systemd/sd-journal.h)
+    find_library(systemd_library systemd)
+    mark_as_advanced(systemd_headers systemd_library)
+    set(advice "zav-log-system takes libsystemd and its headers (Debian: libsystemd-dev)")
+    if(systemd_headers AND systemd_library)
+        set(build_system_appenders ON)
+        add_library(zav-log-systemd INTERFACE)
+        target_include_directories(zav-log-systemd SYSTEM INTERFACE ${systemd_headers})
+        target_link_libraries(zav-log-systemd INTERFACE ${systemd_library})
+    elseif(build_system_appenders STREQUAL AUTO)
+        set(build_system_appenders OFF)
+        message(STATUS "Left out: ${advice}")
+    else()
+        message(FATAL_ERROR "${advice}; -DZAV_LOG_SYSTEM_APPENDERS=OFF leaves it out.")
+    endif()
+endif()
