@@ -142,13 +142,23 @@ void ControlLoop::serve(int client, const LineBuffer::Line& line) {
         if (request.kind() == ControlRequest::FLUSH) {
             startFlushing(client);
         } else if (request.kind() == ControlRequest::RELOAD) {
-            session(client)->reload = std::make_shared<ReloadCall>(request);
+            startReloading(client, request);
         } else {
             answerOrRefuse(client, RequestHandler::answerTo(request));
         }
     } catch (const std::invalid_argument& exception) {
         refuse(client, RequestHandler::refused(exception.what()));
     }
+}
+
+/// A client that asks while another reload is under way is not kept: it would take a place for as long.
+void ControlLoop::startReloading(int client, const ControlRequest& request) {
+    const bool isUnderWay = (reload_ != nullptr && !reload_->isOver()) || isAnyoneReloading();
+    if (isUnderWay) {
+        refuse(client, RequestHandler::refused("Another reload is under way."));
+        return;
+    }
+    session(client)->reload = std::make_shared<ReloadCall>(request);
 }
 
 void ControlLoop::answerOrRefuse(int client, const std::string& text) {
@@ -224,6 +234,11 @@ void ControlLoop::goOnReloading() {
 bool ControlLoop::isAnyoneWaiting() const {
     return std::any_of(sessions_.begin(), sessions_.end(),
                        [](const auto& session) { return session && session->isWaiting(); });
+}
+
+bool ControlLoop::isAnyoneReloading() const {
+    return std::any_of(sessions_.begin(), sessions_.end(),
+                       [](const auto& session) { return session && session->reload != nullptr; });
 }
 
 bool ControlLoop::isAnyoneFlushing() const {

@@ -55,6 +55,7 @@ private:
     void answer(int client, const std::string& text);
     void refuse(int client, const std::string& text);
     void startFlushing(int client);
+    void startReloading(int client, const ControlRequest& request);
     void goOnFlushing();
     void endFlushing(int client, const std::string& text);
     void excuseSilenceSince(Clock::time_point begin);
@@ -62,6 +63,7 @@ private:
     void drop(int client);
     void goOnReloading();
     bool isAnyoneFlushing() const;
+    bool isAnyoneReloading() const;
     bool isAnyoneWaiting() const;
     std::optional<Milliseconds> untilNextDeadline() const;
     std::optional<ClientSession>& session(int client);

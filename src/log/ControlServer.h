@@ -44,8 +44,9 @@ namespace Log {
 ///
 /// A request is carried out in the server's thread, by the calls that the table names. None of them keeps a
 /// logging thread waiting for longer than the same call of the application would, whatever the clients do. A
-/// listener of a command may take its time, and a `reload` waits for appenders that are busy; the other
-/// clients wait meanwhile, and so does the destructor.
+/// listener of a command may take its time; the other clients wait meanwhile, and so does the destructor. A
+/// `reload`, which waits for appenders that are busy, has a thread of its own, and nobody waits for it but
+/// the client that has asked for it. A further one is refused until it is over.
 class ZAV_LOG_CONTROL_API ControlServer {
 public:
     /// \param address on Linux the path of a socket, which is made with the mode 0600. A socket that a crashed

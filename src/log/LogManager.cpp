@@ -54,7 +54,7 @@ const LifeCycle& madeAtLoad = lifeCycle();
 
 /// \throw LogException in a thread that is making an appender
 void refuseWhileMaking(const char* call) {
-    if (AppenderRegistry::instance().isMaking()) {
+    if (threadRecord().isMaking) {
         throw LogException("LogManager::" + std::string(call) +
                            " must not be called while an appender is made.");
     }

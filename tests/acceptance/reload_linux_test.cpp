@@ -89,6 +89,7 @@ TEST_F(ReloadAndFork, AChildLogsToOneConfigurationAndMayChangeItself) {
                                                 {"appender.own.dir", directory_.path()}});
             net.error(messageOf(child, "after"));
             isWritten = LogManager::flush() && isWritten;
+            LogManager::finish(); // whatever the other thread was doing
             _exit(isWritten ? EXIT_SUCCESS : EXIT_FAILURE);
         }
         int status = EXIT_FAILURE;

@@ -89,18 +89,22 @@ protected:
         const std::string sync = "appender.sync" + place;
         const std::string async = "appender.async" + place;
         const std::string numberOfFiles = number == 0 ? "3" : "4";
-        std::string lines = sync + " = ArrivalAppender\n" + sync + ".place = " + place + "\n" + async +
-                            " = ArrivalAppender\n" + async + ".asynchronous = true\n" + async +
-                            ".place = " + std::to_string(number + 2) + "\n" +
-                            "appender.file = SimpleFileAppender\nappender.file.dir = DIR\n"
-                            "appender.file.filters = storm.logger0\n"
-                            "appender.series = FileAppender\nappender.series.dir = DIR\n"
-                            "appender.series.filters = storm.logger1\n"
-                            "appender.series.fileNumber = " +
-                            numberOfFiles + "\n" +
-                            "zav.log.AsynchronousDispatcher.overflow = block\n"
-                            "zav.log.AsynchronousDispatcher.maxQueueSize = " +
-                            (GetParam() ? "-1" : "100") + "\n";
+        std::string lines =
+            sync + " = ArrivalAppender\n" + sync + ".place = " + place + "\n" + async +
+            " = ArrivalAppender\n" + async + ".asynchronous = true\n" + async +
+            ".place = " + std::to_string(number + 2) + "\n" +
+            "appender.file = SimpleFileAppender\nappender.file.dir = DIR\n"
+            "appender.file.filters = storm.logger0\n"
+            "appender.series = FileAppender\nappender.series.dir = DIR\n"
+            "appender.series.filters = storm.logger1\n"
+            "appender.series.fileNumber = " +
+            numberOfFiles + "\n" +
+            "zav.log.AsynchronousDispatcher.overflow = block\n"
+            "zav.log.AsynchronousDispatcher.priority = 2" + // each change takes another consumer
+            (number == 0 ? "5" : "6") +
+            "\n"
+            "zav.log.AsynchronousDispatcher.maxQueueSize = " +
+            (GetParam() ? "-1" : "100") + "\n";
         return number == 0 || GetParam() ? lines : lines + "appender.file.asynchronous = true\n";
     }
 

@@ -144,7 +144,7 @@ TEST_F(Syslog, RefusesWhatNoDaemonCouldTellApart) {
         EXPECT_EQ(refusalOf("facility", facility),
                   std::string("Wrong value for the s.facility property: ") + facility);
     }
-    for (const char* const ident : {"", "my shop", "shop:", "shop[1]", "caf\xc3\xa9"}) {
+    for (const char* const ident : {"", "my shop", "shop:", "my/shop", "shop[1]", "caf\xc3\xa9"}) {
         EXPECT_EQ(refusalOf("ident", ident), std::string("Wrong value for the s.ident property: ") + ident);
     }
     EXPECT_EQ(textThrownBy<LogException>([] { registerSystemAppenders(); }),

@@ -342,6 +342,7 @@ TEST_F(RollingFork, AListenerThatForksInTheThreadThatPacksLeavesNothingOfItInThe
     private:
         bool hasForked_ = false;
     };
+    setClock(Time(1'800'014'400, SEC)); // 2027
     ForkingListener listener;
     LogManager::registerCommandListener("EXCEPTION", &listener);
     const auto appender = make(directory_.path(), {{"keepFiles", "1"}});

@@ -200,7 +200,29 @@ TEST_F(RolledSeries, OldestFilesGoUntilAllLimitsHold) {
     EXPECT_EQ(contentOfRolled() + liveTexts(), "j");
 }
 
+TEST_F(RolledSeries, NoOtherFileGoesForThoseThatAreFarAheadOfTheClock) {
+    setClock(NOON);
+    writeFile(file("20280101T000000Z"), "of a clock that was wrong\n");
+    const auto appender = makeRollingAlways({{"keepFiles", "2"}});
+    write(*appender, "abcd");
+    EXPECT_THAT(suffixes(), ElementsAre(AT_NOON + "-1", AT_NOON + "-2", "20280101T000000Z"));
+    setClock(NOON + Time(400, DAY));
+    write(*appender, "e");
+    EXPECT_EQ(suffixes().size(), 2U);
+}
+
+TEST_F(RolledSeries, AClockThatBeganIn1970IsNoReasonToStayWithTheFile) {
+    setClock(Time(5, SEC));
+    const auto appender = make({{"rollAt", "midnight"}});
+    write(*appender, "ab");
+    setClock(NOON);
+    write(*appender, "c");
+    EXPECT_EQ(texts(AT_NOON), "ab");
+    EXPECT_EQ(liveTexts(), "c");
+}
+
 TEST_F(RolledSeries, AFileThatCannotBeDeletedKeepsNoOtherOne) {
+    setClock(NOON);
     AwaitedCommand report;
     LogManager::registerCommandListener("EXCEPTION", &report);
     for (const char* suffix : {"20270101T000000Z", "20270102T000000Z"}) {

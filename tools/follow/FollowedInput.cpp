@@ -109,6 +109,9 @@ void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<
 /// A file that was cut and has grown to its old size or beyond meanwhile shows other bytes before the place.
 void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     const LogFile& current = *stream_.file();
+    if (current.file.isPacked()) {
+        return; // it is whole, and its size is another one than that of what it holds
+    }
     const bool isCut = current.file.size() < stream_.bytesSeen() || (seen_ && !seen_->isIn(current.file));
     if (!isCut) {
         return;

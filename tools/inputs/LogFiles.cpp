@@ -220,7 +220,11 @@ bool openRolled(LogFile& file, std::string& problem) {
         return false;
     }
     file.path += Log::RolledFiles::PACKED;
-    return openFound(file, problem);
+    if (openFound(file, problem) && !file.file.isPacked()) {
+        file.file.close();
+        problem = "Not a packed file";
+    }
+    return file.file.isOpen();
 }
 
 void closeRolled(LogFile& file) {

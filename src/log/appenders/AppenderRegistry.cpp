@@ -11,6 +11,7 @@
 #include "log/filters/LevelFilter.h"
 #include "zav-util/Properties.h"
 
+#include "log/reentrancy/ThreadRecord.h"
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
@@ -215,7 +216,7 @@ CreatedAppender AppenderRegistry::create(const Util::Properties& properties, con
         explicit Making(bool& flag) : isMaking(flag) { isMaking = true; }
         ~Making() { isMaking = false; }
         bool& isMaking;
-    } const making(isMaking_);
+    } const making(threadRecord().isMaking);
     return {std::unique_ptr<Appender>(factory->create(properties, name)), className, std::move(keys)};
 }
 

@@ -69,9 +69,6 @@ public:
     /// \throw what `initAppenders` would throw; what was made is destroyed by then
     AppenderExchange prepareExchange(const Util::Properties& properties);
 
-    /// \return whether an appender is being made; to be asked under the lock of the life cycle
-    bool isMaking() const { return isMaking_; }
-
     /// Has appenders that are new in service see to the files that earlier ones have left.
     static void tidyUp(const std::vector<Appender*>& appenders);
 
@@ -113,7 +110,6 @@ private:
     mutable Platform::CriticalSection tablesLock_{Platform::AWAITED_BY_FORK};
     std::map<std::string, boost::shared_ptr<AbstractAppenderFactory>>
         factories_ ZAV_LOG_GUARDED_BY(tablesLock_);
-    bool isMaking_ = false; ///< guarded by the lock of the life cycle
     CreatedAppenders createdAppenders_ ZAV_LOG_GUARDED_BY(tablesLock_);
 };
 

@@ -3,6 +3,7 @@
 #include "platform/CivilTime.h"
 #include "platform/LocalTime.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace ZAV {
@@ -66,7 +67,7 @@ RollPeriod::RollPeriod(RollMoment moment, Time time) : RollPeriod() {
         const std::int64_t length = moment == RollMoment::HOUR ? HOUR : DAY;
         const std::int64_t next =
             nextMoment(static_cast<std::int64_t>(time.microseconds() / MICROSECONDS), length);
-        earliest = toTime(next - 3 * length);
+        earliest = toTime(std::max<std::int64_t>(next - 3 * length, 0));
         end = toTime(next);
     }
 }

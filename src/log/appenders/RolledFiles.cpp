@@ -180,6 +180,11 @@ std::string RolledFiles::keep(const AppenderValues& values, std::uint64_t liveSi
     const std::string oldest =
         hasAge ? stampOf(Time(now.microseconds() - values.keepTime.microseconds(), Util::TimeUtils::USEC))
                : std::string();
+    const std::string latest = std::max(stampOf(now + FURTHEST_AHEAD), last_.stamp);
+    const auto ahead = std::find_if(files.begin(), files.end(),
+                                    [&latest](const RolledFile& file) { return file.stamp > latest; });
+    const std::vector<RolledFile> uncounted(ahead, files.end());
+    files.erase(ahead, files.end());
     std::vector<std::uint64_t> sizes(files.size());
     std::uint64_t size = liveSize;
     for (std::size_t index = 0; index < files.size() && values.keepSize != 0; ++index) {
@@ -203,6 +208,7 @@ std::string RolledFiles::keep(const AppenderValues& values, std::uint64_t liveSi
     }
     files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(next));
     files.insert(files.begin(), left.begin(), left.end());
+    files.insert(files.end(), uncounted.begin(), uncounted.end());
     return problem;
 }
 

@@ -174,7 +174,9 @@ void SeriesOwner::noteRotation() {
 }
 
 void SeriesOwner::follow() {
-    series_.common->isShared = true;
+    if (!series_.common->isOwn()) {
+        series_.common->isShared = true;
+    }
     rotationsSeen_ = series_.common->rotations;
 }
 

@@ -32,7 +32,8 @@ public:
     /// Notes that this process has moved the live file.
     void noteRotation();
 
-    /// Notes that this process, which may not rotate, is about to look where the live file is.
+    /// Notes that the appender is about to look where the live file is, as a rule in a process that may not
+    /// rotate.
     void follow();
 
     /// \return whether another process has moved the live file since `follow`. Costs no call of the system.

@@ -169,9 +169,12 @@ bool AsynchronousDispatcher::drain(const Deadline& deadline) {
     return queue_.drain(deadline);
 }
 
+/// A consumer that is to end may be amid a delivery. If the process ends, who ends it delivers the rest, and
+/// changes the appenders.
 void AsynchronousDispatcher::awaitHold() {
     startIfWanted(true);
     queue_.awaitHold();
+    stateBell_.wait(Deadline(), [this] { return end_ == DONE || (end_ == NOT_BEGUN && state_ != ENDING); });
 }
 
 void AsynchronousDispatcher::exchangeConfigured(bool needsNewConsumer) {
@@ -343,6 +346,10 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
         queue_.close(); // so that the consumer does not begin what is shown here
     }
     const bool hasEnded = endConsumer(mayDeliver);
+    if (hasEnded && queue_.hasHold()) { // what comes behind it is for the appenders of after the change
+        appenders_.exchangeEntries();
+        queue_.endHold();
+    }
     if (hasEnded && !appenders_.isEmpty()) {
         MessageBatch batch;
         deliverRound(batch);

@@ -86,7 +86,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
 
 /// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
 std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
-    while (isServed_ && maxQueueSize_ > 1) {
+    while (willBeServed() && maxQueueSize_ > 1) {
         const std::uint64_t number = store_.append(message, maxQueueSize_ - 1);
         if (number != 0) {
             return number;
@@ -127,7 +127,8 @@ void MessageQueue::waitForDelivery() {
 
 void MessageQueue::waitForRoom() {
     callConsumer();
-    bell_.wait(Deadline(), [this] { return !isAwaited_ || !isServed_ || store_.size() + 1 < maxQueueSize_; });
+    bell_.wait(Deadline(),
+               [this] { return !isAwaited_ || !willBeServed() || store_.size() + 1 < maxQueueSize_; });
 }
 
 /// Only the message that fills the first half wakes the consumer, not every message behind it. At the limit
@@ -163,24 +164,35 @@ void MessageQueue::discardOldest() {
 
 // Waiting for the consumer
 
+/// Also while a change to another configuration holds the queue: one consumer may give way to another then.
+bool MessageQueue::willBeServed() const {
+    return isServed_ || (store_.hasHold() && !isClosed_);
+}
+
 bool MessageQueue::flush(Time timeout) {
-    return awaitDone(store_.lastNumber(), deadlineAfter(timeout));
+    return awaitDone(store_.lastNumber(), deadlineAfter(timeout), [this] { return willBeServed(); });
 }
 
 bool MessageQueue::drain(const Deadline& deadline) {
-    return awaitDone(store_.lastNumber(), deadline) || !isServed_;
+    return awaitDone(store_.lastNumber(), deadline, [this] { return isServed_.load(); }) || !isServed_;
 }
 
-bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline) {
+void MessageQueue::awaitHold() {
+    awaitDone(store_.lastBeforeHold(), Deadline(), [this] { return isServed_.load(); });
+}
+
+/// \param isServed asks whether there is still something to wait for
+template <typename IsServed>
+bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const IsServed& isServed) {
     while (store_.lastDone() < last) {
-        if (!isServed_) {
+        if (!isServed()) {
             return false;
         }
         if (store_.lastTaken() < last) {
             callConsumer(); // however short the time is
         }
-        const auto mayBeDone = [this, last] {
-            return store_.lastDone() >= last || !isServed_ || (store_.lastTaken() < last && !isAwaited_);
+        const auto mayBeDone = [this, last, &isServed] {
+            return store_.lastDone() >= last || !isServed() || (store_.lastTaken() < last && !isAwaited_);
         };
         if (!bell_.wait(deadline, mayBeDone)) {
             return false;

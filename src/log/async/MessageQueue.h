@@ -72,7 +72,7 @@ public:
 
     /// Waits until all that was queued when the hold began was delivered or discarded, unless no consumer
     /// comes for it.
-    void awaitHold() { awaitDone(store_.lastBeforeHold(), Deadline()); }
+    void awaitHold();
 
     /// Has the consumer take what is queued, and waits until that was delivered or discarded, unless no
     /// consumer comes for it.
@@ -110,7 +110,9 @@ public:
 
 private:
     void store(const DispatcherSettings& settings);
-    bool awaitDone(std::uint64_t last, const Deadline& deadline);
+    bool willBeServed() const;
+    template <typename IsServed>
+    bool awaitDone(std::uint64_t last, const Deadline& deadline, const IsServed& isServed);
     bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
 
     std::uint64_t appendWithRoom(const MessageFields& message);
@@ -133,7 +135,7 @@ private:
 
     // What those who wait are waiting for.
     Bell bell_;
-    std::atomic<bool> isServed_{false};  ///< a consumer comes
+    std::atomic<bool> isServed_{false};  ///< a consumer waits or delivers, and is not to end
     std::atomic<bool> isAwaited_{false}; ///< somebody waits for the consumer to take what is queued
     std::atomic<bool> isWoken_{false};   ///< the consumer is to end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message

@@ -24,6 +24,7 @@ struct ThreadRecord {
     const Appender* keptLineOf; ///< the appender that has kept the line of its last message for a later write
     Ring* ring;                 ///< what the thread has queued; null before its first message and at its end
     bool isConsumer;            ///< logging calls may wait for the thread, which does not wait for loggers
+    bool isMaking;              ///< it is making a configured appender
     bool keepsListeners;        ///< appenders that it destroys take no listeners of their names along
     bool hasEndedRing;          ///< the thread is ending, and gets no other ring
     ThreadContext* context;     ///< the pairs of its messages; null before the first one and at its end

@@ -38,10 +38,14 @@ std::string_view readShown(const char* path, char* buffer, std::size_t size) {
     return buffer;
 }
 
+struct Threads {
+    int left = 0; ///< how many have not ended; 0 if the system does not say
+    bool firstHasEnded = false;
+};
+
 /// The system's line about the process begins "pid (name) state", where the name may hold anything. The state
 /// is that of the first thread; once that has ended, it still counts as a thread.
-/// \return how many threads have not ended; 0 if the system does not say
-int countThreads() {
+Threads lookAtThreads() {
     char buffer[1024];
     const std::string_view line = readShown("/proc/self/stat", buffer, sizeof buffer);
     const std::size_t nameEnd = line.rfind(')');
@@ -51,7 +55,8 @@ int countThreads() {
                         std::sscanf(buffer + nameEnd,
                                     ") %c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %d",
                                     &firstState, &threads) == 2;
-    return isRead ? threads - (firstState == 'Z' ? 1 : 0) : 0;
+    const bool firstHasEnded = firstState == 'Z';
+    return isRead ? Threads{threads - (firstHasEnded ? 1 : 0), firstHasEnded} : Threads();
 }
 
 bool isServing(const char* thread) {
@@ -64,20 +69,24 @@ bool isServing(const char* thread) {
     return !shown.empty() && shown.substr(0, shown.size() - 1) == expected;
 }
 
-/// \return how many other threads say that they serve
-int countServingOthers() {
+/// Asked of each thread by itself, since others come and go meanwhile: one that has just begun or ended does
+/// not serve.
+/// \param firstHasEnded whether the process's first thread, which is still shown, has ended
+/// \return whether all other threads say that they serve
+bool doAllOthersServe(bool firstHasEnded) {
     DIR* const threads = opendir("/proc/self/task");
     if (threads == nullptr) {
-        return 0;
+        return false;
     }
     const long self = gettid();
-    int count = 0;
-    for (const dirent* thread = readdir(threads); thread != nullptr; thread = readdir(threads)) {
-        const bool isOther = std::strtol(thread->d_name, nullptr, 10) != self;
-        count += isOther && isServing(thread->d_name) ? 1 : 0;
+    bool doServe = true;
+    for (const dirent* thread = readdir(threads); doServe && thread != nullptr; thread = readdir(threads)) {
+        const long id = std::strtol(thread->d_name, nullptr, 10); // 0 for "." and ".."
+        const bool isOther = id != 0 && id != self && !(firstHasEnded && id == getpid());
+        doServe = !isOther || isServing(thread->d_name);
     }
     closedir(threads);
-    return count;
+    return doServe;
 }
 
 } // namespace
@@ -88,8 +97,9 @@ void atProcessEnd(void (*handler)()) {
 
 bool isOnlyThread() noexcept {
     const NoCancellation guard;
-    const int left = countThreads();
-    return left == 1 || (left > 1 && left <= MOST_SERVING + 1 && left - countServingOthers() == 1);
+    const Threads threads = lookAtThreads();
+    return threads.left == 1 ||
+           (threads.left > 1 && threads.left <= MOST_SERVING + 1 && doAllOthersServe(threads.firstHasEnded));
 }
 
 void markAsServing() noexcept {

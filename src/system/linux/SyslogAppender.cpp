@@ -83,7 +83,7 @@ const SystemLog& madeAtLoad = SystemLog::instance();
 
 /// A daemon takes the name for what stands before the first "[" or ":", in one word.
 std::string identOf(const AppenderOptions& options) {
-    const char* const readable = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./";
+    const char* const readable = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
     const std::string byDefault = program_invocation_short_name; // the C library's, too
     std::string ident = options.value("ident", byDefault);
     if (ident != byDefault && (ident.empty() || ident.find_first_not_of(readable) != std::string::npos)) {
