@@ -15,8 +15,9 @@ namespace Platform {
 /// Whatever the stream leads to, a reader that has left is no signal, and the thread is not cancelled. A
 /// write that fails loses the text and leaves the stream's state as it was, so that the next one is tried. A
 /// pipe that is full is waited for, also if another process has made it non-blocking.
+/// \return false if the text was not taken as a whole
 /// \throw what the stream throws
-void writeToStream(std::ostream& stream, std::string_view text);
+bool writeToStream(std::ostream& stream, std::string_view text);
 
 } // namespace Platform
 } // namespace ZAV

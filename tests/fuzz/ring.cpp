@@ -76,7 +76,7 @@ void append(Queue& queue, FuzzedDataProvider& input) {
     message.values = values;
     message.context = context;
     message.thread = input.ConsumeIntegralInRange<std::uint64_t>(0, 2);
-    const PackedMessage packed = queue.ring.reserve(message, 0, queue.lastNumber);
+    const PackedMessage packed = *queue.ring.reserve(message, 0, queue.lastNumber);
     queue.lastNumber += input.ConsumeBool() ? 1 : input.ConsumeIntegral<std::uint32_t>() / 2 + 1;
     queue.ring.append(packed, queue.lastNumber);
     queue.model.push_back({queue.lastNumber, made, message.place, values, context, message.thread});

@@ -402,7 +402,7 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
     BlockPool pool;
     Ring ring(pool);
     for (std::size_t i = 0; i < 3000; ++i) {
-        ring.append(ring.reserve(message(i), static_cast<int>(i % 5), number(i) - 1), number(i));
+        ring.append(*ring.reserve(message(i), static_cast<int>(i % 5), number(i) - 1), number(i));
     }
     const std::vector<PackedMessage::Unpacked> messages = read(ring);
     ASSERT_THAT(messages, SizeIs(3000));
@@ -422,7 +422,7 @@ TEST(Ring, FreesWhatIsTakenOutBehindWhatItKeeps) {
     Ring ring(pool);
     const std::string text(10'000, 'a');
     std::uint64_t number = 0;
-    const auto append = [&] { ring.append(ring.reserve(fields(text), 0, number), number + 1), ++number; };
+    const auto append = [&] { ring.append(*ring.reserve(fields(text), 0, number), number + 1), ++number; };
     for (int i = 0; i < 20; ++i) {
         append();
     }

@@ -27,14 +27,13 @@ protected:
 
     void append(QueueFile& file, std::uint64_t first, std::uint64_t last, std::uint64_t done = 0) {
         BlockPool pool;
-        pool.setFile(&file);
         Ring ring(pool);
         for (std::uint64_t number = first; number <= last; ++number) {
             const std::string text = textOf(number);
             const MessageFields fields(loggers_[number % 2],
                                        Util::TimeUtils::Time(number, Util::TimeUtils::SEC), Level::LEVEL_INFO,
                                        text, 8, "app.cpp", LOG);
-            ring.append(ring.reserve(fields, 0, number), number);
+            ring.append(ring.reserve(fields, 0, number, &file).value(), number);
         }
         file.mark(QueueFileFormat::DONE).set(done);
         bytes_ = readBinary(path_); // before the ring gives its blocks back

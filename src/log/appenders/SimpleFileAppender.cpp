@@ -3,6 +3,7 @@
 #include "log/LogException.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "platform/Files.h"
 
 namespace ZAV {
@@ -41,7 +42,9 @@ void SimpleFileAppender::write(std::string_view text) {
         writeUnchanged(file, "\n");
     }
     writeUnchanged(file, text);
+    file.close();
     mayBeTorn_ = file.hasFailed();
+    threadRecord().failedWrites += file.hasFailed() ? 1 : 0;
 }
 
 void SimpleFileAppender::open(Platform::OutputFile& file) const {
@@ -49,16 +52,6 @@ void SimpleFileAppender::open(Platform::OutputFile& file) const {
     if (file.hasFailed()) {
         throw LogException("Failed to open file " + values_.dir + "/" + values_.file +
                            ". Are you sure that the directory exists?");
-    }
-}
-
-/// A file that cannot be opened is reported with the first line.
-void SimpleFileAppender::endTornLine() noexcept {
-    const Platform::ScopedLock lock(criticalSection_);
-    Platform::OutputFile file;
-    file.open(path_, Platform::OutputFile::APPEND, values_.fileRules());
-    if (!file.hasFailed() && file.endsInTornLine(path_, values_.fileRules())) {
-        writeUnchanged(file, "\n");
     }
 }
 

@@ -20,10 +20,8 @@ public:
 
     std::string fileName() const override { return Util::FileUtils::baseName(path_); }
 
-    void endTornLine() noexcept override;
-
 protected:
-    /// A write that fails is not noticed.
+    /// A write that fails is not reported.
     /// \throw LogException if the file cannot be opened; the next message tries again
     void outputLine(const LogMessage& message) override ZAV_LOG_REQUIRES(criticalSection_);
     void writeLines(std::string_view text, std::size_t& written) override ZAV_LOG_REQUIRES(criticalSection_);

@@ -2,6 +2,7 @@
 
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
+#include "log/reentrancy/ThreadRecord.h"
 #include "platform/StandardStreams.h"
 
 namespace ZAV {
@@ -15,7 +16,7 @@ StdoutAppender::StdoutAppender(const AppenderValues& values, const Filters& filt
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
     appendWholeLine(line, message, *layout_);
-    Platform::writeToStream(*stream_, line);
+    threadRecord().failedWrites += Platform::writeToStream(*stream_, line) ? 0 : 1;
 }
 
 } // namespace Log

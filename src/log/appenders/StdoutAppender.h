@@ -16,7 +16,7 @@ public:
     StdoutAppender(const AppenderValues& values, const Filters& filters);
 
 protected:
-    /// A write that fails is not noticed.
+    /// A write that fails is not reported.
     void doOutput(const LogMessage& message) override;
 
 private:

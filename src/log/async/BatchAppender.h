@@ -53,9 +53,6 @@ public:
     /// begin it.
     void endRound() noexcept;
 
-    /// Ends a line that a killed process has left without its end, so that the next one begins on its own.
-    virtual void endTornLine() noexcept {}
-
     /// \return the number of the oldest message whose line is kept; 0 if none is
     std::uint64_t firstKept() const noexcept;
 

@@ -20,6 +20,9 @@ namespace {
 /// How often a consumer that has nothing to do looks whether the process has another thread still.
 constexpr std::chrono::seconds TIME_BETWEEN_LOOKS{2};
 
+/// In the place of the number of a message that was discarded instead of appended.
+constexpr std::uint64_t DISCARDED = 0;
+
 /// \param duration 0 for no end
 Deadline deadlineAfter(Time duration) {
     constexpr Time LONGEST(36500, Util::TimeUtils::DAY);
@@ -76,10 +79,10 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
     }
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
     std::uint64_t number = waits ? appendWithRoom(message) : store_.append(message);
-    if (number == 0) {
+    if (number == MessageStore::FILE_FULL) {
         number = appendToFullFile(message);
     }
-    if (number != 0) {
+    if (number != DISCARDED) {
         hasAppended(number);
     }
 }
@@ -87,15 +90,18 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
 /// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
 std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
     while (willBeServed() && maxQueueSize_ > 1) {
+        const std::uint64_t done = store_.lastDone(); // first, so that no room is missed which comes later
         const std::uint64_t number = store_.append(message, maxQueueSize_ - 1);
-        if (number != 0) {
+        if (MessageStore::isNumber(number)) {
             return number;
         }
-        const bool isFileFull = store_.size() + 1 < maxQueueSize_;
-        if (isFileFull && store_.lastDone() == store_.lastNumber()) {
-            return 0; // it does not fit at all
+        if (number == MessageStore::AT_LIMIT) {
+            waitForRoom();
+        } else if (done != store_.lastNumber()) {
+            waitForDelivery(done);
+        } else if (discardIfNoneWaits(message)) { // it does not fit at all
+            return DISCARDED;
         }
-        isFileFull ? waitForDelivery() : waitForRoom();
     }
     return store_.append(message);
 }
@@ -103,26 +109,37 @@ std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
 /// The oldest messages make room, as in a queue at its limit. What is being delivered cannot, and a message
 /// that does not fit at all never has room: it is discarded itself.
 std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
-    std::uint64_t number = 0;
-    bool isDiscarded = false;
-    while (number == 0 && !isDiscarded) {
+    std::uint64_t number = MessageStore::FILE_FULL;
+    while (number == MessageStore::FILE_FULL) {
         lines_.waitForRoom();
         const MessageStore::Taken taken = store_.discardOldest(1, lines_, SHOWN_WHEN_DISCARDED);
         if (taken == MessageStore::NOT_YET_HERE) {
             std::this_thread::yield();
         }
         number = store_.append(message);
-        isDiscarded = number == 0 && taken == MessageStore::NOTHING &&
-                      store_.discard(message, lines_, SHOWN_WHEN_DISCARDED, true);
+        if (number == MessageStore::FILE_FULL && taken == MessageStore::NOTHING &&
+            discardIfNoneWaits(message)) {
+            return DISCARDED;
+        }
     }
     lines_.write();
     return number;
 }
 
-void MessageQueue::waitForDelivery() {
-    const std::uint64_t done = store_.lastDone();
+/// \return false if another one waits, and it was not discarded
+bool MessageQueue::discardIfNoneWaits(const MessageFields& message) {
+    lines_.waitForRoom();
+    const bool isDiscarded = store_.discard(message, lines_, SHOWN_WHEN_DISCARDED, true);
+    lines_.write();
+    return isDiscarded;
+}
+
+/// \param done how far the deliveries were before the file was found full
+void MessageQueue::waitForDelivery(std::uint64_t done) {
     callConsumer();
-    bell_.wait(Deadline(), [this, done] { return !isServed_ || store_.lastDone() != done; });
+    bell_.wait(Deadline(), [this, done] {
+        return !isAwaited_ || !willBeServed() || store_.lastDone() != done;
+    });
 }
 
 void MessageQueue::waitForRoom() {

@@ -118,7 +118,8 @@ private:
     std::uint64_t appendWithRoom(const MessageFields& message);
     std::uint64_t appendToFullFile(const MessageFields& message);
     void waitForRoom();
-    void waitForDelivery();
+    void waitForDelivery(std::uint64_t done);
+    bool discardIfNoneWaits(const MessageFields& message);
     void hasAppended(std::uint64_t number);
     void callConsumer();
     void discardOldest();

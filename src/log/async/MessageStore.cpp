@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace ZAV {
@@ -18,29 +19,29 @@ using Platform::ScopedLock;
 
 std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t limit) {
     ThreadRecord& thread = threadRecord();
-    try {
-        if (thread.ring == nullptr && !addRing(thread)) {
-            return appendToSharedRing(message, limit);
-        }
-        return append(*thread.ring, message, limit);
-    } catch (const QueueFileFull&) {
-        return 0;
-    }
+    QueueFile* const file = this->file();
+    const bool hasRing = thread.ring != nullptr || addRing(thread);
+    const std::uint64_t number = hasRing ? append(*thread.ring, message, limit, file) : FILE_FULL;
+    return number == FILE_FULL ? appendToSharedRing(message, limit, file) : number;
 }
 
 /// Nothing can fail once the message has its number, since those behind it wait for it.
-std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std::uint64_t limit) {
+std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std::uint64_t limit,
+                                   QueueFile* file) {
     const int answeredReports = threadRecord().answeredReports;
-    const PackedMessage packed =
-        ring.reserve(message, answeredReports, lastNumber_.load(std::memory_order_relaxed));
+    const std::optional<PackedMessage> packed =
+        ring.reserve(message, answeredReports, lastNumber_.load(std::memory_order_relaxed), file);
+    if (!packed) {
+        return FILE_FULL;
+    }
     const std::uint64_t number = limit == NO_LIMIT ? lastNumber_.fetch_add(1) + 1 : takeNumber(limit);
-    if (number != 0) {
-        ring.append(packed, number);
+    if (number != AT_LIMIT) {
+        ring.append(*packed, number);
     }
     return number;
 }
 
-/// \return 0 if as many messages wait as may
+/// \return `AT_LIMIT` if as many messages wait as may
 std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
     std::uint64_t last = lastNumber_;
     while (last - lastTaken_ < limit) {
@@ -48,7 +49,7 @@ std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
             return last + 1;
         }
     }
-    return 0;
+    return AT_LIMIT;
 }
 
 /// The slot is made with the store, so that no thread makes it while another one forks.
@@ -97,13 +98,21 @@ void MessageStore::removeEndedRings() noexcept {
     rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
 }
 
-std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit) {
+/// Once it is empty it begins anew: its last block has become free for messages then, which that of another ring
+/// never does.
+std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit,
+                                               QueueFile* file) {
     const ScopedLock lock(storeLock_);
     if (sharedRing_ == nullptr) {
-        rings_.push_back(std::make_unique<Ring>(pool_));
+        rings_.push_back(std::make_unique<Ring>(pool_, QueueFile::ALSO_RESERVED));
         sharedRing_ = rings_.back().get();
     }
-    return append(*sharedRing_, message, limit);
+    const std::uint64_t number = append(*sharedRing_, message, limit, file);
+    if (number != FILE_FULL || sharedRing_->lastKept() != nullptr || sharedRing_->findFront(lastTaken_ + 1)) {
+        return number;
+    }
+    sharedRing_->giveLastBlockBack();
+    return append(*sharedRing_, message, limit, file);
 }
 
 /// Nothing leaves the queue meanwhile, or what has entered since the others were read would seem to wait.
@@ -140,7 +149,8 @@ void MessageStore::countDiscarded() noexcept {
     ++lastTaken_;
     ++discardedCount_;
     if (delivered_ == nullptr) {
-        setDone();
+        markDone();
+        lastDone_.store(lastTaken_);
     } else {
         for (FileMarks& marks : marks_) {
             marks.taken.set(lastTaken_);
@@ -149,8 +159,7 @@ void MessageStore::countDiscarded() noexcept {
 }
 
 /// All that was taken out was delivered or discarded.
-void MessageStore::setDone() noexcept {
-    lastDone_.store(lastTaken_);
+void MessageStore::markDone() noexcept {
     for (FileMarks& marks : marks_) {
         marks.done.set(lastTaken_);
     }
@@ -222,14 +231,15 @@ void MessageStore::release(MessageBatch& batch, bool isDelivered) {
         return;
     }
     const ScopedLock lock(storeLock_);
-    // The marks come before the memory goes: a batch without them would be delivered again as far as it is
-    // there.
     (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
     delivered_ = nullptr;
-    setDone();
+    // The marks come before the memory goes: a batch without them would be delivered again as far as it is
+    // there. Who waits for the memory goes by the number, which comes behind it.
+    markDone();
     for (const MessageBatch::Stream& stream : batch.streams_) {
         stream.ring->release(stream.cursor);
     }
+    lastDone_.store(lastTaken_);
     batch.begin(1, 0);
     removeEndedRings();
 }
@@ -253,21 +263,23 @@ void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason)
 
 // The file that the queue is kept in
 
-/// Messages may still wait in a file that was used before.
+/// Messages may still wait in a file that was used before. Marks that are new say at once how far the queue is.
 void MessageStore::keepIn(QueueFile* file) {
-    FileMarks marks = {file, {}, {}, {}};
+    const ScopedLock lock(storeLock_);
     if (file != nullptr) {
-        marks.done = file->mark(QueueFileFormat::DONE);
+        const auto known = std::find_if(marks_.begin(), marks_.end(),
+                                        [file](const FileMarks& marks) { return marks.file == file; });
+        FileMarks& marks = known != marks_.end() ? *known : marks_.emplace_back(FileMarks{file, {}, {}, {}});
         marks.batchEnd = file->mark(QueueFileFormat::BATCH_END);
         marks.taken = file->mark(QueueFileFormat::TAKEN);
+        marks.done = file->mark(QueueFileFormat::DONE);
+        if (delivered_ != nullptr) {
+            marks.batchEnd.set(delivered_->last_);
+            marks.taken.set(lastTaken_);
+        }
+        marks.done.set(lastDone_);
     }
-    const ScopedLock lock(storeLock_);
-    const bool isKnown = std::any_of(marks_.begin(), marks_.end(),
-                                     [file](const FileMarks& known) { return known.file == file; });
-    if (file != nullptr && !isKnown) {
-        marks_.push_back(marks);
-    }
-    pool_.setFile(file);
+    file_.store(file, std::memory_order_release);
 }
 
 void MessageStore::close() noexcept {
@@ -281,7 +293,7 @@ void MessageStore::renewInChild() noexcept {
     const ScopedLock lock(storeLock_);
     threadRecord().ring = nullptr;
     sharedRing_ = nullptr;
-    pool_.setFile(nullptr); // which is the parent's
+    file_ = nullptr; // which is the parent's
     marks_.clear();
     rings_.clear();
     lastNumber_ = deliveredCount_ + discardedCount_;

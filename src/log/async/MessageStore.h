@@ -32,10 +32,16 @@ public:
 
     // The logging call's side
 
+    // In the place of a number, where a message was not appended:
+    static constexpr std::uint64_t AT_LIMIT = 0; ///< more messages would wait than may
+    static constexpr std::uint64_t FILE_FULL = std::numeric_limits<std::uint64_t>::max();
+
+    /// \return whether a message was appended
+    static bool isNumber(std::uint64_t number) noexcept { return number != AT_LIMIT && number != FILE_FULL; }
+
     /// Appends a message.
     /// \param limit of the messages that wait with it
-    /// \return its number; 0 if more would wait, or the file that the queue is kept in is full, and it was not
-    ///         appended
+    /// \return its number, `AT_LIMIT` or `FILE_FULL`
     /// \throw std::bad_alloc if there is no memory for the message, which was not appended then
     std::uint64_t append(const MessageFields& message, std::uint64_t limit = NO_LIMIT);
 
@@ -105,13 +111,14 @@ public:
 
     // The file that the queue is kept in
 
-    /// Keeps what is appended from now on in a file.
+    /// Keeps what is appended from now on in a file. To be called again when a file has got room, so that it
+    /// has marks for sure.
     /// \param file must never be destroyed; null for memory
     /// \throw std::bad_alloc
     void keepIn(QueueFile* file);
 
     /// \return null if the queue is kept in memory
-    QueueFile* file() const noexcept { return pool_.file(); }
+    QueueFile* file() const noexcept { return file_.load(std::memory_order_acquire); }
 
     /// \return whether the file has just become half full
     bool isFilling() noexcept {
@@ -129,15 +136,15 @@ private:
     using Number = std::atomic<std::uint64_t>;
 
     std::uint64_t takeNumber(std::uint64_t limit) noexcept;
-    std::uint64_t append(Ring& ring, const MessageFields& message, std::uint64_t limit);
-    std::uint64_t appendToSharedRing(const MessageFields& message, std::uint64_t limit);
+    std::uint64_t append(Ring& ring, const MessageFields& message, std::uint64_t limit, QueueFile* file);
+    std::uint64_t appendToSharedRing(const MessageFields& message, std::uint64_t limit, QueueFile* file);
     static Platform::ThreadSlot& slotOfThread();
     bool addRing(ThreadRecord& thread);
     void endRing() noexcept;
     void removeEndedRings() noexcept ZAV_LOG_REQUIRES(storeLock_);
     Ring* ringWithOldest() noexcept ZAV_LOG_REQUIRES(storeLock_);
     void countDiscarded() noexcept ZAV_LOG_REQUIRES(storeLock_);
-    void setDone() noexcept ZAV_LOG_REQUIRES(storeLock_);
+    void markDone() noexcept ZAV_LOG_REQUIRES(storeLock_);
 
     /// What a file says of the queue, as far as it holds messages.
     struct FileMarks {
@@ -157,9 +164,10 @@ private:
 
     /// Held for short steps: messages are taken out or given back, a ring comes or goes.
     mutable Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
+    std::atomic<QueueFile*> file_{nullptr}; ///< a call reads it once
     BlockPool pool_;
     std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(storeLock_);
-    /// One of them, for threads that get none of their own.
+    /// One of them, for threads that get none of their own, or no memory of a file for it.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
     std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_);      ///< of each file that was ever used
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< not given back yet

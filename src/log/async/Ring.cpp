@@ -18,50 +18,53 @@ BlockPool::~BlockPool() {
     }
 }
 
-MessageBlock* BlockPool::take(std::size_t wanted, std::size_t least) {
-    if (QueueFile* const file = this->file()) {
-        return takeStored(*file, wanted, least);
-    }
+namespace {
+
+/// \throw std::bad_alloc
+MessageBlock* makeBlock(std::size_t capacity) {
+    auto* const block = new (::operator new(sizeof(MessageBlock) + capacity)) MessageBlock;
+    block->bytes = reinterpret_cast<char*>(block + 1);
+    block->capacity = capacity;
+    return block;
+}
+
+} // namespace
+
+MessageBlock* BlockPool::take(std::size_t capacity) {
     for (auto& place : kept_) {
         MessageBlock* const kept =
-            wanted == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
+            capacity == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
         if (kept != nullptr) {
             kept->next.store(nullptr, std::memory_order_relaxed);
             kept->published.store(0, std::memory_order_relaxed);
             return kept;
         }
     }
-    return takeMemory(wanted);
+    return makeBlock(capacity);
 }
 
-MessageBlock* BlockPool::takeMemory(std::size_t capacity) {
-    auto* const block = new (::operator new(sizeof(MessageBlock) + capacity)) MessageBlock;
-    block->capacity = capacity;
-    return block;
-}
-
-MessageBlock* BlockPool::takeStored(QueueFile& file, std::size_t wanted, std::size_t least) {
-    static_assert(sizeof(QueueFileFormat::BlockHead) + sizeof(MessageBlock) == QueueFileFormat::BODY,
-                  "the messages begin where a reader expects them");
-    std::size_t capacity = 0;
-    char* const memory = file.take(wanted, least, capacity);
-    if (memory == nullptr) {
-        throw QueueFileFull();
+MessageBlock* BlockPool::takeStored(QueueFile& file, std::size_t wanted, std::size_t least,
+                                    QueueFile::Room room) {
+    MessageBlock* const block = makeBlock(0);
+    const QueueFile::Memory memory = file.take(wanted, least, room);
+    if (memory.bytes == nullptr) {
+        ::operator delete(block);
+        return nullptr;
     }
-    auto* const block = new (memory + sizeof(QueueFileFormat::BlockHead)) MessageBlock;
-    block->capacity = capacity;
+    block->bytes = memory.bytes;
+    block->capacity = memory.size;
+    block->word = memory.word;
     block->file = &file;
     return block;
 }
 
 void BlockPool::giveBack(MessageBlock* block) noexcept {
     if (block->file != nullptr) {
-        block->file->giveBack(reinterpret_cast<char*>(block) - sizeof(QueueFileFormat::BlockHead));
-        return;
+        block->file->giveBack({block->bytes, block->capacity, block->word});
     }
     for (auto& place : kept_) {
         MessageBlock* empty = nullptr;
-        if (block->capacity == USUAL_CAPACITY &&
+        if (block->capacity == USUAL_CAPACITY && block->file == nullptr &&
             place.compare_exchange_strong(empty, block, std::memory_order_release,
                                           std::memory_order_relaxed)) {
             return;
@@ -78,11 +81,9 @@ constexpr std::size_t GROWTH = 8;
 
 } // namespace
 
-/// The first block lies in memory, since a ring can be made also if a file is full.
-Ring::Ring(BlockPool& pool)
-    : pool_(pool), nextCapacity_(pool.file() == nullptr ? FIRST_CAPACITY * GROWTH : FIRST_CAPACITY),
-      lastBlock_(pool.file() == nullptr ? pool.take(FIRST_CAPACITY, FIRST_CAPACITY)
-                                        : BlockPool::takeEmpty()) {
+/// The first block is empty: the first message says where it is to be kept.
+Ring::Ring(BlockPool& pool, QueueFile::Room room)
+    : pool_(pool), room_(room), nextCapacity_(FIRST_CAPACITY), lastBlock_(makeBlock(0)) {
     oldest_ = lastBlock_.load(std::memory_order_relaxed);
     front_ = Cursor(oldest_);
 }
@@ -97,9 +98,10 @@ Ring::~Ring() {
 
 // The side of the thread that appends
 
-PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber) {
-    if (pool_.file() != nullptr) {
-        return reserveStored(message, answeredReports, nextNumber);
+std::optional<PackedMessage> Ring::reserve(const MessageFields& message, int answeredReports,
+                                           std::uint64_t nextNumber, QueueFile* file) {
+    if (file != nullptr) {
+        return reserveStored(message, answeredReports, nextNumber, *file);
     }
     const PackedMessage packed(message, answeredReports, last_, nextNumber);
     if (lastBlock_.load(std::memory_order_relaxed)->file == nullptr &&
@@ -109,26 +111,28 @@ PackedMessage Ring::reserve(const MessageFields& message, int answeredReports, s
     // The first message of a block has nothing in common with the one before, since blocks come and go one by
     // one.
     const PackedMessage first(message, answeredReports, SharedFields(), nextNumber);
-    addBlock(first.size());
+    addBlock(first.size(), nullptr);
     return first;
 }
 
 /// In a file each message can be read by itself.
-PackedMessage Ring::reserveStored(const MessageFields& message, int answeredReports,
-                                  std::uint64_t nextNumber) {
+std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, int answeredReports,
+                                                 std::uint64_t nextNumber, QueueFile& file) {
+    if (!describe(file, message)) {
+        return std::nullopt;
+    }
     const PackedMessage packed(message, answeredReports, none_, nextNumber);
-    QueueFile& file = *pool_.file();
-    describe(file, message);
     const std::size_t size = QueueFileFormat::recordSize(packed.size());
     const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
-    if (last.file != &file || last.capacity - used_ < size) {
-        addBlock(size);
+    if ((last.file != &file || last.capacity - used_ < size) && !addBlock(size, &file)) {
+        return std::nullopt;
     }
     return packed;
 }
 
 /// Those that were used lately are remembered here.
-void Ring::describe(QueueFile& file, const MessageFields& message) {
+/// \return false if the file is full
+bool Ring::describe(QueueFile& file, const MessageFields& message) {
     const auto placeIn = [](auto& table, const void* address) -> const void*& {
         return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
     };
@@ -140,19 +144,32 @@ void Ring::describe(QueueFile& file, const MessageFields& message) {
     const void*& logger = placeIn(loggers_, message.loggerName.data());
     const void*& place = placeIn(places_, message.place);
     if (logger == message.loggerName.data() && place == message.place) {
-        return;
+        return true;
     }
     if (!file.describe(message)) {
-        throw QueueFileFull();
+        return false;
     }
     logger = message.loggerName.data();
     place = message.place;
+    return true;
 }
 
 /// The block is linked before the message has its number: who has seen the number sees the block.
-void Ring::addBlock(std::size_t neededBytes) {
-    MessageBlock* const block = pool_.take(std::max(neededBytes, nextCapacity_), neededBytes);
+/// \param file null for memory
+/// \return false if the file is full
+bool Ring::addBlock(std::size_t neededBytes, QueueFile* file) {
+    const std::size_t wanted = std::max(neededBytes, nextCapacity_);
+    MessageBlock* const block =
+        file == nullptr ? pool_.take(wanted) : BlockPool::takeStored(*file, wanted, neededBytes, room_);
+    if (block == nullptr) {
+        return false;
+    }
     nextCapacity_ = std::min(nextCapacity_ * GROWTH, BlockPool::USUAL_CAPACITY);
+    link(block);
+    return true;
+}
+
+void Ring::link(MessageBlock* block) noexcept {
     MessageBlock* const filled = lastBlock_.load(std::memory_order_relaxed);
     lastBlock_.store(block, std::memory_order_release);
     filled->next.store(block,
@@ -161,18 +178,9 @@ void Ring::addBlock(std::size_t neededBytes) {
     last_ = SharedFields();
 }
 
-namespace {
-
-/// \param block in a file
-std::uint64_t blockWordOf(MessageBlock& block) {
-    return (reinterpret_cast<QueueFileFormat::BlockHead*>(&block) - 1)->word;
-}
-
-} // namespace
-
 void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
-    char* const place = block.bytes() + used_;
+    char* const place = block.bytes + used_;
     if (block.file == nullptr) {
         message.writeTo(place, number, last_);
         used_ += message.size();
@@ -182,7 +190,7 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
         message.writeTo(payload, number, last_);
         used_ += QueueFileFormat::recordSize(message.size());
         QueueFileFormat::writeFrame(
-            blockWordOf(block), place, QueueFileFormat::frameWord(block.file->run(), message.size()),
+            block.word, place, QueueFileFormat::frameWord(block.file->run(), message.size()),
             {payload, message.size()}, block.capacity - used_ < sizeof(QueueFileFormat::Frame));
     }
     block.published.store(used_, std::memory_order_release);
@@ -210,12 +218,12 @@ std::size_t Ring::Cursor::frameSize() const noexcept {
 }
 
 std::uint64_t Ring::Cursor::nextNumber() const noexcept {
-    return PackedMessage::readNumber(block_->bytes() + offset_ + frameSize(), before_);
+    return PackedMessage::readNumber(block_->bytes + offset_ + frameSize(), before_);
 }
 
 PackedMessage::Unpacked Ring::Cursor::next() noexcept {
     const PackedMessage::Unpacked message =
-        PackedMessage::read(block_->bytes() + offset_ + frameSize(), before_);
+        PackedMessage::read(block_->bytes + offset_ + frameSize(), before_);
     if (block_->file == nullptr) {
         before_ = message.sharedFields();
         offset_ += message.size;
@@ -265,6 +273,11 @@ void Ring::freeToFront() noexcept {
         oldest_ = passed->next.load(std::memory_order_relaxed);
         pool_.giveBack(passed);
     }
+}
+
+void Ring::giveLastBlockBack() {
+    link(makeBlock(0));
+    passBlock();
 }
 
 void Ring::keep() noexcept {

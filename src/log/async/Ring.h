@@ -1,29 +1,27 @@
 #pragma once
 
 #include "log/async/PackedMessage.h"
+#include "log/queuefile/QueueFile.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace ZAV {
 namespace Log {
 
-class QueueFile;
-
-/// Memory for packed messages, which lie behind this head.
+/// Memory for packed messages, behind this head or in a file. The head itself is this process's alone, so that
+/// a forked child finds the chain as it was at the fork.
 struct MessageBlock {
-    char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
-
+    char* bytes = nullptr;
     std::atomic<MessageBlock*> next{
         nullptr};                          ///< set once, when the thread that appends has filled this block
     std::atomic<std::size_t> published{0}; ///< bytes that hold messages
     std::size_t capacity = 0;              ///< in bytes
     QueueFile* file = nullptr;             ///< where it lies, as records of their own; null if in memory
+    std::uint64_t word = 0;                ///< that it begins with in the file
 };
-
-/// Thrown where the file that the queue is kept in has no room for a message. The message was not queued.
-struct QueueFileFull {};
 
 /// Hands out blocks, and keeps a few that were given back: the first touch of new memory costs as much as
 /// packing the messages into it. All operations may be called from any thread, and take no lock.
@@ -36,28 +34,20 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// Has blocks come from a file from now on.
-    /// \param file must never be destroyed; null for memory
-    void setFile(QueueFile* file) noexcept { file_.store(file, std::memory_order_release); }
-    QueueFile* file() const noexcept { return file_.load(std::memory_order_acquire); }
+    /// \return a block in memory
+    /// \throw std::bad_alloc
+    MessageBlock* take(std::size_t capacity);
 
+    /// \return a block in a file; null if that is full
     /// \param wanted the capacity that the block should have
     /// \param least the capacity that it must have
     /// \throw std::bad_alloc
-    /// \throw QueueFileFull
-    MessageBlock* take(std::size_t wanted, std::size_t least);
-
-    /// \return one without capacity, which needs no file
-    /// \throw std::bad_alloc
-    static MessageBlock* takeEmpty() { return takeMemory(0); }
+    static MessageBlock* takeStored(QueueFile& file, std::size_t wanted, std::size_t least,
+                                    QueueFile::Room room);
 
     void giveBack(MessageBlock* block) noexcept;
 
 private:
-    static MessageBlock* takeMemory(std::size_t capacity);
-    MessageBlock* takeStored(QueueFile& file, std::size_t wanted, std::size_t least);
-
-    std::atomic<QueueFile*> file_{nullptr};
     std::atomic<MessageBlock*> kept_[16] = {}; ///< all of the usual capacity
 };
 
@@ -68,8 +58,9 @@ private:
 class Ring {
 public:
     /// \param pool must outlive the ring
+    /// \param room what it may take of a file
     /// \throw std::bad_alloc
-    explicit Ring(BlockPool& pool);
+    explicit Ring(BlockPool& pool, QueueFile::Room room = QueueFile::USUAL_ROOM);
     ~Ring();
     Ring(const Ring&) = delete;
     Ring& operator=(const Ring&) = delete;
@@ -79,9 +70,11 @@ public:
     /// Makes room for a message; the `append` that has to follow cannot fail.
     /// \param message lives until then
     /// \param nextNumber a number that the message's own will be at or above
+    /// \param file where the message is to be kept, which must never be destroyed; null for memory
+    /// \return nothing if the file has no room for it
     /// \throw std::bad_alloc
-    /// \throw QueueFileFull
-    PackedMessage reserve(const MessageFields& message, int answeredReports, std::uint64_t nextNumber);
+    std::optional<PackedMessage> reserve(const MessageFields& message, int answeredReports,
+                                         std::uint64_t nextNumber, QueueFile* file = nullptr);
 
     /// Writes the message that room was made for, and publishes it.
     void append(const PackedMessage& message, std::uint64_t number) noexcept;
@@ -137,18 +130,26 @@ public:
     /// \param read everything before it has been taken out
     void release(const Cursor& read) noexcept;
 
+    /// Gives the last block back, of a ring that holds no message and keeps nothing. No thread must append
+    /// meanwhile.
+    /// \throw std::bad_alloc
+    void giveLastBlockBack();
+
     /// Says that no thread appends any more.
     void end() noexcept { hasEnded_ = true; }
     bool hasEnded() const noexcept { return hasEnded_; }
 
 private:
-    PackedMessage reserveStored(const MessageFields& message, int answeredReports, std::uint64_t nextNumber);
-    void describe(QueueFile& file, const MessageFields& message);
-    void addBlock(std::size_t neededBytes);
+    std::optional<PackedMessage> reserveStored(const MessageFields& message, int answeredReports,
+                                               std::uint64_t nextNumber, QueueFile& file);
+    bool describe(QueueFile& file, const MessageFields& message);
+    bool addBlock(std::size_t neededBytes, QueueFile* file);
+    void link(MessageBlock* block) noexcept;
     bool passBlock() noexcept;
     void freeToFront() noexcept;
 
     BlockPool& pool_;
+    const QueueFile::Room room_;
 
     // Used by the thread that appends alone.
     std::size_t used_ = 0; ///< of the last block

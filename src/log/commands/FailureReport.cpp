@@ -35,6 +35,7 @@ void deliver(const std::string& text) {
 
 void deliverFor(const LogMessage& message, const char* reason) {
     FailureCount::add();
+    ++threadRecord().failedWrites;
     const std::string problem = reason != nullptr
                                     ? std::string("LogException from doOutput(msg).\nException = ") + reason
                                     : std::string("Unknown exception from doOutput(msg).");

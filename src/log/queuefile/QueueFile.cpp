@@ -10,6 +10,8 @@
 #include <chrono>
 #include <cstring>
 #include <limits>
+#include <new>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -63,7 +65,7 @@ void QueueFileMark::set(std::uint64_t number) noexcept {
 }
 
 QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
-    : path_(path), run_(makeRun()), generation_(Platform::forkGeneration()), life_(run_) {
+    : run_(makeRun()), generation_(Platform::forkGeneration()), life_(run_) {
     const std::size_t wholeSize = size == 0 ? 0 : slotSize(size);
     const Head head = makeHead(wholeSize);
     std::string problem;
@@ -71,12 +73,13 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     if (result == Platform::MappedFile::IN_USE) {
         throw LogException("The queue file " + path + " is in use.");
     }
-    if (result == Platform::MappedFile::MAPPED && file_.size() != 0) {
-        earlier_ = std::make_unique<StoredQueue>(std::string_view(file_.bytes(), file_.size()));
+    std::string content;
+    bool isDamaged = false;
+    if (result == Platform::MappedFile::MAPPED && file_.size() != 0 && file_.read(content, problem)) {
+        isDamaged = StoredQueue::isOne(content);
+        earlier_ = std::make_unique<StoredQueue>(std::move(content));
         problem = earlier_->problem();
     }
-    const bool isDamaged =
-        earlier_ != nullptr && StoredQueue::isOne({file_.bytes(), file_.size()}) && !problem.empty();
     if (!problem.empty() && (!isDamaged || damage == REFUSE_DAMAGED)) {
         throw LogException("The queue file " + path + " cannot be read: " + problem);
     }
@@ -108,6 +111,10 @@ void QueueFile::begin() {
     runNote_.assign(bytesOf(run)).append(process.program).append(process.host);
 }
 
+bool QueueFile::isOfThisProcess() const noexcept {
+    return generation_ == Platform::forkGeneration();
+}
+
 // Slots
 
 /// \return 0 if there is no such run of free ones
@@ -122,12 +129,12 @@ std::size_t QueueFile::findFree(std::size_t slots) const noexcept {
     return 0;
 }
 
-/// Messages leave room for what tells the next process of this one, and for what that one marks.
-char* QueueFile::takeSlots(BlockKind kind, std::size_t slots) noexcept {
-    const std::size_t kept = kind == MESSAGES ? std::max(isUsed_.size() / 32, LEAST_SLOTS / 2) : 0;
-    const std::size_t slot = used_ + slots + kept < isUsed_.size() ? findFree(slots) : 0;
+/// \param kept how many slots have to stay free
+QueueFile::Memory QueueFile::takeSlots(BlockKind kind, std::size_t slots, std::size_t kept) noexcept {
+    const bool hasRoom = used_ + slots + kept < isUsed_.size() && isOfThisProcess();
+    const std::size_t slot = hasRoom ? findFree(slots) : 0;
     if (slot == 0) {
-        return nullptr;
+        return {nullptr, 0, 0};
     }
     std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(slot), slots, true);
     while (firstFree_ < isUsed_.size() && isUsed_[firstFree_]) {
@@ -144,7 +151,7 @@ char* QueueFile::takeSlots(BlockKind kind, std::size_t slots) noexcept {
     const std::uint64_t word = blockWord(kind, slots, ++life_);
     publish(head->copy, word);
     publish(head->word, word);
-    return block;
+    return {block + BODY, slots * SLOT - BODY, word};
 }
 
 void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
@@ -162,33 +169,29 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
 }
 
 /// Threads keep their last blocks, so that they could fill the file with empty ones. Where it becomes scarce,
-/// they get small ones.
-char* QueueFile::take(std::size_t wanted, std::size_t least, std::size_t& capacity) noexcept {
+/// they get small ones. All leave room for what tells the next process of this one, and for what that one
+/// marks; and as much again for those who find no room but that.
+QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room room) noexcept {
     const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
     const ScopedLock lock(lock_);
+    const std::size_t reserved = std::max(isUsed_.size() / 64, LEAST_SLOTS / 4);
+    const std::size_t kept = room == ALSO_RESERVED ? reserved : 2 * reserved;
     const bool isScarce = used_ + slotsFor(wanted) > isUsed_.size() / 2;
-    std::size_t slots = slotsFor(isScarce ? least : wanted);
-    char* block = takeSlots(MESSAGES, slots);
-    if (block == nullptr && !isScarce) {
-        slots = slotsFor(least);
-        block = takeSlots(MESSAGES, slots);
-    }
-    capacity = slots * SLOT - BODY;
-    return block;
+    const Memory memory = takeSlots(MESSAGES, slotsFor(isScarce ? least : wanted), kept);
+    return memory.bytes != nullptr || isScarce ? memory : takeSlots(MESSAGES, slotsFor(least), kept);
 }
 
-void QueueFile::giveBack(char* block) noexcept {
-    if (generation_ != Platform::forkGeneration()) {
+void QueueFile::giveBack(const Memory& memory) noexcept {
+    if (!isOfThisProcess()) {
         return;
     }
     const ScopedLock lock(lock_);
-    const std::size_t slots = slotsIn(reinterpret_cast<BlockHead*>(block)->word);
-    freeSlots(static_cast<std::size_t>(block - file_.bytes()) / SLOT, slots);
+    freeSlots(static_cast<std::size_t>(memory.bytes - file_.bytes()) / SLOT, (memory.size + BODY) / SLOT);
 }
 
-void QueueFile::forgetEarlier() {
+void QueueFile::forgetEarlier() noexcept {
     const ScopedLock lock(lock_);
-    if (earlier_ == nullptr) {
+    if (earlier_ == nullptr || !isOfThisProcess()) {
         return;
     }
     // The process may end at any of these steps: nothing waits from here on, and what may still be found of a
@@ -215,12 +218,11 @@ bool QueueFile::note(std::string_view payload) noexcept {
     const std::size_t size = recordSize(payload.size());
     for (NoteEnd& copy : notes_) {
         if (copy.next == nullptr || static_cast<std::size_t>(copy.end - copy.next) < size) {
-            const std::size_t slots = (BODY + size + SLOT - 1) / SLOT;
-            char* const block = takeSlots(NOTES, slots);
-            if (block == nullptr) {
+            const Memory block = takeSlots(NOTES, (BODY + size + SLOT - 1) / SLOT);
+            if (block.bytes == nullptr) {
                 return false;
             }
-            copy = {reinterpret_cast<const BlockHead*>(block)->word, block + BODY, block + slots * SLOT};
+            copy = {block.word, block.bytes, block.bytes + block.size};
         }
         std::memcpy(copy.next + sizeof(Frame), payload.data(), payload.size());
         const bool isLast = static_cast<std::size_t>(copy.end - copy.next) < size + sizeof(Frame);
@@ -259,19 +261,19 @@ bool QueueFile::describe(const MessageFields& message) {
 
 // Marks
 
-QueueFileMark QueueFile::earlierDone(std::uint32_t run) {
+QueueFileMark QueueFile::earlierDone(std::uint32_t run) noexcept {
     return markOf(run, QUEUE_MARK, DONE);
 }
 
-QueueFileMark QueueFile::earlierMark(std::uint32_t run, std::string_view appenderName) {
+QueueFileMark QueueFile::earlierMark(std::uint32_t run, std::string_view appenderName) noexcept {
     return markOf(run, APPENDER_MARK, keyOf(appenderName));
 }
 
-QueueFileMark QueueFile::appenderMark(std::string_view name) {
+QueueFileMark QueueFile::appenderMark(std::string_view name) noexcept {
     return markOf(run_, APPENDER_MARK, keyOf(name));
 }
 
-QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t key) {
+QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t key) noexcept {
     const std::uint64_t word = frameWord(run, kind);
     const ScopedLock lock(lock_);
     const auto known = std::find_if(marks_.begin(), marks_.end(), [word, key](const Mark* mark) {
@@ -280,18 +282,10 @@ QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t 
     if (known != marks_.end()) {
         return QueueFileMark(*known);
     }
-    if (marksLeft_ == 0) {
-        char* const block = takeSlots(MARKS, 1);
-        if (block == nullptr) {
-            return QueueFileMark();
-        }
-        std::memset(block + BODY, 0, SLOT - BODY);
-        nextMark_ = reinterpret_cast<Mark*>(block + BODY);
-        marksLeft_ = (SLOT - BODY) / sizeof(Mark);
+    if (!addMark()) {
+        return QueueFileMark();
     }
-    marks_.push_back(nextMark_);
-    --marksLeft_;
-    Mark& made = *nextMark_++;
+    Mark& made = *marks_.back();
     made.key = key;
     made.inverse = ~std::uint64_t{0};
     Mark checked = made;
@@ -299,6 +293,30 @@ QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t 
     made.check = checkOf(checked);
     publish(made.word, word);
     return QueueFileMark(&made);
+}
+
+/// \return false if there is no room for it
+bool QueueFile::addMark() noexcept {
+    if (!isOfThisProcess()) {
+        return false;
+    }
+    if (marksLeft_ == 0) {
+        const Memory block = takeSlots(MARKS, 1);
+        if (block.bytes == nullptr) {
+            return false;
+        }
+        std::memset(block.bytes, 0, block.size);
+        nextMark_ = reinterpret_cast<Mark*>(block.bytes);
+        marksLeft_ = block.size / sizeof(Mark);
+    }
+    try {
+        marks_.push_back(nextMark_);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    --marksLeft_;
+    ++nextMark_;
+    return true;
 }
 
 } // namespace Log

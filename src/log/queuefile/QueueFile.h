@@ -40,7 +40,7 @@ private:
 /// that made the object; a forked child must not touch it.
 class QueueFile {
 public:
-    /// Whether a damaged file is opened all the same, to be read and not to be written to.
+    /// Whether a damaged file is opened all the same. It has no room for anything, so nothing is changed in it.
     enum Damage { REFUSE_DAMAGED, ACCEPT_DAMAGED };
 
     /// Opens the file or makes it, for this process alone.
@@ -52,30 +52,42 @@ public:
     QueueFile(const QueueFile&) = delete;
     QueueFile& operator=(const QueueFile&) = delete;
 
-    const std::string& path() const noexcept { return path_; }
+    /// \return whether a path leads to this file now
+    bool isAt(const std::string& path) const noexcept { return file_.isAt(path); }
 
     /// \return what earlier processes have left; null once it was forgotten
-    const StoredQueue* earlier() const noexcept { return earlier_.get(); }
+    StoredQueue* earlier() const noexcept { return earlier_.get(); }
 
     /// \return the mark up to which an earlier run's messages need no appender any more
-    QueueFileMark earlierDone(std::uint32_t run);
+    QueueFileMark earlierDone(std::uint32_t run) noexcept;
 
     /// \return a mark of an earlier run, which an appender moves on as it gets that run's messages
-    QueueFileMark earlierMark(std::uint32_t run, std::string_view appenderName);
+    QueueFileMark earlierMark(std::uint32_t run, std::string_view appenderName) noexcept;
 
-    /// Frees what earlier processes have left.
-    /// \throw std::bad_alloc
-    void forgetEarlier();
+    /// Frees what earlier processes have left. Without effect in a forked child.
+    void forgetEarlier() noexcept;
 
-    /// \return a block of messages, whose body begins after `QueueFileFormat::BODY` bytes; null if the file is full
-    /// \param wanted how large the body should be, in bytes
+    /// How much of the file messages may take.
+    enum Room {
+        USUAL_ROOM,
+        ALSO_RESERVED ///< also what is kept for those who find all else taken by others that hardly use it
+    };
+
+    /// The body of a block.
+    struct Memory {
+        char* bytes;        ///< null if there is none
+        std::size_t size;   ///< in bytes
+        std::uint64_t word; ///< that the block begins with
+    };
+
+    /// \return memory for messages; none if the file is full, and in a forked child
+    /// \param wanted how large it should be, in bytes
     /// \param least how large it must be
-    /// \param capacity receives how large it is
-    char* take(std::size_t wanted, std::size_t least, std::size_t& capacity) noexcept;
+    Memory take(std::size_t wanted, std::size_t least, Room room) noexcept;
 
     /// Without effect in a forked child.
-    /// \param block what `take` returned
-    void giveBack(char* block) noexcept;
+    /// \param memory what `take` returned
+    void giveBack(const Memory& memory) noexcept;
 
     /// \return whether more than half of the file has come into use since this was asked last
     bool hasBecomeHalfFull() noexcept {
@@ -91,18 +103,21 @@ public:
     /// What each record of this process begins with.
     std::uint32_t run() const noexcept { return run_; }
 
-    QueueFileMark mark(QueueFileFormat::QueueMark key) {
+    QueueFileMark mark(QueueFileFormat::QueueMark key) noexcept {
         return markOf(run_, QueueFileFormat::QUEUE_MARK, key);
     }
-    QueueFileMark appenderMark(std::string_view name);
+    QueueFileMark appenderMark(std::string_view name) noexcept;
 
 private:
     void begin();
+    bool isOfThisProcess() const noexcept;
     std::size_t findFree(std::size_t slots) const noexcept ZAV_LOG_REQUIRES(lock_);
-    char* takeSlots(QueueFileFormat::BlockKind kind, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
+    Memory takeSlots(QueueFileFormat::BlockKind kind, std::size_t slots, std::size_t kept = 0) noexcept
+        ZAV_LOG_REQUIRES(lock_);
     void freeSlots(std::size_t slot, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
     bool note(std::string_view payload) noexcept ZAV_LOG_REQUIRES(lock_);
-    QueueFileMark markOf(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key);
+    QueueFileMark markOf(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key) noexcept;
+    bool addMark() noexcept ZAV_LOG_REQUIRES(lock_);
 
     /// Where the next note goes, in one of the two copies.
     struct NoteEnd {
@@ -111,7 +126,6 @@ private:
         char* end = nullptr;
     };
 
-    const std::string path_;
     Platform::MappedFile file_;
     const std::uint32_t run_;
     const unsigned generation_; ///< tells a forked child

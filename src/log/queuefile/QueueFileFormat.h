@@ -71,8 +71,8 @@ constexpr bool isBlock(std::uint64_t word) {
            word == blockWord(kindIn(word), slotsIn(word), lifeIn(word));
 }
 
-/// Where the records or marks of a block begin; what lies between is the writer's own.
-constexpr std::size_t BODY = 48;
+/// Where the records or marks of a block begin.
+constexpr std::size_t BODY = sizeof(BlockHead);
 
 /// Begins a record, which lies at a multiple of its alignment. The payload follows, and a 0 in the place of
 /// the next record's first word, before the word that makes the record valid is written.

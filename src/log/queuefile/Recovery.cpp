@@ -2,25 +2,28 @@
 
 #include "log/Appender.h"
 #include "log/LogMessage.h"
-#include "log/async/BatchAppender.h"
 #include "log/layout/ProcessDescription.h"
 #include "log/message/FailureCount.h"
 #include "log/queuefile/QueueFile.h"
+#include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
+#include "log/reentrancy/ThreadRecord.h"
+#include "platform/Fork.h"
 #include "zav-util/StandardError.h"
 
+#include <algorithm>
 #include <exception>
 #include <map>
-#include <utility>
+#include <optional>
 
 namespace ZAV {
 namespace Log {
 
 namespace {
 
-/// \return whether the appender has written it, as far as it says
+/// \return whether the appender has written it, as far as that can be known
 bool give(Appender& appender, const LogMessage& message) noexcept {
-    const std::uint64_t failuresBefore = FailureCount::get();
+    const std::uint64_t failedBefore = threadRecord().failedWrites;
     try {
         appender.output(message);
     } catch (const std::exception& exception) {
@@ -28,55 +31,83 @@ bool give(Appender& appender, const LogMessage& message) noexcept {
     } catch (...) {
         Util::writeErrorLine("LogManager::init: uncaught exception: ", "unknown exception");
     }
-    return FailureCount::get() == failuresBefore;
+    return threadRecord().failedWrites == failedBefore;
 }
 
-/// An appender that messages are recovered to.
+/// An appender that messages are recovered to. If it forks, or another one, nothing more happens in the child:
+/// the messages are the parent's.
 class Recovered {
 public:
-    Recovered(Appender& appender, QueueFile* file) : appender_(appender), file_(file) {}
+    Recovered(Appender& appender, QueueFile& file)
+        : appender_(appender), file_(file), key_(QueueFileFormat::keyOf(appender.getName())),
+          generation_(Platform::forkGeneration()) {}
 
-    /// \return whether it was given
-    bool give(const StoredQueue::Message& stored, const LogMessage& message, bool stopsAtFailure) {
-        if (hasStopped_ || !stored.isWaitingFor(appender_.getName())) {
-            return false;
-        }
-        if (auto* const lines = dynamic_cast<BatchAppender*>(&appender_); lines != nullptr && !hasBegun_) {
-            lines->endTornLine();
-        }
-        hasBegun_ = true;
-        const bool isWritten = Log::give(appender_, message);
-        failures_ += isWritten ? 0 : 1;
-        hasStopped_ = !isWritten && stopsAtFailure;
-        if (!hasStopped_) {
-            markOf(stored.run->id).set(stored.number);
-        }
-        return true;
+    bool isWaitingFor(const StoredQueue::Message& stored) const {
+        const auto given = stored.run->appenders.find(key_);
+        return mayGoOn() && (given == stored.run->appenders.end() || stored.number > given->second);
     }
 
-    std::uint64_t failures() const noexcept { return failures_; }
+    /// \param message null if there was no memory for it, nor will there be: the next one can be written
+    void give(const StoredQueue::Message& stored, const LogMessage* message) {
+        hasFailed_ = message != nullptr && !Log::give(appender_, *message);
+        if (mayGoOn()) {
+            stored.run->appenders[key_] = stored.number; // for another `init` of this process
+            markOf(stored.run->id).set(stored.number);
+        }
+    }
+
+    bool hasFailed() const noexcept { return hasFailed_; }
 
 private:
+    bool mayGoOn() const noexcept { return !hasFailed_ && generation_ == Platform::forkGeneration(); }
+
     QueueFileMark& markOf(std::uint32_t run) {
         const auto [mark, isNew] = marks_.try_emplace(run);
-        if (isNew && file_ != nullptr) {
-            mark->second = file_->earlierMark(run, appender_.getName());
+        if (isNew) {
+            mark->second = file_.earlierMark(run, appender_.getName());
         }
         return mark->second;
     }
 
     Appender& appender_;
-    QueueFile* const file_;
+    QueueFile& file_;
+    const std::uint64_t key_;   ///< of its marks
+    const unsigned generation_; ///< tells a forked child
     std::map<std::uint32_t, QueueFileMark> marks_;
-    std::uint64_t failures_ = 0;
-    bool hasBegun_ = false;
-    bool hasStopped_ = false;
+    bool hasFailed_ = false;
 };
+
+/// \return nothing if there is no memory, as for a number that is to be as wide as the message's format says
+std::optional<LogMessage> makeMessage(const StoredQueue::Message& stored) {
+    try {
+        return stored.fields.makeMessage();
+    } catch (const std::exception&) {
+        FailureCount::add(); // there is no message to report
+        return std::nullopt;
+    }
+}
+
+/// \return whether it was given to an appender
+bool giveToAll(const StoredQueue::Message& stored, std::vector<Recovered>& appenders, Recovery& recovery) {
+    const auto isWaiting = [&stored](const Recovered& appender) { return appender.isWaitingFor(stored); };
+    if (std::none_of(appenders.begin(), appenders.end(), isWaiting)) {
+        return false;
+    }
+    const StoredQueue::Run& run = *stored.run;
+    const ShownProcess shown({run.program, run.processId, run.host});
+    const std::optional<LogMessage> message = makeMessage(stored);
+    recovery.failures += message ? 0 : 1;
+    for (Recovered& appender : appenders) {
+        if (appender.isWaitingFor(stored)) {
+            appender.give(stored, message ? &*message : nullptr);
+        }
+    }
+    return message.has_value();
+}
 
 } // namespace
 
-Recovery recover(const StoredQueue& stored, const std::vector<Appender*>& appenders, QueueFile* file,
-                 bool stopsAtFailure) {
+Recovery recover(QueueFile& file, const std::vector<Appender*>& appenders) {
     std::vector<Recovered> recovered;
     recovered.reserve(appenders.size());
     for (Appender* const appender : appenders) {
@@ -84,18 +115,11 @@ Recovery recover(const StoredQueue& stored, const std::vector<Appender*>& append
     }
     Recovery recovery;
     recovery.hasAppenders = !appenders.empty();
-    for (const StoredQueue::Message& message : stored.messages()) {
-        const StoredQueue::Run& run = *message.run;
-        const ShownProcess shown({run.program, run.processId, run.host});
-        const LogMessage made = message.fields.makeMessage();
-        bool isGiven = false;
-        for (Recovered& appender : recovered) {
-            isGiven = appender.give(message, made, stopsAtFailure) || isGiven;
-        }
-        recovery.messages += isGiven ? 1 : 0;
+    for (const StoredQueue::Message& message : file.earlier()->messages()) {
+        recovery.messages += giveToAll(message, recovered, recovery) ? 1 : 0;
     }
     for (const Recovered& appender : recovered) {
-        recovery.failures += appender.failures();
+        recovery.failures += appender.hasFailed() ? 1 : 0;
     }
     return recovery;
 }

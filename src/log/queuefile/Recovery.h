@@ -8,21 +8,20 @@ namespace Log {
 
 class Appender;
 class QueueFile;
-class StoredQueue;
 
 /// What becomes of messages that earlier processes have left.
 struct Recovery {
     bool hasAppenders = false;
     std::uint64_t messages = 0; ///< that at least one appender was given
-    std::uint64_t failures = 0; ///< of an appender to write one
+    std::uint64_t failures = 0; ///< messages that could not be made, and appenders that could not write one
 };
 
-/// Gives each appender the messages that it has not got yet, in their order. The caller must be in a
-/// `LibraryCall`. What a command listener throws at a report is shown on the standard error stream.
-/// \param file where their progress is marked; null for none
-/// \param stopsAtFailure whether an appender that has failed gets no further message
-Recovery recover(const StoredQueue& stored, const std::vector<Appender*>& appenders, QueueFile* file,
-                 bool stopsAtFailure);
+/// Gives each appender the messages that it has not got yet, in their order, and marks in the file how far it
+/// has come. One that fails gets nothing more: what it has not written waits for the next time. The caller
+/// must be in a `LibraryCall`. What a command listener throws at a report is shown on the standard error
+/// stream.
+/// \param file has something of earlier processes
+Recovery recover(QueueFile& file, const std::vector<Appender*>& appenders);
 
 } // namespace Log
 } // namespace ZAV

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -40,16 +41,11 @@ std::uint64_t numberOf(const Mark& mark, bool isUpper) {
 
 } // namespace
 
-bool StoredQueue::Message::isWaitingFor(std::string_view appenderName) const noexcept {
-    const auto mark = run->appenders.find(keyOf(appenderName));
-    return mark == run->appenders.end() || number > mark->second;
-}
-
 bool StoredQueue::isOne(std::string_view bytes) noexcept {
     return bytes.substr(0, BEGINNING) == std::string_view(MAGIC, BEGINNING);
 }
 
-StoredQueue::StoredQueue(std::string_view bytes) : bytes_(bytes) {
+StoredQueue::StoredQueue(std::string bytes) : content_(std::move(bytes)), bytes_(content_) {
     if (checkHead()) {
         readBlocks();
         readMessages();

@@ -39,12 +39,9 @@ public:
     };
 
     struct Message {
-        const Run* run;
+        Run* run;
         std::uint64_t number; ///< in the order of the run
-        MessageFields fields; ///< their texts are those of the file
-
-        /// \return whether an appender of that name has not got it yet
-        bool isWaitingFor(std::string_view appenderName) const noexcept;
+        MessageFields fields; ///< their texts are those of the queue
     };
 
     /// A block that is in use.
@@ -54,9 +51,9 @@ public:
         std::size_t slots;
     };
 
-    /// \param bytes of the file; they must outlive the object
+    /// \param bytes of the file: a copy, which nobody can change while it is read
     /// \throw std::bad_alloc
-    explicit StoredQueue(std::string_view bytes);
+    explicit StoredQueue(std::string bytes);
     StoredQueue(const StoredQueue&) = delete;
     StoredQueue& operator=(const StoredQueue&) = delete;
 
@@ -95,7 +92,8 @@ private:
     void readMessages();
     void damage() { problem_ = problem_.empty() ? "It is damaged" : problem_; }
 
-    const std::string_view bytes_;
+    const std::string content_;
+    const std::string_view bytes_; ///< the same
     std::string problem_;
     std::size_t scanned_ = 0; ///< bytes that were looked at in vain
     std::vector<Block> blocks_;

@@ -37,12 +37,14 @@ Target targetOf(std::streambuf* buffer) {
 }
 
 /// A failure is not the application's, whose stream it would end.
-void writeByStream(std::ostream& stream, std::string_view text) {
+bool writeByStream(std::ostream& stream, std::string_view text) {
     const std::ios_base::iostate before = stream.rdstate();
     stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    const bool isWritten = stream.good();
     if (stream.rdstate() != before) {
         stream.clear(before);
     }
+    return isWritten;
 }
 
 /// Keeps other threads from C's stream.
@@ -66,26 +68,25 @@ private:
 };
 
 /// Writes past the buffer; what the application has left in there goes first.
-void writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
+bool writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
     const HeldFile held(target.file);
     buffer.pubsync();
-    writeAll(target.descriptor, text.data(), text.size());
+    return writeAll(target.descriptor, text.data(), text.size()) == text.size();
 }
 
 } // namespace
 
-void writeToStream(std::ostream& stream, std::string_view text) {
+bool writeToStream(std::ostream& stream, std::string_view text) {
     const Target target = targetOf(stream.rdbuf());
     const bool flushesAnother = stream.tie() != nullptr;
     const WriteSignalGuard guard(flushesAnother ? UNKNOWN : target.descriptor, wasLimitedAtLoad);
     if (target.descriptor == UNKNOWN) {
-        writeByStream(stream, text);
-        return;
+        return writeByStream(stream, text);
     }
     if (flushesAnother) { // before the lock
         stream.tie()->flush();
     }
-    writePast(*stream.rdbuf(), target, text);
+    return writePast(*stream.rdbuf(), target, text);
 }
 
 } // namespace Platform

@@ -5,12 +5,14 @@
 namespace ZAV {
 namespace Platform {
 
-void writeToStream(std::ostream& stream, std::string_view text) {
+bool writeToStream(std::ostream& stream, std::string_view text) {
     const std::ios_base::iostate before = stream.rdstate();
     stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    const bool isWritten = stream.good();
     if (stream.rdstate() != before) {
         stream.clear(before);
     }
+    return isWritten;
 }
 
 } // namespace Platform
