@@ -33,6 +33,20 @@ public:
     /// \param problem receives the system's word if the result is `FAILED`
     Result open(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
+    /// Takes a copy of all that the file holds.
+    /// \param problem receives the system's word if that fails
+    /// \return false then
+    /// \throw std::bad_alloc
+    bool read(std::string& content, std::string& problem) const;
+
+    /// Takes the file from all but its user.
+    /// \param problem receives the system's word if that fails
+    /// \return false then
+    bool makePrivate(std::string& problem);
+
+    /// \return whether a path leads to the open file
+    bool isAt(const std::string& path) const noexcept;
+
     char* bytes() const noexcept { return bytes_; }
     std::size_t size() const noexcept { return size_; }
 

@@ -41,27 +41,39 @@ private:
     bool isSaid_ = false;
 };
 
-/// \param isMarked whether the file is told of each line that was written
+/// Marks each line that was written; a damaged file takes no marks.
 /// \throw OutputClosed, Failure
-void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, bool isMarked, Output& output) {
+void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, Output& output) {
     for (const Log::StoredQueue::Message& message : file.earlier()->messages()) {
         output.write(lineOf(message, layout));
         output.flush();
-        if (isMarked) {
-            file.earlierDone(message.run->id).set(message.number);
-        }
+        file.earlierDone(message.run->id).set(message.number);
     }
 }
 
 /// As the program would have, but for the queue's own keys, since the file is open here.
-Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties, bool isMarked) {
+Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE));
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE_SIZE));
     Log::LogManager::init(properties);
     const FailureWord failureWord;
-    const Log::Recovery recovery = Log::AsynchronousDispatcher::instance().recover(file, isMarked);
+    const Log::Recovery recovery = Log::AsynchronousDispatcher::instance().recover(file);
     Log::LogManager::finish();
     return recovery;
+}
+
+/// \return false if a message is missing where it should be, which is said
+bool isAllThere(const Log::Recovery& recovery, const std::string& configuration) {
+    if (!recovery.hasAppenders) {
+        complain(configuration + " has no asynchronous appender");
+    }
+    for (const std::string& name : recovery.failed) {
+        complain("appender " + name + " could not write all; the file keeps the rest");
+    }
+    if (recovery.lost != 0) {
+        complain(std::to_string(recovery.lost) + " of the messages could not be written for want of memory");
+    }
+    return recovery.isAllGiven() && recovery.lost == 0;
 }
 
 } // namespace
@@ -94,34 +106,37 @@ ExitCode RecoverCommand::run(Output& output) {
     if (file.earlier() == nullptr) {
         return EXIT_AS_WISHED; // an empty file
     }
-    const bool isWhole = file.earlier()->problem().empty();
+    try {
+        return deliver(file, properties, output);
+    } catch (const OutputClosed&) {
+        return EXIT_COMPLAINT;
+    }
+}
+
+/// The file is emptied before anything is said, so that it does not matter then who listens.
+ExitCode RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output) {
+    const std::string damage = file.earlier()->problem();
+    const bool isEmpty = file.earlier()->messages().empty();
     Log::Recovery recovery;
-    recovery.hasAppenders = true;
     if (configuration_.empty()) {
-        try {
-            writeAll(file, *Log::makeLayout(Log::readLayout(layout_), {}, false), isWhole, output);
-        } catch (const OutputClosed&) {
-            return EXIT_COMPLAINT; // the file keeps the rest
-        }
+        writeAll(file, *Log::makeLayout(Log::readLayout(layout_), {}, false), output);
+        recovery.hasAppenders = true;
     } else {
-        recovery = deliverAll(file, properties, isWhole);
+        recovery = deliverAll(file, properties);
+    }
+    if (damage.empty() && (isEmpty || recovery.isAllGiven())) {
+        file.forgetEarlier();
+    }
+    if (!configuration_.empty()) {
         output.write(std::to_string(recovery.messages) +
                      (recovery.messages == 1 ? " message\n" : " messages\n"));
+        output.flush();
     }
-    if (!isWhole) {
-        complain(path_ + ": " + file.earlier()->problem() +
-                 "; some messages are missing, and it was left as it is");
+    if (!damage.empty()) {
+        complain(path_ + ": " + damage + "; some messages are missing, and it was left as it is");
         return EXIT_COMPLAINT;
     }
-    if (!recovery.hasAppenders && !file.earlier()->messages().empty()) {
-        complain(configuration_ + " has no asynchronous appender");
-        return EXIT_COMPLAINT;
-    }
-    if (recovery.failures != 0) {
-        return EXIT_COMPLAINT;
-    }
-    file.forgetEarlier();
-    return EXIT_AS_WISHED;
+    return isEmpty || isAllThere(recovery, configuration_) ? EXIT_AS_WISHED : EXIT_COMPLAINT;
 }
 
 } // namespace Tools

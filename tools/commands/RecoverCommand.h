@@ -6,6 +6,13 @@
 #include <string>
 
 namespace ZAV {
+namespace Log {
+class QueueFile;
+}
+namespace Util {
+class Properties;
+}
+
 namespace Tools {
 
 /// `zav-log recover`: delivers what a program has left in the file of its queue.
@@ -16,6 +23,8 @@ public:
     ExitCode run(Output& output) override;
 
 private:
+    ExitCode deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output);
+
     std::string path_;
     std::string configuration_;
     std::string layout_ = "plain";

@@ -23,8 +23,7 @@ constexpr std::size_t QUEUE_BEGINNING = Log::StoredQueue::BEGINNING;
 
 /// What waits in a queue file, as lines of `json`, which say most of a message.
 struct QueueLines {
-    /// Reads a file that another process may be using. What it frees and fills again meanwhile looks damaged,
-    /// so such a file is read anew.
+    /// Reads a file that another process may be using.
     explicit QueueLines(const Platform::InputFile& file);
 
     std::string text;

@@ -5,7 +5,6 @@
 #include "log/commands/FailureReport.h"
 #include "log/message/FailureCount.h"
 #include "log/message/ReusedMessage.h"
-#include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ReportAnswer.h"
 #include "zav-util/StandardError.h"
@@ -288,16 +287,17 @@ QueueFileMark AsynchronousAppenders::Entry::markIn(QueueFile* file) const noexce
                : file->appenderMark(marked->getName());
 }
 
-Recovery AsynchronousAppenders::recover(QueueFile& file, bool isMarked, bool stopsAtFailure) {
+Recovery AsynchronousAppenders::recover(QueueFile& file) {
     const ScopedLock lock(appendersLock_);
     renewList();
     std::vector<Appender*> appenders;
     for (const Entry& entry : asynchronousAppenders_) {
-        if (entry.isListed == nullptr) {
-            appenders.push_back(entry.appender);
+        Appender* const appender = entry.appender;
+        if (entry.isListed == nullptr && appender != nullptr) {
+            appenders.push_back(appender);
         }
     }
-    return Log::recover(*file.earlier(), appenders, isMarked ? &file : nullptr, stopsAtFailure);
+    return Log::recover(file, appenders);
 }
 
 void AsynchronousAppenders::endDeliveryInChild() noexcept {

@@ -56,11 +56,8 @@ public:
     bool deliver(MessageBatch& batch, QueueFile* file = nullptr) noexcept;
 
     /// Gives the appenders of the configuration what earlier processes have left in a file, each what it has
-    /// not got yet. The caller must be in a `LibraryCall`.
-    /// \param file has something of theirs
-    /// \param isMarked whether it is told how far the appenders have come
-    /// \param stopsAtFailure whether an appender that has failed gets no further message
-    Recovery recover(QueueFile& file, bool isMarked, bool stopsAtFailure);
+    /// not got yet, as `Log::recover` does.
+    Recovery recover(QueueFile& file);
 
     /// Held by whoever wants no delivery to begin.
     Platform::CriticalSection& deliveryLock() noexcept ZAV_LOG_RETURN_CAPABILITY(appendersLock_) {

@@ -1,6 +1,5 @@
 #include "log/async/AsynchronousDispatcher.h"
 
-#include "log/LogException.h"
 #include "log/commands/CommandBus.h"
 #include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
@@ -14,9 +13,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <filesystem>
-#include <iterator>
-#include <system_error>
 #include <thread>
 
 namespace ZAV {
@@ -53,8 +49,8 @@ AsynchronousDispatcher::AsynchronousDispatcher() {
 /// by an appender that is being made, does not wait for one.
 void AsynchronousDispatcher::init(const Util::Properties& properties,
                                   const std::function<void()>& makeAppenders) {
-    useQueueFile(properties);
-    QueueFile* const file = queue_.file();
+    QueueFile* const file = files_.open(properties);
+    queue_.keepIn(file);
     if (file == nullptr || file->earlier() == nullptr) {
         makeAppenders();
         configure(properties);
@@ -64,46 +60,21 @@ void AsynchronousDispatcher::init(const Util::Properties& properties,
     const ScopedLock lock(appenders_.deliveryLock());
     makeAppenders();
     configure(properties);
-    const Recovery recovery = appenders_.recover(*file, true, false);
-    if (recovery.hasAppenders || file->earlier()->messages().empty()) {
-        file->forgetEarlier();
-    }
+    const Recovery recovery = appenders_.recover(*file);
     recovered_ += recovery.messages;
+    if (recovery.isAllGiven() || file->earlier()->messages().empty()) {
+        file->forgetEarlier();
+        queue_.keepIn(queue_.file()); // which may have had no room for its marks
+    }
 }
 
-Recovery AsynchronousDispatcher::recover(QueueFile& file, bool isMarked) {
+Recovery AsynchronousDispatcher::recover(QueueFile& file) {
     const LibraryCall call;
-    return appenders_.recover(file, isMarked, true);
-}
-
-/// A file stays this process's until it ends, since the queue may still have messages in it.
-void AsynchronousDispatcher::useQueueFile(const Util::Properties& properties) {
-    const QueueFileSettings settings(properties, QueueFileSettings());
-    fileSettings_ = settings;
-    if (settings.path.empty()) {
-        queue_.keepIn(nullptr);
-        return;
-    }
-    // The right to a file would be lost if this process opened it once more.
-    auto known =
-        std::find_if(files_.begin(), files_.end(), [&settings](const std::unique_ptr<QueueFile>& file) {
-            std::error_code ignored;
-            return file->path() == settings.path ||
-                   std::filesystem::equivalent(file->path(), settings.path, ignored);
-        });
-    if (known == files_.end()) {
-        files_.push_back(std::make_unique<QueueFile>(settings.path, settings.size));
-        known = std::prev(files_.end());
-    }
-    queue_.keepIn(known->get());
+    return appenders_.recover(file);
 }
 
 DispatcherSettings AsynchronousDispatcher::settingsBy(const Util::Properties& properties) const {
-    const QueueFileSettings file(properties, fileSettings_);
-    const bool isSameSize = file.path.empty() || file.size == fileSettings_.size;
-    if (file.path != fileSettings_.path || !isSameSize) {
-        throw LogException("The queue file cannot be changed by a reload.");
-    }
+    files_.refuseChange(properties);
     return queue_.settings().renewedBy(properties);
 }
 
@@ -419,10 +390,7 @@ bool AsynchronousDispatcher::endConsumer(bool mayWait) {
 void AsynchronousDispatcher::beginInChild() noexcept {
     const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();
-    for (std::unique_ptr<QueueFile>& file : files_) {
-        static_cast<void>(file.release()); // which is the parent's
-    }
-    files_.clear();
+    files_.forgetInChild();
     stateBell_.renewInChild();
     appenders_.endDeliveryInChild();
     if (isExchanging) {

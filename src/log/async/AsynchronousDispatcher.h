@@ -2,6 +2,7 @@
 
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
+#include "log/async/QueueFiles.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>
@@ -32,9 +33,8 @@ public:
     void init(const Util::Properties& properties, const std::function<void()>& makeAppenders);
 
     /// Gives the appenders of the configuration what other processes have left in a file that the queue does
-    /// not use. One that fails gets nothing more.
-    /// \param isMarked whether the file is told how far they have come
-    Recovery recover(QueueFile& file, bool isMarked);
+    /// not use.
+    Recovery recover(QueueFile& file);
 
     /// Has the consumer write to an appender, and starts it if it does not run.
     /// \param appender not owned; must live until it was unregistered
@@ -116,7 +116,6 @@ private:
 
     AsynchronousDispatcher();
 
-    void useQueueFile(const Util::Properties& properties);
     bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);
     void start() ZAV_LOG_REQUIRES(threadLock_);
     void startIfWanted(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
@@ -133,9 +132,8 @@ private:
     void beginInChild() noexcept;
 
     MessageQueue queue_;
-    std::vector<std::unique_ptr<QueueFile>> files_; ///< that were ever used, by `init` alone
-    QueueFileSettings fileSettings_;                ///< of the last `init`
-    std::atomic<std::uint64_t> recovered_{0};       ///< messages of earlier processes
+    QueueFiles files_;                        ///< used by `init` and `reload` alone
+    std::atomic<std::uint64_t> recovered_{0}; ///< messages of earlier processes
     AsynchronousAppenders appenders_;
     Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
     std::atomic<State> state_{ABSENT};                               ///< read without it

@@ -83,9 +83,8 @@ void DispatcherSettings::read(const Util::Properties& properties) {
 }
 
 QueueFileSettings::QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before) {
-    std::string file;
-    properties.getProperty(dispatcherKey(DispatcherOption::QUEUE_FILE), file);
-    path = Platform::absolutePath(file);
+    properties.getProperty(dispatcherKey(DispatcherOption::QUEUE_FILE), name);
+    path = Platform::absolutePath(name);
     if (properties.count(dispatcherKey(DispatcherOption::QUEUE_FILE_SIZE)) != 0) {
         size = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, toFileSize).value_or(before.size);
     }

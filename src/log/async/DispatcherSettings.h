@@ -48,6 +48,7 @@ struct QueueFileSettings {
     /// \param before what holds for the size then
     QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before);
 
+    std::string name;                                     ///< as the key has it; empty for memory
     std::string path;                                     ///< from the root; empty for memory
     std::uint64_t size = std::uint64_t{16} * 1024 * 1024; ///< in bytes, of a file that is made
 };

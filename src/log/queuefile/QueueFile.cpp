@@ -79,6 +79,7 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
         isDamaged = StoredQueue::isOne(content);
         earlier_ = std::make_unique<StoredQueue>(std::move(content));
         problem = earlier_->problem();
+        static_cast<void>(problem.empty() && file_.makePrivate(problem));
     }
     if (!problem.empty() && (!isDamaged || damage == REFUSE_DAMAGED)) {
         throw LogException("The queue file " + path + " cannot be read: " + problem);

@@ -57,6 +57,7 @@ public:
     }
 
     bool hasFailed() const noexcept { return hasFailed_; }
+    const std::string& name() const noexcept { return appender_.getName(); }
 
 private:
     bool mayGoOn() const noexcept { return !hasFailed_ && generation_ == Platform::forkGeneration(); }
@@ -96,7 +97,7 @@ bool giveToAll(const StoredQueue::Message& stored, std::vector<Recovered>& appen
     const StoredQueue::Run& run = *stored.run;
     const ShownProcess shown({run.program, run.processId, run.host});
     const std::optional<LogMessage> message = makeMessage(stored);
-    recovery.failures += message ? 0 : 1;
+    recovery.lost += message ? 0 : 1;
     for (Recovered& appender : appenders) {
         if (appender.isWaitingFor(stored)) {
             appender.give(stored, message ? &*message : nullptr);
@@ -119,7 +120,9 @@ Recovery recover(QueueFile& file, const std::vector<Appender*>& appenders) {
         recovery.messages += giveToAll(message, recovered, recovery) ? 1 : 0;
     }
     for (const Recovered& appender : recovered) {
-        recovery.failures += appender.hasFailed() ? 1 : 0;
+        if (appender.hasFailed()) {
+            recovery.failed.push_back(appender.name());
+        }
     }
     return recovery;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace ZAV {
@@ -13,7 +14,11 @@ class QueueFile;
 struct Recovery {
     bool hasAppenders = false;
     std::uint64_t messages = 0; ///< that at least one appender was given
-    std::uint64_t failures = 0; ///< messages that could not be made, and appenders that could not write one
+    std::uint64_t lost = 0;     ///< for which there was no memory
+    std::vector<std::string> failed; ///< names of the appenders that could not write a message
+
+    /// \return whether nothing waits any more
+    bool isAllGiven() const noexcept { return hasAppenders && failed.empty(); }
 };
 
 /// Gives each appender the messages that it has not got yet, in their order, and marks in the file how far it

@@ -2,6 +2,7 @@
 
 #include "platform/CancellationGuard.h"
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/Writing.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -48,7 +49,7 @@ bool isOwnFile(const struct stat& status, std::string& problem) {
     return problem.empty();
 }
 
-bool isAt(const std::string& path, const struct stat& status) {
+bool leadsTo(const std::string& path, const struct stat& status) {
     struct stat named;
     return stat(path.c_str(), &named) == 0 && named.st_dev == status.st_dev && named.st_ino == status.st_ino;
 }
@@ -60,6 +61,19 @@ bool isEmptyOrMissing(const std::string& path) {
 
 bool writeBeginning(int file, std::string_view text) {
     return pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+}
+
+/// \return an error of the system, one too large for the process or the disk for example; 0 if there is none
+int allocate(int file, std::size_t size) {
+    const WriteSignalGuard guard(file, true);
+    int error = ftruncate(file, 0) == 0 ? 0 : errno;
+    if (error == 0) {
+        do {
+            error = posix_fallocate(file, 0, static_cast<off_t>(size));
+        } while (error == EINTR);
+    }
+    errno = error; // by which the guard goes
+    return error;
 }
 
 } // namespace
@@ -101,7 +115,7 @@ MappedFile::Result MappedFile::openExisting(const std::string& path, std::string
     if (!lock(file.number())) {
         return errno == EACCES || errno == EAGAIN ? IN_USE : failure(problem);
     }
-    if (!isAt(path, status)) {
+    if (!leadsTo(path, status)) {
         return FAILED;
     }
     handle_ = file.release();
@@ -123,14 +137,14 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     if (!lock(file.number())) {
         return errno == EACCES || errno == EAGAIN ? IN_USE : failure(problem);
     }
-    if (!isAt(unfinished, status) || !isEmptyOrMissing(path)) {
+    if (!leadsTo(unfinished, status)) {
+        return FAILED; // another process has just made the file
+    }
+    if (!isEmptyOrMissing(path)) {
         unlink(unfinished.c_str());
-        return FAILED; // another process has just made it
+        return FAILED;
     }
-    int error = ftruncate(file.number(), 0) == 0 ? 0 : errno;
-    if (error == 0) {
-        error = posix_fallocate(file.number(), 0, static_cast<off_t>(size));
-    }
+    int error = allocate(file.number(), size);
     if (error != 0 || fchmod(file.number(), FOR_ITS_USER) != 0 || !writeBeginning(file.number(), beginning) ||
         rename(unfinished.c_str(), path.c_str()) != 0) {
         error = error != 0 ? error : errno;
@@ -140,6 +154,35 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     handle_ = file.release();
     size_ = size;
     return map(problem) ? MADE : FAILED;
+}
+
+bool MappedFile::read(std::string& content, std::string& problem) const {
+    content.resize(size_);
+    std::size_t size = 0;
+    ssize_t count = 1;
+    while (count != 0 && size < size_) {
+        count = pread(static_cast<int>(handle_), content.data() + size, size_ - size,
+                      static_cast<off_t>(size));
+        if (count < 0 && errno != EINTR) {
+            failure(problem);
+            return false;
+        }
+        size += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    content.resize(size);
+    return true;
+}
+
+bool MappedFile::makePrivate(std::string& problem) {
+    if (fchmod(static_cast<int>(handle_), FOR_ITS_USER) != 0) {
+        failure(problem);
+    }
+    return problem.empty();
+}
+
+bool MappedFile::isAt(const std::string& path) const noexcept {
+    struct stat status;
+    return fstat(static_cast<int>(handle_), &status) == 0 && leadsTo(path, status);
 }
 
 bool MappedFile::map(std::string& problem) {

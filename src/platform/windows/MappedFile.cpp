@@ -4,6 +4,7 @@
 #include "platform/windows/SystemFailure.h"
 #include "platform/windows/UserOnly.h"
 
+#include <algorithm>
 #include <exception>
 #include <windows.h>
 
@@ -19,6 +20,11 @@ MappedFile::Result failure(std::string& problem, DWORD error = GetLastError()) {
     problem = systemFailure(error).what();
     return MappedFile::FAILED;
 }
+
+/// How often a file may be replaced by another process between two looks at it.
+constexpr int MOST_ATTEMPTS = 10;
+
+constexpr std::size_t LARGEST_READ = std::size_t{64} * 1024 * 1024;
 
 /// Nobody else may open it for writing, which stands for the right to it; but it may be looked at and
 /// renamed.
@@ -55,8 +61,15 @@ MappedFile::~MappedFile() {
 
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
-    return size != 0 && isEmptyOrMissing(path) ? make(path, size, beginning, problem)
-                                               : openExisting(path, problem);
+    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
+        const Result result = size != 0 && isEmptyOrMissing(path) ? make(path, size, beginning, problem)
+                                                                  : openExisting(path, problem);
+        if (result != FAILED || !problem.empty()) {
+            return result;
+        }
+    }
+    problem = "It is replaced again and again";
+    return FAILED;
 }
 
 MappedFile::Result MappedFile::openExisting(const std::string& path, std::string& problem) {
@@ -70,6 +83,8 @@ MappedFile::Result MappedFile::openExisting(const std::string& path, std::string
     return map(problem) ? MAPPED : FAILED;
 }
 
+/// One process at a time has the unfinished file, and looks again whether another one has been faster.
+/// \return `FAILED` without a problem if so
 MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
     const std::string unfinished = path + ".new";
@@ -77,6 +92,10 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
         UserOnly userOnly;
         Handle file(openFile(unfinished, CREATE_ALWAYS, userOnly.get()));
         DWORD written = 0;
+        if (file.isOpen() && !isEmptyOrMissing(path)) {
+            DeleteFileA(unfinished.c_str());
+            return FAILED;
+        }
         if (!file.isOpen() || !setSize(file.get(), size) ||
             WriteFile(file.get(), beginning.data(), static_cast<DWORD>(beginning.size()), &written,
                       nullptr) == 0 ||
@@ -90,6 +109,41 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     }
     size_ = size;
     return map(problem) ? MADE : FAILED;
+}
+
+bool MappedFile::read(std::string& content, std::string& problem) const {
+    content.resize(size_);
+    std::size_t size = 0;
+    DWORD count = 1;
+    while (count != 0 && size < size_) {
+        OVERLAPPED place = {};
+        place.Offset = static_cast<DWORD>(size);
+        place.OffsetHigh = static_cast<DWORD>(static_cast<std::uint64_t>(size) >> 32U);
+        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(size_ - size, LARGEST_READ));
+        if (ReadFile(reinterpret_cast<HANDLE>(handle_), content.data() + size, wanted, &count, &place) == 0) {
+            failure(problem);
+            return false;
+        }
+        size += count;
+    }
+    content.resize(size);
+    return true;
+}
+
+/// A file that is there keeps the rights that it was given.
+bool MappedFile::makePrivate(std::string&) {
+    return true;
+}
+
+bool MappedFile::isAt(const std::string& path) const noexcept {
+    const Handle named(CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    BY_HANDLE_FILE_INFORMATION there;
+    BY_HANDLE_FILE_INFORMATION own;
+    return named.isOpen() && GetFileInformationByHandle(named.get(), &there) != 0 &&
+           GetFileInformationByHandle(reinterpret_cast<HANDLE>(handle_), &own) != 0 &&
+           there.dwVolumeSerialNumber == own.dwVolumeSerialNumber &&
+           there.nFileIndexHigh == own.nFileIndexHigh && there.nFileIndexLow == own.nFileIndexLow;
 }
 
 bool MappedFile::map(std::string& problem) {

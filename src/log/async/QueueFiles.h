@@ -1,0 +1,32 @@
+#pragma once
+
+#include "log/async/DispatcherSettings.h"
+#include "log/queuefile/QueueFile.h"
+
+#include <memory>
+#include <vector>
+
+namespace ZAV {
+namespace Log {
+
+/// The queue files of this process. Each stays its own until it ends, since the queue may still have messages
+/// in it. Used by one thread at a time.
+class QueueFiles {
+public:
+    /// \return the file that the properties name, opened or made; null if they name none. It is never destroyed
+    /// \throw LogException if it cannot be used
+    QueueFile* open(const Util::Properties& properties);
+
+    /// \throw LogException if the properties name another file than those of the last `open`
+    void refuseChange(const Util::Properties& properties) const;
+
+    /// In a forked child: forgets the files, which are the parent's.
+    void forgetInChild() noexcept;
+
+private:
+    std::vector<std::unique_ptr<QueueFile>> files_;
+    QueueFileSettings settings_; ///< of the last `open`
+};
+
+} // namespace Log
+} // namespace ZAV
