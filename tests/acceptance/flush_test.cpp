@@ -139,6 +139,15 @@ TEST_F(Flush, LeavesNoProducerWaitingForAConsumerThatEnds) {
     expectConserved(LogManager::statistics());
 }
 
+/// The consumer may make room just as the call finds none. Nobody else would wake the producer then.
+TEST_F(Flush, LetsASoleProducerGoOnWheneverThereIsRoom) {
+    ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.overflow = block\n"
+                                "zav.log.AsynchronousDispatcher.maxQueueSize = 2\n"));
+    log(5000); // a hang here is the failure
+    EXPECT_TRUE(LogManager::flush());
+    EXPECT_EQ(LogManager::statistics().discarded, 0U);
+}
+
 TEST_F(Flush, LeavesCountersThatAddUpUnderEightProducers) {
     const TestSupport::StandardErrorCapture errors;
     ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.maxQueueSize = 64\n"));
