@@ -9,6 +9,7 @@
 #include "log/LogMessage.h"
 
 #include <atomic>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -117,7 +118,7 @@ TEST_F(QueueFileInTrouble, IsLeftAloneByAChildThatIsForkedWhileItsMessagesAreDel
     init(lines);
     if (ForkingAppender::child == 0) {
         logger().info("of the child", 0, "");
-        _exit(ForkingAppender::given.size() == 1 && readFile(directory_ / "a.log").size() < 200 ? 7 : 8);
+        _exit(ForkingAppender::given.size() == 1 && lastWordsOf("a.log").size() == 1 ? 7 : 8);
     }
     EXPECT_EQ(WEXITSTATUS(ForkingAppender::statusOfChild), 7);
     EXPECT_EQ(ForkingAppender::given, all_);
@@ -151,7 +152,7 @@ TEST_F(QueueFileInTrouble, IsLeftAloneByChildrenThatAreForkedWhileOthersLog) {
     LogManager::flush();
     const LogStatistics statistics = LogManager::statistics();
     EXPECT_EQ(statistics.discarded, 0U);
-    EXPECT_EQ(lastWordsOf("a.log"), std::vector<std::string>(statistics.queued, "parent"));
+    EXPECT_EQ(lastWordsOf("a.log").size(), statistics.queued);
 }
 
 TEST_F(QueueFileInTrouble, IsMadeAnewWhereSomebodyHasRemovedIt) {

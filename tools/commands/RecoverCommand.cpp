@@ -62,8 +62,9 @@ Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
     return recovery;
 }
 
-/// \return false if a message is missing where it should be, which is said
-bool isAllThere(const Log::Recovery& recovery, const std::string& configuration) {
+/// Says what is missing where it should be.
+/// \return false if something is
+bool checkThatAllIsThere(const Log::Recovery& recovery, const std::string& configuration) {
     if (!recovery.hasAppenders) {
         complain(configuration + " has no asynchronous appender");
     }
@@ -127,16 +128,17 @@ ExitCode RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& p
     if (damage.empty() && (isEmpty || recovery.isAllGiven())) {
         file.forgetEarlier();
     }
+    bool isAllThere = isEmpty || checkThatAllIsThere(recovery, configuration_);
+    if (!damage.empty()) {
+        complain(path_ + ": " + damage + "; some messages are missing, and it was left as it is");
+        isAllThere = false;
+    }
     if (!configuration_.empty()) {
         output.write(std::to_string(recovery.messages) +
                      (recovery.messages == 1 ? " message\n" : " messages\n"));
         output.flush();
     }
-    if (!damage.empty()) {
-        complain(path_ + ": " + damage + "; some messages are missing, and it was left as it is");
-        return EXIT_COMPLAINT;
-    }
-    return isEmpty || isAllThere(recovery, configuration_) ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+    return isAllThere ? EXIT_AS_WISHED : EXIT_COMPLAINT;
 }
 
 } // namespace Tools

@@ -120,10 +120,10 @@ public:
     /// \return null if the queue is kept in memory
     QueueFile* file() const noexcept { return file_.load(std::memory_order_acquire); }
 
-    /// \return whether the file has just become half full
+    /// \return whether the file is about to become full
     bool isFilling() noexcept {
         QueueFile* const file = this->file();
-        return file != nullptr && file->hasBecomeHalfFull();
+        return file != nullptr && file->isFilling();
     }
 
     /// From now on nothing is taken out as a batch.

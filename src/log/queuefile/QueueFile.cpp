@@ -143,7 +143,7 @@ QueueFile::Memory QueueFile::takeSlots(BlockKind kind, std::size_t slots, std::s
     }
     const std::size_t half = isUsed_.size() / 2;
     if (used_ < half && used_ + slots >= half) {
-        isHalfFull_ = true;
+        isFilling_ = true;
     }
     used_ += slots;
     char* const block = file_.bytes() + slot * SLOT;
@@ -178,8 +178,14 @@ QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room ro
     const std::size_t reserved = std::max(isUsed_.size() / 64, LEAST_SLOTS / 4);
     const std::size_t kept = room == ALSO_RESERVED ? reserved : 2 * reserved;
     const bool isScarce = used_ + slotsFor(wanted) > isUsed_.size() / 2;
-    const Memory memory = takeSlots(MESSAGES, slotsFor(isScarce ? least : wanted), kept);
-    return memory.bytes != nullptr || isScarce ? memory : takeSlots(MESSAGES, slotsFor(least), kept);
+    Memory memory = takeSlots(MESSAGES, slotsFor(isScarce ? least : wanted), kept);
+    if (memory.bytes == nullptr && !isScarce) {
+        memory = takeSlots(MESSAGES, slotsFor(least), kept);
+    }
+    if (isScarce && room == ALSO_RESERVED) {
+        isFilling_ = true;
+    }
+    return memory;
 }
 
 void QueueFile::giveBack(const Memory& memory) noexcept {

@@ -89,9 +89,9 @@ public:
     /// \param memory what `take` returned
     void giveBack(const Memory& memory) noexcept;
 
-    /// \return whether more than half of the file has come into use since this was asked last
-    bool hasBecomeHalfFull() noexcept {
-        return isHalfFull_.load(std::memory_order_relaxed) && isHalfFull_.exchange(false);
+    /// \return whether the file has become half full, or some of its reserve was taken, since this was asked last
+    bool isFilling() noexcept {
+        return isFilling_.load(std::memory_order_relaxed) && isFilling_.exchange(false);
     }
 
     /// Sees to it that the file says which process this is and what the addresses of the message's logger and
@@ -129,7 +129,7 @@ private:
     Platform::MappedFile file_;
     const std::uint32_t run_;
     const unsigned generation_; ///< tells a forked child
-    std::atomic<bool> isHalfFull_{false};
+    std::atomic<bool> isFilling_{false};
     std::unique_ptr<StoredQueue> earlier_;
 
     /// Held for short steps: a block is taken or given back, a note or a mark is added.
