@@ -94,12 +94,10 @@ QueueFile::~QueueFile() = default;
 /// What earlier processes have left stays in use.
 void QueueFile::begin() {
     const ScopedLock lock(lock_);
-    isUsed_.assign(file_.size() / SLOT, false);
-    isUsed_[0] = true;
+    slots_ = Slots(file_.size() / SLOT);
     if (earlier_ != nullptr) {
         for (const StoredQueue::Block& block : earlier_->blocks()) {
-            std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(block.slot), block.slots, true);
-            used_ += block.slots;
+            slots_.use(block.slot, block.slots);
         }
     }
     const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
@@ -118,34 +116,16 @@ bool QueueFile::isOfThisProcess() const noexcept {
 
 // Slots
 
-/// \return 0 if there is no such run of free ones
-std::size_t QueueFile::findFree(std::size_t slots) const noexcept {
-    std::size_t length = 0;
-    for (std::size_t slot = firstFree_; slot < isUsed_.size(); ++slot) {
-        length = isUsed_[slot] ? 0 : length + 1;
-        if (length == slots) {
-            return slot + 1 - slots;
-        }
-    }
-    return 0;
-}
-
 /// \param kept how many slots have to stay free
 QueueFile::Memory QueueFile::takeSlots(BlockKind kind, std::size_t slots, std::size_t kept) noexcept {
-    const bool hasRoom = used_ + slots + kept < isUsed_.size() && isOfThisProcess();
-    const std::size_t slot = hasRoom ? findFree(slots) : 0;
+    const std::size_t slot = isOfThisProcess() ? slots_.take(slots, kept) : 0;
     if (slot == 0) {
         return {nullptr, 0, 0};
     }
-    std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(slot), slots, true);
-    while (firstFree_ < isUsed_.size() && isUsed_[firstFree_]) {
-        ++firstFree_;
-    }
-    const std::size_t half = isUsed_.size() / 2;
-    if (used_ < half && used_ + slots >= half) {
+    const std::size_t half = slots_.count() / 2;
+    if (slots_.used() >= half && slots_.used() - slots < half) {
         isFilling_ = true;
     }
-    used_ += slots;
     char* const block = file_.bytes() + slot * SLOT;
     reinterpret_cast<Frame*>(block + BODY)->word = 0;
     auto* const head = reinterpret_cast<BlockHead*>(block);
@@ -163,10 +143,8 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
             blockWord(FREED, slots, 0)); // so that whoever comes amid the others does not look at them
     for (std::size_t freed = slot + slots; freed-- > slot;) {
         publish(wordOf(freed), 0);
-        isUsed_[freed] = false;
     }
-    used_ -= slots;
-    firstFree_ = std::min(firstFree_, slot);
+    slots_.free(slot, slots);
 }
 
 /// Threads keep their last blocks, so that they could fill the file with empty ones. Where it becomes scarce,
@@ -175,9 +153,9 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
 QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room room) noexcept {
     const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
     const ScopedLock lock(lock_);
-    const std::size_t reserved = std::max(isUsed_.size() / 64, LEAST_SLOTS / 4);
+    const std::size_t reserved = std::max(slots_.count() / 64, LEAST_SLOTS / 4);
     const std::size_t kept = room == ALSO_RESERVED ? reserved : 2 * reserved;
-    const bool isScarce = used_ + slotsFor(wanted) > isUsed_.size() / 2;
+    const bool isScarce = slots_.used() + slotsFor(wanted) > slots_.count() / 2;
     Memory memory = takeSlots(MESSAGES, slotsFor(isScarce ? least : wanted), kept);
     if (memory.bytes == nullptr && !isScarce) {
         memory = takeSlots(MESSAGES, slotsFor(least), kept);

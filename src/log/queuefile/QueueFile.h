@@ -2,6 +2,7 @@
 
 #include "log/message/MessageFields.h"
 #include "log/queuefile/QueueFileFormat.h"
+#include "log/queuefile/Slots.h"
 #include "platform/CriticalSection.h"
 #include "platform/MappedFile.h"
 
@@ -111,7 +112,6 @@ public:
 private:
     void begin();
     bool isOfThisProcess() const noexcept;
-    std::size_t findFree(std::size_t slots) const noexcept ZAV_LOG_REQUIRES(lock_);
     Memory takeSlots(QueueFileFormat::BlockKind kind, std::size_t slots, std::size_t kept = 0) noexcept
         ZAV_LOG_REQUIRES(lock_);
     void freeSlots(std::size_t slot, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
@@ -134,9 +134,7 @@ private:
 
     /// Held for short steps: a block is taken or given back, a note or a mark is added.
     mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
-    std::vector<bool> isUsed_ ZAV_LOG_GUARDED_BY(lock_);  ///< of each slot
-    std::size_t used_ ZAV_LOG_GUARDED_BY(lock_) = 0;      ///< slots
-    std::size_t firstFree_ ZAV_LOG_GUARDED_BY(lock_) = 1; ///< all before it are used
+    Slots slots_ ZAV_LOG_GUARDED_BY(lock_); ///< none in a damaged file
     NoteEnd notes_[2] ZAV_LOG_GUARDED_BY(lock_);
     std::vector<QueueFileFormat::Mark*> marks_ ZAV_LOG_GUARDED_BY(lock_); ///< in use
     QueueFileFormat::Mark* nextMark_ ZAV_LOG_GUARDED_BY(lock_) = nullptr;
