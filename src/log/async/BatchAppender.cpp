@@ -27,6 +27,7 @@ BatchAppender::BatchAppender(const std::string& name, bool synchronous, const Fi
 void BatchAppender::beginRound() noexcept {
     const ScopedLock lock(criticalSection_);
     lines_.clear();
+    firstKept_ = 0;
     failure_ = nullptr;
     hasFailed_ = false;
     isInRound_ = true;
@@ -37,11 +38,6 @@ void BatchAppender::endRound() noexcept {
     const ScopedLock lock(criticalSection_);
     writeKept();
     isInRound_ = false;
-}
-
-std::uint64_t BatchAppender::firstKept() const noexcept {
-    const ScopedLock lock(criticalSection_);
-    return keptSize() == 0 ? 0 : lines_.front().number;
 }
 
 void BatchAppender::close() {
@@ -94,6 +90,9 @@ std::string& BatchAppender::beginLine() {
 }
 
 void BatchAppender::keepLine() {
+    if (lines_.empty()) {
+        firstKept_.store(number_, std::memory_order_relaxed);
+    }
     lines_.push_back({number_, text_.size()});
     threadRecord().keptLineOf = this;
     if (text_.size() >= LARGEST_BATCH) {
@@ -116,6 +115,7 @@ void BatchAppender::writeKept() noexcept {
         failure_ = std::current_exception();
     }
     text_.erase(0, size);
+    firstKept_ = 0;
     lines_.erase(lines_.begin(), std::find_if(lines_.begin(), lines_.end(),
                                               [written](const Line& line) { return line.end > written; }));
     for (Line& line : lines_) {

@@ -54,7 +54,7 @@ public:
     void endRound() noexcept;
 
     /// \return the number of the oldest message whose line is kept; 0 if none is
-    std::uint64_t firstKept() const noexcept;
+    std::uint64_t firstKept() const noexcept { return firstKept_.load(std::memory_order_relaxed); }
 
     /// \return whether lines have failed; to be asked after each message and at the end of the round
     bool hasFailed() const noexcept { return hasFailed_.load(std::memory_order_relaxed); }
@@ -120,6 +120,7 @@ private:
     const bool writesBatches_;
     std::uint64_t number_ = 0; ///< of the message that is output; used by the consumer alone
     std::atomic<bool> hasFailed_{false};
+    std::atomic<std::uint64_t> firstKept_{0}; ///< changed under the lock, read by the consumer for each message
 
     bool isInRound_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
     unsigned roundGeneration_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0; ///< tells a forked child

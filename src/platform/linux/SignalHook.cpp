@@ -97,7 +97,7 @@ void onSignal(int signal, siginfo_t* info, void* context) {
     } else if (before.sa_handler == SIG_DFL) {
         runFunction();
         endBySignal(signal, info);
-    } else if (before.sa_handler != SIG_IGN) {
+    } else {
         runFunction();
         before.sa_handler(signal);
     }
@@ -159,8 +159,9 @@ struct SignalHook::Handlers {
         if (signal <= 0 || signal >= SIGNAL_COUNT || sigaction(signal, nullptr, &ours) != 0) {
             throw std::system_error(EINVAL, std::generic_category(), "signal " + std::to_string(signal));
         }
-        if (isOurs(signal)) {
-            return; // it was named twice
+        const bool isIgnored = (ours.sa_flags & SA_SIGINFO) == 0 && ours.sa_handler == SIG_IGN;
+        if (isIgnored || isOurs(signal)) {
+            return; // a program that is started meanwhile shall ignore it, too; or it was named twice
         }
         requests().before[signal] = ours;
         ours.sa_sigaction = onSignal;
