@@ -90,7 +90,7 @@ std::string& BatchAppender::beginLine() {
 }
 
 void BatchAppender::keepLine() {
-    if (lines_.empty()) {
+    if (keptSize() == 0) {
         firstKept_.store(number_, std::memory_order_relaxed);
     }
     lines_.push_back({number_, text_.size()});
