@@ -124,7 +124,8 @@ std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, i
     const PackedMessage packed(message, answeredReports, none_, nextNumber);
     const std::size_t size = QueueFileFormat::recordSize(packed.size());
     const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
-    if ((last.file != &file || last.capacity - used_ < size) && !addBlock(size, &file)) {
+    const bool needsBlock = last.file != &file || last.capacity - used_ < size;
+    if (packed.size() >= QueueFileFormat::NOTE_BIT || (needsBlock && !addBlock(size, &file))) {
         return std::nullopt;
     }
     return packed;

@@ -81,7 +81,7 @@ struct Frame {
     std::uint64_t check; ///< of it, of the payload and of the block's word
 };
 
-constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U;
+constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U; ///< beyond the size of every payload
 
 constexpr std::uint64_t frameWord(std::uint32_t run, std::size_t size, bool isNote = false) {
     return static_cast<std::uint64_t>(run) << 32U | static_cast<std::uint64_t>(size) |

@@ -67,7 +67,7 @@ bool StoredQueue::checkHead() {
     } else if (head.version != VERSION || head.sizeOfSlot != SLOT) {
         problem_ = "It was written by another version";
         return false;
-    } else if (head.sizeOfFile != bytes_.size()) {
+    } else if (head.sizeOfFile != bytes_.size() || bytes_.size() % SLOT != 0) {
         problem_ = "It has been cut";
     }
     return true;
