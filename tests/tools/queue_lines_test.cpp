@@ -43,7 +43,7 @@ void expectInOrder(const std::string& text) {
 
 TEST(QueueLines, AreWholeAndInOrderWhileTheFileIsInUse) {
     const TemporaryDirectory directory;
-    QueueFile file(directory / "queue", 128 * 1024);
+    QueueFile file(directory / "queue", 512 * 1024);
     MessageStore store;
     store.keepIn(&file);
     std::atomic<bool> isOver{false};

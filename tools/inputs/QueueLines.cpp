@@ -5,6 +5,7 @@
 #include "log/layout/ProcessDescription.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -35,75 +36,73 @@ std::uint64_t wordAt(const std::string& bytes, std::size_t place) {
     return word;
 }
 
-/// What a file held that another process may write to. It is read three times, since no look shows it as it
-/// was at one moment: what two looks in a row agree on is there, and what they do not agree on is no damage.
-/// Messages are those of the first two looks, and what they refer to, which was written before them, that of
-/// the last two.
+/// What a file held that another process may write to. No look shows it as it was at one moment, so it is read
+/// four times. What two looks in a row agree on is there; what they do not agree on is no damage.
+///
+/// A block of messages counts if the first look has found it, so that those before it are full in the second
+/// one. Its messages are those of the second and the third look; and what they refer to, which was written
+/// before them, is in the last two.
 class CommonContent {
 public:
-    CommonContent(std::string first, std::string second, std::string third)
-        : first_(std::move(first)), second_(std::move(second)), bytes_(std::move(third)) {
-        const std::size_t size = std::min({first_.size(), second_.size(), bytes_.size()});
-        first_.resize(size);
-        second_.resize(size);
-        bytes_.resize(size);
+    explicit CommonContent(std::array<std::string, 4> looks) : looks_(std::move(looks)) {
+        std::size_t size = looks_[0].size();
+        for (const std::string& look : looks_) {
+            size = std::min(size, look.size());
+        }
+        for (std::string& look : looks_) {
+            look.resize(size);
+        }
         for (std::size_t place = SLOT; place < size;) {
             place += keepCommon(place);
         }
     }
 
-    std::string take() { return std::move(bytes_); }
+    std::string take() { return std::move(looks_[3]); }
 
 private:
     /// \param place where a slot begins that is in no block before it
     /// \return how many bytes were looked at
     std::size_t keepCommon(std::size_t place) {
-        const std::uint64_t word = wordAt(bytes_, place);
+        const std::uint64_t word = wordAt(looks_[3], place);
         const std::size_t slots = isBlock(word) ? slotsIn(word) : 1;
-        const std::size_t end = std::min(place + slots * SLOT, bytes_.size());
+        const std::size_t end = std::min(place + slots * SLOT, looks_[3].size());
         const bool holdsMessages = isBlock(word) && kindIn(word) == MESSAGES;
-        if (word != wordAt(second_, place) || (holdsMessages && word != wordAt(first_, place))) {
+        const auto isThere = [word, place](const std::string& look) { return wordAt(look, place) == word; };
+        if (!std::all_of(looks_.begin() + (holdsMessages ? 0 : 2), looks_.end(), isThere)) {
             clear(place, end); // it came meanwhile, or another one was there
         } else if (holdsMessages) {
-            std::copy(second_.begin() + offset(place), second_.begin() + offset(end),
-                      bytes_.begin() + offset(place));
-            clearBehindCommon(first_, place, end);
+            looks_[3].replace(place, end - place, looks_[2], place, end - place);
+            clearBehindCommon(looks_[1], place, end);
         } else if (isBlock(word) && kindIn(word) == NOTES) {
-            clearBehindCommon(second_, place, end);
+            clearBehindCommon(looks_[2], place, end);
         }
         return end - place;
     }
 
     /// A record that was not whole yet in one of the looks is none, and no more is one behind it.
     void clearBehindCommon(const std::string& other, std::size_t place, std::size_t end) {
-        const auto differing = std::mismatch(bytes_.begin() + offset(place), bytes_.begin() + offset(end),
-                                             other.begin() + offset(place));
-        const auto common = static_cast<std::size_t>(differing.first - bytes_.begin());
+        std::size_t common = place;
+        while (common < end && looks_[3][common] == other[common]) {
+            ++common;
+        }
         clear(common / sizeof(std::uint64_t) * sizeof(std::uint64_t), end);
     }
 
-    void clear(std::size_t begin, std::size_t end) {
-        std::fill(bytes_.begin() + offset(begin), bytes_.begin() + offset(end), '\0');
-    }
+    void clear(std::size_t begin, std::size_t end) { looks_[3].replace(begin, end - begin, end - begin, '\0'); }
 
-    static std::ptrdiff_t offset(std::size_t place) { return static_cast<std::ptrdiff_t>(place); }
-
-    std::string first_;
-    std::string second_;
-    std::string bytes_;
+    std::array<std::string, 4> looks_;
 };
 
 } // namespace
 
 QueueLines::QueueLines(const Platform::InputFile& file) {
-    std::string looks[3];
+    std::array<std::string, 4> looks;
     for (std::string& look : looks) {
         if (!readWhole(file, look, problem)) {
             return;
         }
     }
-    CommonContent content(std::move(looks[0]), std::move(looks[1]), std::move(looks[2]));
-    const Log::StoredQueue queue(content.take());
+    const Log::StoredQueue queue(CommonContent(std::move(looks)).take());
     const auto layout = Log::makeLayout(Log::LayoutName::JSON, {}, false);
     for (const Log::StoredQueue::Message& message : queue.messages()) {
         text += lineOf(message, *layout);
