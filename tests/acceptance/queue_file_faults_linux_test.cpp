@@ -1,4 +1,5 @@
-// What may go wrong with a queue file: appenders that fail, too little memory, forks, and what others do to it.
+// What may go wrong with a queue file: appenders that fail, too little memory, forks, and what others do to
+// it.
 
 #include "LeavingProcess.h"
 

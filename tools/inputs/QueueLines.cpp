@@ -36,8 +36,8 @@ std::uint64_t wordAt(const std::string& bytes, std::size_t place) {
     return word;
 }
 
-/// What a file held that another process may write to. No look shows it as it was at one moment, so it is read
-/// four times. What two looks in a row agree on is there; what they do not agree on is no damage.
+/// What a file held that another process may write to. No look shows it as it was at one moment, so it is
+/// read four times. What two looks in a row agree on is there; what they do not agree on is no damage.
 ///
 /// A block of messages counts if the first look has found it, so that those before it are full in the second
 /// one. Its messages are those of the second and the third look; and what they refer to, which was written
@@ -88,7 +88,9 @@ private:
         clear(common / sizeof(std::uint64_t) * sizeof(std::uint64_t), end);
     }
 
-    void clear(std::size_t begin, std::size_t end) { looks_[3].replace(begin, end - begin, end - begin, '\0'); }
+    void clear(std::size_t begin, std::size_t end) {
+        looks_[3].replace(begin, end - begin, end - begin, '\0');
+    }
 
     std::array<std::string, 4> looks_;
 };

@@ -120,7 +120,8 @@ private:
     const bool writesBatches_;
     std::uint64_t number_ = 0; ///< of the message that is output; used by the consumer alone
     std::atomic<bool> hasFailed_{false};
-    std::atomic<std::uint64_t> firstKept_{0}; ///< changed under the lock, read by the consumer for each message
+    std::atomic<std::uint64_t> firstKept_{
+        0}; ///< changed under the lock, read by the consumer for each message
 
     bool isInRound_ ZAV_LOG_GUARDED_BY(criticalSection_) = false;
     unsigned roundGeneration_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0; ///< tells a forked child

@@ -137,9 +137,8 @@ bool MessageQueue::discardIfNoneWaits(const MessageFields& message) {
 /// \param done how far the deliveries were before the file was found full
 void MessageQueue::waitForDelivery(std::uint64_t done) {
     callConsumer();
-    bell_.wait(Deadline(), [this, done] {
-        return !isAwaited_ || !willBeServed() || store_.lastDone() != done;
-    });
+    bell_.wait(Deadline(),
+               [this, done] { return !isAwaited_ || !willBeServed() || store_.lastDone() != done; });
 }
 
 void MessageQueue::waitForRoom() {

@@ -98,8 +98,8 @@ void MessageStore::removeEndedRings() noexcept {
     rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
 }
 
-/// Once it is empty it begins anew: its last block has become free for messages then, which that of another ring
-/// never does.
+/// Once it is empty it begins anew: its last block has become free for messages then, which that of another
+/// ring never does.
 std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit,
                                                QueueFile* file) {
     const ScopedLock lock(storeLock_);
@@ -263,7 +263,8 @@ void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason)
 
 // The file that the queue is kept in
 
-/// Messages may still wait in a file that was used before. Marks that are new say at once how far the queue is.
+/// Messages may still wait in a file that was used before. Marks that are new say at once how far the queue
+/// is.
 void MessageStore::keepIn(QueueFile* file) {
     const ScopedLock lock(storeLock_);
     if (file != nullptr) {

@@ -11,8 +11,8 @@
 namespace ZAV {
 namespace Log {
 
-/// Memory for packed messages, behind this head or in a file. The head itself is this process's alone, so that
-/// a forked child finds the chain as it was at the fork.
+/// Memory for packed messages, behind this head or in a file. The head itself is this process's alone, so
+/// that a forked child finds the chain as it was at the fork.
 struct MessageBlock {
     char* bytes = nullptr;
     std::atomic<MessageBlock*> next{

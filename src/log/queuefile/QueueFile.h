@@ -41,7 +41,8 @@ private:
 /// that made the object; a forked child must not touch it.
 class QueueFile {
 public:
-    /// Whether a damaged file is opened all the same. It has no room for anything, so nothing is changed in it.
+    /// Whether a damaged file is opened all the same. It has no room for anything, so nothing is changed in
+    /// it.
     enum Damage { REFUSE_DAMAGED, ACCEPT_DAMAGED };
 
     /// Opens the file or makes it, for this process alone.

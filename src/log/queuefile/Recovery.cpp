@@ -34,8 +34,8 @@ bool give(Appender& appender, const LogMessage& message) noexcept {
     return threadRecord().failedWrites == failedBefore;
 }
 
-/// An appender that messages are recovered to. If it forks, or another one, nothing more happens in the child:
-/// the messages are the parent's.
+/// An appender that messages are recovered to. If it forks, or another one, nothing more happens in the
+/// child: the messages are the parent's.
 class Recovered {
 public:
     Recovered(Appender& appender, QueueFile& file)

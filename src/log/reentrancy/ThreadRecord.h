@@ -20,8 +20,9 @@ struct ThreadRecord {
     int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps and has not begun to write
     bool showsDiscarded; ///< it is showing one that was discarded, since it had put off too many
     int writtenLines;    ///< lines of discarded messages that the thread is writing, one within the other
-    const Dispatch* dispatch;   ///< the innermost one that is open; null if none is
-    std::uint64_t failedWrites; ///< of messages by appenders in this thread, also those that nobody is told of
+    const Dispatch* dispatch; ///< the innermost one that is open; null if none is
+    std::uint64_t
+        failedWrites; ///< of messages by appenders in this thread, also those that nobody is told of
     const Appender* keptLineOf; ///< the appender that has kept the line of its last message for a later write
     Ring* ring;                 ///< what the thread has queued; null before its first message and at its end
     bool isConsumer;            ///< logging calls may wait for the thread, which does not wait for loggers

@@ -161,8 +161,8 @@ bool MappedFile::read(std::string& content, std::string& problem) const {
     std::size_t size = 0;
     ssize_t count = 1;
     while (count != 0 && size < size_) {
-        count = pread(static_cast<int>(handle_), content.data() + size, size_ - size,
-                      static_cast<off_t>(size));
+        count =
+            pread(static_cast<int>(handle_), content.data() + size, size_ - size, static_cast<off_t>(size));
         if (count < 0 && errno != EINTR) {
             failure(problem);
             return false;
