@@ -98,7 +98,7 @@ TEST_F(QueueFileInTrouble, GoesOnBehindAMessageThatThereIsNoMemoryFor) {
         logger().info("3", 0, "");
     });
     const int status = inProcess([&] {
-        const rlimit limit = {std::uint64_t{1} << 29U, std::uint64_t{1} << 29U};
+        const rlimit limit = {std::uint64_t{1} << 28U, std::uint64_t{1} << 28U};
         setrlimit(RLIMIT_AS, &limit);
         init(lazy(QUEUE));
         const LogStatistics statistics = LogManager::statistics();
