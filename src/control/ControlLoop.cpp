@@ -212,7 +212,7 @@ void ControlLoop::endFlushing(int client, const std::string& text) {
     answer(client, text);
 }
 
-/// One at a time is under way, however many clients ask, or ask and leave.
+/// One at a time is under way, also if the client that has asked for it leaves.
 void ControlLoop::goOnReloading() {
     if (reload_ != nullptr && !reload_->isOver()) {
         return;

@@ -78,6 +78,8 @@ TEST_F(FailureNotices, TellOfFilesThatCannotBePacked) {
             std::this_thread::yield();
         }
     }
-    EXPECT_EQ(standardError.text(), "zav-log: appender app: Unable to pack the file: " + rolled +
-                                        ": Unable to write " + rolled + ".gz.part\n");
+    const std::string shown =
+        std::filesystem::path(directory_.path()).make_preferred().string() + "/app.log.20260101T000000Z";
+    EXPECT_EQ(standardError.text(), "zav-log: appender app: Unable to pack the file: " + shown +
+                                        ": Unable to write " + shown + ".gz.part\n");
 }

@@ -236,7 +236,8 @@ TEST_F(RolledSeries, AFileThatCannotBeDeletedKeepsNoOtherOne) {
     static_cast<RollingFileAppender&>(*appender).tidyUp();
     EXPECT_THAT(suffixes(), ElementsAre("20270101T000000Z.gz", "20270102T000000Z.gz", "20270104T000000Z",
                                         "20270105T000000Z"));
-    EXPECT_THAT(report.await(), EndsWith("Unable to delete the file: " + file("20270101T000000Z")));
+    EXPECT_THAT(report.await(),
+                AllOf(HasSubstr("Unable to delete the file: "), EndsWith("f.20270101T000000Z")));
 }
 
 TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {

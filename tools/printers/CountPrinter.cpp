@@ -26,12 +26,16 @@ std::size_t columnOf(const Fields& fields) {
     return fields.hasLevel ? static_cast<std::size_t>((MOST_SEVERE - fields.level) / STEP) : COLUMN_OF_CFG;
 }
 
-/// \return the name on one line, which a line of `json` need not have it on
+/// \return the name without line feeds, which one from a line of `json` may have, and which would begin a row of their own
 std::string onOneLine(const std::string& name) {
     std::string line;
     for (const char character : name) {
         const bool isControl = static_cast<unsigned char>(character) < 0x20 || character == 0x7f;
-        isControl ? Util::appendByteEscape(line, character) : line.push_back(character);
+        if (isControl) {
+            Util::appendByteEscape(line, character);
+        } else {
+            line += character;
+        }
     }
     return line;
 }
