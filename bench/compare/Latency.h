@@ -87,8 +87,11 @@ void measureBurst(const Task& task, MakeCall makeCall, const std::string& file) 
     const Timing timing =
         runThreads(task.threads, calls, makeCall, [&] { waitForLines(file, calls.warmUp * task.threads); });
     waitForLines(file, calls.total() * task.threads);
+    const Clock::time_point end = Clock::now();
     FileCheck(file, formatWithValues()).expectMessages(calls.total() * task.threads);
     printFigure("producer_ns", timing.nanosecondsPerCall);
+    const double messages = static_cast<double>(calls.measured * task.threads);
+    printFigure("end_to_end_ns", nanosecondsBetween(timing.start, end) / messages);
 }
 
 } // namespace Bench

@@ -65,6 +65,13 @@ inline std::string liveFile(const Task& task) {
     return task.file() + "0";
 }
 
+/// With the queue kept in a file, which is made large enough for all messages.
+inline Properties keptIn(const std::string& path, Properties properties) {
+    properties["zav.log.AsynchronousDispatcher.queueFile"] = path;
+    properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "256 MB";
+    return properties;
+}
+
 /// With the waiting period that the library has unless told otherwise.
 inline Properties unhurriedProperties(const Task& task) {
     Properties properties = asynchronousProperties(task);

@@ -198,6 +198,22 @@ void burstFormatted(const Task& task) {
     measureBurst(task, formattedCall, liveFile(task));
 }
 
+std::string besideTheLog(const Task& task) {
+    return task.folder + "/queue";
+}
+
+/// The figures are named for a tmpfs, which is what this folder is on most systems.
+std::string onTmpfs(const Task&) {
+    return "/dev/shm/zav-log-compare.queue";
+}
+
+Workload keptBurst(std::string (*place)(const Task&)) {
+    return [place](const Task& task) {
+        const Library library(keptIn(place(task), asynchronousProperties(task)));
+        measureBurst(task, formattedCall, liveFile(task));
+    };
+}
+
 void burstFormattedOwnLoggers(const Task& task) {
     const Library library(asynchronousProperties(task));
     measureBurst(task, formattedCallOfOwnLogger, liveFile(task));
@@ -212,6 +228,13 @@ Workload latency(const Rhythm& rhythm, Properties (*properties)(const Task&)) {
     return [&rhythm, properties](const Task& task) {
         const Library library(properties(task));
         measureLatency(task, rhythm, streamedCall(), liveFile(task));
+    };
+}
+
+Workload keptLatency(std::string (*place)(const Task&)) {
+    return [place](const Task& task) {
+        const Library library(keptIn(place(task), unhurriedProperties(task)));
+        measureLatency(task, SPACED, streamedCall(), liveFile(task));
     };
 }
 
@@ -264,6 +287,10 @@ int main(int argc, char** argv) {
                          {"latency-bursts-prompt", latency(BURSTS, asynchronousProperties)},
                          {"latency-spaced", latency(SPACED, unhurriedProperties)},
                          {"latency-spaced-prompt", latency(SPACED, asynchronousProperties)},
+                         {"kept-tmpfs", keptBurst(onTmpfs)},
+                         {"kept-beside", keptBurst(besideTheLog)},
+                         {"latency-spaced-tmpfs", keptLatency(onTmpfs)},
+                         {"latency-spaced-beside", keptLatency(besideTheLog)},
                          {"seldom", seldom},
                          {"json-sync", json},
                          {"json-async", jsonQueue(asynchronousProperties)},

@@ -3,7 +3,7 @@
 import statistics
 from collections import namedtuple
 
-from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Value, name_of, targets
+from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Ours, Value, name_of, targets
 
 Verdict = namedtuple("Verdict", "title ratio factor against met")
 
@@ -28,6 +28,8 @@ def base_of(target, results):
     """\\return what our figure is divided by, and its name; None where it was not measured"""
     if isinstance(target.against, Value):
         return target.against.value, "%d %s" % target.against
+    if isinstance(target.against, Ours):
+        return results.median(OURS, target.against.figure), target.against.name
     if target.against == BEST_OTHER:
         return results.best_other(target.figure)
     if target.against in LOGGERS:

@@ -20,9 +20,10 @@ Row = namedtuple("Row", "label figure limit")
 Group = namedtuple("Group", "title unit rows")
 
 # Our figure must be at most `factor` times what it stands against: a limit, another logger, the best of them, an
-# earlier commit of ours, or a value of its own.
+# earlier commit of ours, another figure of ours, or a value of its own.
 Target = namedtuple("Target", "title figure against factor")
 Value = namedtuple("Value", "value unit")
+Ours = namedtuple("Ours", "figure name")
 
 BEST_OTHER = "best other"
 SPDLOG = "spdlog"
@@ -122,6 +123,19 @@ JSON = [
         figure("json-async-batch", 1, "end_to_end_ns"), None),
 ]
 
+# The same burst with the queue in memory, in a file on tmpfs, and in one beside the log.
+KEPT = [("in memory", "burst-formatted"), ("in a file on tmpfs", "kept-tmpfs"), ("in a file beside the log", "kept-beside")]
+
+
+def kept_rows(title, metric):
+    return [Row("%s, %s" % (title, place), figure(workload, 1, metric), None) for place, workload in KEPT]
+
+
+KEPT_CALL = kept_rows("the call", "producer_ns")
+KEPT_END_TO_END = kept_rows("end to end", "end_to_end_ns")
+KEPT_SPACED = [Row(place, figure("latency-spaced" + suffix, 1, "p50_ns"), None)
+               for place, suffix in [("in memory", ""), ("in a file on tmpfs", "-tmpfs"), ("in a file beside the log", "-beside")]]
+
 GROUPS = [
     Group("Rejected call", CALL, REJECTED),
     Group("Nothing written", CALL, DROPPED),
@@ -138,6 +152,8 @@ GROUPS = [
     Group("Asynchronous, values: calls in bursts of 1000, one every 20 ms", CALL, LATENCY_BURSTS),
     Group("Asynchronous, values: one call every 100 us", CALL, LATENCY_SPACED),
     Group("Asynchronous, values: one call every 100 us: the consumer's processor time", "% of one core", [CONSUMER]),
+    Group("The queue kept in a file: one burst", NS, KEPT_CALL + KEPT_END_TO_END),
+    Group("The queue kept in a file: one call every 100 us, p50", CALL, KEPT_SPACED),
     Group("A message with two context pairs and three values, as JSON", NS, JSON),
     Group("Rotation every 10 MB over 4 files, every line flushed", NS,
           [Row("1 thread", figure("rotation", 1, "message_ns"), WRITE)]),
@@ -148,6 +164,7 @@ GROUPS = [
 ONLY_A_QUEUE = ["dropped-text", "dropped-streamed", "dropped-formatted", "sync-shared", "sync-own", "rotation"]
 EVERY_LINE = ["async-shared", "async-own"]
 IN_BATCHES = ["async-batch-shared", "async-batch-own"]
+IN_A_FILE = ["kept-tmpfs", "kept-beside", "latency-spaced-tmpfs", "latency-spaced-beside"]
 
 # Why a logger is missing from a row.
 NO_BATCHES = "flushes every line, or leaves it to the buffer's size and to a clock"
@@ -155,6 +172,7 @@ NO_REOPENING = "has no appender that opens its file for every line"
 NO_FORMAT = "has no format strings"
 NO_QUEUE = "has no asynchronous appender"
 NO_JSON = "writes no JSON"
+NO_FILE = "keeps its queue in memory alone"
 JSON_WORKLOADS = ["json-sync", "json-async", "json-async-batch"]
 ABSENT = {
     ("glog", "rejected-function"): "has no function for a ready string",
@@ -187,6 +205,7 @@ ABSENT = {
     **{(logger, workload): NO_BATCHES for logger in ["spdlog", "log4cplus", "log4cxx", "boost"] for workload in IN_BATCHES},
     **{("quill", workload): "has no appender that works in the calling thread" for workload in ONLY_A_QUEUE},
     **{("quill", workload): "flushes no single line without the caller's waiting for it" for workload in EVERY_LINE},
+    **{(logger, workload): NO_FILE for logger in OTHERS for workload in IN_A_FILE},
     ("quill", "rendering-process"): "has no host name in its layouts",
     ("quill", "reopen"): NO_REOPENING,
 }
@@ -234,6 +253,9 @@ def asynchronous_targets():
         yield Target("asynchronous, a burst, " + row.label, row.figure, QUILL, factor)
     for row, factor in zip(BURST, [0.7, 0.5]):
         yield Target("asynchronous, a burst, " + row.label, row.figure, SPDLOG, factor)
+    for rows in KEPT_CALL, KEPT_SPACED:
+        for row in rows[1:]:
+            yield Target("the queue, " + row.label, row.figure, Ours(rows[0].figure, rows[0].label), 1.15)
     yield from latency_targets()
 
 
