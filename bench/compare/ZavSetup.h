@@ -68,7 +68,7 @@ inline std::string liveFile(const Task& task) {
 /// With the queue kept in a file, which is made large enough for all messages.
 inline Properties keptIn(const std::string& path, Properties properties) {
     properties["zav.log.AsynchronousDispatcher.queueFile"] = path;
-    properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "256 MB";
+    properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "64 MB";
     return properties;
 }
 

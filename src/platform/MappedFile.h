@@ -44,6 +44,9 @@ public:
     /// \return false then
     bool makePrivate(std::string& problem);
 
+    /// Maps the file's first bytes now, where the system can, so that nobody waits at their first use.
+    void populate(std::size_t most) noexcept;
+
     /// \return whether a path leads to the open file
     bool isAt(const std::string& path) const noexcept;
 

@@ -23,6 +23,10 @@ namespace {
 
 constexpr std::size_t LEAST_SLOTS = 16;
 
+/// How much is mapped before the first message comes. A first touch costs a call more than all else that it
+/// does; what lies beyond is used by a queue only that has grown so far.
+constexpr std::size_t MAPPED_AT_ONCE = std::size_t{64} << 20U;
+
 template <typename Value>
 std::string_view bytesOf(const Value& value) {
     return {reinterpret_cast<const char*>(&value), sizeof value};
@@ -95,6 +99,7 @@ QueueFile::~QueueFile() = default;
 void QueueFile::begin() {
     const ScopedLock lock(lock_);
     slots_ = Slots(file_.size() / SLOT);
+    file_.populate(MAPPED_AT_ONCE);
     if (earlier_ != nullptr) {
         for (const StoredQueue::Block& block : earlier_->blocks()) {
             slots_.use(block.slot, block.slots);

@@ -4,6 +4,7 @@
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -178,6 +179,11 @@ bool MappedFile::makePrivate(std::string& problem) {
         failure(problem);
     }
     return problem.empty();
+}
+
+/// An older kernel does not know this.
+void MappedFile::populate(std::size_t most) noexcept {
+    madvise(bytes_, std::min(size_, most), MADV_POPULATE_WRITE);
 }
 
 bool MappedFile::isAt(const std::string& path) const noexcept {

@@ -135,6 +135,8 @@ bool MappedFile::makePrivate(std::string&) {
     return true;
 }
 
+void MappedFile::populate(std::size_t) noexcept {}
+
 bool MappedFile::isAt(const std::string& path) const noexcept {
     const Handle named(CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
