@@ -260,6 +260,7 @@ void AsynchronousDispatcher::makeRounds() {
     const unsigned generation = Platform::forkGeneration();
     MessageBatch batch;
     int priority = DEFAULT_PRIORITY_MARK;
+    queue_.prepareMemory();
     bool hasCompany = true; // without any, the process is over once this thread is
     do {
         applyPriority(priority);

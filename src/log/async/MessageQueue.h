@@ -79,6 +79,9 @@ public:
     /// \return false if the time is over
     bool drain(const Deadline& deadline);
 
+    /// Has memory ready for what is logged next.
+    void prepareMemory() noexcept { store_.prepareMemory(); }
+
     /// Takes out all that is queued, up to a hold; it counts as waiting until `release`. Without memory it
     /// takes nothing.
     void take(MessageBatch& batch);

@@ -97,6 +97,13 @@ public:
     /// \return the number of the last message before the hold; to be asked while there is one
     std::uint64_t lastBeforeHold() const noexcept { return lastToTake_; }
 
+    /// Has memory ready for what is logged next, if the queue is kept in memory.
+    void prepareMemory() noexcept {
+        if (file() == nullptr) {
+            pool_.fill();
+        }
+    }
+
     /// Takes out all that is there, up to a hold; it counts as waiting until `release`.
     /// \throw std::bad_alloc; nothing was taken then
     void take(MessageBatch& batch);

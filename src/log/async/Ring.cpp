@@ -4,6 +4,7 @@
 #include "log/queuefile/QueueFileChecks.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <new>
 
@@ -29,6 +30,18 @@ MessageBlock* makeBlock(std::size_t capacity) {
 }
 
 } // namespace
+
+void BlockPool::fill() noexcept {
+    try {
+        for (std::size_t count = 0; count < std::size(kept_); ++count) {
+            MessageBlock* const block = makeBlock(USUAL_CAPACITY);
+            std::memset(block->bytes, 0, block->capacity);
+            giveBack(block);
+        }
+    } catch (const std::bad_alloc&) {
+        return; // a block is made when it is wanted
+    }
+}
 
 MessageBlock* BlockPool::take(std::size_t capacity) {
     for (auto& place : kept_) {

@@ -34,6 +34,9 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
+    /// Makes as many blocks as are kept, and touches their memory, so that the calls that take them need not.
+    void fill() noexcept;
+
     /// \return a block in memory
     /// \throw std::bad_alloc
     MessageBlock* take(std::size_t capacity);

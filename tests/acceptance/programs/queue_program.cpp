@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -36,6 +37,13 @@ void end(const std::string& way) {
     }
     if (way == "fault") {
         std::raise(SIGSEGV);
+    }
+    if (way == "memory") {
+        limitMemory();
+        // In pieces so large that the other threads find memory until this one ends the process.
+        for (std::vector<std::unique_ptr<char[]>> used;;) {
+            used.push_back(std::make_unique<char[]>(std::size_t{8} << 20U));
+        }
     }
     killThisProcess();
 }

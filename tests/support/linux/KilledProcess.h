@@ -4,8 +4,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <string>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,11 +17,24 @@ namespace ZAV::TestSupport {
 constexpr struct {
     const char* name;
     int exitCode;
-} WAYS_TO_DIE[] = {{"kill", 128 + SIGKILL}, {"fault", 128 + SIGSEGV}, {"exception", 128 + SIGABRT}};
+} WAYS_TO_DIE[] = {{"kill", 128 + SIGKILL},
+                   {"fault", 128 + SIGSEGV},
+                   {"exception", 128 + SIGABRT},
+                   {"memory", 128 + SIGABRT}};
 
 [[noreturn]] inline void killThisProcess() {
     kill(getpid(), SIGKILL);
     std::abort();
+}
+
+/// Has the system refuse the process more memory than it has now and a little.
+inline void limitMemory() {
+    constexpr rlim_t MORE = rlim_t{32} << 20U;
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t most = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + MORE;
+    const struct rlimit limit = {most, most};
+    setrlimit(RLIMIT_AS, &limit);
 }
 
 /// \param status what `std::system` has returned
