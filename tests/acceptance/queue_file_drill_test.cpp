@@ -17,6 +17,13 @@ namespace {
 
 constexpr int THREADS = 4;
 
+/// Sanitizers end a process that fails with codes of their own.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr bool HAS_OTHER_CODES = true;
+#else
+constexpr bool HAS_OTHER_CODES = false;
+#endif
+
 /// What a file has of one thread of one run.
 struct Lines {
     int last = 0;    ///< the highest number so far
@@ -101,9 +108,7 @@ TEST_P(QueueFileDrill, EveryAcceptedMessageComesWhateverKillsTheProcess) {
     for (int run = 0; run < kills(); ++run) {
         const auto& [way, codeOfEnd] = WAYS_TO_DIE[static_cast<std::size_t>(run) % std::size(WAYS_TO_DIE)];
         const int code = start(run, way, static_cast<int>(random() % 150'000));
-#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
-        ASSERT_EQ(code, codeOfEnd) << way << ": " << errors();
-#endif
+        ASSERT_TRUE(HAS_OTHER_CODES || code == codeOfEnd) << way << ", " << code << ": " << errors();
         ASSERT_EQ(errors().find("queue file"), std::string::npos) << errors();
     }
     ASSERT_EQ(start(kills(), "finish", 0), 0) << errors();
