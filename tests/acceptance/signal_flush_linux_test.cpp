@@ -36,11 +36,11 @@ protected:
     }
 };
 
-int* volatile nowhere = nullptr;
-
 } // namespace
 
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__) // which have handlers of their own
+
+static int* volatile nowhere = nullptr;
 
 TEST_F(FlushAtSignal, DeliversAndLetsTheSignalEndTheProcess) {
     for (const int signal : {SIGTERM, SIGINT, SIGSEGV, SIGABRT}) {
