@@ -33,6 +33,12 @@ public:
     /// \param problem receives the system's word if the result is `FAILED`
     Result open(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
+    /// Puts a new file in the place of the one that is open, whose content nobody needs any more.
+    /// \param path the same as that of `open`
+    /// \param problem receives the system's word if that fails
+    /// \return false then; the file of before stays open
+    bool replace(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
+
     /// Takes a copy of all that the file holds.
     /// \param problem receives the system's word if that fails
     /// \return false then
@@ -55,7 +61,9 @@ public:
 
 private:
     Result openExisting(const std::string& path, std::string& problem);
-    Result make(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
+    enum Place { EMPTY_OR_MISSING, ITS_OWN };
+    Result make(const std::string& path, std::size_t size, std::string_view beginning, Place place,
+                std::string& problem);
     bool map(std::string& problem);
 
     static constexpr std::intptr_t NONE = -1;

@@ -141,9 +141,15 @@ const std::vector<Case> CASES = {
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},
     {DISPATCHER + "maxQueueSize = 0\n" + CONSOLE + "appender.c.asynchronous = false\n", {}},
     {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 2000000\n", {"2 queue-file"}},
-    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 600\n" + DISPATCHER +
-         "queueFileSize = 64 KB\n",
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 5000\n" + DISPATCHER +
+         "queueFileSize = 1 MB\n",
      {}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 5500\n" + DISPATCHER +
+         "queueFileSize = 1 MB\n",
+     {"3 queue-file"}},
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = -1\n" + DISPATCHER +
+         "queueFileSize = 63 KB\n",
+     {"3 out-of-range"}},
     {DISPATCHER + "queueFileSize = 64 KB\n" + DISPATCHER + "queueFile = q\n", {"1 queue-file"}},
     {DISPATCHER + "queueFile = q\n" + DISPATCHER + "queueFileSize = 64 KB\n" + DISPATCHER +
          "maxQueueSize = -1\n",

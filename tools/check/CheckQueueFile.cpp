@@ -2,9 +2,11 @@
 #include "log/async/DispatcherSettings.h"
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
+#include "log/queuefile/QueueFile.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 
 namespace ZAV {
@@ -15,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 namespace Option = Log::DispatcherOption;
 
-constexpr std::uint64_t USUAL_MESSAGE = 100; ///< bytes
+constexpr std::size_t USUAL_MESSAGE = 100; ///< bytes
 
 const PropertyLine* lineOf(const Configuration& configuration, const char* option) {
     return configuration.file().find(Log::dispatcherKey(option));
@@ -33,11 +35,25 @@ void checkFolder(const PropertyLine& line, Findings& findings) {
     }
 }
 
+void checkBounds(const PropertyLine& line, std::uint64_t bytes, Findings& findings) {
+    if (bytes != 0 && bytes < Log::QueueFile::LEAST_SIZE) {
+        findings.addWarning(line, "out-of-range",
+                            line.value + " counts as 64 KB, the least that a queue file has");
+    }
+    if (bytes > Log::QueueFile::MOST_SIZE && bytes != std::numeric_limits<std::uint64_t>::max()) {
+        findings.addWarning(line, "out-of-range",
+                            line.value + " counts as 64 GB, the most that a queue file has");
+    }
+}
+
 /// The defaults fit each other, and a bad value is a finding of its own.
 void checkSize(const Configuration& configuration, Findings& findings) {
     const PropertyLine* const size = lineOf(configuration, Option::QUEUE_FILE_SIZE);
     const PropertyLine* const limit = lineOf(configuration, Option::MAX_QUEUE_SIZE);
     const auto bytes = size != nullptr ? Log::readSizeLimit(size->value) : Log::QueueFileSettings().size;
+    if (size != nullptr) {
+        checkBounds(*size, bytes.value_or(0), findings);
+    }
     const auto messages =
         limit != nullptr ? Log::readLeadingSigned(limit->value)
                          : Log::readLeadingSigned(std::to_string(Log::DispatcherSettings().maxQueueSize));
@@ -47,7 +63,7 @@ void checkSize(const Configuration& configuration, Findings& findings) {
     }
     const PropertyLine& last = size == nullptr ? *limit : limit == nullptr ? *size : later(*size, *limit);
     const auto count = static_cast<std::uint64_t>(messages.value);
-    if (*bytes / USUAL_MESSAGE < count) {
+    if (Log::QueueFile::capacity(*bytes, USUAL_MESSAGE) < count) {
         warn(findings, last,
              "a queue file of " + std::to_string(*bytes) + " bytes cannot hold " + std::to_string(count) +
                  " messages of " + std::to_string(USUAL_MESSAGE) + " bytes");

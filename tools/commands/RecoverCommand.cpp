@@ -16,7 +16,11 @@
 #include "log/queuefile/StoredQueue.h"
 #include "zav-util/Properties.h"
 
+#include <cstdint>
+#include <exception>
+#include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ZAV {
@@ -42,11 +46,17 @@ private:
 };
 
 /// Marks each line that was written; a damaged file takes no marks.
+/// \param recovery what has become of the messages so far
 /// \throw OutputClosed, Failure
-void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, Output& output) {
+void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, Output& output, Log::Recovery& recovery) {
+    recovery.hasAppenders = true;
     for (const Log::StoredQueue::Message& message : file.earlier()->messages()) {
-        output.write(lineOf(message, layout));
-        output.flush();
+        const std::optional<std::string> line = lineOf(message, layout);
+        if (line) {
+            output.write(*line);
+            output.flush();
+        }
+        ++(line ? recovery.messages : recovery.lost);
         file.earlierDone(message.run->id).set(message.number);
     }
 }
@@ -104,41 +114,41 @@ ExitCode RecoverCommand::run(Output& output) {
     const Util::Properties properties =
         configuration_.empty() ? Util::Properties() : readProperties(configuration_);
     Log::QueueFile file(path_, 0, Log::QueueFile::ACCEPT_DAMAGED);
-    if (file.earlier() == nullptr) {
-        return EXIT_AS_WISHED; // an empty file
-    }
+    Log::Recovery recovery;
+    bool isAllThere = false;
     try {
-        return deliver(file, properties, output);
+        isAllThere = deliver(file, properties, output, recovery);
+    } catch (const std::exception& exception) {
+        complain(exception.what());
     } catch (const OutputClosed&) {
-        return EXIT_COMPLAINT;
+        isAllThere = false;
     }
+    std::cerr << recovery.messages << (recovery.messages == 1 ? " message\n" : " messages\n");
+    return isAllThere ? EXIT_AS_WISHED : EXIT_COMPLAINT;
 }
 
-/// The file is emptied before anything is said, so that it does not matter then who listens.
-ExitCode RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output) {
+/// \param recovery receives what has become of the messages, also if not all of them can be written
+/// \return whether nothing is left
+bool RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output,
+                             Log::Recovery& recovery) {
+    if (file.earlier() == nullptr) {
+        return true; // an empty file
+    }
     const std::string damage = file.earlier()->problem();
     const bool isEmpty = file.earlier()->messages().empty();
-    Log::Recovery recovery;
     if (configuration_.empty()) {
-        writeAll(file, *Log::makeLayout(Log::readLayout(layout_), {}, false), output);
-        recovery.hasAppenders = true;
+        writeAll(file, *Log::makeLayout(Log::readLayout(layout_), {}, false), output, recovery);
     } else {
         recovery = deliverAll(file, properties);
     }
+    const bool isAllThere = isEmpty || checkThatAllIsThere(recovery, configuration_);
     if (damage.empty() && (isEmpty || recovery.isAllGiven())) {
         file.forgetEarlier();
+    } else if (!damage.empty()) {
+        complain(path_ + ": " + damage + "; " + (isEmpty ? "none" : "not all") +
+                 " of its messages can be read, and it was left as it is");
     }
-    bool isAllThere = isEmpty || checkThatAllIsThere(recovery, configuration_);
-    if (!damage.empty()) {
-        complain(path_ + ": " + damage + "; some messages are missing, and it was left as it is");
-        isAllThere = false;
-    }
-    if (!configuration_.empty()) {
-        output.write(std::to_string(recovery.messages) +
-                     (recovery.messages == 1 ? " message\n" : " messages\n"));
-        output.flush();
-    }
-    return isAllThere ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+    return isAllThere && damage.empty();
 }
 
 } // namespace Tools

@@ -8,7 +8,8 @@
 namespace ZAV {
 namespace Log {
 class QueueFile;
-}
+struct Recovery;
+} // namespace Log
 namespace Util {
 class Properties;
 }
@@ -23,7 +24,8 @@ public:
     ExitCode run(Output& output) override;
 
 private:
-    ExitCode deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output);
+    bool deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output,
+                 Log::Recovery& recovery);
 
     std::string path_;
     std::string configuration_;

@@ -106,18 +106,26 @@ QueueLines::QueueLines(const Platform::InputFile& file) {
     }
     const Log::StoredQueue queue(CommonContent(std::move(looks)).take());
     const auto layout = Log::makeLayout(Log::LayoutName::JSON, {}, false);
-    for (const Log::StoredQueue::Message& message : queue.messages()) {
-        text += lineOf(message, *layout);
-    }
     problem = queue.problem();
+    for (const Log::StoredQueue::Message& message : queue.messages()) {
+        const std::optional<std::string> line = lineOf(message, *layout);
+        if (line) {
+            text += *line;
+        } else if (problem.empty()) {
+            problem = "not all messages can be shown for want of memory";
+        }
+    }
 }
 
-std::string lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout) {
+std::optional<std::string> lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout) {
     const Log::StoredQueue::Run& run = *message.run;
     const Log::ShownProcess shown({run.program, run.processId, run.host});
-    const Log::LogMessage made = message.fields.makeMessage();
+    const std::optional<Log::LogMessage> made = message.make();
+    if (!made) {
+        return std::nullopt;
+    }
     std::string line;
-    Log::appendWholeLine(line, Log::MessageFields(made), layout);
+    Log::appendWholeLine(line, Log::MessageFields(*made), layout);
     return line;
 }
 

@@ -3,6 +3,7 @@
 #include "log/queuefile/StoredQueue.h"
 #include "platform/InputFile.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,8 +31,8 @@ struct QueueLines {
     std::string problem; ///< why lines are missing; empty if none are
 };
 
-/// \return the line of a message, with its end, for the process that logged it
-std::string lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout);
+/// \return the line of a message, with its end, for the process that logged it; nothing if there is no memory
+std::optional<std::string> lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout);
 
 } // namespace Tools
 } // namespace ZAV

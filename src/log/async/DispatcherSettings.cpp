@@ -82,12 +82,22 @@ void DispatcherSettings::read(const Util::Properties& properties) {
     }
 }
 
-QueueFileSettings::QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before) {
+void QueueFileSettings::read(const Util::Properties& properties) {
+    name.clear();
     properties.getProperty(dispatcherKey(DispatcherOption::QUEUE_FILE), name);
     path = Platform::absolutePath(name);
     if (properties.count(dispatcherKey(DispatcherOption::QUEUE_FILE_SIZE)) != 0) {
-        size = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, toFileSize).value_or(before.size);
+        size = readOption(properties, DispatcherOption::QUEUE_FILE_SIZE, toFileSize).value_or(size);
     }
+}
+
+QueueFileSettings QueueFileSettings::renewedBy(const Util::Properties& properties) const {
+    QueueFileSettings renewed;
+    if (properties.count(dispatcherKey(DispatcherOption::QUEUE_FILE_SIZE)) != 0) {
+        renewed.size = size;
+    }
+    renewed.read(properties);
+    return renewed;
 }
 
 DispatcherSettings DispatcherSettings::renewedBy(const Util::Properties& properties) const {

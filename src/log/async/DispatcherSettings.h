@@ -42,11 +42,12 @@ struct DispatcherSettings {
 
 /// Where the queue is kept.
 struct QueueFileSettings {
-    QueueFileSettings() = default;
+    /// Takes what the properties name; without a path of theirs the queue is kept in memory. A size that is
+    /// none is reported on the standard error stream and leaves it as it was.
+    void read(const Util::Properties& properties);
 
-    /// A size that is none is reported on the standard error stream.
-    /// \param before what holds for the size then
-    QueueFileSettings(const Util::Properties& properties, const QueueFileSettings& before);
+    /// \return what a fresh process with the properties would have, but for a size that is none
+    QueueFileSettings renewedBy(const Util::Properties& properties) const;
 
     std::string name;                                     ///< as the key has it; empty for memory
     std::string path;                                     ///< from the root; empty for memory

@@ -1,6 +1,7 @@
 #include "log/queuefile/QueueFile.h"
 
 #include "log/LogException.h"
+#include "log/async/PackedMessage.h"
 #include "log/layout/ProcessDescription.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
@@ -21,7 +22,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-constexpr std::size_t LEAST_SLOTS = 16;
+constexpr std::size_t LEAST_SLOTS = QueueFile::LEAST_SIZE / SLOT;
 
 /// How much is mapped before the first message comes. A first touch costs a call more than all else that it
 /// does; what lies beyond is used by a queue only that has grown so far.
@@ -34,7 +35,13 @@ std::string_view bytesOf(const Value& value) {
 
 /// A size in whole slots.
 std::size_t slotSize(std::uint64_t size) {
-    return static_cast<std::size_t>(std::clamp<std::uint64_t>(size / SLOT, LEAST_SLOTS, MOST_SLOTS)) * SLOT;
+    return static_cast<std::size_t>(std::clamp(size, QueueFile::LEAST_SIZE, QueueFile::MOST_SIZE)) / SLOT *
+           SLOT;
+}
+
+/// \return how many slots are kept for those who find no other room, and as many for the next process
+std::size_t reservedSlots(std::size_t slots) {
+    return std::max(slots / 64, LEAST_SLOTS / 4);
 }
 
 Head makeHead(std::size_t size) {
@@ -84,6 +91,11 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
         earlier_ = std::make_unique<StoredQueue>(std::move(content));
         problem = earlier_->problem();
         static_cast<void>(problem.empty() && file_.makePrivate(problem));
+        const bool hasOtherSize = wholeSize != 0 && wholeSize != file_.size();
+        if (problem.empty() && hasOtherSize && earlier_->messages().empty() &&
+            file_.replace(path, wholeSize, bytesOf(head), problem)) {
+            earlier_.reset();
+        }
     }
     if (!problem.empty() && (!isDamaged || damage == REFUSE_DAMAGED)) {
         throw LogException("The queue file " + path + " cannot be read: " + problem);
@@ -94,6 +106,18 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
 }
 
 QueueFile::~QueueFile() = default;
+
+/// As if each block had one slot; all but the message blocks are the head, two of notes and one of marks.
+std::uint64_t QueueFile::capacity(std::uint64_t size, std::size_t textSize) {
+    constexpr std::size_t OTHERS = 4;
+    const std::size_t slots = slotSize(size) / SLOT;
+    const std::string text(textSize, ' ');
+    MessageFields message("net", Util::TimeUtils::Time::now(), Level::LEVEL_INFO, text, 1, "app.cpp", LOG);
+    message.thread = 1;
+    const std::size_t record = recordSize(PackedMessage(message, 0, SharedFields(), 1).size());
+    const std::size_t available = slots - 2 * reservedSlots(slots) - OTHERS;
+    return available * (SLOT - BODY) / record;
+}
 
 /// What earlier processes have left stays in use.
 void QueueFile::begin() {
@@ -158,7 +182,7 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
 QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room room) noexcept {
     const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
     const ScopedLock lock(lock_);
-    const std::size_t reserved = std::max(slots_.count() / 64, LEAST_SLOTS / 4);
+    const std::size_t reserved = reservedSlots(slots_.count());
     const std::size_t kept = room == ALSO_RESERVED ? reserved : 2 * reserved;
     const bool isScarce = slots_.used() + slotsFor(wanted) > slots_.count() / 2;
     Memory memory = takeSlots(MESSAGES, slotsFor(isScarce ? least : wanted), kept);

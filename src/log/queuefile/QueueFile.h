@@ -46,13 +46,23 @@ public:
     enum Damage { REFUSE_DAMAGED, ACCEPT_DAMAGED };
 
     /// Opens the file or makes it, for this process alone.
-    /// \param size of a new file in bytes; 0 to make none
+    /// \param size in bytes, of a new file and of one in which nothing waits; 0 to make none and to keep its size
     /// \throw LogException if that is not possible, if another process uses it or if it is damaged; it is left as
     ///        it was
     QueueFile(const std::string& path, std::uint64_t size, Damage damage = REFUSE_DAMAGED);
     ~QueueFile();
     QueueFile(const QueueFile&) = delete;
     QueueFile& operator=(const QueueFile&) = delete;
+
+    // What a file may hold at least and at most, in bytes; any other size counts as one of these.
+    static constexpr std::uint64_t LEAST_SIZE = std::uint64_t{16} * QueueFileFormat::SLOT;
+    static constexpr std::uint64_t MOST_SIZE =
+        std::uint64_t{QueueFileFormat::MOST_SLOTS} * QueueFileFormat::SLOT;
+
+    /// \return about how many messages a file can hold, one less rather than one more
+    /// \param size of the file in bytes
+    /// \param textSize of each message in bytes
+    static std::uint64_t capacity(std::uint64_t size, std::size_t textSize);
 
     /// \return whether a path leads to this file now
     bool isAt(const std::string& path) const noexcept { return file_.isAt(path); }

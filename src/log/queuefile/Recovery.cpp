@@ -48,12 +48,14 @@ public:
     }
 
     /// \param message null if there was no memory for it, nor will there be: the next one can be written
-    void give(const StoredQueue::Message& stored, const LogMessage* message) {
+    /// \return whether the appender has written it
+    bool give(const StoredQueue::Message& stored, const LogMessage* message) {
         hasFailed_ = message != nullptr && !Log::give(appender_, *message);
         if (mayGoOn()) {
             stored.run->appenders[key_] = stored.number; // for another `init` of this process
             markOf(stored.run->id).set(stored.number);
         }
+        return message != nullptr && !hasFailed_;
     }
 
     bool hasFailed() const noexcept { return hasFailed_; }
@@ -78,32 +80,27 @@ private:
     bool hasFailed_ = false;
 };
 
-/// \return nothing if there is no memory, as for a number that is to be as wide as the message's format says
-std::optional<LogMessage> makeMessage(const StoredQueue::Message& stored) {
-    try {
-        return stored.fields.makeMessage();
-    } catch (const std::exception&) {
-        FailureCount::add(); // there is no message to report
-        return std::nullopt;
-    }
-}
-
-/// \return whether it was given to an appender
-bool giveToAll(const StoredQueue::Message& stored, std::vector<Recovered>& appenders, Recovery& recovery) {
+/// A message counts once, whoever of them writes it, and whenever.
+void giveToAll(StoredQueue::Message& stored, std::vector<Recovered>& appenders, Recovery& recovery) {
     const auto isWaiting = [&stored](const Recovered& appender) { return appender.isWaitingFor(stored); };
     if (std::none_of(appenders.begin(), appenders.end(), isWaiting)) {
-        return false;
+        return;
     }
     const StoredQueue::Run& run = *stored.run;
     const ShownProcess shown({run.program, run.processId, run.host});
-    const std::optional<LogMessage> message = makeMessage(stored);
-    recovery.lost += message ? 0 : 1;
+    const std::optional<LogMessage> message = stored.make();
+    if (!message) {
+        FailureCount::add(); // there is no message to report
+        ++recovery.lost;
+    }
+    const bool wasRecovered = stored.isRecovered;
     for (Recovered& appender : appenders) {
         if (appender.isWaitingFor(stored)) {
-            appender.give(stored, message ? &*message : nullptr);
+            const bool isWritten = appender.give(stored, message ? &*message : nullptr);
+            stored.isRecovered = stored.isRecovered || isWritten;
         }
     }
-    return message.has_value();
+    recovery.messages += stored.isRecovered && !wasRecovered ? 1 : 0;
 }
 
 } // namespace
@@ -116,8 +113,8 @@ Recovery recover(QueueFile& file, const std::vector<Appender*>& appenders) {
     }
     Recovery recovery;
     recovery.hasAppenders = !appenders.empty();
-    for (const StoredQueue::Message& message : file.earlier()->messages()) {
-        recovery.messages += giveToAll(message, recovered, recovery) ? 1 : 0;
+    for (StoredQueue::Message& message : file.earlier()->messages()) {
+        giveToAll(message, recovered, recovery);
     }
     for (const Recovered& appender : recovered) {
         if (appender.hasFailed()) {

@@ -13,8 +13,9 @@ class QueueFile;
 /// What becomes of messages that earlier processes have left.
 struct Recovery {
     bool hasAppenders = false;
-    std::uint64_t messages = 0;      ///< that at least one appender was given
-    std::uint64_t lost = 0;          ///< for which there was no memory
+    std::uint64_t messages =
+        0;                  ///< that at least one appender has written, for the first time in this process
+    std::uint64_t lost = 0; ///< for which there was no memory
     std::vector<std::string> failed; ///< names of the appenders that could not write a message
 
     /// \return whether nothing waits any more

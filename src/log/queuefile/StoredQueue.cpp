@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <tuple>
 #include <utility>
 
@@ -43,6 +44,14 @@ std::uint64_t numberOf(const Mark& mark, bool isUpper) {
 
 bool StoredQueue::isOne(std::string_view bytes) noexcept {
     return bytes.substr(0, BEGINNING) == std::string_view(MAGIC, BEGINNING);
+}
+
+std::optional<LogMessage> StoredQueue::Message::make() const noexcept {
+    try {
+        return fields.makeMessage();
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
 }
 
 StoredQueue::StoredQueue(std::string bytes) : content_(std::move(bytes)), bytes_(content_) {

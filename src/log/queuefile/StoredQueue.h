@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log/LogMessage.h"
 #include "log/message/KnownPlaces.h"
 #include "log/message/MessageFields.h"
 #include "log/queuefile/QueueFileFormat.h"
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,8 +42,12 @@ public:
 
     struct Message {
         Run* run;
-        std::uint64_t number; ///< in the order of the run
-        MessageFields fields; ///< their texts are those of the queue
+        std::uint64_t number;     ///< in the order of the run
+        MessageFields fields;     ///< their texts are those of the queue
+        bool isRecovered = false; ///< an appender has written it
+
+        /// \return nothing if there is no memory for it, as for a number that is to be as wide as its format says
+        std::optional<LogMessage> make() const noexcept;
     };
 
     /// A block that is in use.
@@ -67,6 +73,7 @@ public:
     const std::string& problem() const noexcept { return problem_; }
 
     /// \return what waits in the file for at least one appender, the run that began first before the next
+    std::vector<Message>& messages() noexcept { return messages_; }
     const std::vector<Message>& messages() const noexcept { return messages_; }
 
     const std::vector<Block>& blocks() const noexcept { return blocks_; }

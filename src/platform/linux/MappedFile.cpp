@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace ZAV {
 namespace Platform {
@@ -93,8 +94,9 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
                                     std::string& problem) {
     const NoCancellation noCancellation;
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const Result result = size != 0 && isEmptyOrMissing(path) ? make(path, size, beginning, problem)
-                                                                  : openExisting(path, problem);
+        const Result result = size != 0 && isEmptyOrMissing(path)
+                                  ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
+                                  : openExisting(path, problem);
         if (result != FAILED || !problem.empty()) {
             return result;
         }
@@ -125,7 +127,7 @@ MappedFile::Result MappedFile::openExisting(const std::string& path, std::string
 }
 
 MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, std::string_view beginning,
-                                    std::string& problem) {
+                                    Place place, std::string& problem) {
     const std::string unfinished = path + ".new";
     FileDescriptor file(openFile(unfinished, O_CREAT));
     struct stat status;
@@ -141,7 +143,7 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     if (!leadsTo(unfinished, status)) {
         return FAILED; // another process has just made the file
     }
-    if (!isEmptyOrMissing(path)) {
+    if (place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
         unlink(unfinished.c_str());
         return FAILED;
     }
@@ -155,6 +157,20 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     handle_ = file.release();
     size_ = size;
     return map(problem) ? MADE : FAILED;
+}
+
+bool MappedFile::replace(const std::string& path, std::size_t size, std::string_view beginning,
+                         std::string& problem) {
+    const NoCancellation noCancellation;
+    MappedFile made;
+    if (made.make(path, size, beginning, ITS_OWN, problem) != MADE) {
+        problem = problem.empty() ? path + ".new is in use" : problem;
+        return false;
+    }
+    std::swap(handle_, made.handle_);
+    std::swap(bytes_, made.bytes_);
+    std::swap(size_, made.size_);
+    return true;
 }
 
 bool MappedFile::read(std::string& content, std::string& problem) const {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 #include <windows.h>
 
 namespace ZAV {
@@ -62,8 +63,9 @@ MappedFile::~MappedFile() {
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const Result result = size != 0 && isEmptyOrMissing(path) ? make(path, size, beginning, problem)
-                                                                  : openExisting(path, problem);
+        const Result result = size != 0 && isEmptyOrMissing(path)
+                                  ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
+                                  : openExisting(path, problem);
         if (result != FAILED || !problem.empty()) {
             return result;
         }
@@ -86,13 +88,13 @@ MappedFile::Result MappedFile::openExisting(const std::string& path, std::string
 /// One process at a time has the unfinished file, and looks again whether another one has been faster.
 /// \return `FAILED` without a problem if so
 MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, std::string_view beginning,
-                                    std::string& problem) {
+                                    Place place, std::string& problem) {
     const std::string unfinished = path + ".new";
     try {
         UserOnly userOnly;
         Handle file(openFile(unfinished, CREATE_ALWAYS, userOnly.get()));
         DWORD written = 0;
-        if (file.isOpen() && !isEmptyOrMissing(path)) {
+        if (file.isOpen() && place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
             DeleteFileA(unfinished.c_str());
             return FAILED;
         }
@@ -109,6 +111,24 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     }
     size_ = size;
     return map(problem) ? MADE : FAILED;
+}
+
+/// A file whose memory is mapped keeps its name.
+bool MappedFile::replace(const std::string& path, std::size_t size, std::string_view beginning,
+                         std::string& problem) {
+    MappedFile made;
+    UnmapViewOfFile(bytes_);
+    bytes_ = nullptr;
+    if (made.make(path, size, beginning, ITS_OWN, problem) != MADE) {
+        problem = problem.empty() ? path + ".new is in use" : problem;
+        std::string ignored;
+        map(ignored);
+        return false;
+    }
+    std::swap(handle_, made.handle_);
+    std::swap(bytes_, made.bytes_);
+    std::swap(size_, made.size_);
+    return true;
 }
 
 bool MappedFile::read(std::string& content, std::string& problem) const {
