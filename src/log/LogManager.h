@@ -32,8 +32,12 @@ namespace LogManager {
 /// Other threads may log meanwhile. Of `init`, `finish` and `reload`, which may be called from any thread,
 /// one waits for the other. A bad value of a logger or of the dispatcher, or a bad name of a logger, is
 /// reported on the standard error stream and leaves its setting as it was.
+///
+/// With a `queueFile` it first gives what earlier processes have left in it to the asynchronous appenders
+/// that it sets up, and returns when that is written; what one of them cannot write stays in the file for it.
 /// \return false if the library is set up already; the properties are then ignored
-/// \throw LogException for a bad setting of an appender. Whatever is thrown, `finish` has run before it
+/// \throw LogException for a bad setting of an appender, and for a queue file that another process uses, that is
+///        damaged or cannot be made. Whatever is thrown, `finish` has run before it
 ///        arrives, and a later `init` may succeed.
 ZAV_LOG_API bool init(const Util::Properties& properties);
 
@@ -75,7 +79,7 @@ registerAppenderClass(const std::string& className,
 /// one, the queue is written first.
 /// \throw LogException "LogManager::reload must not be called while logging." from an appender, a filter or a
 ///        command listener, "The library is not initialised." without `init`, and whatever `init` would
-///        throw. Nothing has changed then
+///        throw, and "The queue file cannot be changed by a reload." Nothing has changed then
 ZAV_LOG_API void reload(const Util::Properties& properties);
 
 /// \copydoc reload(const Util::Properties&)
@@ -107,7 +111,8 @@ ZAV_LOG_API LogStatistics statistics();
 
 /// Has the consumer thread serve an appender of the application, which was made with `synchronous = false`,
 /// as it serves those of the configuration: the appender gets the messages of the loggers that list it
-/// (`Logger::addAppender`). `finish` leaves it registered, and the consumer runs on for it.
+/// (`Logger::addAppender`). `finish` leaves it registered, and the consumer runs on for it. It gets nothing
+/// of what earlier processes have left in a queue file.
 /// \param appender not null, not owned; must live until it was removed
 /// \throw std::exception if the consumer thread cannot be started
 ZAV_LOG_API void addAsynchronousAppender(Appender* appender);

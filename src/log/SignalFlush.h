@@ -29,13 +29,16 @@ namespace Log {
 /// On Windows the console's events and exceptions of the system are served, whichever signals are named.
 class ZAV_LOG_API SignalFlush {
 public:
-    /// There may be one at a time.
+    /// There may be one at a time. It may be made in any thread; a program that becomes a daemon makes it
+    /// after its last fork, since a child is not served. A handler runs on the stack that the thread has for
+    /// signals (`sigaltstack`), if any: without one an overflow of the stack is not served.
     /// \param timeout how long a signal waits at most; 0 or less: not at all
     /// \throw LogException if there is another one, or if a signal can have no handler
     explicit SignalFlush(const std::vector<int>& signals,
                          std::chrono::milliseconds timeout = std::chrono::seconds(2));
 
-    /// Takes the handlers back, but for one that somebody else has changed meanwhile.
+    /// Takes the handlers back, but for one that somebody else has changed meanwhile. Waits for a delivery
+    /// that is under way.
     ~SignalFlush();
 
     SignalFlush(const SignalFlush&) = delete;
