@@ -80,7 +80,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
     const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
     std::uint64_t number = waits ? appendWithRoom(message) : store_.append(message);
     if (number == MessageStore::FILE_FULL) {
-        number = appendToFullFile(message);
+        number = store_.fits(message) ? appendToFullFile(message) : discardUnfit(message);
     }
     if (number != DISCARDED) {
         hasAppended(number);
@@ -97,17 +97,26 @@ std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
         }
         if (number == MessageStore::AT_LIMIT) {
             waitForRoom();
+        } else if (!store_.fits(message)) {
+            return MessageStore::FILE_FULL;
         } else if (done != store_.lastNumber()) {
             waitForDelivery(done);
-        } else if (discardIfNoneWaits(message)) { // it does not fit at all
+        } else if (discardIfNoneWaits(message)) { // what it needs is held by threads that do not log
             return DISCARDED;
         }
     }
     return store_.append(message);
 }
 
-/// The oldest messages make room, as in a queue at its limit. What is being delivered cannot, and a message
-/// that does not fit at all never has room: it is discarded itself.
+std::uint64_t MessageQueue::discardUnfit(const MessageFields& message) {
+    lines_.waitForRoom();
+    store_.discardUnfit(message, lines_, SHOWN_WHEN_DISCARDED);
+    lines_.write();
+    return DISCARDED;
+}
+
+/// The oldest messages make room, as in a queue at its limit. What is being delivered cannot, nor what
+/// threads hold that do not log: where nothing waits any more, the message is discarded itself.
 std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
     std::uint64_t number = MessageStore::FILE_FULL;
     while (number == MessageStore::FILE_FULL) {

@@ -120,6 +120,7 @@ private:
 
     std::uint64_t appendWithRoom(const MessageFields& message);
     std::uint64_t appendToFullFile(const MessageFields& message);
+    std::uint64_t discardUnfit(const MessageFields& message);
     void waitForRoom();
     void waitForDelivery(std::uint64_t done);
     bool discardIfNoneWaits(const MessageFields& message);

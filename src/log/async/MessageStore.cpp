@@ -98,6 +98,11 @@ void MessageStore::removeEndedRings() noexcept {
     rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
 }
 
+bool MessageStore::fits(const MessageFields& message) const {
+    const QueueFile* const file = this->file();
+    return file == nullptr || file->fits(Ring::storedSize(message));
+}
+
 /// Once it is empty it begins anew: its last block has become free for messages then, which that of another
 /// ring never does.
 std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit,
@@ -120,8 +125,8 @@ LogStatistics MessageStore::statistics() const noexcept {
     LogStatistics statistics;
     const ScopedLock lock(storeLock_);
     statistics.delivered = deliveredCount_;
-    statistics.discarded = discardedCount_;
-    statistics.queued = lastNumber_;
+    statistics.discarded = discardedCount_ + unfitCount_;
+    statistics.queued = lastNumber_ + unfitCount_;
     statistics.waiting = statistics.queued - statistics.delivered - statistics.discarded;
     return statistics;
 }
@@ -180,6 +185,13 @@ bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, 
     lines.add(std::move(line), reason);
     countDiscarded();
     return true;
+}
+
+void MessageStore::discardUnfit(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    lines.add(std::move(line), reason);
+    ++unfitCount_;
 }
 
 /// \return null if the oldest message is not published yet

@@ -45,6 +45,9 @@ public:
     /// \throw std::bad_alloc if there is no memory for the message, which was not appended then
     std::uint64_t append(const MessageFields& message, std::uint64_t limit = NO_LIMIT);
 
+    /// \return whether the queue's file, if there is one, could hold a message if nothing else was in it
+    bool fits(const MessageFields& message) const;
+
     // How far it is. Sequentially consistent, for those who look at something else as well.
 
     std::uint64_t lastNumber() const noexcept { return lastNumber_; } ///< of the message appended last
@@ -83,6 +86,10 @@ public:
     /// \return false if others wait, and it was not appended
     bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
                  bool isLastWay = false);
+
+    /// Leaves the line of a message to others that does not fit into the file. It counts as queued and
+    /// discarded, without a place in the order.
+    void discardUnfit(const MessageFields& message, DiscardedLines& lines, const char* reason);
 
     /// Has `take` leave what is appended from now on in the queue.
     void hold() noexcept;
@@ -176,7 +183,8 @@ private:
     std::vector<std::unique_ptr<Ring>> rings_ ZAV_LOG_GUARDED_BY(storeLock_);
     /// One of them, for threads that get none of their own, or no memory of a file for it.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
-    std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_);      ///< of each file that was ever used
+    std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_); ///< of each file that was ever used
+    std::uint64_t unfitCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0; ///< messages that did not fit into the file
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< not given back yet
     bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false; ///< a discarded message, which may take memory
     bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;

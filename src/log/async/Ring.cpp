@@ -128,44 +128,75 @@ std::optional<PackedMessage> Ring::reserve(const MessageFields& message, int ans
     return first;
 }
 
-/// In a file each message can be read by itself.
+namespace {
+
+/// What a block says of a logger and a place.
+struct Notes {
+    explicit Notes(const MessageFields& message)
+        : logger(loggerNote(message)), place(message.place == nullptr ? "" : placeNote(*message.place)) {}
+
+    /// Twice, so that damage to one of the two costs nothing.
+    std::size_t size() const noexcept {
+        return 2 * (QueueFileFormat::recordSize(logger.size()) + QueueFileFormat::recordSize(place.size()));
+    }
+
+    const std::string logger;
+    const std::string place; ///< may be empty
+};
+
+/// \return where a table remembers an address
+template <typename Table>
+const void*& placeIn(Table& table, const void* address) {
+    return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
+}
+
+} // namespace
+
+std::size_t Ring::storedSize(const MessageFields& message) {
+    return Notes(message).size() +
+           QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), 0).size());
+}
+
+/// In a file each message can be read by itself, with what its block says of the logger and the place.
 std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, int answeredReports,
                                                  std::uint64_t nextNumber, QueueFile& file) {
-    if (!describe(file, message)) {
-        return std::nullopt;
-    }
     const PackedMessage packed(message, answeredReports, none_, nextNumber);
     const std::size_t size = QueueFileFormat::recordSize(packed.size());
-    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
-    const bool needsBlock = last.file != &file || last.capacity - used_ < size;
-    if (packed.size() >= QueueFileFormat::NOTE_BIT || (needsBlock && !addBlock(size, &file))) {
+    if (packed.size() >= QueueFileFormat::NOTE_BIT || !file.describeRun()) {
         return std::nullopt;
     }
+    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
+    const bool isInLast = last.file == &file;
+    if (isInLast && isNoted(message) && last.capacity - used_ >= size) {
+        return packed;
+    }
+    const Notes notes(message);
+    const std::size_t needed = notes.size() + size;
+    if ((!isInLast || last.capacity - used_ < needed) && !addBlock(needed, &file)) {
+        return std::nullopt;
+    }
+    note(notes.logger);
+    note(notes.place);
+    placeIn(notedLoggers_, message.loggerName.data()) = message.loggerName.data();
+    placeIn(notedPlaces_, message.place) = message.place;
     return packed;
 }
 
-/// Those that were used lately are remembered here.
-/// \return false if the file is full
-bool Ring::describe(QueueFile& file, const MessageFields& message) {
-    const auto placeIn = [](auto& table, const void* address) -> const void*& {
-        return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
-    };
-    if (describedIn_ != &file) {
-        std::fill(std::begin(loggers_), std::end(loggers_), nullptr);
-        std::fill(std::begin(places_), std::end(places_), nullptr);
-        describedIn_ = &file;
+/// \return whether the last block says what the message refers to, as far as that is remembered
+bool Ring::isNoted(const MessageFields& message) noexcept {
+    return placeIn(notedLoggers_, message.loggerName.data()) == message.loggerName.data() &&
+           placeIn(notedPlaces_, message.place) == message.place;
+}
+
+/// \param payload nothing is written if it is empty
+void Ring::note(const std::string& payload) noexcept {
+    const MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
+    for (int copy = 0; copy < 2 && !payload.empty(); ++copy) {
+        char* const record = block.bytes + used_;
+        used_ += QueueFileFormat::recordSize(payload.size());
+        QueueFileFormat::writeNote(block.word, record, block.file->run(), payload,
+                                   false); // a message follows
     }
-    const void*& logger = placeIn(loggers_, message.loggerName.data());
-    const void*& place = placeIn(places_, message.place);
-    if (logger == message.loggerName.data() && place == message.place) {
-        return true;
-    }
-    if (!file.describe(message)) {
-        return false;
-    }
-    logger = message.loggerName.data();
-    place = message.place;
-    return true;
 }
 
 /// The block is linked before the message has its number: who has seen the number sees the block.
@@ -190,6 +221,10 @@ void Ring::link(MessageBlock* block) noexcept {
                        std::memory_order_release); // whoever passes the old block finds it last no more
     used_ = 0;
     last_ = SharedFields();
+    if (block->file != nullptr) {
+        std::fill(std::begin(notedLoggers_), std::end(notedLoggers_), nullptr);
+        std::fill(std::begin(notedPlaces_), std::end(notedPlaces_), nullptr);
+    }
 }
 
 void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
@@ -215,16 +250,30 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
 /// The last message of a block is published before the next block is linked: what is published has to be
 /// looked at again once a link was seen.
 bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
-    while (offset_ == block_->published.load(std::memory_order_acquire)) {
+    while (!isAtMessage()) {
         MessageBlock* const next = block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
         if (next == nullptr) {
             return false;
         }
-        if (offset_ == block_->published.load(std::memory_order_acquire)) {
+        if (!isAtMessage()) {
             *this = Cursor(next, passed_);
         }
     }
     return true;
+}
+
+/// Passes notes, each of which has a message behind it.
+bool Ring::Cursor::isAtMessage() noexcept {
+    const std::size_t published = block_->published.load(std::memory_order_acquire);
+    while (block_->file != nullptr && offset_ != published) {
+        const std::uint64_t word =
+            reinterpret_cast<const QueueFileFormat::Frame*>(block_->bytes + offset_)->word;
+        if (!QueueFileFormat::isNote(word)) {
+            break;
+        }
+        offset_ += QueueFileFormat::recordSize(QueueFileFormat::sizeIn(word));
+    }
+    return offset_ != published;
 }
 
 std::size_t Ring::Cursor::frameSize() const noexcept {

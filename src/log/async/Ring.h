@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace ZAV {
 namespace Log {
@@ -70,6 +71,9 @@ public:
 
     // The side of the thread that appends
 
+    /// \return how many bytes of a block in a file a message takes at most
+    static std::size_t storedSize(const MessageFields& message);
+
     /// Makes room for a message; the `append` that has to follow cannot fail.
     /// \param message lives until then
     /// \param nextNumber a number that the message's own will be at or above
@@ -107,6 +111,8 @@ public:
         MessageBlock* block() const noexcept { return block_; }
 
     private:
+        bool isAtMessage() noexcept;
+
         /// \return what stands before each message
         std::size_t frameSize() const noexcept;
 
@@ -145,7 +151,8 @@ public:
 private:
     std::optional<PackedMessage> reserveStored(const MessageFields& message, int answeredReports,
                                                std::uint64_t nextNumber, QueueFile& file);
-    bool describe(QueueFile& file, const MessageFields& message);
+    bool isNoted(const MessageFields& message) noexcept;
+    void note(const std::string& payload) noexcept;
     bool addBlock(std::size_t neededBytes, QueueFile* file);
     void link(MessageBlock* block) noexcept;
     bool passBlock() noexcept;
@@ -159,9 +166,8 @@ private:
     SharedFields last_;    ///< of the newest message in the last block
     const SharedFields none_;
     std::size_t nextCapacity_;
-    QueueFile* describedIn_ = nullptr; ///< the file that knows what these are
-    const void* loggers_[32] = {};
-    const void* places_[32] = {};
+    const void* notedLoggers_[32] = {}; ///< what the last block, in a file, tells of
+    const void* notedPlaces_[32] = {};
 
     std::atomic<MessageBlock*> lastBlock_; ///< written by that thread
 

@@ -39,6 +39,11 @@ std::size_t slotSize(std::uint64_t size) {
            SLOT;
 }
 
+/// \return how many slots a block takes whose body has a size
+std::size_t slotsFor(std::size_t bytes) {
+    return (bytes + BODY + SLOT - 1) / SLOT;
+}
+
 /// \return how many slots are kept for those who find no other room, and as many for the next process
 std::size_t reservedSlots(std::size_t slots) {
     return std::max(slots / 64, LEAST_SLOTS / 4);
@@ -124,11 +129,6 @@ void QueueFile::begin() {
     const ScopedLock lock(lock_);
     slots_ = Slots(file_.size() / SLOT);
     file_.populate(MAPPED_AT_ONCE);
-    if (earlier_ != nullptr) {
-        for (const StoredQueue::Block& block : earlier_->blocks()) {
-            slots_.use(block.slot, block.slots);
-        }
-    }
     const Util::TimeUtils::Time now = Util::TimeUtils::Time::now();
     const ProcessDescription process = describeProcess(now);
     RunNote run = {};
@@ -137,6 +137,63 @@ void QueueFile::begin() {
     run.begin = now.microseconds();
     run.programLength = static_cast<std::uint32_t>(process.program.size());
     runNote_.assign(bytesOf(run)).append(process.program).append(process.host);
+    if (earlier_ != nullptr) {
+        keepEarlier();
+    }
+}
+
+/// What earlier processes have left stays in use as far as something waits of it. Their marks are put into
+/// one place, so that processes which are killed again and again while they recover take no more room each
+/// time.
+void QueueFile::keepEarlier() {
+    earlierBlocks_ = earlier_->blocks();
+    for (const StoredQueue::Block& block : earlierBlocks_) {
+        slots_.use(block.slot, block.slots);
+    }
+    std::set<std::uint32_t> waiting;
+    for (const StoredQueue::Message& message : earlier_->messages()) {
+        waiting.insert(message.run->id);
+    }
+    freeEarlier([&waiting](const StoredQueue::Block& block) {
+        return block.kind == FREED || (block.kind != MARKS && waiting.count(block.run) == 0);
+    });
+    if (copyMarks(waiting)) {
+        freeEarlier([](const StoredQueue::Block& block) { return block.kind == MARKS; });
+    }
+}
+
+/// \return false if there is no room for them
+bool QueueFile::copyMarks(const std::set<std::uint32_t>& runs) {
+    bool areAllCopied = true;
+    const auto copy = [&](std::uint32_t run, MarkKind kind, std::uint64_t key, std::uint64_t number) {
+        const QueueFileMark mark(findOrAddMark(run, kind, key));
+        areAllCopied = areAllCopied && mark;
+        QueueFileMark(mark).set(number);
+    };
+    for (const std::uint32_t run : runs) {
+        const StoredQueue::Run& known = earlier_->runs().at(run);
+        copy(run, QUEUE_MARK, DONE, known.done);
+        copy(run, QUEUE_MARK, BATCH_END, known.batchEnd);
+        copy(run, QUEUE_MARK, TAKEN, known.taken);
+        for (const auto& [key, number] : known.appenders) {
+            copy(run, APPENDER_MARK, key, number);
+        }
+    }
+    return areAllCopied;
+}
+
+/// The messages first and the marks last: what is still found of a run must not seem to wait.
+template <typename Predicate>
+void QueueFile::freeEarlier(const Predicate& isOver) {
+    for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
+        for (const StoredQueue::Block& block : earlierBlocks_) {
+            if (block.kind == kind && isOver(block)) {
+                freeSlots(block.slot, block.slots);
+            }
+        }
+    }
+    earlierBlocks_.erase(std::remove_if(earlierBlocks_.begin(), earlierBlocks_.end(), isOver),
+                         earlierBlocks_.end());
 }
 
 bool QueueFile::isOfThisProcess() const noexcept {
@@ -144,6 +201,10 @@ bool QueueFile::isOfThisProcess() const noexcept {
 }
 
 // Slots
+
+std::size_t QueueFile::slotOf(const Memory& memory) const noexcept {
+    return static_cast<std::size_t>(memory.bytes - file_.bytes()) / SLOT;
+}
 
 /// \param kept how many slots have to stay free
 QueueFile::Memory QueueFile::takeSlots(BlockKind kind, std::size_t slots, std::size_t kept) noexcept {
@@ -180,7 +241,6 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
 /// they get small ones. All leave room for what tells the next process of this one, and for what that one
 /// marks; and as much again for those who find no room but that.
 QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room room) noexcept {
-    const auto slotsFor = [](std::size_t bytes) { return (bytes + BODY + SLOT - 1) / SLOT; };
     const ScopedLock lock(lock_);
     const std::size_t reserved = reservedSlots(slots_.count());
     const std::size_t kept = room == ALSO_RESERVED ? reserved : 2 * reserved;
@@ -195,12 +255,19 @@ QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room ro
     return memory;
 }
 
+/// Beside it there are the file's head, what tells of the process, twice, and its marks.
+bool QueueFile::fits(std::size_t size) const noexcept {
+    constexpr std::size_t OTHERS = 4;
+    const ScopedLock lock(lock_);
+    return slotsFor(size) + reservedSlots(slots_.count()) + OTHERS < slots_.count();
+}
+
 void QueueFile::giveBack(const Memory& memory) noexcept {
     if (!isOfThisProcess()) {
         return;
     }
     const ScopedLock lock(lock_);
-    freeSlots(static_cast<std::size_t>(memory.bytes - file_.bytes()) / SLOT, (memory.size + BODY) / SLOT);
+    freeSlots(slotOf(memory), (memory.size + BODY) / SLOT);
 }
 
 void QueueFile::forgetEarlier() noexcept {
@@ -212,65 +279,52 @@ void QueueFile::forgetEarlier() noexcept {
     // run says so.
     for (const auto& [run, known] : earlier_->runs()) {
         if (known.begin != 0) {
-            earlierDone(run).set(std::numeric_limits<std::uint64_t>::max());
+            QueueFileMark(findOrAddMark(run, QUEUE_MARK, DONE))
+                .set(std::numeric_limits<std::uint64_t>::max());
         }
     }
-    for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
-        for (const StoredQueue::Block& block : earlier_->blocks()) {
-            if (block.kind == kind) {
-                freeSlots(block.slot, block.slots);
-            }
-        }
-    }
+    freeEarlier([](const StoredQueue::Block&) { return true; });
     earlier_.reset();
 }
 
 // What the messages refer to
 
-/// Twice, in blocks of their own.
+/// Twice, in blocks of their own, or not at all.
 bool QueueFile::note(std::string_view payload) noexcept {
     const std::size_t size = recordSize(payload.size());
-    for (NoteEnd& copy : notes_) {
-        if (copy.next == nullptr || static_cast<std::size_t>(copy.end - copy.next) < size) {
-            const Memory block = takeSlots(NOTES, (BODY + size + SLOT - 1) / SLOT);
-            if (block.bytes == nullptr) {
-                return false;
-            }
-            copy = {block.word, block.bytes, block.bytes + block.size};
+    const std::size_t slots = slotsFor(size);
+    Memory copies[] = {takeSlots(NOTES, slots), takeSlots(NOTES, slots)};
+    for (const Memory& copy : copies) {
+        if (copies[1].bytes != nullptr) {
+            writeNote(copy.word, copy.bytes, run_, payload, copy.size - size < sizeof(Frame));
+        } else if (copy.bytes != nullptr) {
+            freeSlots(slotOf(copy), slots);
         }
-        std::memcpy(copy.next + sizeof(Frame), payload.data(), payload.size());
-        const bool isLast = static_cast<std::size_t>(copy.end - copy.next) < size + sizeof(Frame);
-        writeFrame(copy.block, copy.next, frameWord(run_, payload.size(), true), payload, isLast);
-        copy.next += size;
     }
-    return true;
+    return copies[1].bytes != nullptr;
 }
 
-bool QueueFile::describe(const MessageFields& message) {
-    const std::uint64_t logger = reinterpret_cast<std::uintptr_t>(message.loggerName.data());
-    const std::uint64_t place = reinterpret_cast<std::uintptr_t>(message.place);
+bool QueueFile::describeRun() noexcept {
+    if (isRunDescribed_.load(std::memory_order_relaxed)) {
+        return true;
+    }
     const ScopedLock lock(lock_);
-    if (!runNote_.empty() && !note(runNote_)) {
-        return false;
+    if (!isRunDescribed_ && note(runNote_)) {
+        isRunDescribed_ = true;
     }
-    runNote_.clear();
-    if (logger != 0 && described_.count(logger) == 0) {
-        const LoggerNote head = {LOGGER, 0, logger};
-        if (!note(std::string(bytesOf(head)) + std::string(message.loggerName))) {
-            return false;
-        }
-        described_.insert(logger);
-    }
-    if (place != 0 && described_.count(place) == 0) {
-        const KnownPlace& known = *message.place;
-        const PlaceNote head = {PLACE, known.line, place, static_cast<std::uint32_t>(known.level),
-                                static_cast<std::uint32_t>(known.file.size())};
-        if (!note(std::string(bytesOf(head)) + std::string(known.file) + std::string(known.format))) {
-            return false;
-        }
-        described_.insert(place);
-    }
-    return true;
+    return isRunDescribed_;
+}
+
+std::string loggerNote(const MessageFields& message) {
+    const LoggerNote head = {LOGGER, 0, reinterpret_cast<std::uintptr_t>(message.loggerName.data())};
+    return std::string(bytesOf(head)).append(message.loggerName);
+}
+
+std::string placeNote(const KnownPlace& place) {
+    const PlaceNote head = {PLACE, place.line, reinterpret_cast<std::uintptr_t>(&place),
+                            static_cast<std::uint32_t>(place.level),
+                            static_cast<std::uint32_t>(place.file.size())};
+    return std::string(bytesOf(head)).append(place.file).append(place.format);
 }
 
 // Marks
@@ -288,16 +342,21 @@ QueueFileMark QueueFile::appenderMark(std::string_view name) noexcept {
 }
 
 QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t key) noexcept {
-    const std::uint64_t word = frameWord(run, kind);
     const ScopedLock lock(lock_);
+    return QueueFileMark(findOrAddMark(run, kind, key));
+}
+
+/// \return null if there is no room for it
+Mark* QueueFile::findOrAddMark(std::uint32_t run, MarkKind kind, std::uint64_t key) noexcept {
+    const std::uint64_t word = frameWord(run, kind);
     const auto known = std::find_if(marks_.begin(), marks_.end(), [word, key](const Mark* mark) {
         return mark->word == word && mark->key == key;
     });
     if (known != marks_.end()) {
-        return QueueFileMark(*known);
+        return *known;
     }
     if (!addMark()) {
-        return QueueFileMark();
+        return nullptr;
     }
     Mark& made = *marks_.back();
     made.key = key;
@@ -306,7 +365,7 @@ QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t 
     checked.word = word;
     made.check = checkOf(checked);
     publish(made.word, word);
-    return QueueFileMark(&made);
+    return &made;
 }
 
 /// \return false if there is no room for it

@@ -3,6 +3,7 @@
 #include "log/message/MessageFields.h"
 #include "log/queuefile/QueueFileFormat.h"
 #include "log/queuefile/Slots.h"
+#include "log/queuefile/StoredQueue.h"
 #include "platform/CriticalSection.h"
 #include "platform/MappedFile.h"
 
@@ -10,15 +11,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace ZAV {
 namespace Log {
-
-class StoredQueue;
 
 /// A mark in the file, which says how far something has come. Where there is no room for one it does nothing,
 /// and more is delivered again than need be.
@@ -106,11 +105,12 @@ public:
         return isFilling_.load(std::memory_order_relaxed) && isFilling_.exchange(false);
     }
 
-    /// Sees to it that the file says which process this is and what the addresses of the message's logger and
-    /// place stand for.
+    /// \return whether a block of that size could be had if the file was empty
+    bool fits(std::size_t size) const noexcept;
+
+    /// Sees to it that the file says which process this is.
     /// \return false if it is full
-    /// \throw std::bad_alloc
-    bool describe(const MessageFields& message);
+    bool describeRun() noexcept;
 
     /// What each record of this process begins with.
     std::uint32_t run() const noexcept { return run_; }
@@ -122,20 +122,20 @@ public:
 
 private:
     void begin();
+    void keepEarlier() ZAV_LOG_REQUIRES(lock_);
+    bool copyMarks(const std::set<std::uint32_t>& runs) ZAV_LOG_REQUIRES(lock_);
+    template <typename Predicate>
+    void freeEarlier(const Predicate& isOver) ZAV_LOG_REQUIRES(lock_);
+    std::size_t slotOf(const Memory& memory) const noexcept;
     bool isOfThisProcess() const noexcept;
     Memory takeSlots(QueueFileFormat::BlockKind kind, std::size_t slots, std::size_t kept = 0) noexcept
         ZAV_LOG_REQUIRES(lock_);
     void freeSlots(std::size_t slot, std::size_t slots) noexcept ZAV_LOG_REQUIRES(lock_);
     bool note(std::string_view payload) noexcept ZAV_LOG_REQUIRES(lock_);
     QueueFileMark markOf(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key) noexcept;
+    QueueFileFormat::Mark* findOrAddMark(std::uint32_t run, QueueFileFormat::MarkKind kind,
+                                         std::uint64_t key) noexcept ZAV_LOG_REQUIRES(lock_);
     bool addMark() noexcept ZAV_LOG_REQUIRES(lock_);
-
-    /// Where the next note goes, in one of the two copies.
-    struct NoteEnd {
-        std::uint64_t block = 0; ///< the word that the block begins with
-        char* next = nullptr;
-        char* end = nullptr;
-    };
 
     Platform::MappedFile file_;
     const std::uint32_t run_;
@@ -145,15 +145,22 @@ private:
 
     /// Held for short steps: a block is taken or given back, a note or a mark is added.
     mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
-    Slots slots_ ZAV_LOG_GUARDED_BY(lock_); ///< none in a damaged file
-    NoteEnd notes_[2] ZAV_LOG_GUARDED_BY(lock_);
+    Slots slots_ ZAV_LOG_GUARDED_BY(lock_);                               ///< none in a damaged file
     std::vector<QueueFileFormat::Mark*> marks_ ZAV_LOG_GUARDED_BY(lock_); ///< in use
     QueueFileFormat::Mark* nextMark_ ZAV_LOG_GUARDED_BY(lock_) = nullptr;
     std::size_t marksLeft_ ZAV_LOG_GUARDED_BY(lock_) = 0;
-    std::uint32_t life_ ZAV_LOG_GUARDED_BY(lock_);                          ///< of the block taken last
-    std::string runNote_ ZAV_LOG_GUARDED_BY(lock_);                         ///< until it is in the file
-    std::unordered_set<std::uint64_t> described_ ZAV_LOG_GUARDED_BY(lock_); ///< addresses
+    std::uint32_t life_ ZAV_LOG_GUARDED_BY(lock_); ///< of the block taken last
+    std::string runNote_ ZAV_LOG_GUARDED_BY(lock_);
+    std::atomic<bool> isRunDescribed_{false};
+    std::vector<StoredQueue::Block> earlierBlocks_ ZAV_LOG_GUARDED_BY(lock_); ///< of what waits still
 };
+
+// What a block says of its messages: what the address of a logger or a place stands for.
+
+/// \return the payload of a note
+/// \throw std::bad_alloc
+std::string loggerNote(const MessageFields& message);
+std::string placeNote(const KnownPlace& place);
 
 } // namespace Log
 } // namespace ZAV

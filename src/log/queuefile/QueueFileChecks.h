@@ -51,6 +51,13 @@ inline void writeFrame(std::uint64_t block, char* place, std::uint64_t word, std
     publish(frame->word, word);
 }
 
+/// The same for a note, whose payload is copied to its place.
+inline void writeNote(std::uint64_t block, char* place, std::uint32_t run, std::string_view payload,
+                      bool isLast) noexcept {
+    payload.copy(place + sizeof(Frame), payload.size());
+    writeFrame(block, place, frameWord(run, payload.size(), true), payload, isLast);
+}
+
 } // namespace QueueFileFormat
 } // namespace Log
 } // namespace ZAV

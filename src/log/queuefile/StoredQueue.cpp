@@ -94,7 +94,7 @@ void StoredQueue::readBlocks() {
         }
         const std::size_t length = isBlock(head.word) ? std::min(slotsIn(head.word), slots - slot) : 1;
         if (isBlock(head.word)) {
-            readBlock({kindIn(head.word), slot, length}, head.word);
+            readBlock({kindIn(head.word), slot, length, 0}, head.word);
         }
         slot += length;
     }
@@ -144,6 +144,7 @@ bool StoredQueue::readRecord(std::size_t place, std::size_t end, std::uint64_t b
         damage();
     }
     const Record record{runIn(frame.word), payload};
+    blocks_.back().run = record.run;
     if (isNote(frame.word)) {
         readNote(record);
     } else {

@@ -55,6 +55,7 @@ public:
         std::uint32_t kind;
         std::size_t slot;
         std::size_t slots;
+        std::uint32_t run = 0; ///< that wrote its records; 0 if it has none
     };
 
     /// \param bytes of the file: a copy, which nobody can change while it is read
