@@ -28,7 +28,8 @@ public:
 
     /// Opens a regular file of this process's user, or makes one, for that user alone; none may be open. A
     /// new one is allocated whole under the path with ".new" behind it and then renamed.
-    /// \param size of a new file in bytes; 0 to make none. One that is there keeps its own.
+    /// \param size of a new file in bytes; 0 to make none, and to let root open one of another user. One that is
+    ///        there keeps its own.
     /// \param beginning what a new file begins with, before it has its name; zeros follow
     /// \param problem receives the system's word if the result is `FAILED`
     Result open(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
@@ -53,6 +54,10 @@ public:
     /// Maps the file's first bytes now, where the system can, so that nobody waits at their first use.
     void populate(std::size_t most) noexcept;
 
+    /// Gives the right to the file up that a forked child shares with its parent. The memory can still be
+    /// read; what is written to it does not get into the file.
+    void closeInChild() noexcept;
+
     /// \return whether a path leads to the open file
     bool isAt(const std::string& path) const noexcept;
 
@@ -60,7 +65,7 @@ public:
     std::size_t size() const noexcept { return size_; }
 
 private:
-    Result openExisting(const std::string& path, std::string& problem);
+    Result openExisting(const std::string& path, bool mayBeOfOthers, std::string& problem);
     enum Place { EMPTY_OR_MISSING, ITS_OWN };
     Result make(const std::string& path, std::size_t size, std::string_view beginning, Place place,
                 std::string& problem);

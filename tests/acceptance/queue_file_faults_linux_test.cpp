@@ -64,7 +64,91 @@ private:
     }
 };
 
+/// Never comes back from a message.
+class StuckAppender : public Appender {
+public:
+    explicit StuckAppender(const AppenderOptions& options) : Appender(options) {}
+
+private:
+    void doOutput(const LogMessage&) override { pause(); }
+};
+
+/// Ends the process at its second message.
+class DyingAppender : public Appender {
+public:
+    explicit DyingAppender(const AppenderOptions& options) : Appender(options) {}
+
+private:
+    void doOutput(const LogMessage&) override {
+        if (++count_ == 2) {
+            _exit(0);
+        }
+    }
+
+    int count_ = 0;
+};
+
 } // namespace
+
+TEST_F(QueueFileInTrouble, GivesNothingTwiceHoweverOftenARecoveryIsKilled) {
+    LogManager::registerAppenderClass("DyingAppender", [](const AppenderOptions& options) {
+        return std::make_unique<DyingAppender>(options);
+    });
+    LogManager::registerAppenderClass("StuckAppender", [](const AppenderOptions& options) {
+        return std::make_unique<StuckAppender>(options);
+    });
+    const std::string small = lazy(QUEUE + "zav.log.AsynchronousDispatcher.queueFileSize = 64 KB\n");
+    std::vector<std::string> texts;
+    for (int number = 0; number < 300; ++number) { // more than there is room for
+        texts.push_back(std::to_string(number));
+    }
+    leave(small + "appender.z = StuckAppender\nappender.z.asynchronous = true\n", texts);
+    std::filesystem::remove(directory_ / "a.log");
+    for (int kill = 0; kill < 40; ++kill) {
+        inProcess([&] {
+            init(small + "appender.z = DyingAppender\nappender.z.asynchronous = true\n");
+            _exit(0);
+        });
+    }
+    init(small);
+    const std::vector<std::string> given = lastWordsOf("a.log");
+    EXPECT_GE(given.size(), 10U);
+    EXPECT_EQ(given.back(), texts.back());
+    for (std::size_t i = 1; i < given.size(); ++i) {
+        EXPECT_LT(std::stoi(given[i - 1]), std::stoi(given[i]));
+    }
+}
+
+TEST_F(QueueFileInTrouble, HasRoomForAnyNumberOfLoggersAndDiscardsAloneWhatCannotFit) {
+    const StandardErrorCapture errors;
+    init(lazy(QUEUE + "zav.log.AsynchronousDispatcher.queueFileSize = 64 KB\n"));
+    for (int number = 0; number < 2000; ++number) {
+        LoggerFactory::getLogger("connection." + std::to_string(number)).info("accepted", 0, "");
+        if (number % 50 == 0) {
+            LogManager::flush();
+        }
+    }
+    logger().info(std::string(200'000, 'x'), 0, "");
+    LogManager::flush();
+    const LogStatistics statistics = LogManager::statistics();
+    EXPECT_EQ(statistics.discarded, 1U);
+    EXPECT_EQ(statistics.delivered, 2000U);
+    EXPECT_EQ(statistics.queued, 2001U);
+}
+
+TEST_F(QueueFileInTrouble, StaysItsProcessesOwnThoughThatOpensAndClosesIt) {
+    init(lazy(QUEUE));
+    EXPECT_NE(readFile(queuePath()), "");
+    const int status = inProcess([&] {
+        LogManager::finish();
+        try {
+            init(lazy(QUEUE));
+        } catch (const LogException& exception) {
+            _exit(std::string(exception.what()).find("is in use.") != std::string::npos ? 7 : 8);
+        }
+    });
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+}
 
 TEST_F(QueueFileInTrouble, KeepsWhatAnAppenderCouldNotWriteUntilItCan) {
     const std::string later = appender("b", "DIR/later", "b.log");

@@ -112,6 +112,19 @@ TEST_F(FlushAtSignal, WaitsNoLongerThanItMayForAThreadInsideTheLibrary) {
     expectDelivered();
 }
 
+TEST_F(FlushAtSignal, IsNoReasonForAProcessToGoOn) {
+    pid_t child = -1;
+    std::thread([&child] {
+        child = fork();
+        if (child == 0) {
+            static const auto guard = makeGuard();
+        }
+    }).join();
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child); // a hang here is the failure
+    EXPECT_EQ(status, 0);
+}
+
 TEST_F(FlushAtSignal, DoesNothingInAForkedChild) {
     const int status = endBy([] {
         const auto guard = makeGuard();

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <system_error>
 
@@ -27,11 +28,25 @@ void warn(Findings& findings, const PropertyLine& line, const std::string& text)
     findings.addWarning(line, "queue-file", text);
 }
 
-void checkFolder(const PropertyLine& line, Findings& findings) {
+/// \return whether a file is empty, or begins as the file of a queue
+bool mayHoldQueue(const fs::path& path) {
+    std::string beginning(Log::StoredQueue::BEGINNING, ' ');
+    std::ifstream file(path, std::ios::binary);
+    const bool isWhole =
+        static_cast<bool>(file.read(beginning.data(), static_cast<std::streamsize>(beginning.size())));
+    return !file.is_open() || file.gcount() == 0 || (isWhole && Log::StoredQueue::isOne(beginning));
+}
+
+void checkPlace(const PropertyLine& line, Findings& findings) {
     std::error_code problem;
-    const fs::path folder = fs::absolute(line.value).parent_path();
-    if (!fs::is_directory(folder, problem)) {
-        warn(findings, line, "there is no directory '" + folder.string() + "'");
+    const fs::path path = fs::absolute(line.value);
+    const fs::file_status status = fs::symlink_status(path, problem);
+    if (!fs::is_directory(path.parent_path(), problem)) {
+        warn(findings, line, "there is no directory '" + path.parent_path().string() + "'");
+    } else if (fs::exists(status) && !fs::is_regular_file(status)) {
+        warn(findings, line, "'" + path.string() + "' is no regular file");
+    } else if (fs::exists(status) && !mayHoldQueue(path)) {
+        warn(findings, line, "'" + path.string() + "' is not the file of a queue");
     }
 }
 
@@ -85,7 +100,7 @@ void checkQueueFile(const Configuration& configuration, const std::string& fileN
     if (line == nullptr || line->value.empty()) {
         return;
     }
-    checkFolder(*line, findings);
+    checkPlace(*line, findings);
     checkSize(configuration, findings);
     const auto [other, isNew] = others.try_emplace(commonForm(line->value), fileName);
     if (!isNew && other->second != fileName) {

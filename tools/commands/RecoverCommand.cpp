@@ -95,11 +95,13 @@ RecoverCommand::RecoverCommand(CLI::App& program)
     command_.add_option("QUEUEFILE", path_, "The file that zav.log.AsynchronousDispatcher.queueFile names")
         ->required()
         ->type_name("");
-    command_
-        .add_option("--config", configuration_,
-                    "The program's property file: its asynchronous appenders get the messages, instead of "
-                    "standard output")
-        ->type_name("FILE");
+    configurationOption_ =
+        command_
+            .add_option(
+                "--config", configuration_,
+                "The program's property file: its asynchronous appenders get the messages, instead of "
+                "standard output")
+            ->type_name("FILE");
     layoutOption_ = command_.add_option("--layout", layout_, "The form of the lines on standard output")
                         ->type_name("LAYOUT")
                         ->check(CLI::IsMember({"plain", "process", "json"}));
@@ -107,12 +109,12 @@ RecoverCommand::RecoverCommand(CLI::App& program)
 }
 
 ExitCode RecoverCommand::run(Output& output) {
-    if (!configuration_.empty() && layoutOption_->count() > 0) {
+    if (configurationOption_->count() != 0 && layoutOption_->count() > 0) {
         throw UsageError("--layout has no effect with --config, whose appenders have layouts of their own");
     }
     // Before the file is touched, since what cannot be read ends the command.
     const Util::Properties properties =
-        configuration_.empty() ? Util::Properties() : readProperties(configuration_);
+        configurationOption_->count() == 0 ? Util::Properties() : readProperties(configuration_);
     Log::QueueFile file(path_, 0, Log::QueueFile::ACCEPT_DAMAGED);
     Log::Recovery recovery;
     bool isAllThere = false;
@@ -136,7 +138,7 @@ bool RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& prope
     }
     const std::string damage = file.earlier()->problem();
     const bool isEmpty = file.earlier()->messages().empty();
-    if (configuration_.empty()) {
+    if (configurationOption_->count() == 0) {
         writeAll(file, *Log::makeLayout(Log::readLayout(layout_), {}, false), output, recovery);
     } else {
         recovery = deliverAll(file, properties);

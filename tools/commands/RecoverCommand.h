@@ -30,6 +30,7 @@ private:
     std::string path_;
     std::string configuration_;
     std::string layout_ = "plain";
+    CLI::Option* configurationOption_ = nullptr;
     CLI::Option* layoutOption_ = nullptr;
 };
 

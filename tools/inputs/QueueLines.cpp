@@ -85,7 +85,9 @@ private:
         while (common < end && looks_[3][common] == other[common]) {
             ++common;
         }
-        clear(common / sizeof(std::uint64_t) * sizeof(std::uint64_t), end);
+        if (common < end) {
+            clear(common / sizeof(std::uint64_t) * sizeof(std::uint64_t), end);
+        }
     }
 
     void clear(std::size_t begin, std::size_t end) {

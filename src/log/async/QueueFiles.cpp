@@ -36,7 +36,8 @@ void QueueFiles::refuseChange(const Util::Properties& properties) const {
 
 void QueueFiles::forgetInChild() noexcept {
     for (std::unique_ptr<QueueFile>& file : files_) {
-        static_cast<void>(file.release());
+        file->closeInChild();
+        static_cast<void>(file.release()); // its memory is that of blocks
     }
     files_.clear();
 }

@@ -262,7 +262,7 @@ constexpr ConfigurationKey KEYS[] = {
            "a file in which the queue outlives the process, until the next start or `zav-log recover` "
            "delivers it, see [A queue that survives](#a-queue-that-survives)"),
     option(DispatcherOption::QUEUE_FILE_SIZE, ValueForm::BYTE_SIZE, "number and unit, as for `rollSize`",
-           value("16 MB"), "how much a new `queueFile` may hold, 64 KB at least",
+           value("16 MB"), "how much `queueFile` may hold, 64 KB at least and 64 GB at most",
            DispatcherOption::QUEUE_FILE),
 };
 

@@ -91,7 +91,11 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     }
     std::string content;
     bool isDamaged = false;
-    if (result == Platform::MappedFile::MAPPED && file_.size() != 0 && file_.read(content, problem)) {
+    if (file_.size() > MOST_SIZE) {
+        problem = "It is larger than any";
+    }
+    if (result == Platform::MappedFile::MAPPED && file_.size() != 0 && problem.empty() &&
+        file_.read(content, problem)) {
         isDamaged = StoredQueue::isOne(content);
         earlier_ = std::make_unique<StoredQueue>(std::move(content));
         problem = earlier_->problem();

@@ -63,6 +63,9 @@ public:
     /// \param textSize of each message in bytes
     static std::uint64_t capacity(std::uint64_t size, std::size_t textSize);
 
+    /// In a forked child: leaves the file to the parent.
+    void closeInChild() noexcept { file_.closeInChild(); }
+
     /// \return whether a path leads to this file now
     bool isAt(const std::string& path) const noexcept { return file_.isAt(path); }
 

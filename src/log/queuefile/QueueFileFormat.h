@@ -31,6 +31,7 @@ struct Head {
 constexpr char MAGIC[] = "ZAVQUEUE";
 constexpr std::uint32_t VERSION = 1;
 constexpr std::uint32_t BYTE_ORDER_MARK = 0x01020304;
+constexpr std::uint32_t SWAPPED_BYTE_ORDER_MARK = 0x04030201; ///< of a machine with the other order
 
 /// Begins a block with one word, which changes as a whole. It is 0 in each slot that begins no block and is
 /// in none.

@@ -68,16 +68,18 @@ bool StoredQueue::checkHead() {
         return false;
     }
     const auto head = valueAt<Head>(bytes_, 0);
-    if (head.check != checkOf(head)) {
-        damage();
-    } else if (head.byteOrder != BYTE_ORDER_MARK || head.sizeOfAddress != sizeof(void*)) {
+    const bool isWhole = head.check == checkOf(head);
+    if (head.byteOrder == SWAPPED_BYTE_ORDER_MARK || (isWhole && head.sizeOfAddress != sizeof(void*))) {
         problem_ = "It was written on another kind of machine";
         return false;
+    }
+    if (!isWhole) {
+        damage();
     } else if (head.version != VERSION || head.sizeOfSlot != SLOT) {
         problem_ = "It was written by another version";
         return false;
     } else if (head.sizeOfFile != bytes_.size() || bytes_.size() % SLOT != 0) {
-        problem_ = "It has been cut";
+        problem_ = "It has another size than it was made with";
     }
     return true;
 }

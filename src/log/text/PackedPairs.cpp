@@ -3,6 +3,7 @@
 #include "log/text/FloatText.h"
 #include "zav-util/Utf8.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace ZAV {
@@ -290,11 +291,32 @@ bool arePackedValues(std::string_view bytes) noexcept {
     return true;
 }
 
+namespace {
+
+bool isKey(const TaggedValue& value) noexcept {
+    const std::string_view key(value.text, value.size);
+    return std::all_of(key.begin(), key.end(), isKeyCharacter) && !key.empty();
+}
+
+/// \return whether a text holds nothing that could be more than a number where it is written as one
+bool looksLikeNumber(const TaggedValue& value) noexcept {
+    return std::string_view(value.text, value.size).find_first_not_of("+-.0123456789eE") ==
+           std::string_view::npos;
+}
+
+} // namespace
+
 bool arePackedPairs(std::string_view bytes) noexcept {
-    TaggedValue::Kind kind;
+    using Kind = TaggedValue::Kind;
+    Kind kind;
     while (!bytes.empty()) {
-        if (!takeValue(bytes, kind) || kind != TaggedValue::Kind::TEXT || !takeValue(bytes, kind) ||
-            kind == TaggedValue::Kind::C_STRING || kind == TaggedValue::Kind::ADDRESS) {
+        const char* key = bytes.data();
+        if (!takeValue(bytes, kind) || kind != Kind::TEXT || !isKey(unpackValue(key))) {
+            return false;
+        }
+        const char* value = bytes.data();
+        if (!takeValue(bytes, kind) || kind == Kind::C_STRING || kind == Kind::ADDRESS ||
+            (kind == Kind::NUMBER && !looksLikeNumber(unpackValue(value)))) {
             return false;
         }
     }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -40,8 +41,22 @@ void forEachPair(std::string_view packed, const Function& function) {
 }
 
 /// The same for the pairs that no later one with the same key hides.
+/// \throw std::bad_alloc if there are many
 template <typename Function>
 void forEachLastPair(std::string_view packed, const Function& function) {
+    constexpr std::size_t FEW = 1024; // bytes, in which comparing all with all is the quickest way
+    if (packed.size() > FEW) {
+        std::unordered_map<std::string_view, std::size_t> lastOf;
+        std::size_t index = 0;
+        forEachPair(packed, [&](const Pair& pair) { lastOf[pair.key] = index++; });
+        index = 0;
+        forEachPair(packed, [&](const Pair& pair) {
+            if (lastOf[pair.key] == index++) {
+                function(pair);
+            }
+        });
+        return;
+    }
     const char* next = packed.data();
     for (const char* const end = next + packed.size(); next != end;) {
         const TaggedValue key = unpackValue(next);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -33,19 +35,30 @@ int openFile(const std::string& path, int flags) {
         ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, FOR_ITS_USER));
 }
 
-/// A lock of this kind belongs to the process and not to the open file, which a forked child shares.
+/// A lock of this kind belongs to the open file, so that the process may open and close the file by other
+/// ways. A forked child closes it, for which one is waited that has just begun while its parent died.
 bool lock(int file) {
+    constexpr int MOST_LOOKS = 20;
+    constexpr timespec BETWEEN_LOOKS = {0, 10'000'000};
     struct flock whole = {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
-    return fcntl(file, F_SETLK, &whole) == 0;
+    int look = 0;
+    while (fcntl(file, F_OFD_SETLK, &whole) != 0) {
+        if ((errno != EACCES && errno != EAGAIN) || ++look == MOST_LOOKS) {
+            return false;
+        }
+        nanosleep(&BETWEEN_LOOKS, nullptr);
+    }
+    return true;
 }
 
+/// \param mayBeOfOthers whether root may take it whoever owns it
 /// \return false if it is no file that this process may take its memory from, and why
-bool isOwnFile(const struct stat& status, std::string& problem) {
+bool isOwnFile(const struct stat& status, bool mayBeOfOthers, std::string& problem) {
     if (!S_ISREG(status.st_mode)) {
         problem = "Not a regular file";
-    } else if (status.st_uid != geteuid() && geteuid() != 0) {
+    } else if (status.st_uid != geteuid() && (geteuid() != 0 || !mayBeOfOthers)) {
         problem = "It belongs to another user";
     }
     return problem.empty();
@@ -63,6 +76,18 @@ bool isEmptyOrMissing(const std::string& path) {
 
 bool writeBeginning(int file, std::string_view text) {
     return pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+}
+
+/// \return false if the file is no unfinished one that a killed process has left, and why
+bool isLeftOver(int file, const struct stat& status, std::string_view beginning, std::string& problem) {
+    constexpr std::size_t TELLING = 8; // bytes, in which all beginnings are the same
+    char bytes[TELLING] = {};
+    const auto size = static_cast<std::size_t>(std::max<ssize_t>(pread(file, bytes, TELLING, 0), 0));
+    const bool isEmpty = std::all_of(bytes, bytes + size, [](char byte) { return byte == 0; });
+    if (status.st_nlink != 1 || (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING))) {
+        problem = "It is in the way";
+    }
+    return problem.empty();
 }
 
 /// \return an error of the system, one too large for the process or the disk for example; 0 if there is none
@@ -96,7 +121,7 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
         const Result result = size != 0 && isEmptyOrMissing(path)
                                   ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
-                                  : openExisting(path, problem);
+                                  : openExisting(path, size == 0, problem);
         if (result != FAILED || !problem.empty()) {
             return result;
         }
@@ -106,13 +131,14 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
 }
 
 /// \return `FAILED` without a problem if the file has been replaced meanwhile
-MappedFile::Result MappedFile::openExisting(const std::string& path, std::string& problem) {
+MappedFile::Result MappedFile::openExisting(const std::string& path, bool mayBeOfOthers,
+                                            std::string& problem) {
     FileDescriptor file(openFile(path, 0));
     struct stat status;
     if (!file.isOpen() || fstat(file.number(), &status) != 0) {
         return failure(problem);
     }
-    if (!isOwnFile(status, problem)) {
+    if (!isOwnFile(status, mayBeOfOthers, problem)) {
         return FAILED;
     }
     if (!lock(file.number())) {
@@ -134,7 +160,8 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     if (!file.isOpen() || fstat(file.number(), &status) != 0) {
         return failure(problem);
     }
-    if (!isOwnFile(status, problem)) {
+    if (!isOwnFile(status, false, problem) || !isLeftOver(file.number(), status, beginning, problem)) {
+        problem = unfinished + ": " + problem;
         return FAILED;
     }
     if (!lock(file.number())) {
@@ -200,6 +227,23 @@ bool MappedFile::makePrivate(std::string& problem) {
 /// An older kernel does not know this.
 void MappedFile::populate(std::size_t most) noexcept {
     madvise(bytes_, std::min(size_, most), MADV_POPULATE_WRITE);
+}
+
+/// The mapping keeps the right to the file, too. What the child may still be reading stays at its address, by
+/// way of the file opened anew.
+void MappedFile::closeInChild() noexcept {
+    if (handle_ == NONE) {
+        return;
+    }
+    char name[32];
+    std::snprintf(name, sizeof name, "/proc/self/fd/%d", static_cast<int>(handle_));
+    const int reopened = ::open(name, O_RDWR | O_CLOEXEC);
+    if (reopened >= 0) {
+        mmap(bytes_, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, reopened, 0);
+        close(reopened);
+    }
+    close(static_cast<int>(handle_));
+    handle_ = NONE;
 }
 
 bool MappedFile::isAt(const std::string& path) const noexcept {

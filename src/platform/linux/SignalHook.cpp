@@ -113,16 +113,31 @@ void onSignal(int signal, siginfo_t* info, void* context) {
     std::abort();
 }
 
-void serve() {
-    markAsServing(); // it is nothing that the process would live for
+/// \return false if there is none within a while
+bool awaitRequest() {
+    constexpr time_t SECONDS = 2;
+    timespec end = {};
+    clock_gettime(CLOCK_REALTIME, &end);
+    end.tv_sec += SECONDS;
+    return sem_timedwait(&requests().wanted, &end) == 0;
+}
+
+void serveRequests() {
     Requests& state = requests();
-    while (!state.isEnding) {
-        if (sem_wait(&state.wanted) == 0 && !state.isEnding) {
-            const unsigned last = state.asked;
-            state.function(std::chrono::milliseconds(state.timeout));
-            state.served = last;
-        }
+    const unsigned last = state.asked;
+    if (last != state.served) {
+        state.function(std::chrono::milliseconds(state.timeout));
+        state.served = last;
     }
+}
+
+/// Once all other threads have ended it is nothing that the process would live for.
+void serve() {
+    markAsServing();
+    while (!requests().isEnding && (awaitRequest() || !isOnlyThread())) {
+        serveRequests();
+    }
+    serveRequests(); // which came while the hook was about to go
 }
 
 bool isOurs(int signal) {
@@ -144,12 +159,15 @@ struct SignalHook::Handlers {
             std::set_terminate(requests().terminateBefore);
         }
         requests().isActive = false;
-        if (thread.joinable() && requests().generation == forkGeneration()) {
+        const bool isOwn =
+            requests().generation == forkGeneration() &&   // or it is the parent's
+            thread.get_id() != std::this_thread::get_id(); // which ends the process as its last one
+        if (thread.joinable() && isOwn) {
             requests().isEnding = true;
             sem_post(&requests().wanted);
             thread.join();
         } else if (thread.joinable()) {
-            thread.detach(); // of the parent
+            thread.detach();
         }
     }
 

@@ -65,7 +65,7 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
         const Result result = size != 0 && isEmptyOrMissing(path)
                                   ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
-                                  : openExisting(path, problem);
+                                  : openExisting(path, size == 0, problem);
         if (result != FAILED || !problem.empty()) {
             return result;
         }
@@ -74,7 +74,7 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
     return FAILED;
 }
 
-MappedFile::Result MappedFile::openExisting(const std::string& path, std::string& problem) {
+MappedFile::Result MappedFile::openExisting(const std::string& path, bool, std::string& problem) {
     Handle file(openFile(path, OPEN_EXISTING, nullptr));
     LARGE_INTEGER size;
     if (!file.isOpen() || GetFileSizeEx(file.get(), &size) == 0) {
@@ -156,6 +156,9 @@ bool MappedFile::makePrivate(std::string&) {
 }
 
 void MappedFile::populate(std::size_t) noexcept {}
+
+/// There are no forked children.
+void MappedFile::closeInChild() noexcept {}
 
 bool MappedFile::isAt(const std::string& path) const noexcept {
     const Handle named(CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
