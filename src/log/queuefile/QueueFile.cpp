@@ -146,60 +146,6 @@ void QueueFile::begin() {
     }
 }
 
-/// What earlier processes have left stays in use as far as something waits of it. Their marks are put into
-/// one place, so that processes which are killed again and again while they recover take no more room each
-/// time.
-void QueueFile::keepEarlier() {
-    earlierBlocks_ = earlier_->blocks();
-    for (const StoredQueue::Block& block : earlierBlocks_) {
-        slots_.use(block.slot, block.slots);
-    }
-    std::set<std::uint32_t> waiting;
-    for (const StoredQueue::Message& message : earlier_->messages()) {
-        waiting.insert(message.run->id);
-    }
-    freeEarlier([&waiting](const StoredQueue::Block& block) {
-        return block.kind == FREED || (block.kind != MARKS && waiting.count(block.run) == 0);
-    });
-    if (copyMarks(waiting)) {
-        freeEarlier([](const StoredQueue::Block& block) { return block.kind == MARKS; });
-    }
-}
-
-/// \return false if there is no room for them
-bool QueueFile::copyMarks(const std::set<std::uint32_t>& runs) {
-    bool areAllCopied = true;
-    const auto copy = [&](std::uint32_t run, MarkKind kind, std::uint64_t key, std::uint64_t number) {
-        const QueueFileMark mark(findOrAddMark(run, kind, key));
-        areAllCopied = areAllCopied && mark;
-        QueueFileMark(mark).set(number);
-    };
-    for (const std::uint32_t run : runs) {
-        const StoredQueue::Run& known = earlier_->runs().at(run);
-        copy(run, QUEUE_MARK, DONE, known.done);
-        copy(run, QUEUE_MARK, BATCH_END, known.batchEnd);
-        copy(run, QUEUE_MARK, TAKEN, known.taken);
-        for (const auto& [key, number] : known.appenders) {
-            copy(run, APPENDER_MARK, key, number);
-        }
-    }
-    return areAllCopied;
-}
-
-/// The messages first and the marks last: what is still found of a run must not seem to wait.
-template <typename Predicate>
-void QueueFile::freeEarlier(const Predicate& isOver) {
-    for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
-        for (const StoredQueue::Block& block : earlierBlocks_) {
-            if (block.kind == kind && isOver(block)) {
-                freeSlots(block.slot, block.slots);
-            }
-        }
-    }
-    earlierBlocks_.erase(std::remove_if(earlierBlocks_.begin(), earlierBlocks_.end(), isOver),
-                         earlierBlocks_.end());
-}
-
 bool QueueFile::isOfThisProcess() const noexcept {
     return generation_ == Platform::forkGeneration();
 }
@@ -274,23 +220,6 @@ void QueueFile::giveBack(const Memory& memory) noexcept {
     freeSlots(slotOf(memory), (memory.size + BODY) / SLOT);
 }
 
-void QueueFile::forgetEarlier() noexcept {
-    const ScopedLock lock(lock_);
-    if (earlier_ == nullptr || !isOfThisProcess()) {
-        return;
-    }
-    // The process may end at any of these steps: nothing waits from here on, and what may still be found of a
-    // run says so.
-    for (const auto& [run, known] : earlier_->runs()) {
-        if (known.begin != 0) {
-            QueueFileMark(findOrAddMark(run, QUEUE_MARK, DONE))
-                .set(std::numeric_limits<std::uint64_t>::max());
-        }
-    }
-    freeEarlier([](const StoredQueue::Block&) { return true; });
-    earlier_.reset();
-}
-
 // What the messages refer to
 
 /// Twice, in blocks of their own, or not at all.
@@ -332,14 +261,6 @@ std::string placeNote(const KnownPlace& place) {
 }
 
 // Marks
-
-QueueFileMark QueueFile::earlierDone(std::uint32_t run) noexcept {
-    return markOf(run, QUEUE_MARK, DONE);
-}
-
-QueueFileMark QueueFile::earlierMark(std::uint32_t run, std::string_view appenderName) noexcept {
-    return markOf(run, APPENDER_MARK, keyOf(appenderName));
-}
 
 QueueFileMark QueueFile::appenderMark(std::string_view name) noexcept {
     return markOf(run_, APPENDER_MARK, keyOf(name));

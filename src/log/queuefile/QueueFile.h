@@ -127,6 +127,8 @@ private:
     void begin();
     void keepEarlier() ZAV_LOG_REQUIRES(lock_);
     bool copyMarks(const std::set<std::uint32_t>& runs) ZAV_LOG_REQUIRES(lock_);
+    bool copyMark(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key,
+                  std::uint64_t number) noexcept ZAV_LOG_REQUIRES(lock_);
     template <typename Predicate>
     void freeEarlier(const Predicate& isOver) ZAV_LOG_REQUIRES(lock_);
     std::size_t slotOf(const Memory& memory) const noexcept;

@@ -160,6 +160,7 @@ void MappedFile::populate(std::size_t) noexcept {}
 /// There are no forked children.
 void MappedFile::closeInChild() noexcept {}
 
+/// The system may not say of a file on which volume it is that was renamed while it was open.
 bool MappedFile::isAt(const std::string& path) const noexcept {
     const Handle named(CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -167,7 +168,7 @@ bool MappedFile::isAt(const std::string& path) const noexcept {
     BY_HANDLE_FILE_INFORMATION own;
     return named.isOpen() && GetFileInformationByHandle(named.get(), &there) != 0 &&
            GetFileInformationByHandle(reinterpret_cast<HANDLE>(handle_), &own) != 0 &&
-           there.dwVolumeSerialNumber == own.dwVolumeSerialNumber &&
+           (there.dwVolumeSerialNumber == own.dwVolumeSerialNumber || own.dwVolumeSerialNumber == 0) &&
            there.nFileIndexHigh == own.nFileIndexHigh && there.nFileIndexLow == own.nFileIndexLow;
 }
 
