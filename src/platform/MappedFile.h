@@ -70,12 +70,17 @@ private:
     Result make(const std::string& path, std::size_t size, std::string_view beginning, Place place,
                 std::string& problem);
     bool map(std::string& problem);
+    bool isStillOpen() const noexcept;
 
     static constexpr std::intptr_t NONE = -1;
 
     std::intptr_t handle_ = NONE; ///< open for as long as the file is this process's
     char* bytes_ = nullptr;
     std::size_t size_ = 0;
+
+    // Which file it is, on Linux.
+    std::uint64_t device_ = 0;
+    std::uint64_t number_ = 0;
 };
 
 } // namespace Platform

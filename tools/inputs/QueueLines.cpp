@@ -40,8 +40,8 @@ std::uint64_t wordAt(const std::string& bytes, std::size_t place) {
 /// read four times. What two looks in a row agree on is there; what they do not agree on is no damage.
 ///
 /// A block of messages counts if the first look has found it, so that those before it are full in the second
-/// one. Its messages are those of the second and the third look; and what they refer to, which was written
-/// before them, is in the last two.
+/// one. Its records are those of the second and the third look; and what tells of processes is in the last
+/// two.
 class CommonContent {
 public:
     explicit CommonContent(std::array<std::string, 4> looks) : looks_(std::move(looks)) {

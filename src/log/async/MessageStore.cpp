@@ -284,7 +284,8 @@ void MessageStore::keepIn(QueueFile* file) {
                                         [file](const FileMarks& marks) { return marks.file == file; });
         FileMarks& marks = known != marks_.end() ? *known : marks_.emplace_back(FileMarks{file, {}, {}, {}});
         marks.batchEnd = file->mark(QueueFileFormat::BATCH_END);
-        marks.taken = file->mark(QueueFileFormat::TAKEN);
+        marks.taken = marks.batchEnd ? file->mark(QueueFileFormat::TAKEN)
+                                     : QueueFileMark(); // without it the batch would seem to be discarded
         marks.done = file->mark(QueueFileFormat::DONE);
         if (delivered_ != nullptr) {
             marks.batchEnd.set(delivered_->last_);

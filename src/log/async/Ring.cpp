@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
+#include <type_traits>
 
 namespace ZAV {
 namespace Log {
@@ -69,14 +71,17 @@ struct Notes {
 /// \return where a table remembers an address
 template <typename Table>
 const void*& placeIn(Table& table, const void* address) {
-    return table[(reinterpret_cast<std::uintptr_t>(address) >> 4U) % std::size(table)];
+    constexpr unsigned UNUSED_BITS = 64 - 5;
+    static_assert(std::extent_v<Table> == 1U << (64 - UNUSED_BITS));
+    return table[reinterpret_cast<std::uintptr_t>(address) * 0x9E3779B97F4A7C15U >> UNUSED_BITS];
 }
 
 } // namespace
 
 std::size_t Ring::storedSize(const MessageFields& message) {
+    constexpr auto LARGEST_NUMBER = std::numeric_limits<std::uint64_t>::max();
     return Notes(message).size() +
-           QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), 0).size());
+           QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), LARGEST_NUMBER).size());
 }
 
 /// In a file each message can be read by itself, with what its block says of the logger and the place.
@@ -87,27 +92,37 @@ std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, i
     if (packed.size() >= QueueFileFormat::NOTE_BIT || !file.describeRun()) {
         return std::nullopt;
     }
-    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
-    const bool isInLast = last.file == &file;
-    if (isInLast && isNoted(message) && last.capacity - used_ >= size) {
-        return packed;
+    if (!hasRoom(size, file) || !isLoggerNoted(message) || !isPlaceNoted(message)) {
+        const Notes notes(message); // takes memory, by which a function of the application may run that logs
+        if (!hasRoom(notes.size() + size, file) && !addBlock(notes.size() + size, &file)) {
+            return std::nullopt;
+        }
+        if (!isLoggerNoted(message)) {
+            note(notes.logger);
+            placeIn(notedLoggers_, message.loggerName.data()) = message.loggerName.data();
+        }
+        if (!isPlaceNoted(message)) {
+            note(notes.place);
+            placeIn(notedPlaces_, message.place) = message.place;
+        }
     }
-    const Notes notes(message);
-    const std::size_t needed = notes.size() + size;
-    if ((!isInLast || last.capacity - used_ < needed) && !addBlock(needed, &file)) {
-        return std::nullopt;
-    }
-    note(notes.logger);
-    note(notes.place);
-    placeIn(notedLoggers_, message.loggerName.data()) = message.loggerName.data();
-    placeIn(notedPlaces_, message.place) = message.place;
     return packed;
 }
 
-/// \return whether the last block says what the message refers to, as far as that is remembered
-bool Ring::isNoted(const MessageFields& message) noexcept {
-    return placeIn(notedLoggers_, message.loggerName.data()) == message.loggerName.data() &&
-           placeIn(notedPlaces_, message.place) == message.place;
+/// \return whether so many bytes go into the last block, and that lies in the file
+bool Ring::hasRoom(std::size_t bytes, const QueueFile& file) const noexcept {
+    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
+    return last.file == &file && last.capacity - used_ >= bytes;
+}
+
+// Whether the last block says what the message refers to, as far as that is remembered:
+
+bool Ring::isLoggerNoted(const MessageFields& message) noexcept {
+    return placeIn(notedLoggers_, message.loggerName.data()) == message.loggerName.data();
+}
+
+bool Ring::isPlaceNoted(const MessageFields& message) noexcept {
+    return message.place == nullptr || placeIn(notedPlaces_, message.place) == message.place;
 }
 
 /// \param payload nothing is written if it is empty

@@ -109,7 +109,9 @@ public:
 private:
     std::optional<PackedMessage> reserveStored(const MessageFields& message, int answeredReports,
                                                std::uint64_t nextNumber, QueueFile& file);
-    bool isNoted(const MessageFields& message) noexcept;
+    bool hasRoom(std::size_t bytes, const QueueFile& file) const noexcept;
+    bool isLoggerNoted(const MessageFields& message) noexcept;
+    bool isPlaceNoted(const MessageFields& message) noexcept;
     void note(const std::string& payload) noexcept;
     bool addBlock(std::size_t neededBytes, QueueFile* file);
     void link(MessageBlock* block) noexcept;

@@ -48,7 +48,7 @@ bool QueueFile::copyMarks(const std::set<std::uint32_t>& runs) {
 }
 
 bool QueueFile::copyMark(std::uint32_t run, MarkKind kind, std::uint64_t key, std::uint64_t number) noexcept {
-    QueueFileMark mark(findOrAddMark(run, kind, key));
+    QueueFileMark mark(addMark(frameWord(run, kind), key)); // there is no other one yet
     mark.set(number);
     return static_cast<bool>(mark);
 }

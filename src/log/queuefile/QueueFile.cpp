@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -209,7 +208,7 @@ QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room ro
 bool QueueFile::fits(std::size_t size) const noexcept {
     constexpr std::size_t OTHERS = 4;
     const ScopedLock lock(lock_);
-    return slotsFor(size) + reservedSlots(slots_.count()) + OTHERS < slots_.count();
+    return size < NOTE_BIT && slotsFor(size) + reservedSlots(slots_.count()) + OTHERS < slots_.count();
 }
 
 void QueueFile::giveBack(const Memory& memory) noexcept {
@@ -277,13 +276,30 @@ Mark* QueueFile::findOrAddMark(std::uint32_t run, MarkKind kind, std::uint64_t k
     const auto known = std::find_if(marks_.begin(), marks_.end(), [word, key](const Mark* mark) {
         return mark->word == word && mark->key == key;
     });
-    if (known != marks_.end()) {
-        return *known;
-    }
-    if (!addMark()) {
+    return known != marks_.end() ? *known : addMark(word, key);
+}
+
+/// \return null if there is no room for it
+Mark* QueueFile::addMark(std::uint64_t word, std::uint64_t key) noexcept {
+    if (!isOfThisProcess()) {
         return nullptr;
     }
-    Mark& made = *marks_.back();
+    if (marksLeft_ == 0) {
+        const Memory block = takeSlots(MARKS, 1);
+        if (block.bytes == nullptr) {
+            return nullptr;
+        }
+        std::memset(block.bytes, 0, block.size);
+        nextMark_ = reinterpret_cast<Mark*>(block.bytes);
+        marksLeft_ = block.size / sizeof(Mark);
+    }
+    Mark& made = *nextMark_++;
+    --marksLeft_;
+    try {
+        marks_.push_back(&made);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
     made.key = key;
     made.inverse = ~std::uint64_t{0};
     Mark checked = made;
@@ -291,30 +307,6 @@ Mark* QueueFile::findOrAddMark(std::uint32_t run, MarkKind kind, std::uint64_t k
     made.check = checkOf(checked);
     publish(made.word, word);
     return &made;
-}
-
-/// \return false if there is no room for it
-bool QueueFile::addMark() noexcept {
-    if (!isOfThisProcess()) {
-        return false;
-    }
-    if (marksLeft_ == 0) {
-        const Memory block = takeSlots(MARKS, 1);
-        if (block.bytes == nullptr) {
-            return false;
-        }
-        std::memset(block.bytes, 0, block.size);
-        nextMark_ = reinterpret_cast<Mark*>(block.bytes);
-        marksLeft_ = block.size / sizeof(Mark);
-    }
-    try {
-        marks_.push_back(nextMark_);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    --marksLeft_;
-    ++nextMark_;
-    return true;
 }
 
 } // namespace Log

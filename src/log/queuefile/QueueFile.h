@@ -140,7 +140,7 @@ private:
     QueueFileMark markOf(std::uint32_t run, QueueFileFormat::MarkKind kind, std::uint64_t key) noexcept;
     QueueFileFormat::Mark* findOrAddMark(std::uint32_t run, QueueFileFormat::MarkKind kind,
                                          std::uint64_t key) noexcept ZAV_LOG_REQUIRES(lock_);
-    bool addMark() noexcept ZAV_LOG_REQUIRES(lock_);
+    QueueFileFormat::Mark* addMark(std::uint64_t word, std::uint64_t key) noexcept ZAV_LOG_REQUIRES(lock_);
 
     Platform::MappedFile file_;
     const std::uint32_t run_;

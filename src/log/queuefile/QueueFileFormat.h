@@ -42,7 +42,7 @@ struct BlockHead {
 
 enum BlockKind : std::uint32_t {
     MESSAGES = 1,
-    NOTES = 2, ///< what messages refer to
+    NOTES = 2, ///< what the process was
     MARKS = 3,
     FREED = 4 ///< its other slots may not be empty yet
 };

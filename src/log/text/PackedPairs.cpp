@@ -300,8 +300,9 @@ bool isKey(const TaggedValue& value) noexcept {
 
 /// \return whether a text holds nothing that could be more than a number where it is written as one
 bool looksLikeNumber(const TaggedValue& value) noexcept {
-    return std::string_view(value.text, value.size).find_first_not_of("+-.0123456789eE") ==
-           std::string_view::npos;
+    const std::string_view text(value.text, value.size);
+    return text.find_first_not_of("+-.0123456789eE") == std::string_view::npos &&
+           text.find_first_of("0123456789") != std::string_view::npos;
 }
 
 } // namespace

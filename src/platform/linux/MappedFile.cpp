@@ -36,7 +36,8 @@ int openFile(const std::string& path, int flags) {
 }
 
 /// A lock of this kind belongs to the open file, so that the process may open and close the file by other
-/// ways. A forked child closes it, for which one is waited that has just begun while its parent died.
+/// ways. A forked child closes it, and one that has just begun when its parent dies is given the time to do
+/// so.
 bool lock(int file) {
     constexpr int MOST_LOOKS = 20;
     constexpr timespec BETWEEN_LOOKS = {0, 10'000'000};
@@ -84,7 +85,7 @@ bool isLeftOver(int file, const struct stat& status, std::string_view beginning,
     char bytes[TELLING] = {};
     const auto size = static_cast<std::size_t>(std::max<ssize_t>(pread(file, bytes, TELLING, 0), 0));
     const bool isEmpty = std::all_of(bytes, bytes + size, [](char byte) { return byte == 0; });
-    if (status.st_nlink != 1 || (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING))) {
+    if (status.st_nlink > 1 || (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING))) {
         problem = "It is in the way";
     }
     return problem.empty();
@@ -109,7 +110,7 @@ MappedFile::~MappedFile() {
     if (bytes_ != nullptr) {
         munmap(bytes_, size_);
     }
-    if (handle_ != NONE) {
+    if (isStillOpen()) {
         close(static_cast<int>(handle_));
     }
 }
@@ -197,6 +198,8 @@ bool MappedFile::replace(const std::string& path, std::size_t size, std::string_
     std::swap(handle_, made.handle_);
     std::swap(bytes_, made.bytes_);
     std::swap(size_, made.size_);
+    std::swap(device_, made.device_);
+    std::swap(number_, made.number_);
     return true;
 }
 
@@ -230,28 +233,43 @@ void MappedFile::populate(std::size_t most) noexcept {
 }
 
 /// The mapping keeps the right to the file, too. What the child may still be reading stays at its address, by
-/// way of the file opened anew.
+/// way of the file opened anew. The program may have closed the file's number, which may be another file's by
+/// now.
 void MappedFile::closeInChild() noexcept {
-    if (handle_ == NONE) {
-        return;
+    int reopened = -1;
+    if (isStillOpen()) {
+        char name[32];
+        std::snprintf(name, sizeof name, "/proc/self/fd/%d", static_cast<int>(handle_));
+        reopened = ::open(name, O_RDONLY | O_CLOEXEC);
+        close(static_cast<int>(handle_));
     }
-    char name[32];
-    std::snprintf(name, sizeof name, "/proc/self/fd/%d", static_cast<int>(handle_));
-    const int reopened = ::open(name, O_RDWR | O_CLOEXEC);
+    handle_ = NONE;
+    const int kind = MAP_PRIVATE | MAP_FIXED | MAP_NORESERVE | (reopened < 0 ? MAP_ANONYMOUS : 0);
+    mmap(bytes_, size_, PROT_READ | PROT_WRITE, kind, reopened, 0);
     if (reopened >= 0) {
-        mmap(bytes_, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, reopened, 0);
         close(reopened);
     }
-    close(static_cast<int>(handle_));
-    handle_ = NONE;
+}
+
+bool MappedFile::isStillOpen() const noexcept {
+    struct stat status;
+    return handle_ != NONE && fstat(static_cast<int>(handle_), &status) == 0 && status.st_dev == device_ &&
+           status.st_ino == number_;
 }
 
 bool MappedFile::isAt(const std::string& path) const noexcept {
-    struct stat status;
-    return fstat(static_cast<int>(handle_), &status) == 0 && leadsTo(path, status);
+    struct stat named;
+    return stat(path.c_str(), &named) == 0 && named.st_dev == device_ && named.st_ino == number_;
 }
 
 bool MappedFile::map(std::string& problem) {
+    struct stat status;
+    if (fstat(static_cast<int>(handle_), &status) != 0) {
+        failure(problem);
+        return false;
+    }
+    device_ = status.st_dev;
+    number_ = status.st_ino;
     void* const mapped =
         size_ == 0 ? nullptr
                    : mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED, static_cast<int>(handle_), 0);

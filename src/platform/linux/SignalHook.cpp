@@ -117,9 +117,9 @@ void onSignal(int signal, siginfo_t* info, void* context) {
 bool awaitRequest() {
     constexpr time_t SECONDS = 2;
     timespec end = {};
-    clock_gettime(CLOCK_REALTIME, &end);
+    clock_gettime(CLOCK_MONOTONIC, &end);
     end.tv_sec += SECONDS;
-    return sem_timedwait(&requests().wanted, &end) == 0;
+    return sem_clockwait(&requests().wanted, CLOCK_MONOTONIC, &end) == 0;
 }
 
 void serveRequests() {

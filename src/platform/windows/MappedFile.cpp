@@ -172,6 +172,11 @@ bool MappedFile::isAt(const std::string& path) const noexcept {
            there.nFileIndexHigh == own.nFileIndexHigh && there.nFileIndexLow == own.nFileIndexLow;
 }
 
+/// Nobody closes it by its number.
+bool MappedFile::isStillOpen() const noexcept {
+    return handle_ != NONE;
+}
+
 bool MappedFile::map(std::string& problem) {
     if (size_ == 0) {
         return true;
