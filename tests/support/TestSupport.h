@@ -16,6 +16,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace ZAV::TestSupport {
@@ -120,7 +121,11 @@ public:
             path_ = pattern + std::to_string(number++);
         } while (!std::filesystem::create_directory(path_));
     }
-    ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+    /// Windows does not remove a file that the process has open to its end, as a queue's.
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
