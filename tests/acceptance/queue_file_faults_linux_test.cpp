@@ -102,9 +102,9 @@ TEST_F(QueueFileInTrouble, GivesNothingTwiceHoweverOftenARecoveryIsKilled) {
     for (int number = 0; number < 300; ++number) { // more than there is room for
         texts.push_back(std::to_string(number));
     }
-    leave(small + "appender.z = StuckAppender\nappender.z.asynchronous = true\n", texts);
-    std::filesystem::remove(directory_ / "a.log");
-    for (int kill = 0; kill < 40; ++kill) {
+    leave(small + "appender.0 = StuckAppender\nappender.0.asynchronous = true\n",
+          texts); // in front of the other
+    for (int kill = 0; kill < 12; ++kill) {
         inProcess([&] {
             init(small + "appender.z = DyingAppender\nappender.z.asynchronous = true\n");
             _exit(0);
