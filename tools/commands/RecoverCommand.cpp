@@ -123,7 +123,7 @@ ExitCode RecoverCommand::run(Output& output) {
     } catch (const std::exception& exception) {
         complain(exception.what());
     } catch (const OutputClosed&) {
-        isAllThere = false;
+        isAllThere = false; // nobody reads the rest
     }
     std::cerr << recovery.messages << (recovery.messages == 1 ? " message\n" : " messages\n");
     return isAllThere ? EXIT_AS_WISHED : EXIT_COMPLAINT;

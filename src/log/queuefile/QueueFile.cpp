@@ -88,29 +88,36 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     if (result == Platform::MappedFile::IN_USE) {
         throw LogException("The queue file " + path + " is in use.");
     }
-    std::string content;
-    bool isDamaged = false;
-    if (file_.size() > MOST_SIZE) {
-        problem = "It is larger than any";
+    const bool mayBeDamaged =
+        result == Platform::MappedFile::MAPPED && file_.size() != 0 && readEarlier(problem);
+    const bool isWhole = problem.empty() && earlier_ != nullptr;
+    if (isWhole && file_.makePrivate(problem) && earlier_->messages().empty() && wholeSize != 0 &&
+        wholeSize != file_.size() && file_.replace(path, wholeSize, bytesOf(head), problem)) {
+        earlier_.reset(); // the new file has nothing of it
     }
-    if (result == Platform::MappedFile::MAPPED && file_.size() != 0 && problem.empty() &&
-        file_.read(content, problem)) {
-        isDamaged = StoredQueue::isOne(content);
-        earlier_ = std::make_unique<StoredQueue>(std::move(content));
-        problem = earlier_->problem();
-        static_cast<void>(problem.empty() && file_.makePrivate(problem));
-        const bool hasOtherSize = wholeSize != 0 && wholeSize != file_.size();
-        if (problem.empty() && hasOtherSize && earlier_->messages().empty() &&
-            file_.replace(path, wholeSize, bytesOf(head), problem)) {
-            earlier_.reset();
-        }
-    }
-    if (!problem.empty() && (!isDamaged || damage == REFUSE_DAMAGED)) {
+    if (!problem.empty() && (!mayBeDamaged || damage == REFUSE_DAMAGED)) {
         throw LogException("The queue file " + path + " cannot be read: " + problem);
     }
     if (problem.empty() && file_.size() != 0) {
         begin();
     }
+}
+
+/// \param problem receives why the file cannot be written to, if so
+/// \return whether it is the file of a queue, damaged or not
+bool QueueFile::readEarlier(std::string& problem) {
+    std::string content;
+    if (file_.size() > MOST_SIZE) {
+        problem = "It is larger than any";
+        return false;
+    }
+    if (!file_.read(content, problem)) {
+        return false;
+    }
+    const bool isOne = StoredQueue::isOne(content);
+    earlier_ = std::make_unique<StoredQueue>(std::move(content));
+    problem = earlier_->problem();
+    return isOne;
 }
 
 QueueFile::~QueueFile() = default;
@@ -127,7 +134,6 @@ std::uint64_t QueueFile::capacity(std::uint64_t size, std::size_t textSize) {
     return available * (SLOT - BODY) / record;
 }
 
-/// What earlier processes have left stays in use.
 void QueueFile::begin() {
     const ScopedLock lock(lock_);
     slots_ = Slots(file_.size() / SLOT);

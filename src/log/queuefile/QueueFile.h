@@ -58,7 +58,7 @@ public:
     static constexpr std::uint64_t MOST_SIZE =
         std::uint64_t{QueueFileFormat::MOST_SLOTS} * QueueFileFormat::SLOT;
 
-    /// \return about how many messages a file can hold, one less rather than one more
+    /// \return about how many messages a file can hold
     /// \param size of the file in bytes
     /// \param textSize of each message in bytes
     static std::uint64_t capacity(std::uint64_t size, std::size_t textSize);
@@ -124,6 +124,7 @@ public:
     QueueFileMark appenderMark(std::string_view name) noexcept;
 
 private:
+    bool readEarlier(std::string& problem);
     void begin();
     void keepEarlier() ZAV_LOG_REQUIRES(lock_);
     bool copyMarks(const std::set<std::uint32_t>& runs) ZAV_LOG_REQUIRES(lock_);
