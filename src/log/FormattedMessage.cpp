@@ -5,36 +5,45 @@
 #include "log/text/PackedValues.h"
 #include "log/tree/LoggerInside.h"
 
-#include <cstring>
-
 namespace ZAV {
 namespace Log {
 
 namespace {
 
-void pack(MessageText& text, const TaggedValue* values, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        TaggedValue value = values[i];
-        if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
-            value.size = std::strlen(value.text);
+/// On the stack, unless they are long.
+class PackedValues {
+public:
+    PackedValues(const TaggedValue* values, std::size_t count) {
+        std::size_t most = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            most += packedSize(values[i]);
         }
-        text.commit(packValue(text.room(packedSize(value)), value));
+        bytes_.resize(most);
+        end_ = bytes_.data();
+        for (std::size_t i = 0; i < count; ++i) {
+            end_ = packValue(end_, values[i]);
+        }
     }
-}
+
+    std::string_view view() const { return {bytes_.data(), static_cast<std::size_t>(end_ - bytes_.data())}; }
+
+private:
+    fmt::memory_buffer bytes_;
+    char* end_;
+};
 
 } // namespace
 
 void FormattedMessage::logTagged(const Logger& logger, const Place& place, const TaggedValue* values,
                                  std::size_t count) {
-    const TakenText taken;
     if (logger.inside_->takesValues()) {
         const KnownPlace& known = knownPlace(place);
         if (!known.needsCall) {
-            pack(taken.text, values, count);
-            logger.inside_->logFrom(known, taken.text.view(), TextForm::FORMATTED);
+            logger.inside_->logFrom(known, PackedValues(values, count).view(), TextForm::FORMATTED);
             return;
         }
     }
+    const TakenText taken;
     if (succeeds(logger, place, [&] { appendFormatted(taken.text, place.format, values, count); })) {
         logText(logger, place, taken.text.view());
     }

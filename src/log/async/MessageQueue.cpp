@@ -190,8 +190,9 @@ void MessageQueue::discardOldest() {
 // Waiting for the consumer
 
 /// Also while a change to another configuration holds the queue: one consumer may give way to another then.
-bool MessageQueue::willBeServed() const {
-    return isServed_ || (store_.hasHold() && !isClosed_);
+bool MessageQueue::willBeServed() const noexcept {
+    const unsigned service = service_;
+    return (service & SERVED) != 0 || ((service & HELD) != 0 && !isClosed_);
 }
 
 bool MessageQueue::flush(Time timeout) {
@@ -199,11 +200,11 @@ bool MessageQueue::flush(Time timeout) {
 }
 
 bool MessageQueue::drain(const Deadline& deadline) {
-    return awaitDone(store_.lastNumber(), deadline, [this] { return isServed_.load(); }) || !isServed_;
+    return awaitDone(store_.lastNumber(), deadline, [this] { return isServed(); }) || !isServed();
 }
 
 void MessageQueue::awaitHold() {
-    awaitDone(store_.lastBeforeHold(), Deadline(), [this] { return isServed_.load(); });
+    awaitDone(store_.lastBeforeHold(), Deadline(), [this] { return isServed(); });
 }
 
 /// \param isServed asks whether there is still something to wait for
@@ -236,7 +237,11 @@ void MessageQueue::callConsumer() {
 // The consumer's side
 
 void MessageQueue::setServed(bool isServed) {
-    isServed_ = isServed;
+    if (isServed) {
+        service_ |= SERVED;
+    } else {
+        service_ &= ~unsigned{SERVED};
+    }
     bell_.ring();
 }
 
@@ -251,7 +256,7 @@ bool MessageQueue::wait() {
     isWoken_ = false;
     const bool isPrompt = deliversPromptly();
     const auto isDue = [this, isPrompt] {
-        return !isServed_ || isWoken_ || isAwaited_ || (isPrompt && store_.size() != 0);
+        return !isServed() || isWoken_ || isAwaited_ || (isPrompt && store_.size() != 0);
     };
     // One that has just been busy looks again for a while, which spares the calls from waking it.
     constexpr int LOOKS = 20;
@@ -293,7 +298,7 @@ void MessageQueue::take(MessageBatch& batch) {
     isAwaited_ = false;
     if (store_.isHeld()) {
         bell_.ring(); // the last one before the hold may have been discarded
-        bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed_; });
+        bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed(); });
     }
     try {
         store_.take(batch);
@@ -303,8 +308,14 @@ void MessageQueue::take(MessageBatch& batch) {
     bell_.ring(); // those who wait for room
 }
 
+void MessageQueue::hold() noexcept {
+    service_ |= HELD;
+    store_.hold();
+}
+
 void MessageQueue::endHold() {
     store_.endHold();
+    service_ &= ~unsigned{HELD};
     bell_.ring();
 }
 
@@ -342,7 +353,7 @@ void MessageQueue::renewInChild() noexcept {
     bell_.renewInChild();
     lines_.renewInChild();
     store_.renewInChild();
-    isServed_ = false;
+    service_ = 0;
     isAwaited_ = false;
     isOnCall_ = false;
     isClosed_ = false;

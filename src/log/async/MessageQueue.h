@@ -66,7 +66,7 @@ public:
     void wake();
 
     /// Has the consumer leave what is appended from now on in the queue, and wait there until `endHold`.
-    void hold() noexcept { store_.hold(); }
+    void hold() noexcept;
     void endHold();
     bool hasHold() const noexcept { return store_.hasHold(); }
 
@@ -112,8 +112,14 @@ public:
     void renewInChild() noexcept;
 
 private:
+    enum Service : unsigned {
+        SERVED = 1, ///< a consumer waits or delivers, and is not to end
+        HELD = 2    ///< there is a hold
+    };
+
     void store(const DispatcherSettings& settings);
-    bool willBeServed() const;
+    bool isServed() const noexcept { return (service_ & SERVED) != 0; }
+    bool willBeServed() const noexcept;
     template <typename IsServed>
     bool awaitDone(std::uint64_t last, const Deadline& deadline, const IsServed& isServed);
     bool deliversPromptly() const noexcept { return waitingPeriod_ == 0; }
@@ -140,7 +146,9 @@ private:
 
     // What those who wait are waiting for.
     Bell bell_;
-    std::atomic<bool> isServed_{false};  ///< a consumer waits or delivers, and is not to end
+    /// Of `Service`: one word, so that whoever looks while one consumer gives way to another sees the hold or
+    /// a consumer.
+    std::atomic<unsigned> service_{0};
     std::atomic<bool> isAwaited_{false}; ///< somebody waits for the consumer to take what is queued
     std::atomic<bool> isWoken_{false};   ///< the consumer is to end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message

@@ -23,14 +23,10 @@ enum OwnPart : unsigned {
     OWN_CONTEXT = 128,
     OWN_VALUES = 256 // which no two messages share
 };
+constexpr unsigned OWN_PART_BITS = 9;
 
 /// Parts of which most messages have none of their own.
-constexpr unsigned SELDOM_OWN = OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
-
-bool isSameText(std::string_view text, std::string_view other) {
-    return text.size() == other.size() &&
-           (text.empty() || std::memcmp(text.data(), other.data(), text.size()) == 0);
-}
+constexpr unsigned SELDOM_OWN = OWN_NUMBER | OWN_LENGTH | OWN_FILE | OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
 
 struct PackedLogger {
     std::string_view name;
@@ -58,7 +54,7 @@ unsigned findOwnParts(const MessageFields& message, const SharedFields& before, 
            (message.time == before.time ? 0U : OWN_TIME) |
            (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
            (message.thread == before.thread ? 0U : OWN_THREAD) |
-           (isSameText(message.context, before.context) ? 0U : OWN_CONTEXT) |
+           (isAlike(message.context, before.context) ? 0U : OWN_CONTEXT) |
            (message.values.empty() ? 0U : OWN_VALUES) | findOwnPlace(message, before);
 }
 
@@ -147,6 +143,9 @@ bool isLevel(Level::LogLevel level) {
 /// \return the values
 template <typename Bytes>
 std::string_view readSeldom(Bytes& bytes, unsigned ownParts, SharedFields& shared) {
+    if ((ownParts & OWN_FILE) != 0) {
+        shared.file = bytes.sizedText();
+    }
     if ((ownParts & OWN_THREAD) != 0) {
         shared.thread = bytes.template read<std::uint64_t>();
     }
@@ -160,36 +159,35 @@ std::string_view readSeldom(Bytes& bytes, unsigned ownParts, SharedFields& share
 
 PackedMessage::PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
                              std::uint64_t nextNumber) noexcept
-    : message_(message), header_{}, size_(0) {
-    header_.textLength = static_cast<std::uint32_t>(message.text.size());
-    header_.line = message.line;
-    header_.level = static_cast<unsigned>(message.level) & 0xFFU;
-    header_.type = static_cast<unsigned>(message.type) & 0x3U;
-    header_.form = static_cast<unsigned>(message.form) & 0x3U;
-    header_.ownParts = findOwnParts(message, before, nextNumber) & 0x1FFU;
-    header_.answeredReports = static_cast<std::uint8_t>(answeredReports);
-    size_ = measure();
+    : message_(message), answeredReports_(answeredReports),
+      ownParts_(findOwnParts(message, before, nextNumber)), mostBytes_(measure()) {}
+
+PackedMessage::Header PackedMessage::header(std::uint64_t numberBefore, std::uint64_t number) const noexcept {
+    const unsigned kind = static_cast<unsigned>(message_.type) | static_cast<unsigned>(message_.form) << 2U;
+    return {static_cast<std::uint32_t>(message_.text.size()),
+            static_cast<std::uint32_t>(number - numberBefore),
+            message_.line,
+            static_cast<std::uint8_t>(message_.level),
+            static_cast<std::uint8_t>(answeredReports_),
+            static_cast<std::uint16_t>(ownParts_ | kind << OWN_PART_BITS)};
 }
 
+/// Counts parts that many messages have without a look whether this one does.
 std::size_t PackedMessage::measure() const noexcept {
-    return sizeof header_ + (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) +
-           (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) + (has(OWN_TIME) ? sizeof(Util::TimeUtils::Time) : 0) +
-           (has(OWN_LOGGER_NAME) ? sizeof(PackedLogger) : 0) + (has(OWN_PLACE) ? sizeof(PackedPlace) : 0) +
-           (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(SELDOM_OWN) ? measureSeldom() : 0) +
-           message_.text.size();
+    return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(PackedPlace) +
+           (has(SELDOM_OWN) ? measureSeldom() : 0) + message_.text.size();
 }
 
 std::size_t PackedMessage::measureSeldom() const noexcept {
-    return (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
+    return (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) + (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) +
+           (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_CONTEXT) ? sizeWithText(message_.context) : 0) +
            (has(OWN_VALUES) ? sizeWithText(message_.values) : 0);
 }
 
-void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept {
-    Header header = header_;
-    header.numberStep = static_cast<std::uint32_t>(number - before.number);
+char* PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept {
+    char* next = write(place, header(before.number, number));
     before.number = number;
-    char* next = write(place, header);
     if (has(OWN_NUMBER)) {
         next = write(next, number);
     }
@@ -210,17 +208,17 @@ void PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& bef
         before.place = message_.place;
         before.file = message_.file; // that of the place
     }
+    if (has(SELDOM_OWN)) {
+        next = writeSeldom(next, before);
+    }
+    return writeText(next, message_.text);
+}
+
+char* PackedMessage::writeSeldom(char* next, SharedFields& before) const noexcept {
     if (has(OWN_FILE)) {
         next = writeSizedText(next, message_.file);
         before.file = std::string_view(next - message_.file.size(), message_.file.size());
     }
-    if (has(SELDOM_OWN)) {
-        next = writeSeldom(next, before);
-    }
-    writeText(next, message_.text);
-}
-
-char* PackedMessage::writeSeldom(char* next, SharedFields& before) const noexcept {
     if (has(OWN_THREAD)) {
         next = write(next, message_.thread);
         before.thread = message_.thread;
@@ -234,8 +232,8 @@ char* PackedMessage::writeSeldom(char* next, SharedFields& before) const noexcep
 
 std::uint64_t PackedMessage::readNumber(const char* bytes, const SharedFields& before) noexcept {
     const auto header = readNext<Header>(bytes);
-    return (header.ownParts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(bytes)
-                                               : before.number + header.numberStep;
+    return (header.parts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(bytes)
+                                            : before.number + header.numberStep;
 }
 
 PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedFields& before) noexcept {
@@ -250,31 +248,29 @@ template <typename Bytes>
 PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedFields& before) noexcept {
     const auto header = bytes.template read<Header>();
     SharedFields shared(before);
-    shared.number = (header.ownParts & OWN_NUMBER) != 0 ? bytes.template read<std::uint64_t>()
-                                                        : before.number + header.numberStep;
+    shared.number = (header.parts & OWN_NUMBER) != 0 ? bytes.template read<std::uint64_t>()
+                                                     : before.number + header.numberStep;
     const std::size_t textLength =
-        (header.ownParts & OWN_LENGTH) != 0 ? bytes.template read<std::size_t>() : header.textLength;
-    if ((header.ownParts & OWN_TIME) != 0) {
+        (header.parts & OWN_LENGTH) != 0 ? bytes.template read<std::size_t>() : header.textLength;
+    if ((header.parts & OWN_TIME) != 0) {
         shared.time = bytes.template read<Util::TimeUtils::Time>();
     }
-    if ((header.ownParts & OWN_LOGGER_NAME) != 0) {
+    if ((header.parts & OWN_LOGGER_NAME) != 0) {
         const auto logger = bytes.template read<PackedLogger>();
         shared.loggerName = logger.name;
         shared.logger = logger.logger;
     }
-    if ((header.ownParts & OWN_PLACE) != 0) {
+    if ((header.parts & OWN_PLACE) != 0) {
         shared.place = bytes.template read<PackedPlace>().place;
         shared.file = Bytes::fileOf(shared.place);
     }
-    if ((header.ownParts & OWN_FILE) != 0) {
-        shared.file = bytes.sizedText();
-    }
     const std::string_view values =
-        (header.ownParts & SELDOM_OWN) != 0 ? readSeldom(bytes, header.ownParts, shared) : std::string_view();
+        (header.parts & SELDOM_OWN) != 0 ? readSeldom(bytes, header.parts, shared) : std::string_view();
     const std::string_view text = bytes.text(textLength);
+    const unsigned kind = unsigned{header.parts} >> OWN_PART_BITS;
     MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,
-                         header.line, shared.file, static_cast<MessageType>(header.type), shared.logger);
-    fields.form = static_cast<TextForm>(header.form);
+                         header.line, shared.file, static_cast<MessageType>(kind & 3U), shared.logger);
+    fields.form = static_cast<TextForm>(kind >> 2U & 3U);
     fields.place = shared.place;
     fields.thread = shared.thread;
     fields.context = shared.context;

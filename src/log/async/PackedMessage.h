@@ -33,15 +33,16 @@ public:
     PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
                   std::uint64_t nextNumber) noexcept;
 
-    /// \return how many bytes the message takes
-    std::size_t size() const noexcept { return size_; }
+    /// \return how many bytes the message takes at most
+    std::size_t mostBytes() const noexcept { return mostBytes_; }
 
     /// Writes the message with its texts, but for the logger's name, which must stay where it is.
-    /// \param place has room for `size` bytes
+    /// \param place has room for `mostBytes`
     /// \param number of the message
     /// \param before the fields that the constructor was given; they become those of this message, and a file
     ///        or a context that it does not share is then the one in the place
-    void writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept;
+    /// \return the end of the message
+    char* writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept;
 
     /// What `read` gives.
     struct Unpacked {
@@ -71,24 +72,25 @@ private:
         std::uint32_t textLength;
         std::uint32_t numberStep; ///< from the number of the message before
         std::int32_t line;
-        std::uint32_t level : 8;
-        std::uint32_t type : 2;
-        std::uint32_t form : 2;
-        std::uint32_t ownParts : 9; ///< which it does not share with the message before, see `OwnPart`
-        std::uint32_t answeredReports : 8;
+        std::uint8_t level;
+        std::uint8_t answeredReports;
+        std::uint16_t
+            parts; ///< which it does not share with the message before, see `OwnPart`; its type and form
     };
 
     template <typename Bytes>
     static Unpacked readParts(Bytes& bytes, const SharedFields& before) noexcept;
 
-    bool has(unsigned part) const noexcept { return (header_.ownParts & part) != 0; }
+    bool has(unsigned part) const noexcept { return (ownParts_ & part) != 0; }
+    Header header(std::uint64_t numberBefore, std::uint64_t number) const noexcept;
     std::size_t measure() const noexcept;
     std::size_t measureSeldom() const noexcept;
     char* writeSeldom(char* next, SharedFields& before) const noexcept;
 
     const MessageFields& message_;
-    Header header_;
-    std::size_t size_;
+    const int answeredReports_;
+    const unsigned ownParts_;
+    const std::size_t mostBytes_;
 };
 
 /// A message that was packed without one before it, by another process perhaps, in bytes that may have been

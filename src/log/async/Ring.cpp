@@ -37,19 +37,21 @@ Ring::~Ring() {
 
 std::optional<PackedMessage> Ring::reserve(const MessageFields& message, int answeredReports,
                                            std::uint64_t nextNumber, QueueFile* file) {
-    if (file != nullptr) {
-        return reserveStored(message, answeredReports, nextNumber, *file);
+    return file == nullptr ? reserveInMemory(message, answeredReports, nextNumber)
+                           : reserveStored(message, answeredReports, nextNumber, *file);
+}
+
+std::optional<PackedMessage> Ring::reserveInMemory(const MessageFields& message, int answeredReports,
+                                                   std::uint64_t nextNumber) {
+    std::optional<PackedMessage> packed(std::in_place, message, answeredReports, last_, nextNumber);
+    const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
+    if (last.file != nullptr || last.capacity - used_ < packed->mostBytes()) {
+        // The first message of a block has nothing in common with the one before, since blocks come and go
+        // one by one.
+        packed.emplace(message, answeredReports, none_, nextNumber);
+        addBlock(packed->mostBytes(), nullptr);
     }
-    const PackedMessage packed(message, answeredReports, last_, nextNumber);
-    if (lastBlock_.load(std::memory_order_relaxed)->file == nullptr &&
-        lastBlock_.load(std::memory_order_relaxed)->capacity - used_ >= packed.size()) {
-        return packed;
-    }
-    // The first message of a block has nothing in common with the one before, since blocks come and go one by
-    // one.
-    const PackedMessage first(message, answeredReports, SharedFields(), nextNumber);
-    addBlock(first.size(), nullptr);
-    return first;
+    return packed;
 }
 
 namespace {
@@ -81,15 +83,15 @@ const void*& placeIn(Table& table, const void* address) {
 std::size_t Ring::storedSize(const MessageFields& message) {
     constexpr auto LARGEST_NUMBER = std::numeric_limits<std::uint64_t>::max();
     return Notes(message).size() +
-           QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), LARGEST_NUMBER).size());
+           QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), LARGEST_NUMBER).mostBytes());
 }
 
 /// In a file each message can be read by itself, with what its block says of the logger and the place.
 std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, int answeredReports,
                                                  std::uint64_t nextNumber, QueueFile& file) {
     const PackedMessage packed(message, answeredReports, none_, nextNumber);
-    const std::size_t size = QueueFileFormat::recordSize(packed.size());
-    if (packed.size() >= QueueFileFormat::NOTE_BIT || !file.describeRun()) {
+    const std::size_t size = QueueFileFormat::recordSize(packed.mostBytes());
+    if (packed.mostBytes() >= QueueFileFormat::NOTE_BIT || !file.describeRun()) {
         return std::nullopt;
     }
     if (!hasRoom(size, file) || !isLoggerNoted(message) || !isPlaceNoted(message)) {
@@ -168,16 +170,14 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
     char* const place = block.bytes + used_;
     if (block.file == nullptr) {
-        message.writeTo(place, number, last_);
-        used_ += message.size();
+        used_ += static_cast<std::size_t>(message.writeTo(place, number, last_) - place);
     } else {
         last_.number = 0; // which is what the message was packed behind
         char* const payload = place + sizeof(QueueFileFormat::Frame);
-        message.writeTo(payload, number, last_);
-        used_ += QueueFileFormat::recordSize(message.size());
-        QueueFileFormat::writeFrame(
-            block.word, place, QueueFileFormat::frameWord(block.file->run(), message.size()),
-            {payload, message.size()}, block.capacity - used_ < sizeof(QueueFileFormat::Frame));
+        const auto size = static_cast<std::size_t>(message.writeTo(payload, number, last_) - payload);
+        used_ += QueueFileFormat::recordSize(size);
+        QueueFileFormat::writeFrame(block.word, place, QueueFileFormat::frameWord(block.file->run(), size),
+                                    {payload, size}, block.capacity - used_ < sizeof(QueueFileFormat::Frame));
     }
     block.published.store(used_, std::memory_order_release);
 }

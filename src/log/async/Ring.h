@@ -107,6 +107,8 @@ public:
     bool hasEnded() const noexcept { return hasEnded_; }
 
 private:
+    std::optional<PackedMessage> reserveInMemory(const MessageFields& message, int answeredReports,
+                                                 std::uint64_t nextNumber);
     std::optional<PackedMessage> reserveStored(const MessageFields& message, int answeredReports,
                                                std::uint64_t nextNumber, QueueFile& file);
     bool hasRoom(std::size_t bytes, const QueueFile& file) const noexcept;

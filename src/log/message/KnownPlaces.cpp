@@ -1,5 +1,7 @@
 #include "log/message/KnownPlaces.h"
 
+#include "log/message/MessageFields.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -21,8 +23,11 @@ std::atomic<KnownPlace*> chains[1024];
 thread_local const KnownPlace* recent[16];
 
 bool isSame(const Place& place, const Place& other) {
-    return place.line == other.line && place.level == other.level && place.format == other.format &&
-           place.file == other.file;
+    return place.line == other.line && isAlike(place.format, other.format) &&
+           isAlike(place.file, other.file) &&
+           place.level ==
+               other.level; // beside the line it would be compared with it in one load, which waits
+                            // until the two stores of the call have left the processor's buffer
 }
 
 std::size_t hash(const Place& place) {

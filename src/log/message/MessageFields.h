@@ -5,6 +5,7 @@
 #include "log/text/MessageText.h"
 
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -16,6 +17,12 @@ class Logger;
 /// \return whether two texts are the same one, not only alike
 inline bool isSamePlace(std::string_view text, std::string_view other) {
     return text.data() == other.data() && text.size() == other.size();
+}
+
+/// What `==` does in more steps, since that finds out which of the texts is the lesser one.
+inline bool isAlike(std::string_view text, std::string_view other) {
+    return text.size() == other.size() &&
+           (text.empty() || std::memcmp(text.data(), other.data(), text.size()) == 0);
 }
 
 /// How a message carries its text.

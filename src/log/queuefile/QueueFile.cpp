@@ -129,7 +129,7 @@ std::uint64_t QueueFile::capacity(std::uint64_t size, std::size_t textSize) {
     const std::string text(textSize, ' ');
     MessageFields message("net", Util::TimeUtils::Time::now(), Level::LEVEL_INFO, text, 1, "app.cpp", LOG);
     message.thread = 1;
-    const std::size_t record = recordSize(PackedMessage(message, 0, SharedFields(), 1).size());
+    const std::size_t record = recordSize(PackedMessage(message, 0, SharedFields(), 1).mostBytes());
     const std::size_t available = slots - 2 * reservedSlots(slots) - OTHERS;
     return available * (SLOT - BODY) / record;
 }

@@ -96,23 +96,18 @@ inline char* writeCString(char* place, const TaggedValue& value) {
     return characters + value.size + 1;
 }
 
+inline TaggedValue readCString(const char*& bytes, unsigned sizeOfLength) {
+    TaggedValue value(readText(bytes, sizeOfLength));
+    --value.size;
+    value.kind = Kind::C_STRING;
+    return value;
+}
+
 } // namespace Packing
 
-// Of a C string `size` is set, so that its length is found out only once: a program that changes it meanwhile
-// gets a wrong text and nothing worse.
-
-/// \return how many bytes a value may take
+/// \return how many bytes a value may take, whatever its kind
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
-    using namespace Packing;
-    switch (value.kind) {
-    case Kind::TEXT:
-    case Kind::NUMBER:
-        return MOST_BYTES_OF_NUMBER + value.size;
-    case Kind::C_STRING:
-        return MOST_BYTES_OF_NUMBER + value.size + 1;
-    default:
-        return MOST_BYTES_OF_NUMBER;
-    }
+    return Packing::MOST_BYTES_OF_NUMBER + value.size + 1; // the end of a C string
 }
 
 /// \param place has room for the value
@@ -153,7 +148,7 @@ inline TaggedValue unpackValue(const char*& bytes) noexcept {
     case Kind::TEXT:
         return readText(bytes, size);
     case Kind::C_STRING:
-        return size == NULL_TEXT ? nullptr : readText(bytes, size).data();
+        return size == NULL_TEXT ? TaggedValue(static_cast<const char*>(nullptr)) : readCString(bytes, size);
     case Kind::SIGNED:
         return withSignFirst(readNumber(bytes, size));
     case Kind::UNSIGNED:

@@ -57,6 +57,9 @@ AppenderList::Outcome AppenderList::giveToSynchronous(ReusedMessage& message, bo
     if (hasChanged) {
         renewCopy();
     }
+    if (areAsynchronous()) {
+        return {true, nullptr};
+    }
     return give(copy_, copiedVersion_, message);
 }
 

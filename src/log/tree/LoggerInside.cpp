@@ -117,6 +117,12 @@ bool Logger::Inside::tryLock() {
 
 /// \return whether a message that reached the level when it was logged still does at this moment
 bool Logger::Inside::passes(Level::LogLevel level, Time now) {
+    const bool lastsForEver = expirationTime_.load(std::memory_order_relaxed) == 0 &&
+                              temporaryUntil_.load(std::memory_order_relaxed) == 0;
+    return lastsForEver || passesStill(level, now);
+}
+
+bool Logger::Inside::passesStill(Level::LogLevel level, Time now) {
     if (!isExpired(now) && !needsTemporaryLevel(level)) {
         return true;
     }

@@ -109,6 +109,7 @@ private:
     void lock() ZAV_LOG_ACQUIRE(criticalSection_);
     bool tryLock() ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     bool passes(Level::LogLevel level, Util::TimeUtils::Time now);
+    bool passesStill(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
     bool needsTemporaryLevel(Level::LogLevel level) const;
     void dispatchMessage(ReusedMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
