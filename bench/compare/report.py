@@ -3,7 +3,7 @@
 import statistics
 from collections import namedtuple
 
-from rows import ABSENT, BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Ours, Value, name_of, targets
+from rows import BEST_OTHER, GROUPS, LIMIT_ROWS, LIMITS, LOGGERS, OURS, Ours, Value, name_of, targets
 
 Verdict = namedtuple("Verdict", "title ratio factor against met")
 
@@ -84,7 +84,7 @@ class TextReport:
             self.add_values(logger, row.figure, ours, limit)
         for logger in self.loggers:
             if logger not in present:
-                reason = ABSENT.get((logger, row.figure.task.workload), "was not run")
+                reason = self.results.why_absent(logger, row.figure) or "was not run"
                 self.add("  %-12s %s" % (name_of(logger), reason))
         self.add()
 
@@ -159,7 +159,7 @@ class MarkdownReport:
         reasons = {}
         for row in group.rows:
             for logger in self.loggers:
-                reason = ABSENT.get((logger, row.figure.task.workload))
+                reason = self.results.why_absent(logger, row.figure)
                 if reason:
                     reasons.setdefault((logger, reason), []).append(row.label)
         for (logger, reason), labels in reasons.items():

@@ -3,7 +3,7 @@
 import csv
 import statistics
 
-from rows import LIMITS, LOGGERS, OTHERS
+from rows import ABSENT, LIMITS, LOGGERS, OTHERS
 
 
 class Results:
@@ -11,12 +11,25 @@ class Results:
 
     def __init__(self):
         self.values = {}
+        self.failed = set()
+
+    def leave_out(self, program, task):
+        """Forgets a program's figures of a task in which it has failed."""
+        self.failed.add((program, task))
+        self.values = {(name, measured): values for (name, measured), values in self.values.items()
+                       if (name, measured.task) != (program, task)}
 
     def add(self, program, measured, value):
         self.values.setdefault((program, measured), []).append(value)
 
     def of(self, program, measured):
         return self.values.get((program, measured), [])
+
+    def why_absent(self, program, measured):
+        """\\return why a program has no figure, if that is known"""
+        if (program, measured.task) in self.failed:
+            return "failed in this run, and has no figure"
+        return ABSENT.get((program, measured.task.workload))
 
     def loggers(self):
         """\\return those that were run"""
