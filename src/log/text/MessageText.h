@@ -45,7 +45,7 @@ public:
 
     /// Keeps a value, with `keepsValues`.
     /// \throw std::bad_alloc
-    void keep(const TaggedValue& value) { commit(packValue(room(packedSize(value)), value)); }
+    [[gnu::always_inline]] void keep(const TaggedValue& value) { commit(packValue(room(packedSize(value)), value)); }
 
     /// Makes the text of the values that were kept, if they were. Nothing is kept from now on.
     /// \throw std::bad_alloc
