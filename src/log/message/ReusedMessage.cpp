@@ -100,7 +100,7 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
         message.loggerName_.assign(fields.loggerName);
         loggerName = fields.loggerName;
     }
-    if (message.file_ != fields.file) {
+    if (!isAlike(message.file_, fields.file)) {
         message.file_.assign(fields.file);
     }
     message.text_.clear(); // which takes fewer steps than assigning
@@ -110,7 +110,7 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
         appendPairs(message.text_, fields.values, message.text_.empty());
         message.values_.assign(fields.values);
     }
-    if ((!fields.context.empty() || !message.context_.empty()) && message.context_ != fields.context) {
+    if (!isAlike(message.context_, fields.context)) {
         message.context_.assign(fields.context);
     }
     message.thread_ = fields.thread;

@@ -122,7 +122,8 @@ bool Logger::Inside::passes(Level::LogLevel level, Time now) {
     return lastsForEver || passesStill(level, now);
 }
 
-bool Logger::Inside::passesStill(Level::LogLevel level, Time now) {
+/// Not inline, since levels seldom expire.
+[[gnu::noinline]] bool Logger::Inside::passesStill(Level::LogLevel level, Time now) {
     if (!isExpired(now) && !needsTemporaryLevel(level)) {
         return true;
     }
