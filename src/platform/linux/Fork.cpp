@@ -1,10 +1,10 @@
 #include "platform/Fork.h"
 
 #include "NativeLock.h"
-#include "SystemClock.h"
 #include "platform/CancellationGuard.h"
 
 #include <algorithm>
+#include <chrono>
 #include <list>
 #include <unistd.h>
 
@@ -28,6 +28,12 @@ constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
 /// How long a fork waits for a lock before it goes by one whose holder changes nothing. Most writes end by
 /// then, and the child has no half line and no open file of theirs.
 constexpr std::uint64_t PATIENCE = 20'000'000;
+
+/// \return the nanoseconds of the clock that waits go by
+std::uint64_t now() {
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds(time).count());
+}
 
 timespec timeOf(std::uint64_t nanoseconds) {
     constexpr std::uint64_t SECOND = 1'000'000'000;
@@ -153,7 +159,7 @@ private:
             busy->isPassed_ = held == nullptr;
             busy = tryAllBut(held);
             if (busy != nullptr) {
-                heldUpUntil_ = nanosecondsOf(CLOCK_MONOTONIC) + wait;
+                heldUpUntil_ = now() + wait;
                 holdsUp_.store(true, std::memory_order_relaxed);
                 if (held != nullptr) {
                     held->unlock();
@@ -187,10 +193,10 @@ private:
     void waitWhileHeldUp() {
         const std::uint64_t until = heldUpUntil_;
         const timespec end = timeOf(until);
-        while (holdsUp_.load(std::memory_order_relaxed) && nanosecondsOf(CLOCK_MONOTONIC) < until) {
+        while (holdsUp_.load(std::memory_order_relaxed) && now() < until) {
             pthread_cond_timedwait(&forkGoesOn_, &mutex_, &end);
         }
-        if (nanosecondsOf(CLOCK_MONOTONIC) >= heldUpUntil_) {
+        if (now() >= heldUpUntil_) {
             holdsUp_.store(false, std::memory_order_relaxed);
         }
     }
@@ -310,7 +316,7 @@ void NativeLock::awaitPassingFork() {
 /// \return whether the caller holds it now
 bool NativeLock::lockOrPass() {
     do {
-        const timespec end = timeOf(nanosecondsOf(CLOCK_MONOTONIC) + PATIENCE);
+        const timespec end = timeOf(now() + PATIENCE);
         if (pthread_mutex_clocklock(&mutex_, CLOCK_MONOTONIC, &end) == 0) {
             holder_.store(pthread_self(), std::memory_order_relaxed);
             ++count_;
