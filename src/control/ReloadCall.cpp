@@ -1,7 +1,7 @@
 #include "control/ReloadCall.h"
 
 #include "control/RequestHandler.h"
-#include "platform/ProcessLifetime.h"
+#include "platform/Process.h"
 #include "platform/SignalGuard.h"
 
 #include <thread>

@@ -11,7 +11,6 @@
 #include "platform/Files.h"
 #include "platform/OutputFile.h"
 #include "platform/Process.h"
-#include "platform/ProcessLifetime.h"
 #include "zav-util/StandardError.h"
 #include "zav-util/SystemInformation.h"
 

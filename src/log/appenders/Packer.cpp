@@ -6,8 +6,7 @@
 #include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/Fork.h"
-#include "platform/ProcessLifetime.h"
+#include "platform/Process.h"
 #include "platform/SignalGuard.h"
 #include "platform/ThreadPriority.h"
 

@@ -3,7 +3,7 @@
 #include "log/CommandListener.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CancellationGuard.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 #include <iterator>

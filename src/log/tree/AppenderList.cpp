@@ -4,7 +4,7 @@
 #include "log/Appender.h"
 #include "log/message/ReusedMessage.h"
 #include "log/tree/SubtreeCapture.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 

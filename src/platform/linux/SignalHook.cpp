@@ -1,7 +1,6 @@
 #include "platform/SignalHook.h"
 
-#include "platform/Fork.h"
-#include "platform/ProcessLifetime.h"
+#include "platform/Process.h"
 #include "platform/SignalGuard.h"
 
 #include <atomic>

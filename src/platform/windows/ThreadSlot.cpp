@@ -1,6 +1,6 @@
 #include "platform/ThreadSlot.h"
 
-#include "platform/ProcessLifetime.h"
+#include "platform/Process.h"
 
 #include <windows.h>
 
