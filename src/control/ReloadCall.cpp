@@ -2,7 +2,7 @@
 
 #include "control/RequestHandler.h"
 #include "platform/Process.h"
-#include "platform/SignalGuard.h"
+#include "platform/Threads.h"
 
 #include <thread>
 

@@ -1,6 +1,6 @@
 #include "platform/Directory.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <dirent.h>
 #include <memory>

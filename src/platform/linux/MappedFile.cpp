@@ -1,6 +1,6 @@
 #include "platform/MappedFile.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 

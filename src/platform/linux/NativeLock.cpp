@@ -1,6 +1,6 @@
 #include "NativeLock.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "platform/OutputFile.h"
 
-#include "platform/CancellationGuard.h"
 #include "platform/CriticalSection.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Writing.h"
 

@@ -1,6 +1,6 @@
 #include "platform/SequentialFile.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <csignal>
 #include <cstddef>

@@ -1,7 +1,6 @@
-#include "platform/SignalHook.h"
+#include "platform/Threads.h"
 
 #include "platform/Process.h"
-#include "platform/SignalGuard.h"
 
 #include <atomic>
 #include <cerrno>
