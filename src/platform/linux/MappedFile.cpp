@@ -2,7 +2,6 @@
 
 #include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/Writing.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "platform/StandardStreams.h"
 
-#include "platform/linux/Writing.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <cstdio>
 #include <ext/stdio_filebuf.h>

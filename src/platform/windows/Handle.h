@@ -1,5 +1,7 @@
 #pragma once
 
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <windows.h>
 
@@ -30,6 +32,39 @@ public:
 
 private:
     HANDLE value_ = nullptr;
+};
+
+/// \return the system's text for the error of the last call
+inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
+    char text[512];
+    DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+                                  0, text, sizeof text, nullptr);
+    const std::string endOfText = "\r\n. ";
+    while (length > 0 && endOfText.find(text[length - 1]) != std::string::npos) {
+        --length;
+    }
+    return std::runtime_error(length == 0 ? "Error " + std::to_string(error) : std::string(text, length));
+}
+
+/// \return a security identifier in its text form
+std::string identifierText(PSID identifier);
+
+/// \return the security identifier of this process's user, in its text form
+std::string userIdentifier();
+
+/// The right to use an object, for the user of this process and nobody else.
+class UserOnly {
+public:
+    /// \throw std::runtime_error if the system does not say who the user is
+    UserOnly();
+    ~UserOnly();
+    UserOnly(const UserOnly&) = delete;
+    UserOnly& operator=(const UserOnly&) = delete;
+
+    SECURITY_ATTRIBUTES* get() noexcept { return &attributes_; }
+
+private:
+    SECURITY_ATTRIBUTES attributes_ = {};
 };
 
 } // namespace Platform

@@ -2,8 +2,6 @@
 
 #include "platform/windows/Handle.h"
 #include "platform/windows/PipeName.h"
-#include "platform/windows/SystemFailure.h"
-#include "platform/windows/UserOnly.h"
 
 #include <aclapi.h>
 #include <algorithm>

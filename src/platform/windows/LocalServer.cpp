@@ -1,9 +1,8 @@
 #include "platform/LocalServer.h"
 
+#include "platform/windows/Handle.h"
 #include "platform/windows/PipeInstance.h"
 #include "platform/windows/PipeName.h"
-#include "platform/windows/SystemFailure.h"
-#include "platform/windows/UserOnly.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "platform/windows/PipeInstance.h"
 
-#include "platform/windows/SystemFailure.h"
+#include "platform/windows/Handle.h"
 
 #include <algorithm>
 
