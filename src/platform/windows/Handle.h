@@ -46,6 +46,18 @@ inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
     return std::runtime_error(length == 0 ? "Error " + std::to_string(error) : std::string(text, length));
 }
 
+/// \return the name under which the system knows the pipe of an address
+/// \throw std::runtime_error if no pipe can have that name
+inline std::string pipeName(const std::string& address) {
+    const std::string name = "\\\\.\\pipe\\" + address;
+    const std::string forbidden("\\\0", 2);
+    const std::size_t longest = 256;
+    if (address.empty() || name.size() > longest || address.find_first_of(forbidden) != std::string::npos) {
+        throw std::runtime_error("The name of a pipe has 1 to 247 characters, none of them a backslash");
+    }
+    return name;
+}
+
 /// \return a security identifier in its text form
 std::string identifierText(PSID identifier);
 

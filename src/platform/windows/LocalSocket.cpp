@@ -1,7 +1,6 @@
-#include "platform/LocalClient.h"
+#include "platform/LocalSocket.h"
 
 #include "platform/windows/Handle.h"
-#include "platform/windows/PipeName.h"
 
 #include <aclapi.h>
 #include <algorithm>
