@@ -1,8 +1,8 @@
 #include "platform/OpenFiles.h"
 
+#include "platform/Terminal.h"
 #include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/StopDescriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -42,7 +42,7 @@ std::string whyNoFile(const struct stat& status) {
 /// others have it open too.
 bool wouldWait(int number) {
     pollfd input = {number, POLLIN, 0};
-    return stopDescriptor() >= 0 && poll(&input, 1, 0) == 0;
+    return catchesStopSignals() && poll(&input, 1, 0) == 0;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "platform/OpenFiles.h"
 
+#include "platform/Terminal.h"
 #include "platform/windows/Handle.h"
-#include "platform/windows/StopEvent.h"
 
 #include <algorithm>
 #include <system_error>
