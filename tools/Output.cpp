@@ -2,7 +2,6 @@
 
 #include "Failure.h"
 #include "OutputClosed.h"
-#include "platform/StandardOutput.h"
 #include "platform/Terminal.h"
 #include "terminal/Paint.h"
 

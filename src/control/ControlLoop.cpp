@@ -5,7 +5,6 @@
 #include "log/LogManager.h"
 #include "log/LogStatistics.h"
 #include "platform/Process.h"
-#include "platform/ProcessLifetime.h"
 #include "zav-util/TimeUtils.h"
 
 #include <algorithm>

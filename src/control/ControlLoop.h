@@ -1,7 +1,7 @@
 #pragma once
 
 #include "control/ClientSession.h"
-#include "platform/LocalServer.h"
+#include "platform/LocalSocket.h"
 
 #include <atomic>
 #include <memory>

@@ -2,8 +2,7 @@
 
 #include "control/ControlLoop.h"
 #include "log/LogException.h"
-#include "platform/CancellationGuard.h"
-#include "platform/SignalGuard.h"
+#include "platform/Threads.h"
 
 #include <exception>
 #include <thread>

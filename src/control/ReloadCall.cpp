@@ -1,8 +1,8 @@
 #include "control/ReloadCall.h"
 
 #include "control/RequestHandler.h"
-#include "platform/ProcessLifetime.h"
-#include "platform/SignalGuard.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <thread>
 

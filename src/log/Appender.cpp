@@ -1,6 +1,5 @@
 #include "log/Appender.h"
 
-#include "ForcedUnwind.h"
 #include "log/AppenderOptions.h"
 #include "log/LogException.h"
 #include "log/LogMessage.h"
@@ -8,6 +7,7 @@
 #include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/ThreadRecord.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <exception>

@@ -13,9 +13,9 @@
 #include "log/reentrancy/ThreadRecord.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/SubtreeLevel.h"
-#include "platform/CancellationGuard.h"
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
+#include "platform/Threads.h"
 #include "zav-util/Properties.h"
 
 #include <utility>

@@ -2,7 +2,7 @@
 
 #include "log/LogManager.h"
 #include "log/commands/FailureNotice.h"
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 #include "zav-util/StandardError.h"
 
 #include <exception>

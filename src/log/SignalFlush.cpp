@@ -2,7 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/LogManager.h"
-#include "platform/SignalHook.h"
+#include "platform/Threads.h"
 #include "zav-util/TimeUtils.h"
 
 #include <algorithm>

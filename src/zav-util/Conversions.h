@@ -1,9 +1,15 @@
 #pragma once
 
-#include "platform/PrintfLike.h"
-
 #include <cstdint>
 #include <string>
+
+/// Has the compiler check a function's arguments against its pattern, as it does for `printf`; the two
+/// numbers are the places of the pattern and of the first argument to it.
+#if defined(__GNUC__)
+#define ZAV_LOG_PRINTF_LIKE(pattern, first) __attribute__((format(printf, pattern, first)))
+#else
+#define ZAV_LOG_PRINTF_LIKE(pattern, first)
+#endif
 
 namespace ZAV {
 namespace Util {

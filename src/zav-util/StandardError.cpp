@@ -1,6 +1,6 @@
 #include "zav-util/StandardError.h"
 
-#include "platform/StandardStreams.h"
+#include "platform/Terminal.h"
 
 #include <iostream>
 #include <string>

@@ -1,6 +1,5 @@
 #include "zav-util/SystemInformation.h"
 
-#include "platform/HostName.h"
 #include "platform/Process.h"
 #include "zav-util/FileUtils.h"
 

@@ -1,7 +1,6 @@
 #include "zav-util/TimeText.h"
 
-#include "platform/CivilTime.h"
-#include "platform/LocalTime.h"
+#include "platform/Clock.h"
 
 #include <cstring>
 

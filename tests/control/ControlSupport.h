@@ -5,7 +5,7 @@
 
 #include "control/ControlLoop.h"
 #include "log/LogManager.h"
-#include "platform/LocalClient.h"
+#include "platform/LocalSocket.h"
 
 #include <gmock/gmock.h>
 #include <thread>

@@ -1,7 +1,7 @@
 #include "TestSupport.h"
 #include "UsageError.h"
 #include "filters/TimeBound.h"
-#include "platform/ZoneOffset.h"
+#include "platform/Clock.h"
 #include "records/CivilTime.h"
 #include "records/JsonLine.h"
 #include "records/LineParser.h"

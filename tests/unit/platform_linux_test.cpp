@@ -7,11 +7,9 @@
 #include "log/appenders/FileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "platform/CriticalSection.h"
-#include "platform/Directory.h"
 #include "platform/Files.h"
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 #include "platform/Process.h"
-#include "platform/ProcessLifetime.h"
 #include "zav-util/StandardError.h"
 #include "zav-util/SystemInformation.h"
 

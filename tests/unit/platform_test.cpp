@@ -1,6 +1,5 @@
 #include "TestSupport.h"
 
-#include "platform/Directory.h"
 #include "platform/Files.h"
 
 using namespace ZAV;

@@ -6,7 +6,7 @@
 #include "log/appenders/FileAppender.h"
 #include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 
 #include <algorithm>
 #include <memory>

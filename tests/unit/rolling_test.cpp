@@ -9,7 +9,7 @@
 #include "log/appenders/AppenderFactory.h"
 #include "log/appenders/GzipFile.h"
 #include "log/appenders/RollingFileAppender.h"
-#include "platform/SequentialFile.h"
+#include "platform/OpenFiles.h"
 
 #include <atomic>
 #include <gtest/gtest.h>

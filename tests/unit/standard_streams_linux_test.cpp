@@ -3,7 +3,7 @@
 #include "TestSupport.h"
 
 #include "log/appenders/StdoutAppender.h"
-#include "platform/StandardStreams.h"
+#include "platform/Terminal.h"
 
 #include <algorithm>
 #include <cerrno>

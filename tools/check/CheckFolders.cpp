@@ -1,7 +1,7 @@
 #include "check/Checks.h"
 #include "config/AppenderPlace.h"
 #include "log/config/KeyNames.h"
-#include "platform/DirectoryAccess.h"
+#include "platform/Files.h"
 
 #include <filesystem>
 #include <system_error>

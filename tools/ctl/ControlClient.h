@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LocalClient.h"
+#include "platform/LocalSocket.h"
 
 #include <chrono>
 #include <string>

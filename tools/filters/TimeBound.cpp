@@ -1,7 +1,7 @@
 #include "filters/TimeBound.h"
 
 #include "UsageError.h"
-#include "platform/ZoneOffset.h"
+#include "platform/Clock.h"
 #include "records/CivilTime.h"
 
 #include <algorithm>

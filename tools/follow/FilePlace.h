@@ -1,7 +1,7 @@
 #pragma once
 
 #include "inputs/LogContent.h"
-#include "platform/InputFile.h"
+#include "platform/OpenFiles.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "follow/Follower.h"
 
 #include "Complaint.h"
-#include "platform/StopSignal.h"
+#include "platform/Terminal.h"
 #include "records/Merger.h"
 
 #include <algorithm>

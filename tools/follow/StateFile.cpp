@@ -1,8 +1,8 @@
 #include "follow/StateFile.h"
 
 #include "Failure.h"
-#include "platform/InputFile.h"
-#include "platform/ReplacedFile.h"
+#include "platform/Files.h"
+#include "platform/OpenFiles.h"
 #include "zav-util/Utf8.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "follow/FilePlace.h"
-#include "platform/FileLock.h"
+#include "platform/Files.h"
 
 #include <map>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "follow/Tail.h"
 
-#include "platform/StopSignal.h"
+#include "platform/Terminal.h"
 #include "records/RecordReader.h"
 #include "records/RecordStream.h"
 

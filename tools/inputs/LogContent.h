@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/InputFile.h"
+#include "platform/OpenFiles.h"
 
 #include <cstddef>
 #include <cstdint>

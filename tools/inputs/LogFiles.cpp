@@ -2,7 +2,7 @@
 
 #include "inputs/PackedFile.h"
 #include "log/appenders/RolledFiles.h"
-#include "platform/DirectoryAccess.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <filesystem>

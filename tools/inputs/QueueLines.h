@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/queuefile/StoredQueue.h"
-#include "platform/InputFile.h"
+#include "platform/OpenFiles.h"
 
 #include <optional>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "UsageError.h"
 #include "options/RecordCount.h"
-#include "platform/ZoneOffset.h"
+#include "platform/Clock.h"
 #include "printers/CountPrinter.h"
 #include "printers/JsonPrinter.h"
 #include "printers/LinePrinter.h"

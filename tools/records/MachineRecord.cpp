@@ -1,7 +1,7 @@
 #include "records/MachineRecord.h"
 
 #include "log/text/PackedPairs.h"
-#include "platform/ZoneOffset.h"
+#include "platform/Clock.h"
 #include "records/CivilTime.h"
 #include "records/IsoTime.h"
 #include "records/LineParser.h"

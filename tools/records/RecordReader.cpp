@@ -1,6 +1,6 @@
 #include "records/RecordReader.h"
 
-#include "platform/StopSignal.h"
+#include "platform/Terminal.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "records/ZonedClock.h"
 
-#include "platform/ZoneOffset.h"
+#include "platform/Clock.h"
 #include "records/CivilTime.h"
 
 #include <cstdio>

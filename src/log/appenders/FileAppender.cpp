@@ -1,7 +1,6 @@
 #include "log/appenders/FileAppender.h"
 
 #include "log/LogException.h"
-#include "platform/Directory.h"
 #include "platform/Files.h"
 #include "zav-util/Conversions.h"
 

@@ -2,8 +2,7 @@
 
 #include "log/appenders/RolledFiles.h"
 #include "platform/Files.h"
-#include "platform/OutputFile.h"
-#include "platform/SequentialFile.h"
+#include "platform/OpenFiles.h"
 
 #include <array>
 #include <cstddef>

@@ -3,7 +3,7 @@
 #include "log/appenders/SeriesOwner.h"
 #include "log/async/BatchAppender.h"
 #include "log/config/AppenderValues.h"
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>

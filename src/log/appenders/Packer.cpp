@@ -1,15 +1,12 @@
 #include "log/appenders/Packer.h"
 
-#include "ForcedUnwind.h"
 #include "log/Appender.h"
 #include "log/appenders/GzipFile.h"
 #include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/Fork.h"
-#include "platform/ProcessLifetime.h"
-#include "platform/SignalGuard.h"
-#include "platform/ThreadPriority.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <chrono>

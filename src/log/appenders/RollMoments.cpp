@@ -1,7 +1,6 @@
 #include "log/appenders/RollMoments.h"
 
-#include "platform/CivilTime.h"
-#include "platform/LocalTime.h"
+#include "platform/Clock.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,6 @@
 #include "log/appenders/RolledFiles.h"
 
-#include "platform/CivilTime.h"
-#include "platform/Directory.h"
+#include "platform/Clock.h"
 #include "platform/Files.h"
 #include "zav-util/Conversions.h"
 

@@ -4,7 +4,7 @@
 #include "log/appenders/GzipFile.h"
 #include "log/appenders/Packer.h"
 #include "platform/Files.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <exception>
 #include <optional>

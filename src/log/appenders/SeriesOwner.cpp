@@ -1,8 +1,6 @@
 #include "log/appenders/SeriesOwner.h"
 
 #include "platform/CriticalSection.h"
-#include "platform/Fork.h"
-#include "platform/ForkedMemory.h"
 #include "platform/Process.h"
 
 #include <array>

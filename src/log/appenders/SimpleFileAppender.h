@@ -2,7 +2,7 @@
 
 #include "log/async/BatchAppender.h"
 #include "log/config/AppenderValues.h"
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 #include "zav-util/FileUtils.h"
 
 #include <memory>

@@ -3,7 +3,7 @@
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "platform/StandardStreams.h"
+#include "platform/Terminal.h"
 
 namespace ZAV {
 namespace Log {

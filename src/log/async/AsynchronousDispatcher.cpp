@@ -2,11 +2,8 @@
 
 #include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/CancellationGuard.h"
-#include "platform/Fork.h"
-#include "platform/ProcessLifetime.h"
-#include "platform/SignalGuard.h"
-#include "platform/ThreadPriority.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 #include "zav-util/StandardError.h"
 
 #include <algorithm>

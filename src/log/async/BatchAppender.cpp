@@ -3,7 +3,7 @@
 #include "log/LogException.h"
 #include "log/commands/FailureNotice.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 #include <utility>

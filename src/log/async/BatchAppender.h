@@ -2,7 +2,7 @@
 
 #include "log/Appender.h"
 #include "platform/CriticalSection.h"
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 
 #include <atomic>
 #include <cstddef>

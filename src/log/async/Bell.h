@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Threading.h" // the one that the library is built with
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <chrono>

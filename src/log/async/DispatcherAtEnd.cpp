@@ -5,7 +5,7 @@
 #include "log/commands/CommandBus.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <thread>
 

@@ -3,7 +3,7 @@
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "platform/Files.h"
-#include "platform/ThreadPriority.h"
+#include "platform/Threads.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/Properties.h"
 #include "zav-util/StandardError.h"

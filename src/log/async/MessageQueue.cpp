@@ -2,7 +2,7 @@
 
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "platform/ProcessLifetime.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "log/async/DiscardedLines.h"
 #include "log/layout/ShownMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>

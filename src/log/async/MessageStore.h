@@ -4,7 +4,7 @@
 #include "log/async/MessageBatch.h"
 #include "log/queuefile/QueueFile.h"
 #include "platform/CriticalSection.h"
-#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
 #include <atomic>
 #include <cstdint>

@@ -2,8 +2,8 @@
 
 #include "log/CommandListener.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/CancellationGuard.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <iterator>

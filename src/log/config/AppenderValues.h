@@ -3,7 +3,7 @@
 #include "log/Level.h"
 #include "log/MessageType.h"
 #include "log/layout/LineLayout.h"
-#include "platform/FileRules.h"
+#include "platform/OpenFiles.h"
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "log/layout/ProcessDescription.h"
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 #include "zav-util/SystemInformation.h"
 
 #include <cstddef>

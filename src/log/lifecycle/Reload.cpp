@@ -5,7 +5,7 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/async/BatchAppender.h"
 #include "log/tree/DispatchGate.h"
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #include "log/message/ReusedMessage.h"
 
 #include "log/text/PackedPairs.h"
-#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
 #include <cstddef>
 #include <string>

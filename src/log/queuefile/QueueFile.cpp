@@ -5,7 +5,7 @@
 #include "log/layout/ProcessDescription.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 #include <chrono>

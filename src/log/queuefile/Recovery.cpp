@@ -8,7 +8,7 @@
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/ThreadRecord.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
 #include "zav-util/StandardError.h"
 
 #include <algorithm>

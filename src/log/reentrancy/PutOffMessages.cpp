@@ -3,7 +3,7 @@
 #include "log/layout/ShownMessage.h"
 #include "log/message/FailureCount.h"
 #include "log/message/MessageFields.h"
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>

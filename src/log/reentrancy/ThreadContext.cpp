@@ -2,7 +2,7 @@
 
 #include "log/reentrancy/ThreadRecord.h"
 #include "log/text/PackedPairs.h"
-#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
 #include <cstring>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "log/reentrancy/ThreadRecord.h"
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 namespace ZAV {

@@ -2,7 +2,7 @@
 
 #include "log/text/SpareStreams.h"
 #include "log/text/StreamedText.h"
-#include "platform/ThreadSlot.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <locale>

@@ -1,6 +1,6 @@
 #include "log/text/SpareStreams.h"
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <cstddef>
 #include <utility>

@@ -1,10 +1,10 @@
 #include "log/tree/AppenderList.h"
 
-#include "ForcedUnwind.h"
 #include "log/Appender.h"
 #include "log/message/ReusedMessage.h"
 #include "log/tree/SubtreeCapture.h"
-#include "platform/Fork.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "log/tree/DispatchGate.h"
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 namespace ZAV {
 namespace Log {

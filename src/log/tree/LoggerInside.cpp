@@ -9,7 +9,6 @@
 #include "log/reentrancy/ThreadContext.h"
 #include "log/tree/DispatchGate.h"
 #include "log/tree/SubtreeCapture.h"
-#include "platform/CancellationGuard.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

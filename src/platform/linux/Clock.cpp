@@ -1,12 +1,107 @@
 #include "platform/Clock.h"
 
-#include "CycleCounter.h"
-#include "SystemClock.h"
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <unistd.h>
+
+#if defined(__x86_64__)
+#include <x86intrin.h>
+#endif
 
 namespace ZAV {
 namespace Platform {
 
 namespace {
+
+/// \return what one of the system's clocks shows
+std::uint64_t nanosecondsOf(clockid_t clock) {
+    constexpr std::uint64_t NANOSECONDS = 1'000'000'000;
+    timespec time = {};
+    clock_gettime(clock, &time);
+    return static_cast<std::uint64_t>(time.tv_sec) * NANOSECONDS + static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+#if defined(__x86_64__)
+constexpr bool HAS_COUNTER = true;
+#else
+constexpr bool HAS_COUNTER = false;
+#endif
+
+/// The system takes the time from the counter itself only as long as it finds it steady.
+bool isClockOfSystem() {
+    constexpr char COUNTER[] = "tsc\n";
+    char source[sizeof COUNTER] = "";
+    const int descriptor =
+        ::open("/sys/devices/system/clocksource/clocksource0/current_clocksource", O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const ssize_t length = ::read(descriptor, source, sizeof source);
+    ::close(descriptor);
+    return length == sizeof COUNTER - 1 && std::memcmp(source, COUNTER, sizeof COUNTER - 1) == 0;
+}
+
+/// The processor's counter of cycles, which is read several times as fast as the system's clock.
+namespace CycleCounter {
+
+constexpr std::uint64_t SHORTEST_MEASUREMENT = 4000; // microseconds
+
+/// Ticks in a microsecond that no processor comes near. A counter that began anew, as when a machine was
+/// suspended, seems to have run far faster.
+constexpr std::uint64_t HIGHEST_SPEED = 10'000;
+
+/// \return the counter's present value; 0 where there is none
+std::uint64_t read() {
+#if defined(__x86_64__)
+    return __rdtsc();
+#else
+    return 0;
+#endif
+}
+
+/// What the speed is measured from. All 0 before the library is loaded.
+const struct Beginning {
+    bool isSteady = HAS_COUNTER && isClockOfSystem();
+    std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
+    std::uint64_t ticks = isSteady ? read() : 0;
+} beginning;
+
+std::atomic<std::uint64_t> knownSpeed{0};
+std::atomic<std::uint64_t> measuredTicks{0}; ///< over which that was measured
+
+/// The counter is read last at the beginning and before this, so that a thread which loses the processor in
+/// between makes the speed too low, and never too high.
+void measureSpeed(std::uint64_t ticks) {
+    const std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000 - beginning.microseconds;
+    const std::uint64_t speed = ticks / (microseconds + 1);
+    if (microseconds >= SHORTEST_MEASUREMENT && speed <= HIGHEST_SPEED) {
+        knownSpeed.store(speed, std::memory_order_relaxed);
+        measuredTicks.store(ticks, std::memory_order_relaxed);
+    }
+}
+
+/// \return whether the counter runs at one speed on all processors at all times, as the system itself had found
+///         when the library was loaded; false also where there is none
+bool isSteady() {
+    return beginning.isSteady;
+}
+
+/// \return how far it counts in a microsecond, rather too little than too much; 0 for the first milliseconds
+///         after the library was loaded. It is measured again whenever the counter has gone twice as far, and
+///         so becomes exact where it was not.
+std::uint64_t ticksPerMicrosecond() {
+    const std::uint64_t ticks = read() - beginning.ticks;
+    if (ticks / 2 >= measuredTicks.load(std::memory_order_relaxed)) {
+        measureSpeed(ticks);
+    }
+    return knownSpeed.load(std::memory_order_relaxed);
+}
+
+} // namespace CycleCounter
 
 constexpr std::uint64_t MILLISECOND = 1'000'000; // in nanoseconds
 

@@ -1,11 +1,11 @@
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include "NativeLock.h"
-#include "SystemClock.h"
-#include "platform/CancellationGuard.h"
 
-#include <algorithm>
+#include <atomic>
 #include <list>
+#include <new>
+#include <sys/mman.h>
 #include <unistd.h>
 
 /// What `pthread_atfork` calls, with the library that registers. When the process ends, the C library takes
@@ -22,323 +22,60 @@ namespace {
 std::atomic<unsigned> generation{0};
 std::atomic<int> rememberedId{0}; // until the library is loaded
 
-constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
-constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
+void (*takeLocks)() = nullptr;
+void (*renewLocks)() = nullptr;
 
-/// How long a fork waits for a lock before it goes by one whose holder changes nothing. Most writes end by
-/// then, and the child has no half line and no open file of theirs.
-constexpr std::uint64_t PATIENCE = 20'000'000;
-
-timespec timeOf(std::uint64_t nanoseconds) {
-    constexpr std::uint64_t SECOND = 1'000'000'000;
-    return {static_cast<time_t>(nanoseconds / SECOND), static_cast<long>(nanoseconds % SECOND)};
-}
-
-} // namespace
-
-/// All locks of the library, which a fork has to deal with.
-///
-/// A lock may be busy for as long as a file is slow. So a fork takes all of them or none: it tries, and if
-/// one is busy it gives all back, waits for that one with nothing in its hands, and tries the others again.
-/// No order of the locks has to be kept.
-///
-/// Among threads that log without a pause it would hardly ever find all of them free. So a lock that a fork
-/// waits for is the fork's next, and a fork that has failed twice holds up the threads that hold none of the
-/// locks, while the others go on until they hold none. That ends by itself after a moment, since the fork may
-/// still have to wait for a slow file; each further failure makes the moment longer, up to a bound.
-///
-/// A write may never end, as to a pipe that nobody reads. Its thread says that it changes nothing meanwhile,
-/// so a fork that has waited for a while goes by; should the write end now, its thread waits for the fork.
-class ForkLocks {
-public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static ForkLocks& instance() {
-        static ForkLocks& locks = *new ForkLocks;
-        return locks;
-    }
-
-    void add(NativeLock& lock) {
-        pthread_mutex_lock(&mutex_);
-        lock.next_ = first_;
-        if (first_ != nullptr) {
-            first_->previous_ = &lock;
-        }
-        first_ = &lock;
-        pthread_mutex_unlock(&mutex_);
-    }
-
-    /// Waits for a fork, or an `awaitHolder`, that waits for the lock. Nobody holds it any more, so that is
-    /// not for long.
-    void remove(NativeLock& lock) {
-        const NoCancellation noCancellation;
-        pthread_mutex_lock(&mutex_);
-        waitForThoseOf(lock);
-        (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
-        if (lock.next_ != nullptr) {
-            lock.next_->previous_ = lock.previous_;
-        }
-        pthread_mutex_unlock(&mutex_);
-    }
-
-    void awaitHolder(NativeLock& lock) {
-        const NoCancellation noCancellation;
-        pthread_mutex_lock(&mutex_);
-        ++NativeLock::delayed_;
-        waitFor(lock, false);
-        --NativeLock::delayed_;
-        pthread_mutex_unlock(&mutex_);
-        lock.unlock();
-    }
-
-    /// The mutex is a fork's own until the fork is over.
-    void awaitPassingFork() {
-        const NoCancellation noCancellation;
-        pthread_mutex_lock(&mutex_);
-        pthread_mutex_unlock(&mutex_);
-    }
-
-    void add(void (*before)(), void (*inChild)()) { handlers_.push_back({before, inChild}); }
-
-    /// What a thread does before it takes a lock while a fork, or an `awaitHolder`, is delayed. A lock that
-    /// it waits for is busy, so nobody waits longer for that because it is the next.
-    void letDelayedFirst(const NativeLock& lock) {
-        const bool isHeldUp = holdsUp_.load(std::memory_order_relaxed) && lock.rule_ == AWAITED_BY_FORK;
-        if (lock.waiting_.load(std::memory_order_relaxed) == 0 && !isHeldUp) {
-            return;
-        }
-        const NoCancellation noCancellation;
-        pthread_mutex_lock(&mutex_);
-        waitForThoseOf(lock);
-        if (isHeldUp && holdsUp_.load(std::memory_order_relaxed) && !isAnyHeldBy(pthread_self())) {
-            waitWhileHeldUp();
-        }
-        pthread_mutex_unlock(&mutex_);
-    }
-
-private:
-    struct Handlers {
-        void (*before)();
-        void (*inChild)();
-    };
-
-    ForkLocks() {
-        initCondition();
-        rememberedId.store(getpid(), std::memory_order_relaxed);
-        registerAtFork([] { instance().takeAll(); }, [] { instance().releaseInParent(); },
-                       [] { instance().renewInChild(); }, nullptr);
-    }
-
-    void takeAll() {
-        for (const Handlers& handlers : handlers_) {
-            if (handlers.before != nullptr) {
-                handlers.before();
-            }
-        }
-        pthread_mutex_lock(&mutex_);
-        NativeLock* busy = tryAllBut(nullptr);
-        if (busy != nullptr) {
-            ++NativeLock::delayed_;
-            waitForAll(*busy);
-            --NativeLock::delayed_;
-            holdsUp_.store(false, std::memory_order_relaxed);
-            pthread_cond_broadcast(&forkGoesOn_);
-        }
-    }
-
-    void waitForAll(NativeLock& firstBusy) {
-        NativeLock* busy = &firstBusy;
-        for (std::uint64_t wait = SHORTEST_HOLD_UP; busy != nullptr;
-             wait = std::min(2 * wait, LONGEST_HOLD_UP)) {
-            NativeLock* const held = waitFor(*busy, true) ? busy : nullptr;
-            busy->isPassed_ = held == nullptr;
-            busy = tryAllBut(held);
-            if (busy != nullptr) {
-                heldUpUntil_ = nanosecondsOf(CLOCK_MONOTONIC) + wait;
-                holdsUp_.store(true, std::memory_order_relaxed);
-                if (held != nullptr) {
-                    held->unlock();
-                }
-            }
-        }
-    }
-
-    /// Locks are made and destroyed meanwhile, but not this one.
-    /// It does not let others first: two forks that did would wait for ever.
-    /// \param mayPass whether to give up if the holder changes nothing
-    /// \return whether the lock is held now
-    bool waitFor(NativeLock& lock, bool mayPass) {
-        ++lock.waiting_;
-        pthread_mutex_unlock(&mutex_);
-        const bool isTaken = mayPass ? lock.lockOrPass() : lock.lockAtOnce();
-        pthread_mutex_lock(&mutex_);
-        --lock.waiting_;
-        pthread_cond_broadcast(&forkGoesOn_);
-        return isTaken;
-    }
-
-    void waitForThoseOf(const NativeLock& lock) {
-        while (lock.waiting_.load(std::memory_order_relaxed) > 0) {
-            pthread_cond_wait(&forkGoesOn_, &mutex_);
-        }
-    }
-
-    /// Waits until the hold-up that is now is over, not for the next one. Who sees the end of the latest ends
-    /// it for all.
-    void waitWhileHeldUp() {
-        const std::uint64_t until = heldUpUntil_;
-        const timespec end = timeOf(until);
-        while (holdsUp_.load(std::memory_order_relaxed) && nanosecondsOf(CLOCK_MONOTONIC) < until) {
-            pthread_cond_timedwait(&forkGoesOn_, &mutex_, &end);
-        }
-        if (nanosecondsOf(CLOCK_MONOTONIC) >= heldUpUntil_) {
-            holdsUp_.store(false, std::memory_order_relaxed);
-        }
-    }
-
-    bool isAnyHeldBy(pthread_t thread) const {
-        for (const NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock->isHeldBy(thread)) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    void initCondition() {
-        pthread_condattr_t attributes;
-        pthread_condattr_init(&attributes);
-        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        pthread_cond_init(&forkGoesOn_, &attributes);
-        pthread_condattr_destroy(&attributes);
-    }
-
-    /// Takes all but the one that is held already, and those that it goes by, or none.
-    /// \return one that another thread has, if there is one
-    NativeLock* tryAllBut(const NativeLock* held) {
-        for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock != held && !goesBy(*lock) && !lock->tryLock()) {
-                release(lock, held);
-                return lock;
-            }
-        }
-        return nullptr;
-    }
-
-    static bool goesBy(const NativeLock& lock) {
-        if (!lock.isPassed_) {
-            return false;
-        }
-        NativeLock::isAnyPassed_ = true; // before the look at the lock
-        return lock.isUnchangedByOther();
-    }
-
-    /// \param end the first one that was not taken; null if all were
-    void release(const NativeLock* end = nullptr, const NativeLock* held = nullptr) {
-        for (NativeLock* lock = first_; lock != end; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock != held && lock->isHeldBy(pthread_self())) {
-                lock->unlock();
-            }
-        }
-    }
-
-    void releaseInParent() {
-        release();
-        for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            lock->isPassed_ = false;
-        }
-        NativeLock::isAnyPassed_ = false;
-        pthread_mutex_unlock(&mutex_);
-    }
-
-    /// What the child's only thread holds, it goes on holding, since the call in which it forked will release
-    /// it.
-    void renewInChild() {
-        generation.store(forkGeneration() + 1, std::memory_order_relaxed);
-        rememberedId.store(getpid(), std::memory_order_relaxed);
-        for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            lock->waiting_ = 0;
-            if (!lock->isHeldBy(pthread_self())) {
-                lock->makeFree();
-            }
-        }
-        NativeLock::delayed_.store(0, std::memory_order_relaxed);
-        initCondition();
-        releaseInParent();
-        for (const Handlers& handlers : handlers_) {
-            handlers.inChild();
-        }
-    }
-
-    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< over the lists; held for short steps and the fork
-    pthread_cond_t forkGoesOn_;                         ///< a fork waits for one lock less, or has all
-    std::atomic<bool> holdsUp_{false}; ///< whether threads wait for a fork; written under the mutex
-    std::uint64_t heldUpUntil_ = 0;    ///< when that ends
-    NativeLock* first_ = nullptr;
-    std::list<Handlers> handlers_; ///< complete once the library is loaded
+struct Handlers {
+    void (*before)();
+    void (*inChild)();
 };
 
-namespace {
+/// Complete once the library is loaded. Never destroyed, since threads may still fork while the process ends.
+std::list<Handlers>& allHandlers() {
+    static std::list<Handlers>& handlers = *new std::list<Handlers>;
+    return handlers;
+}
+
+void prepareFork() {
+    for (const Handlers& handlers : allHandlers()) {
+        if (handlers.before != nullptr) {
+            handlers.before();
+        }
+    }
+    takeLocks();
+}
+
+void becomeChild() {
+    generation.store(forkGeneration() + 1, std::memory_order_relaxed);
+    rememberedId.store(getpid(), std::memory_order_relaxed);
+    renewLocks();
+    for (const Handlers& handlers : allHandlers()) {
+        handlers.inChild();
+    }
+}
 
 /// So that no thread makes it while another one forks.
-const ForkLocks& madeAtLoad = ForkLocks::instance();
+const std::list<Handlers>& madeAtLoad = allHandlers();
+
+void* map(std::size_t size) {
+    void* const mapped = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    return mapped;
+}
 
 } // namespace
 
-NativeLock::NativeLock(ForkRule rule) : rule_(rule) {
-    ForkLocks::instance().add(*this);
-}
-
-NativeLock::~NativeLock() {
-    ForkLocks::instance().remove(*this);
-    pthread_mutex_destroy(&mutex_);
-}
-
-std::atomic<unsigned> NativeLock::delayed_{0};
-std::atomic<bool> NativeLock::isAnyPassed_{false};
-
-void NativeLock::letDelayedFirst() {
-    if (!isHeldBy(pthread_self())) {
-        ForkLocks::instance().letDelayedFirst(*this);
-    }
-}
-
-void NativeLock::awaitPassingFork() {
-    ForkLocks::instance().awaitPassingFork();
-}
-
-/// Waits until no other thread has the lock, or for a while if its holder changes nothing.
-/// \return whether the caller holds it now
-bool NativeLock::lockOrPass() {
-    do {
-        const timespec end = timeOf(nanosecondsOf(CLOCK_MONOTONIC) + PATIENCE);
-        if (pthread_mutex_clocklock(&mutex_, CLOCK_MONOTONIC, &end) == 0) {
-            holder_.store(pthread_self(), std::memory_order_relaxed);
-            ++count_;
-            return true;
-        }
-    } while (!isUnchanged_);
-    return false;
-}
-
-void NativeLock::awaitHolder() {
-    if (tryLock()) {
-        unlock();
-    } else {
-        ForkLocks::instance().awaitHolder(*this);
-    }
-}
-
-/// A mutex without a known holder may still be locked: a thread records itself after it has locked it, and
-/// clears that before it unlocks it.
-void NativeLock::makeFree() {
-    pthread_mutex_init(&mutex_, nullptr);
-    holder_.store(NOBODY, std::memory_order_relaxed);
-    count_ = 0;
-    isUnchanged_ = false;
+void haveForksDealWithLocks(void (*take)(), void (*releaseInParent)(), void (*renewInChild)()) {
+    rememberedId.store(getpid(), std::memory_order_relaxed);
+    takeLocks = take;
+    renewLocks = renewInChild;
+    registerAtFork(prepareFork, releaseInParent, becomeChild, nullptr);
 }
 
 void atFork(void (*before)(), void (*inChild)()) {
-    ForkLocks::instance().add(before, inChild);
+    allHandlers().push_back({before, inChild});
 }
 
 unsigned forkGeneration() noexcept {
@@ -348,6 +85,12 @@ unsigned forkGeneration() noexcept {
 int rememberedProcessId() noexcept {
     const int remembered = rememberedId.load(std::memory_order_relaxed);
     return remembered != 0 ? remembered : getpid();
+}
+
+ForkedMemory::ForkedMemory(std::size_t size) : size_(size), memory_(map(size)) {}
+
+ForkedMemory::~ForkedMemory() {
+    munmap(memory_, size_);
 }
 
 } // namespace Platform

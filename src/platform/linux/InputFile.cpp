@@ -1,11 +1,13 @@
-#include "platform/InputFile.h"
+#include "platform/OpenFiles.h"
 
+#include "platform/Terminal.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/StopDescriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -40,7 +42,7 @@ std::string whyNoFile(const struct stat& status) {
 /// others have it open too.
 bool wouldWait(int number) {
     pollfd input = {number, POLLIN, 0};
-    return stopDescriptor() >= 0 && poll(&input, 1, 0) == 0;
+    return catchesStopSignals() && poll(&input, 1, 0) == 0;
 }
 
 } // namespace
@@ -151,6 +153,45 @@ FileIdentity InputFile::identity() const {
 void InputFile::close() noexcept {
     if (isOpen()) {
         ::close(descriptor(std::exchange(handle_, NONE)));
+    }
+}
+
+bool SequentialFile::open(const std::string& path, std::string& problem) {
+    const NoCancellation guard;
+    const int opened = beyondStandardStreams(
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (opened >= 0 && fstat(opened, &status) == 0 && S_ISREG(status.st_mode)) {
+        handle_ = opened;
+        return true;
+    }
+    problem = opened < 0 ? std::generic_category().message(errno) : "Not a regular file";
+    if (opened >= 0) {
+        ::close(opened);
+    }
+    return false;
+}
+
+bool SequentialFile::reserve() noexcept {
+    return flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+std::int64_t SequentialFile::read(char* buffer, std::size_t size, std::string& problem) {
+    const NoCancellation guard;
+    ssize_t count = 0;
+    do {
+        count = ::read(static_cast<int>(handle_), buffer, size);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        problem = std::generic_category().message(errno);
+    }
+    return count;
+}
+
+void SequentialFile::close() noexcept {
+    if (handle_ != NONE) {
+        const NoCancellation guard;
+        ::close(static_cast<int>(std::exchange(handle_, NONE)));
     }
 }
 

@@ -1,8 +1,7 @@
 #include "platform/MappedFile.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/Writing.h"
 
 #include <algorithm>
 #include <cerrno>

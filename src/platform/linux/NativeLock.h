@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <pthread.h>
@@ -65,7 +65,15 @@ private:
     static constexpr pthread_t NOBODY = 0;
 
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
-    void makeFree();
+
+    /// A mutex without a known holder may still be locked: a thread records itself after it has locked it,
+    /// and clears that before it unlocks it.
+    void makeFree() {
+        pthread_mutex_init(&mutex_, nullptr);
+        holder_.store(NOBODY, std::memory_order_relaxed);
+        count_ = 0;
+        isUnchanged_ = false;
+    }
     void letDelayedFirst();
     static void awaitPassingFork();
 
@@ -100,6 +108,10 @@ private:
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };
+
+/// Has every fork deal with all locks, after what `atFork` was given for before it and before what that was
+/// given for the child.
+void haveForksDealWithLocks(void (*take)(), void (*releaseInParent)(), void (*renewInChild)());
 
 } // namespace Platform
 } // namespace ZAV

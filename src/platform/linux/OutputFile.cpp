@@ -1,9 +1,8 @@
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 
-#include "platform/CancellationGuard.h"
 #include "platform/CriticalSection.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/Writing.h"
 
 #include <cerrno>
 #include <climits>

@@ -1,13 +1,19 @@
 #include "platform/Process.h"
 
-#include "platform/CancellationGuard.h"
+#include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -73,6 +79,113 @@ std::uint64_t processIdSpace() {
 
 bool isProcessAlive(int id) {
     return (kill(id, 0) == 0 || errno == EPERM) && !hasEnded(id);
+}
+
+namespace {
+
+/// The size of a thread's name. Behind the beginning there is just room for the largest number of a thread.
+using ThreadName = char[16];
+constexpr long NUMBERS = 10'000'000;
+
+/// A process has hardly more servers, and to look at many threads takes long.
+constexpr int MOST_SERVING = 8;
+
+void writeServingName(ThreadName& name, long thread) {
+    std::snprintf(name, sizeof name, "zav-log %u", static_cast<unsigned>(thread % NUMBERS));
+}
+
+/// \return what the system shows in a file, in a memory that is given; empty if it cannot be read
+std::string_view readShown(const char* path, char* buffer, std::size_t size) {
+    const int file = ::open(path, O_RDONLY | O_CLOEXEC);
+    const ssize_t length = file < 0 ? -1 : ::read(file, buffer, size - 1);
+    if (file >= 0) {
+        ::close(file);
+    }
+    buffer[length < 0 ? 0 : length] = '\0';
+    return buffer;
+}
+
+struct Threads {
+    int left = 0; ///< how many have not ended; 0 if the system does not say
+    bool firstHasEnded = false;
+};
+
+/// The system's line about the process begins "pid (name) state", where the name may hold anything. The state
+/// is that of the first thread; once that has ended, it still counts as a thread.
+Threads lookAtThreads() {
+    char buffer[1024];
+    const std::string_view line = readShown("/proc/self/stat", buffer, sizeof buffer);
+    const std::size_t nameEnd = line.rfind(')');
+    char firstState = '\0';
+    int threads = 0;
+    const bool isRead = nameEnd != std::string_view::npos &&
+                        std::sscanf(buffer + nameEnd,
+                                    ") %c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %d",
+                                    &firstState, &threads) == 2;
+    const bool firstHasEnded = firstState == 'Z';
+    return isRead ? Threads{threads - (firstHasEnded ? 1 : 0), firstHasEnded} : Threads();
+}
+
+bool isServing(const char* thread) {
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/task/%.20s/comm", thread);
+    ThreadName expected;
+    writeServingName(expected, std::strtol(thread, nullptr, 10));
+    char buffer[sizeof(ThreadName) + 1]; // and a line feed
+    const std::string_view shown = readShown(path, buffer, sizeof buffer);
+    return !shown.empty() && shown.substr(0, shown.size() - 1) == expected;
+}
+
+/// Asked of each thread by itself, since others come and go meanwhile: one that has just begun or ended does
+/// not serve.
+/// \param firstHasEnded whether the process's first thread, which is still shown, has ended
+/// \return whether all other threads say that they serve
+bool doAllOthersServe(bool firstHasEnded) {
+    DIR* const threads = opendir("/proc/self/task");
+    if (threads == nullptr) {
+        return false;
+    }
+    const long self = gettid();
+    bool doServe = true;
+    for (const dirent* thread = readdir(threads); doServe && thread != nullptr; thread = readdir(threads)) {
+        const long id = std::strtol(thread->d_name, nullptr, 10); // 0 for "." and ".."
+        const bool isOther = id != 0 && id != self && !(firstHasEnded && id == getpid());
+        doServe = !isOther || isServing(thread->d_name);
+    }
+    closedir(threads);
+    return doServe;
+}
+
+} // namespace
+
+void atProcessEnd(void (*handler)()) {
+    std::atexit(handler);
+}
+
+bool isOnlyThread() noexcept {
+    const NoCancellation guard;
+    const Threads threads = lookAtThreads();
+    return threads.left == 1 ||
+           (threads.left > 1 && threads.left <= MOST_SERVING + 1 && doAllOthersServe(threads.firstHasEnded));
+}
+
+void markAsServing() noexcept {
+    ThreadName name;
+    writeServingName(name, gettid());
+    pthread_setname_np(pthread_self(), name);
+}
+
+void keepLibraryLoaded() {
+    // The library is linked with "-z nodelete", so nothing unloads it anyway.
+}
+
+bool readHostName(std::string& name) {
+    char buffer[256] = {};
+    if (gethostname(buffer, sizeof buffer - 1) != 0) {
+        return false;
+    }
+    name = buffer;
+    return true;
 }
 
 } // namespace Platform

@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <system_error>
+#include <utility>
 #include <windows.h>
 
 namespace ZAV {
@@ -46,6 +49,129 @@ bool isTaken(const std::string& path) {
 
 bool removeFile(const std::string& path) {
     return std::remove(path.c_str()) == 0;
+}
+
+namespace {
+
+bool writeToDisk(const std::string& path, const std::string& content) {
+    const HANDLE handle = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const DWORD size = static_cast<DWORD>(content.size());
+    DWORD written = 0;
+    const bool isOnDisk = WriteFile(handle, content.data(), size, &written, nullptr) && written == size &&
+                          FlushFileBuffers(handle);
+    const DWORD error = GetLastError();
+    CloseHandle(handle);
+    SetLastError(error);
+    return isOnDisk;
+}
+
+bool fail(const std::string& replacement, std::string& problem) {
+    problem = std::system_category().message(static_cast<int>(GetLastError()));
+    DeleteFileA(replacement.c_str());
+    return false;
+}
+
+} // namespace
+
+bool writeReplacement(const std::string& path, const std::string& content, std::string& problem) {
+    const std::string replacement = path + ".new";
+    return writeToDisk(replacement, content) || fail(replacement, problem);
+}
+
+bool replaceFile(const std::string& path, std::string& problem) {
+    const std::string replacement = path + ".new";
+    const DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExA(replacement.c_str(), path.c_str(), flags) || fail(replacement, problem);
+}
+
+FileLock::FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, NONE)) {}
+
+FileLock& FileLock::operator=(FileLock&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+FileLock::~FileLock() {
+    if (handle_ != NONE) {
+        CloseHandle(reinterpret_cast<HANDLE>(handle_));
+    }
+}
+
+/// A file that is open and shared with nobody is a lock.
+FileLock::Result FileLock::acquire(const std::string& path, std::string& problem) {
+    if (handle_ != NONE) {
+        return HELD;
+    }
+    const HANDLE handle = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+        handle_ = reinterpret_cast<std::intptr_t>(handle);
+        return HELD;
+    }
+    const DWORD error = GetLastError();
+    problem = std::system_category().message(static_cast<int>(error));
+    return error == ERROR_SHARING_VIOLATION ? HELD_BY_ANOTHER : CANNOT_BE_DECIDED;
+}
+
+namespace {
+
+struct SearchCloser {
+    using pointer = HANDLE;
+    void operator()(HANDLE search) const { FindClose(search); }
+};
+
+bool isDirectory(const WIN32_FIND_DATAA& entry) {
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+} // namespace
+
+bool listFiles(const std::string& directory, std::vector<std::string>& names) {
+    const std::string pattern = directory + "/*";
+    WIN32_FIND_DATAA entry;
+    const HANDLE first = FindFirstFileA(pattern.c_str(), &entry);
+    if (first == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const std::unique_ptr<HANDLE, SearchCloser> search(first);
+    do {
+        if (!isDirectory(entry)) {
+            names.push_back(entry.cFileName);
+        }
+    } while (FindNextFileA(search.get(), &entry));
+    return true;
+}
+
+namespace {
+
+/// \return false, with the reason for `GetLastError`, if that is not granted
+bool isGranted(const std::string& directory, DWORD access) {
+    const DWORD sharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE handle = CreateFileA(directory.c_str(), access, sharedByAll, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    CloseHandle(handle);
+    return true;
+}
+
+} // namespace
+
+bool isWritableDirectory(const std::string& directory) {
+    return isGranted(directory, FILE_ADD_FILE);
+}
+
+bool isReadableDirectory(const std::string& directory, std::string& problem) {
+    if (isGranted(directory, FILE_LIST_DIRECTORY)) {
+        return true;
+    }
+    problem = std::system_category().message(static_cast<int>(GetLastError()));
+    return false;
 }
 
 } // namespace Platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <windows.h>
 
@@ -30,6 +32,51 @@ public:
 
 private:
     HANDLE value_ = nullptr;
+};
+
+/// \return the system's text for the error of the last call
+inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
+    char text[512];
+    DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+                                  0, text, sizeof text, nullptr);
+    const std::string endOfText = "\r\n. ";
+    while (length > 0 && endOfText.find(text[length - 1]) != std::string::npos) {
+        --length;
+    }
+    return std::runtime_error(length == 0 ? "Error " + std::to_string(error) : std::string(text, length));
+}
+
+/// \return the name under which the system knows the pipe of an address
+/// \throw std::runtime_error if no pipe can have that name
+inline std::string pipeName(const std::string& address) {
+    const std::string name = "\\\\.\\pipe\\" + address;
+    const std::string forbidden("\\\0", 2);
+    const std::size_t longest = 256;
+    if (address.empty() || name.size() > longest || address.find_first_of(forbidden) != std::string::npos) {
+        throw std::runtime_error("The name of a pipe has 1 to 247 characters, none of them a backslash");
+    }
+    return name;
+}
+
+/// \return a security identifier in its text form
+std::string identifierText(PSID identifier);
+
+/// \return the security identifier of this process's user, in its text form
+std::string userIdentifier();
+
+/// The right to use an object, for the user of this process and nobody else.
+class UserOnly {
+public:
+    /// \throw std::runtime_error if the system does not say who the user is
+    UserOnly();
+    ~UserOnly();
+    UserOnly(const UserOnly&) = delete;
+    UserOnly& operator=(const UserOnly&) = delete;
+
+    SECURITY_ATTRIBUTES* get() noexcept { return &attributes_; }
+
+private:
+    SECURITY_ATTRIBUTES attributes_ = {};
 };
 
 } // namespace Platform

@@ -1,35 +1,196 @@
-#include "platform/LocalServer.h"
+#include "platform/LocalSocket.h"
 
-#include "platform/windows/PipeInstance.h"
-#include "platform/windows/PipeName.h"
-#include "platform/windows/SystemFailure.h"
-#include "platform/windows/UserOnly.h"
+#include "platform/windows/Handle.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Platform {
 
-struct LocalServer::Inside {
-    Inside(const std::string& address, int maxClients);
-
-    std::vector<HANDLE> whatToWaitFor() const;
-    Event proceed(int client);
-
-    Handle stopSignal;
-    std::vector<PipeInstance> instances; ///< by the number of the client
-    int lastServed = 0;                  ///< whose turn it is last
-};
-
 namespace {
 
-Handle makeStopSignal() {
-    Handle signal(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-    if (!signal.isOpen()) {
+/// One place for a client of a `LocalServer`: it waits for one, serves it, and waits for the next.
+///
+/// The system writes into this object while a request is under way, so it stays where it is.
+class PipeInstance {
+public:
+    enum Progress {
+        UNFINISHED, ///< the request goes on when `readyEvent` is set again
+        JOINED,     ///< a client has come
+        RECEIVED,
+        SENT,
+        BROKEN ///< the client is gone; `hangUp` makes room for the next
+    };
+
+    PipeInstance() = default;
+    ~PipeInstance() { cancel(); }
+    PipeInstance(const PipeInstance&) = delete;
+    PipeInstance& operator=(const PipeInstance&) = delete;
+
+    /// Makes the instance and waits for a client.
+    /// \param isFirst whether nobody else may have made a pipe of that name
+    /// \throw std::runtime_error if the system refuses
+    void open(const std::string& name, int maxInstances, bool isFirst, SECURITY_ATTRIBUTES* rights);
+
+    void startReceiving();
+
+    void startSending(std::string text) {
+        outgoing_ = std::move(text);
+        sent_ = 0;
+        startWriting();
+    }
+
+    /// Ends whatever is under way, disconnects the client and waits for the next.
+    void hangUp();
+
+    /// Looks how far the request is. What has been received is then in `bytes`.
+    Progress proceed(std::string& bytes);
+
+    /// \return what the system sets when `proceed` has something to tell
+    HANDLE readyEvent() const noexcept { return event_.get(); }
+
+private:
+    enum State { IDLE, CONNECTING, RECEIVING, SENDING };
+
+    void startConnecting();
+    void startWriting();
+    void begin(State state);
+    void noteStart(bool finishedOrPending);
+    void cancel();
+
+    Handle event_;
+    Handle pipe_;
+    OVERLAPPED overlapped_ = {};
+    State state_ = IDLE;
+    bool isPending_ = false; ///< the system still has `overlapped_` and the buffers
+    bool failed_ = false;    ///< the request could not even be made
+    std::array<char, 4096> incoming_ = {};
+    std::string outgoing_;
+    std::size_t sent_ = 0; ///< how much of `outgoing_`
+};
+
+/// \return one that stays set until it is reset
+Handle makeEvent() {
+    Handle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    if (!event.isOpen()) {
         throw systemFailure();
     }
-    return signal;
+    return event;
+}
+
+/// A request that was made, now or later to be finished.
+bool isUnderWay(BOOL result) {
+    return result || GetLastError() == ERROR_IO_PENDING;
+}
+
+void PipeInstance::open(const std::string& name, int maxInstances, bool isFirst,
+                        SECURITY_ATTRIBUTES* rights) {
+    const DWORD first = isFirst ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0;
+    const DWORD bufferSize = 4096;
+    event_ = makeEvent();
+    pipe_ =
+        Handle(CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | first,
+                                PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS,
+                                static_cast<DWORD>(maxInstances), bufferSize, bufferSize, 0, rights));
+    if (!pipe_.isOpen()) {
+        const DWORD error = GetLastError();
+        const bool isTaken = error == ERROR_ACCESS_DENIED || error == ERROR_PIPE_BUSY;
+        throw isFirst && isTaken ? std::runtime_error("Another process serves it") : systemFailure(error);
+    }
+    startConnecting();
+}
+
+void PipeInstance::startConnecting() {
+    begin(CONNECTING);
+    const bool hasClient =
+        !ConnectNamedPipe(pipe_.get(), &overlapped_) && GetLastError() == ERROR_PIPE_CONNECTED;
+    if (hasClient) {
+        SetEvent(event_.get()); // which the system does not do for a client that was quicker than the call
+        return;
+    }
+    noteStart(GetLastError() == ERROR_IO_PENDING);
+}
+
+void PipeInstance::startReceiving() {
+    begin(RECEIVING);
+    noteStart(isUnderWay(ReadFile(pipe_.get(), incoming_.data(), static_cast<DWORD>(incoming_.size()),
+                                  nullptr, &overlapped_)));
+}
+
+void PipeInstance::startWriting() {
+    const std::size_t piece = std::min<std::size_t>(outgoing_.size() - sent_, 64 * 1024);
+    begin(SENDING);
+    noteStart(isUnderWay(
+        WriteFile(pipe_.get(), outgoing_.data() + sent_, static_cast<DWORD>(piece), nullptr, &overlapped_)));
+}
+
+void PipeInstance::begin(State state) {
+    overlapped_ = {};
+    overlapped_.hEvent = event_.get();
+    ResetEvent(event_.get());
+    state_ = state;
+    isPending_ = false;
+    failed_ = false;
+}
+
+/// A request that failed at once is told by `proceed`, as one that fails later is.
+void PipeInstance::noteStart(bool finishedOrPending) {
+    isPending_ = finishedOrPending;
+    failed_ = !finishedOrPending;
+    if (failed_) {
+        SetEvent(event_.get());
+    }
+}
+
+PipeInstance::Progress PipeInstance::proceed(std::string& bytes) {
+    DWORD count = 0;
+    if (isPending_ && !GetOverlappedResult(pipe_.get(), &overlapped_, &count, FALSE)) {
+        if (GetLastError() == ERROR_IO_INCOMPLETE) {
+            return UNFINISHED;
+        }
+        failed_ = true;
+    }
+    const State state = state_;
+    state_ = IDLE;
+    isPending_ = false;
+    ResetEvent(event_.get());
+    if (failed_ || (state == RECEIVING && count == 0)) {
+        return BROKEN;
+    }
+    if (state == CONNECTING) {
+        return JOINED;
+    }
+    if (state == RECEIVING) {
+        bytes.assign(incoming_.data(), count);
+        return RECEIVED;
+    }
+    sent_ += count;
+    if (sent_ < outgoing_.size()) {
+        startWriting();
+        return UNFINISHED;
+    }
+    return SENT;
+}
+
+void PipeInstance::hangUp() {
+    cancel();
+    DisconnectNamedPipe(pipe_.get());
+    startConnecting();
+}
+
+/// Once it returns, the system does not touch this object any more.
+void PipeInstance::cancel() {
+    if (isPending_) {
+        DWORD count = 0;
+        CancelIoEx(pipe_.get(), &overlapped_);
+        GetOverlappedResult(pipe_.get(), &overlapped_, &count, TRUE);
+    }
+    state_ = IDLE;
+    isPending_ = false;
 }
 
 DWORD toWaitTime(std::optional<LocalServer::Milliseconds> limit) {
@@ -40,17 +201,26 @@ DWORD toWaitTime(std::optional<LocalServer::Milliseconds> limit) {
 
 } // namespace
 
-/// All instances are made at once, so that the system itself knows how many clients are served.
-LocalServer::Inside::Inside(const std::string& address, int maxClients)
-    : stopSignal(makeStopSignal()), instances(static_cast<std::size_t>(maxClients)) {
-    const std::string name = pipeName(address);
-    UserOnly rights;
-    bool isFirst = true;
-    for (PipeInstance& instance : instances) {
-        instance.open(name, maxClients, isFirst, rights.get());
-        isFirst = false;
+struct LocalServer::Inside {
+    /// All instances are made at once, so that the system itself knows how many clients are served.
+    Inside(const std::string& address, int maxClients)
+        : stopSignal(makeEvent()), instances(static_cast<std::size_t>(maxClients)) {
+        const std::string name = pipeName(address);
+        UserOnly rights;
+        bool isFirst = true;
+        for (PipeInstance& instance : instances) {
+            instance.open(name, maxClients, isFirst, rights.get());
+            isFirst = false;
+        }
     }
-}
+
+    std::vector<HANDLE> whatToWaitFor() const;
+    Event proceed(int client);
+
+    Handle stopSignal;
+    std::vector<PipeInstance> instances; ///< by the number of the client
+    int lastServed = 0;                  ///< whose turn it is last
+};
 
 LocalServer::LocalServer(const std::string& address, int maxClients)
     : inside_(std::make_unique<Inside>(address, maxClients)) {}

@@ -1,8 +1,6 @@
 #include "platform/MappedFile.h"
 
 #include "platform/windows/Handle.h"
-#include "platform/windows/SystemFailure.h"
-#include "platform/windows/UserOnly.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Fork.h"
+#include "platform/Process.h"
 
 // Without what defines ERROR and other everyday words as macros.
 #if !defined(NOGDI)

@@ -1,4 +1,4 @@
-#include "platform/OutputFile.h"
+#include "platform/OpenFiles.h"
 
 #include "platform/windows/Handle.h"
 

@@ -1,9 +1,27 @@
 #include "platform/Threads.h"
 
+#include "platform/Process.h"
+
 #include <windows.h>
 
 namespace ZAV {
 namespace Platform {
+
+NoCancellation::NoCancellation() noexcept {
+    static_cast<void>(before_);
+}
+
+NoCancellation::~NoCancellation() = default;
+
+void actOnCancellation() {
+    // Nobody can request it.
+}
+
+struct NoSignals::Mask {};
+
+NoSignals::NoSignals() = default;
+
+NoSignals::~NoSignals() = default;
 
 bool sleepBriefly() noexcept {
     return false; // the shortest sleep lasts for a tick of the system's timer
@@ -11,6 +29,32 @@ bool sleepBriefly() noexcept {
 
 std::uint64_t currentThreadId() noexcept {
     return GetCurrentThreadId();
+}
+
+static_assert(THREAD_PRIORITY_LOWEST_VALUE == THREAD_PRIORITY_LOWEST &&
+                  THREAD_PRIORITY_NORMAL_VALUE == THREAD_PRIORITY_NORMAL &&
+                  THREAD_PRIORITY_HIGHEST_VALUE == THREAD_PRIORITY_HIGHEST,
+              "the priorities are the system's own numbers");
+
+int setCurrentThreadPriority(int priority) {
+    if (SetThreadPriority(GetCurrentThread(), priority)) {
+        return 0;
+    }
+    return static_cast<int>(GetLastError());
+}
+
+ThreadSlot::ThreadSlot(void (*destroy)(void* object)) {
+    keepLibraryLoaded(); // the system calls `destroy` when a thread ends
+    key_ = FlsAlloc(destroy);
+    isValid_ = key_ != FLS_OUT_OF_INDEXES;
+}
+
+void* ThreadSlot::get() const noexcept {
+    return isValid_ ? FlsGetValue(key_) : nullptr;
+}
+
+bool ThreadSlot::set(void* object) noexcept {
+    return isValid_ && FlsSetValue(key_, object) != 0;
 }
 
 } // namespace Platform

@@ -9,7 +9,7 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-#include "platform/windows/SystemFailure.h"
+#include "platform/windows/Handle.h"
 
 #include <cstddef>
 #include <string>

@@ -1,7 +1,4 @@
-#include "platform/windows/UserOnly.h"
-
 #include "platform/windows/Handle.h"
-#include "platform/windows/SystemFailure.h"
 
 #include <sddl.h>
 #include <vector>

@@ -1,8 +1,6 @@
-#include "platform/SignalHook.h"
+#include "platform/Threads.h"
 
-#include "platform/Fork.h"
-#include "platform/ProcessLifetime.h"
-#include "platform/SignalGuard.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <cerrno>

@@ -2,11 +2,62 @@
 
 #include "platform/linux/FileDescriptor.h"
 
+#include <cerrno>
 #include <cstddef>
+#include <stdexcept>
 #include <string>
+#include <sys/socket.h>
+#include <sys/types.h>
+#include <sys/un.h>
+#include <system_error>
 
 namespace ZAV {
 namespace Platform {
+
+/// \return the system's text for the error of the last call
+inline std::runtime_error systemFailure(int error = errno) {
+    return std::runtime_error(std::system_category().message(error));
+}
+
+/// The path of a local socket in the form in which the system takes it.
+class SocketAddress {
+public:
+    /// \throw std::runtime_error if no socket can have that path
+    explicit SocketAddress(const std::string& path);
+
+    const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address_); }
+    socklen_t size() const { return sizeof address_; }
+
+private:
+    sockaddr_un address_ = {};
+};
+
+/// A listening socket and its file, which nobody but this user may open and which goes with it. A forked
+/// child must not destroy its copy, which would take the file from its parent.
+class SocketFile {
+public:
+    /// Replaces the file of a socket whose server is gone.
+    /// \throw std::runtime_error if another process serves the path, if there is another kind of file, or if the
+    ///        system refuses
+    explicit SocketFile(const std::string& path);
+    ~SocketFile();
+    SocketFile(const SocketFile&) = delete;
+    SocketFile& operator=(const SocketFile&) = delete;
+
+    /// Closes a forked child's copy.
+    void closeInherited() noexcept { socket_.close(); }
+
+    int descriptor() const noexcept { return socket_.number(); }
+
+private:
+    void bindAndListen();
+    bool isStillThere() const;
+
+    const std::string path_;
+    FileDescriptor socket_;
+    dev_t device_ = 0; ///< of the file, as is `inode_`: another file at the path is somebody else's
+    ino_t inode_ = 0;
+};
 
 /// One client of a `LocalServer`, and what was asked of it. Nothing here waits.
 class LocalConnection {

@@ -1,4 +1,4 @@
-#include "platform/CivilTime.h"
+#include "platform/Clock.h"
 
 namespace ZAV {
 namespace Platform {

@@ -1,4 +1,4 @@
-#include "platform/linux/Writing.h"
+#include "platform/linux/FileDescriptor.h"
 
 #include <cerrno>
 #include <csignal>

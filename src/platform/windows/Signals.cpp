@@ -1,4 +1,4 @@
-#include "platform/SignalHook.h"
+#include "platform/Threads.h"
 
 #include <atomic>
 #include <cstdlib>

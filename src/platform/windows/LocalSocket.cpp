@@ -1,9 +1,6 @@
-#include "platform/LocalClient.h"
+#include "platform/LocalSocket.h"
 
 #include "platform/windows/Handle.h"
-#include "platform/windows/PipeName.h"
-#include "platform/windows/SystemFailure.h"
-#include "platform/windows/UserOnly.h"
 
 #include <aclapi.h>
 #include <algorithm>
