@@ -5,6 +5,7 @@
 
 #include "Channel.h"
 
+#include "log/AppenderStatus.h"
 #include "log/CommandListener.h"
 #include "log/ConfigurationMessage.h"
 #include "log/ControlServer.h"
@@ -12,7 +13,9 @@
 #include "log/LogManager.h"
 #include "log/LoggerFactory.h"
 #include "zav-util/Properties.h"
+#include "zav-util/TimeUtils.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <filesystem>
@@ -139,10 +142,26 @@ void serve(int firstNumber, int ordersPerConnection) {
     billing.join();
 }
 
-void run(const std::string& propertyFile) {
-    // Longer than the expiration of the console's level in demo.properties.
-    constexpr std::chrono::milliseconds UNTIL_LEVEL_EXPIRES(400);
+/// Waits until no appender has a level that a command has lowered, unless the properties let that last.
+/// \return whether it is so
+bool awaitUsualLevels() {
+    constexpr std::chrono::seconds PATIENCE(2);
+    constexpr std::chrono::milliseconds PAUSE(10);
+    const auto end = std::chrono::steady_clock::now() + PATIENCE;
+    const auto isLowered = [](const Log::AppenderStatus& appender) {
+        return appender.until != Util::TimeUtils::Time();
+    };
+    for (;;) {
+        const std::vector<Log::AppenderStatus> appenders = Log::LogManager::appenders();
+        const bool isUsual = std::none_of(appenders.begin(), appenders.end(), isLowered);
+        if (isUsual || std::chrono::steady_clock::now() > end) {
+            return isUsual;
+        }
+        std::this_thread::sleep_for(PAUSE);
+    }
+}
 
+void run(const std::string& propertyFile) {
     Log::LoggerFactory::getRootLogger().config(Log::ConfigurationMessage("configured by " + propertyFile));
     // The call behind the macros.
     Log::LoggerFactory::getLogger("billing").audit("price list 12 in force", __LINE__, __FILE__);
@@ -153,8 +172,8 @@ void run(const std::string& propertyFile) {
     Log::LoggerFactory::getLogger("net").setLevel(Log::Level::LEVEL_DEBUG, true);
     serve(5, 1);
 
-    std::this_thread::sleep_for(UNTIL_LEVEL_EXPIRES);
-    tell("the console's level has expired");
+    tell(awaitUsualLevels() ? "the levels of all appenders are what they were"
+                            : "the level of an appender stays lowered for a while");
     serve(7, 1);
 }
 

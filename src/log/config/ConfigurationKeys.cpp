@@ -165,13 +165,14 @@ constexpr ConfigurationKey KEYS[] = {
         "whether the consumer thread writes it, not the thread that logs"),
     setting<ValueForm::PREFIXES, &Values::prefixes>(
         AppenderSetting::FILTERS, READ_BY_APPENDERS, "prefixes of logger names, separated by spaces",
-        means("all loggers"), "writes only messages of loggers whose names begin with one of them"),
+        means("all loggers"),
+        "writes only messages of loggers whose names begin with one of them: `net` takes `network` as well"),
     setting<ValueForm::LEVEL, &Values::level>(AppenderSetting::LEVEL, READ_BY_APPENDERS, "a level, as above",
                                               means("all levels"),
                                               "writes only messages of that level and more severe ones"),
     setting<ValueForm::PERIOD, &Values::expiration>(
         AppenderSetting::EXPIRATION, READ_BY_APPENDERS,
-        "number and unit: `msec`, `sec`, `min`, `hour`, `day`", means("the level is fixed"),
+        "number, blank and unit: `msec`, `sec`, `min`, `hour`, `day`", means("the level is fixed"),
         "a command may lower `level` for that long; 0: for good; without `level` it is not read",
         AppenderSetting::LEVEL),
     setting<ValueForm::MESSAGE_TYPE, &Values::messageType>(
@@ -199,7 +200,8 @@ constexpr ConfigurationKey KEYS[] = {
         "the file; for `FileAppender` the name to which a digit is added"),
     setting<ValueForm::LEADING_UNSIGNED, &Values::fileNumber>(
         AppenderSetting::FILE_NUMBER, READ_BY_FILE_APPENDER, "number", value("3"),
-        "the highest digit, so how many older files are kept; above 9 it counts as 9"),
+        "the highest digit, so how many older files are kept; above 9 it counts as 9. **Each start begins a "
+        "new file**, see [Rotated files](#rotated-files)"),
     setting<ValueForm::LEADING_UNSIGNED, &Values::fileMaxSize>(
         AppenderSetting::FILE_MAX_SIZE, READ_BY_FILE_APPENDER, "number", value("10 MB"),
         "the size that a live file may have. **With its unit or not at all**",
@@ -222,7 +224,8 @@ constexpr ConfigurationKey KEYS[] = {
         "the permissions of files that are made, see [Who may read the files](#who-may-read-the-files)"),
     setting<ValueForm::BOOLEAN, &Values::followLinks>(
         "followLinks", READ_BY_FILE_APPENDERS, "`true` or `false`", value("true"),
-        "whether a symbolic link in the place of the file is followed, or an error"),
+        "whether a symbolic link in the place of the file is followed, or never written through, see [Who "
+        "may read the files](#who-may-read-the-files)"),
     setting<ValueForm::FLUSH_RULE, &Values::writesBatches>(
         AppenderSetting::FLUSH, READ_BY_FILE_APPENDERS, "`line` or `batch`", value("line"),
         "whether an asynchronous appender makes one write for each line, or one for all lines of a round, "
@@ -230,7 +233,7 @@ constexpr ConfigurationKey KEYS[] = {
         "[One write for many lines](#one-write-for-many-lines)"),
 
     setting<ValueForm::SIZE_LIMIT, &Values::rollSize>(
-        "rollSize", READ_BY_ROLLING_FILE_APPENDER, "number and unit: `B`, `KB`, `MB`, `GB`",
+        "rollSize", READ_BY_ROLLING_FILE_APPENDER, "number, blank and unit: `B`, `KB`, `MB`, `GB`",
         means("no limit"),
         "the size that a live file may have, see [Rolled files](#rolled-files); 0 or below: no limit"),
     setting<ValueForm::ROLL_MOMENT, &Values::rollAt>("rollAt", READ_BY_ROLLING_FILE_APPENDER,
