@@ -15,6 +15,7 @@
 #include "log/tree/SubtreeLevel.h"
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/Threads.h"
 #include "zav-util/Properties.h"
 
@@ -29,7 +30,7 @@ using Platform::ScopedLock;
 namespace {
 
 /// What `init` has set up.
-struct LifeCycle {
+struct LifeCycle : Platform::NeverDestroyed<LifeCycle> {
     /// Held by `init`, `reload` and `finish` from their begin to their end, before any other lock.
     Platform::CriticalSection lock;
     bool isInitialised ZAV_LOG_GUARDED_BY(lock) = false;
@@ -43,14 +44,7 @@ struct LifeCycle {
     }
 };
 
-/// Never destroyed, since threads may still be in a call while the process ends.
-LifeCycle& lifeCycle() {
-    static LifeCycle& cycle = *new LifeCycle;
-    return cycle;
-}
-
-/// So that no thread makes it while another one forks.
-const LifeCycle& madeAtLoad = lifeCycle();
+const LifeCycle& madeAtLoad = LifeCycle::instance();
 
 /// \throw LogException in a thread that is making an appender
 void refuseWhileMaking(const char* call) {
@@ -67,7 +61,7 @@ void configure(const Util::Properties& properties) {
 }
 
 bool initFrom(const Util::Properties& properties, const std::string& fileName) {
-    LifeCycle& cycle = lifeCycle();
+    LifeCycle& cycle = LifeCycle::instance();
     const ScopedLock lock(cycle.lock);
     if (cycle.isInitialised) {
         return false;
@@ -107,7 +101,7 @@ void reloadFrom(const Source& propertiesOf) {
     if (LibraryCall::isOpen()) {
         throw LogException("LogManager::reload must not be called while logging.");
     }
-    LifeCycle& cycle = lifeCycle();
+    LifeCycle& cycle = LifeCycle::instance();
     const ScopedLock lock(cycle.lock);
     if (!cycle.lock.isHeldOnce()) {
         throw LogException("LogManager::reload must not be called while an appender is made.");
@@ -153,7 +147,7 @@ void registerAppenderClass(const std::string& className,
 
 void finish() {
     const Platform::NoCancellation noCancellation; // it must not be left half done
-    LifeCycle& cycle = lifeCycle();
+    LifeCycle& cycle = LifeCycle::instance();
     const ScopedLock lock(cycle.lock);
     refuseWhileMaking("finish");
     CommandBus::instance().clearCommandListeners();

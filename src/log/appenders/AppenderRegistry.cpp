@@ -89,16 +89,6 @@ std::vector<Appender*> without(const std::vector<Appender*>& appenders, const st
     return result;
 }
 
-} // namespace
-
-AppenderRegistry& AppenderRegistry::instance() {
-    static AppenderRegistry& registry = *new AppenderRegistry;
-    return registry;
-}
-
-namespace {
-
-/// So that no thread makes it while another one forks.
 const AppenderRegistry& madeAtLoad = AppenderRegistry::instance();
 
 } // namespace

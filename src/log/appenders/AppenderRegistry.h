@@ -3,6 +3,7 @@
 #include "log/AppenderStatus.h"
 #include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include "zav-util/Properties.h"
 
@@ -40,11 +41,8 @@ struct AppenderExchange {
 ///
 /// What puts appenders into service or takes them out of it is called by one thread at a time, which the lock
 /// of the life cycle sees to.
-class AppenderRegistry {
+class AppenderRegistry : public Platform::NeverDestroyed<AppenderRegistry> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static AppenderRegistry& instance();
-
     /// \param factory owned from now on; an earlier factory of that class name is destroyed
     void registerFactory(const std::string& className, AbstractAppenderFactory* factory);
 
@@ -97,6 +95,7 @@ private:
     };
     using CreatedByKeys = std::map<const Util::Properties*, CreatedAppender*, ByContent>;
 
+    friend NeverDestroyed;
     AppenderRegistry() = default;
 
     boost::shared_ptr<AbstractAppenderFactory> factoryOf(const std::string& className) const;

@@ -29,16 +29,6 @@ constexpr std::chrono::seconds PAUSE{1};
 /// listener hears of a failure just then.
 constexpr std::chrono::seconds LONGEST_WAIT{2};
 
-} // namespace
-
-Packer& Packer::instance() {
-    static Packer& packer = *new Packer;
-    return packer;
-}
-
-namespace {
-
-/// So that no thread makes it while another one forks.
 const Packer& madeAtLoad = Packer::instance();
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "log/async/Bell.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include <atomic>
 #include <list>
@@ -16,11 +17,8 @@ class Appender;
 /// while files wait to be packed, so it neither outlives them nor keeps a process alive.
 ///
 /// A forked child forgets what waits: its parent packs it.
-class Packer {
+class Packer : public Platform::NeverDestroyed<Packer> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static Packer& instance();
-
     /// Has a file packed. One that waits already, or is being packed, is done for this user from now on.
     /// \param user for `forget`, and to be named as the one that fails
     /// \param mayGrow whether a forked child may still be about to write to it, so that it is left alone for a second
@@ -47,6 +45,7 @@ private:
         Deadline pause;      ///< not begun before it is over
     };
 
+    friend NeverDestroyed;
     Packer();
 
     void add(Job job) ZAV_LOG_EXCLUDES(lock_);

@@ -1,6 +1,7 @@
 #include "log/appenders/SeriesOwner.h"
 
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/Process.h"
 
 #include <array>
@@ -79,7 +80,7 @@ struct SeriesOwner::Series {
     int users = 0; ///< objects of this class, guarded by the table's lock
 };
 
-struct SeriesOwner::Table {
+struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
     /// More series than a family of processes has, short of one that changes their names all the time. The
     /// system gives memory only for what of it is used.
     static constexpr std::size_t MOST_SERIES = 2048;
@@ -130,20 +131,14 @@ struct SeriesOwner::Table {
     }
 };
 
-/// Never destroyed, since threads may still log while the process ends.
-SeriesOwner::Table& SeriesOwner::table() {
-    static Table& table = *new Table;
-    return table;
-}
-
-/// So that no thread makes it while another one forks, and all that are forked have it.
-const SeriesOwner::Table& SeriesOwner::madeAtLoad = table();
+/// All that are forked have it, too.
+const SeriesOwner::Table& SeriesOwner::madeAtLoad = Table::instance();
 
 SeriesOwner::SeriesOwner(const std::string& livePath)
-    : series_(table().enter(livePath)), rotationsSeen_(series_.common->rotations) {}
+    : series_(Table::instance().enter(livePath)), rotationsSeen_(series_.common->rotations) {}
 
 SeriesOwner::~SeriesOwner() {
-    table().leave(series_);
+    Table::instance().leave(series_);
 }
 
 /// Whoever takes over a series that has begun finds a live file that others have written.

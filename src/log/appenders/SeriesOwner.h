@@ -47,7 +47,6 @@ private:
     struct Common;
     struct Series;
     struct Table;
-    static Table& table();
     static const Table& madeAtLoad;
 
     Series& series_;

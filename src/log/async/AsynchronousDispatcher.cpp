@@ -14,11 +14,6 @@ namespace Log {
 
 using Platform::ScopedLock;
 
-AsynchronousDispatcher& AsynchronousDispatcher::instance() {
-    static AsynchronousDispatcher& dispatcher = *new AsynchronousDispatcher;
-    return dispatcher;
-}
-
 namespace {
 
 /// Made while the library is loaded, so that the process's own objects, which may log when they are

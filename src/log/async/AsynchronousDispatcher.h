@@ -4,6 +4,7 @@
 #include "log/async/MessageQueue.h"
 #include "log/async/QueueFiles.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include <atomic>
 #include <functional>
@@ -18,11 +19,8 @@ namespace Log {
 /// The process-wide road from loggers to asynchronous appenders: the queue, and one consumer thread, which
 /// takes what is queued, a batch a round, and gives it to the appenders. All operations may be called from
 /// any thread.
-class AsynchronousDispatcher {
+class AsynchronousDispatcher : public Platform::NeverDestroyed<AsynchronousDispatcher> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static AsynchronousDispatcher& instance();
-
     /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
     void configure(const Util::Properties& properties) { queue_.configure(properties); }
 
@@ -114,6 +112,7 @@ private:
     /// How far the end of the process has come.
     enum End { NOT_BEGUN, BEGUN, DONE };
 
+    friend NeverDestroyed;
     AsynchronousDispatcher();
 
     bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);

@@ -14,14 +14,8 @@ namespace Log {
 
 using Platform::ScopedLock;
 
-CommandBus& CommandBus::instance() {
-    static CommandBus& bus = *new CommandBus;
-    return bus;
-}
-
 namespace {
 
-/// So that no thread makes it while another one forks.
 const CommandBus& madeAtLoad = CommandBus::instance();
 
 /// Seldom waited for: a listener goes while another thread is calling that very one.

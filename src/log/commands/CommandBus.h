@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include <chrono>
 #include <cstdint>
@@ -15,11 +16,8 @@ namespace Log {
 class CommandListener;
 
 /// The process-wide registry of command listeners. All operations may be called from any thread.
-class CommandBus {
+class CommandBus : public Platform::NeverDestroyed<CommandBus> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static CommandBus& instance();
-
     void registerListener(const std::string& name, CommandListener* listener);
 
     /// Removes all listeners of a name. Once it returns, no other thread is calling them by that name. It
@@ -57,6 +55,7 @@ private:
     /// A call of a listener, on the stack of the thread that delivers.
     class Call;
 
+    friend NeverDestroyed;
     CommandBus();
 
     std::vector<Entry> entriesOf(const std::string& name);

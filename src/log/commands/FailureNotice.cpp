@@ -4,6 +4,7 @@
 #include "log/commands/CommandNames.h"
 #include "log/reentrancy/ThreadRecord.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 #include "zav-util/StandardError.h"
 
 #include <algorithm>
@@ -18,24 +19,17 @@ using Platform::ScopedLock;
 namespace {
 
 /// The appenders that fail.
-struct Failing {
+struct Failing : Platform::NeverDestroyed<Failing> {
     Platform::CriticalSection lock{Platform::AWAITED_BY_FORK};
     std::vector<const Appender*> appenders ZAV_LOG_GUARDED_BY(lock);
 };
 
-/// Never destroyed, since threads may still log while the process ends.
-Failing& failingAppenders() {
-    static Failing& appenders = *new Failing;
-    return appenders;
-}
-
-/// So that no thread makes it while another one forks.
-const Failing& madeAtLoad = failingAppenders();
+const Failing& madeAtLoad = Failing::instance();
 
 } // namespace
 
 void FailureNotice::setWanted(bool isWanted) noexcept {
-    Failing& known = failingAppenders();
+    Failing& known = Failing::instance();
     const ScopedLock lock(known.lock);
     wanted = isWanted;
     known.appenders.clear();
@@ -46,7 +40,7 @@ void FailureNotice::setWanted(bool isWanted) noexcept {
 void FailureNotice::tell(const Appender* appender, const std::string& name, const char* reason) noexcept {
     try {
         {
-            Failing& known = failingAppenders();
+            Failing& known = Failing::instance();
             const ScopedLock lock(known.lock);
             const auto end = known.appenders.end();
             if (std::find(known.appenders.begin(), end, appender) != end) {
@@ -76,7 +70,7 @@ void FailureNotice::forget(const Appender* appender) noexcept {
     if (!mayFail(appender)) {
         return;
     }
-    Failing& known = failingAppenders();
+    Failing& known = Failing::instance();
     const ScopedLock lock(known.lock);
     known.appenders.erase(std::remove(known.appenders.begin(), known.appenders.end(), appender),
                           known.appenders.end());

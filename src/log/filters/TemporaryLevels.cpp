@@ -12,16 +12,6 @@ namespace {
 /// Those whose time is over, for what is still in the queue.
 constexpr std::ptrdiff_t MOST_KEPT = 32;
 
-} // namespace
-
-TemporaryLevels& TemporaryLevels::instance() {
-    static TemporaryLevels& levels = *new TemporaryLevels;
-    return levels;
-}
-
-namespace {
-
-/// So that no thread makes it while another one forks.
 const TemporaryLevels& madeAtLoad = TemporaryLevels::instance();
 
 } // namespace

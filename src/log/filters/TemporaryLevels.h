@@ -2,6 +2,7 @@
 
 #include "log/Level.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 #include "zav-util/TimeUtils.h"
 
 #include <atomic>
@@ -35,12 +36,9 @@ struct TemporaryLevel {
 ///
 /// The functions may be called from any thread. Those that change something are called under the tree's lock,
 /// which is taken before this one's.
-class TemporaryLevels {
+class TemporaryLevels : public Platform::NeverDestroyed<TemporaryLevels> {
 public:
     using Time = Util::TimeUtils::Time;
-
-    /// Never destroyed, since threads may still log while the process ends.
-    static TemporaryLevels& instance();
 
     /// Sets a level from now on, in the place of the one that the logger has.
     /// \param until later than now
@@ -83,6 +81,7 @@ public:
     std::optional<TemporaryLevel> lowestAt(Time time) const;
 
 private:
+    friend NeverDestroyed;
     TemporaryLevels() = default;
 
     Time latest() const { return Time(latest_.load(std::memory_order_relaxed), Util::TimeUtils::USEC); }

@@ -13,14 +13,8 @@ namespace Log {
 
 using Platform::ScopedLock;
 
-PutOffMessages& PutOffMessages::instance() {
-    static PutOffMessages& messages = *new PutOffMessages;
-    return messages;
-}
-
 namespace {
 
-/// So that no thread makes it while another one forks.
 const PutOffMessages& madeAtLoad = PutOffMessages::instance();
 
 } // namespace

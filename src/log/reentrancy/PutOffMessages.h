@@ -3,6 +3,7 @@
 #include "log/LogMessage.h"
 #include "log/reentrancy/ThreadRecord.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include <atomic>
 #include <cstdint>
@@ -19,7 +20,7 @@ struct MessageFields;
 /// that it can be shown if the process ends first. A thread that stays in the library for long may put any
 /// number off, so that no more than `MOST_OF_A_THREAD` are kept of each. All operations may be called from
 /// any thread.
-class PutOffMessages {
+class PutOffMessages : public Platform::NeverDestroyed<PutOffMessages> {
 public:
     struct PutOffMessage;
     using Messages = std::list<PutOffMessage>;
@@ -56,9 +57,6 @@ public:
         const PutOffMessage* const message_;
     };
 
-    /// Never destroyed, since threads may still log while the process ends.
-    static PutOffMessages& instance();
-
     /// Keeps a message of the calling thread, behind the earlier ones. If those are too many, the oldest is
     /// shown on the standard error stream and discarded. Once the messages have been shown, this one is shown
     /// at once.
@@ -81,6 +79,7 @@ public:
     std::uint64_t discarded() const noexcept { return discarded_.load(std::memory_order_relaxed); }
 
 private:
+    friend NeverDestroyed;
     PutOffMessages() = default;
 
     static void showDiscarded(const Messages& discarded) noexcept;

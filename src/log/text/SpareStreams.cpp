@@ -19,16 +19,6 @@ class NoBuffer : public std::streambuf {
     int_type overflow(int_type) override { return traits_type::not_eof(0); }
 };
 
-} // namespace
-
-SpareStreams& SpareStreams::instance() {
-    static SpareStreams& streams = *new SpareStreams;
-    return streams;
-}
-
-namespace {
-
-/// So that no thread makes it while another one forks.
 const SpareStreams& madeAtLoad = SpareStreams::instance();
 
 } // namespace

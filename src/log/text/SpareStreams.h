@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 
 #include <locale>
 #include <memory>
@@ -17,11 +18,8 @@ namespace Log {
 /// stream takes a lock of the C++ library. Any thread of the application may hold that when it forks, and it
 /// then stays locked in the child. So a fork keeps that locale and a few streams ready, and messages of the
 /// child use these, as long as they do not need more at once.
-class SpareStreams {
+class SpareStreams : public Platform::NeverDestroyed<SpareStreams> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static SpareStreams& instance();
-
     /// \return whether a stream that is made now writes as in the classic locale. A child that has inherited
     ///         another locale keeps to that.
     bool isLocaleClassic() const;
@@ -32,6 +30,7 @@ public:
     void giveBack(std::ostream& stream) noexcept;
 
 private:
+    friend NeverDestroyed;
     SpareStreams();
     void prepareForFork();
     void keepLocale() ZAV_LOG_REQUIRES(lock_);

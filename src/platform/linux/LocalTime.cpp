@@ -2,6 +2,7 @@
 
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 
 #include <algorithm>
 #include <array>
@@ -122,14 +123,8 @@ bool isZoneRead() {
 /// The system's conversions take a lock of its own, which any thread of the application may hold when it
 /// forks, and which then stays locked in the child. So a fork makes sure that the table is filled, and the
 /// child asks the table alone, until the zone has changed there: whoever changed it has had that lock.
-class LocalZone {
+class LocalZone : public NeverDestroyed<LocalZone> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static LocalZone& instance() {
-        static LocalZone& zone = *new LocalZone;
-        return zone;
-    }
-
     CalendarTime convert(std::int64_t seconds) {
         const ScopedLock lock(lock_);
         if (!mayAskSystem() && table_.isFilled()) {
@@ -142,6 +137,8 @@ public:
     }
 
 private:
+    friend NeverDestroyed;
+
     LocalZone() {
         atFork([] { instance().prepareForFork(); }, [] { instance().becomeChild(); });
     }
@@ -187,7 +184,6 @@ private:
     TimeZone inheritedZone_ ZAV_LOG_GUARDED_BY(lock_){}; ///< at the fork
 };
 
-/// So that no thread makes it while another one forks.
 const LocalZone& madeAtLoad = LocalZone::instance();
 
 std::string zoneFolder() {

@@ -1,5 +1,6 @@
 #include "NativeLock.h"
 
+#include "platform/NeverDestroyed.h"
 #include "platform/Threads.h"
 
 #include <algorithm>
@@ -43,12 +44,12 @@ timespec timeOf(std::uint64_t nanoseconds) {
 ///
 /// A write may never end, as to a pipe that nobody reads. Its thread says that it changes nothing meanwhile,
 /// so a fork that has waited for a while goes by; should the write end now, its thread waits for the fork.
-class ForkLocks {
+class ForkLocks : public NeverDestroyed<ForkLocks> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static ForkLocks& instance() {
-        static ForkLocks& locks = *new ForkLocks;
-        return locks;
+    ForkLocks() {
+        initCondition();
+        haveForksDealWithLocks([] { instance().takeAll(); }, [] { instance().releaseAll(); },
+                               [] { instance().renewAll(); });
     }
 
     void add(NativeLock& lock) {
@@ -109,12 +110,6 @@ public:
     }
 
 private:
-    ForkLocks() {
-        initCondition();
-        haveForksDealWithLocks([] { instance().takeAll(); }, [] { instance().releaseAll(); },
-                               [] { instance().renewAll(); });
-    }
-
     void takeAll() {
         pthread_mutex_lock(&mutex_);
         NativeLock* busy = tryAllBut(nullptr);
@@ -255,7 +250,6 @@ private:
 
 namespace {
 
-/// So that no thread makes it while another one forks.
 const ForkLocks& madeAtLoad = ForkLocks::instance();
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "platform/CriticalSection.h"
+#include "platform/NeverDestroyed.h"
 #include "system/VisibleText.h"
 #include "system/linux/Severity.h"
 
@@ -21,14 +22,8 @@ namespace {
 constexpr std::size_t LONGEST = 131'072;
 
 /// The use of the C library's `syslog`, of which each process has one.
-class SystemLog {
+class SystemLog : public Platform::NeverDestroyed<SystemLog> {
 public:
-    /// Never destroyed, since threads may still log while the process ends.
-    static SystemLog& instance() {
-        static SystemLog& log = *new SystemLog;
-        return log;
-    }
-
     /// The C library remembers where a name stands and uses it for ever, also for the application's own
     /// calls.
     /// \return a copy that stays
@@ -66,6 +61,7 @@ private:
         bool& isInside_;
     };
 
+    friend NeverDestroyed;
     SystemLog() = default;
 
     Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
@@ -74,7 +70,6 @@ private:
     std::set<std::string> idents_ ZAV_LOG_GUARDED_BY(lock_);
 };
 
-/// Made while the library is loaded, since a fork must not meet its making.
 const SystemLog& madeAtLoad = SystemLog::instance();
 
 [[noreturn]] void refuse(const AppenderOptions& options, const char* key, const std::string& value) {
