@@ -1,6 +1,5 @@
 #include "SampleMessage.h"
 
-#include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/MessageFilters.h"
 
 #include <benchmark/benchmark.h>

@@ -5,7 +5,7 @@
 #include "log/LogValues.h"
 #include "log/Logger.h"
 #include "log/LoggerFactory.h"
-#include "log/layout/JsonLayout.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/text/PackedPairs.h"
 #include "zav-util/TimeText.h"

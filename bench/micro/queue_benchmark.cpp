@@ -1,7 +1,7 @@
 #include "SampleMessage.h"
 
 #include "log/async/MessageQueue.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "zav-util/Properties.h"
 
 #include <benchmark/benchmark.h>

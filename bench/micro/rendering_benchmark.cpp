@@ -1,7 +1,7 @@
 #include "SampleMessage.h"
 
 #include "log/LogLine.h"
-#include "log/layout/PlainLayout.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "zav-util/TimeText.h"
 #include "zav-util/TimeUtils.h"

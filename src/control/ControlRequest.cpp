@@ -1,6 +1,6 @@
 #include "control/ControlRequest.h"
 
-#include "control/ControlText.h"
+#include "control/ClientSession.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,13 @@
 #include "control/RequestHandler.h"
 
+#include "control/ClientSession.h"
 #include "control/ControlRequest.h"
-#include "control/ControlText.h"
 #include "log/LogException.h"
 #include "log/LogManager.h"
 #include "log/LogStatistics.h"
 #include "log/LoggerFactory.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <charconv>
@@ -15,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace ZAV {
@@ -210,6 +213,17 @@ std::string RequestHandler::refused(const std::string& reason) {
 
 bool RequestHandler::isRefusal(const std::string& answer) {
     return answer.compare(0, REFUSED.size(), REFUSED) == 0;
+}
+
+/// The thread has a share of the object, since the server may end before.
+void ReloadCall::start() {
+    Platform::keepLibraryLoaded();
+    const Platform::NoSignals noSignals;
+    std::thread([call = shared_from_this()] {
+        Platform::markAsServing();
+        call->answer_ = RequestHandler::answerTo(call->request_);
+        call->isOver_.store(true, std::memory_order_release);
+    }).detach();
 }
 
 } // namespace Log

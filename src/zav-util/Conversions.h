@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// Has the compiler check a function's arguments against its pattern, as it does for `printf`; the two
 /// numbers are the places of the pattern and of the first argument to it.
@@ -28,6 +29,10 @@ std::string toString(std::int64_t number);
 /// Formats as `printf` does.
 /// \return the formatted text, truncated to 1,023 characters
 std::string format(const char* pattern, ...) ZAV_LOG_PRINTF_LIKE(1, 2);
+
+/// Splits a text at a separator. Several separators in a row count as one, and no piece is empty, not even
+/// where the text begins or ends with a separator.
+std::vector<std::string> split(const std::string& text, char separator);
 
 } // namespace Util
 } // namespace ZAV

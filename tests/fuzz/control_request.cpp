@@ -4,8 +4,8 @@
 
 #include "Expect.h"
 
+#include "control/ClientSession.h"
 #include "control/ControlRequest.h"
-#include "control/LineBuffer.h"
 #include "control/RequestHandler.h"
 
 #include <algorithm>

@@ -4,7 +4,6 @@
 #include "TestSupport.h"
 
 #include "log/LogLine.h"
-#include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
 #include "platform/Process.h"
 

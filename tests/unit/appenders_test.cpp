@@ -3,7 +3,6 @@
 
 #include "log/LogException.h"
 #include "log/LogLine.h"
-#include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
 #include "log/appenders/AppenderRegistry.h"
 #include "log/appenders/FileAppender.h"

@@ -9,7 +9,7 @@
 #include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
-#include "log/commands/FailureNotice.h"
+#include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
 
 #include <boost/make_shared.hpp>

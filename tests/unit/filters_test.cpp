@@ -4,7 +4,6 @@
 #include "log/LogException.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/filters/FilterLogLevelDynamic.h"
 #include "log/filters/MessageFilters.h"
 
 using namespace ZAV;

@@ -6,9 +6,8 @@
 #include "TimeZone.h"
 
 #include "log/LogLine.h"
-#include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
-#include "log/appenders/RollMoments.h"
+#include "log/appenders/RollingFileAppender.h"
 
 #include <ctime>
 #include <fcntl.h>

@@ -5,7 +5,6 @@
 
 #include "log/LogException.h"
 #include "log/LogLine.h"
-#include "log/appenders/AppenderBuilder.h"
 #include "log/appenders/AppenderFactory.h"
 #include "log/appenders/GzipFile.h"
 #include "log/appenders/RollingFileAppender.h"

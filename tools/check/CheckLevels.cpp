@@ -4,7 +4,7 @@
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "log/config/KeyNames.h"
-#include "zav-util/StringUtils.h"
+#include "zav-util/Conversions.h"
 
 #include <algorithm>
 #include <optional>

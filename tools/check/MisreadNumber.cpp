@@ -4,7 +4,6 @@
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Conversions.h"
-#include "zav-util/StringUtils.h"
 
 #include <cstdint>
 #include <limits>

@@ -3,7 +3,7 @@
 #include "check/KeyTable.h"
 #include "check/Nearest.h"
 #include "log/config/ValueReaders.h"
-#include "zav-util/StringUtils.h"
+#include "zav-util/Conversions.h"
 
 #include <algorithm>
 

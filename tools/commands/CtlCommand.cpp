@@ -2,8 +2,8 @@
 
 #include "Complaint.h"
 #include "UsageError.h"
+#include "control/ClientSession.h"
 #include "control/ControlRequest.h"
-#include "control/LineBuffer.h"
 #include "ctl/ControlClient.h"
 #include "options/LevelName.h"
 #include "terminal/Paint.h"

@@ -4,7 +4,6 @@
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/config/LoggerKeys.h"
-#include "log/tree/LoggerName.h"
 #include "zav-util/FileUtils.h"
 
 #include <algorithm>

@@ -3,15 +3,15 @@
 #include "log/Appender.h"
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
-#include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/AppenderFactory.h"
 #include "log/appenders/RollingFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
-#include "log/filters/LevelFilter.h"
+#include "log/filters/MessageFilters.h"
 #include "zav-util/Properties.h"
 
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include <boost/make_shared.hpp>
 
 #include <algorithm>

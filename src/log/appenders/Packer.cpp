@@ -2,7 +2,6 @@
 
 #include "log/Appender.h"
 #include "log/appenders/GzipFile.h"
-#include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"

@@ -3,7 +3,7 @@
 #include "log/LogException.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/Files.h"
 
 namespace ZAV {

@@ -2,7 +2,7 @@
 
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/Terminal.h"
 
 namespace ZAV {

@@ -1,12 +1,10 @@
 #include "log/async/AsynchronousAppenders.h"
 
 #include "log/LogException.h"
-#include "log/commands/FailureNotice.h"
 #include "log/commands/FailureReport.h"
-#include "log/message/FailureCount.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "log/reentrancy/ReportAnswer.h"
 #include "zav-util/StandardError.h"
 
 #include <algorithm>

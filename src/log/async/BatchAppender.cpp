@@ -1,8 +1,8 @@
 #include "log/async/BatchAppender.h"
 
 #include "log/LogException.h"
-#include "log/commands/FailureNotice.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/commands/FailureReport.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 
 #include <algorithm>

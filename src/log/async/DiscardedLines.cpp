@@ -1,7 +1,7 @@
 #include "log/async/DiscardedLines.h"
 
-#include "log/layout/ShownMessage.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/layout/UndeliveredMessage.h"
+#include "log/reentrancy/LibraryCall.h"
 
 #include <exception>
 #include <utility>

@@ -1,8 +1,8 @@
 #include "log/async/MessageStore.h"
 
 #include "log/async/DiscardedLines.h"
-#include "log/layout/ShownMessage.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/layout/UndeliveredMessage.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -13,6 +13,12 @@
 namespace ZAV {
 namespace Log {
 
+/// The commands that the library itself issues.
+namespace CommandName {
+constexpr char LOWER_DYNAMIC_LEVELS[] = "DynamicLogLevelFilterSoft"; ///< with the name of a level
+constexpr char FAILURE_REPORT[] = "EXCEPTION";                       ///< with a report
+} // namespace CommandName
+
 class CommandListener;
 
 /// The process-wide registry of command listeners. All operations may be called from any thread.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <string>
 
 namespace ZAV {
@@ -29,5 +31,53 @@ void deliverFor(const LogMessage& message, const char* reason);
 void deliverWithoutMessage(const std::string& activity, const std::string& reason);
 
 } // namespace FailureReport
+
+class Appender;
+
+/// Tells on the standard error stream of each appender that begins to fail, once until it has written again,
+/// for a program that nobody would tell otherwise: where somebody listens to "EXCEPTION", nothing is said.
+/// All operations may be called from any thread.
+class FailureNotice {
+public:
+    /// Says whether anything is told. It is not unless somebody has asked for it.
+    static void setWanted(bool isWanted) noexcept;
+    static bool isWanted() noexcept { return wanted.load(std::memory_order_relaxed); }
+
+    /// Notes that an appender could not write a message.
+    static void noteFailed(const Appender* appender, const std::string& name, const char* reason) noexcept {
+        if (isWanted()) {
+            tell(appender, name, reason);
+        }
+    }
+
+    /// Notes that an appender has written; one read while none of them fails. A line that it has only kept
+    /// does not count.
+    static void noteWritten(const Appender* appender) noexcept {
+        if (mayFail(appender)) {
+            noteWrittenAgain(appender);
+        }
+    }
+
+    /// Forgets an appender that is destroyed.
+    static void forget(const Appender* appender) noexcept;
+
+private:
+    /// \return whether an appender may be one of those that fail
+    static bool mayFail(const Appender* appender) noexcept {
+        const std::uint64_t known = failing.load(std::memory_order_relaxed);
+        return known != 0 && (known & markOf(appender)) != 0;
+    }
+    static std::uint64_t markOf(const Appender* appender) noexcept {
+        constexpr unsigned SHIFT = 6; // objects that follow each other differ above it
+        constexpr unsigned MARKS = 64;
+        return std::uint64_t{1} << ((reinterpret_cast<std::uintptr_t>(appender) >> SHIFT) % MARKS);
+    }
+    static void tell(const Appender* appender, const std::string& name, const char* reason) noexcept;
+    static void noteWrittenAgain(const Appender* appender) noexcept;
+
+    static inline std::atomic<bool> wanted{false};
+    static inline std::atomic<std::uint64_t> failing{0}; ///< the marks of those that fail
+};
+
 } // namespace Log
 } // namespace ZAV

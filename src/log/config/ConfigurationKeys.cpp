@@ -3,7 +3,7 @@
 #include "log/config/AppenderValues.h"
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
-#include "zav-util/StringUtils.h"
+#include "zav-util/Conversions.h"
 #include "zav-util/UtilException.h"
 
 #include <algorithm>

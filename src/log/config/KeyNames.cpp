@@ -1,6 +1,6 @@
 #include "log/config/KeyNames.h"
 
-#include "zav-util/StringUtils.h"
+#include "zav-util/Conversions.h"
 
 #include <vector>
 

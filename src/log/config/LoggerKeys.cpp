@@ -1,5 +1,6 @@
 #include "log/config/LoggerKeys.h"
 
+#include "log/LogException.h"
 #include "log/config/KeyNames.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/Properties.h"
@@ -11,6 +12,7 @@
 #include <exception>
 #include <iterator>
 #include <new>
+#include <string>
 
 namespace ZAV {
 namespace Log {
@@ -80,6 +82,14 @@ void forEachLoggerKey(const Util::Properties& properties, const std::function<vo
         } catch (const std::exception& exception) {
             Util::writeErrorLine("Exception parsing property " + key.key + ": " + exception.what());
         }
+    }
+}
+
+void requireAcceptableName(std::string_view path) {
+    constexpr std::ptrdiff_t MOST_COMPONENTS = 1000;
+    const std::ptrdiff_t components = std::count(path.begin(), path.end(), '.') + 1;
+    if (components > MOST_COMPONENTS) {
+        throw LogException("Logger name has too many components: " + std::to_string(components));
     }
 }
 

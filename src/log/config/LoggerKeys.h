@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZAV {
@@ -39,6 +40,12 @@ LoggerValue readLoggerValue(const LoggerKey& key, const Util::Properties& proper
 /// Calls a function with each key of a logger, in that order. A `std::exception` that it throws for a key is
 /// reported on the standard error stream, but for `std::bad_alloc`: the value may be a good one then.
 void forEachLoggerKey(const Util::Properties& properties, const std::function<void(const LoggerKey&)>& use);
+
+/// Refuses a name that makes the tree absurdly deep: each component is a logger, which keeps its full name,
+/// so a long name of many components takes memory by the square of its length.
+/// \param path as `Logger::getLogger` splits it: at each dot, empty components included
+/// \throw LogException for more than 1,000 components
+void requireAcceptableName(std::string_view path);
 
 } // namespace Log
 } // namespace ZAV

@@ -1,7 +1,6 @@
 #include "log/config/ValueReaders.h"
 
 #include "zav-util/Conversions.h"
-#include "zav-util/StringUtils.h"
 #include "zav-util/UtilException.h"
 
 #include <algorithm>

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "log/CommandListener.h"
+#include "log/Level.h"
 #include "log/MessageFilter.h"
 #include "log/MessageType.h"
-#include "log/filters/LevelFilter.h"
+#include "platform/CriticalSection.h"
+#include "zav-util/TimeUtils.h"
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <list>
 #include <string>
@@ -14,6 +18,35 @@ namespace ZAV {
 namespace Log {
 
 struct AppenderValues;
+
+/// A filter on the level of messages. What it would stop it lets through while somebody has asked for that
+/// level by `LogManager::setLevelFor`.
+class LevelFilter : public MessageFilter {
+public:
+    using Time = Util::TimeUtils::Time;
+
+    struct State {
+        Level::LogLevel level; ///< the lowest level that passes
+        Time until; ///< when it goes back; 0 if nobody has lowered it, the greatest if it never does
+    };
+
+    bool accept(const LogMessage& message) final;
+
+    State stateAt(Time time) const;
+
+    /// \return whether a command has lowered the level
+    bool isLowered(Time time) const { return ownStateAt(time).until != Time(); }
+
+    /// Takes a level that a command has lowered back to the configured one.
+    virtual void restore() {}
+
+private:
+    /// \return whether the filter by itself accepts a message
+    virtual bool passes(const LogMessage& message) = 0;
+
+    /// \return the state without what somebody has asked for
+    virtual State ownStateAt(Time time) const = 0;
+};
 
 /// Passes messages of the loggers whose names begin with one of a list of prefixes. The prefixes are plain
 /// text: "net" passes "net.tcp" and also "network". Without a prefix every message is rejected.
@@ -48,6 +81,38 @@ public:
 
 private:
     const MessageType messageType_;
+};
+
+/// Passes messages at or above a level that a command can lower for a while. The first message later than the
+/// expiration period takes the level back to the configured one.
+class FilterLogLevelDynamic : public LevelFilter, public CommandListener {
+public:
+    /// \param expiration with 0 a lowered level stays
+    FilterLogLevelDynamic(Level::LogLevel level, Time expiration);
+
+    /// Lowers the level to the one that the argument names, or starts its period anew; a higher level is
+    /// ignored.
+    /// \throw LogException if the argument is no level name
+    void onCommand(const std::string& argument) override;
+
+    /// Sets the level in force and starts its period anew.
+    void setLevel(Level::LogLevel level);
+
+    void restore() override { setLevel(defaultLevel_); }
+
+private:
+    bool passes(const LogMessage& message) override;
+    State ownStateAt(Time time) const override;
+    bool isLowered() const;
+    bool isLaterThanPeriod(Time time) const;
+
+    // Changed under the lock, read without it.
+    std::atomic<Level::LogLevel> level_;
+    const Level::LogLevel defaultLevel_;
+    std::atomic<std::uint64_t> levelSetTime_; ///< microseconds since 1970
+    const Time expiration_;                   ///< 0: a lowered level stays
+    mutable Platform::CriticalSection criticalSection_{
+        Platform::AWAITED_BY_FORK}; ///< always the innermost lock
 };
 
 /// \return the filters that an appender is to have, in the order in which they are asked. One whose level a

@@ -1,4 +1,4 @@
-#include "log/layout/EscapedLayout.h"
+#include "log/layout/LineLayout.h"
 
 #include "log/message/MessageFields.h"
 #include "zav-util/Utf8.h"

@@ -1,4 +1,4 @@
-#include "log/layout/JsonLayout.h"
+#include "log/layout/LineLayout.h"
 
 #include "log/message/MessageFields.h"
 #include "log/text/JsonText.h"

@@ -1,9 +1,7 @@
 #include "log/layout/LineLayout.h"
 
-#include "log/layout/EscapedLayout.h"
-#include "log/layout/FieldsLayout.h"
-#include "log/layout/JsonLayout.h"
-#include "log/layout/PlainLayout.h"
+#include "log/LogLine.h"
+#include "log/message/MessageFields.h"
 
 #include <utility>
 
@@ -35,6 +33,18 @@ std::shared_ptr<const LineLayout> makeLayout(LayoutName name, const std::vector<
         return std::make_shared<EscapedLayout>(std::move(layout));
     }
     return layout;
+}
+
+std::string formatLogLine(const LogMessage& message) {
+    std::string line;
+    appendLogLine(line, message);
+    return line;
+}
+
+std::string formatLogLineWithProcess(const LogMessage& message) {
+    std::string line;
+    appendLogLineWithProcess(line, message);
+    return line;
 }
 
 } // namespace Log

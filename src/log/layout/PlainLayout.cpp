@@ -1,4 +1,4 @@
-#include "log/layout/PlainLayout.h"
+#include "log/layout/LineLayout.h"
 
 #include "log/layout/ProcessDescription.h"
 #include "log/message/MessageFields.h"

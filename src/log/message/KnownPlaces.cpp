@@ -1,5 +1,3 @@
-#include "log/message/KnownPlaces.h"
-
 #include "log/message/MessageFields.h"
 
 #include <atomic>

@@ -1,8 +1,7 @@
 #include "log/message/MessageFields.h"
 
-#include "log/text/FormattedText.h"
+#include "log/text/MessageText.h"
 #include "log/text/PackedPairs.h"
-#include "log/text/StreamedText.h"
 
 #include <cstddef>
 #include <string>

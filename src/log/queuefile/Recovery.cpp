@@ -3,11 +3,11 @@
 #include "log/Appender.h"
 #include "log/LogMessage.h"
 #include "log/layout/ProcessDescription.h"
-#include "log/message/FailureCount.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 #include "zav-util/StandardError.h"
 

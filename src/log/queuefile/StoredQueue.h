@@ -1,7 +1,6 @@
 #pragma once
 
 #include "log/LogMessage.h"
-#include "log/message/KnownPlaces.h"
 #include "log/message/MessageFields.h"
 #include "log/queuefile/QueueFileFormat.h"
 

@@ -1,11 +1,30 @@
 #include "log/reentrancy/LibraryCall.h"
 
-#include "log/layout/ShownMessage.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/PutOffMessages.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 namespace ZAV {
 namespace Log {
+
+namespace {
+
+thread_local ThreadRecord record{};
+
+/// The one thread of a forked child is another one to the system.
+const bool forgetsIdInChild = (Platform::atFork(nullptr, [] { record.systemId = 0; }), true);
+
+} // namespace
+
+ThreadRecord& threadRecord() noexcept {
+    return record;
+}
+
+void askSystemId(ThreadRecord& thread) noexcept {
+    thread.systemId = Platform::currentThreadId();
+}
 
 void LibraryCall::end() noexcept {
     if (hasPutOffMessages()) {

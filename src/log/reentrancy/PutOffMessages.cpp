@@ -1,7 +1,6 @@
 #include "log/reentrancy/PutOffMessages.h"
 
-#include "log/layout/ShownMessage.h"
-#include "log/message/FailureCount.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/message/MessageFields.h"
 #include "platform/Threads.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/LogMessage.h"
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
 #include "platform/NeverDestroyed.h"
 

@@ -1,6 +1,6 @@
 #include "log/reentrancy/ThreadContext.h"
 
-#include "log/reentrancy/ThreadRecord.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "log/text/PackedPairs.h"
 #include "platform/Threads.h"
 

@@ -1,6 +1,5 @@
-#include "log/text/FormattedText.h"
-
 #include "log/text/MessageText.h"
+
 #include "log/text/PackedValues.h"
 
 #include <fmt/compile.h>

@@ -1,7 +1,6 @@
 #include "log/text/MessageText.h"
 
 #include "log/text/SpareStreams.h"
-#include "log/text/StreamedText.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

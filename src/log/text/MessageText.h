@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log/TaggedValue.h"
 #include "log/text/PackedValues.h"
 
 #include <cstddef>
@@ -45,7 +46,9 @@ public:
 
     /// Keeps a value, with `keepsValues`.
     /// \throw std::bad_alloc
-    [[gnu::always_inline]] void keep(const TaggedValue& value) { commit(packValue(room(packedSize(value)), value)); }
+    [[gnu::always_inline]] void keep(const TaggedValue& value) {
+        commit(packValue(room(packedSize(value)), value));
+    }
 
     /// Makes the text of the values that were kept, if they were. Nothing is kept from now on.
     /// \throw std::bad_alloc
@@ -130,6 +133,44 @@ struct TakenText {
 
     MessageText& text;
 };
+
+// What a stream writes for one value, appended to a text. All throw std::bad_alloc.
+
+void appendStreamed(MessageText& text, std::string_view value);
+void appendStreamed(MessageText& text, char value);
+void appendStreamed(MessageText& text, bool value);
+void appendStreamed(MessageText& text, short value);
+void appendStreamed(MessageText& text, unsigned short value);
+void appendStreamed(MessageText& text, int value);
+void appendStreamed(MessageText& text, unsigned value);
+void appendStreamed(MessageText& text, long value);
+void appendStreamed(MessageText& text, unsigned long value);
+void appendStreamed(MessageText& text, long long value);
+void appendStreamed(MessageText& text, unsigned long long value);
+void appendStreamed(MessageText& text, double value);
+void appendStreamed(MessageText& text, long double value);
+void appendStreamed(MessageText& text, const void* value);
+
+/// The same for values that were packed one behind another.
+void appendStreamedValues(MessageText& text, std::string_view packed);
+
+/// Appends what {fmt} makes of values in a format, character for character. The values are tagged, and so may
+/// have gone through memory that knows no types.
+/// \param text one to which texts may be appended
+/// \param values `count` of them, of the kinds that the format was checked for
+/// \throw std::bad_alloc and, for a null pointer in place of a text and a width or precision that is a value and out
+///        of range, what {fmt} throws; the text then holds a part
+void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
+                     std::size_t count);
+
+/// The same for values that were packed one behind another. Where {fmt} throws, the text is the one that
+/// shows the failure.
+/// \throw std::bad_alloc
+void appendFormattedValues(MessageText& text, std::string_view format, std::string_view packed);
+
+/// Has a text that could not be made hold the format and why.
+/// \param reason null if it is not known
+void showFailure(MessageText& text, std::string_view format, const char* reason);
 
 } // namespace Log
 } // namespace ZAV

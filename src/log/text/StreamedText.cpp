@@ -1,7 +1,6 @@
-#include "log/text/StreamedText.h"
+#include "log/text/MessageText.h"
 
 #include "log/text/FloatText.h"
-#include "log/text/MessageText.h"
 #include "log/text/PackedValues.h"
 
 #include <charconv>

@@ -5,10 +5,9 @@
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/PutOffMessages.h"
-#include "log/reentrancy/ReportAnswer.h"
 #include "log/reentrancy/ThreadContext.h"
-#include "log/tree/DispatchGate.h"
 #include "log/tree/SubtreeCapture.h"
+#include "log/tree/TreeLock.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -1,12 +1,14 @@
 #include "log/tree/TreeChange.h"
 
+#include "log/Logger.h"
 #include "log/config/KeyNames.h"
+#include "log/config/LoggerKeys.h"
 #include "log/filters/TemporaryLevels.h"
 #include "log/tree/LoggerInside.h"
-#include "log/tree/LoggerName.h"
 #include "platform/Threads.h"
 #include "zav-util/FileUtils.h"
 
+#include <limits>
 #include <thread>
 #include <utility>
 
@@ -15,6 +17,7 @@ namespace Log {
 
 using Platform::ScopedLock;
 using Util::TimeUtils::Time;
+using namespace Util::TimeUtils;
 
 TreeChange::TreeChange(Logger& root, const Util::Properties& properties) : root_(root) {
     forEachLoggerKey(properties, [&](const LoggerKey& key) {
@@ -128,6 +131,28 @@ void TreeChange::configure(Logger& logger, Time now) const {
     inside.expirationTime_.store(expiration, std::memory_order_relaxed);
     inside.setLevel(level, now);
     inside.levelSetTime_.store(setTime, std::memory_order_relaxed);
+}
+
+namespace {
+
+/// \return the sum, or the greatest time if it would be later
+Time endOf(Time begin, Time duration) {
+    const Time end = begin + duration;
+    return end < begin ? Time(std::numeric_limits<std::uint64_t>::max(), USEC) : end;
+}
+
+} // namespace
+
+void SubtreeLevel::setFor(Logger& logger, Level::LogLevel level, Time duration) {
+    const Platform::ScopedLock lock(treeLock());
+    const Time now = Time::now();
+    if (duration == Time()) {
+        TemporaryLevels::instance().endWhere([&](const Logger* other) { return other == &logger; }, now);
+    } else {
+        TemporaryLevels::instance().set(&logger, level, now, endOf(now, duration));
+    }
+    logger.inside_->forSubtree([now](Logger& below)
+                                   ZAV_LOG_REQUIRES(treeLock()) { below.inside_->renewLevel(now); });
 }
 
 } // namespace Log

@@ -84,5 +84,11 @@ private:
     Util::TimeUtils::Time endOfTemporary_; ///< 0 if there was none to end
 };
 
+/// A level of a logger and all below it that lasts for a while.
+struct SubtreeLevel {
+    /// Sets it from now on; see `LogManager::setLevelFor`.
+    static void setFor(Logger& logger, Level::LogLevel level, Util::TimeUtils::Time duration);
+};
+
 } // namespace Log
 } // namespace ZAV

@@ -1,10 +1,11 @@
-#include "log/layout/ShownMessage.h"
+#include "log/layout/UndeliveredMessage.h"
 
-#include "log/layout/PlainLayout.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/text/PackedPairs.h"
 #include "zav-util/StandardError.h"
 
+#include <atomic>
 #include <exception>
 
 namespace ZAV {
@@ -37,6 +38,24 @@ void showLine(const std::string& line, const char* reason) noexcept {
 void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
     showLine(shownLine(reason, message), reason);
 }
+
+namespace FailureCount {
+
+namespace {
+
+std::atomic<std::uint64_t> failures{0};
+
+} // namespace
+
+void add() noexcept {
+    failures.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::uint64_t get() noexcept {
+    return failures.load(std::memory_order_relaxed);
+}
+
+} // namespace FailureCount
 
 } // namespace Log
 } // namespace ZAV

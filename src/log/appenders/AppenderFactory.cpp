@@ -1,4 +1,4 @@
-#include "log/appenders/AppenderBuilder.h"
+#include "log/appenders/AppenderFactory.h"
 
 #include "log/appenders/FileAppender.h"
 #include "log/appenders/RollingFileAppender.h"

@@ -1,11 +1,17 @@
 #include "log/Level.h"
 
 #include "log/LogException.h"
+#include "log/LogMessage.h"
+#include "log/MessageFilter.h"
+#include "log/MessageType.h"
+#include "log/text/PackedPairs.h"
 
 #include <array>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
+
 namespace Level {
 
 namespace {
@@ -54,5 +60,35 @@ LogLevel fromString(const std::string& name) {
 }
 
 } // namespace Level
+
+MessageType messageTypeFromString(const std::string& name) {
+    if (name == "LOG") {
+        return LOG;
+    }
+    if (name == "CFG") {
+        return CFG;
+    }
+    throw LogException("There is no '" + name + "' MessageType defined.");
+}
+
+LogException::LogException(const std::string& message) : std::runtime_error(message) {}
+
+LogException::~LogException() = default;
+
+LogMessage::LogMessage(std::string loggerName, Util::TimeUtils::Time time, Level::LogLevel level,
+                       std::string text, int line, std::string file, MessageType type)
+    : loggerName_(std::move(loggerName)), time_(time), level_(level), text_(std::move(text)), line_(line),
+      file_(std::move(file)), type_(type), messageSize_(text_.size()) {}
+
+LogMessage::Pairs LogMessage::getValues() const {
+    return listPairs(values_, false);
+}
+
+LogMessage::Pairs LogMessage::getContext() const {
+    return listPairs(context_, true);
+}
+
+MessageFilter::~MessageFilter() = default;
+
 } // namespace Log
 } // namespace ZAV

@@ -1,0 +1,207 @@
+#include "log/FormattedMessage.h"
+#include "log/LogContext.h"
+#include "log/Logger.h"
+#include "log/MessageStream.h"
+#include "log/MessageWithValues.h"
+#include "log/PairValue.h"
+#include "log/reentrancy/ThreadContext.h"
+#include "log/text/MessageText.h"
+#include "log/text/PackedPairs.h"
+#include "log/text/PackedValues.h"
+#include "log/tree/LoggerInside.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace ZAV {
+namespace Log {
+
+namespace {
+
+/// Writes a value, or puts it aside as it is if the text is made later.
+/// \tparam Kept as what a value is kept
+template <typename Kept, typename Value>
+void writeOrKeep(MessageText& text, Value value) {
+    if (text.keepsValues()) {
+        text.keep(static_cast<Kept>(value));
+    } else {
+        appendStreamed(text, value);
+    }
+}
+
+} // namespace
+
+MessageStream::MessageStream(const Logger& logger) : text_(MessageText::take()) {
+    if (logger.inside_->takesValues()) {
+        text_.keepValues();
+    }
+}
+
+MessageStream::~MessageStream() {
+    MessageText::giveBack(text_);
+}
+
+std::ostream& MessageStream::stream() {
+    return text_.stream();
+}
+
+void MessageStream::settle() {
+    text_.settle();
+}
+
+void MessageStream::writeText(std::string_view text) {
+    writeOrKeep<std::string_view>(text_, text);
+}
+
+void MessageStream::write(char character) {
+    writeOrKeep<char>(text_, character);
+}
+
+void MessageStream::write(bool number) {
+    writeOrKeep<bool>(text_, number);
+}
+
+void MessageStream::write(short number) {
+    writeOrKeep<long long>(text_, number);
+}
+
+void MessageStream::write(unsigned short number) {
+    writeOrKeep<unsigned long long>(text_, number);
+}
+
+void MessageStream::write(int number) {
+    writeOrKeep<long long>(text_, number);
+}
+
+void MessageStream::write(unsigned number) {
+    writeOrKeep<unsigned long long>(text_, number);
+}
+
+void MessageStream::write(long number) {
+    writeOrKeep<long long>(text_, number);
+}
+
+void MessageStream::write(unsigned long number) {
+    writeOrKeep<unsigned long long>(text_, number);
+}
+
+void MessageStream::write(long long number) {
+    writeOrKeep<long long>(text_, number);
+}
+
+void MessageStream::write(unsigned long long number) {
+    writeOrKeep<unsigned long long>(text_, number);
+}
+
+/// What is not a number comes from a stream, which its sign depends on.
+void MessageStream::write(double number) {
+    if (std::isnan(number)) {
+        text_.makeText();
+    }
+    writeOrKeep<double>(text_, number);
+}
+
+/// It has no tag.
+void MessageStream::write(long double number) {
+    text_.makeText();
+    appendStreamed(text_, number);
+}
+
+/// Null comes from a stream, too.
+void MessageStream::write(const void* address) {
+    if (address == nullptr) {
+        text_.makeText();
+    }
+    writeOrKeep<const void*>(text_, address);
+}
+
+void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
+                          std::string_view file) const {
+    logger.inside_->logFrom({file, {}, line, level}, text_.view(),
+                            text_.keepsValues() ? TextForm::STREAMED : TextForm::READY);
+}
+
+namespace {
+
+/// On the stack, unless they are long.
+class PackedValues {
+public:
+    PackedValues(const TaggedValue* values, std::size_t count) {
+        std::size_t most = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            most += packedSize(values[i]);
+        }
+        bytes_.resize(most);
+        end_ = bytes_.data();
+        for (std::size_t i = 0; i < count; ++i) {
+            end_ = packValue(end_, values[i]);
+        }
+    }
+
+    std::string_view view() const { return {bytes_.data(), static_cast<std::size_t>(end_ - bytes_.data())}; }
+
+private:
+    fmt::memory_buffer bytes_;
+    char* end_;
+};
+
+} // namespace
+
+void FormattedMessage::logTagged(const Logger& logger, const Place& place, const TaggedValue* values,
+                                 std::size_t count) {
+    if (logger.inside_->takesValues()) {
+        const KnownPlace& known = knownPlace(place);
+        if (!known.needsCall) {
+            logger.inside_->logFrom(known, PackedValues(values, count).view(), TextForm::FORMATTED);
+            return;
+        }
+    }
+    const TakenText taken;
+    if (succeeds(logger, place, [&] { appendFormatted(taken.text, place.format, values, count); })) {
+        logText(logger, place, taken.text.view());
+    }
+}
+
+void FormattedMessage::logText(const Logger& logger, const Place& place, std::string_view text) {
+    logger.inside_->logFrom(place, text, TextForm::READY);
+}
+
+void FormattedMessage::logFailure(const Logger& logger, const Place& place, const char* reason) {
+    const TakenText taken;
+    showFailure(taken.text, place.format, reason);
+    logText(logger, place, taken.text.view());
+}
+
+LongDoubleText::LongDoubleText(long double value) noexcept
+    : size_(static_cast<std::size_t>(std::to_chars(characters_, characters_ + sizeof characters_, value).ptr -
+                                     characters_)),
+      kind_(TaggedValue::Kind::TEXT) {
+    constexpr long double LARGEST = std::numeric_limits<double>::max();
+    if (value >= -LARGEST && value <= LARGEST) {
+        kind_ = TaggedValue::Kind::NUMBER;
+    }
+}
+
+/// The pairs are packed into the thread's memory, from where they go into the queue or the message.
+void MessageWithValues::logTagged(const Logger& logger, const Place& place, std::string_view text,
+                                  const TaggedValue* keysAndValues, std::size_t count) {
+    const TakenText pairs;
+    const TaggedValue* const end = keysAndValues + 2 * count;
+    for (const TaggedValue* key = keysAndValues; key != end; key += 2) {
+        const std::string_view name(key->text, key->size);
+        pairs.text.commit(packPair(pairs.text.room(packedPairSize(name, key[1])), name, key[1]));
+    }
+    logger.inside_->logFrom(place, text, TextForm::READY, pairs.text.view());
+}
+
+ContextEntry& LogContext::begin(std::string_view key, const TaggedValue& value) {
+    return ThreadContext::own().add(key, value);
+}
+
+LogContext::~LogContext() {
+    ThreadContext::remove(entry_);
+}
+
+} // namespace Log
+} // namespace ZAV
