@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// How the configuration makes appenders of the application's own classes.
+
 #include "log/Appender.h"
 #include "zav-util/Export.h"
 

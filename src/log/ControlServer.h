@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A running program's logging, inspected and changed from outside.
+
 #include "zav-util/Export.h"
 
 #include <memory>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogFormat.h`; not used directly.
+
 #include "log/Level.h"
 #include "log/TaggedValue.h"
 #include "zav-util/Export.h"

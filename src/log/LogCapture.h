@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// What was logged, for the tests of an application.
+
 #include "log/Level.h"
 #include "log/LogMessage.h"
 #include "log/LoggerFactory.h"

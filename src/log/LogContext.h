@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Values that all messages of a thread have, such as the id of a request.
+
 #include "log/PairValue.h"
 #include "zav-util/Export.h"
 

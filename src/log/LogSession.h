@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The library for the duration of a scope, which is the usual way to start it.
+
 #include "zav-util/Export.h"
 
 #include <string>

@@ -24,7 +24,7 @@ namespace Log {
 
 /// Looks up and creates the loggers of the process. All functions may be called from any thread.
 ///
-/// A name may be the path of a source file: only what follows its last "/" or "\" counts.
+/// A name may be the path of a source file: only what follows its last `/` or `\` counts.
 class ZAV_LOG_API LoggerFactory {
 public:
     LoggerFactory& operator=(const LoggerFactory&) { return *this; }

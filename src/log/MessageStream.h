@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogMacros.h`: the text of a message; not used directly.
+
 #include "log/Level.h"
 #include "zav-util/Export.h"
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogValues.h`; not used directly.
+
 #include "log/Level.h"
 #include "log/PairValue.h"
 #include "zav-util/Export.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of `log/LogContext.h` and `log/LogValues.h`: keys and values; not used directly.
+
 #include "log/TaggedValue.h"
 #include "zav-util/Export.h"
 
@@ -9,8 +12,6 @@
 
 namespace ZAV {
 namespace Log {
-
-// Used by `log/LogContext.h` and `log/LogValues.h`, not directly.
 
 /// A view of a key or a text that is passed as an argument: of whatever converts to `std::string_view`. A
 /// null pointer is an empty text.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Queued messages that survive the signals which end a process.
+
 #include "zav-util/Export.h"
 
 #include <chrono>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Appenders to syslog, the journal of systemd and the Windows event log.
+
 #include "zav-util/Export.h"
 
 namespace ZAV {

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the logging macros: what a call passes to the library; not used directly.
+
 #include "log/Level.h"
 
 #include <cstddef>
@@ -10,8 +13,6 @@
 
 namespace ZAV {
 namespace Log {
-
-// Used by the logging macros, not directly: what a call passes to the library.
 
 /// Where a logging call stands in the source. It refers to texts that are valid as long as that code is
 /// loaded.
