@@ -59,7 +59,7 @@ struct ZAV_LOG_API AppenderOptions {
     /// Reads the keys "appender.<name>.*" of a configuration, as `LogManager::init` does. The filter for a
     /// level that a command may lower (the keys `level` and `expiration`) listens for commands as long as a
     /// copy of the filters exists, but not beyond `LogManager::finish`.
-    /// \throw LogException for a bad level, message type or expiration
+    /// \throw LogException for an invalid level, message type or expiration
     AppenderOptions(const std::string& appenderName, const Util::Properties& properties);
     ~AppenderOptions();
     AppenderOptions(const AppenderOptions& other);

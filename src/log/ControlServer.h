@@ -41,7 +41,7 @@ namespace Log {
 /// | `command NAME [ARGUMENT]` | `LogManager::command`; the argument is the rest of the line |
 /// | `statistics` | a line for each of the library's counters: name and value |
 /// | `flush` | `LogManager::flush`, for at most five seconds |
-/// | `reload [FILE]` | `LogManager::reload`; a relative path starts at this process's directory |
+/// | `reload [FILE]` | `LogManager::reload`; a relative path starts at this process's working directory |
 ///
 /// The level of an appender that has none is `-`. The seconds are those until a lowered level is restored;
 /// `-` if it is not lowered or is never restored. If a command has no listener, a line before the `ok` says

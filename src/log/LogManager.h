@@ -49,8 +49,8 @@ namespace LogManager {
 /// that it sets up, and returns when that is written. What one of them cannot write stays in the file for it.
 /// \return false if the library is initialised already; the properties are then ignored
 /// \throw LogException for an invalid setting of an appender, and for a queue file that another process uses,
-///        that is damaged or that cannot be created. Whenever `init` throws, `finish` has run before, and a
-///        later `init` may succeed.
+///        that is damaged or that cannot be created. Whatever `init` throws, it has called `finish` before,
+///        and a later `init` may succeed.
 ZAV_LOG_API bool init(const Util::Properties& properties);
 
 /// Initialises the library from a property file. The file is read and checked even if the library is
@@ -59,9 +59,9 @@ ZAV_LOG_API bool init(const Util::Properties& properties);
 /// \throw LogException if the file name is empty, and as the other `init` does
 ZAV_LOG_API bool init(const std::string& fileName);
 
-/// Registers a class of appenders of the application, so that the configuration can name it. For "appender.A
-/// = KafkaAppender", the thread that calls `init` or `reload` then calls the maker, without holding a lock
-/// that any calls but these and `finish` take. The registration takes effect with the next `init` or
+/// Registers a class of appenders of the application, so that the configuration can name it. If it says
+/// "appender.A = KafkaAppender", the thread that calls `init` or `reload` calls the maker, without holding a
+/// lock that any calls but these and `finish` take. The registration takes effect with the next `init` or
 /// `reload`, and lasts until the process ends.
 ///
 /// An exception from the maker is thrown by `init` or `reload`, as for an invalid setting. Within the maker,
@@ -114,9 +114,9 @@ ZAV_LOG_API void finish();
 /// has been given to the asynchronous appenders or discarded. A following `finish` loses nothing that this
 /// thread has logged.
 /// \param timeout how long to wait; 0 for no limit
-/// \return true if all were delivered or discarded; false after the timeout. Where the wait might never end,
-///         it returns false at once if messages are waiting: in an appender or a command listener, in the
-///         consumer thread, and if there is no consumer.
+/// \return true if all were delivered or discarded; false after the timeout. Where the wait might never end
+///         (in an appender or a command listener, in the consumer thread, and if there is no such thread), it
+///         returns at once: false if messages are waiting.
 ZAV_LOG_API bool flush(const Util::TimeUtils::Time& timeout = Util::TimeUtils::Time());
 
 /// \return what was counted since the library was loaded, as a consistent snapshot; logging calls do not wait
