@@ -22,10 +22,10 @@ function scoreOf(entry, words) {
     var page = entry[0].toLowerCase();
     var section = entry[1].toLowerCase();
     var text = entry[3].toLowerCase();
-    var total = section === "" ? 0.05 : 0; // of equal ones first
+    var total = section === "" ? 0.01 : 0; // of equal ones first
     for (var i = 0; i < words.length; ++i) {
         var score = scoreOfTitle(section || page, words[i]) || (page.indexOf(words[i]) >= 0 ? 2 : 0) ||
-            Math.min(text.split(words[i]).length - 1, 9) / 10;
+            scoreOfText(text, words[i]);
         if (score === 0) {
             return 0;
         }
@@ -39,6 +39,12 @@ function scoreOfTitle(title, word) {
         return 0;
     }
     return (" " + title.replace(/[^a-z0-9_~.]+/g, " ") + " ").indexOf(" " + word + " ") >= 0 ? 30 : 10;
+}
+
+// Words that begin so count, up to nine of them, and otherwise a little what has it inside of a word.
+function scoreOfText(text, word) {
+    var beginnings = (" " + text.replace(/[^a-z0-9_]+/g, " ")).split(" " + word).length - 1;
+    return beginnings > 0 ? Math.min(beginnings, 9) / 10 : text.indexOf(word) >= 0 ? 0.05 : 0;
 }
 
 // The part of a text around the first word of a query.
