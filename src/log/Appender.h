@@ -1,5 +1,30 @@
 #pragma once
 
+/// \file
+/// A destination for messages that the application implements itself:
+///
+///     #include "log/LogLine.h"
+///     #include "log/LoggerFactory.h"
+///     #include <iostream>
+///
+///     class ConsoleAppender : public ZAV::Log::Appender {
+///     public:
+///         ConsoleAppender() : Appender("console") {}
+///
+///     private:
+///         void doOutput(const ZAV::Log::LogMessage& message) override {
+///             std::clog << ZAV::Log::formatLogLine(message) + '\n';
+///         }
+///     };
+///
+///     int main() {
+///         ConsoleAppender console;
+///         ZAV::Log::Logger& root = ZAV::Log::LoggerFactory::getRootLogger();
+///         root.addAppender(&console);
+///         root.error("no configuration found");
+///         root.removeAppender(&console);
+///     }
+
 #include "log/MessageFilter.h"
 #include "zav-util/Export.h"
 
@@ -13,20 +38,20 @@ namespace Log {
 class LogMessage;
 struct AppenderOptions;
 
-/// A destination of log messages. An application derives its own by supplying `doOutput`, attaches it with
-/// `Logger::addAppender` and keeps it alive until `Logger::removeAppender` has returned.
+/// A destination of log messages. An application derives its own and implements `doOutput`, adds it with
+/// `Logger::addAppender`, and keeps it alive until `Logger::removeAppender` has returned.
 class ZAV_LOG_API Appender {
 public:
-    /// Filters in the order in which they are asked; shared with whoever made them.
+    /// Filters in the order in which they are applied; ownership is shared.
     using Filters = std::list<boost::shared_ptr<MessageFilter>>;
 
-    /// \param name unique among the appenders; a name that no command has
-    /// \param synchronous whether to write in the thread that logs
-    /// \param filters asked in their order; without one every message is written
+    /// \param name unique among the appenders, and not the name of a command
+    /// \param synchronous whether the logging thread writes the messages
+    /// \param filters applied in their order; if there are none, every message is written
     explicit Appender(const std::string& name, bool synchronous = true, const Filters& filters = Filters());
 
-    /// For a class that is registered by `LogManager::registerAppenderClass`: takes name, synchronous and
-    /// filters.
+    /// For a class that is registered with `LogManager::registerAppenderClass`: takes `name`, `synchronous`
+    /// and `filters` from the options.
     explicit Appender(const AppenderOptions& options);
 
     /// Unregisters every command listener whose command name equals the appender's name.
@@ -36,32 +61,32 @@ public:
 
     const std::string& getName() const noexcept { return name_; }
 
-    /// \return true if messages are written in the thread that logs; false if they go through the queue of the
-    ///         asynchronous dispatcher, which serves the appenders of the configuration and those of
-    ///         `LogManager::addAsynchronousAppender`
+    /// \return true if the logging thread writes the messages; false if they go through the queue of the
+    ///         asynchronous dispatcher, which serves the appenders of the configuration and those that were
+    ///         passed to `LogManager::addAsynchronousAppender`
     bool isSynchronous() const noexcept { return synchronous_; }
 
-    /// Writes a message that all filters accept, in the calling thread.
+    /// Writes a message in the calling thread, if all filters accept it.
     ///
-    /// A failure of `doOutput` becomes the command "EXCEPTION" with a report as its argument. What a listener
-    /// of that command or a filter throws reaches the caller. A listener that logs in answer may bring about
-    /// another failure, which is reported as well, eight reports deep.
+    /// An exception from `doOutput` becomes the command "EXCEPTION" with a report as its argument. An
+    /// exception from a filter, or from a listener of that command, reaches the caller. A listener that logs
+    /// may cause another failure; that one is reported too, up to eight reports deep.
     void output(const LogMessage& message);
 
 protected:
-    /// Writes one message. A synchronous appender is called by any number of threads at once, each holding
-    /// the lock of the logger that logged the message; an asynchronous one by one thread at a time, without
-    /// such a lock.
+    /// Writes one message. A synchronous appender may be called by several threads at once, each of which
+    /// holds the lock of its logger; an asynchronous one is called by one thread at a time, without a
+    /// logger's lock.
     ///
-    /// It may log, change the levels of loggers, and add and remove appenders, itself included: once an
-    /// appender has removed itself it is not called again. A message for a logger through which another
-    /// thread is writing, and every message behind it, is stamped at once and written when the call that led
-    /// here is over.
+    /// It may log, change the levels of loggers, and add or remove appenders, including itself; an appender
+    /// that has removed itself is not called again. If it logs to a logger that another thread is using, that
+    /// message and every later one of this thread get their time at once, but are written only when the
+    /// logging call that led here ends.
     /// \throw LogException to have its text reported; any other exception is reported without a text
     virtual void doOutput(const LogMessage& message) = 0;
 
 private:
-    friend class AppenderRegistry; // which tells the level in the filters
+    friend class AppenderRegistry; // reads the level from the filters
 
     std::string name_;
     bool synchronous_;

@@ -1,5 +1,24 @@
 #pragma once
 
+/// \file
+/// Receives commands, among them the reports of appenders that fail:
+///
+///     #include "log/LogManager.h"
+///     #include "log/LogSession.h"
+///     #include <iostream>
+///
+///     class FailureListener : public ZAV::Log::CommandListener {
+///     public:
+///         void onCommand(const std::string& report) override { std::cerr << report + '\n'; }
+///     };
+///
+///     int main() {
+///         FailureListener failures; // outlives the session, whose last flush may still call it
+///         const ZAV::Log::LogSession session("app.properties");
+///         ZAV::Log::LogManager::registerCommandListener("EXCEPTION", &failures);
+///         // ...
+///     }
+
 #include "zav-util/Export.h"
 
 #include <atomic>
@@ -8,31 +27,31 @@
 namespace ZAV {
 namespace Log {
 
-/// Receives commands of the names that it is registered under with `LogManager::registerCommandListener`.
+/// Receives the commands whose names it is registered for with `LogManager::registerCommandListener`.
 class ZAV_LOG_API CommandListener {
 public:
     CommandListener() noexcept = default;
-    /// The copy is not registered, and registrations of an assigned one stay as they are.
+    /// A copy is not registered, and assignment does not change the registrations of its target.
     CommandListener(const CommandListener&) noexcept {}
     CommandListener& operator=(const CommandListener&) noexcept { return *this; }
 
-    /// Takes the listener off the command bus, if it was ever registered, and waits, for at most two seconds,
-    /// while another thread is calling it. Do not rely on it: by then the derived class is destroyed already,
-    /// and a command may still reach it. Unregister the listener first.
+    /// Removes the listener from the command bus, if it was ever registered, and waits at most two seconds
+    /// for a callback in another thread to return. Do not rely on this: the derived class is destroyed
+    /// already, and a command may still reach it. Unregister the listener first.
     virtual ~CommandListener();
 
-    /// Called in the thread that issues the command, while the command bus is locked: commands come one at a
-    /// time.
+    /// The callback. It runs in the thread that issues the command, under the lock of the command bus, so
+    /// commands are delivered one at a time.
     ///
-    /// It may log, look up and make loggers, change their levels, expiration and appenders, and issue further
-    /// commands. A message for a logger through which another thread is writing, and every message behind it,
-    /// is stamped at once and written when the command has been delivered. It must not register or unregister
-    /// listeners, and must not call `LogManager::init` or `finish`. What it throws ends the delivery and
-    /// reaches the command's issuer.
+    /// It may log, look up and create loggers, change their levels, expiration and appenders, and issue
+    /// further commands. If it logs to a logger that another thread is using, that message and every later
+    /// one of this thread get their time at once, but are written only when the command has been delivered.
+    /// It must not register or unregister listeners, and must not call `LogManager::init` or `finish`. An
+    /// exception from it ends the delivery and reaches whoever issued the command.
     ///
-    /// A listener of "EXCEPTION" may be called in the consumer thread, in which signals are blocked; a
-    /// program that it starts there inherits that. It may log to an appender that fails: that failure is
-    /// reported as well, eight reports deep, and no more than 1024 reports in one call.
+    /// A listener for "EXCEPTION" may be called in the consumer thread, where signals are blocked; a program
+    /// that it starts there inherits the blocked signals. It may log to an appender that fails: that failure
+    /// is reported too, up to eight reports deep, and at most 1024 reports in one call.
     virtual void onCommand(const std::string& argument) = 0;
 
 private:

@@ -1,12 +1,21 @@
 #pragma once
 
+/// \file
+/// Logs what the application was configured with, whatever the level of the logger:
+///
+///     #include "log/Logger.h"
+///
+///     void logPort(ZAV::Log::Logger& logger, int port) {
+///         logger.config(ZAV::Log::ConfigurationMessage("port = " + std::to_string(port)));
+///     }
+
 #include <string>
 #include <utility>
 
 namespace ZAV {
 namespace Log {
 
-/// What `Logger::config` logs: a text about the application's configuration.
+/// A text about the application's configuration, which `Logger::config` logs.
 class ConfigurationMessage {
 public:
     explicit ConfigurationMessage(std::string text) : text_(std::move(text)) {}

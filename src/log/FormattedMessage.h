@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogFormat.h`; not used directly.
+
 #include "log/Level.h"
 #include "log/TaggedValue.h"
 #include "zav-util/Export.h"
@@ -26,7 +29,7 @@
 #define ZAV_LOGF_CHECKED(format) format
 #endif
 
-/// Whether the compiler knows the text; only then it can check it.
+/// Whether the text is a compile-time constant, since only then the compiler can check it.
 #if defined(__GNUC__)
 #define ZAV_LOGF_IS_KNOWN(format) __builtin_constant_p(::ZAV::Log::FormatText::firstOf(format))
 #else
@@ -40,7 +43,7 @@ class Logger;
 
 /// Used by the macros of `log/LogFormat.h`, not directly.
 ///
-/// The text of a format: a literal with all of its characters, or what converts to `std::string_view`.
+/// A view of a format: of all characters of a literal, or of anything that converts to `std::string_view`.
 struct FormatText {
     template <std::size_t SIZE>
     constexpr FormatText(const char (&literal)[SIZE])
@@ -58,8 +61,8 @@ struct FormatText {
 
 /// Used by the macros of `log/LogFormat.h`, not directly.
 ///
-/// \return how many values a format uses at most: those that it names by their positions, or as many as it has fields,
-///         those within fields included. One that names a value otherwise may use any.
+/// \return the greatest number of values that a format can use: by the positions in it, or by the number of
+///         its fields, nested ones included. A format that names its values otherwise has no such limit.
 constexpr std::size_t mostValues(std::string_view format) {
     std::size_t fields = 0;
     std::size_t positions = 0;
@@ -87,13 +90,12 @@ constexpr std::size_t mostValues(std::string_view format) {
 
 /// Used by the macros of `log/LogFormat.h`, not directly.
 ///
-/// Logs messages that are put together from a format and values. Every call of a macro brings code for
-/// nothing but the passing of its arguments: values of the usual types are tagged by one function for each
-/// list of types, and formatted by the library. Calls with values of other types format here, in the caller's
-/// program.
+/// Logs messages that are made from a format and values. A macro call adds no code to its caller but the
+/// passing of its arguments: for each list of common types, one function tags the values, and the library
+/// formats them. Calls with values of other types are formatted here, in the caller's program.
 ///
-/// There is no object of static lifetime, in functions of the caller neither: with g++ it would keep a plugin
-/// from being unloaded.
+/// There are no objects of static storage duration, not even in the caller's functions: with g++ one would
+/// keep a plugin from being unloaded.
 class FormattedMessage {
     template <typename Type>
     struct Itself {
@@ -101,7 +103,7 @@ class FormattedMessage {
     };
 
 #if __has_include(<fmt/format.h>)
-    /// Made from a format; that the compiler can make it shows that the format suits values of the types.
+    /// Constructed from a format. It compiles only if the format suits values of these types.
     template <typename... Values>
     struct Checked {
         template <typename Format>
@@ -118,14 +120,14 @@ class FormattedMessage {
 #endif
 
 public:
-    /// The numbers of a place as one, which a call passes with one instruction: the size of the file's name,
-    /// the line and the level in 24, 32 and 8 bits.
+    /// The numbers of a place in one, so that a call passes them with one instruction: the length of the file
+    /// name, the line and the level, in 24, 32 and 8 bits.
     static constexpr std::uint64_t numbers(std::size_t fileSize, unsigned line, unsigned level) {
         return static_cast<std::uint64_t>(fileSize) << 40U | static_cast<std::uint64_t>(line) << 8U | level;
     }
 
-    // The functions "log" are not inline: the caller's code, which as a rule ends at the comparison of
-    // levels, stays short. All throw std::bad_alloc and what the logger's function for the level throws.
+    // The functions "log" are not inlined, to keep the caller's code short: most calls end at the comparison
+    // of levels. All throw std::bad_alloc, and what the logger's function for the level throws.
 
 #if __has_include(<fmt/format.h>)
     template <typename... Values, std::enable_if_t<areTagged<Values...>, int> = 0>
@@ -151,8 +153,8 @@ public:
     }
 #endif
 
-    /// Formats in the library and logs.
-    /// \param values `count` of them, of the types that the format was checked for
+    /// Formats in the library, and logs.
+    /// \param values `count` of them, of the types that the format was checked against
     ZAV_LOG_API static void logTagged(const Logger& logger, const Place& place, const TaggedValue* values,
                                       std::size_t count);
 
@@ -164,14 +166,14 @@ private:
                 static_cast<Level::LogLevel>(numbers & 0xFFU)};
     }
 
-    /// Logs a text that was made from the format.
+    /// Logs the formatted text.
     ZAV_LOG_API static void logText(const Logger& logger, const Place& place, std::string_view text);
 
-    /// Logs the format and why no text could be made from it.
+    /// Logs the format, and why formatting failed.
     /// \param reason null if it is not known
     ZAV_LOG_API static void logFailure(const Logger& logger, const Place& place, const char* reason);
 
-    /// Formats in the caller's program. The one function that needs {fmt} to be linked.
+    /// Formats in the caller's program. Only this function needs {fmt} to be linked.
 #if __has_include(<fmt/format.h>)
     [[gnu::noinline]] static void logHere(const Logger& logger, const Place& place, fmt::format_args values) {
         fmt::memory_buffer text;
@@ -186,7 +188,7 @@ private:
         }
     }
 
-    /// Logs the failure if a text cannot be made.
+    /// Logs the failure if formatting fails.
     template <typename Format>
     static bool succeeds(const Logger& logger, const Place& place, Format format) {
         try {

@@ -1,30 +1,35 @@
 #pragma once
 
 /// \file
-/// Logging with a format string and the call's own place:
+/// Logs a format string with values, and where the call stands in the source:
 ///
-///     ZAV_LOGF_INFO(logger, "user {} left after {} s", id, seconds);
+///     #include "log/LoggerFactory.h"
 ///
-/// The format is a literal, or a constant that the compiler knows, in the language of {fmt}, which is that of
-/// `std::format`. One that does not suit the values, or uses fewer than there are, is an error of the
-/// compiler. As with the macros of `log/LogMacros.h`, nothing is evaluated when the logger's level is above
-/// the message's, and `ZAV_LOG_ACTIVE_LEVEL` removes the calls below a level.
+///     void leave(int id, double seconds) {
+///         static ZAV::Log::Logger& logger = ZAV::Log::LoggerFactory::getLogger("net.tcp");
+///         ZAV_LOGF_INFO(logger, "user {} left after {:.1f} s", id, seconds);
+///     }
 ///
-/// A failure to format a value, such as a null pointer in place of a text, a negative width that is a value
-/// itself, or what a formatter of the application's throws, is not thrown: the message then holds the format
-/// and the failure's text. Only std::bad_alloc reaches the caller.
+/// The format is a literal or another compile-time constant, in the syntax of {fmt}, which is that of
+/// `std::format`. A format that does not suit the values, or does not use all of them, is a compile-time
+/// error. As with the macros of `log/LogMacros.h`, nothing is evaluated when the logger's level is above the
+/// message's, and `ZAV_LOG_ACTIVE_LEVEL` removes the calls below a level.
 ///
-/// The header needs those of {fmt}, for the check alone: numbers, characters, booleans, texts (`const char*`,
-/// `std::string`, `std::string_view`) and addresses are formatted by the library, which contains {fmt} and
-/// shows nothing of it. A program links `fmt::fmt` or `fmt::fmt-header-only` only if it logs values of other
-/// types, such as durations, enumerations, `long double`, and those for which it has formatters of its own.
+/// A value that cannot be formatted (a null pointer in place of a text, a negative width that is itself a
+/// value, an exception from a formatter of the application) causes no exception: the message then consists of
+/// the format and the text of the error. Only std::bad_alloc reaches the caller.
+///
+/// The headers of {fmt} are needed for the check alone: numbers, characters, booleans, texts (`const char*`,
+/// `std::string`, `std::string_view`) and addresses are formatted by the library, which contains {fmt}
+/// without exporting any of it. A program links `fmt::fmt` or `fmt::fmt-header-only` only if it logs values
+/// of other types, such as durations, enumerations, `long double`, and types with formatters of its own.
 /// Where the headers of {fmt} are missing, `std::format` checks and formats all calls.
 
 #include "log/FormattedMessage.h"
 #include "log/LogMacros.h"
 
-/// The part that all macros share. The format, the first of the further arguments, is also passed as what the
-/// compiler checks; `ZAV_LOGF_FIRST` always gets another argument, since it may not do without.
+/// The part that all macros share. The format, the first of the further arguments, is passed twice, once in
+/// the form that the compiler checks; `ZAV_LOGF_FIRST` always gets a second argument, since it must have one.
 #define ZAV_LOGF_MESSAGE(logger, level, ...)                                                                 \
     ZAV_LOG_IF_LOGGABLE(logger, level,                                                                       \
                         static_assert(ZAV_LOGF_IS_KNOWN(ZAV_LOGF_FIRST(__VA_ARGS__, )),                      \

@@ -1,21 +1,27 @@
 #pragma once
 
 /// \file
-/// Logging statements that would come too often, limited at the place where they stand:
+/// Limits how often a logging statement is executed:
 ///
-///     ZAV_LOG_EVERY_NTH(1000, ZAV_LOG_INFO(logger, "packets go on"));
-///     ZAV_LOG_AT_MOST_EVERY(std::chrono::seconds(10),
-///                           ZAV_LOG_WARNING(logger, "queue full, left out: " << ZAV_LOG_SUPPRESSED));
-///     ZAV_LOG_ONCE(logger.warning("the old protocol is still in use", 0, ""));
+///     #include "log/LogMacros.h"
 ///
-/// The statement is any one; commas in it do no harm. It is not evaluated when it is left out. A macro is one
-/// statement, also in an unbraced `if` with an `else`, and may stand in another one: the outer limit then
-/// decides first, and the inner one counts the calls that come through.
+///     void receive(ZAV::Log::Logger& logger, bool isFull) {
+///         ZAV_LOG_EVERY_NTH(1000, ZAV_LOG_INFO(logger, "another thousand packets"));
+///         if (isFull) {
+///             ZAV_LOG_AT_MOST_EVERY(std::chrono::seconds(10),
+///                                   ZAV_LOG_WARNING(logger, "full; left out: " << ZAV_LOG_SUPPRESSED));
+///         }
+///         ZAV_LOG_ONCE(logger.warning("the old protocol is still in use", __LINE__, __FILE__));
+///     }
 ///
-/// Each place in the source counts for itself, for all threads, without a lock. A call counts whether or not
-/// the logger lets the statement through, and one whose statement throws was not left out. Each instantiation
-/// of a template is a place of its own; an inline function is one in the whole program, except that a DLL,
-/// or a library that hides its symbols, has its own copy of it.
+/// Any statement will do; it may contain commas. When it is left out, it is not evaluated. A macro is a
+/// single statement, even in an unbraced `if` with an `else`. Limits may be nested: the outer one decides
+/// first, and the inner one counts the calls that the outer one lets through.
+///
+/// Each place in the source has its own count, which all threads share, without a lock. A call counts whether
+/// or not the logger lets the message through, and a statement that throws counts as executed. Each
+/// instantiation of a template is a place of its own. An inline function is one place in the whole program,
+/// except that a DLL, or a library that hides its symbols, has its own copy of it.
 
 #include <atomic>
 #include <chrono>
@@ -24,23 +30,23 @@
 #include <optional>
 #include <type_traits>
 
-/// In the statement of a limit: the number of calls at this place that were left out since the last one that
-/// was not, a `std::uint64_t`. Of nested limits it is the innermost one's.
+/// In the statement of a limit: how many calls were left out at this place since the last one that was not, a
+/// `std::uint64_t`. With nested limits it is the count of the innermost one.
 #define ZAV_LOG_SUPPRESSED (*zavLogSuppressed)
 
-/// The first call, and every nth after it.
-/// \param n an integer, evaluated with each call; with 0 or less every call is let through
+/// Executes the first call, and every nth after it.
+/// \param n an integer, evaluated in each call; with 0 or less every call is executed
 #define ZAV_LOG_EVERY_NTH(n, ...) ZAV_LOG_LIMITED(EveryNth, n, __VA_ARGS__)
 
-/// The first call, and then each one that comes when the duration has passed since the last that was not left
-/// out, on a clock that nobody sets.
-/// \param duration of `std::chrono`, evaluated with each call; with 0 or less every call is let through
+/// Executes the first call, and then each call that comes at least the duration after the last one that was
+/// executed, by a monotonic clock.
+/// \param duration of `std::chrono`, evaluated in each call; with 0 or less every call is executed
 #define ZAV_LOG_AT_MOST_EVERY(duration, ...) ZAV_LOG_LIMITED(AtMostEvery, duration, __VA_ARGS__)
 
-/// The first call only.
+/// Executes the first call only.
 #define ZAV_LOG_ONCE(...) ZAV_LOG_LIMITED(Once, , __VA_ARGS__)
 
-/// The part that all macros share. The limit needs no code that makes it, and so no lock either.
+/// The part that all macros share. The limit is initialised at compile time, and so needs no lock.
 #define ZAV_LOG_LIMITED(Limit, bound, ...)                                                                   \
     do {                                                                                                     \
         ZAV_LOG_MAY_SHADOW(static ::ZAV::Log::Limits::Limit zavLogLimit;                                     \
@@ -50,7 +56,7 @@
         }                                                                                                    \
     } while (false)
 
-/// Limits that stand in one another declare the same names: on purpose, and without a warning.
+/// Nested limits declare the same names. That is on purpose and should cause no warning.
 #if defined(__clang__)
 #define ZAV_LOG_MAY_SHADOW(...)                                                                              \
     _Pragma("clang diagnostic push") _Pragma("clang diagnostic ignored \"-Wshadow\"")                        \
@@ -71,14 +77,14 @@
 namespace ZAV {
 namespace Log {
 
-/// Used by the macros of `log/LogLimits.h`, not directly: what each place keeps. Any number of threads may
-/// call `pass` at once; each call is either let through or in the number of exactly one that is.
+/// Used by the macros of `log/LogLimits.h`, not directly: the state of each place. Several threads may call
+/// `pass` at once. Each call either passes, or is counted for exactly one that does.
 namespace Limits {
 
-/// Whether a call is let through, and if so how many were left out before it.
+/// Has a value if the call passes: how many were left out before it.
 using Passed = std::optional<std::uint64_t>;
 
-/// Lets the first call through and every nth after it.
+/// Lets the first call pass, and every nth after it.
 class EveryNth {
 public:
     template <typename Number>
@@ -97,17 +103,17 @@ public:
     }
 
 private:
-    std::atomic<std::uint64_t> calls_{0}; ///< since one was let through, and with it; 0 before the first
+    std::atomic<std::uint64_t> calls_{0}; ///< since the last that passed, including it; 0 at first
 };
 
-/// Lets a call through when a time has passed since it let one through.
+/// Lets a call pass when the duration is over since the last that passed.
 class AtMostEvery {
 public:
     using Clock = std::chrono::steady_clock;
 
     template <typename Count, typename Unit>
     Passed pass(std::chrono::duration<Count, Unit> duration, Clock::time_point now = Clock::now()) noexcept {
-        // Floating-point numbers, since the longest durations have more nanoseconds than an integer holds.
+        // In floating point, since the longest durations have more nanoseconds than an integer can hold.
         using Nanoseconds = std::chrono::duration<double, std::nano>;
         const bool limits = duration > duration.zero();
         const Clock::rep moment = now.time_since_epoch().count();
@@ -126,11 +132,11 @@ public:
 private:
     static constexpr Clock::rep NEVER = std::numeric_limits<Clock::rep>::min();
 
-    std::atomic<Clock::rep> last_{NEVER}; ///< when a call was let through
+    std::atomic<Clock::rep> last_{NEVER}; ///< when a call last passed
     std::atomic<std::uint64_t> leftOut_{0};
 };
 
-/// Lets the first call through.
+/// Lets the first call pass.
 class Once {
 public:
     Passed pass() noexcept {

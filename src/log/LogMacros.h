@@ -1,17 +1,21 @@
 #pragma once
 
 /// \file
-/// Logging with a streamed text and the call's own place:
+/// Logs a streamed text, and where the call stands in the source:
 ///
-///     ZAV_LOG_INFO(logger, "user " << id << " left");
+///     #include "log/LoggerFactory.h"
 ///
-/// The logger is evaluated once. Nothing of the expression is evaluated when the logger's level is above the
-/// message's; otherwise it is evaluated once, too. A macro is one statement, also in an unbraced `if` with an
-/// `else`.
+///     void leave(int id) {
+///         static ZAV::Log::Logger& logger = ZAV::Log::LoggerFactory::getLogger("net.tcp");
+///         ZAV_LOG_INFO(logger, "user " << id << " left");
+///     }
 ///
-/// `ZAV_LOG_ACTIVE_LEVEL`, defined before this header is included, removes the calls below a level from the
-/// program, logger and all: `ZAV_LOG_LEVEL_AUDIT` keeps `AUDIT` alone, and so on down to
-/// `ZAV_LOG_LEVEL_TRACE`, the default, for all. The numbers of the levels do as well.
+/// The logger is evaluated once. The expression is evaluated once too, or not at all when the logger's level
+/// is above the message's. A macro is a single statement, even in an unbraced `if` with an `else`.
+///
+/// `ZAV_LOG_ACTIVE_LEVEL`, defined before this header is included, removes all calls below a level from the
+/// program, including their loggers: `ZAV_LOG_LEVEL_AUDIT` keeps only `AUDIT`, and so on down to
+/// `ZAV_LOG_LEVEL_TRACE`, the default, which keeps everything. The numbers of the levels will do as well.
 
 #include "log/Level.h"
 #include "log/Logger.h"
@@ -22,16 +26,16 @@
 #define ZAV_LOG_ACTIVE_LEVEL ZAV_LOG_LEVEL_TRACE
 #endif
 
-/// Most calls are rejected; with this, the compiler moves the code of the others out of their way.
+/// Most calls are rejected; this makes the compiler move the code for the others out of the way.
 #if defined(__GNUC__)
 #define ZAV_LOG_UNLIKELY(condition) __builtin_expect((condition), false)
 #else
 #define ZAV_LOG_UNLIKELY(condition) (condition)
 #endif
 
-/// The part that all macros share: the statements run if the message passes, with `zavLogLogger` for the
-/// logger and `zavLogLevel` for the level. `level` is one of the numbers of `Level::LogLevel`, which no other
-/// macro can replace.
+/// The part that all macros share: runs the statements if the message passes, with `zavLogLogger` for the
+/// logger and `zavLogLevel` for the level. `level` is a number of `Level::LogLevel`, since a macro could
+/// replace a name.
 #define ZAV_LOG_IF_LOGGABLE(logger, level, statements)                                                       \
     do {                                                                                                     \
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The library for the duration of a scope, which is the usual way to start it.
+
 #include "zav-util/Export.h"
 
 #include <string>
@@ -11,33 +14,33 @@ class Properties;
 
 namespace Log {
 
-/// The library's life in the scope of an object, so that nobody forgets its end:
+/// Initialises the library, and shuts it down when it goes out of scope:
 ///
 ///     int main() {
 ///         const ZAV::Log::LogSession session("app.properties");
-///         ...
+///         // ...
 ///     }
 ///
-/// Without a session or `LogManager::init` there is no appender, and nobody sees what the program logs, not
-/// even its errors. A session that finds the library initialised leaves its configuration alone, and ends
-/// nothing.
+/// Without a session or `LogManager::init` there are no appenders, and whatever the program logs is lost,
+/// even errors. If the library is initialised already, a session neither changes its configuration nor shuts
+/// it down.
 ///
-/// While one lives that has initialised it, standard error is told of an appender that fails:
-/// "zav-log: appender NAME: REASON", when it fails for the first time, and for the first time after it has
-/// written again. Nothing is said while a listener of the command "EXCEPTION" is registered, which hears of
-/// each message.
+/// During the lifetime of a session that has initialised the library, a failing appender is reported on
+/// standard error as "zav-log: appender NAME: REASON": once when it begins to fail, and again when it fails
+/// after it has recovered. Nothing is reported there while a listener for the command "EXCEPTION" is
+/// registered, which gets a report for each message.
 class ZAV_LOG_API LogSession {
 public:
     /// Calls `LogManager::init` with a property file.
-    /// \throw what `LogManager::init` throws
+    /// \throw what that throws
     explicit LogSession(const std::string& fileName);
 
     /// Calls `LogManager::init` with properties.
-    /// \throw what `LogManager::init` throws
+    /// \throw what that throws
     explicit LogSession(const Util::Properties& properties);
 
-    /// If this session initialised the library: has what is queued written (`LogManager::flush`), then calls
-    /// `LogManager::finish`. Not for a thread that is inside an appender or a command listener.
+    /// Calls `LogManager::flush`, without a timeout, and `LogManager::finish`, if this session has
+    /// initialised the library. It must not be called from an appender or a command listener.
     ~LogSession();
 
     LogSession(const LogSession&) = delete;

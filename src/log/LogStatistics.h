@@ -1,32 +1,41 @@
 #pragma once
 
+/// \file
+/// What has become of the messages so far, for a program's own monitoring:
+///
+///     #include "log/LogManager.h"
+///
+///     bool hasLostMessages() {
+///         const ZAV::Log::LogStatistics statistics = ZAV::Log::LogManager::statistics();
+///         return statistics.discarded > 0 || statistics.failed > 0;
+///     }
+
 #include <cstdint>
 
 namespace ZAV {
 namespace Log {
 
-/// What the library has counted since it was loaded. A forked child goes on from its parent's numbers, but
-/// nothing waits in it.
+/// What the library has counted since it was loaded. A forked child continues with its parent's numbers,
+/// except that nothing is waiting there.
 struct LogStatistics {
-    /// Messages that loggers have handed to the queue of the asynchronous appenders; and those that an
-    /// appender or a listener logged while another thread held the logger, if they were discarded before they
-    /// came that far.
+    /// Messages that loggers have put into the queue of the asynchronous appenders; also those that an
+    /// appender or a listener logged while another thread was using the logger, if they were discarded before
+    /// they got there.
     std::uint64_t queued = 0;
-    /// Messages of the queue that were given to the asynchronous appenders, each counted once, however many
-    /// appenders there are, and also if they failed to write it.
+    /// Messages of the queue that were delivered to the asynchronous appenders. Each counts once, however
+    /// many appenders there are, and even if they failed to write it.
     std::uint64_t delivered = 0;
-    /// Messages that no appender got: pushed out of a full queue, taken from it while there was no appender,
-    /// or shown on the standard error stream when the process ended; and of those that a thread had to put
+    /// Messages that no appender got: removed from a full queue, taken from it while there was no appender,
+    /// or written to the standard error stream when the process ended; and of those that a thread had to put
     /// off, the oldest beyond 10,000.
     std::uint64_t discarded = 0;
-    /// Failures of appenders to write a message, synchronous ones too, or to look after their files: each
-    /// would be a command "EXCEPTION".
+    /// Failures of synchronous and asynchronous appenders to write a message or to manage their files. Each
+    /// is what a command "EXCEPTION" reports.
     std::uint64_t failed = 0;
-    /// Messages that wait in the queue or are being delivered: `queued` is the sum of `delivered`,
-    /// `discarded` and this.
+    /// Messages in the queue or in delivery: `queued` is the sum of `delivered`, `discarded` and this.
     std::uint64_t waiting = 0;
-    /// Messages that earlier processes had left in the file of the queue, and that `LogManager::init` gave to
-    /// the asynchronous appenders. They count as `queued` and as `delivered` too.
+    /// Messages that earlier processes had left in the queue file, and that `LogManager::init` delivered to
+    /// the asynchronous appenders. They count as `queued` and `delivered` too.
     std::uint64_t recovered = 0;
 };
 

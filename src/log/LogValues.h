@@ -1,17 +1,23 @@
 #pragma once
 
 /// \file
-/// Logging a text with values that machines find again:
+/// Logs a text with named values that machines can extract:
 ///
-///     ZAV_LOGV_INFO(logger, "order charged", "order", 17, "amount", 4.25);
+///     #include "log/LoggerFactory.h"
 ///
-/// Behind the text come pairs of a key and a value, any number of them. Keys are made of ASCII letters,
-/// digits, `_`, `.` and `-`; any other byte, and an empty key, is logged as `_`. Values are texts, `char`,
-/// `bool` and numbers, `signed char` and `unsigned char` among these; a floating one stands in the shortest
-/// form that reads back the same.
+///     void charged(int order, double amount) {
+///         static ZAV::Log::Logger& logger = ZAV::Log::LoggerFactory::getLogger("shop.orders");
+///         ZAV_LOGV_INFO(logger, "order charged", "order", order, "amount", amount);
+///     }
 ///
-/// In the text of the message the pairs follow: `order charged order=17 amount=4.25`. Appenders and filters
-/// have them by `LogMessage::getValues`, the layouts `json` and `fields` show them as what they are.
+/// The text is followed by any number of pairs of a key and a value. Keys consist of ASCII letters, digits,
+/// `_`, `.` and `-`; any other byte, and an empty key, is logged as `_`. A value is a text, a `char`, a
+/// `bool` or a number, which includes `signed char` and `unsigned char`; a floating-point number has the
+/// shortest form that reads back the same.
+///
+/// The text of the message ends with the pairs: `order charged order=17 amount=4.25`. Appenders and filters
+/// get them from `LogMessage::getValues`. The layout `json` writes each value with its type, and the layout
+/// `fields` has a column for them.
 ///
 /// As with the macros of `log/LogMacros.h`, nothing is evaluated when the logger's level is above the
 /// message's, and `ZAV_LOG_ACTIVE_LEVEL` removes the calls below a level.

@@ -1,5 +1,14 @@
 #pragma once
 
+/// \file
+/// Looks up a logger by its name. That takes a lock, so a logger that is used often is looked up once:
+///
+///     namespace {
+///     ZAV::Log::Logger& logger = ZAV::Log::LoggerFactory::getLogger("net.tcp");
+///     }
+///
+///     void listen(int port) { logger.info("listening on port " + std::to_string(port)); }
+
 #include "log/Logger.h"
 #include "zav-util/Export.h"
 
@@ -13,21 +22,21 @@ class Properties;
 
 namespace Log {
 
-/// Hands out the loggers of the process. All operations may be called from any thread.
+/// Looks up and creates the loggers of the process. All functions may be called from any thread.
 ///
-/// A name may be the path of a source file: only what follows its last "/" or "\" counts.
+/// A name may be the path of a source file: only what follows its last `/` or `\` counts.
 class ZAV_LOG_API LoggerFactory {
 public:
     LoggerFactory& operator=(const LoggerFactory&) { return *this; }
 
-    /// \return the root logger, whose name is "root"; it lives until the process ends
+    /// \return the root logger, whose name is "root"; valid until the process ends
     static Logger& getRootLogger();
 
     /// \return the logger with that dotted name; it and its ancestors are created if they do not exist yet
-    /// \throw LogException for a name of more than 1,000 components, of which no logger is made
+    /// \throw LogException if the name has more than 1,000 components; no logger is created then
     static Logger& getLogger(const std::string& name);
 
-    /// \return the logger `name`, of which only the last path component counts, below `parentName`
+    /// \return the logger `name` below `parentName`; of a path only the last component counts
     /// \throw LogException if the whole name has more than 1,000 components
     static Logger& getLogger(const std::string& parentName, const std::string& name);
 
@@ -40,11 +49,10 @@ public:
     /// \return the full names of all loggers but the root, parents before their children
     static std::vector<std::string> getLoggerNames();
 
-    /// Applies the keys `logger.NAME.level` and `logger.NAME.expiration`, parents before their children.
-    /// A bad value is reported on the standard error stream and leaves its setting as it was, and so is a
-    /// name of more than 1,000 components. Each level issues the command "DynamicLogLevelFilterSoft"; a
-    /// `std::exception` that a listener throws is reported in the same way, and anything else that it throws
-    /// reaches the caller.
+    /// Applies the keys `logger.NAME.level` and `logger.NAME.expiration`, parents before their children. An
+    /// invalid value, or a name of more than 1,000 components, is reported on the standard error stream, and
+    /// the setting is not changed. Each level issues the command "DynamicLogLevelFilterSoft"; a
+    /// `std::exception` from a listener is reported in the same way, any other exception reaches the caller.
     static void initLoggers(const Util::Properties& properties);
 };
 

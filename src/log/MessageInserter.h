@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogMacros.h`: what "<<" is applied to; not used directly.
+
 #include "log/MessageStream.h"
 #include "log/StreamedValue.h"
 
@@ -14,17 +17,17 @@ namespace Log {
 
 /// Used by the macros of `log/LogMacros.h`, not directly.
 ///
-/// What "<<" of a logging macro is applied to, in the place of a `std::ostream`: whatever such a stream takes
-/// it takes as well, with the same text.
+/// The left operand of "<<" in a logging macro, in place of a `std::ostream`. It accepts whatever such a
+/// stream accepts, with the same result.
 ///
-/// - Built-in types and strings go straight into the message.
-/// - A type that brings its "<<" with it, and a manipulator, get the message's stream.
-/// - If the caller's code sees another "<<" for a `std::ostream`, such as one for containers, the conversion
-///   leads to it; what follows then goes through the stream.
-/// - What is left, such as enumerations and what converts to a number, takes the last operator.
+/// - Built-in types and strings are appended to the message directly.
+/// - A type with a "<<" of its own, and a manipulator, get the message's stream.
+/// - If another "<<" for a `std::ostream` is visible to the caller, such as one for containers, the
+///   conversion selects it; whatever follows is then written to the stream.
+/// - Everything else, such as enumerations and types that convert to a number, uses the last operator.
 ///
-/// It is a temporary, to which a "<<" for any kind of stream does not bind: such an operator as well gets the
-/// stream itself.
+/// It is a temporary, so that a "<<" template for any kind of stream does not bind to it but to the stream
+/// itself.
 class MessageInserter {
     struct LastChoice {
         LastChoice(const MessageInserter& inserter) : message(inserter.message_) {}
@@ -34,8 +37,8 @@ class MessageInserter {
 public:
     explicit MessageInserter(MessageStream& message) : message_(message) {}
 
-    /// Built-in types, by value: a constant needs no address, nor does a bit-field. Always inline, since
-    /// nothing is left of it but a call, and the length of a literal is known then.
+    /// Built-in types are taken by value, since constants and bit-fields need not have an address. Always
+    /// inlined, since nothing remains but a call, and the length of a literal is then known.
     template <typename Type, std::enable_if_t<Streaming::isBuiltIn<Type>, int> = 0>
     [[gnu::always_inline]] MessageInserter operator<<(Type value) const {
         if constexpr (Streaming::isText<Type>) {
@@ -74,8 +77,8 @@ public:
 
     operator std::ostream&() const { return message_.stream(); }
 
-    /// Both arguments convert, so that any other "<<" is the better match; and it is a template, so that one
-    /// that is no better is, too.
+    /// Both arguments need a conversion, so that any other "<<" is a better match. It is a template, so that
+    /// it also loses to an operator that is merely as good.
     template <typename = void>
     friend MessageInserter operator<<(const LastChoice& inserter, const StreamedValue& value) {
         value.writeTo(inserter.message);

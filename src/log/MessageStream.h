@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogMacros.h`: the text of a message; not used directly.
+
 #include "log/Level.h"
 #include "zav-util/Export.h"
 
@@ -14,32 +17,31 @@ class MessageText;
 
 /// Used by the logging macros, not directly.
 ///
-/// The text of one message, as a logging macro puts it together: character for character what a stream that
-/// was just made would have written. Texts, characters and numbers get by without one; it comes in when
-/// something else is streamed, and stays as long as its format is not that of a new one. If nobody needs the
-/// text before the consumer of the queue does, the values are kept as they are until then.
+/// Builds the text of one message for a logging macro: exactly the characters that a new stream would have
+/// written. Texts, characters and numbers bypass the stream; it is used when anything else is streamed, and
+/// from then on for as long as its format differs from that of a new one. If the text is not needed before
+/// the consumer takes the message from the queue, the values are stored unformatted until then.
 ///
-/// The text lies in memory of the calling thread, which uses it again for its next message. An object is used
-/// in the block that makes it; several may be there at once, as when a streamed expression logs itself. The
-/// functions are not inline: the caller's code, which as a rule ends at the comparison of levels, stays
-/// short.
+/// The text is in memory of the calling thread, which uses it again for the next message. An object is used
+/// only in the block that creates it; several may exist at once, for example if a streamed expression logs
+/// too. The functions are not inlined, to keep the caller's code short: most calls end at the comparison of
+/// levels.
 class ZAV_LOG_API MessageStream {
 public:
-    /// \param logger that the text is for, which says whether it is needed at once
+    /// \param logger the logger of the message, which determines whether the text is needed at once
     /// \throw std::bad_alloc
     explicit MessageStream(const Logger& logger);
     ~MessageStream();
     MessageStream(const MessageStream&) = delete;
     MessageStream& operator=(const MessageStream&) = delete;
 
-    /// \return a stream that writes to the text, with what was streamed into it so far, for as long as this
-    ///         object lives
+    /// \return a stream that appends to the text; valid as long as this object
     std::ostream& stream();
 
-    /// Tells that a stream which `stream` gave out is not written to for now.
+    /// Tells that the stream is not written to for now, so that later values may bypass it.
     void settle();
 
-    // What a stream writes for one value of the type. All throw std::bad_alloc.
+    // Append what a stream would write for a value of the type. All throw std::bad_alloc.
     void writeText(std::string_view text);
     void write(char character);
     void write(bool number);
@@ -55,8 +57,8 @@ public:
     void write(long double number);
     void write(const void* address);
 
-    /// Logs what was written.
-    /// \param level at or above the logger's
+    /// Logs the text.
+    /// \param level at or above the logger's level
     /// \param line source line
     /// \param file source file
     /// \throw what the logger's function for the level throws

@@ -1,5 +1,14 @@
 #pragma once
 
+/// \file
+/// Tells configuration messages from ordinary ones:
+///
+///     #include "log/LogMessage.h"
+///
+///     bool isConfiguration(const ZAV::Log::LogMessage& message) {
+///         return message.getType() == ZAV::Log::CFG;
+///     }
+
 #include "zav-util/Export.h"
 
 #include <cstdint>
@@ -14,7 +23,7 @@ enum MessageType : std::int32_t {
     CFG = 1  ///< a configuration message, from `Logger::config`
 };
 
-/// \param name "LOG" or "CFG", exact
+/// \param name exactly "LOG" or "CFG"
 /// \throw LogException if no message type has that name
 ZAV_LOG_API MessageType messageTypeFromString(const std::string& name);
 

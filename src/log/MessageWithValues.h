@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogValues.h`; not used directly.
+
 #include "log/Level.h"
 #include "log/PairValue.h"
 #include "zav-util/Export.h"
@@ -15,11 +18,10 @@ class Logger;
 
 /// Used by the macros of `log/LogValues.h`, not directly.
 ///
-/// Logs a text with pairs. A call passes its arguments to one function for each list of types, which tags
-/// them.
+/// Logs a text with pairs. For each list of types, one function tags the arguments of the calls.
 class MessageWithValues {
 public:
-    /// \param keysAndValues each key in front of its value
+    /// \param keysAndValues each key followed by its value
     /// \throw std::bad_alloc and what the logger's function for the level throws
     template <typename... KeysAndValues>
     [[gnu::noinline]] static void log(const Logger& logger, Level::LogLevel level, int line, const char* file,
@@ -28,7 +30,7 @@ public:
         static_assert(isWhole, "a ZAV_LOGV_ call has a key without a value");
         static_assert(!isWhole || areKeys<KeysAndValues...>(), "a key of a ZAV_LOGV_ call must be a text");
         if constexpr (isWhole && areKeys<KeysAndValues...>()) {
-            // In one expression, at the end of which go the texts that are made for values.
+            // In one expression, since texts that are made for values are destroyed at its end.
             logTagged(
                 logger, {file, {}, line, level}, text,
                 Tagged<sizeof...(KeysAndValues) + 1>{{pairValue(keysAndValues)..., TaggedValue()}}.values,
@@ -36,7 +38,7 @@ public:
         }
     }
 
-    /// \param keysAndValues of `count` pairs
+    /// \param keysAndValues `count` pairs
     ZAV_LOG_API static void logTagged(const Logger& logger, const Place& place, std::string_view text,
                                       const TaggedValue* keysAndValues, std::size_t count);
 

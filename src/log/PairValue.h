@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of `log/LogContext.h` and `log/LogValues.h`: keys and values; not used directly.
+
 #include "log/TaggedValue.h"
 #include "zav-util/Export.h"
 
@@ -10,10 +13,8 @@
 namespace ZAV {
 namespace Log {
 
-// Used by `log/LogContext.h` and `log/LogValues.h`, not directly.
-
-/// A key or a text as an argument: whatever becomes a `std::string_view`, and a null pointer, which is an
-/// empty one.
+/// A view of a key or a text that is passed as an argument: of whatever converts to `std::string_view`. A
+/// null pointer is an empty text.
 class TextArgument {
 public:
     template <typename Text,
@@ -38,8 +39,9 @@ private:
     std::string_view view_;
 };
 
-/// A `long double` as text, in the shortest form that reads back the same: no other kind of value has all its
-/// digits. What a `double` has no room for is no number to most readers of JSON, and a text here.
+/// A `long double` as text, in the shortest form that reads back the same, since no other kind of value can
+/// hold all its digits. A number beyond the range of a `double` is tagged as a text, since most readers of
+/// JSON reject such a number.
 class LongDoubleText {
 public:
     ZAV_LOG_API explicit LongDoubleText(long double value) noexcept;
@@ -52,13 +54,14 @@ public:
     }
 
 private:
-    char characters_[56]; ///< 36 digits with sign, point and exponent are the most that any system has
+    char characters_[56]; ///< enough for any system: 36 digits, sign, point and exponent
     std::size_t size_;
     TaggedValue::Kind kind_;
 };
 
-/// \return a value of a pair with its tag: a text, a character, a boolean or a number. A null pointer in the place of
-///         a text is an empty one. For a `long double` an object that becomes one, as long as it lives.
+/// \return the tagged value of a pair: a text, a character, a boolean or a number. A null pointer in place of
+///         a text is an empty text. For a `long double`, an object that converts to a tagged value and must
+///         outlive that.
 template <typename Value>
 constexpr auto pairValue(const Value& value) {
     using Type = std::decay_t<const Value&>;
@@ -67,7 +70,7 @@ constexpr auto pairValue(const Value& value) {
     } else if constexpr (std::is_same_v<Type, long double>) {
         return LongDoubleText(value);
     } else if constexpr (std::is_arithmetic_v<Type> && areTagged<Type>) {
-        return tag(static_cast<Type>(value)); // also of a volatile one
+        return tag(static_cast<Type>(value)); // the cast is for volatile values
     } else {
         static_assert(std::is_void_v<Type>, "the value of a pair must be a text, a char, a bool or a number");
         return TaggedValue();

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Queued messages that survive the signals which end a process.
+
 #include "zav-util/Export.h"
 
 #include <chrono>
@@ -9,36 +12,38 @@
 namespace ZAV {
 namespace Log {
 
-/// Has what is queued for asynchronous appenders delivered when a signal is about to end the process:
+/// Delivers what is queued for asynchronous appenders when a signal is about to end the process:
+///
+///     #include "log/LogSession.h"
+///     #include <csignal>
 ///
 ///     int main() {
 ///         const ZAV::Log::LogSession session("app.properties");
 ///         const ZAV::Log::SignalFlush guard({SIGTERM, SIGINT, SIGSEGV, SIGABRT});
-///         ...
+///         // ...
 ///     }
 ///
-/// The same is done when an exception that nobody catches ends the process. Then the signal does what it
-/// would have done: a handler that was there before is called, and the exit status stays. An ignored signal
-/// is ignored.
+/// It does the same when an uncaught exception ends the process. Afterwards the signal has its usual effect:
+/// an earlier handler is called, and the exit status is unchanged. An ignored signal stays ignored.
 ///
-/// The delivery is the work of the consumer and of a thread of the object's own; the thread that the signal
-/// came to waits for it. Where that thread was inside the library, or anywhere else where it holds what the
-/// delivery needs, the wait ends with the timeout. Nothing helps against SIGKILL but the file of the queue,
-/// see `queueFile` in the documentation of the configuration. In a forked child nothing is delivered.
+/// The consumer thread and a thread of this object make the delivery, while the thread that received the
+/// signal waits. If that thread was interrupted inside the library, or holds anything else that the delivery
+/// needs, the wait ends with the timeout. Only a queue file helps against SIGKILL; see `queueFile` in the
+/// documentation of the configuration. Nothing is delivered in a forked child.
 ///
-/// On Windows the console's events and exceptions of the system are served, whichever signals are named.
+/// On Windows, console events and system exceptions are handled, whichever signals are given.
 class ZAV_LOG_API SignalFlush {
 public:
-    /// There may be one at a time. It may be made in any thread; a program that becomes a daemon makes it
-    /// after its last fork, since a child is not served. A handler runs on the stack that the thread has for
-    /// signals (`sigaltstack`), if any: without one an overflow of the stack is not served.
-    /// \param timeout how long a signal waits at most; 0 or less: not at all
-    /// \throw LogException if there is another one, or if a signal can have no handler
+    /// Only one object may exist at a time. It may be created in any thread; a program that becomes a daemon
+    /// creates it after its last fork, since it has no effect in a child. A handler runs on the thread's
+    /// signal stack (`sigaltstack`) if there is one; without it, a stack overflow cannot be handled.
+    /// \param timeout how long a signal waits for the delivery at most; 0 or less for not at all
+    /// \throw LogException if another object exists, or if a signal cannot be handled
     explicit SignalFlush(const std::vector<int>& signals,
                          std::chrono::milliseconds timeout = std::chrono::seconds(2));
 
-    /// Takes the handlers back, but for one that somebody else has changed meanwhile. Waits for a delivery
-    /// that is under way.
+    /// Restores the earlier handlers, except where a handler was changed meanwhile. Waits for a delivery that
+    /// is under way.
     ~SignalFlush();
 
     SignalFlush(const SignalFlush&) = delete;

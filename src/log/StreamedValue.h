@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the macros of `log/LogMacros.h`: values that only a stream can write; not used directly.
+
 #include "log/MessageStream.h"
 
 #include <cstddef>
@@ -14,13 +17,14 @@ namespace Log {
 
 /// Used by the macros of `log/LogMacros.h`, not directly.
 ///
-/// What a value's type says about how it is streamed. "<<" alone cannot tell who wrote the operator.
+/// How a value is streamed, by its type. An expression with "<<" alone does not show where the operator comes
+/// from.
 namespace Streaming {
 
 template <typename Type, typename... Types>
 constexpr bool isOneOf = (std::is_same_v<Type, Types> || ...);
 
-/// Whether a stream takes such an argument at all.
+/// Whether a stream accepts such an argument at all.
 template <typename Argument, typename = void>
 constexpr bool isStreamable = false;
 template <typename Argument>
@@ -28,8 +32,8 @@ constexpr bool
     isStreamable<Argument, std::void_t<decltype(std::declval<std::ostream&>() << std::declval<Argument>())>> =
         true;
 
-/// Whether a function "<<" outside of the stream's class is found with the type. Written as a call, so that
-/// the class's own operators, which turn much into a number or a pointer, are left aside.
+/// Whether there is a non-member "<<" for the type. It is written as a call, to exclude the member operators
+/// of the stream, which convert many types to a number or a pointer.
 template <typename Argument, typename = void>
 constexpr bool hasOperator = false;
 template <typename Argument>
@@ -48,7 +52,7 @@ template <typename Type>
 constexpr bool isText =
     std::is_pointer_v<Type>&& isCharacter<std::remove_const_t<std::remove_pointer_t<Type>>>;
 
-/// The types whose meaning nobody can change.
+/// The types for which an application cannot define another "<<".
 template <typename Type>
 constexpr bool isBuiltIn =
     isCharacter<Type> || isNumber<Type> || isText<Type> || isOneOf<Type, void*, const void*, std::nullptr_t>;
@@ -56,33 +60,33 @@ constexpr bool isBuiltIn =
 template <typename Type>
 constexpr bool isString = isOneOf<Type, std::string, std::string_view>;
 
-/// Types of an application or the standard library that bring their operator with them.
+/// Types of the application or the standard library that have an operator of their own.
 template <typename Type>
 constexpr bool isForeign = !isBuiltIn<std::decay_t<Type>> && !isString<Type> && hasOperator<const Type&>;
 
 template <typename Type, bool = std::is_enum_v<Type>>
 constexpr bool isPlainEnumeration = false;
-/// An enumeration of which a stream makes a number.
+/// An enumeration that a stream writes as a number.
 template <typename Type>
 constexpr bool isPlainEnumeration<Type, true> =
     isNumber<std::underlying_type_t<Type>>&& isStreamable<const Type&> && !hasOperator<const Type&>;
 
 } // namespace Streaming
 
-/// A value of any type that a stream takes. The conversion makes it the last choice: a better "<<" that the
-/// caller's code sees wins.
+/// A reference to a value of any type that a stream accepts. Since it takes a conversion, it is the last
+/// choice: any other "<<" that is visible to the caller is preferred.
 class StreamedValue {
 public:
     template <typename Type, std::enable_if_t<Streaming::isStreamable<const Type&>, int> = 0>
     StreamedValue(const Type& value) : value_(addressOf(value)), write_(&writeAs<const Type>) {}
 
-    /// For the few types whose operator or conversion wants to change them.
+    /// For the few types whose operator or conversion takes them as non-const.
     template <
         typename Type,
         std::enable_if_t<Streaming::isStreamable<Type&> && !Streaming::isStreamable<const Type&>, int> = 0>
     StreamedValue(Type& value) : value_(addressOf(value)), write_(&writeAs<Type>) {}
 
-    /// Writes the value, which must still be there.
+    /// Writes the value, which must still exist.
     void writeTo(MessageStream& message) const { write_(message, value_); }
 
 private:

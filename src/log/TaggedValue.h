@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The inside of the logging macros: what a call passes to the library; not used directly.
+
 #include "log/Level.h"
 
 #include <cstddef>
@@ -11,9 +14,8 @@
 namespace ZAV {
 namespace Log {
 
-// Used by the logging macros, not directly: what a call hands to the library.
-
-/// A place in a program that logs. Its texts last as long as the code of the place.
+/// Where a logging call stands in the source. It refers to texts that are valid as long as that code is
+/// loaded.
 struct Place {
     std::string_view file;
     std::string_view format; ///< empty if the text is streamed
@@ -21,21 +23,21 @@ struct Place {
     Level::LogLevel level;
 };
 
-/// A value of a message before it becomes text: a few bytes that say what they are. Texts are not copied and
-/// must last as long as the value is used.
+/// A value of a message before it is formatted, with a tag for its type. It does not own texts, which must
+/// outlive it.
 struct TaggedValue {
     enum class Kind : std::uint8_t {
         TEXT,     ///< `size` characters; any of them may be 0
-        C_STRING, ///< characters that end with a 0, or null. As a kind of its own it can be shown as an
+        C_STRING, ///< characters up to a 0, or null. A kind of its own, since it can be formatted as an
                   ///< address
         SIGNED,
         UNSIGNED,
         DOUBLE,
-        FLOAT, ///< as a double, 0.1F would show as "0.10000000149011612"
+        FLOAT, ///< as a double, 0.1F would be shown as "0.10000000149011612"
         CHARACTER,
         BOOLEAN,
         ADDRESS,
-        NUMBER ///< `size` characters that are a number
+        NUMBER ///< `size` characters that form a number
     };
 
     TaggedValue() = default;
@@ -62,13 +64,12 @@ struct TaggedValue {
         bool boolean;
         const void* address;
     };
-    std::size_t size = 0; ///< of a text, in characters; 0 for all else
+    std::size_t size = 0; ///< of a text, in characters; 0 for everything else
     Kind kind;
 };
 
-/// As what values of a type are tagged: one of the types that `TaggedValue` is made from, or `void` for a
-/// type that has no tag. Each type is written out, since the compiler gets over that sooner than over
-/// conditions.
+/// The type that values of a type are tagged as: one of those that `TaggedValue` is constructed from, or
+/// `void` if there is no tag. Each type is written out, since that compiles faster than conditions.
 template <typename Value>
 struct Tagging {
     using Type = void;
@@ -104,7 +105,7 @@ template <typename Allocator>
 struct Tagging<std::basic_string<char, std::char_traits<char>, Allocator>> : TaggedAs<std::string_view> {};
 // clang-format on
 
-/// Whether values of all the types have a tag.
+/// Whether all the types have a tag.
 template <typename... Values>
 constexpr bool areTagged = (!std::is_void_v<typename Tagging<Values>::Type> && ...);
 

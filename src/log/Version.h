@@ -3,7 +3,9 @@
 /// \file
 /// The version of the headers that a program is compiled with, as numbers and as a text such as "1.2.3":
 ///
-///     #if ZAV_LOG_VERSION_MAJOR == 1 && ZAV_LOG_VERSION_MINOR < 2
+///     #if ZAV_LOG_VERSION_MAJOR != 1
+///     #error "This program was written for version 1 of the library."
+///     #endif
 
 #define ZAV_LOG_VERSION_MAJOR 1
 #define ZAV_LOG_VERSION_MINOR 0

@@ -1,13 +1,15 @@
 #pragma once
 
 /// \file
-/// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` what
-/// `zav-log-control` does, and `ZAV_LOG_SYSTEM_API` what `zav-log-system` does; everything else stays inside
+/// What the libraries export; not used directly.
+///
+/// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` and
+/// `ZAV_LOG_SYSTEM_API` what `zav-log-control` and `zav-log-system` export. Nothing else is visible outside
 /// them.
 
 #if defined(_WIN32)
-// GCC gives the type information of every class in a file the mark of the first one that has virtual
-// functions, so a class of the standard library has to come first.
+// GCC exports or imports the type information of all classes in a file like that of the first one with
+// virtual functions, so a class of the standard library has to come first.
 #include <exception>
 #if defined(ZAV_LOG_BUILDING)
 #define ZAV_LOG_API __declspec(dllexport)

@@ -1,5 +1,17 @@
 #pragma once
 
+/// \file
+/// Reads a property file, or holds a configuration that the program makes itself:
+///
+///     #include "log/LogSession.h"
+///
+///     int main() {
+///         ZAV::Util::Properties properties("app.properties");
+///         properties["logger.net.level"] = "DEBUG"; // whatever the file says
+///         const ZAV::Log::LogSession session(properties);
+///         // ...
+///     }
+
 #include "zav-util/Export.h"
 
 #include <initializer_list>
@@ -12,11 +24,11 @@
 namespace ZAV {
 namespace Util {
 
-/// A configuration: an ordered map from key to value, both strings, compared byte by byte.
+/// A configuration: an ordered map from keys to values, both of them strings, compared byte by byte.
 ///
-/// Fill it in memory, with pairs in braces or the map's own operations (`properties["logger.root.level"] =
-/// "INFO"`), which checks nothing, or read it from a property file, which checks every line. It has no lock:
-/// one thread fills it, afterwards any number may read it.
+/// It is read from a property file, of which every line is checked, or filled in memory, by pairs in braces
+/// or the functions of the map, where nothing is checked. It has no lock: one thread fills it, and afterwards
+/// several threads may read it at once.
 class Properties : public std::map<std::string, std::string> {
 public:
     class Entry;
@@ -24,20 +36,20 @@ public:
     Properties() = default;
 
     /// Takes pairs of a key and a value: `Properties{{"logger.root.level", "INFO"}, {"appender.c",
-    /// "StdoutAppender"}}`. Of several with the same key the first one counts, as in any map.
+    /// "StdoutAppender"}}`. If a key occurs several times, the first one counts, as in any map.
     Properties(std::initializer_list<Entry> entries);
 
-    /// Braces with a key and a value alone, where those of the pairs are missing, are no file name either:
-    /// without this, they would become one as the begin and the end of some text.
+    /// Rejects a key and a value in a single pair of braces. Without this, the two would be taken for the
+    /// begin and the end of a file name.
     Properties(const std::string& key, const std::string& value) = delete;
 
     /// Reads a property file: lines of `key = value`, empty lines, and comments that begin with "#".
-    /// \param fileName relative to the current directory if it is not absolute
-    /// \throw UtilException if the file cannot be read, or with the first line that breaks the format
+    /// \param fileName absolute, or relative to the working directory
+    /// \throw UtilException if the file cannot be read, or for the first malformed line
     ZAV_LOG_API explicit Properties(const std::string& fileName);
 
-    /// Looks a key up.
-    /// \param value receives the value if the key is present; stays as it is otherwise
+    /// Looks up a key.
+    /// \param value receives the value if the key is present, and is not changed otherwise
     /// \return true if the key is present
     ZAV_LOG_API bool getProperty(const std::string& key, std::string& value) const;
 
@@ -45,8 +57,8 @@ public:
     ZAV_LOG_API std::vector<std::string> getKeys() const;
 };
 
-/// A pair in the braces of `Properties`. It is made from two texts; a `std::pair` of strings would also be
-/// made from two pairs of braces, each of which it would take for the begin and the end of some text.
+/// A pair in the braces of `Properties`. It takes two texts. A `std::pair` of strings could also be
+/// constructed from two pairs in braces, each of which would be taken for the begin and the end of a text.
 class Properties::Entry {
 public:
     template <

@@ -1,5 +1,14 @@
 #pragma once
 
+/// \file
+/// Points in time and durations:
+///
+///     #include "log/LogManager.h"
+///
+///     bool flushForFiveSeconds() {
+///         return ZAV::Log::LogManager::flush(ZAV::Util::TimeUtils::Time(5, ZAV::Util::TimeUtils::SEC));
+///     }
+
 #include "zav-util/Export.h"
 
 #include <cstdint>
@@ -9,7 +18,7 @@ namespace ZAV {
 namespace Util {
 namespace TimeUtils {
 
-/// The unit of a count of time.
+/// A unit of time.
 enum TimeUnit : std::int32_t {
     USEC = 0, ///< microseconds
     MSEC = 1, ///< milliseconds
@@ -21,13 +30,13 @@ enum TimeUnit : std::int32_t {
 
 /// A point in time, in microseconds since 1970-01-01 00:00:00 UTC, or a duration in microseconds.
 ///
-/// 0, the default, means that no time is set. All arithmetic is unsigned 64-bit and wraps.
+/// 0, the default, means that no time is set. All arithmetic is unsigned with 64 bits, and wraps around.
 class Time {
 public:
     constexpr Time() noexcept = default;
 
-    /// \param count how many units; a negative number counts as its two's complement
-    /// \param unit a number outside the enumeration counts as `USEC`
+    /// \param count how many units; a negative number is taken as its two's complement
+    /// \param unit a number that is not in the enumeration is taken as `USEC`
     constexpr Time(std::uint64_t count, TimeUnit unit) noexcept
         : microseconds_(count * microsecondsPer(unit)) {}
 
