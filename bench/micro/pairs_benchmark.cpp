@@ -8,6 +8,7 @@
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/text/PackedPairs.h"
+#include "log/text/ValueText.h"
 #include "zav-util/TimeText.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 #include "log/LoggerFactory.h"
 #include "log/MessageInserter.h"
-#include "log/text/FloatText.h"
+#include "log/text/ValueText.h"
 
 #include <benchmark/benchmark.h>
 

@@ -8,7 +8,7 @@
 #include "log/LogValues.h"
 #include "log/MessageFilter.h"
 #include "log/reentrancy/PutOffMessages.h"
-#include "log/text/FloatText.h"
+#include "log/text/ValueText.h"
 #include "platform/Threads.h"
 
 #include <boost/make_shared.hpp>

@@ -2,9 +2,11 @@
 
 #include "Threading.h" // the one that the library is built with
 #include "platform/Threads.h"
+#include "zav-util/TimeUtils.h"
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <new>
 
 namespace ZAV {
@@ -20,6 +22,14 @@ public:
 
     /// \param limit from now
     explicit Deadline(std::chrono::microseconds limit) : end_(Clock::now() + std::min(limit, LONGEST)) {}
+
+    /// \param duration from now; 0 for no end
+    static Deadline after(Util::TimeUtils::Time duration) {
+        const std::uint64_t longest = static_cast<std::uint64_t>(LONGEST.count());
+        return duration == Util::TimeUtils::Time()
+                   ? Deadline()
+                   : Deadline(std::chrono::microseconds(std::min(duration.microseconds(), longest)));
+    }
 
     Deadline orEarlier(const Deadline& other) const { return other.end_ < end_ ? other : *this; }
 

@@ -17,19 +17,8 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-/// How often a consumer that has nothing to do looks whether the process has another thread still.
-constexpr std::chrono::seconds TIME_BETWEEN_LOOKS{2};
-
 /// In the place of the number of a message that was discarded instead of appended.
 constexpr std::uint64_t DISCARDED = 0;
-
-/// \param duration 0 for no end
-Deadline deadlineAfter(Time duration) {
-    constexpr Time LONGEST(36500, Util::TimeUtils::DAY);
-    return duration == Time()
-               ? Deadline()
-               : Deadline(std::chrono::microseconds(std::min(duration, LONGEST).microseconds()));
-}
 
 } // namespace
 
@@ -196,7 +185,7 @@ bool MessageQueue::willBeServed() const noexcept {
 }
 
 bool MessageQueue::flush(Time timeout) {
-    return awaitDone(store_.lastNumber(), deadlineAfter(timeout), [this] { return willBeServed(); });
+    return awaitDone(store_.lastNumber(), Deadline::after(timeout), [this] { return willBeServed(); });
 }
 
 bool MessageQueue::drain(const Deadline& deadline) {
@@ -232,119 +221,6 @@ void MessageQueue::callConsumer() {
     if (!isAwaited_.exchange(true)) {
         bell_.ring();
     }
-}
-
-// The consumer's side
-
-void MessageQueue::setServed(bool isServed) {
-    if (isServed) {
-        service_ |= SERVED;
-    } else {
-        service_ &= ~unsigned{SERVED};
-    }
-    bell_.ring();
-}
-
-void MessageQueue::wake() {
-    isWoken_ = true;
-    bell_.ring();
-}
-
-/// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
-/// first, since it waits without a limit.
-bool MessageQueue::wait() {
-    isWoken_ = false;
-    const bool isPrompt = deliversPromptly();
-    const auto isDue = [this, isPrompt] {
-        return !isServed() || isWoken_ || isAwaited_ || (isPrompt && store_.size() != 0);
-    };
-    // One that has just been busy looks again for a while, which spares the calls from waking it.
-    constexpr int LOOKS = 20;
-    for (int look = 0; isPrompt && look < LOOKS; ++look) {
-        if (isDue()) {
-            return true;
-        }
-        if (!Platform::sleepBriefly()) {
-            break;
-        }
-    }
-    isOnCall_ = isPrompt;
-    const Deadline end = endOfWait();
-    bool hasCompany = true;
-    bool isOver = false;
-    while (!isOver && !bell_.wait(end.orEarlier(nextLook_), isDue)) {
-        hasCompany = lookForCompany();
-        isOver = !hasCompany || end.isOver();
-    }
-    isOnCall_ = false;
-    return hasCompany;
-}
-
-bool MessageQueue::lookForCompany() {
-    if (!nextLook_.isOver()) {
-        return true;
-    }
-    nextLook_ = Deadline(TIME_BETWEEN_LOOKS);
-    return !Platform::isOnlyThread();
-}
-
-/// What the consumer has put off is tried again soon: it does not wait for loggers.
-Deadline MessageQueue::endOfWait() const {
-    return threadRecord().putOffMessages > 0 ? Deadline(std::chrono::milliseconds(10))
-                                             : deadlineAfter(Time(waitingPeriod_, Util::TimeUtils::USEC));
-}
-
-void MessageQueue::take(MessageBatch& batch) {
-    isAwaited_ = false;
-    if (store_.isHeld()) {
-        bell_.ring(); // the last one before the hold may have been discarded
-        bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed(); });
-    }
-    try {
-        store_.take(batch);
-    } catch (const std::bad_alloc&) {
-        // the next round tries again
-    }
-    bell_.ring(); // those who wait for room
-}
-
-void MessageQueue::hold() noexcept {
-    service_ |= HELD;
-    store_.hold();
-}
-
-void MessageQueue::endHold() {
-    store_.endHold();
-    service_ &= ~unsigned{HELD};
-    bell_.ring();
-}
-
-void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
-    store_.release(batch, isDelivered);
-    bell_.ring();
-}
-
-// The end of the process
-
-void MessageQueue::close() {
-    isClosed_ = true;
-    store_.close();
-    setServed(false);
-}
-
-void MessageQueue::showAll() {
-    MessageStore::Taken taken = MessageStore::TAKEN;
-    while (taken != MessageStore::NOTHING) {
-        taken = store_.discardOldest(1, lines_, SHOWN_AT_PROCESS_END);
-        if (taken == MessageStore::NOT_YET_HERE) {
-            std::this_thread::yield();
-        }
-    }
-    lines_.write();
-}
-
-void MessageQueue::showRestOfDelivery() {
-    store_.showRestOfDelivery(lines_, SHOWN_AT_PROCESS_END);
 }
 
 // In a forked child

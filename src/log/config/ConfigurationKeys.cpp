@@ -6,8 +6,6 @@
 #include "zav-util/Conversions.h"
 #include "zav-util/UtilException.h"
 
-#include <algorithm>
-#include <cctype>
 #include <iostream>
 #include <iterator>
 #include <limits>
@@ -269,17 +267,6 @@ constexpr ConfigurationKey KEYS[] = {
            DispatcherOption::QUEUE_FILE),
 };
 
-/// The library's own classes of appenders.
-constexpr struct {
-    const char* name;
-    unsigned reader;
-} CLASSES[] = {
-    {AppenderClass::STDOUT, READ_BY_STDOUT_APPENDER},
-    {AppenderClass::FILE_SERIES, READ_BY_FILE_APPENDER},
-    {AppenderClass::SINGLE_FILE, READ_BY_SIMPLE_FILE_APPENDER},
-    {AppenderClass::ROLLED_FILE, READ_BY_ROLLING_FILE_APPENDER},
-};
-
 } // namespace
 
 const ConfigurationKey* ConfigurationKeys::begin() const {
@@ -288,58 +275,6 @@ const ConfigurationKey* ConfigurationKeys::begin() const {
 
 const ConfigurationKey* ConfigurationKeys::end() const {
     return std::end(KEYS);
-}
-
-const ConfigurationKey* findKey(KeySection section, const std::string& name) {
-    const auto* const found =
-        std::find_if(std::begin(KEYS), std::end(KEYS),
-                     [&](const ConfigurationKey& key) { return key.section == section && key.name == name; });
-    return found == std::end(KEYS) ? nullptr : found;
-}
-
-unsigned readerOfClass(const std::string& className) {
-    const auto* const found =
-        std::find_if(std::begin(CLASSES), std::end(CLASSES),
-                     [&className](const auto& known) { return known.name == className; });
-    return found == std::end(CLASSES) ? 0U : found->reader;
-}
-
-std::string genericKey(const ConfigurationKey& key) {
-    const std::string name = key.name;
-    if (key.section == KeySection::LOGGER) {
-        return std::string(LOGGER_KEY_PREFIX) + "L." + name;
-    }
-    if (key.section == KeySection::DISPATCHER) {
-        return dispatcherKey(name);
-    }
-    return name.empty() ? appenderKey("A") : appenderKey("A", name);
-}
-
-std::string describeReaders(const ConfigurationKey& key) {
-    switch (key.readers) {
-    case READ_BY_LOGGERS:
-        return "the loggers";
-    case READ_BY_DISPATCHER:
-        return "the dispatcher";
-    case READ_BY_APPENDERS:
-        return "all appenders";
-    default:
-        break;
-    }
-    std::string readers;
-    for (const auto& known : CLASSES) {
-        if ((key.readers & known.reader) != 0) {
-            readers += (readers.empty() ? "`" : ", `") + std::string(known.name) + "`";
-        }
-    }
-    return readers;
-}
-
-/// A number stands as it is, another value as a word.
-std::string describeDefault(const ConfigurationKey& key) {
-    const std::string text = key.byDefault.text;
-    const bool isWord = key.byDefault.isValue && std::isdigit(static_cast<unsigned char>(text.front())) == 0;
-    return isWord ? "`" + text + "`" : text;
 }
 
 } // namespace Log

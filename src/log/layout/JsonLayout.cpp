@@ -3,6 +3,7 @@
 #include "log/message/MessageFields.h"
 #include "log/text/JsonText.h"
 #include "log/text/PackedPairs.h"
+#include "log/text/ValueText.h"
 #include "zav-util/TimeText.h"
 
 #include <charconv>

@@ -27,20 +27,10 @@ constexpr std::size_t LEAST_SLOTS = QueueFile::LEAST_SIZE / SLOT;
 /// does; what lies beyond is used by a queue only that has grown so far.
 constexpr std::size_t MAPPED_AT_ONCE = std::size_t{64} << 20U;
 
-template <typename Value>
-std::string_view bytesOf(const Value& value) {
-    return {reinterpret_cast<const char*>(&value), sizeof value};
-}
-
 /// A size in whole slots.
 std::size_t slotSize(std::uint64_t size) {
     return static_cast<std::size_t>(std::clamp(size, QueueFile::LEAST_SIZE, QueueFile::MOST_SIZE)) / SLOT *
            SLOT;
-}
-
-/// \return how many slots a block takes whose body has a size
-std::size_t slotsFor(std::size_t bytes) {
-    return (bytes + BODY + SLOT - 1) / SLOT;
 }
 
 /// \return how many slots are kept for those who find no other room, and as many for the next process
@@ -71,13 +61,6 @@ std::uint32_t makeRun() {
 }
 
 } // namespace
-
-void QueueFileMark::set(std::uint64_t number) noexcept {
-    if (mark_ != nullptr) {
-        publish(mark_->number, number);
-        publish(mark_->inverse, ~number);
-    }
-}
 
 QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     : run_(makeRun()), generation_(Platform::forkGeneration()), life_(run_) {
@@ -225,94 +208,44 @@ void QueueFile::giveBack(const Memory& memory) noexcept {
     freeSlots(slotOf(memory), (memory.size + BODY) / SLOT);
 }
 
-// What the messages refer to
+Slots::Slots(std::size_t count) : isUsed_(count) {
+    if (count != 0) {
+        isUsed_[0] = true;
+    }
+}
 
-/// Twice, in blocks of their own, or not at all.
-bool QueueFile::note(std::string_view payload) noexcept {
-    const std::size_t size = recordSize(payload.size());
-    const std::size_t slots = slotsFor(size);
-    Memory copies[] = {takeSlots(NOTES, slots), takeSlots(NOTES, slots)};
-    for (const Memory& copy : copies) {
-        if (copies[1].bytes != nullptr) {
-            writeNote(copy.word, copy.bytes, run_, payload, copy.size - size < sizeof(Frame));
-        } else if (copy.bytes != nullptr) {
-            freeSlots(slotOf(copy), slots);
+std::size_t Slots::take(std::size_t slots, std::size_t kept) noexcept {
+    const std::size_t first = used_ + slots + kept < count() ? find(slots) : 0;
+    if (first != 0) {
+        use(first, slots);
+    }
+    return first;
+}
+
+void Slots::use(std::size_t first, std::size_t slots) noexcept {
+    std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(first), slots, true);
+    used_ += slots;
+    while (firstFree_ < count() && isUsed_[firstFree_]) {
+        ++firstFree_;
+    }
+}
+
+void Slots::free(std::size_t first, std::size_t slots) noexcept {
+    std::fill_n(isUsed_.begin() + static_cast<std::ptrdiff_t>(first), slots, false);
+    used_ -= slots;
+    firstFree_ = std::min(firstFree_, first);
+}
+
+/// \return 0 if there is no such run of free ones
+std::size_t Slots::find(std::size_t slots) const noexcept {
+    std::size_t length = 0;
+    for (std::size_t slot = firstFree_; slot < count(); ++slot) {
+        length = isUsed_[slot] ? 0 : length + 1;
+        if (length == slots) {
+            return slot + 1 - slots;
         }
     }
-    return copies[1].bytes != nullptr;
-}
-
-bool QueueFile::describeRun() noexcept {
-    if (isRunDescribed_.load(std::memory_order_relaxed)) {
-        return true;
-    }
-    const ScopedLock lock(lock_);
-    if (!isRunDescribed_ && note(runNote_)) {
-        isRunDescribed_ = true;
-    }
-    return isRunDescribed_;
-}
-
-std::string loggerNote(const MessageFields& message) {
-    const LoggerNote head = {LOGGER, 0, reinterpret_cast<std::uintptr_t>(message.loggerName.data())};
-    return std::string(bytesOf(head)).append(message.loggerName);
-}
-
-std::string placeNote(const KnownPlace& place) {
-    const PlaceNote head = {PLACE, place.line, reinterpret_cast<std::uintptr_t>(&place),
-                            static_cast<std::uint32_t>(place.level),
-                            static_cast<std::uint32_t>(place.file.size())};
-    return std::string(bytesOf(head)).append(place.file).append(place.format);
-}
-
-// Marks
-
-QueueFileMark QueueFile::appenderMark(std::string_view name) noexcept {
-    return markOf(run_, APPENDER_MARK, keyOf(name));
-}
-
-QueueFileMark QueueFile::markOf(std::uint32_t run, MarkKind kind, std::uint64_t key) noexcept {
-    const ScopedLock lock(lock_);
-    return QueueFileMark(findOrAddMark(run, kind, key));
-}
-
-/// \return null if there is no room for it
-Mark* QueueFile::findOrAddMark(std::uint32_t run, MarkKind kind, std::uint64_t key) noexcept {
-    const std::uint64_t word = frameWord(run, kind);
-    const auto known = std::find_if(marks_.begin(), marks_.end(), [word, key](const Mark* mark) {
-        return mark->word == word && mark->key == key;
-    });
-    return known != marks_.end() ? *known : addMark(word, key);
-}
-
-/// \return null if there is no room for it
-Mark* QueueFile::addMark(std::uint64_t word, std::uint64_t key) noexcept {
-    if (!isOfThisProcess()) {
-        return nullptr;
-    }
-    if (marksLeft_ == 0) {
-        const Memory block = takeSlots(MARKS, 1);
-        if (block.bytes == nullptr) {
-            return nullptr;
-        }
-        std::memset(block.bytes, 0, block.size);
-        nextMark_ = reinterpret_cast<Mark*>(block.bytes);
-        marksLeft_ = block.size / sizeof(Mark);
-    }
-    Mark& made = *nextMark_++;
-    --marksLeft_;
-    try {
-        marks_.push_back(&made);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-    made.key = key;
-    made.inverse = ~std::uint64_t{0};
-    Mark checked = made;
-    checked.word = word;
-    made.check = checkOf(checked);
-    publish(made.word, word);
-    return &made;
+    return 0;
 }
 
 } // namespace Log

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -29,7 +30,7 @@ struct Head {
 };
 
 constexpr char MAGIC[] = "ZAVQUEUE";
-constexpr std::uint32_t VERSION = 1;
+constexpr std::uint32_t VERSION = 2;
 constexpr std::uint32_t BYTE_ORDER_MARK = 0x01020304;
 constexpr std::uint32_t SWAPPED_BYTE_ORDER_MARK = 0x04030201; ///< of a machine with the other order
 
@@ -74,6 +75,17 @@ constexpr bool isBlock(std::uint64_t word) {
 
 /// Where the records or marks of a block begin.
 constexpr std::size_t BODY = sizeof(BlockHead);
+
+/// \return how many slots a block takes whose body has a size
+constexpr std::size_t slotsFor(std::size_t bytes) {
+    return (bytes + BODY + SLOT - 1) / SLOT;
+}
+
+/// \return the bytes of a value that stands in the file as it is
+template <typename Value>
+inline std::string_view bytesOf(const Value& value) {
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
 
 /// Begins a record, which lies at a multiple of its alignment. The payload follows, and a 0 in the place of
 /// the next record's first word, before the word that makes the record valid is written.

@@ -1,10 +1,9 @@
 #include "log/text/PackedPairs.h"
 
-#include "log/text/FloatText.h"
+#include "log/text/ValueText.h"
 #include "zav-util/Utf8.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace ZAV {
 namespace Log {
@@ -142,41 +141,6 @@ char* packPair(char* place, std::string_view key, const TaggedValue& value) noex
         *character++ = KEY_CHARACTERS.logged[static_cast<unsigned char>(byte)];
     }
     return packValue(character, value);
-}
-
-ValueText::ValueText(const TaggedValue& value) noexcept {
-    const auto takeUpTo = [this](const char* end) {
-        view_ = {number_, static_cast<std::size_t>(end - number_)};
-    };
-    char* const numberEnd = number_ + sizeof number_;
-    switch (value.kind) {
-    case TaggedValue::Kind::TEXT:
-    case TaggedValue::Kind::C_STRING:
-    case TaggedValue::Kind::NUMBER:
-        view_ = {value.text, value.size};
-        break;
-    case TaggedValue::Kind::SIGNED:
-        takeUpTo(std::to_chars(number_, numberEnd, value.signedNumber).ptr);
-        break;
-    case TaggedValue::Kind::UNSIGNED:
-        takeUpTo(std::to_chars(number_, numberEnd, value.unsignedNumber).ptr);
-        break;
-    case TaggedValue::Kind::DOUBLE:
-        takeUpTo(writeShortestFloat(number_, value.doubleNumber));
-        break;
-    case TaggedValue::Kind::FLOAT:
-        takeUpTo(writeShortestFloat(number_, value.floatNumber));
-        break;
-    case TaggedValue::Kind::CHARACTER:
-        number_[0] = value.character;
-        view_ = {number_, 1};
-        break;
-    case TaggedValue::Kind::BOOLEAN:
-        view_ = value.boolean ? "true" : "false";
-        break;
-    case TaggedValue::Kind::ADDRESS:
-        break; // no pair has one
-    }
 }
 
 void appendPair(std::string& text, const Pair& pair) {

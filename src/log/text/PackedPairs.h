@@ -78,21 +78,6 @@ bool arePackedValues(std::string_view bytes) noexcept;
 /// \return whether they are packed pairs
 bool arePackedPairs(std::string_view bytes) noexcept;
 
-/// The text of a value, unquoted.
-class ValueText {
-public:
-    /// \param value whose text lives as long as this object
-    explicit ValueText(const TaggedValue& value) noexcept;
-    ValueText(const ValueText&) = delete;
-    ValueText& operator=(const ValueText&) = delete;
-
-    std::string_view view() const noexcept { return view_; }
-
-private:
-    char number_[32];
-    std::string_view view_;
-};
-
 /// Appends a pair as `key=value`, quoted where it needs that.
 /// \throw std::bad_alloc
 void appendPair(std::string& text, const Pair& pair);

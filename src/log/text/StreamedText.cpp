@@ -1,7 +1,7 @@
 #include "log/text/MessageText.h"
 
-#include "log/text/FloatText.h"
 #include "log/text/PackedValues.h"
+#include "log/text/ValueText.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "log/TaggedValue.h"
+
 #include <cstddef>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
@@ -21,6 +24,21 @@ constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
 /// \return the end of what was written
 char* writeShortestFloat(char* text, double number);
 char* writeShortestFloat(char* text, float number);
+
+/// The text of a value, unquoted.
+class ValueText {
+public:
+    /// \param value whose text lives as long as this object
+    explicit ValueText(const TaggedValue& value) noexcept;
+    ValueText(const ValueText&) = delete;
+    ValueText& operator=(const ValueText&) = delete;
+
+    std::string_view view() const noexcept { return view_; }
+
+private:
+    char number_[32];
+    std::string_view view_;
+};
 
 } // namespace Log
 } // namespace ZAV

@@ -1,4 +1,4 @@
-#include "log/text/FloatText.h"
+#include "log/text/ValueText.h"
 
 #include <charconv>
 #include <cmath>
@@ -120,6 +120,41 @@ char* writeShortestFloat(char* text, double number) {
 
 char* writeShortestFloat(char* text, float number) {
     return writeShortest(text, number);
+}
+
+ValueText::ValueText(const TaggedValue& value) noexcept {
+    const auto takeUpTo = [this](const char* end) {
+        view_ = {number_, static_cast<std::size_t>(end - number_)};
+    };
+    char* const numberEnd = number_ + sizeof number_;
+    switch (value.kind) {
+    case TaggedValue::Kind::TEXT:
+    case TaggedValue::Kind::C_STRING:
+    case TaggedValue::Kind::NUMBER:
+        view_ = {value.text, value.size};
+        break;
+    case TaggedValue::Kind::SIGNED:
+        takeUpTo(std::to_chars(number_, numberEnd, value.signedNumber).ptr);
+        break;
+    case TaggedValue::Kind::UNSIGNED:
+        takeUpTo(std::to_chars(number_, numberEnd, value.unsignedNumber).ptr);
+        break;
+    case TaggedValue::Kind::DOUBLE:
+        takeUpTo(writeShortestFloat(number_, value.doubleNumber));
+        break;
+    case TaggedValue::Kind::FLOAT:
+        takeUpTo(writeShortestFloat(number_, value.floatNumber));
+        break;
+    case TaggedValue::Kind::CHARACTER:
+        number_[0] = value.character;
+        view_ = {number_, 1};
+        break;
+    case TaggedValue::Kind::BOOLEAN:
+        view_ = value.boolean ? "true" : "false";
+        break;
+    case TaggedValue::Kind::ADDRESS:
+        break; // no pair has one
+    }
 }
 
 } // namespace Log

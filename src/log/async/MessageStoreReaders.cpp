@@ -1,0 +1,215 @@
+// How messages leave the store: one by one, where they are discarded, or as a batch.
+
+#include "log/async/DiscardedLines.h"
+#include "log/async/MessageBatch.h"
+#include "log/async/MessageStore.h"
+#include "log/layout/UndeliveredMessage.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+
+MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLines& lines,
+                                                const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (size() == 0 || size() < least || isRendering_) {
+        return NOTHING;
+    }
+    Ring* const ring = ringWithOldest();
+    if (ring == nullptr) {
+        return NOT_YET_HERE;
+    }
+    isRendering_ = true; // taking memory may run a function of the application, which may log
+    lines.add(shownLine(reason, ring->front().next().fields), reason);
+    isRendering_ = false;
+    countDiscarded();
+    return TAKEN;
+}
+
+void MessageStore::countDiscarded() noexcept {
+    ++lastTaken_;
+    ++discardedCount_;
+    if (delivered_ == nullptr) {
+        markDone();
+        lastDone_.store(lastTaken_);
+    } else {
+        for (FileMarks& marks : marks_) {
+            marks.taken.set(lastTaken_);
+        }
+    }
+}
+
+/// All that was taken out was delivered or discarded.
+void MessageStore::markDone() noexcept {
+    for (FileMarks& marks : marks_) {
+        marks.done.set(lastTaken_);
+    }
+}
+
+bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
+                           bool isLastWay) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    if (isLastWay && isRendering_) {
+        lines.add(std::move(line), reason);
+        return true;
+    }
+    std::uint64_t last = lastTaken_;
+    if ((isClosed_ && !isLastWay) || !lastNumber_.compare_exchange_strong(last, last + 1)) {
+        return false;
+    }
+    lines.add(std::move(line), reason);
+    countDiscarded();
+    return true;
+}
+
+void MessageStore::discardUnfit(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    lines.add(std::move(line), reason);
+    ++unfitCount_;
+}
+
+/// \return null if the oldest message is not published yet
+Ring* MessageStore::ringWithOldest() noexcept {
+    const std::uint64_t number = lastTaken_ + 1;
+    const auto ring = std::find_if(rings_.begin(), rings_.end(), [number](const std::unique_ptr<Ring>& any) {
+        return any->findFront(number) && any->front().nextNumber() == number;
+    });
+    return ring == rings_.end() ? nullptr : ring->get();
+}
+
+void MessageStore::hold() noexcept {
+    const ScopedLock lock(storeLock_);
+    lastToTake_.store(lastNumber_);
+}
+
+void MessageStore::endHold() noexcept {
+    const ScopedLock lock(storeLock_);
+    lastToTake_.store(NO_LIMIT);
+}
+
+/// The number of the last message is read before the rings, since each of them holds what was numbered by
+/// then, or will do so in a moment. Discarding goes on beyond a hold.
+void MessageStore::take(MessageBatch& batch) {
+    const ScopedLock lock(storeLock_);
+    batch.streams_.reserve(rings_.size());
+    const std::uint64_t taken = lastTaken_;
+    const std::uint64_t last = std::min<std::uint64_t>(lastNumber_, lastToTake_);
+    batch.begin(taken + 1, isClosed_ ? taken : std::max(last, taken));
+    if (batch.size() == 0 || delivered_ != nullptr) {
+        batch.begin(1, 0); // another thread is still delivering one
+        return;
+    }
+    for (const std::unique_ptr<Ring>& ring : rings_) {
+        ring->findFront(batch.first_);
+        ring->keep();
+        batch.streams_.push_back({ring.get(), ring->lastKept(), ring->front(), ring->front(), 0});
+    }
+    lastTaken_ = batch.last_;
+    delivered_ = &batch;
+    for (FileMarks& marks : marks_) {
+        marks.batchEnd.set(lastTaken_); // first, or the batch would seem to be discarded
+        marks.taken.set(lastTaken_);
+    }
+}
+
+void MessageStore::release(MessageBatch& batch, bool isDelivered) {
+    if (batch.size() == 0) {
+        return;
+    }
+    const ScopedLock lock(storeLock_);
+    (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
+    delivered_ = nullptr;
+    // The marks come before the memory goes: a batch without them would be delivered again as far as it is
+    // there. Who waits for the memory goes by the number, which comes behind it.
+    markDone();
+    for (const MessageBatch::Stream& stream : batch.streams_) {
+        stream.ring->release(stream.cursor);
+    }
+    lastDone_.store(lastTaken_);
+    batch.begin(1, 0);
+    removeEndedRings();
+}
+
+/// The batch is given back under the lock, so it stays meanwhile.
+void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (delivered_ == nullptr) {
+        return;
+    }
+    try {
+        MessageBatch rest;
+        delivered_->copyRestTo(rest);
+        while (rest.hasNext()) {
+            lines.add(shownLine(reason, rest.next().fields), reason);
+        }
+    } catch (const std::bad_alloc&) {
+        lines.add(std::string(), reason);
+    }
+}
+
+// A batch
+
+/// Forgets what the batch held, but not the memory for it.
+void MessageBatch::begin(std::uint64_t first, std::uint64_t last) noexcept {
+    first_ = number_ = first;
+    last_ = last;
+    streams_.clear();
+    stream_ = 0;
+    given_ = 0;
+}
+
+void MessageBatch::rewind() noexcept {
+    for (Stream& stream : streams_) {
+        stream.cursor = stream.begin;
+        stream.nextNumber = 0;
+    }
+    number_ = first_;
+    lookForMore();
+}
+
+/// The numbers have no gaps, so the ring with the next one is looked for. It is missing only while its thread
+/// is between taking the number and publishing the message, where it waits for nothing.
+PackedMessage::Unpacked MessageBatch::next() noexcept {
+    std::size_t looked = 0;
+    while (streams_[stream_].nextNumber != number_) {
+        stream_ = stream_ + 1 == streams_.size() ? 0 : stream_ + 1;
+        if (++looked % streams_.size() == 0) {
+            lookForMore();
+            std::this_thread::yield();
+        }
+    }
+    Stream& stream = streams_[stream_];
+    const PackedMessage::Unpacked message = stream.cursor.next();
+    stream.nextNumber = stream.cursor.findNext(stream.end) ? stream.cursor.nextNumber() : 0;
+    ++number_;
+    return message;
+}
+
+void MessageBatch::copyRestTo(MessageBatch& rest) const {
+    rest.begin(first_, last_);
+    for (const Stream& stream : streams_) {
+        rest.streams_.push_back({stream.ring, stream.end, stream.begin, stream.begin, 0});
+    }
+    rest.rewind();
+    for (std::uint64_t given = given_; given > 0; --given) {
+        rest.next();
+    }
+}
+
+void MessageBatch::lookForMore() noexcept {
+    for (Stream& stream : streams_) {
+        if (stream.nextNumber == 0 && stream.cursor.findNext(stream.end)) {
+            stream.nextNumber = stream.cursor.nextNumber();
+        }
+    }
+}
+
+} // namespace Log
+} // namespace ZAV

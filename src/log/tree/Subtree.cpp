@@ -1,0 +1,135 @@
+// What a logger has of its parent and does for all below it: settings, levels for a while, the walk.
+
+#include "log/tree/LoggerInside.h"
+
+#include "log/filters/TemporaryLevels.h"
+#include "log/tree/SubtreeCapture.h"
+#include "platform/Threads.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+#include <utility>
+
+namespace ZAV {
+namespace Log {
+
+using Platform::ScopedLock;
+using namespace Util::TimeUtils;
+
+void Logger::Inside::inherit() {
+    const Inside& parent = *parent_->inside_;
+    lastingLevel_.store(parent.lastingLevel_, std::memory_order_relaxed);
+    overruledNumber_ = parent.overruledNumber_;
+    renewLevel(Time(levelSetTime_, USEC));
+    expirationTime_.store(parent.expirationTime_, std::memory_order_relaxed);
+    appenders_.copyFrom(parent.appenders_);
+}
+
+void Logger::Inside::setLevel(Level::LogLevel level, Time now) {
+    levelSetTime_.store(now.microseconds(), std::memory_order_relaxed);
+    lastingLevel_.store(level, std::memory_order_relaxed);
+    overruledNumber_ = TemporaryLevels::instance().newestNumber();
+    temporaryUntil_.store(0, std::memory_order_relaxed);
+    renewLevel(now);
+}
+
+/// Of several levels that hold, the one that ends first tells when to look again.
+void Logger::Inside::renewLevel(Time now) {
+    const Level::LogLevel lasting = lastingLevel_.load(std::memory_order_relaxed);
+    Level::LogLevel level = lasting;
+    std::uint64_t until = 0;
+    TemporaryLevels::instance().forEachLasting(now, overruledNumber_, [&](const TemporaryLevel& temporary) {
+        if (isBelow(*temporary.logger)) {
+            level = std::min(level, temporary.level);
+            const std::uint64_t end = temporary.until.microseconds();
+            until = until == 0 ? end : std::min(until, end);
+        }
+    });
+    if (until != 0) {
+        temporaryUntil_.store(until, std::memory_order_relaxed);
+    }
+    logger_.isTemporary_.store(level < lasting, std::memory_order_relaxed);
+    logger_.level_.store(SubtreeCapture::lowestLevel(logger_, level), std::memory_order_relaxed);
+}
+
+Level::LogLevel Logger::Inside::levelAt(Time now) noexcept {
+    if (now.microseconds() > temporaryUntil_.load(std::memory_order_relaxed)) {
+        const ScopedLock lock(treeLock());
+        renewLevel(now);
+    }
+    return logger_.storedLevel();
+}
+
+bool Logger::Inside::isBelow(const Logger& top) const {
+    const Logger* logger = &logger_;
+    while (logger != nullptr && logger != &top) {
+        logger = logger->inside_->parent_;
+    }
+    return logger != nullptr;
+}
+
+std::size_t Logger::Inside::countSubtree() {
+    std::size_t count = 0;
+    forSubtree([&count](const Logger&) { ++count; });
+    return count;
+}
+
+/// It takes no memory, since the end of the library must not fail. No logger ever leaves the tree, and one
+/// that is added meanwhile has inherited what is being waited for.
+void Logger::Inside::waitForSubtree() {
+    for (Inside* inside = this; inside != nullptr;) {
+        inside->criticalSection_.awaitHolder();
+        const ScopedLock lock(treeLock());
+        inside = inside->nextBelow(*this);
+    }
+}
+
+/// Of those who wait for the lock each gets it in its turn, so this does not take it from anybody for long.
+bool Logger::Inside::waitForSubtree(std::chrono::steady_clock::time_point end) {
+    for (Inside* inside = this; inside != nullptr;) {
+        while (!inside->criticalSection_.tryLock()) {
+            if (std::chrono::steady_clock::now() >= end) {
+                return false;
+            }
+            if (!Platform::sleepBriefly()) {
+                std::this_thread::yield();
+            }
+        }
+        inside->criticalSection_.unlock();
+        const ScopedLock lock(treeLock());
+        inside = inside->nextBelow(*this);
+    }
+    return true;
+}
+
+Logger::Inside* Logger::Inside::nextBelow(const Inside& top) {
+    if (!children_.empty()) {
+        return children_.begin()->second->inside_.get();
+    }
+    for (Inside* inside = this; inside != &top; inside = inside->parent_->inside_.get()) {
+        const auto sibling = std::next(inside->place_);
+        if (sibling != inside->parent_->inside_->children_.end()) {
+            return sibling->second->inside_.get();
+        }
+    }
+    return nullptr;
+}
+
+Logger& Logger::Inside::getChild(std::string_view shortName) {
+    if (Logger* const child = findChild(shortName)) {
+        return *child;
+    }
+    Children::mapped_type made(new Logger(&logger_, std::string(shortName)));
+    Logger& child = *made;
+    child.inside_->place_ = children_.emplace(shortName, std::move(made)).first;
+    return child;
+}
+
+Logger* Logger::Inside::findChild(std::string_view shortName) const {
+    const auto entry = children_.find(shortName);
+    return entry == children_.end() ? nullptr : entry->second.get();
+}
+
+} // namespace Log
+} // namespace ZAV
