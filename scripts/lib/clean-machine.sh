@@ -18,7 +18,6 @@ make_machine() {
 on_machine() {
     local folder=$1
     shift
-    # shellcheck disable=SC2016 # the variables of the inner shell
     env --ignore-environment PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
         ${http_proxy:+http_proxy="$http_proxy"} unshare --mount --fork chroot "$folder" \
         bash -euo pipefail -c 'mount -t proc proc /proc; [ ! -d /work ] || cd /work; "$@"' bash "$@"

@@ -3,8 +3,8 @@
 /// \file
 /// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` what
 /// `zav-log-control` does, and `ZAV_LOG_SYSTEM_API` what `zav-log-system` does; everything else stays inside
-/// them. Of static libraries nothing is exported; on Windows their users are to define `ZAV_LOG_STATIC`, as the CMake
-/// package does for them.
+/// them. Of static libraries nothing is exported; on Windows their users are to define `ZAV_LOG_STATIC`, as
+/// the CMake package does for them.
 
 #if defined(_WIN32) && defined(ZAV_LOG_STATIC)
 #define ZAV_LOG_API

@@ -1,6 +1,6 @@
-// Logs asynchronously from an object that is made before `main` and goes after it, from a thread that ends, and from a
-// forked child, and ends without `finish`. What the library makes when it is loaded must be there for all of them,
-// although it is now made with the objects of this program.
+// Logs asynchronously from an object that is made before `main` and goes after it, from a thread that ends,
+// and from a forked child, and ends without `finish`. What the library makes when it is loaded must be there
+// for all of them, although it is now made with the objects of this program.
 
 #include "log/ControlServer.h"
 #include "log/LogMacros.h"
