@@ -1,11 +1,12 @@
 # Gives the target zav-log-iceutil: the threads and monitors of IceUtil, from an installed Ice or, where there is
-# none for the platform, from Ice's sources.
+# none for the platform, from Ice's sources. What a static library of ours is linked with is in iceutil_library.
 set(ZAV_LOG_ICEUTIL_SOURCE_DIR "" CACHE PATH "Folder \"cpp\" of Ice's sources; empty to use an installed Ice")
 
 if(NOT ZAV_LOG_ICEUTIL_SOURCE_DIR)
     find_package(Ice REQUIRED COMPONENTS Ice)
     add_library(zav-log-iceutil INTERFACE)
     target_link_libraries(zav-log-iceutil INTERFACE Ice::Ice)
+    set(iceutil_library Ice::Ice)
     return()
 endif()
 
@@ -25,8 +26,10 @@ set(iceutil_sources
 list(TRANSFORM iceutil_sources PREPEND ${ZAV_LOG_ICEUTIL_SOURCE_DIR}/)
 
 add_library(zav-log-iceutil STATIC ${iceutil_sources})
-set_target_properties(zav-log-iceutil PROPERTIES POSITION_INDEPENDENT_CODE ON)
-target_include_directories(zav-log-iceutil SYSTEM PUBLIC ${ZAV_LOG_ICEUTIL_SOURCE_DIR}/include)
+set(iceutil_library zav-log-iceutil)
+set_target_properties(zav-log-iceutil PROPERTIES POSITION_INDEPENDENT_CODE ON EXPORT_NAME iceutil)
+target_include_directories(zav-log-iceutil
+    SYSTEM PUBLIC $<BUILD_INTERFACE:${ZAV_LOG_ICEUTIL_SOURCE_DIR}/include>)
 target_include_directories(zav-log-iceutil PRIVATE ${ZAV_LOG_ICEUTIL_SOURCE_DIR}/src)
 target_compile_definitions(zav-log-iceutil PUBLIC ICE_STATIC_LIBS)
 target_compile_options(zav-log-iceutil PRIVATE -w)

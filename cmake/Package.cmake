@@ -1,5 +1,4 @@
-# What "cmake --install" gives: headers, the shared libraries, CMake package files and pkg-config files. The components
-# become Debian packages of their own.
+# What "cmake --install" gives: headers, the libraries, CMake package files and pkg-config files.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
 
 # Installs libraries in a component, and what programs are built with in another one.
@@ -8,7 +7,8 @@ function(install_libraries export component development)
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${development}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT ${development})
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT ${development}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log) # for Meson, which knows no sets of files
     install(EXPORT ${export} NAMESPACE zav-log:: DESTINATION ${package_dir} COMPONENT ${development})
 endfunction()
 
@@ -21,10 +21,32 @@ function(install_pkgconfig development)
     endforeach()
 endfunction()
 
-install_libraries(zav-log-targets runtime development zav-log-dll zav-log-control)
+# Shared and static libraries may stand in one folder, and so have files of their own for CMake. What static ones are
+# linked with, programs have to find; pkg-config tells it to those who ask for --static.
+set(kind "")
+set(private_libraries "-Wl,-z,nodelete -lz -pthread")
+if(iceutil_library STREQUAL Ice::Ice)
+    string(APPEND private_libraries " -lIce")
+elseif(iceutil_library)
+    string(APPEND private_libraries " -lzav-log-iceutil")
+endif()
+if(NOT BUILD_SHARED_LIBS)
+    set(kind static-)
+    set(dependencies "find_dependency(Threads)\nfind_dependency(ZLIB)\n")
+    if(iceutil_library STREQUAL Ice::Ice)
+        string(APPEND dependencies "find_dependency(Ice COMPONENTS Ice)\n")
+    elseif(iceutil_library)
+        install_libraries(zav-log-static-targets runtime development zav-log-iceutil)
+    endif()
+    file(WRITE ${PROJECT_BINARY_DIR}/zav-log-static-dependencies.cmake ${dependencies})
+    install(FILES ${PROJECT_BINARY_DIR}/zav-log-static-dependencies.cmake DESTINATION ${package_dir}
+        COMPONENT development)
+endif()
+
+install_libraries(zav-log-${kind}targets runtime development zav-log-dll zav-log-control)
 install_pkgconfig(development zav-log zav-log-control)
 if(build_system_appenders)
-    install_libraries(zav-log-system-targets system system_development zav-log-system)
+    install_libraries(zav-log-${kind}system-targets system system_development zav-log-system)
     install_pkgconfig(system_development zav-log-system)
 endif()
 
@@ -37,13 +59,18 @@ install(FILES ${PROJECT_BINARY_DIR}/zav-log-config.cmake ${PROJECT_BINARY_DIR}/z
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${xxhash_licence_file} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
-# "cpack" makes one archive of the same. On Windows it has the compiler's run-time libraries as well.
 if(WIN32)
     install(FILES ${ZAV_LOG_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+endif()
+
+# "cpack" makes one archive of the same, unless a project that the library is a part of has archives of its own.
+if(NOT PROJECT_IS_TOP_LEVEL)
+    return()
+endif()
+if(WIN32)
     set(CPACK_GENERATOR ZIP)
 else()
     set(CPACK_GENERATOR TGZ)
-    include(cmake/debian/Debian.cmake)
 endif()
 set(CPACK_PACKAGE_NAME zav-log)
 set(CPACK_PACKAGE_VENDOR "The ZAV Log authors")

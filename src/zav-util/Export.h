@@ -5,9 +5,14 @@
 ///
 /// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` and
 /// `ZAV_LOG_SYSTEM_API` what `zav-log-control` and `zav-log-system` export. Nothing else is visible outside
-/// them.
+/// them. Static libraries export nothing; on Windows their users define `ZAV_LOG_STATIC`, as the CMake package
+/// does for them.
 
-#if defined(_WIN32)
+#if defined(_WIN32) && defined(ZAV_LOG_STATIC)
+#define ZAV_LOG_API
+#define ZAV_LOG_CONTROL_API
+#define ZAV_LOG_SYSTEM_API
+#elif defined(_WIN32)
 // GCC exports or imports the type information of all classes in a file like that of the first one with
 // virtual functions, so a class of the standard library has to come first.
 #include <exception>

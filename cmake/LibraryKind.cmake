@@ -1,0 +1,35 @@
+# What the libraries have in common as shared ones, or as static ones with -DBUILD_SHARED_LIBS=OFF.
+
+# A shared library must find all that it needs, but for what clang's sanitizers have in the program alone.
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    set(no_undefined)
+else()
+    set(no_undefined -Wl,--no-undefined)
+endif()
+
+# usage: set_library_kind(LIBRARY EXPORT_NAME), for a library that add_library has made without naming a kind
+function(set_library_kind library name)
+    set_target_properties(${library} PROPERTIES
+        EXPORT_NAME ${name}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    if(WIN32 AND BUILD_SHARED_LIBS)
+        set_target_properties(${library} PROPERTIES PREFIX "")
+    elseif(WIN32)
+        target_compile_definitions(${library} PUBLIC ZAV_LOG_STATIC)
+    elseif(BUILD_SHARED_LIBS)
+        # "-z nodelete": a thread of the application that still logs, or one of the library's, must not lose the code
+        # that it runs when somebody unloads the library.
+        set(exports ${PROJECT_SOURCE_DIR}/src/platform/linux/exports.map)
+        target_link_options(${library} PRIVATE -Wl,-z,nodelete ${no_undefined} -Wl,--version-script=${exports})
+        set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS ${exports})
+    else()
+        # The same for a shared library of somebody else that this one becomes a part of.
+        target_link_options(${library} INTERFACE -Wl,-z,nodelete)
+        # What is made at load is made before the program's own objects, as if the library were a shared one: these may
+        # log when they are destroyed, and the end of the process has to come to the dispatcher after them.
+        add_custom_command(TARGET ${library} POST_BUILD
+            COMMAND ${CMAKE_OBJCOPY} --rename-section .init_array=.init_array.00200 $<TARGET_FILE:${library}>
+            VERBATIM)
+    endif()
+endfunction()

@@ -1,0 +1,15 @@
+# Sourced by the scripts that pass the sources on, after install.sh.
+
+version=$(sed -n 's/^#define ZAV_LOG_VERSION_[A-Z]* \([0-9]*\)$/\1/p' "$root/src/log/Version.h" | paste -sd.)
+
+# What git knows of the sources, as they are in the folder, and without Debian's part; where there is no git, all but what
+# was built. The same sources give the same bytes.
+# usage: write_source_archive FILE.tar.gz
+write_source_archive() {
+    local time
+    time=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
+    (cd "$root" && { git ls-files -z 2>/dev/null || find . -path ./build -prune -o -type f -printf '%P\0'; }) |
+        grep --null-data --invert-match '^debian/' | LC_ALL=C sort --zero-terminated |
+        tar --create --directory "$root" --null --verbatim-files-from --files-from - --owner=0 --group=0 --numeric-owner \
+            --mtime="@$time" --transform "s,^,zav-log-$version/,S" | gzip -9n >"$1"
+}
