@@ -5,8 +5,8 @@
 ///
 /// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` and
 /// `ZAV_LOG_SYSTEM_API` what `zav-log-control` and `zav-log-system` export. Nothing else is visible outside
-/// them. Static libraries export nothing; on Windows their users define `ZAV_LOG_STATIC`, as the CMake package
-/// does for them.
+/// them. Static libraries export nothing; on Windows their users define `ZAV_LOG_STATIC`, as the CMake
+/// package does for them.
 
 #if defined(_WIN32) && defined(ZAV_LOG_STATIC)
 #define ZAV_LOG_API
