@@ -72,8 +72,8 @@ LogStatistics AsynchronousDispatcher::statistics() const {
     return statistics;
 }
 
-void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWait) {
-    queue_.append(message, mayWait);
+void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWaitForRoom) {
+    queue_.append(message, mayWaitForRoom);
     if (state_.load(std::memory_order_relaxed) == WANTED) {
         startIfWanted(false);
     }
@@ -175,13 +175,13 @@ void AsynchronousDispatcher::start() {
 }
 
 /// A thread that cannot be started now is tried again with the next message.
-/// \param mayWait whether to wait for another thread that is starting or stopping it: with a logger's lock held,
+/// \param waitsForThread whether to wait for another thread that is starting or stopping it: with a logger's lock held,
 ///        that could last for ever
-void AsynchronousDispatcher::startIfWanted(bool mayWait) noexcept {
+void AsynchronousDispatcher::startIfWanted(bool waitsForThread) noexcept {
     if (state_ != WANTED) {
         return;
     }
-    if (mayWait) {
+    if (waitsForThread) {
         threadLock_.lock();
     } else if (!threadLock_.tryLock()) {
         return;

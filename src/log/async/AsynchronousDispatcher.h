@@ -79,9 +79,9 @@ public:
     void endHold() { queue_.endHold(); }
 
     /// Queues a message for the consumer.
-    /// \param mayWait whether to wait for room in a full queue, if that is configured
+    /// \param mayWaitForRoom whether to wait for room in a full queue, if that is configured
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
-    void enqueue(const MessageFields& message, bool mayWait);
+    void enqueue(const MessageFields& message, bool mayWaitForRoom);
 
     /// Waits until what is queued was delivered or discarded.
     /// \param timeout 0 for no limit
@@ -117,14 +117,14 @@ private:
 
     bool change(std::initializer_list<State> from, State to) ZAV_LOG_EXCLUDES(stateLock_);
     void start() ZAV_LOG_REQUIRES(threadLock_);
-    void startIfWanted(bool mayWait) noexcept ZAV_LOG_EXCLUDES(threadLock_);
+    void startIfWanted(bool waitsForThread) noexcept ZAV_LOG_EXCLUDES(threadLock_);
 
     static void runConsumer();
     void makeRounds();
     void applyPriority(int& applied) const;
     void deliverRound(MessageBatch& batch);
 
-    bool endConsumer(bool mayWait);
+    bool endConsumer(bool waitsForThread);
     void abandonConsumer();
     void endWithProcess() noexcept;
     void awaitEnd() noexcept;

@@ -89,11 +89,11 @@ void AsynchronousDispatcher::abandonConsumer() {
 }
 
 /// \return false if the consumer is stuck, or was not waited for
-bool AsynchronousDispatcher::endConsumer(bool mayWait) {
+bool AsynchronousDispatcher::endConsumer(bool waitsForThread) {
     change({RUNNING}, ENDING);
     const auto hasEnded = [this] { return change({ABSENT, WANTED, ENDED}, OVER); };
     std::uint64_t progress = 0;
-    if (!mayWait) {
+    if (!waitsForThread) {
         return false;
     }
     do {

@@ -58,7 +58,7 @@ void MessageQueue::store(const DispatcherSettings& settings) {
 
 // The logging call's side
 
-void MessageQueue::append(const MessageFields& message, bool mayWait) {
+void MessageQueue::append(const MessageFields& message, bool mayWaitForRoom) {
     if (maxQueueSize_.load(std::memory_order_relaxed) <= 1) {
         lines_.waitForRoom();
         if (store_.discard(message, lines_, SHOWN_WHEN_DISCARDED)) {
@@ -66,7 +66,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWait) {
             return;
         }
     }
-    const bool waits = mayWait && overflowBlocks_.load(std::memory_order_relaxed);
+    const bool waits = mayWaitForRoom && overflowBlocks_.load(std::memory_order_relaxed);
     std::uint64_t number = waits ? appendWithRoom(message) : store_.append(message);
     if (number == MessageStore::FILE_FULL) {
         number = store_.fits(message) ? appendToFullFile(message) : discardUnfit(message);

@@ -31,9 +31,9 @@ public:
 
     /// Appends a message. When the queue has reached its limit, or was closed, the oldest message leaves it
     /// and is shown on the standard error stream.
-    /// \param mayWait whether to wait for room instead, if that is configured and a consumer makes room
+    /// \param mayWaitForRoom whether to wait for room instead, if that is configured and a consumer makes room
     /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
-    void append(const MessageFields& message, bool mayWait = false);
+    void append(const MessageFields& message, bool mayWaitForRoom = false);
 
     /// Has the consumer take what is queued, and waits until that was delivered or discarded.
     /// \param timeout 0 for no limit

@@ -48,7 +48,7 @@ enum class TextForm : std::uint8_t {
     FORMATTED ///< as packed values, for the format of the message's place
 };
 
-/// What a message says, in texts that somebody else keeps. A message goes through the library in this form
+/// What a message says. It does not own its texts. A message goes through the library in this form
 /// until an appender needs the object.
 struct MessageFields {
     MessageFields(std::string_view loggerNameText, Util::TimeUtils::Time moment, Level::LogLevel severity,

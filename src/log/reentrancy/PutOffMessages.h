@@ -28,9 +28,9 @@ public:
     static constexpr int MOST_OF_A_THREAD = 10'000;
 
     /// Gives the calling thread's first message to the appenders, with the logger's lock held.
-    /// \param mayWait whether to wait for that lock
+    /// \param waitsForLogger whether to wait for that lock
     /// \return false if another thread holds the lock and the message stays
-    using Write = bool (*)(Logger& logger, bool mayWait);
+    using Write = bool (*)(Logger& logger, bool waitsForLogger);
 
     struct PutOffMessage {
         ThreadRecord* thread; ///< whose message it is

@@ -16,9 +16,8 @@ namespace Log {
 
 /// The text of a message while it is put together, in memory that its thread uses again and again.
 ///
-/// What a default stream would write in one way only is appended without a stream, which is several times as
-/// fast. The stream is made when something needs it and goes with the message, since whoever it is given to
-/// may leave anything in it.
+/// Values with one default form bypass the stream, which is several times as fast. The stream is made when
+/// something needs it and goes with the message, since whoever it is given to may leave anything in it.
 class MessageText final : private std::streambuf {
 public:
     /// \return an empty text for the calling thread, which nobody else has until it is given back: the

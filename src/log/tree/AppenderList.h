@@ -41,7 +41,7 @@ public:
     /// Takes over the entries of another list; this one must be empty.
     void copyFrom(const AppenderList& other) ZAV_LOG_REQUIRES(treeLock());
 
-    /// What a walk through the list came to.
+    /// The result of one dispatch.
     struct Outcome {
         bool hasAsynchronous = false; ///< whether there are asynchronous appenders, which were left out
         std::exception_ptr exception; ///< the first one that a filter or a command listener threw, if any

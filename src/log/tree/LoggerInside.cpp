@@ -142,12 +142,12 @@ bool Logger::Inside::needsTemporaryLevel(Level::LogLevel level) const {
 }
 
 /// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
-/// \param mayWait whether it may wait for room in the queue
-void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWait) {
+/// \param mayWaitForRoom whether it may wait for room in the queue
+void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWaitForRoom) {
     const AppenderList::Outcome outcome =
         appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
-        AsynchronousDispatcher::instance().enqueue(message.fields(), mayWait);
+        AsynchronousDispatcher::instance().enqueue(message.fields(), mayWaitForRoom);
     }
     if (outcome.exception) {
         std::rethrow_exception(outcome.exception);
@@ -158,9 +158,9 @@ void Logger::Inside::putOff(const MessageFields& message) {
     PutOffMessages::instance().keep(logger_, message, dispatchPutOff);
 }
 
-bool Logger::Inside::dispatchPutOff(Logger& logger, bool mayWait) {
+bool Logger::Inside::dispatchPutOff(Logger& logger, bool waitsForLogger) {
     Inside& inside = *logger.inside_;
-    if (mayWait) {
+    if (waitsForLogger) {
         inside.lock();
     } else if (!inside.tryLock()) {
         return false;

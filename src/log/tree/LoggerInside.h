@@ -112,9 +112,9 @@ private:
     bool passesStill(Level::LogLevel level, Util::TimeUtils::Time now);
     bool isExpired(Util::TimeUtils::Time now) const;
     bool needsTemporaryLevel(Level::LogLevel level) const;
-    void dispatchMessage(ReusedMessage& message, bool mayWait) ZAV_LOG_REQUIRES(criticalSection_);
+    void dispatchMessage(ReusedMessage& message, bool mayWaitForRoom) ZAV_LOG_REQUIRES(criticalSection_);
     void putOff(const MessageFields& message);
-    static bool dispatchPutOff(Logger& logger, bool mayWait);
+    static bool dispatchPutOff(Logger& logger, bool waitsForLogger);
 
     /// One step of a walk that needs neither memory nor a deep stack, however deep the tree is.
     /// \return what follows this logger in the subtree of `top`, children first; null at the end
