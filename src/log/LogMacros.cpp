@@ -1,3 +1,7 @@
+// The library's side of the macros, and of `LogContext`.
+
+#include "log/LogMacros.h"
+
 #include "log/FormattedMessage.h"
 #include "log/LogContext.h"
 #include "log/Logger.h"
@@ -124,10 +128,10 @@ void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
 
 namespace {
 
-/// On the stack, unless they are long.
-class PackedValues {
+/// Packed values, which take memory only if they are long.
+class ValuesOnStack {
 public:
-    PackedValues(const TaggedValue* values, std::size_t count) {
+    ValuesOnStack(const TaggedValue* values, std::size_t count) {
         std::size_t most = 0;
         for (std::size_t i = 0; i < count; ++i) {
             most += packedSize(values[i]);
@@ -153,7 +157,7 @@ void FormattedMessage::logTagged(const Logger& logger, const Place& place, const
     if (logger.inside_->takesValues()) {
         const KnownPlace& known = knownPlace(place);
         if (!known.needsCall) {
-            logger.inside_->logFrom(known, PackedValues(values, count).view(), TextForm::FORMATTED);
+            logger.inside_->logFrom(known, ValuesOnStack(values, count).view(), TextForm::FORMATTED);
             return;
         }
     }

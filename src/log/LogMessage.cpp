@@ -1,7 +1,9 @@
-#include "log/Level.h"
+// Messages, and the small types that they are made of.
 
-#include "log/LogException.h"
 #include "log/LogMessage.h"
+
+#include "log/Level.h"
+#include "log/LogException.h"
 #include "log/MessageFilter.h"
 #include "log/MessageType.h"
 #include "log/text/PackedPairs.h"
