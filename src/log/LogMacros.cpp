@@ -16,6 +16,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace ZAV {
@@ -132,22 +133,25 @@ namespace {
 class ValuesOnStack {
 public:
     ValuesOnStack(const TaggedValue* values, std::size_t count) {
-        std::size_t most = 0;
         for (std::size_t i = 0; i < count; ++i) {
-            most += packedSize(values[i]);
-        }
-        bytes_.resize(most);
-        end_ = bytes_.data();
-        for (std::size_t i = 0; i < count; ++i) {
-            end_ = packValue(end_, values[i]);
+            append(values[i]);
         }
     }
 
-    std::string_view view() const { return {bytes_.data(), static_cast<std::size_t>(end_ - bytes_.data())}; }
+    std::string_view view() const { return {bytes_.data(), bytes_.size()}; }
 
 private:
+    /// A C string is read here for the first time: some formats show its address alone.
+    void append(TaggedValue value) {
+        if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
+            value.size = std::strlen(value.text);
+        }
+        const std::size_t begin = bytes_.size();
+        bytes_.resize(begin + packedSize(value));
+        bytes_.resize(static_cast<std::size_t>(packValue(bytes_.data() + begin, value) - bytes_.data()));
+    }
+
     fmt::memory_buffer bytes_;
-    char* end_;
 };
 
 } // namespace

@@ -43,9 +43,7 @@ struct TaggedValue {
     TaggedValue() = default;
     constexpr TaggedValue(std::string_view value)
         : text(value.data()), size(value.size()), kind(Kind::TEXT) {}
-    constexpr TaggedValue(const char* value)
-        : text(value), size(value == nullptr ? 0 : std::char_traits<char>::length(value)),
-          kind(Kind::C_STRING) {}
+    constexpr TaggedValue(const char* value) : text(value), kind(Kind::C_STRING) {}
     constexpr TaggedValue(long long value) : signedNumber(value), kind(Kind::SIGNED) {}
     constexpr TaggedValue(unsigned long long value) : unsignedNumber(value), kind(Kind::UNSIGNED) {}
     constexpr TaggedValue(double value) : doubleNumber(value), kind(Kind::DOUBLE) {}
@@ -64,7 +62,7 @@ struct TaggedValue {
         bool boolean;
         const void* address;
     };
-    std::size_t size = 0; ///< of a text, in characters; 0 for everything else
+    std::size_t size = 0; ///< of a `TEXT` or `NUMBER`; of a `C_STRING` only where it is packed; else 0
     Kind kind;
 };
 

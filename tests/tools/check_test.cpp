@@ -141,7 +141,7 @@ const std::vector<Case> CASES = {
     {DISPATCHER + "maxQueueSize = 2\n" + CONSOLE + "appender.c.asynchronous = true\n", {}},
     {DISPATCHER + "maxQueueSize = 0\n" + CONSOLE + "appender.c.asynchronous = false\n", {}},
     {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 2000000\n", {"2 queue-file"}},
-    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 4000\n" + DISPATCHER +
+    {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 5000\n" + DISPATCHER +
          "queueFileSize = 1 MB\n",
      {}},
     {DISPATCHER + "queueFile = q\n" + DISPATCHER + "maxQueueSize = 5500\n" + DISPATCHER +

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <cstdint>
 #include <limits>
 #include <locale>
 #include <stdexcept>
@@ -179,8 +180,10 @@ TEST_P(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
     const struct { unsigned bits : 3; } field{5};
     EXPECT_TEXT_OF_FMT("{} {:>8}|{:*^9}|{:.2}|{:s}", withZero, withZero, "\u00e4\u20ac", "cut",
                        std::string_view());
-    EXPECT_TEXT_OF_FMT("{}{}{:20}|{:p}", buffer, static_cast<char*>(buffer), buffer,
-                       static_cast<const char*>(buffer));
+    const char* const nowhere =
+        reinterpret_cast<const char*>(std::uintptr_t{16}); // of which the address is shown alone
+    EXPECT_TEXT_OF_FMT("{}{}{:20}|{:p}|{:p}", buffer, static_cast<char*>(buffer), buffer,
+                       static_cast<const char*>(buffer), nowhere);
     EXPECT_TEXT_OF_FMT("{} {:d} {:>3}|{} {:d} {:>7}", 'c', 'c', 'c', true, true, false);
     EXPECT_TEXT_OF_FMT("{} {:p} {:>20} {} {}", address, address, static_cast<void*>(buffer), nullptr,
                        static_cast<const void*>(nullptr));

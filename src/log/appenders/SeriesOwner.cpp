@@ -131,7 +131,7 @@ struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
     }
 };
 
-/// All that are forked have it, too.
+/// While the library is loaded, so that all that are forked have it, too.
 const SeriesOwner::Table& SeriesOwner::madeAtLoad = Table::instance();
 
 SeriesOwner::SeriesOwner(const std::string& livePath)

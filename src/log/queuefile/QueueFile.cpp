@@ -112,7 +112,11 @@ std::uint64_t QueueFile::capacity(std::uint64_t size, std::size_t textSize) {
     const std::string text(textSize, ' ');
     MessageFields message("net", Util::TimeUtils::Time::now(), Level::LEVEL_INFO, text, 1, "app.cpp", LOG);
     message.thread = 1;
-    const std::size_t record = recordSize(PackedMessage(message, 0, SharedFields(), 1).mostBytes());
+    const PackedMessage packed(message, 0, SharedFields(), 1);
+    std::string bytes(packed.mostBytes(), ' ');
+    SharedFields before;
+    const char* const end = packed.writeTo(bytes.data(), 1, before);
+    const std::size_t record = recordSize(static_cast<std::size_t>(end - bytes.data()));
     const std::size_t available = slots - 2 * reservedSlots(slots) - OTHERS;
     return available * (SLOT - BODY) / record;
 }

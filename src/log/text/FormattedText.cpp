@@ -119,8 +119,7 @@ void appendPlain(MessageText& text, const TaggedValue& value) {
     case TaggedValue::Kind::NUMBER:
         return text.append({value.text, value.size});
     case TaggedValue::Kind::C_STRING:
-        return isNullText(value) ? appendByLibrary(text, "{}", &value, 1)
-                                 : text.append({value.text, value.size});
+        return isNullText(value) ? appendByLibrary(text, "{}", &value, 1) : text.append(value.text);
     case TaggedValue::Kind::SIGNED:
         return appendInteger(text, value.signedNumber);
     case TaggedValue::Kind::UNSIGNED:

@@ -96,15 +96,9 @@ inline char* writeCString(char* place, const TaggedValue& value) {
     return characters + value.size + 1;
 }
 
-inline TaggedValue readCString(const char*& bytes, unsigned sizeOfLength) {
-    TaggedValue value(readText(bytes, sizeOfLength));
-    --value.size;
-    value.kind = Kind::C_STRING;
-    return value;
-}
-
 } // namespace Packing
 
+/// \param value of a C string `size` is set: a program that changes it meanwhile gets a wrong text and nothing worse
 /// \return how many bytes a value may take, whatever its kind
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
     return Packing::MOST_BYTES_OF_NUMBER + value.size + 1; // the end of a C string
@@ -149,7 +143,7 @@ inline TaggedValue unpackValue(const char*& bytes) noexcept {
     case Kind::TEXT:
         return readText(bytes, size);
     case Kind::C_STRING:
-        return size == NULL_TEXT ? TaggedValue(static_cast<const char*>(nullptr)) : readCString(bytes, size);
+        return size == NULL_TEXT ? nullptr : readText(bytes, size).data();
     case Kind::SIGNED:
         return withSignFirst(readNumber(bytes, size));
     case Kind::UNSIGNED:

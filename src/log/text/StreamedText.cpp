@@ -31,7 +31,8 @@ void appendInteger(MessageText& text, Integer value) {
     text.commit(std::to_chars(place, place + SIZE, value).ptr);
 }
 
-/// A C string is streamed as a text, a float as a double.
+/// Calls stream a C string as a text and a float as a double; one packed for a format comes here if that is
+/// lost.
 void appendStreamed(MessageText& text, const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
@@ -50,8 +51,9 @@ void appendStreamed(MessageText& text, const TaggedValue& value) {
     case TaggedValue::Kind::ADDRESS:
         return appendStreamed(text, value.address);
     case TaggedValue::Kind::C_STRING:
+        return appendStreamed(text, std::string_view(value.text == nullptr ? "(null)" : value.text));
     case TaggedValue::Kind::FLOAT:
-        break;
+        return appendStreamed(text, static_cast<double>(value.floatNumber));
     }
 }
 
