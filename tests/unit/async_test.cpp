@@ -350,10 +350,11 @@ TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
     AsynchronousDispatcher& dispatcher = AsynchronousDispatcher::instance();
     std::vector<std::string> delivered;
     TestSupport::CallingAppender appender(
-        [&](const LogMessage& message) { delivered.push_back(message.getText()); }, false);
+        [&](const LogMessage& given) { delivered.push_back(given.getText()); }, false);
     dispatcher.registerAsynchronousAppender(&appender);
     dispatcher.unregisterAsynchronousAppender(&appender);
-    dispatcher.enqueue(makeMessage("a"), true);
+    const LogMessage message = makeMessage("a"); // whose logger's name the queue does not copy
+    dispatcher.enqueue(message, true);
     EXPECT_FALSE(dispatcher.flush(Time())); // a consumer would take it, and have nobody to give it to
     EXPECT_EQ(dispatcher.statistics().waiting, 1U);
     dispatcher.registerAsynchronousAppender(&appender);
