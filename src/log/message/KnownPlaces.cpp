@@ -20,12 +20,11 @@ std::atomic<KnownPlace*> chains[1024];
 /// Places from which the thread has logged lately.
 thread_local const KnownPlace* recent[16];
 
+/// The level comes last. Beside the line it would be compared with it in one load, which waits until the two
+/// stores of the call have left the processor's buffer.
 bool isSame(const Place& place, const Place& other) {
     return place.line == other.line && isAlike(place.format, other.format) &&
-           isAlike(place.file, other.file) &&
-           place.level ==
-               other.level; // beside the line it would be compared with it in one load, which waits
-                            // until the two stores of the call have left the processor's buffer
+           isAlike(place.file, other.file) && place.level == other.level;
 }
 
 std::size_t hash(const Place& place) {
