@@ -26,10 +26,16 @@ function(set_library_kind library name)
     else()
         # The same for a shared library of somebody else that this one becomes a part of.
         target_link_options(${library} INTERFACE -Wl,-z,nodelete)
-        # What is made at load is made before the program's own objects, as if the library were a shared one: these may
-        # log when they are destroyed, and the end of the process has to come to the dispatcher after them.
+        # The archive holds one object, so that what is made at load is made in the order of the sources, as in a shared
+        # library, and not in the order in which the linker needs the parts. It is made before the program's own
+        # objects, which may log when they are destroyed: the end of the process has to come to the dispatcher after them.
+        set(whole ${CMAKE_CURRENT_BINARY_DIR}/${library}-whole.o)
         add_custom_command(TARGET ${library} POST_BUILD
-            COMMAND ${CMAKE_OBJCOPY} --rename-section .init_array=.init_array.00200 $<TARGET_FILE:${library}>
+            COMMAND ${CMAKE_CXX_COMPILER} -r -o ${whole}
+                -Wl,--whole-archive $<TARGET_FILE:${library}> -Wl,--no-whole-archive
+            COMMAND ${CMAKE_OBJCOPY} --rename-section .init_array=.init_array.00200 ${whole}
+            COMMAND ${CMAKE_COMMAND} -E rm $<TARGET_FILE:${library}>
+            COMMAND ${CMAKE_AR} qcs $<TARGET_FILE:${library}> ${whole}
             VERBATIM)
     endif()
 endfunction()

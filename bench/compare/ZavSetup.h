@@ -5,6 +5,7 @@
 #include "log/LogManager.h"
 #include "zav-util/Properties.h"
 
+#include <filesystem>
 #include <string>
 
 namespace Bench {
@@ -65,8 +66,10 @@ inline std::string liveFile(const Task& task) {
     return task.file() + "0";
 }
 
-/// With the queue kept in a file, which is made large enough for all messages.
+/// With the queue kept in a file, which is made large enough for all messages. One that a killed run has left
+/// is removed: its messages would be delivered first.
 inline Properties keptIn(const std::string& path, Properties properties) {
+    std::filesystem::remove(path);
     properties["zav.log.AsynchronousDispatcher.queueFile"] = path;
     properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "64 MB";
     return properties;
