@@ -39,8 +39,8 @@ public:
     /// "StdoutAppender"}}`. If a key occurs several times, the first one counts, as in any map.
     Properties(std::initializer_list<Entry> entries);
 
-    /// Rejects a key and a value in a single pair of braces. Without this, the two would be taken for
-    /// iterators to the begin and the end of a file name.
+    /// Rejects a key and a value in a single pair of braces. Without this, the two would be taken for the
+    /// begin and end iterators of a file name.
     Properties(const std::string& key, const std::string& value) = delete;
 
     /// Reads a property file: lines of `key = value`, empty lines, and comments that begin with "#".
@@ -58,8 +58,8 @@ public:
 };
 
 /// A pair in the braces of `Properties`. It takes two texts. A `std::pair` of strings could also be
-/// constructed from two pairs in braces, each of which would be taken for iterators to the begin and the end
-/// of a text.
+/// constructed from two pairs in braces, each of which would be taken for the begin and end iterators of a
+/// text.
 class Properties::Entry {
 public:
     template <
