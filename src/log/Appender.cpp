@@ -81,7 +81,7 @@ struct AppenderOptions::Inside {
 
     const AppenderValues values;
     const std::shared_ptr<const LineLayout> layout;
-    Util::Properties settings; ///< the appender's own keys, without their beginning
+    Util::Properties settings; ///< the appender's own keys, without their prefix
 };
 
 AppenderOptions::AppenderOptions(const std::string& appenderName, const Util::Properties& properties)

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// How the configuration makes appenders of the application's own classes.
+/// Lets the configuration create appenders of the application's own classes.
 
 #include "log/Appender.h"
 #include "zav-util/Export.h"
@@ -18,7 +18,7 @@ namespace Log {
 
 class LogMessage;
 
-/// What the configuration says about one appender, of a class that the application has registered with
+/// The configured settings of one appender, whose class the application has registered with
 /// `LogManager::registerAppenderClass`:
 ///
 ///     #include "log/LogManager.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// A running program's logging, inspected and changed from outside.
+/// Inspects and changes the logging of a running program from outside.
 
 #include "zav-util/Export.h"
 

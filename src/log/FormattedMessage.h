@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the macros of `log/LogFormat.h`; not used directly.
+/// Implementation of the macros of `log/LogFormat.h`; not used directly.
 
 #include "log/Level.h"
 #include "log/TaggedValue.h"
@@ -29,7 +29,7 @@
 #define ZAV_LOGF_CHECKED(format) format
 #endif
 
-/// Whether the text is a compile-time constant, since only then the compiler can check it.
+/// Whether the format is a compile-time constant; only then can the compiler check it.
 #if defined(__GNUC__)
 #define ZAV_LOGF_IS_KNOWN(format) __builtin_constant_p(::ZAV::Log::FormatText::firstOf(format))
 #else
@@ -90,9 +90,9 @@ constexpr std::size_t mostValues(std::string_view format) {
 
 /// Used by the macros of `log/LogFormat.h`, not directly.
 ///
-/// Logs messages that are made from a format and values. A macro call adds no code to its caller but the
-/// passing of its arguments: for each list of common types, one function tags the values, and the library
-/// formats them. Calls with values of other types are formatted here, in the caller's program.
+/// Logs messages that are made from a format and values. A macro call adds only the passing of its arguments
+/// to its caller's code: for each list of common types, one function tags the values, and the library formats
+/// them. Calls with values of other types are formatted here, in the caller's program.
 ///
 /// There are no objects of static storage duration, not even in the caller's functions: with g++ one would
 /// keep a plugin from being unloaded.
@@ -120,8 +120,8 @@ class FormattedMessage {
 #endif
 
 public:
-    /// The numbers of a place in one, so that a call passes them with one instruction: the length of the file
-    /// name, the line and the level, in 24, 32 and 8 bits.
+    /// The numbers of a place packed into one, so that a call passes them with one instruction: the length of
+    /// the file name, the line and the level, in 24, 32 and 8 bits.
     static constexpr std::uint64_t numbers(std::size_t fileSize, unsigned line, unsigned level) {
         return static_cast<std::uint64_t>(fileSize) << 40U | static_cast<std::uint64_t>(line) << 8U | level;
     }

@@ -53,7 +53,7 @@ struct LogCapture::Inside {
         : capture(logger, level, passesOn, recorder) {}
 
     Recorder recorder;
-    SubtreeCapture capture; ///< ends before its recorder does
+    SubtreeCapture capture; ///< destroyed before its recorder
 };
 
 LogCapture::LogCapture(Logger& logger, Level::LogLevel level, bool passesOn)

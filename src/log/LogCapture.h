@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// What was logged, for the tests of an application.
+/// Records what is logged, for the tests of an application.
 
 #include "log/Level.h"
 #include "log/LogMessage.h"

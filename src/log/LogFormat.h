@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// Logs a format string with values, and where the call stands in the source:
+/// Logs a format string with values and the source location of the call:
 ///
 ///     #include "log/LoggerFactory.h"
 ///
@@ -28,8 +28,8 @@
 #include "log/FormattedMessage.h"
 #include "log/LogMacros.h"
 
-/// The part that all macros share. The format, the first of the further arguments, is passed twice, once in
-/// the form that the compiler checks; `ZAV_LOGF_FIRST` always gets a second argument, since it must have one.
+/// Shared by all macros. The format, the first of the further arguments, is passed twice, once in the form
+/// that the compiler checks; `ZAV_LOGF_FIRST` always gets a second argument, since it must have one.
 #define ZAV_LOGF_MESSAGE(logger, level, ...)                                                                 \
     ZAV_LOG_IF_LOGGABLE(logger, level,                                                                       \
                         static_assert(ZAV_LOGF_IS_KNOWN(ZAV_LOGF_FIRST(__VA_ARGS__, )),                      \

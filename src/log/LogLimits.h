@@ -46,7 +46,7 @@
 /// Executes the first call only.
 #define ZAV_LOG_ONCE(...) ZAV_LOG_LIMITED(Once, , __VA_ARGS__)
 
-/// The part that all macros share. The limit is initialised at compile time, and so needs no lock.
+/// Shared by all macros. The limit is initialised at compile time, and so needs no lock.
 #define ZAV_LOG_LIMITED(Limit, bound, ...)                                                                   \
     do {                                                                                                     \
         ZAV_LOG_MAY_SHADOW(static ::ZAV::Log::Limits::Limit zavLogLimit;                                     \
@@ -106,7 +106,7 @@ private:
     std::atomic<std::uint64_t> calls_{0}; ///< since the last that passed, including it; 0 at first
 };
 
-/// Lets a call pass when the duration is over since the last that passed.
+/// Lets a call pass if the duration has elapsed since the last that passed.
 class AtMostEvery {
 public:
     using Clock = std::chrono::steady_clock;

@@ -1,4 +1,4 @@
-// The library's side of the macros, and of `LogContext`.
+// The library's part of the macros, and of `LogContext`.
 
 #include "log/LogMacros.h"
 
@@ -24,8 +24,8 @@ namespace Log {
 
 namespace {
 
-/// Writes a value, or puts it aside as it is if the text is made later.
-/// \tparam Kept as what a value is kept
+/// Formats a value, or stores it unformatted if the text is made later.
+/// \tparam Kept the type as which a value is stored
 template <typename Kept, typename Value>
 void writeOrKeep(MessageText& text, Value value) {
     if (text.keepsValues()) {
@@ -99,7 +99,7 @@ void MessageStream::write(unsigned long long number) {
     writeOrKeep<unsigned long long>(text_, number);
 }
 
-/// What is not a number comes from a stream, which its sign depends on.
+/// NaN is formatted by a stream, which its sign depends on.
 void MessageStream::write(double number) {
     if (std::isnan(number)) {
         text_.makeText();
@@ -107,13 +107,13 @@ void MessageStream::write(double number) {
     writeOrKeep<double>(text_, number);
 }
 
-/// It has no tag.
+/// There is no tag for the type.
 void MessageStream::write(long double number) {
     text_.makeText();
     appendStreamed(text_, number);
 }
 
-/// Null comes from a stream, too.
+/// Null is formatted by a stream as well.
 void MessageStream::write(const void* address) {
     if (address == nullptr) {
         text_.makeText();
@@ -129,7 +129,7 @@ void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
 
 namespace {
 
-/// Packed values, which take memory only if they are long.
+/// Packed values, on the stack unless they are long.
 class ValuesOnStack {
 public:
     ValuesOnStack(const TaggedValue* values, std::size_t count) {
@@ -141,7 +141,7 @@ public:
     std::string_view view() const { return {bytes_.data(), bytes_.size()}; }
 
 private:
-    /// A C string is read here for the first time: some formats show its address alone.
+    /// A C string is not read before this: some formats show only its address.
     void append(TaggedValue value) {
         if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
             value.size = std::strlen(value.text);
@@ -191,7 +191,7 @@ LongDoubleText::LongDoubleText(long double value) noexcept
     }
 }
 
-/// The pairs are packed into the thread's memory, from where they go into the queue or the message.
+/// Packs the pairs into the thread's buffer, from which they are copied into the queue or the message.
 void MessageWithValues::logTagged(const Logger& logger, const Place& place, std::string_view text,
                                   const TaggedValue* keysAndValues, std::size_t count) {
     const TakenText pairs;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// Logs a streamed text, and where the call stands in the source:
+/// Logs a streamed text and the source location of the call:
 ///
 ///     #include "log/LoggerFactory.h"
 ///
@@ -33,9 +33,8 @@
 #define ZAV_LOG_UNLIKELY(condition) (condition)
 #endif
 
-/// The part that all macros share: runs the statements if the message passes, with `zavLogLogger` for the
-/// logger and `zavLogLevel` for the level. `level` is a number of `Level::LogLevel`, since a macro could
-/// replace a name.
+/// Shared by all macros: runs the statements if the message passes, with `zavLogLogger` for the logger and
+/// `zavLogLevel` for the level. `level` is a number of `Level::LogLevel`, since a macro could replace a name.
 #define ZAV_LOG_IF_LOGGABLE(logger, level, statements)                                                       \
     do {                                                                                                     \
         if constexpr ((level) >= ZAV_LOG_ACTIVE_LEVEL) {                                                     \

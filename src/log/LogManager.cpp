@@ -33,16 +33,16 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// What `init` has set up.
+/// The state that `init` sets.
 struct LifeCycle : Platform::NeverDestroyed<LifeCycle> {
-    /// Held by `init`, `reload` and `finish` from their begin to their end, before any other lock.
+    /// Held throughout `init`, `reload` and `finish`; taken before any other lock.
     Platform::CriticalSection lock;
     bool isInitialised ZAV_LOG_GUARDED_BY(lock) = false;
     std::string fileName ZAV_LOG_GUARDED_BY(lock);     ///< as it was given to `init`; empty if none was
     std::string absoluteName ZAV_LOG_GUARDED_BY(lock); ///< of that file
 
-    /// \return the name of the file that was given to `init`: as it was given, so that errors name it so,
-    ///         unless that would be another file by now. Empty if none was given
+    /// \return the name of the file that was given to `init`: as it was given, for error messages, or the
+    ///         absolute name if the given one denotes another file by now. Empty if none was given
     std::string fileOfInit() const ZAV_LOG_REQUIRES(lock) {
         return Platform::absolutePath(fileName) == absoluteName ? fileName : absoluteName;
     }
@@ -90,7 +90,7 @@ Util::Properties readFile(const std::string& fileName) {
     return Util::Properties(fileName);
 }
 
-/// Listeners of commands stay in a reload, also those that are named like an appender which goes.
+/// Keeps command listeners during a reload, even those whose command has the name of a removed appender.
 class KeptListeners {
 public:
     KeptListeners() { threadRecord().keepsListeners = true; }
@@ -99,7 +99,7 @@ public:
     KeptListeners& operator=(const KeptListeners&) = delete;
 };
 
-/// Changes the configuration to one that a function gives, which is told the file of `init`.
+/// Changes the configuration to the one that a function returns, given the name of the file of `init`.
 template <typename Source>
 void reloadFrom(const Source& propertiesOf) {
     if (LibraryCall::isOpen()) {
@@ -216,8 +216,8 @@ void command(const std::string& name, const std::string& argument) {
 
 namespace {
 
-/// Has failures told from the first one on, which an appender may have while it is set up. A session that is
-/// not the first one leaves that as it was.
+/// Enables failure notices before `init`, since an appender may already fail while it is set up. A session
+/// that finds them enabled leaves them so.
 class WantedNotices {
 public:
     WantedNotices() {

@@ -45,12 +45,13 @@ namespace LogManager {
 /// for the others. An invalid value for a logger or the dispatcher, or an invalid name of a logger, is
 /// reported on the standard error stream, and the setting is not changed.
 ///
-/// With a `queueFile`, it first delivers what earlier processes have left there to the asynchronous appenders
-/// that it sets up, and returns when that is written. What one of them cannot write stays in the file for it.
+/// With a `queueFile`, it first delivers the messages that earlier processes have left there to the
+/// asynchronous appenders that it sets up, and returns when they are written. Those that an appender cannot
+/// write stay in the file for it.
 /// \return false if the library is initialised already; the properties are then ignored
-/// \throw LogException for an invalid setting of an appender, and for a queue file that another process uses,
-///        that is damaged or that cannot be created. Whatever `init` throws, it has called `finish` before,
-///        and a later `init` may succeed.
+/// \throw LogException for an invalid setting of an appender, and for a queue file that is in use by another
+///        process, is damaged or cannot be created. Whatever `init` throws, it has called `finish` first, so
+///        a later `init` may succeed.
 ZAV_LOG_API bool init(const Util::Properties& properties);
 
 /// Initialises the library from a property file. The file is read and checked even if the library is
@@ -59,10 +60,10 @@ ZAV_LOG_API bool init(const Util::Properties& properties);
 /// \throw LogException if the file name is empty, and as the other `init` does
 ZAV_LOG_API bool init(const std::string& fileName);
 
-/// Registers a class of appenders of the application, so that the configuration can name it. If it says
-/// "appender.A = KafkaAppender", the thread that calls `init` or `reload` calls the maker, without holding a
-/// lock that any calls but these and `finish` take. The registration takes effect with the next `init` or
-/// `reload`, and lasts until the process ends.
+/// Registers an appender class of the application, so that the configuration can name it. If it says
+/// "appender.A = KafkaAppender", the thread that calls `init` or `reload` calls the maker. It then holds no
+/// lock that any call other than these and `finish` takes. The registration takes effect with the next `init`
+/// or `reload`, and lasts until the process ends.
 ///
 /// An exception from the maker is thrown by `init` or `reload`, as for an invalid setting. Within the maker,
 /// `init` (unless the library is initialised), `reload` and `finish` throw LogException "LogManager::<name>
@@ -81,15 +82,15 @@ registerAppenderClass(const std::string& className,
 ///   lowered is restored. All other appenders are created first, and then replace the old ones in one step.
 ///   Each message goes either to the old appenders or to the new ones; messages in the queue go to the old
 ///   ones. A new appender starts as after `init`: a `FileAppender` begins a new file, once the appenders that
-///   leave have written and closed theirs.
+///   are removed have written and closed theirs.
 /// - Each level changes directly to its new value, and no command is issued. Levels of `setLevelFor` end.
 /// - Appenders of the application, command listeners and servers stay.
 /// - An invalid value that `init` would report is reported, and the setting is not changed.
 ///
 /// It returns when the old appenders have written what was queued for them and are destroyed. It waits for
-/// calls of appenders that are under way. Other threads may log meanwhile, and wait only for the moment in
-/// which the appenders are replaced. If a synchronous appender takes over the file of an asynchronous one,
-/// the queue is written first.
+/// calls of appenders in progress. Other threads may log meanwhile, and are blocked only while the appenders
+/// are replaced. If a synchronous appender takes over the file of an asynchronous one, the queue is written
+/// first.
 /// \throw LogException "LogManager::reload must not be called while logging." from an appender, a filter or a
 ///        command listener; "The library is not initialised." without `init`; "The queue file cannot be
 ///        changed by a reload."; and whatever `init` would throw. Nothing has changed then.
@@ -119,21 +120,21 @@ ZAV_LOG_API void finish();
 ///         returns at once: false if messages are waiting.
 ZAV_LOG_API bool flush(const Util::TimeUtils::Time& timeout = Util::TimeUtils::Time());
 
-/// \return what was counted since the library was loaded, as a consistent snapshot; logging calls do not wait
-///         for it
+/// \return a consistent snapshot of what was counted since the library was loaded; it does not block logging
+///         calls
 ZAV_LOG_API LogStatistics statistics();
 
 /// Registers an appender of the application, constructed with `synchronous = false`, with the consumer
-/// thread, which then serves it as it serves those of the configuration: the appender gets the messages of
-/// the loggers that it is added to (`Logger::addAppender`). `finish` leaves it registered, and the consumer
-/// keeps running for it. It does not get what earlier processes have left in a queue file.
+/// thread, which then serves it like those of the configuration: the appender gets the messages of the
+/// loggers that it is added to (`Logger::addAppender`). `finish` leaves it registered, and the consumer keeps
+/// running for it. It does not get what earlier processes have left in a queue file.
 /// \param appender not null, not owned; must outlive its registration
 /// \throw std::exception if the consumer thread cannot be started
 ZAV_LOG_API void addAsynchronousAppender(Appender* appender);
 
-/// Ends the registration of an appender with the consumer thread. Once it returns, the appender is no longer
-/// used; it does not get what is still in the queue. If it is called from an appender or a command listener,
-/// it does not wait for a call of the appender in another thread.
+/// Unregisters an appender from the consumer thread. Once it returns, the appender is no longer used; it does
+/// not get messages that are still queued. If it is called from an appender or a command listener, it does
+/// not wait for a call of the appender in another thread.
 ZAV_LOG_API void removeAsynchronousAppender(Appender* appender);
 
 /// \return the appenders that `init` or `reload` has set up, in the order of their creation, with their
@@ -142,8 +143,8 @@ ZAV_LOG_API std::vector<AppenderStatus> appenders();
 
 /// Lets a level through for a limited time: in a logger and all loggers below it, including those that are
 /// created meanwhile, and in every appender of the configuration that has a level, for the messages of all
-/// loggers. It never makes anything less verbose. When the time is over, everything returns to its own level
-/// by itself. What counts is when a message was logged, even if it is delivered later.
+/// loggers. It never makes anything less verbose. When the time is over, each returns to its own level
+/// automatically. A message is judged by when it was logged, even if it is delivered later.
 ///
 /// Another call for the same logger replaces the first one; with a duration of 0 it ends it.
 /// `Logger::setLevel` ends it for the loggers that it sets, and for the appenders if the logger of this call

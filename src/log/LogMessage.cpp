@@ -36,7 +36,7 @@ const NamedLevels& namedLevels() {
     return levels;
 }
 
-/// So that no thread makes them while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const NamedLevels& madeAtLoad = namedLevels();
 
 constexpr std::size_t INDEX_OF_ERROR = 1;

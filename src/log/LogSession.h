@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The library for the duration of a scope, which is the usual way to start it.
+/// Runs the library for the duration of a scope; the usual way to start it.
 
 #include "zav-util/Export.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// What has become of the messages so far, for a program's own monitoring:
+/// Counts what became of the messages, for a program's own monitoring:
 ///
 ///     #include "log/LogManager.h"
 ///
@@ -26,8 +26,8 @@ struct LogStatistics {
     /// many appenders there are, and even if they failed to write it.
     std::uint64_t delivered = 0;
     /// Messages that no appender got: removed from a full queue, taken from it while there was no appender,
-    /// or written to the standard error stream when the process ended; and of those that a thread had to put
-    /// off, the oldest beyond 10,000.
+    /// or written to the standard error stream when the process ended; and of the messages that a thread has
+    /// deferred, the oldest beyond 10,000.
     std::uint64_t discarded = 0;
     /// Failures of synchronous and asynchronous appenders to write a message or to manage their files. Each
     /// is what a command "EXCEPTION" reports.

@@ -25,7 +25,7 @@
 #include "log/LogMacros.h"
 #include "log/MessageWithValues.h"
 
-/// The part that all macros share.
+/// Shared by all macros.
 #define ZAV_LOGV_MESSAGE(logger, level, ...)                                                                 \
     ZAV_LOG_IF_LOGGABLE(                                                                                     \
         logger, level,                                                                                       \

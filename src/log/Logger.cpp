@@ -26,8 +26,8 @@ void Logger::config(const ConfigurationMessage& configuration) {
     inside_->log(Level::LEVEL_AUDIT, configuration.getText(), 0, std::string_view(), CFG);
 }
 
-// Settings, which spread to the subtree. What a child copies from its parent when it is made changes under
-// the same lock: the child either inherits a change or hears of it.
+// Settings, which apply to the subtree. They change under the lock under which a new logger copies them from
+// its parent: it either copies a change or is in the subtree that the change is applied to.
 
 void Logger::setLevel(Level::LogLevel level, bool notify) {
     if (notify) {
@@ -58,7 +58,7 @@ Time Logger::getExpirationTime() const {
 
 void Logger::addAppender(Appender* appender) {
     const ScopedLock lock(treeLock());
-    AppenderList::Entries entries(inside_->countSubtree(), appender); // all or none, if memory runs out
+    AppenderList::Entries entries(inside_->countSubtree(), appender); // all or none if memory runs out
     inside_->forSubtree([&entries](Logger& logger)
                             ZAV_LOG_REQUIRES(treeLock()) { logger.inside_->appenders_.takeOne(entries); });
 }
@@ -92,7 +92,7 @@ Logger::Logger(Logger* parent, const std::string& shortName)
 Logger::~Logger() = default;
 
 Logger& Logger::getLogger(const std::string& path) {
-    requireAcceptableName(path); // before anything is made
+    requireAcceptableName(path); // before any logger is created
     const ScopedLock lock(treeLock());
     Logger* logger = this;
     std::string_view rest = path;
@@ -103,7 +103,7 @@ Logger& Logger::getLogger(const std::string& path) {
     return logger->inside_->getChild(rest);
 }
 
-/// Unlike above, the first empty component is left out, and all that follows it is taken for a single one.
+/// Unlike `getLogger`, skips the first empty component and takes everything after it as a single one.
 const Logger* Logger::findLogger(const std::string& path) const {
     const ScopedLock lock(treeLock());
     const Logger* logger = this;
@@ -146,7 +146,7 @@ Logger& LoggerFactory::getRootLogger() {
 
 namespace {
 
-/// So that no thread makes it while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const Logger& madeAtLoad = LoggerFactory::getRootLogger();
 
 } // namespace

@@ -31,9 +31,10 @@ class ConfigurationMessage;
 /// the process ends.
 ///
 /// Levels, expiration times and appenders that are set on a logger are set for its whole subtree in one step,
-/// and a new logger copies them from its parent; a logging call looks at this logger alone. All functions may
-/// be called from any thread, from an appender and from a command listener. The messages of one logger are
-/// dispatched one at a time; looking up or creating a logger and changing its settings never waits for that.
+/// and a new logger copies them from its parent, so a logging call only looks at its own logger. All
+/// functions may be called from any thread, from an appender and from a command listener. The messages of one
+/// logger are dispatched one at a time; looking up or creating a logger and changing its settings never waits
+/// for that.
 class Logger {
 public:
     Logger(const Logger&) = delete;
@@ -88,8 +89,8 @@ public:
         log(Level::LEVEL_TRACE, text, line, file);
     }
 
-    /// Logs a configuration message: type `CFG`, level `AUDIT`, whatever the logger's level. In everything
-    /// else it is like `audit`.
+    /// Logs a configuration message: type `CFG`, level `AUDIT`, whatever the logger's level. Otherwise it is
+    /// like `audit`.
     ZAV_LOG_API void config(const ConfigurationMessage& message);
 
     /// Sets the level of this logger and its whole subtree, and restarts their expiration. It ends what

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the macros of `log/LogMacros.h`: what "<<" is applied to; not used directly.
+/// Implementation of the macros of `log/LogMacros.h`: what "<<" is applied to; not used directly.
 
 #include "log/MessageStream.h"
 #include "log/StreamedValue.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the macros of `log/LogMacros.h`: the text of a message; not used directly.
+/// Implementation of the macros of `log/LogMacros.h`: the text of a message; not used directly.
 
 #include "log/Level.h"
 #include "zav-util/Export.h"
@@ -22,7 +22,7 @@ class MessageText;
 /// from then on for as long as its format differs from that of a new one. If the text is not needed before
 /// the consumer takes the message from the queue, the values are stored unformatted until then.
 ///
-/// The text is in memory of the calling thread, which uses it again for the next message. An object is used
+/// The text is in a buffer of the calling thread, which is reused for its next message. An object is used
 /// only in the block that creates it; several may exist at once, for example if a streamed expression logs
 /// too. The functions are not inlined, to keep the caller's code short: most calls end at the comparison of
 /// levels.
@@ -38,7 +38,7 @@ public:
     /// \return a stream that appends to the text; valid as long as this object
     std::ostream& stream();
 
-    /// Tells that the stream is not written to for now, so that later values may bypass it.
+    /// Notes that the stream is not written to for now, so that later values may bypass it.
     void settle();
 
     // Append what a stream would write for a value of the type. All throw std::bad_alloc.

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the macros of `log/LogValues.h`; not used directly.
+/// Implementation of the macros of `log/LogValues.h`; not used directly.
 
 #include "log/Level.h"
 #include "log/PairValue.h"
@@ -30,7 +30,7 @@ public:
         static_assert(isWhole, "a ZAV_LOGV_ call has a key without a value");
         static_assert(!isWhole || areKeys<KeysAndValues...>(), "a key of a ZAV_LOGV_ call must be a text");
         if constexpr (isWhole && areKeys<KeysAndValues...>()) {
-            // In one expression, since texts that are made for values are destroyed at its end.
+            // In one expression: temporaries that hold the texts of values are destroyed at its end.
             logTagged(
                 logger, {file, {}, line, level}, text,
                 Tagged<sizeof...(KeysAndValues) + 1>{{pairValue(keysAndValues)..., TaggedValue()}}.values,

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of `log/LogContext.h` and `log/LogValues.h`: keys and values; not used directly.
+/// Implementation of `log/LogContext.h` and `log/LogValues.h`: keys and values; not used directly.
 
 #include "log/TaggedValue.h"
 #include "zav-util/Export.h"
@@ -40,8 +40,8 @@ private:
 };
 
 /// A `long double` as text, in the shortest form that reads back the same, since no other kind of value can
-/// hold all its digits. A number beyond the range of a `double` is tagged as a text, since most readers of
-/// JSON reject such a number.
+/// hold all its digits. A number beyond the range of a `double` is tagged as a text, since most JSON parsers
+/// reject such a number.
 class LongDoubleText {
 public:
     ZAV_LOG_API explicit LongDoubleText(long double value) noexcept;

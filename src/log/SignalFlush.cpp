@@ -23,7 +23,7 @@ void flushFor(std::chrono::milliseconds timeout) noexcept {
     try {
         LogManager::flush(Util::TimeUtils::Time(milliseconds, Util::TimeUtils::MSEC));
     } catch (const std::exception&) {
-        return; // there is nobody to tell
+        return; // it cannot be reported here
     }
 }
 

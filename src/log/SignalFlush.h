@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// Queued messages that survive the signals which end a process.
+/// Delivers queued messages when a signal ends the process.
 
 #include "zav-util/Export.h"
 
@@ -26,7 +26,7 @@ namespace Log {
 /// It does the same when an uncaught exception ends the process. Afterwards the signal has its usual effect:
 /// an earlier handler is called, and the exit status is unchanged. An ignored signal stays ignored.
 ///
-/// The consumer thread and a thread of this object make the delivery, while the thread that received the
+/// The consumer thread and a thread of this object deliver the messages, while the thread that received the
 /// signal waits. If that thread was interrupted inside the library, or holds anything else that the delivery
 /// needs, the wait ends with the timeout. Only a queue file helps against SIGKILL; see `queueFile` in the
 /// documentation of the configuration. Nothing is delivered in a forked child.
@@ -42,8 +42,8 @@ public:
     explicit SignalFlush(const std::vector<int>& signals,
                          std::chrono::milliseconds timeout = std::chrono::seconds(2));
 
-    /// Restores the earlier handlers, except where a handler was changed meanwhile. Waits for a delivery that
-    /// is under way.
+    /// Restores the earlier handlers, except where a handler was changed meanwhile. Waits for a delivery in
+    /// progress.
     ~SignalFlush();
 
     SignalFlush(const SignalFlush&) = delete;

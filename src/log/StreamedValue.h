@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the macros of `log/LogMacros.h`: values that only a stream can write; not used directly.
+/// Implementation of the macros of `log/LogMacros.h`: values that only a stream can write; not used directly.
 
 #include "log/MessageStream.h"
 

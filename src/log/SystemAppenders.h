@@ -1,15 +1,15 @@
 #pragma once
 
 /// \file
-/// Appenders to syslog, the journal of systemd and the Windows event log.
+/// Appenders for syslog, the journal of systemd and the Windows event log.
 
 #include "zav-util/Export.h"
 
 namespace ZAV {
 namespace Log {
 
-/// Registers the appenders to the logs of the operating system, so that the configuration can name them. They
-/// are in the library `zav-log-system`, so that other programs need not link their dependencies:
+/// Registers the appenders for the logs of the operating system, so that the configuration can name them.
+/// They are in the library `zav-log-system`, so that other programs need not link their dependencies:
 ///
 ///     #include "log/LogSession.h"
 ///
@@ -30,7 +30,7 @@ namespace Log {
 /// else.
 ///
 /// A message that cannot be delivered is reported like that of any other appender. Only `syslog` does not
-/// tell of a failure: without a daemon its messages are lost.
+/// report failures: without a daemon its messages are lost.
 ///
 /// Call it once, before `LogManager::init`, from any thread.
 /// \throw LogException if one of the classes is registered already

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// The inside of the logging macros: what a call passes to the library; not used directly.
+/// Implementation of the logging macros: what a call passes to the library; not used directly.
 
 #include "log/Level.h"
 
@@ -14,8 +14,7 @@
 namespace ZAV {
 namespace Log {
 
-/// Where a logging call stands in the source. It refers to texts that are valid as long as that code is
-/// loaded.
+/// The source location of a logging call. Its views are valid as long as that code is loaded.
 struct Place {
     std::string_view file;
     std::string_view format; ///< empty if the text is streamed

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Has the compiler check a function's arguments against its pattern, as it does for `printf`; the two
-/// numbers are the places of the pattern and of the first argument to it.
+/// Makes the compiler check a function's arguments against its pattern, as for `printf`; the two numbers are
+/// the positions of the pattern and of its first argument.
 #if defined(__GNUC__)
 #define ZAV_LOG_PRINTF_LIKE(pattern, first) __attribute__((format(printf, pattern, first)))
 #else
@@ -15,9 +15,9 @@
 namespace ZAV {
 namespace Util {
 
-/// Converts a text to a number. Blanks and then a sign may precede the digits; an empty text gives 0. A
-/// number that is out of range gives the nearest one that is not.
-/// \throw UtilException if the text holds anything else
+/// Converts a text to a number. White space and then a sign may precede the digits; an empty text gives 0. A
+/// number out of range gives the nearest bound.
+/// \throw UtilException if the text contains anything else
 std::int32_t toInteger(const std::string& text);
 
 /// \return the number in decimal digits, without padding or grouping

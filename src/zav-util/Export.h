@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// What the libraries export; not used directly.
+/// Marks what the libraries export; not used directly.
 ///
 /// `ZAV_LOG_API` marks what the shared library `zav-log-dll` exports, `ZAV_LOG_CONTROL_API` and
 /// `ZAV_LOG_SYSTEM_API` what `zav-log-control` and `zav-log-system` export. Nothing else is visible outside

@@ -34,7 +34,7 @@ std::string trim(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(WHITESPACE) - begin + 1);
 }
 
-/// The place of a line, and the words for what it breaks.
+/// Parses parts of a line, and reports errors with its position.
 class Line {
 public:
     Line(const std::string& fileName, std::size_t number) : fileName_(fileName), number_(number) {}

@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// Reads a property file, or holds a configuration that the program makes itself:
+/// Reads a property file, or holds a configuration that the program builds itself:
 ///
 ///     #include "log/LogSession.h"
 ///
@@ -40,7 +40,7 @@ public:
     Properties(std::initializer_list<Entry> entries);
 
     /// Rejects a key and a value in a single pair of braces. Without this, the two would be taken for the
-    /// begin and the end of a file name.
+    /// begin and end iterators of a file name.
     Properties(const std::string& key, const std::string& value) = delete;
 
     /// Reads a property file: lines of `key = value`, empty lines, and comments that begin with "#".
@@ -58,7 +58,8 @@ public:
 };
 
 /// A pair in the braces of `Properties`. It takes two texts. A `std::pair` of strings could also be
-/// constructed from two pairs in braces, each of which would be taken for the begin and the end of a text.
+/// constructed from two pairs in braces, each of which would be taken for the begin and end iterators of a
+/// text.
 class Properties::Entry {
 public:
     template <

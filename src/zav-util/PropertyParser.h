@@ -10,7 +10,7 @@
 namespace ZAV {
 namespace Util {
 
-/// The pair that a line of a property file holds.
+/// The key and value of one line of a property file.
 struct Property {
     std::string key;
     std::string value;
@@ -19,16 +19,16 @@ struct Property {
 /// Checks the lines of a property file and turns them into properties.
 class PropertyParser {
 public:
-    /// \param fileName the name that the error texts show
+    /// \param fileName the name that error texts show
     explicit PropertyParser(const std::string& fileName);
 
     /// Adds the pair of every line to `properties`.
-    /// \throw UtilException with the first line that breaks the format
+    /// \throw UtilException for the first malformed line
     void parse(const std::vector<std::string>& lines, Properties& properties) const;
 
     /// \param lineNumber counted from 1, for the error text
     /// \return nothing for an empty line and for a comment
-    /// \throw UtilException if the line breaks the format
+    /// \throw UtilException if the line is malformed
     std::optional<Property> parseLine(const std::string& line, std::size_t lineNumber) const;
 
     /// Adds the pair of one line.

@@ -44,7 +44,7 @@ char* writeField(char* field, char separator, std::size_t width, int number) {
     return writeDigits(field + 1, width, static_cast<unsigned>(number));
 }
 
-/// \param ofDate stands between the parts of the date, `beforeHour` behind it
+/// \param ofDate separates the parts of the date, and `beforeHour` follows it
 void writeCalendarTime(char* field, const Platform::CalendarTime& time, char ofDate, char beforeHour) {
     field = writeDigits(field, 4, static_cast<unsigned>(time.year));
     field = writeField(field, ofDate, 2, time.month);
@@ -81,7 +81,7 @@ const char* textOfSecond(std::uint64_t seconds) {
 
 constexpr std::size_t UTC_SECONDS_LENGTH = 19;
 
-/// As for local time, but it has no zone that could change.
+/// The same for UTC, which has no zone to change.
 struct RenderedUtcSecond {
     std::uint64_t seconds;
     bool isValid;

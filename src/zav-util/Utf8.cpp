@@ -11,7 +11,7 @@ unsigned byteAt(std::string_view text, std::size_t index) {
     return static_cast<unsigned char>(text[index]);
 }
 
-/// \return how many bytes a character has that begins so; 0 if none does
+/// \return the size in bytes of a character with that first byte; 0 if no character begins with it
 std::size_t sizeBehind(unsigned first) {
     if (first < 0x80) {
         return 1;
@@ -22,7 +22,7 @@ std::size_t sizeBehind(unsigned first) {
     return first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
 }
 
-/// The second byte also tells forms that are too long, surrogates and what lies behind U+10FFFF.
+/// The second byte also excludes overlong forms, surrogates and code points above U+10FFFF.
 bool isSecond(unsigned first, unsigned second) {
     switch (first) {
     case 0xe0:
@@ -38,7 +38,7 @@ bool isSecond(unsigned first, unsigned second) {
     }
 }
 
-/// \return how many bytes at the beginning of the text belong to one valid character
+/// \return how many bytes at the beginning of the text belong to one valid character of that size
 std::size_t validBytes(std::string_view text, std::size_t size) {
     std::size_t count = 1;
     while (count < size && count < text.size()) {

@@ -7,7 +7,7 @@
 namespace ZAV {
 namespace Util {
 
-/// What a text begins with, read as UTF-8.
+/// The first code point of a UTF-8 text.
 struct CodePoint {
     char32_t value = 0;
     std::size_t size = 0; ///< bytes; 0 if the text does not begin with a whole and valid character
@@ -16,12 +16,11 @@ struct CodePoint {
 /// \param text at least one byte
 CodePoint firstCodePoint(std::string_view text);
 
-/// \return whether a text is the beginning of a character that more bytes may complete
+/// \return whether a text is an incomplete character that more bytes may complete
 bool isCutCharacter(std::string_view text);
 
-/// \return whether a character changes what a terminal shows of the text around it, and is none of ASCII: the
-///         control characters from U+0080 to U+009F, and those that override or isolate the direction of
-///         writing
+/// \return whether a non-ASCII character changes how a terminal shows the text around it: the control
+///         characters from U+0080 to U+009F, and those that embed, override or isolate the text direction
 bool steersTerminal(char32_t character);
 
 /// Appends a byte as `\xHH`.

@@ -18,7 +18,7 @@ namespace {
 
 const CommandBus& madeAtLoad = CommandBus::instance();
 
-/// Seldom waited for: a listener goes while another thread is calling that very one.
+/// Polling is rare: only while another thread is calling the very listener that is removed.
 constexpr std::chrono::milliseconds TIME_BETWEEN_LOOKS{1};
 
 } // namespace
@@ -66,8 +66,8 @@ void CommandBus::registerListener(const std::string& name, CommandListener* list
     listener->wasRegistered_ = true;
 }
 
-/// A name without listeners does not wait for the bus: an appender may be destroyed under a lock that a
-/// listener wants.
+/// Does not wait for the bus if the name has no listeners: an appender may be destroyed under a lock that a
+/// listener waits for.
 void CommandBus::unregisterListeners(const std::string& name) noexcept {
     if (!hasListener(name)) {
         return;
@@ -85,14 +85,14 @@ void CommandBus::unregisterListener(const CommandListener* listener,
             entry = entry->second.listener == listener ? listeners_.erase(entry) : std::next(entry);
         }
     }
-    const Platform::NoCancellation noCancellation; // a destructor may be waiting
+    const Platform::NoCancellation noCancellation; // the caller may be a destructor
     const auto begin = std::chrono::steady_clock::now();
     while (isCalledElsewhere(listener) && (!limit || std::chrono::steady_clock::now() - begin < *limit)) {
         std::this_thread::sleep_for(TIME_BETWEEN_LOOKS);
     }
 }
 
-/// The thread that delivers has the lock, and no other one does.
+/// The delivering thread holds `listenersLock_`, so `tryLock` fails in any other.
 bool CommandBus::isCalledElsewhere(const CommandListener* listener) {
     {
         const ScopedLock lock(mapLock_);
@@ -111,7 +111,7 @@ bool CommandBus::isCalledElsewhere(const CommandListener* listener) {
     return false;
 }
 
-/// A delivery of another thread does not go on here, where the lock is free of it.
+/// A delivery of another thread does not continue in the child, and its lock is free there.
 void CommandBus::beginInChild() {
     if (listenersLock_.tryLock()) {
         const ScopedLock lock(listenersLock_, Platform::ADOPT_LOCK);
@@ -145,7 +145,7 @@ void CommandBus::deliver(const std::string& name, const std::string& argument) {
     if (entries.empty()) {
         return;
     }
-    // A listener may change the caller's strings, and the others still get the command as it was given.
+    // A listener may change the caller's strings; the others still get the original command.
     const struct {
         std::string name;
         std::string argument;
@@ -177,7 +177,7 @@ bool CommandBus::isStillRegistered(const std::string& name, const Entry& entry) 
 
 namespace {
 
-/// The destructor may run at the end of the process, which a call that never returns must not keep from it.
+/// The destructor may run while the process ends, which a call that never returns must not prevent.
 constexpr std::chrono::seconds LONGEST_CALL_AT_END{2};
 
 } // namespace

@@ -27,19 +27,19 @@ public:
     void registerListener(const std::string& name, CommandListener* listener);
 
     /// Removes all listeners of a name. Once it returns, no other thread is calling them by that name. It
-    /// takes no memory, so that destructors may call it.
+    /// allocates nothing, so that destructors may call it.
     void unregisterListeners(const std::string& name) noexcept;
 
-    /// Removes a listener from all names. Once it returns, no other thread is calling that listener. What
-    /// becomes of other listeners meanwhile is not waited for.
-    /// \param limit after which it returns all the same; none if there is none
+    /// Removes a listener from all names. Once it returns, no other thread is calling that listener. It does
+    /// not wait for calls of other listeners.
+    /// \param limit after which it returns in any case; by default it waits without one
     void unregisterListener(const CommandListener* listener,
                             std::optional<std::chrono::milliseconds> limit = std::nullopt);
 
     /// Removes all listeners of all names.
     void clearCommandListeners();
 
-    /// The same, but does not wait for a command that is being delivered: the process ends.
+    /// The same, but without waiting for a command that is being delivered, since the process ends.
     void forgetListeners();
 
     /// \return whether a name has a listener at this moment
@@ -47,14 +47,14 @@ public:
 
     /// Calls the listeners of a name in the order of their registration, one command at a time. A listener
     /// that is removed meanwhile is not called, nor is one that is added. All get the argument as it was when
-    /// the first one was called, whatever a listener does to the caller's string. An exception of a listener
-    /// ends the delivery and reaches the caller.
+    /// the first one was called, whatever a listener does to the caller's string. An exception from a
+    /// listener ends the delivery and reaches the caller.
     void deliver(const std::string& name, const std::string& argument);
 
 private:
     struct Entry {
         CommandListener* listener;
-        std::uint64_t number; ///< no other entry ever has the same
+        std::uint64_t number; ///< never reused
     };
     using Listeners = std::multimap<std::string, Entry>;
 
@@ -71,11 +71,11 @@ private:
 
     Platform::CriticalSection listenersLock_; ///< held while a command is delivered, and by every change
 
-    /// Held for each single step, so that a forked child finds the map whole.
+    /// Held only for single accesses, so that a forked child finds the map consistent.
     Platform::CriticalSection mapLock_{Platform::AWAITED_BY_FORK};
     Listeners listeners_ ZAV_LOG_GUARDED_BY(mapLock_);
     std::uint64_t lastNumber_ ZAV_LOG_GUARDED_BY(mapLock_) = 0;
-    const Call* innermostCall_ ZAV_LOG_GUARDED_BY(mapLock_) = nullptr; ///< of the one thread that delivers
+    const Call* innermostCall_ ZAV_LOG_GUARDED_BY(mapLock_) = nullptr; ///< of the delivering thread
 };
 
 } // namespace Log

@@ -60,7 +60,7 @@ void deliverWithoutMessage(const std::string& activity, const std::string& reaso
 
 namespace {
 
-/// The appenders that fail.
+/// The failing appenders.
 struct Failing : Platform::NeverDestroyed<Failing> {
     Platform::CriticalSection lock{Platform::AWAITED_BY_FORK};
     std::vector<const Appender*> appenders ZAV_LOG_GUARDED_BY(lock);
@@ -78,7 +78,7 @@ void FailureNotice::setWanted(bool isWanted) noexcept {
     failing = 0;
 }
 
-/// The line is written when the lock is free, and what it says is lost if there is no memory for it.
+/// The line is written after the lock is released; if there is no memory for it, it is lost.
 void FailureNotice::tell(const Appender* appender, const std::string& name, const char* reason) noexcept {
     try {
         {

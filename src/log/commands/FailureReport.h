@@ -14,18 +14,18 @@ namespace FailureReport {
 
 /// Delivers the command "EXCEPTION".
 ///
-/// A listener may answer by logging, and that message may fail as well; its report is delivered too. Only a
-/// loop has to end: reports in answer to reports are delivered eight deep, and no more than 1024 of them in
-/// one call of the application or for one message of the queue; the rest are dropped.
+/// A listener may log in response, and that message may fail as well; its report is delivered too. To end
+/// loops, reports in response to reports are delivered eight deep, and no more than 1024 of them in one call
+/// of the application or for one message of the queue; the rest are dropped.
 /// \throw whatever a listener throws
 void deliver(const std::string& text);
 
 /// Counts a message that could not be written, and delivers its report.
-/// \param reason the text of the `LogException` that said so; null if it was another exception
+/// \param reason the text of the `LogException`; null for any other exception
 /// \throw whatever a listener throws
 void deliverFor(const LogMessage& message, const char* reason);
 
-/// Counts and reports a failure that is not one of a message.
+/// Counts and reports a failure that does not concern a message.
 /// \param activity what has failed, in a word
 /// \throw whatever a listener throws
 void deliverWithoutMessage(const std::string& activity, const std::string& reason);
@@ -34,12 +34,12 @@ void deliverWithoutMessage(const std::string& activity, const std::string& reaso
 
 class Appender;
 
-/// Tells on the standard error stream of each appender that begins to fail, once until it has written again,
-/// for a program that nobody would tell otherwise: where somebody listens to "EXCEPTION", nothing is said.
-/// All operations may be called from any thread.
+/// Reports each appender that begins to fail on the standard error stream, once until it has written again.
+/// While the command "EXCEPTION" has a listener, nothing is written. All operations may be called from any
+/// thread.
 class FailureNotice {
 public:
-    /// Says whether anything is told. It is not unless somebody has asked for it.
+    /// Enables or disables the notices, which are disabled by default, and forgets which appenders fail.
     static void setWanted(bool isWanted) noexcept;
     static bool isWanted() noexcept { return wanted.load(std::memory_order_relaxed); }
 
@@ -50,7 +50,7 @@ public:
         }
     }
 
-    /// Notes that an appender has written; one read while none of them fails. A line that it has only kept
+    /// Notes that an appender has written; costs one load while none fails. A line that was only buffered
     /// does not count.
     static void noteWritten(const Appender* appender) noexcept {
         if (mayFail(appender)) {
@@ -58,17 +58,17 @@ public:
         }
     }
 
-    /// Forgets an appender that is destroyed.
+    /// Forgets an appender that is being destroyed.
     static void forget(const Appender* appender) noexcept;
 
 private:
-    /// \return whether an appender may be one of those that fail
+    /// \return whether an appender may be among the failing ones; false is certain
     static bool mayFail(const Appender* appender) noexcept {
         const std::uint64_t known = failing.load(std::memory_order_relaxed);
         return known != 0 && (known & markOf(appender)) != 0;
     }
     static std::uint64_t markOf(const Appender* appender) noexcept {
-        constexpr unsigned SHIFT = 6; // objects that follow each other differ above it
+        constexpr unsigned SHIFT = 6; // neighbouring objects differ in the bits above it
         constexpr unsigned MARKS = 64;
         return std::uint64_t{1} << ((reinterpret_cast<std::uintptr_t>(appender) >> SHIFT) % MARKS);
     }
@@ -76,7 +76,7 @@ private:
     static void noteWrittenAgain(const Appender* appender) noexcept;
 
     static inline std::atomic<bool> wanted{false};
-    static inline std::atomic<std::uint64_t> failing{0}; ///< the marks of those that fail
+    static inline std::atomic<std::uint64_t> failing{0}; ///< the marks of the failing appenders
 };
 
 } // namespace Log

@@ -22,33 +22,33 @@ namespace Log {
 
 struct ConfigurationKey;
 
-/// When a file is rolled whatever its size, in local time.
+/// When a file is rolled regardless of its size, in local time.
 enum class RollMoment { NEVER, HOUR, MIDNIGHT };
 
-/// What the keys "appender.<name>.*" of one appender say. What a key means, and what holds without it, stands
-/// in the table of keys alone.
+/// The values of the keys "appender.<name>.*" of one appender. Only the table of keys defines their meanings
+/// and defaults.
 struct AppenderValues {
-    /// Every value as it is without its key.
-    /// \param reader the bit of `KeyReaders` of the appender's class; 0 if that makes no difference
+    /// Sets every value to its default.
+    /// \param reader the bit of `KeyReaders` of the appender's class; 0 if it does not matter
     explicit AppenderValues(const std::string& appenderName, unsigned reader = 0);
 
-    /// The values of a configuration, read in the order of the table.
+    /// Reads the values of a configuration, in the order of the table.
     /// \param reader the bit of `KeyReaders` of the appender's class, whose keys are read and no others
     /// \throw LogException for the first value that is rejected
     AppenderValues(const std::string& appenderName, unsigned reader, const Util::Properties& properties);
 
-    /// \throw LogException if the layout shows columns and none is named
+    /// \throw LogException if the layout is `FIELDS` and no column is named
     void requireColumns() const;
 
-    /// Takes the value of one key, if the properties have it and the key that it needs.
+    /// Reads the value of one key, if the properties have that and the key that it needs.
     /// \throw LogException if the value is rejected
     void read(const ConfigurationKey& key, const Util::Properties& properties);
 
-    /// \return how files are found and made
+    /// \return the rules for opening and creating files
     Platform::FileRules fileRules() const { return {fileMode, followLinks}; }
 
     /// \param byDefault the layout of the appender's class
-    /// \return how its lines are made
+    /// \return the layout of its lines
     std::shared_ptr<const LineLayout> layoutOr(LayoutName byDefault) const {
         return makeLayout(layout.value_or(byDefault), columns, escape);
     }
@@ -56,9 +56,9 @@ struct AppenderValues {
     std::string name;
 
     bool asynchronous = false;
-    std::optional<std::vector<std::string>> prefixes; ///< of the names of loggers; all loggers without it
+    std::optional<std::vector<std::string>> prefixes; ///< of logger names; all loggers if unset
     std::optional<Level::LogLevel> level;
-    std::optional<Util::TimeUtils::Time> expiration; ///< 0: a level that a command lowers stays so
+    std::optional<Util::TimeUtils::Time> expiration; ///< 0: a level lowered by a command stays lowered
     std::optional<MessageType> messageType;
     bool escape = false; ///< whether each message is kept on one line
     std::optional<LayoutName> layout;
@@ -71,10 +71,10 @@ struct AppenderValues {
     std::uint64_t fileNumber = 0;          ///< how many older files are kept
     std::uint64_t fileMaxSize = 0;         ///< bytes
     Util::TimeUtils::Time fileMaxLifetime; ///< 0: for ever
-    Util::TimeUtils::Time recovery;        ///< how often a live file is looked after; 0: never
-    std::optional<unsigned> fileMode;      ///< the permissions of a file that is made
+    Util::TimeUtils::Time recovery;        ///< how often a live file is checked; 0: never
+    std::optional<unsigned> fileMode;      ///< the permissions of new files
     bool followLinks = true;
-    bool writesBatches = false; ///< whether the lines of a round of the consumer are one write
+    bool writesBatches = false; ///< whether the lines of one consumer round are one write
 
     // Of a `RollingFileAppender`; 0: no limit
     std::uint64_t rollSize = 0; ///< bytes

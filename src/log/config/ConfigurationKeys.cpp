@@ -26,7 +26,7 @@ std::ostream* streamNamed(const std::string& name) {
     return name == "clog" ? &std::clog : &std::cout;
 }
 
-/// \return a count times its unit; the largest number if it is more than that, since no limit is nearer
+/// \return a count times its unit; on overflow the largest number, which is the nearest limit
 std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName) {
     const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text);
     const std::uint64_t unit = readSizeUnit(unitName).value_or(DEFAULT_SIZE_UNIT);
@@ -35,7 +35,7 @@ std::optional<std::uint64_t> readSize(const std::string& text, const std::string
     return count.isNumber ? std::optional<std::uint64_t>(size) : std::nullopt;
 }
 
-/// A count of 0 or below means that age alone ends nothing.
+/// With a count of 0 or below the lifetime has no limit.
 std::optional<Time> readLifetime(const std::string& text, const std::string& unitName) {
     const LeadingNumber<std::int32_t> count = readLeadingSigned(text);
     const Time lifetime(count.value > 0 ? static_cast<std::uint64_t>(count.value) : 0,
@@ -66,7 +66,7 @@ Value orReject(const std::optional<Value>& value, const std::string& text) {
     return *value;
 }
 
-/// \return a value, or nothing if the default stays
+/// \return a value, or nothing if the default applies
 template <ValueForm form>
 auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed) {
     if constexpr (form == ValueForm::LEVEL) {

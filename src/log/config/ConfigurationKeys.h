@@ -7,7 +7,7 @@ namespace Log {
 
 struct AppenderValues;
 
-/// What the beginning of a key says it is about.
+/// What a key belongs to, by its prefix.
 enum class KeySection {
     LOGGER,    ///< "logger.<name>.<key>"
     APPENDER,  ///< "appender.<name>", which declares the appender, or "appender.<name>.<key>"
@@ -28,7 +28,7 @@ enum KeyReaders : unsigned {
     READ_BY_APPENDERS = READ_BY_STDOUT_APPENDER | READ_BY_FILE_APPENDERS | READ_BY_REGISTERED_CLASS
 };
 
-/// How the value of a key is understood.
+/// How the value of a key is parsed.
 enum class ValueForm {
     CLASS_NAME,       ///< of an appender
     LEVEL,            ///< `Level::fromString`; anything else is an error
@@ -41,22 +41,22 @@ enum class ValueForm {
     FLUSH_RULE,       ///< `line` or `batch`; anything else counts as the first
     PERIOD,           ///< `readPeriod`; a bad count is an error
     WHOLE_NUMBER,     ///< `Util::toInteger`; anything else is reported and left out
-    LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. A needed key is its unit
-    LEADING_SIGNED,   ///< `readLeadingSigned`, a number of the units of the needed key; the same
+    LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. The needed key is its unit
+    LEADING_SIGNED,   ///< `readLeadingSigned`; otherwise the same
     SIZE_UNIT,        ///< `readSizeUnit`
     BYTE_SIZE,        ///< `readSizeLimit`; anything else, and 0 or less, is reported and left out
     LIFETIME_UNIT,    ///< `readLifetimeUnit`
     FILE_MODE,        ///< `readFileMode`; anything else counts as absent
     LAYOUT,           ///< `readLayout`; anything else is an error
     COLUMNS,          ///< `readColumns`; anything else is an error
-    SIZE_LIMIT,       ///< `readSizeLimit`; what is none is an error, as in the next four forms
+    SIZE_LIMIT,       ///< `readSizeLimit`; anything else is an error, as in the next four forms
     TIME_LIMIT,       ///< `readTimeLimit`
     COUNT_LIMIT,      ///< `readCountLimit`
     ROLL_MOMENT,      ///< `hour` or `midnight`
     COMPRESSION       ///< `none` or `gzip`
 };
 
-/// What holds without a key.
+/// The default of a key.
 struct DefaultValue {
     const char* text;
     bool isValue; ///< whether the text could be the key's value, with its unit; otherwise it is Markdown for
@@ -74,13 +74,13 @@ struct ConfigurationKey {
     DefaultValue byDefault;
     const char* meaning; ///< one sentence
 
-    /// Puts a value of an appender, given the value of the needed key, into its place; nullptr for a key that
-    /// has no such place of its own.
+    /// Parses and stores a value of an appender, given the value of the needed key; nullptr for a key without
+    /// a member of its own.
     /// \throw LogException or UtilException if the value is rejected
     void (*read)(AppenderValues& values, const std::string& text, const std::string& needed) = nullptr;
 };
 
-/// All keys, in the order of the documentation, in which those of an appender are read, too.
+/// All keys, in the order of the documentation, which is also the order in which an appender's keys are read.
 struct ConfigurationKeys {
     const ConfigurationKey* begin() const;
     const ConfigurationKey* end() const;
@@ -102,7 +102,7 @@ std::string genericKey(const ConfigurationKey& key);
 /// \return the readers of a key in words
 std::string describeReaders(const ConfigurationKey& key);
 
-/// \return what holds without a key, in Markdown
+/// \return the default of a key, in Markdown
 std::string describeDefault(const ConfigurationKey& key);
 
 } // namespace Log

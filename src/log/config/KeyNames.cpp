@@ -90,7 +90,7 @@ std::string describeReaders(const ConfigurationKey& key) {
     return readers;
 }
 
-/// A number stands as it is, another value as a word.
+/// Numbers are shown as they are, other values as code.
 std::string describeDefault(const ConfigurationKey& key) {
     const std::string text = key.byDefault.text;
     const bool isWord = key.byDefault.isValue && std::isdigit(static_cast<unsigned char>(text.front())) == 0;

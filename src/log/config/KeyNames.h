@@ -20,7 +20,7 @@ constexpr char LEVEL[] = "level";
 constexpr char EXPIRATION[] = "expiration";
 } // namespace LoggerAttribute
 
-/// The settings of an appender that are named elsewhere than in the table: "appender.<name>.<setting>".
+/// The settings of an appender that are also named outside the table: "appender.<name>.<setting>".
 namespace AppenderSetting {
 constexpr char ASYNCHRONOUS[] = "asynchronous";
 constexpr char FILTERS[] = "filters";
@@ -52,7 +52,7 @@ constexpr char LOGGER_KEY_PREFIX[] = "logger.";
 constexpr char APPENDER_KEY_PREFIX[] = "appender.";
 constexpr char DISPATCHER_KEY_PREFIX[] = "zav.log.AsynchronousDispatcher.";
 
-/// \return the name of the appender that a key declares, however many dots stand in it; nothing for any other key
+/// \return the name of the appender that a key declares, even with repeated dots; nothing for any other key
 std::optional<std::string> declaredAppender(const std::string& key);
 
 /// \return the key that declares an appender and names its class

@@ -21,8 +21,9 @@ using namespace Util::TimeUtils;
 
 namespace {
 
-/// It reads what a stream would, which is not made: a forked child might wait for ever for the lock that this
-/// takes under a global locale. A number out of range becomes a bound; an unsigned one may have a minus.
+/// Reads what a stream would, but without one: constructing it takes a lock if a global locale is set, for
+/// which a forked child might wait for ever. A number out of range becomes the nearest bound; an unsigned one
+/// may have a minus sign.
 template <typename Number>
 LeadingNumber<Number> readLeadingNumber(const std::string& text) {
     const std::string_view digits =
@@ -49,8 +50,8 @@ LeadingNumber<Number> readLeadingNumber(const std::string& text) {
     return number;
 }
 
-/// \return what a name stands for
-/// \throw UtilException with the text if it stands for nothing
+/// \return the value that a name stands for
+/// \throw UtilException with the text if the name is unknown
 template <typename Value, std::size_t SIZE>
 Value valueNamed(std::string_view name, const std::pair<std::string_view, Value> (&named)[SIZE],
                  const std::string& text) {
@@ -70,7 +71,7 @@ constexpr std::pair<std::string_view, Column> COLUMNS[] = {
     {"text", Column::TEXT},
 };
 
-/// \param unitOf gives what a word stands for, or nothing
+/// \param unitOf returns the unit that a word names, or nothing
 template <typename UnitOf>
 std::optional<std::uint64_t> readLimit(const std::string& text, UnitOf unitOf) {
     const std::vector<std::string> pieces = Util::split(text, ' ');

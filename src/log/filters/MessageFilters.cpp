@@ -18,8 +18,8 @@ using namespace Util::TimeUtils;
 
 namespace {
 
-/// Takes a dynamic filter off the command bus before it goes: its appender may never come into service, and a
-/// command that another thread issues meanwhile must not reach a filter that is gone.
+/// Unregisters a dynamic filter from the command bus before destroying it: its appender may never be used,
+/// and a command that another thread issues meanwhile must not reach a destroyed filter.
 struct UnregisteringDeleter {
     void operator()(FilterLogLevelDynamic* filter) const {
         CommandBus::instance().unregisterListener(filter);
@@ -90,14 +90,14 @@ FilterLogLevelDynamic::FilterLogLevelDynamic(Level::LogLevel level, Time expirat
 bool FilterLogLevelDynamic::passes(const LogMessage& message) {
     if (expiration_ != Time() && isLowered() && isLaterThanPeriod(message.getTime())) {
         const ScopedLock lock(criticalSection_);
-        if (isLaterThanPeriod(message.getTime())) { // and no command has come meanwhile
+        if (isLaterThanPeriod(message.getTime())) { // no command has arrived meanwhile
             setLevel(defaultLevel_);
         }
     }
     return level_.load(std::memory_order_relaxed) <= message.getLevel();
 }
 
-/// A period that is over shows as over, also before a message has ended it.
+/// An elapsed period counts as over even before a message has restored the level.
 LevelFilter::State FilterLogLevelDynamic::ownStateAt(Time time) const {
     const ScopedLock lock(criticalSection_);
     const bool returns = expiration_ != Time();

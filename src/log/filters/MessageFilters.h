@@ -19,15 +19,14 @@ namespace Log {
 
 struct AppenderValues;
 
-/// A filter on the level of messages. What it would stop it lets through while somebody has asked for that
-/// level by `LogManager::setLevelFor`.
+/// Filters messages by level. It also passes those that `LogManager::setLevelFor` lets through.
 class LevelFilter : public MessageFilter {
 public:
     using Time = Util::TimeUtils::Time;
 
     struct State {
         Level::LogLevel level; ///< the lowest level that passes
-        Time until; ///< when it goes back; 0 if nobody has lowered it, the greatest if it never does
+        Time until;            ///< when the level is restored; 0 if it is not lowered, the maximum if never
     };
 
     bool accept(const LogMessage& message) final;
@@ -37,19 +36,19 @@ public:
     /// \return whether a command has lowered the level
     bool isLowered(Time time) const { return ownStateAt(time).until != Time(); }
 
-    /// Takes a level that a command has lowered back to the configured one.
+    /// Restores the configured level if a command has lowered it.
     virtual void restore() {}
 
 private:
-    /// \return whether the filter by itself accepts a message
+    /// \return whether the filter's own level passes a message
     virtual bool passes(const LogMessage& message) = 0;
 
-    /// \return the state without what somebody has asked for
+    /// \return the state regardless of `LogManager::setLevelFor`
     virtual State ownStateAt(Time time) const = 0;
 };
 
 /// Passes messages of the loggers whose names begin with one of a list of prefixes. The prefixes are plain
-/// text: "net" passes "net.tcp" and also "network". Without a prefix every message is rejected.
+/// text: "net" passes "net.tcp" and also "network". Without prefixes every message is rejected.
 class FilterLogger : public MessageFilter {
 public:
     explicit FilterLogger(std::vector<std::string> loggerNames) : loggerNames_(std::move(loggerNames)) {}
@@ -83,19 +82,19 @@ private:
     const MessageType messageType_;
 };
 
-/// Passes messages at or above a level that a command can lower for a while. The first message later than the
-/// expiration period takes the level back to the configured one.
+/// Passes messages at or above a level that a command can lower for a while. The first message after the
+/// expiration period restores the configured level.
 class FilterLogLevelDynamic : public LevelFilter, public CommandListener {
 public:
-    /// \param expiration with 0 a lowered level stays
+    /// \param expiration 0: a lowered level stays
     FilterLogLevelDynamic(Level::LogLevel level, Time expiration);
 
-    /// Lowers the level to the one that the argument names, or starts its period anew; a higher level is
+    /// Lowers the level to the one that the argument names, or restarts its period; a higher level is
     /// ignored.
     /// \throw LogException if the argument is no level name
     void onCommand(const std::string& argument) override;
 
-    /// Sets the level in force and starts its period anew.
+    /// Sets the current level and restarts its period.
     void setLevel(Level::LogLevel level);
 
     void restore() override { setLevel(defaultLevel_); }
@@ -115,8 +114,8 @@ private:
         Platform::AWAITED_BY_FORK}; ///< always the innermost lock
 };
 
-/// \return the filters that an appender is to have, in the order in which they are asked. One whose level a
-///         command may lower listens to that command until it is destroyed.
+/// \return an appender's filters, in the order in which they are applied. One whose level a command may lower
+///         listens to that command until it is destroyed.
 std::list<boost::shared_ptr<MessageFilter>> makeFilters(const AppenderValues& values);
 
 } // namespace Log

@@ -9,14 +9,14 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Those whose time is over, for what is still in the queue.
+/// How many levels whose time is over are kept for messages that are still queued.
 constexpr std::ptrdiff_t MOST_KEPT = 32;
 
 const TemporaryLevels& madeAtLoad = TemporaryLevels::instance();
 
 } // namespace
 
-/// All the memory is taken before anything changes.
+/// All memory is allocated before anything changes.
 void TemporaryLevels::set(const Logger* logger, Level::LogLevel level, Time now, Time until) {
     const ScopedLock lock(lock_);
     const std::uint64_t number = newest_ + 1;

@@ -25,26 +25,26 @@ struct TemporaryLevel {
     Level::LogLevel level;
     std::uint64_t number; ///< higher than that of any earlier one
     Time from;
-    Time until;           ///< the last moment that belongs to it
-    bool isEnded = false; ///< replaced or taken back before its time was over: `until` is when
+    Time until;           ///< inclusive
+    bool isEnded = false; ///< replaced or ended before its time was over, at `until`
 
     bool covers(Time time) const { return from <= time && time <= until; }
 };
 
-/// What `LogManager::setLevelFor` has set. A message is judged by the time when it was logged, and it may
-/// come out of the queue long after: so those whose time is over are kept as well, the last few of them.
+/// The levels that `LogManager::setLevelFor` has set. A message is judged by when it was logged, and may be
+/// taken from the queue long after that, so the last few levels whose time is over are kept as well.
 ///
-/// The functions may be called from any thread. Those that change something are called under the tree's lock,
-/// which is taken before this one's.
+/// The functions may be called from any thread. Those that change something require the tree lock, which is
+/// taken before this object's lock.
 class TemporaryLevels : public Platform::NeverDestroyed<TemporaryLevels> {
 public:
     using Time = Util::TimeUtils::Time;
 
-    /// Sets a level from now on, in the place of the one that the logger has.
+    /// Sets a level from now on, replacing the one that the logger has.
     /// \param until later than now
     void set(const Logger* logger, Level::LogLevel level, Time now, Time until);
 
-    /// Ends those of the loggers that a function selects.
+    /// Ends the levels of the loggers that a function selects.
     template <typename Selection>
     void endWhere(const Selection& isSelected, Time now) {
         const Platform::ScopedLock lock(lock_);
@@ -58,8 +58,8 @@ public:
     /// \return the number of the newest one; 0 if there has been none
     std::uint64_t newestNumber() const noexcept { return newest_.load(std::memory_order_relaxed); }
 
-    /// Calls a function with each whose time is not over at a moment, and with no number below `after`. One
-    /// that begins later by then begins at that moment: the clock has been set back.
+    /// Calls a function with each level whose time is not over at `now` and whose number is above `after`.
+    /// One that begins after `now` then begins at `now`: the clock has been set back.
     template <typename Function>
     void forEachLasting(Time now, std::uint64_t after, const Function& function) {
         const Platform::ScopedLock lock(lock_);
@@ -71,13 +71,13 @@ public:
         }
     }
 
-    /// \return whether an appender that would stop a message of that level has to take it; one comparison
-    ///         while nothing was ever set
+    /// \return whether an appender must accept a message of that level even if its own level rejects it;
+    ///         costs one comparison while nothing was ever set
     bool letsThrough(Level::LogLevel level, Time time) const {
         return level >= lowest_.load(std::memory_order_relaxed) && time <= latest() && covers(level, time);
     }
 
-    /// \return the lowest one that holds at a moment, of several such that which ends last
+    /// \return the lowest level in force at a time; of several such the one that ends last
     std::optional<TemporaryLevel> lowestAt(Time time) const;
 
 private:
@@ -93,10 +93,10 @@ private:
     mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
     std::vector<TemporaryLevel> levels_ ZAV_LOG_GUARDED_BY(lock_); ///< in the order of their numbers
 
-    // Written under the lock, read without it: what spares nearly every message the lock.
+    // Written under the lock, read without it, so that hardly any message takes the lock.
     std::atomic<std::uint64_t> newest_{0};
     std::atomic<std::int32_t> lowest_{std::numeric_limits<std::int32_t>::max()}; ///< of all levels
-    std::atomic<std::uint64_t> latest_{0}; ///< the last moment of all, in microseconds
+    std::atomic<std::uint64_t> latest_{0}; ///< the latest `until` of all, in microseconds
 };
 
 } // namespace Log

@@ -11,11 +11,11 @@ namespace Log {
 
 namespace {
 
-/// The first bytes, in UTF-8, of the characters behind ASCII that are escaped.
+/// The first UTF-8 bytes of the non-ASCII characters that are escaped.
 constexpr char FIRST_OF_CONTROLS = '\xc2';
 constexpr char FIRST_OF_OVERRIDES = '\xe2';
 
-/// \return whether a byte is escaped, or begins a character that may have to be
+/// \return whether a byte is escaped, or begins a character that may be
 bool mayNeedEscape(char character) {
     const auto code = static_cast<unsigned char>(character);
     return code < 0x20 || code == 0x7f || character == '\\' || character == FIRST_OF_CONTROLS ||
@@ -73,7 +73,7 @@ std::string escape(std::string_view text) {
 
 } // namespace
 
-/// Hardly any message needs it, so the others are not copied.
+/// Few messages need it; the others are not copied.
 void EscapedLayout::append(std::string& line, const MessageFields& message) const {
     if (!mayNeedEscape(message.text) && !mayNeedEscape(message.loggerName) && !mayNeedEscape(message.file)) {
         layout_->append(line, message);

@@ -51,7 +51,7 @@ void appendContext(std::string& line, std::string_view packed) {
     });
 }
 
-/// A text that is not empty is followed by a blank.
+/// If the text is not empty, `pairsText` begins with a space.
 void appendValues(std::string& line, const MessageFields& message) {
     line.append(message.pairsText.substr(message.text.empty() || message.pairsText.empty() ? 0 : 1));
 }

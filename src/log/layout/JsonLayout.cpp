@@ -21,7 +21,7 @@ void appendNumber(std::string& line, Number number) {
     line.append(digits, static_cast<std::size_t>(end - digits));
 }
 
-/// \return whether JSON has a value of its own for it, which then is its text
+/// \return whether the value's text is a JSON number or boolean, which is written unquoted
 bool isWritten(const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::SIGNED:

@@ -10,7 +10,7 @@ namespace Log {
 
 struct MessageFields;
 
-/// A form of a line. Objects never change, so any number of threads may use one.
+/// Renders messages as lines. Objects are immutable, so several threads may share one.
 class LineLayout {
 public:
     LineLayout() = default;
@@ -18,13 +18,13 @@ public:
     LineLayout(const LineLayout&) = delete;
     LineLayout& operator=(const LineLayout&) = delete;
 
-    /// Appends the line of a message without its end, for which the text then has room.
-    /// \param message with its text as characters, and with the text of its pairs
+    /// Appends the line of a message without a line end, and leaves room for that.
+    /// \param message with its `text` as characters, and with its `pairsText` made
     /// \throw std::bad_alloc
     virtual void append(std::string& line, const MessageFields& message) const = 0;
 };
 
-/// What a configuration calls a layout.
+/// The layouts that a configuration can name.
 enum class LayoutName {
     PLAIN,   ///< what `formatLogLine` returns
     PROCESS, ///< what `formatLogLineWithProcess` returns
@@ -32,7 +32,7 @@ enum class LayoutName {
     FIELDS
 };
 
-/// What a column of `FIELDS` shows.
+/// The columns of `FIELDS`.
 enum class Column {
     TIME,
     UTC,
@@ -54,7 +54,7 @@ enum class Column {
 std::shared_ptr<const LineLayout> makeLayout(LayoutName name, const std::vector<Column>& columns,
                                              bool isEscaped);
 
-/// Appends what an appender writes for a message: a line and its end.
+/// Appends what an appender writes for a message: the line and a line end.
 inline void appendWholeLine(std::string& line, const MessageFields& message, const LineLayout& layout) {
     layout.append(line, message);
     line += '\n';
@@ -82,11 +82,11 @@ public:
     }
 };
 
-/// Another layout, with line breaks, other control characters and backslashes in logger name, file and text
-/// written as `\n`, `\r`, `\t`, `\xHH` and `\\`: one message is one line then, and no text can pass for a
-/// line of its own. The control characters from U+0080 to U+009F and those that override or isolate the
-/// direction of writing become `\u{HHHH}`; other bytes above 127 stay as they are, and so do pairs, whose
-/// values are quoted already.
+/// Wraps another layout, and escapes line breaks, other control characters and backslashes in logger name,
+/// file and text as `\n`, `\r`, `\t`, `\xHH` and `\\`, so that each message is one line and no text can forge
+/// another. The control characters from U+0080 to U+009F and those that embed, override or isolate the text
+/// direction become `\u{HHHH}`; other bytes above 127 are unchanged, and so are pairs, whose values are
+/// quoted already.
 class EscapedLayout : public LineLayout {
 public:
     explicit EscapedLayout(std::shared_ptr<const LineLayout> layout) : layout_(std::move(layout)) {}
@@ -97,8 +97,7 @@ private:
     const std::shared_ptr<const LineLayout> layout_;
 };
 
-/// The columns that a configuration asks for, separated by one blank. Pairs of which there are none leave no
-/// blank.
+/// The configured columns, separated by single spaces. An empty column of pairs is left out, with its space.
 class FieldsLayout : public LineLayout {
 public:
     explicit FieldsLayout(std::vector<Column> columns) : columns_(std::move(columns)) {}
@@ -109,8 +108,8 @@ private:
     const std::vector<Column> columns_;
 };
 
-/// One JSON object a line, without a blank outside of texts. Whatever a message holds, it is one line, in
-/// valid UTF-8.
+/// One JSON object per line, without spaces outside of strings. Whatever a message contains, it is one line
+/// of valid UTF-8.
 class JsonLayout : public LineLayout {
 public:
     void append(std::string& line, const MessageFields& message) const override;

@@ -12,8 +12,8 @@
 namespace ZAV {
 namespace Log {
 
-// A line is written into room for its longest possible form and then cut to its length: a string that grew
-// field by field would check its capacity each time.
+// A line is written into space for its longest possible form, which is then cut to its length: appending
+// field by field would check the capacity each time.
 
 namespace {
 
@@ -33,8 +33,8 @@ std::size_t roomFor(const ProcessDescription& process) {
     return process.program.size() + NUMBER_LENGTH + process.host.size() + SEPARATORS;
 }
 
-/// A string that is made in its size costs less than an empty one that grows to it.
-/// \return where the room begins, at the end of the text
+/// Constructing a string in its size costs less than growing an empty one.
+/// \return the start of the new space, at the end of the text
 char* makeRoom(std::string& text, std::size_t size) {
     const std::size_t begin = text.size();
     if (text.capacity() < size && text.empty()) {

@@ -12,14 +12,14 @@ namespace Log {
 
 namespace {
 
-/// The name cannot change, and asking the system for it costs as much as opening a file. It is never
-/// destroyed, since threads may still log while the process ends.
+/// Read once, since the name cannot change and reading it costs as much as opening a file. Never destroyed,
+/// since threads may still log while the process ends.
 const std::string& programName() {
     static const std::string& name = *new std::string(Util::getProgramName());
     return name;
 }
 
-/// So that no thread makes it while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const std::string& madeAtLoad = programName();
 
 /// The host's name, as a thread last read it.
@@ -33,8 +33,8 @@ thread_local KnownHost knownHost{};
 
 thread_local const ProcessDescription* shownProcess = nullptr;
 
-/// The host may be renamed while the program runs, but reading its name costs a good part of what a whole
-/// line costs, so it is read once a second.
+/// The host may be renamed while the program runs, but reading its name costs a good part of what rendering a
+/// line does, so it is read once a second.
 std::string_view hostName(Util::TimeUtils::Time time) {
     KnownHost& host = knownHost;
     const std::uint64_t second = time.microseconds() / 1000000;

@@ -7,18 +7,18 @@
 namespace ZAV {
 namespace Log {
 
-/// What the longer layout says of the process.
+/// What the layouts show of the process.
 struct ProcessDescription {
     std::string_view program; ///< its file name
     int id;
     std::string_view host;
 };
 
-/// Has the calling thread's lines show another process while it lives, as for messages that this one has
-/// left.
+/// Makes the calling thread's lines show another process during the object's lifetime, such as the one that
+/// left messages in a queue file.
 class ShownProcess {
 public:
-    /// \param process with texts that outlive the object
+    /// \param process its texts must outlive the object
     explicit ShownProcess(const ProcessDescription& process) noexcept;
     ~ShownProcess();
     ShownProcess(const ShownProcess&) = delete;
@@ -28,8 +28,8 @@ private:
     const ProcessDescription process_;
 };
 
-/// \param time of the message that is rendered: the host's name is as old as one second of it at most
-/// \return texts that stay until the calling thread asks again
+/// \param time of the message that is rendered; the host name is read again when its second changes
+/// \return views that stay valid until the calling thread calls this again
 ProcessDescription describeProcess(Util::TimeUtils::Time time);
 
 } // namespace Log

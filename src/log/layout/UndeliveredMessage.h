@@ -8,21 +8,21 @@ namespace Log {
 
 struct MessageFields;
 
-/// What a line begins with that shows a message because the process ends.
+/// The beginning of a line that shows a message because the process ends.
 constexpr char SHOWN_AT_PROCESS_END[] = "The process ends. Log message that was not written: ";
 
-/// What a line begins with that shows the oldest message of too many.
+/// The beginning of a line that shows the oldest message, discarded from a full queue.
 constexpr char SHOWN_WHEN_DISCARDED[] = "Message queue size reached. Discarding oldest log message: ";
 
 /// \return the line that shows a message; empty if there is no memory for it
 std::string shownLine(const char* reason, const MessageFields& message) noexcept;
 
-/// Shows such a line on the standard error stream, flushed; an empty one shows as the reason alone.
+/// Writes such a line, or only the reason if it is empty, to the standard error stream, and flushes that.
 void showLine(const std::string& line, const char* reason) noexcept;
 
-/// Shows a message on the standard error stream in place of its delivery: one line, flushed. It never throws;
-/// if there is no memory for the line, the reason alone is shown.
-/// \param reason what the line begins with
+/// Writes a message to the standard error stream instead of delivering it: one line, flushed. It never
+/// throws; if there is no memory for the line, only the reason is written.
+/// \param reason the beginning of the line
 void showOnStandardError(const char* reason, const MessageFields& message) noexcept;
 
 /// How many messages an appender has failed to write since the library was loaded, and how often it could not

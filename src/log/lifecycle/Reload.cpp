@@ -17,11 +17,11 @@ namespace Log {
 
 namespace {
 
-/// How long logging calls are kept waiting for the change before it is tried anew: some appender is slow.
+/// How long logging calls are blocked for the change before it is retried because some appender is slow.
 constexpr std::chrono::milliseconds SHORTEST_STANDSTILL{20};
 constexpr std::chrono::milliseconds LONGEST_STANDSTILL{5000};
 
-/// How long they are at most for the sake of what is queued, which is written while nobody waits as well.
+/// How long they are blocked at most to drain the queue, which is also drained before that, without blocking.
 constexpr std::chrono::milliseconds LONGEST_DRAINING{100};
 
 AsynchronousDispatcher& dispatcher() {
@@ -35,8 +35,8 @@ std::vector<Appender*> asynchronousOf(const std::vector<Appender*>& appenders) {
     return asynchronous;
 }
 
-/// \return the names of the files that the appenders of one kind write to, "" for one whose name is not known.
-///         Folders are not compared: that two paths lead to different ones is hard to tell
+/// \return the names of the files that the appenders of one kind write to, "" for one whose name is unknown.
+///         Directories are not compared: it is hard to tell whether two paths lead to different ones
 std::set<std::string> filesOf(const std::vector<Appender*>& appenders, bool synchronous) {
     std::set<std::string> names;
     for (const Appender* const appender : appenders) {
@@ -58,7 +58,7 @@ Reload::Reload(const Util::Properties& properties)
       concernsConsumer_(concernsConsumer()), takesFilesOver_(takesFilesOver()) {}
 
 /// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
-///         may be queued still
+///         may still be queued
 bool Reload::takesFilesOver() const {
     const std::set<std::string> heirs = filesOf(appenders_.coming, true);
     const std::set<std::string> left = filesOf(appenders_.leaving, false);
@@ -85,13 +85,13 @@ void Reload::run() {
     if (concernsConsumer_) {
         changeConsumer();
     }
-    AppenderRegistry::tidyUp(appenders_.coming); // before others leave, so that packing goes on
+    AppenderRegistry::tidyUp(appenders_.coming); // before others are destroyed, so that packing goes on
     appenders_.created.clear();
 }
 
-/// An appender that is stuck is waited for while all others go on. Then logging calls are held up until those
-/// under way are through; if that takes longer than a moment, they go on, and so from the beginning. Each
-/// further time the moment is longer, for appenders that are always slow.
+/// Waits for busy appenders while logging continues. Then it blocks new logging calls until those in progress
+/// are done; if that exceeds the limit, logging continues and it starts again. The limit grows with each
+/// attempt, for appenders that are always slow.
 void Reload::changePlaces() {
     bool hasChanged = false;
     for (std::chrono::milliseconds standstill = SHORTEST_STANDSTILL; !hasChanged;
@@ -118,7 +118,8 @@ bool Reload::awaitAppenders(std::chrono::milliseconds limit) const {
            (!takesFilesOver_ || dispatcher().drain(deadline));
 }
 
-/// With the gate closed. A fork sees all of it or nothing, but for what `changeConsumer` does.
+/// Called with the gate closed. A forked child sees all of it or nothing, except for what `changeConsumer`
+/// does.
 void Reload::changeAtOnce() {
     try {
         AppenderRegistry::instance().exchange(appenders_, [this] {
@@ -140,7 +141,7 @@ void Reload::changeAtOnce() {
     tree_.awaitLaterTime();
 }
 
-/// What the consumer is to deliver still was judged by the levels of before.
+/// The change follows the delivery of what was queued before, to which the old levels apply.
 void Reload::changeConsumer() {
     dispatcher().awaitHold();
     dispatcher().exchangeConfigured(needsNewConsumer_);

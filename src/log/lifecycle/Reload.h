@@ -10,22 +10,21 @@
 namespace ZAV {
 namespace Log {
 
-/// The change of a library that is set up to another configuration.
+/// Changes the initialised library to another configuration.
 ///
-/// All that the configuration needs is made first. Then levels, lists of appenders and settings change in one
-/// step, while no message is being dispatched: each goes to the appenders of before or to those of
-/// afterwards. The consumer delivers what was queued by then to the appenders of before, and what was queued
-/// later to those of afterwards. An appender that leaves has closed its file before one that comes can be
-/// given a message.
+/// Everything that the configuration needs is created first. Then levels, appender lists and settings change
+/// in one step, while no message is being dispatched: each message goes either to the old appenders or to the
+/// new ones. The consumer delivers what was queued by then to the old appenders, and what is queued later to
+/// the new ones. A removed appender has closed its file before a new one can get a message.
 class Reload {
 public:
-    /// Makes what the configuration needs, and changes nothing. Bad values of loggers and of the dispatcher
-    /// are reported on the standard error stream.
+    /// Creates what the configuration needs, and changes nothing. Invalid values of loggers and of the
+    /// dispatcher are reported on the standard error stream.
     /// \throw what `LogManager::init` would throw
     explicit Reload(const Util::Properties& properties);
 
-    /// Makes the change, and destroys the appenders that have left. To be called once, under the lock of the
-    /// life cycle. It waits for appenders that are busy; meanwhile other threads log.
+    /// Makes the change, and destroys the removed appenders. It must be called once, under the life-cycle
+    /// lock. It waits for busy appenders; meanwhile other threads may log.
     /// \throw std::bad_alloc; nothing has changed then
     void run();
 
@@ -46,8 +45,8 @@ private:
     TreeChange tree_;
     AppenderExchange appenders_;
     const DispatcherSettings settings_;
-    const bool needsNewConsumer_; ///< its priority is another one
-    const bool concernsConsumer_; ///< whether what is queued has to be told from what comes
+    const bool needsNewConsumer_; ///< because its priority changes
+    const bool concernsConsumer_; ///< whether queued messages must be told apart from later ones
     const bool takesFilesOver_;   ///< whether the queue must be empty before the change
 };
 

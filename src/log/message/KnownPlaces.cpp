@@ -13,15 +13,15 @@ namespace Log {
 
 namespace {
 
-/// Places by a hash of what they say. They are added at the front of a chain and never removed, so that
-/// nobody needs a lock; where two threads add the same one, one of the two sees the other's.
+/// Places by a hash of their contents. They are added at the front of a chain and never removed, so that no
+/// lock is needed; if two threads add the same one, one of the two finds the other's.
 std::atomic<KnownPlace*> chains[1024];
 
-/// Places from which the thread has logged lately.
+/// A cache of the places from which the thread has logged recently.
 thread_local const KnownPlace* recent[16];
 
-/// The level comes last. Beside the line it would be compared with it in one load, which waits until the two
-/// stores of the call have left the processor's buffer.
+/// The level is compared last. Next to the line, both would be compared with a single load, which stalls
+/// until the call's two stores have left the store buffer.
 bool isSame(const Place& place, const Place& other) {
     return place.line == other.line && isAlike(place.format, other.format) &&
            isAlike(place.file, other.file) && place.level == other.level;
@@ -32,7 +32,7 @@ std::size_t hash(const Place& place) {
            static_cast<unsigned>(place.line);
 }
 
-/// \param end where the search ends
+/// \param end where the search ends; null for the end of the chain
 KnownPlace* findBefore(const KnownPlace* end, KnownPlace* known, const Place& place) {
     while (known != end && !isSame(*known, place)) {
         known = known->next;
@@ -44,9 +44,9 @@ std::string_view copyTo(char* characters, std::string_view text) {
     return {characters, text.copy(characters, text.size())};
 }
 
-/// \return whether a field of the format has a form that takes more than copied values: the address of a text
-///         ("p"), the global locale of the moment ("L"), or a width or precision that is a value and may be
-///         out of range. A character that fills is taken for one of these, which does no harm.
+/// \return whether a field of the format needs more than copied values: the address of a text ("p"), the
+///         current global locale ("L"), or a width or precision that is a value and may be out of range. A
+///         fill character may be mistaken for one of these, which is harmless.
 bool needsCall(std::string_view format) {
     int depth = 0;
     bool isForm = false;
@@ -74,7 +74,7 @@ struct Deleter {
     void operator()(KnownPlace* place) const { ::operator delete(place); }
 };
 
-/// With its texts behind it.
+/// The texts follow the object in the same allocation.
 std::unique_ptr<KnownPlace, Deleter> makeCopy(const Place& place) {
     void* const memory = ::operator new(sizeof(KnownPlace) + place.file.size() + place.format.size());
     std::unique_ptr<KnownPlace, Deleter> copy(new (memory) KnownPlace(place));
@@ -105,8 +105,8 @@ const KnownPlace& find(const Place& place) {
 
 } // namespace
 
-/// Recent places are found by where the call keeps its texts. They are compared all the same: other code may
-/// have been loaded there.
+/// Recent places are looked up by the addresses of the call's texts. Their contents are compared
+/// nevertheless: other code may have been loaded at these addresses.
 const KnownPlace& knownPlace(const Place& place) {
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(place.format.data()) ^
                                    reinterpret_cast<std::uintptr_t>(place.file.data()) ^

@@ -11,7 +11,7 @@ namespace Log {
 
 namespace {
 
-/// Characters of a text that a thread keeps room for.
+/// A thread keeps the memory of texts up to this length.
 constexpr std::size_t LONGEST_KEPT_TEXT = 4096;
 
 void dropUnusualMemory(std::string& text) {
@@ -22,7 +22,7 @@ void dropUnusualMemory(std::string& text) {
 
 } // namespace
 
-/// A message, and whose it is.
+/// A message and its owner.
 struct ReusedMessage::Kept {
     explicit Kept(const MessageFields& fields)
         : message(fields.makeMessage()), shownFields(fields), loggerName(fields.loggerName) {}
@@ -30,9 +30,9 @@ struct ReusedMessage::Kept {
     void fill(const MessageFields& fields);
 
     LogMessage message;
-    MessageFields shownFields;   ///< of it, when somebody asks for them
-    std::string_view loggerName; ///< where the logger keeps it
-    bool isThreads = false;      ///< kept until its thread ends
+    MessageFields shownFields;   ///< refer to `message`; set by `keptFields`
+    std::string_view loggerName; ///< the logger's own string
+    bool isThreads = false;      ///< whether it is kept until its thread ends
     bool isTaken = true;
 
     /// Never destroyed, since threads may still log while the process ends.
@@ -43,7 +43,7 @@ struct ReusedMessage::Kept {
     }
 };
 
-/// So that no thread makes the slot while another one forks.
+/// Initialised at load, so that no thread makes the slot while another one forks.
 const bool ReusedMessage::hasSlotFromLoad = (Kept::slot(), true);
 
 const LogMessage& ReusedMessage::get() {
@@ -71,7 +71,7 @@ void ReusedMessage::take() {
     kept_->isThreads = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
 }
 
-/// Taking memory may run a function of the application, which may log.
+/// Allocating may run a function of the application, which may log.
 void ReusedMessage::fillTaken(Kept& kept) const {
     kept.isTaken = true;
     try {
@@ -94,7 +94,7 @@ void ReusedMessage::giveBack() noexcept {
     kept_->isTaken = false;
 }
 
-/// A message often has the logger, the file and the context of the one before.
+/// A message often has the same logger, file and context as the one before.
 void ReusedMessage::Kept::fill(const MessageFields& fields) {
     if (!isSamePlace(loggerName, fields.loggerName)) {
         message.loggerName_.assign(fields.loggerName);
@@ -103,7 +103,7 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
     if (!isAlike(message.file_, fields.file)) {
         message.file_.assign(fields.file);
     }
-    message.text_.clear(); // which takes fewer steps than assigning
+    message.text_.clear(); // faster than assigning
     message.text_.append(ReadyText(fields).view());
     message.messageSize_ = message.text_.size();
     if (!fields.values.empty() || !message.values_.empty()) {

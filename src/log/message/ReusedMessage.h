@@ -5,15 +5,14 @@
 namespace ZAV {
 namespace Log {
 
-/// The message object of one call, which is filled when somebody needs it. It is the thread's own one, filled
-/// again, so that its texts need no new memory; while that is in use, as when an appender logs, another one
-/// is made.
+/// The `LogMessage` of one call, filled on first use. It reuses the thread's object, so that its texts need
+/// no new memory; while that is in use, for example when an appender logs, another one is created.
 class ReusedMessage {
 public:
-    /// \param fields live as long as this object, and the logger's name for ever
+    /// \param fields must outlive this object, and the logger's name must never be destroyed
     explicit ReusedMessage(const MessageFields& fields) noexcept : fields_(fields) {}
 
-    /// Gives the thread's own message back, without the memory of unusually long texts.
+    /// Returns the thread's object, and frees the memory of unusually long texts.
     ~ReusedMessage() {
         if (kept_ != nullptr) {
             giveBack();
@@ -27,8 +26,8 @@ public:
     /// \throw std::bad_alloc
     const LogMessage& get();
 
-    /// \return the fields, with the object's texts once it was filled: what the fields refer to is the
-    ///         caller's, and an appender or a listener may have changed it since
+    /// \return the fields. Once the object is filled, they refer to its texts, since an appender or a
+    ///         listener may have changed those of the caller
     const MessageFields& fields() const noexcept { return kept_ == nullptr ? fields_ : keptFields(); }
 
 private:
