@@ -50,8 +50,8 @@ namespace LogManager {
 /// write stay in the file for it.
 /// \return false if the library is initialised already; the properties are then ignored
 /// \throw LogException for an invalid setting of an appender, and for a queue file that is in use by another
-///        process, is damaged or cannot be created. Whatever `init` throws, it has called `finish` first, so
-///        a later `init` may succeed.
+///        process, is damaged or cannot be created. If configuring fails, `finish` runs before the exception
+///        is thrown on, so a later `init` may succeed.
 ZAV_LOG_API bool init(const Util::Properties& properties);
 
 /// Initialises the library from a property file. The file is read and checked even if the library is

@@ -69,7 +69,8 @@ private:
     bool isCalledElsewhere(const CommandListener* listener);
     void beginInChild();
 
-    Platform::CriticalSection listenersLock_; ///< held while a command is delivered, and by every change
+    Platform::CriticalSection
+        listenersLock_; ///< held while a command is delivered, and by changes that wait for it
 
     /// Held only for single accesses, so that a forked child finds the map consistent.
     Platform::CriticalSection mapLock_{Platform::AWAITED_BY_FORK};
