@@ -162,7 +162,7 @@ public:
     /// \return whether the path names the open file
     bool isAt(const std::string& path) const noexcept;
 
-    /// \return the size of the open file in bytes; 0 if the system does not say
+    /// \return the size of the open file in bytes; 0 if it has none
     std::uint64_t size() const noexcept;
 
     /// \return modification time of the open file, in microseconds since 1970-01-01 00:00:00 UTC; 0 if the system does

@@ -34,7 +34,7 @@ void atProcessEnd(void (*handler)());
 ///         say, as on Windows, where system threads come and go in every process.
 bool isOnlyThread() noexcept;
 
-/// Marks the calling thread as a service thread: it waits for requests from or about other threads and must
+/// Marks the calling thread as a service thread: it waits for requests that concern other threads and must
 /// not keep the process alive. The mark is the thread's name, so that other libraries in the process see it.
 /// It contains the thread's id, since threads started by this one inherit the name.
 void markAsServing() noexcept;
@@ -47,7 +47,7 @@ void keepLibraryLoaded();
 /// child, where the lock would never be released.
 enum ForkRule {
     /// The fork does not wait, and the lock is free in the child. For a lock that may be held while appenders
-    /// and command listeners run: the forking thread may be in one, and could deadlock.
+    /// and command listeners run: the forking thread may be in one of them, and the wait might never end.
     FREED_IN_CHILD,
 
     /// The fork takes the lock, so that what it guards is consistent in the child. For a lock whose holders
