@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    /// Marks the C library calls as running. A destructor, since they are cancellation points.
+    /// Marks C library calls as in progress, until they return or a cancellation unwinds them.
     class Inside {
     public:
         explicit Inside(SystemLog& log) ZAV_LOG_REQUIRES(log.lock_) : isInside_(log.isInside_) {
