@@ -28,13 +28,11 @@ using CreatedAppenders = std::list<CreatedAppender>;
 
 /// The appenders of a new configuration, which are to replace those in service.
 struct AppenderExchange {
-    CreatedAppenders
-        created; ///< has no appender yet for one that stays; after the exchange, holds those that have left
-    std::vector<CreatedAppender*>
-        inTable;                    ///< for each of `created`, the entry in the table that stays, or null
-    std::vector<Appender*> before;  ///< all in service before the exchange
-    std::vector<Appender*> after;   ///< all in service after it, in the order of their creation
-    std::vector<Appender*> leaving; ///< those in `before` but not in `after`
+    CreatedAppenders created; ///< no appender in one that stays; after the exchange, holds those that left
+    std::vector<CreatedAppender*> inTable; ///< for each of `created`, the table's entry that stays, or null
+    std::vector<Appender*> before;         ///< all in service before the exchange
+    std::vector<Appender*> after;          ///< all in service after it, in the order of their creation
+    std::vector<Appender*> leaving;        ///< those in `before` but not in `after`
     std::vector<Appender*> staying;
     std::vector<Appender*> coming;
 };

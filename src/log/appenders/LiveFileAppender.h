@@ -65,8 +65,7 @@ private:
     std::size_t write(std::string_view text) ZAV_LOG_REQUIRES(criticalSection_);
 
     const std::string liveName_;
-    Util::TimeUtils::Time
-        lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< time of the last check or failure
+    Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last check or failure
 };
 
 } // namespace Log

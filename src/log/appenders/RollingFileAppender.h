@@ -68,8 +68,7 @@ private:
     RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< the period of the live file's lines
     /// The `Platform::forkGeneration` in which the files of earlier runs were tidied up.
     std::optional<unsigned> tidyIn_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Util::TimeUtils::Time
-        lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt in a forked child
+    Util::TimeUtils::Time lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt in a child
     bool
         isStuck_ ZAV_LOG_GUARDED_BY(criticalSection_) = false; ///< whether the live file could not be renamed
     Util::TimeUtils::Time lastTry_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt to rename it
