@@ -110,7 +110,7 @@ bool mayBeServed(int connection) {
 
 int toPollTimeout(std::optional<LocalServer::Milliseconds> limit) {
     // A program that has closed all descriptors, for example to become a daemon, cannot be woken from `poll`.
-    const LocalServer::Milliseconds::rep longest = 2000; // and then the caller asks again
+    const LocalServer::Milliseconds::rep longest = 2000; // the caller then calls again
     return static_cast<int>(limit ? std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest)
                                   : longest);
 }

@@ -195,7 +195,7 @@ void PipeInstance::cancel() {
 }
 
 DWORD toWaitTime(std::optional<LocalServer::Milliseconds> limit) {
-    const LocalServer::Milliseconds::rep longest = 60000; // and then the caller asks again
+    const LocalServer::Milliseconds::rep longest = 60000; // the caller then calls again
     return limit ? static_cast<DWORD>(std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest))
                  : INFINITE;
 }
