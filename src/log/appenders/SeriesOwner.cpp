@@ -45,8 +45,7 @@ std::uint64_t keyOf(const std::string& path) {
 /// killed at any moment. Zeroed memory is a valid object.
 struct SeriesOwner::Common {
     std::atomic<std::uint64_t> key; ///< of the path; 0 while the entry is free
-    std::atomic<ProcessName>
-        owner; ///< the process that rotates; 0 if it has no appender for the series any more
+    std::atomic<ProcessName> owner; ///< the process that rotates; 0 if it has no appender left
     std::atomic<unsigned> rotations;
     std::atomic<unsigned> rotationsBefore; ///< value of `rotations` when the owner began the series
     std::atomic<bool> isShared; ///< whether a process that may not rotate has written to the live file

@@ -207,8 +207,7 @@ LocalServer::Event LocalServer::Inside::proceed(int number) {
 
 LocalServer::Event LocalServer::Inside::accept() {
     const Milliseconds pause(100);
-    const KeptStandardNumbers
-        kept; // or a client would get what the program writes to a closed standard stream
+    const KeptStandardNumbers kept; // or a client gets what the program writes to a closed stream
     FileDescriptor connection(accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!connection.isOpen()) {
         acceptNotBefore = Clock::now() + pause;

@@ -178,9 +178,8 @@ private:
 
     CriticalSection lock_{AWAITED_BY_FORK};
     OffsetTable table_ ZAV_LOG_GUARDED_BY(lock_);
-    TimeZone zone_ ZAV_LOG_GUARDED_BY(lock_){}; ///< that the table was filled for
-    bool isInherited_ ZAV_LOG_GUARDED_BY(lock_) =
-        false; ///< whether the C library's lock may be locked forever
+    TimeZone zone_ ZAV_LOG_GUARDED_BY(lock_){};          ///< that the table was filled for
+    bool isInherited_ ZAV_LOG_GUARDED_BY(lock_) = false; ///< whether the C library's lock may never be free
     TimeZone inheritedZone_ ZAV_LOG_GUARDED_BY(lock_){}; ///< at the fork
 };
 
