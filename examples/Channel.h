@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-/// Hands values from some threads to others, in their order.
+/// Passes values between threads, in order.
 template <typename Value>
 class Channel {
 public:
@@ -17,7 +17,7 @@ public:
         changed_.notify_one();
     }
 
-    /// Lets the receivers go once they have taken what was sent.
+    /// Releases the receivers once they have taken what was sent.
     void close() {
         const std::lock_guard<std::mutex> lock(mutex_);
         closed_ = true;
@@ -32,8 +32,8 @@ public:
         return takeFirst();
     }
 
-    /// The same for a limited time.
-    /// \return nothing also if no value came within that time
+    /// The same with a timeout.
+    /// \return nothing also on timeout
     std::optional<Value> receive(std::chrono::seconds patience) {
         std::unique_lock<std::mutex> lock(mutex_);
         changed_.wait_for(lock, patience, [this] { return closed_ || !values_.empty(); });

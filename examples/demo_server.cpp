@@ -1,7 +1,7 @@
-/// A toy order server: two connections hand orders to a database thread, which hands them to a billing
-/// thread. It shows what a server does with the library: named loggers, several threads, a property file
-/// that decides which line goes where, a logger made verbose for a while, a listener that hears of
-/// appenders that fail, and a control server through which it is steered from outside.
+/// A toy order server: two connections pass orders to a database thread, which passes them to a billing
+/// thread. It shows how a server uses the library: named loggers, several threads, a property file that
+/// decides which line goes where, a logger made verbose for a while, a listener for failing appenders, and a
+/// control server through which it is controlled from outside.
 
 #include "Channel.h"
 
@@ -35,7 +35,7 @@ struct Order {
     int euros;
 };
 
-/// Hears of every line that an appender could not write.
+/// Notified of every line that an appender could not write.
 class FailureListener : public Log::CommandListener {
 public:
     void onCommand(const std::string& report) override {
@@ -43,12 +43,12 @@ public:
     }
 };
 
-/// Takes what "zav-log ctl ADDRESS command DEMO REQUEST" asks for to whoever receives it.
+/// Passes requests made by "zav-log ctl ADDRESS command DEMO REQUEST" to the receiving thread.
 class RequestListener : public Log::CommandListener {
 public:
     void onCommand(const std::string& request) override { requests_.send(request); }
 
-    /// \return nothing if nobody asks for too long
+    /// \return nothing on timeout
     std::optional<std::string> next() {
         constexpr std::chrono::seconds PATIENCE(20);
         return requests_.receive(PATIENCE);
@@ -142,8 +142,8 @@ void serve(int firstNumber, int ordersPerConnection) {
     billing.join();
 }
 
-/// Waits until no appender has a level that a command has lowered, unless the properties let that last.
-/// \return whether it is so
+/// Waits until no appender's level is lowered by a command any more, up to a timeout.
+/// \return false on timeout
 bool awaitUsualLevels() {
     constexpr std::chrono::seconds PATIENCE(2);
     constexpr std::chrono::milliseconds PAUSE(10);
@@ -167,7 +167,7 @@ void run(const std::string& propertyFile) {
     Log::LoggerFactory::getLogger("billing").audit("price list 12 in force", __LINE__, __FILE__);
     serve(1, 2);
 
-    // From here on the logger "net" passes DEBUG; the console takes DEBUG, from all loggers, for a while.
+    // From here on the logger "net" passes DEBUG; the console accepts DEBUG, from all loggers, for a while.
     tell("net is made verbose");
     Log::LoggerFactory::getLogger("net").setLevel(Log::Level::LEVEL_DEBUG, true);
     serve(5, 1);
@@ -177,7 +177,7 @@ void run(const std::string& propertyFile) {
     serve(7, 1);
 }
 
-/// Can be steered from outside. Serves two more orders at each request "order" and ends at "stop".
+/// Serves requests from outside: two more orders for each, until "stop".
 void obey(const std::string& address, RequestListener& listener) {
     Log::LogManager::registerCommandListener("DEMO", &listener);
     const Log::ControlServer server(address);

@@ -6,19 +6,19 @@
 #include <optional>
 #include <string>
 
-/// Keeps the last price of each share, from feeds that send thousands a second, and charges for shares. Any
-/// thread may use it.
+/// Keeps the last price of each share, from feeds that send thousands a second, and charges for shares.
+/// Thread-safe.
 class QuoteService {
 public:
-    /// Takes a price from a feed. One that cannot be right is refused.
-    /// \return whether it was taken
+    /// Accepts a price from a feed. An impossible price is refused.
+    /// \return whether it was accepted
     bool take(const std::string& feed, const std::string& share, double price);
 
     /// \return the last price of a share, if there was one
     std::optional<double> lastPriceOf(const std::string& share) const;
 
     /// Charges a customer for shares, at the last price.
-    /// \param request by which the lines about it are found again
+    /// \param request identifies the request in the log
     /// \return whether there is a price
     bool charge(const std::string& request, const std::string& share, int count);
 

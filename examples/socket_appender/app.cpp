@@ -1,5 +1,5 @@
-/// A class of appenders of the program's own: it sends lines to whoever listens at a local socket. The
-/// property file says where that is, and everything that it says of any other appender:
+/// An appender class of the program's own, which sends lines to the listener of a local socket. The property
+/// file configures the socket and everything else as for any other appender:
 ///
 ///     appender.remote = SocketAppender
 ///     appender.remote.asynchronous = true
@@ -21,7 +21,7 @@ using Local = boost::asio::local::stream_protocol;
 
 namespace {
 
-/// The consumer's thread alone calls it, so it needs no lock; a program that logs never waits for the socket.
+/// Called only by the consumer's thread, so it needs no lock, and logging threads never wait for the socket.
 class SocketAppender : public Log::Appender {
 public:
     explicit SocketAppender(const Log::AppenderOptions& options)
@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    /// Connects for the first line, and again after a failure. What cannot be sent is reported and not kept.
+    /// Connects for the first line, and again after a failure. What cannot be sent is reported and dropped.
     void doOutput(const Log::LogMessage& message) override {
         if (!stream_ || !stream_->good()) {
             stream_ = std::make_unique<Local::iostream>(Local::endpoint(path_));

@@ -30,8 +30,8 @@ std::optional<LineBuffer::Line> LineBuffer::next() {
     return Line{std::string(), true};
 }
 
-/// Takes the line off that ends at a line feed.
-/// \return nothing if it was the rest of a line that was told already
+/// Removes the line that ends at the given line feed.
+/// \return nothing if it was the rest of a line already reported
 std::optional<LineBuffer::Line> LineBuffer::nextEnded(std::size_t end) {
     Line line{bytes_.substr(0, end), false};
     bytes_.erase(0, end + 1);

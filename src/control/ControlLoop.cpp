@@ -21,13 +21,13 @@ using Platform::LocalServer;
 
 namespace {
 
-/// How long one look at the queue may keep the other clients, and the end of the server, waiting.
+/// How long one flush step may delay other clients and the server's shutdown.
 const Util::TimeUtils::Time FLUSH_STEP(50, Util::TimeUtils::MSEC);
 
-/// A command whose listeners take so long keeps other clients from being heard.
+/// From this duration on, a command's listeners count as having kept other clients from being served.
 constexpr std::chrono::seconds SLOW_LISTENER(1);
 
-/// How soon a process ends of which nothing but its servers is left.
+/// How soon a process ends that has only service threads left.
 constexpr std::chrono::seconds TIME_BETWEEN_LOOKS(2);
 
 } // namespace
@@ -36,7 +36,7 @@ ControlLoop::ControlLoop(const std::string& address, const Limits& limits)
     : limits_(limits), process_(Platform::processId()), server_(address, limits.clients),
       sessions_(static_cast<std::size_t>(limits.clients)), nextLook_(Clock::now() + TIME_BETWEEN_LOOKS) {}
 
-/// A listener or an appender may fork in the thread, and return in both processes. The child serves nobody:
+/// A listener or an appender may fork in this thread, and return in both processes. The child serves nobody:
 /// the clients and the address are its parent's.
 void ControlLoop::run() noexcept {
     Platform::markAsServing();
@@ -50,7 +50,7 @@ void ControlLoop::run() noexcept {
     hasEnded_ = true;
 }
 
-/// The process would never end of itself while this thread goes on, nor obey a signal, all of which are
+/// While this thread runs, the process would neither end by itself nor react to a signal, since all are
 /// blocked here.
 bool ControlLoop::hasCompany() {
     const Clock::time_point now = Clock::now();
@@ -65,7 +65,7 @@ bool ControlLoop::isInOwnProcess() const {
     return process_ == Platform::processId();
 }
 
-/// \return false if the server is to end
+/// \return false if the server is to stop
 bool ControlLoop::runOnce() {
     int client = -1;
     try {
@@ -83,7 +83,7 @@ bool ControlLoop::runOnce() {
         goOnFlushing();
         goOnReloading();
     } catch (...) {
-        // Memory has run out. The application may recover from that, so its threads are left alone.
+        // Out of memory. The application may recover, so this must not end it.
         if (client >= 0) {
             drop(client);
         } else {
@@ -120,7 +120,7 @@ void ControlLoop::handle(const Event& event) {
     }
 }
 
-/// A client has one line carried out at a time, and the others have their turn before its next one.
+/// Carries out one line of a client; the others have their turn before its next one.
 void ControlLoop::serveNextLine(int client) {
     const std::optional<LineBuffer::Line> line = session(client)->lines.next();
     if (line) {
@@ -150,7 +150,7 @@ void ControlLoop::serve(int client, const LineBuffer::Line& line) {
     }
 }
 
-/// A client that asks while another reload is under way is not kept: it would take a place for as long.
+/// A client that asks during another reload is refused at once: waiting, it would occupy a client slot.
 void ControlLoop::startReloading(int client, const ControlRequest& request) {
     const bool isUnderWay = (reload_ != nullptr && !reload_->isOver()) || isAnyoneReloading();
     if (isUnderWay) {
@@ -170,15 +170,15 @@ void ControlLoop::answer(int client, const std::string& text) {
     server_.send(client, text);
 }
 
-/// Who asks for nothing that can be done counts as silent: empty lines must not keep a place from other
+/// A client whose requests are all refused counts as silent: empty lines must not keep a slot from other
 /// clients.
 void ControlLoop::refuse(int client, const std::string& text) {
     session(client)->isRefused = true;
     server_.send(client, text);
 }
 
-/// The count leaves out what the queue has discarded by now. What it discards later makes the count too high,
-/// and the answer then depends on the queue's being written altogether.
+/// The target excludes messages discarded so far. If more are discarded later, the target is too high, and
+/// the flush ends only when the whole queue is written.
 void ControlLoop::startFlushing(int client) {
     const LogStatistics now = LogManager::statistics();
     session(client)->isFlushing = true;
@@ -186,7 +186,7 @@ void ControlLoop::startFlushing(int client) {
     session(client)->flushTarget = now.queued - now.discarded;
 }
 
-/// Hurries the queue and looks at it for a moment, on behalf of all who wait for it.
+/// Flushes the queue for one step, on behalf of all clients that wait for it.
 void ControlLoop::goOnFlushing() {
     if (!isAnyoneFlushing()) {
         return;
@@ -211,7 +211,7 @@ void ControlLoop::endFlushing(int client, const std::string& text) {
     answer(client, text);
 }
 
-/// One at a time is under way, also if the client that has asked for it leaves.
+/// One reload runs at a time, even if the client that asked for it disconnects.
 void ControlLoop::goOnReloading() {
     if (reload_ != nullptr && !reload_->isOver()) {
         return;
@@ -245,11 +245,11 @@ bool ControlLoop::isAnyoneFlushing() const {
                        [](const auto& session) { return session && session->isFlushing; });
 }
 
-/// A listener may take long: what the other clients have sent meanwhile was not looked at.
+/// After a slow listener: what the other clients sent meanwhile has not been read.
 void ControlLoop::excuseSilenceSince(Clock::time_point begin) {
     const Clock::time_point now = Clock::now();
     if (now - begin < SLOW_LISTENER) {
-        return; // many short ones must not excuse a client for ever
+        return; // many short ones must not excuse a client forever
     }
     for (std::optional<ClientSession>& session : sessions_) {
         if (session) {
@@ -273,10 +273,10 @@ void ControlLoop::drop(int client) {
     server_.drop(client);
 }
 
-/// \return how long the loop may wait for an event; nothing if it may for ever
+/// \return the timeout for the next event; none for no limit
 std::optional<ControlLoop::Milliseconds> ControlLoop::untilNextDeadline() const {
     if (isAnyoneWaiting()) {
-        return Milliseconds(10); // where there is no consumer, a look at the queue does not wait
+        return Milliseconds(10); // without a consumer, flushing does not wait
     }
     const Clock::time_point now = Clock::now();
     std::optional<Milliseconds> shortest;

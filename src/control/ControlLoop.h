@@ -12,7 +12,7 @@
 namespace ZAV {
 namespace Log {
 
-/// Serves all clients in one thread, a request at a time, and waits for none of them.
+/// Serves all clients in one thread, one request at a time, without blocking on any client.
 class ControlLoop {
 public:
     using Milliseconds = Platform::LocalServer::Milliseconds;
@@ -20,17 +20,17 @@ public:
     struct Limits {
         int clients = 8;             ///< at once
         Milliseconds silence{30000}; ///< after which a client is dropped
-        Milliseconds flush{5000};    ///< how long a `flush` waits at most
+        Milliseconds flush{5000};    ///< timeout of a `flush`
     };
 
-    /// \throw std::runtime_error if the address cannot be taken
+    /// \throw std::runtime_error if the address cannot be claimed
     ControlLoop(const std::string& address, const Limits& limits);
 
-    /// Serves until `stop` is called, or nothing is left of the process but threads that serve, or the thread
-    /// finds itself in a forked child. The server thread's own function.
+    /// The server thread's function. Serves until `stop` is called, until only service threads are left in
+    /// the process, or until the thread finds itself in a forked child.
     void run() noexcept;
 
-    /// \return whether the thread has come to the end of `run`
+    /// \return whether the thread has reached the end of `run`
     bool hasEnded() const noexcept { return hasEnded_; }
 
     /// \return false in a forked child
@@ -39,7 +39,8 @@ public:
     /// May be called from any thread.
     void stop() noexcept { server_.stop(); }
 
-    /// In a forked child: closes what it has inherited. The loop must not be used or destroyed afterwards.
+    /// For a forked child: closes the inherited descriptors. The loop must not be used or destroyed
+    /// afterwards.
     void closeInherited() noexcept { server_.closeInherited(); }
 
 private:
@@ -69,11 +70,11 @@ private:
     std::optional<ClientSession>& session(int client);
 
     const Limits limits_;
-    const int process_; ///< id of the one that it serves in
+    const int process_; ///< id of the process that it serves in
     Platform::LocalServer server_;
-    std::vector<std::optional<ClientSession>> sessions_; ///< by the number of the client
-    std::shared_ptr<ReloadCall> reload_; ///< the one that is under way, or null; its client may have left
-    Clock::time_point nextLook_;         ///< when to look whether the process is over
+    std::vector<std::optional<ClientSession>> sessions_; ///< indexed by client number
+    std::shared_ptr<ReloadCall> reload_; ///< the one in progress, or null; its client may have disconnected
+    Clock::time_point nextLook_;         ///< when to check next whether other threads are left
     std::atomic<bool> hasEnded_{false};
 };
 

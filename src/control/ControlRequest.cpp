@@ -53,7 +53,7 @@ constexpr std::array<Unit, 8> UNITS = {{
     {"d", Util::TimeUtils::DAY},
 }};
 
-/// A text in two: what stands before a blank, and what stands behind it.
+/// A text split at a blank.
 struct Halves {
     std::string first;
     std::string second;
@@ -112,7 +112,7 @@ bool hasRightNumber(const Form& form, const Halves& arguments) {
     return !arguments.first.empty();
 }
 
-/// \throw std::invalid_argument if it is none, or so long that nobody can mean it
+/// \throw std::invalid_argument if it is not a duration, or absurdly long
 Time readDuration(const std::string& text) {
     const std::uint64_t mostDays = 36500;
     std::uint64_t count = 0;
@@ -129,10 +129,10 @@ Time readDuration(const std::string& text) {
     return Time(count, unit->unit);
 }
 
-/// What stands before "for", in "LOGGER LEVEL for TIME"; the last word is TIME.
+/// The part before "for" in "LOGGER LEVEL for TIME"; TIME is the last word.
 struct ForWhile {
     Halves nameAndLevel;
-    bool isMeant; ///< a last word that begins with a digit is no level
+    bool isMeant; ///< whether it has this form: no level begins with a digit, so the last word is a time
 };
 
 ForWhile splitAtFor(const Halves& arguments) {

@@ -27,13 +27,13 @@ public:
         }
     }
 
-    /// \return true in the server's own thread, as when a command listener ends the process
+    /// \return true in the server's own thread, for example if a command listener ends the process
     bool isServing() const { return thread_.get_id() == std::this_thread::get_id(); }
 
     /// \return true in a forked child
     bool isInherited() const { return !loop_.isInOwnProcess(); }
 
-    /// \return true if the thread is through with the loop, of which it may still be the last of the process
+    /// \return true if the thread has left the loop; it may still be the process's last thread
     bool hasEnded() const { return loop_.hasEnded(); }
 
     void closeInherited() noexcept { loop_.closeInherited(); }
@@ -50,9 +50,9 @@ ControlServer::ControlServer(const std::string& address) try {
     throw LogException("Can't serve " + address + ": " + exception.what());
 }
 
-/// The server's own thread cannot destroy the loop that it is in: that is left alone, and ends with the
-/// process. A forked child may have been made while that thread was changing what the loop holds, for example
-/// freeing what a client had sent: nothing of it can be destroyed there, and its memory is lost to the child.
+/// The server's own thread cannot destroy the loop that it is running, which is leaked until the process
+/// ends. In a forked child, the loop's state may have been copied in the middle of a change by that thread,
+/// such as freeing what a client had sent, so nothing of it can be destroyed, and its memory is leaked.
 ControlServer::~ControlServer() {
     const Platform::NoCancellation noCancellation;
     if (inside_->isInherited() && !inside_->isServing()) {

@@ -38,17 +38,17 @@ bool isListed(const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/// \return null if there is none; none is made
+/// \return null if there is none; never creates one
 Logger* findLogger(const std::string& name) {
     if (name == "root") {
         return &LoggerFactory::getRootLogger();
     }
-    // The factory would not find a name with an empty component, but make it.
+    // The factory would not look up a name with an empty component, but create it.
     if (hasEmptyComponent(name)) {
         return name.find('/') == std::string::npos && isListed(name) ? &LoggerFactory::getLogger(name)
                                                                      : nullptr;
     }
-    // A "/" in the name of a parent would be taken for a path, and another logger for the one that is meant.
+    // A "/" in the parent's name would be taken as a path, and yield a different logger.
     const std::string::size_type dot = name.rfind('.');
     if (dot != std::string::npos && LoggerFactory::loggerExists(name.substr(0, dot), name.substr(dot + 1))) {
         return &LoggerFactory::getLogger(name.substr(0, dot), name.substr(dot + 1));
@@ -77,7 +77,7 @@ Time toMinutes(const std::string& text) {
     return Time(static_cast<std::uint64_t>(minutes), Util::TimeUtils::MIN);
 }
 
-/// What is no whole number of minutes is rounded up to a thousandth: 0 means for ever.
+/// Fractions of a minute are rounded up to a thousandth, since 0 means forever.
 std::string minutesText(Time duration) {
     const std::uint64_t microsecondsPerThousandth = 60000;
     const std::uint64_t thousandths = duration.microseconds() / microsecondsPerThousandth +
@@ -95,8 +95,8 @@ std::string describe(const Logger& logger) {
            minutesText(logger.getExpirationTime()) + "\n";
 }
 
-/// \param name of a logger that is there, so that the whole tree need not be searched for it
-/// \return null if the factory would take the name for that of another one
+/// \param name of an existing logger, so the whole tree need not be searched
+/// \return null if the factory would take the name for another logger's
 Logger* findListed(const std::string& name) {
     if (!hasEmptyComponent(name)) {
         return findLogger(name);
@@ -104,7 +104,7 @@ Logger* findListed(const std::string& name) {
     return name.find('/') == std::string::npos ? &LoggerFactory::getLogger(name) : nullptr;
 }
 
-/// The names are those of the loggers that can be asked for: one with a "/" that has no parent cannot.
+/// Lists only loggers that can be addressed: one with a "/" and no parent cannot.
 std::string describeLoggers() {
     std::string lines = describe(LoggerFactory::getRootLogger());
     for (const std::string& name : LoggerFactory::getLoggerNames()) {
@@ -116,7 +116,7 @@ std::string describeLoggers() {
     return lines;
 }
 
-/// \return the whole seconds up to a moment, the last one included; "-" if there is no such moment
+/// \return the seconds until a moment, rounded up; "-" if there is no such moment
 std::string secondsUntil(Time end, Time now) {
     const bool isNever = end == Time(std::numeric_limits<std::uint64_t>::max(), Util::TimeUtils::USEC);
     if (end == Time() || isNever) {
@@ -127,8 +127,8 @@ std::string secondsUntil(Time end, Time now) {
     return std::to_string(left / perSecond + (left % perSecond == 0 ? 0 : 1));
 }
 
-/// An answer that begins with "error:" would be taken for a refusal; that of the loggers begins with the
-/// root.
+/// An answer that begins with "error:" would be taken for a refusal. The list of loggers is safe: it begins
+/// with the root.
 std::string appenderName(const std::string& name) {
     const bool looksRefused = name.compare(0, 6, "error:") == 0;
     return looksRefused ? "\\x65" + toPrintable(name.substr(1)) : toPrintable(name);
@@ -146,7 +146,7 @@ std::string describeAppenders() {
     return lines;
 }
 
-/// \return a word on a command that nobody listens to
+/// \return a note if nobody listens to the command
 std::string issue(const std::string& command, const std::string& argument) {
     const bool isHeard = LogManager::hasCommandListener(command);
     LogManager::command(command, argument);
@@ -161,7 +161,7 @@ std::string describeStatistics() {
            std::to_string(statistics.waiting) + "\nrecovered " + std::to_string(statistics.recovered) + "\n";
 }
 
-/// \return the lines before the last one
+/// \return the answer without its last line
 std::string carryOut(const ControlRequest& request) {
     switch (request.kind()) {
     case ControlRequest::LOGGERS:
@@ -215,7 +215,7 @@ bool RequestHandler::isRefusal(const std::string& answer) {
     return answer.compare(0, REFUSED.size(), REFUSED) == 0;
 }
 
-/// The thread has a share of the object, since the server may end before.
+/// The thread shares ownership of the object, since the server may end first.
 void ReloadCall::start() {
     Platform::keepLibraryLoaded();
     const Platform::NoSignals noSignals;

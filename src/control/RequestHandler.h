@@ -11,26 +11,26 @@ namespace Log {
 
 class ControlRequest;
 
-/// Carries requests out, by the library's public calls and in the calling thread, and words the answers.
+/// Carries out requests through the library's public API, in the calling thread, and formats the answers.
 namespace RequestHandler {
 
-/// \param request anything but a `FLUSH`, which waits
-/// \return the whole answer, with its last line feed; a failure is one, too
+/// \param request any kind except `FLUSH`, which waits
+/// \return the whole answer, with its last line feed, also for a failure
 std::string answerTo(const ControlRequest& request);
 
-/// \return the answer to what was done and has nothing to tell
+/// \return the answer to a successful request that has no result
 std::string done();
 
-/// \return the answer to what was refused
+/// \return the answer to a refused request
 std::string refused(const std::string& reason);
 
-/// \return whether an answer is one of those
+/// \return whether an answer was made by `refused`
 bool isRefusal(const std::string& answer);
 
 } // namespace RequestHandler
 
-/// A `RELOAD` that a client has asked for. It waits for appenders, of which one may be stuck, so it is done
-/// in a thread of its own, which nobody waits for: the server's loop asks now and then what has become of it.
+/// A `RELOAD` requested by a client. It waits for appenders, one of which may be stuck, so it runs in a
+/// detached thread, which the server's loop polls.
 class ReloadCall : public std::enable_shared_from_this<ReloadCall> {
 public:
     explicit ReloadCall(const ControlRequest& request) : request_(request) {}
@@ -45,7 +45,7 @@ public:
 
 private:
     const ControlRequest request_;
-    std::string answer_; ///< written by the thread before it is over
+    std::string answer_; ///< written by the thread before `isOver_` is set
     std::atomic<bool> isOver_{false};
 };
 

@@ -5,7 +5,7 @@ namespace Platform {
 
 namespace {
 
-// Years begin with March here, so that a leap day is the last one of its year.
+// Years begin in March here, so that a leap day is the last day of its year.
 
 constexpr std::int64_t SECONDS_PER_DAY = 86400;
 constexpr std::int64_t EPOCH = 719468; ///< 1970-01-01, in days since 0000-03-01
@@ -16,7 +16,7 @@ std::int64_t daysBeforeYear(std::int64_t year) {
 
 /// \param month 0 for March
 std::int64_t daysBeforeMonth(std::int64_t month) {
-    return (153 * month + 2) / 5; // five months in a row have 153 days
+    return (153 * month + 2) / 5; // any five months in a row have 153 days
 }
 
 std::int64_t yearOf(std::int64_t days) {

@@ -21,9 +21,9 @@ struct CalendarTime {
     int second; ///< 0 to 60
 };
 
-/// What the system says about the process's time zone. As long as it stays the same, `toLocalTime` converts a
-/// point in time to the same result; only zones that differ in nothing but the days on which daylight-saving
-/// time begins or ends cannot be told apart.
+/// What the system says about the process's time zone. As long as it compares equal, `toLocalTime` gives the
+/// same results. Zones that differ only in the days on which daylight-saving time begins or ends cannot be
+/// distinguished.
 struct TimeZone {
     long offset;                      ///< seconds west of UTC
     int daylight;                     ///< 0 if the zone never has daylight-saving time
@@ -34,25 +34,25 @@ struct TimeZone {
     }
 };
 
-/// \return the time zone that the process has at this moment; costs a few memory reads
+/// \return the process's current time zone; costs a few memory reads
 TimeZone currentTimeZone() noexcept;
 
-/// Converts a point in time to local time, in the time zone that the process has at this moment.
+/// Converts a point in time to local time in the process's current time zone.
 /// \param seconds seconds since 1970-01-01 00:00:00 UTC
 /// \return the local calendar time; all zero if the system cannot convert that point in time
 CalendarTime toLocalTime(std::int64_t seconds);
 
-// The calendar without a time zone, since the system's own conversion takes a lock for that, too.
+// Calendar arithmetic without a time zone; the system's own conversion takes a lock even for that.
 
 /// \param time of the year 1 or later
-/// \return seconds since 1970-01-01 00:00:00 of the same zone, of which each day has 86,400
+/// \return seconds since 1970-01-01 00:00:00 in the same zone, with 86,400 seconds per day
 std::int64_t toSeconds(const CalendarTime& time);
 
-/// The reverse.
+/// The inverse of `toSeconds`.
 CalendarTime toCalendarTime(std::int64_t seconds);
 
-/// Makes a time zone the one of this process for `utcOffset`. Where a system has a list of zones of its own
-/// (Windows), the name is one of that list.
+/// Sets this process's time zone for `utcOffset`. On a system with its own list of zones (Windows), the name
+/// is from that list.
 /// \return false, and nothing is changed, if the system does not know the zone
 bool useZone(const std::string& name);
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "NativeLock.h" // the system's own, from the folder of the system
+#include "NativeLock.h" // the platform's own, from its directory
 
-// Names for clang's thread-safety attributes. A member says which lock guards it, a function which lock it
-// needs, and clang's `-Wthread-safety` checks both. Other compilers see nothing.
+// Names for clang's thread-safety attributes: a member names the lock that guards it, a function the lock it
+// needs, and clang's `-Wthread-safety` checks both. Empty for other compilers.
 
 #if defined(__clang__)
 #define ZAV_LOG_ANNOTATION(attribute) __attribute__((attribute))
@@ -25,31 +25,28 @@
 namespace ZAV {
 namespace Platform {
 
-/// A recursive lock: the thread that holds it may take it again and releases it as often. A thin wrapper of
-/// the system's, in a form that the thread-safety analysis knows.
+/// A recursive lock: its holder may take it again and must release it as often. A thin wrapper that makes the
+/// platform's lock known to the thread-safety analysis.
 class ZAV_LOG_CAPABILITY("critical section") CriticalSection {
 public:
-    /// \param rule what a fork does about the lock while another thread holds it
+    /// \param rule how a fork treats the lock while another thread holds it
     explicit CriticalSection(ForkRule rule = FREED_IN_CHILD) : native_(rule) {}
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
 
-    /// Waits until no other thread holds the lock, then holds it.
     void lock() ZAV_LOG_ACQUIRE() { native_.lock(); }
 
-    /// Holds the lock if no other thread does.
-    /// \return true if the caller holds it now; false, without waiting, if another thread does
+    /// \return true if the caller now holds the lock; false, without waiting, if another thread does
     bool tryLock() ZAV_LOG_TRY_ACQUIRE(true) { return native_.tryLock(); }
 
-    /// Waits until the other thread that holds the lock at the moment, if one does, has given it back. Those
-    /// who take it again and again without a pause let this wait come in between, though the lock is not fair
-    /// otherwise.
+    /// Waits until the thread that currently holds the lock, if another does, has released it. Threads that
+    /// retake the lock without a pause let this call in between, though the lock is not fair otherwise.
     void awaitHolder() { native_.awaitHolder(); }
 
-    /// Gives one `lock` back; the caller must hold the lock.
+    /// Undoes one `lock`; the caller must hold the lock.
     void unlock() ZAV_LOG_RELEASE() { native_.unlock(); }
 
-    /// \return true if the caller, who holds the lock, has taken it once only
+    /// \return true if the caller, who holds the lock, has taken it only once
     bool isHeldOnce() const ZAV_LOG_REQUIRES(this) { return native_.isHeldOnce(); }
 
 private:
@@ -58,9 +55,9 @@ private:
     NativeLock native_;
 };
 
-/// Says that what a lock guards does not change in a scope, in which the caller, who holds the lock, may wait
-/// without end: for the reader of a pipe, or for a disk. A fork does not wait for that end; the child finds
-/// the lock free.
+/// Marks a scope in which the caller holds the lock but does not change what it guards, and may block
+/// indefinitely: on a full pipe or a slow disk. A fork does not wait for the end of the scope; in the child
+/// the lock is free.
 class UnchangedInScope {
 public:
     explicit UnchangedInScope(CriticalSection& criticalSection) ZAV_LOG_REQUIRES(criticalSection)
@@ -75,17 +72,17 @@ private:
     NativeLock& native_;
 };
 
-/// Says that a scope takes over a lock that is held already.
+/// Tag: the scope takes over a lock that is already held.
 enum AdoptLock { ADOPT_LOCK };
 
-/// Holds a `CriticalSection` from its construction to the end of its scope, also when an exception leaves it.
+/// Holds a `CriticalSection` from construction to destruction.
 class ZAV_LOG_SCOPED_CAPABILITY ScopedLock {
 public:
     explicit ScopedLock(CriticalSection& criticalSection) ZAV_LOG_ACQUIRE(criticalSection)
         : criticalSection_(criticalSection) {
         criticalSection_.lock();
     }
-    /// Takes over a lock that the caller holds.
+    /// Takes over a lock that the caller already holds.
     ScopedLock(CriticalSection& criticalSection, AdoptLock) ZAV_LOG_REQUIRES(criticalSection)
         : criticalSection_(criticalSection) {}
     ~ScopedLock() ZAV_LOG_RELEASE() { criticalSection_.unlock(); }

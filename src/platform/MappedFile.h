@@ -8,16 +8,15 @@
 namespace ZAV {
 namespace Platform {
 
-/// A file whose content is memory of this process: what is written there stays in the file however the
-/// process ends, but not if the machine loses its power. One process at a time has it; the system takes the
-/// right back when that process is dead, also while children live that were forked from it, which must not
-/// use the memory.
+/// A file mapped into memory: what is written there reaches the file however the process ends, but may be
+/// lost on a power failure. One process at a time owns the file; the system releases its lock when that
+/// process dies, even if forked children, which must not use the memory, still live.
 class MappedFile {
 public:
     enum Result {
-        MAPPED, ///< a file that was there
-        MADE,   ///< a new one, or one in the place of an empty one
-        IN_USE, ///< another process has it
+        MAPPED, ///< an existing file
+        MADE,   ///< a new one, or one that replaces an empty one
+        IN_USE, ///< another process owns it
         FAILED
     };
 
@@ -26,39 +25,40 @@ public:
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
 
-    /// Opens a regular file of this process's user, or makes one, for that user alone; none may be open. A
-    /// new one is allocated whole under the path with ".new" behind it and then renamed.
-    /// \param size of a new file in bytes; 0 to make none, and to let root open one of another user. One that is
-    ///        there keeps its own.
-    /// \param beginning what a new file begins with, before it has its name; zeros follow
-    /// \param problem receives the system's word if the result is `FAILED`
+    /// Opens a regular file owned by this process's user, or creates one that only that user may access; none
+    /// may be open. A new file is fully allocated as PATH.new and then renamed.
+    /// \param size of a new file in bytes; 0 to create none, and to let root open one of another user. An existing file
+    ///        keeps its size.
+    /// \param beginning first bytes of a new file, written before it gets its name; zeros follow
+    /// \param problem receives the reason if the result is `FAILED`
     Result open(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
-    /// Puts a new file in the place of the one that is open, whose content nobody needs any more.
-    /// \param path the same as that of `open`
-    /// \param problem receives the system's word if that fails
-    /// \return false then; the file of before stays open
+    /// Replaces the open file, whose content is no longer needed, with a new one.
+    /// \param path the one given to `open`
+    /// \param problem receives the reason on failure
+    /// \return false on failure; the previous file stays open
     bool replace(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
-    /// Takes a copy of all that the file holds.
-    /// \param problem receives the system's word if that fails
-    /// \return false then
+    /// Copies the whole content of the file.
+    /// \param problem receives the system's error text on failure
+    /// \return false on failure
     /// \throw std::bad_alloc
     bool read(std::string& content, std::string& problem) const;
 
-    /// Takes the file from all but its user.
-    /// \param problem receives the system's word if that fails
-    /// \return false then
+    /// Restricts access to the file to its owner.
+    /// \param problem receives the system's error text on failure
+    /// \return false on failure
     bool makePrivate(std::string& problem);
 
-    /// Maps the file's first bytes now, where the system can, so that nobody waits at their first use.
+    /// Faults in the first pages now, where the system can, so that their first use does not block.
+    /// \param most how many bytes at most
     void populate(std::size_t most) noexcept;
 
-    /// Gives the right to the file up that a forked child shares with its parent. The memory can still be
-    /// read; what is written to it does not get into the file.
+    /// Gives up the file lock that a forked child shares with its parent. The memory stays readable; writes
+    /// to it no longer reach the file.
     void closeInChild() noexcept;
 
-    /// \return whether a path leads to the open file
+    /// \return whether a path names the open file
     bool isAt(const std::string& path) const noexcept;
 
     char* bytes() const noexcept { return bytes_; }
@@ -74,11 +74,11 @@ private:
 
     static constexpr std::intptr_t NONE = -1;
 
-    std::intptr_t handle_ = NONE; ///< open for as long as the file is this process's
+    std::intptr_t handle_ = NONE; ///< open as long as this process owns the file
     char* bytes_ = nullptr;
     std::size_t size_ = 0;
 
-    // Which file it is, on Linux.
+    // The file's identity, on Linux.
     std::uint64_t device_ = 0;
     std::uint64_t number_ = 0;
 };

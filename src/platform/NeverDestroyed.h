@@ -3,11 +3,11 @@
 namespace ZAV {
 namespace Platform {
 
-/// What a class derives from of which the process has one object, which is made at its first use and never
-/// destroyed: threads may still log while the process ends.
+/// Base class of a singleton that is created on first use and never destroyed: threads may still log while
+/// the process ends.
 ///
-/// The class's source says `const Object& madeAtLoad = Object::instance();`, so that no thread makes it while
-/// another one forks: in the child its making would never be over.
+/// The class's source file defines `const Object& madeAtLoad = Object::instance();`, so that it is never
+/// created while another thread forks: in the child the initialisation would never complete.
 template <typename Object>
 class NeverDestroyed {
 public:

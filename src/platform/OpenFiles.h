@@ -9,7 +9,7 @@
 namespace ZAV {
 namespace Platform {
 
-/// Tells a file from all others that exist at the same time, whatever their names are.
+/// Identifies a file among all that exist at the same time, independently of its name.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t index = 0;
@@ -21,11 +21,11 @@ struct FileIdentity {
 };
 
 /// \param identity receives the identity of the file at a path; untouched on failure
-/// \return false if there is none
+/// \return false if no file exists there
 bool identifyFile(const std::string& path, FileIdentity& identity);
 
-/// A regular file that is open for reading while others write, rename and delete it, or standard input. It
-/// closes with its scope.
+/// A regular file, or standard input, open for reading; others may write, rename and delete the file
+/// meanwhile. Closed by the destructor.
 class InputFile {
 public:
     InputFile() noexcept = default;
@@ -37,32 +37,33 @@ public:
 
     enum class Links { FOLLOWED, REFUSED };
 
-    /// Never waits: whatever is no regular file is refused.
-    /// \param problem receives the system's word for what went wrong
-    /// \param links what happens if the path itself is a symbolic link; those on the way to it are followed
+    /// Never blocks: anything but a regular file is refused.
+    /// \param problem receives the system's error text
+    /// \param links what to do if the path itself is a symbolic link; links in its parent directories are always
+    ///        followed
     /// \return true if the file is open now
     bool open(const std::string& path, std::string& problem, Links links = Links::FOLLOWED);
 
-    /// Opens what this process has for standard input, but for a directory.
-    /// \param problem receives the system's word for what went wrong
+    /// Opens this process's standard input, whatever it is except a directory.
+    /// \param problem receives the system's error text
     /// \return true if it is open now
     bool openStandardInput(std::string& problem);
 
-    /// \return the same file, opened once more; without one if the system refuses
+    /// \return a second handle to the same open file; a closed object if the system refuses
     InputFile duplicate() const;
 
-    /// Reads from a place in the file; from a pipe, whatever comes next. After `catchStopSignals` it does not
-    /// wait for a pipe: what is not there yet counts as the end.
+    /// Reads at an offset; from a pipe, the next bytes. After `catchStopSignals` it does not block on a pipe:
+    /// an empty pipe reads as the end of the file.
     /// \return how many bytes were read, 0 at the end of the file, -1 on failure
     std::int64_t readAt(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;
 
-    /// \return false for what can be read only once, like a pipe
+    /// \return false for a stream that can be read only once, such as a pipe
     bool isSeekable() const;
 
     /// \return true if a pipe was read to its end: nobody can write to it any more
     bool hasEnded() const noexcept { return hasEnded_; }
 
-    /// \return the place that standard input has been read up to by whoever had it before; 0 for a pipe
+    /// \return the offset at which a previous reader left standard input; 0 for a pipe
     std::uint64_t position() const;
 
     std::uint64_t size() const;
@@ -77,8 +78,8 @@ private:
     mutable bool hasEnded_ = false;
 };
 
-/// A regular file that is open for reading from its beginning on, as it is on the disk, while others may
-/// write, rename and delete it. It closes with its scope. It has no lock.
+/// A regular file read from beginning to end as raw bytes; others may write, rename and delete it meanwhile.
+/// Closed by the destructor. Not thread-safe.
 class SequentialFile {
 public:
     SequentialFile() noexcept = default;
@@ -86,17 +87,18 @@ public:
     SequentialFile(const SequentialFile&) = delete;
     SequentialFile& operator=(const SequentialFile&) = delete;
 
-    /// Opens a file; none may be open. Never waits: whatever is no regular file is refused, and so is a
-    /// symbolic link in its place.
-    /// \param problem receives the system's word for what went wrong
+    /// Opens a file; none may be open. Never blocks: anything but a regular file is refused, and so is a
+    /// symbolic link.
+    /// \param problem receives the system's error text
     /// \return true if the file is open now
     bool open(const std::string& path, std::string& problem);
 
-    /// Takes the right to the open file that one of all processes and objects may have, until it is closed.
-    /// \return false if another one has it; also true where the file system knows no such right
+    /// Takes an exclusive lock on the open file, which excludes other processes and objects until it is
+    /// closed.
+    /// \return false if the lock is held elsewhere; true also if the file system has no locks
     bool reserve() noexcept;
 
-    /// \return how many of the next bytes were read, 0 at the end that the file has now, -1 on failure
+    /// \return how many bytes were read, 0 at the current end of the file, -1 on failure
     std::int64_t read(char* buffer, std::size_t size, std::string& problem);
 
     void close() noexcept;
@@ -107,28 +109,27 @@ private:
     std::intptr_t handle_ = NONE;
 };
 
-/// How a file that is opened for writing is found and made. Without effect on Windows.
+/// How a file is opened for writing or created. Ignored on Windows.
 struct FileRules {
-    /// The permissions of a file that is made, whatever the process masks; without them every permission to
-    /// read and write that the process does not mask. A file that exists keeps its own.
+    /// Permissions of a created file, regardless of the umask; without them, read and write permission for
+    /// all minus the umask. An existing file keeps its own.
     std::optional<unsigned> permissions;
 
-    /// Whether a symbolic link in the place of the file leads to it, or is an error. Where it is an error,
-    /// a process that runs as root refuses a file of another user as well.
+    /// Whether a symbolic link at the path is followed or is an error. If it is an error, a process that runs
+    /// as root also refuses a file owned by another user.
     bool followLinks = true;
 };
 
-/// A text file that is open for writing, without a buffer: what is written has left the process. Every write
-/// goes to the end that the file has at that moment, so that several writers, and others that empty the file,
-/// leave no holes. It closes with its scope. A failure is remembered until the next file opens, as a stream
-/// of the standard library does. It has no lock.
+/// A text file open for unbuffered writing. Every write appends at the current end of the file, so concurrent
+/// writers and truncation leave no holes. Closed by the destructor. A failure is sticky until the next
+/// `open`, as with standard streams. Not thread-safe.
 class OutputFile {
 public:
     enum Mode {
-        TRUNCATE, ///< the content of a file that exists is lost
-        APPEND,   ///< it is kept
-        CREATE ///< none should be there; one that is there all the same is refused if links are not followed,
-               ///< and otherwise kept, but a link is refused in any case
+        TRUNCATE, ///< an existing file is emptied
+        APPEND,   ///< the content of an existing file is kept
+        CREATE ///< no file is expected; an existing one is refused if links are not followed and appended to
+               ///< otherwise; a link is always refused
     };
 
     OutputFile() noexcept = default;
@@ -136,39 +137,40 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Opens a file, and makes it if it does not exist; none may be open. It fails if that is not possible,
-    /// and never waits for another process. What stands in the file's place is looked at before it is
-    /// changed: a regular file and a character device will do, and a pipe that has a reader if a symbolic
-    /// link leads to it. All else is refused and left as it was.
+    /// Opens a file, creating it if it does not exist; none may be open. Failure shows in `hasFailed`; never
+    /// waits for another process. The type is checked before anything is changed: accepted are a regular
+    /// file, a character device, and a pipe with a reader if reached by a symbolic link. Anything else is
+    /// refused and left unchanged.
     void open(const std::string& path, Mode mode, const FileRules& rules = FileRules()) noexcept;
 
-    /// Writes a text, in one piece if the system accepts it so. A line feed becomes the system's own line
-    /// end. It is a failure if the system does not accept the whole text. A pipe whose reader has left, and
-    /// a limit of the process on the size of files, are a failure and no signal.
+    /// Writes a text, in a single call if the system accepts it whole. Line feeds become the system's line
+    /// ends. Fails if the system does not accept the whole text. A closed pipe and the process's file size
+    /// limit cause a failure, not a signal.
     /// \return how many bytes of the text the system accepted
     std::size_t write(std::string_view text) noexcept;
 
-    /// The same, but every byte is written as it is.
+    /// The same without converting line ends.
     std::size_t writeBytes(std::string_view bytes) noexcept;
 
-    /// Closes the file, if one is open. A failed write that the system reports only now counts as well.
+    /// Closes the file, if one is open. A write error that the system reports only on closing counts as a
+    /// failure.
     void close() noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != NONE; }
     bool hasFailed() const noexcept { return failed_; }
 
-    /// \return whether the path leads to the open file, not to another one or to none
+    /// \return whether the path names the open file
     bool isAt(const std::string& path) const noexcept;
 
     /// \return the size of the open file in bytes; 0 if it has none
     std::uint64_t size() const noexcept;
 
-    /// \return when the open file was written last, in microseconds since 1970-01-01 00:00:00 UTC; 0 if the
-    ///         system does not say
+    /// \return modification time of the open file, in microseconds since 1970-01-01 00:00:00 UTC; 0 if the system does
+    ///         not say
     std::uint64_t lastWritten() const noexcept;
 
-    /// \param path leads to the open file
-    /// \return whether the open file has a last line without an end; false if it cannot be read
+    /// \param path of the open file
+    /// \return whether the open file's last line lacks its line end; false if it cannot be read
     bool endsInTornLine(const std::string& path, const FileRules& rules = FileRules()) const noexcept;
 
 private:
@@ -176,8 +178,7 @@ private:
 
     int descriptor_ = NONE;
     bool failed_ = false;
-    bool mayRaiseSignal_ =
-        false; ///< whether its reader may leave, or its size was limited when it was opened
+    bool mayRaiseSignal_ = false; ///< whether it is a pipe, or file sizes were limited when it was opened
 };
 
 } // namespace Platform

@@ -13,71 +13,66 @@ std::string executablePath();
 /// \return the id of this process
 int processId();
 
-/// \return what the ids of this process are counted in, since an id means nothing elsewhere: a container has
-///         ids of its own. Also 0 if the system does not say.
+/// \return the namespace of this process's id: a container has ids of its own, which mean nothing outside it. 0 if the
+///         system does not say.
 std::uint64_t processIdSpace();
 
-/// \return whether a process of that id runs; another that got the id meanwhile counts as well. Where the
-///         system does not tell a process that has ended from one that runs, it counts until its parent has
-///         asked for its result.
+/// \return whether a process with that id is running; one that has reused the id counts too. Where the system cannot
+///         tell a zombie from a running process, it counts until its parent has reaped it.
 bool isProcessAlive(int id);
 
-/// Registers a function to be called when the process ends by a return from `main` or by `exit`, while other
-/// threads may still be running.
+/// Registers a function to be called when `main` returns or `exit` is called, while other threads may still
+/// be running.
 ///
-/// Where the system ends all other threads before a library hears of the end (Windows), the function is never
-/// called: it could neither wait for a thread nor take a lock that a vanished thread was holding.
+/// Where the system kills all other threads before a library is notified (Windows), the function is never
+/// called: it could neither wait for a thread nor take a lock that a killed thread was holding.
 /// \param handler must not throw
 void atProcessEnd(void (*handler)());
 
-/// \return whether the calling thread is the only one that the process has left but for those that serve, so
-///         that nothing will ever happen in it again, and it goes on only because this thread does. To be
-///         asked by a thread that is idle: it takes some 50 us. False if the system does not say, as on
-///         Windows, where threads of its own come and go in every process.
+/// \return whether the process has no other threads left except service threads (see `markAsServing`), so that only
+///         this thread keeps it alive. For idle threads: it takes some 50 us. False if the system does not
+///         say, as on Windows, where system threads come and go in every process.
 bool isOnlyThread() noexcept;
 
-/// Says that the calling thread serves: it waits for requests about what the process's other threads do, and
-/// is no reason for the process to go on. The mark is the thread's name, which other libraries of the process
-/// see as well. It has the thread's number, since a thread that this one makes inherits the name.
+/// Marks the calling thread as a service thread: it waits for requests that concern other threads and must
+/// not keep the process alive. The mark is the thread's name, so that other libraries in the process see it.
+/// It contains the thread's id, since threads started by this one inherit the name.
 void markAsServing() noexcept;
 
-/// Keeps the library's code in memory until the process ends, even if the application unloads it. To be
-/// called before the library starts a thread, which must not lose the code that it is running.
+/// Keeps the library's code loaded until the process ends, even if the application unloads it. To be called
+/// before the library starts a thread.
 void keepLibraryLoaded();
 
-/// What a fork does about a lock that a thread other than the forking one holds. That thread does not exist
-/// in the child, where its lock would never be free.
+/// How a fork treats a lock held by a thread other than the forking one. That thread does not exist in the
+/// child, where the lock would never be released.
 enum ForkRule {
-    /// The fork does not wait, and the child finds the lock free. For a lock that may be held while appenders
-    /// and command listeners run: the forking thread may be in one, and waiting could last for ever.
+    /// The fork does not wait, and the lock is free in the child. For a lock that may be held while appenders
+    /// and command listeners run: the forking thread may be in one of them, and the wait might never end.
     FREED_IN_CHILD,
 
-    /// The fork waits until it has the lock, so that the child finds whole what the lock guards. For a lock
-    /// under which nothing is waited for but others of this kind, in whatever order, and the system: a slow
-    /// file delays the fork, and other threads only for a moment, since a fork that waits for one lock holds
-    /// no other. Who may wait for the system without end says so with `UnchangedInScope`.
+    /// The fork takes the lock, so that what it guards is consistent in the child. For a lock whose holders
+    /// wait only for other locks of this kind, in any order, and for the system: a slow file delays the fork,
+    /// but other threads only briefly, since a fork holds no lock while it waits for one. A holder that may
+    /// block indefinitely uses `UnchangedInScope`.
     AWAITED_BY_FORK
 };
 
-/// Has functions called around every fork. To be called while the library is loaded. Where no process forks
-/// (Windows), they are never called.
-/// \param before called by the thread that is about to fork, without a lock of the library; must not throw.
-///        Null for none
-/// \param inChild called in the child, whose locks are as their rules say by then; must neither throw nor take
-///        memory
+/// Registers functions to be called around every fork. To be called while the library is being loaded. Where
+/// processes do not fork (Windows), they are never called.
+/// \param before called by the thread about to fork, before any lock is taken for the fork; must not throw; may be null
+/// \param inChild called in the child, after the locks were treated by their rules; must neither throw nor allocate
 void atFork(void (*before)(), void (*inChild)());
 
-/// \return a number that is another one in a forked child than it was in the parent. A child that was made
-///         past the C library has its parent's.
+/// \return a number that differs between a forked child and its parent. A child created without the C library's `fork`
+///         has its parent's.
 unsigned forkGeneration() noexcept;
 
-/// \return the id of this process, without asking the system, which costs more than rendering a whole line. A
-///         child that was made past the C library has its parent's.
+/// \return the cached id of this process: asking the system costs more than rendering a whole line. A child created
+///         without the C library's `fork` gets its parent's.
 int rememberedProcessId() noexcept;
 
-/// Zeroed memory that a forked child has in common with its parent: each sees what the other writes there.
-/// What is kept in it must get along without locks, since a process may end at any moment, and be the same at
-/// any address.
+/// Zeroed memory shared between a forked child and its parent. Its content must work without locks, since a
+/// process may die at any moment, and must be position-independent.
 class ForkedMemory {
 public:
     /// \throw std::bad_alloc
@@ -93,9 +88,9 @@ private:
     void* const memory_;
 };
 
-/// Asks the system for the computer's name, which may be a fully qualified one.
+/// Reads the computer's host name, which may be fully qualified.
 /// \param name receives the name; untouched on failure
-/// \return false if the system does not know it
+/// \return false if the system does not say
 bool readHostName(std::string& name);
 
 } // namespace Platform

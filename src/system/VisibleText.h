@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace Log {
 
-/// \return a text as a C string can hold it: NUL, which would end it, as `\x00`
+/// \return the text with each NUL as `\x00`, so that a C string can hold it
 std::string withVisibleNul(std::string text);
 
 } // namespace Log

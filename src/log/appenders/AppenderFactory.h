@@ -14,17 +14,17 @@
 namespace ZAV {
 namespace Log {
 
-/// Makes the appenders of one class name of the configuration.
+/// Creates appenders of one class, as named in the configuration.
 class AbstractAppenderFactory {
 public:
     /// \return a new appender, which the caller owns
-    /// \throw LogException for a bad setting
+    /// \throw LogException for an invalid setting
     virtual Appender* create(const Util::Properties& properties, const std::string& appenderName) = 0;
 
     virtual ~AbstractAppenderFactory() = default;
 };
 
-/// Makes appenders with a builder of a type derived from `AppenderBuilder`.
+/// Creates appenders with a builder derived from `AppenderBuilder`.
 template <typename Builder>
 class DefaultAppenderFactory : public AbstractAppenderFactory {
 public:
@@ -34,7 +34,7 @@ public:
     }
 };
 
-/// Makes appenders of a class that the application has registered.
+/// Creates appenders of a class registered by the application.
 class RegisteredClassFactory : public AbstractAppenderFactory {
 public:
     using Maker = std::function<std::unique_ptr<Appender>(const AppenderOptions&)>;
@@ -42,7 +42,7 @@ public:
     RegisteredClassFactory(const std::string& className, Maker maker)
         : className_(className), maker_(std::move(maker)) {}
 
-    /// \throw what the maker throws as well
+    /// \throw whatever the maker throws
     Appender* create(const Util::Properties& properties, const std::string& appenderName) override {
         std::unique_ptr<Appender> made = maker_(AppenderOptions(appenderName, properties));
         if (made == nullptr) {
@@ -56,8 +56,8 @@ private:
     const Maker maker_;
 };
 
-/// Makes one appender of the configuration: reads the keys of its class, and makes the filters and then the
-/// appender from their values.
+/// Builds one appender of the configuration: reads the keys of its class, and creates first the filters and
+/// then the appender from their values.
 class AppenderBuilder {
 public:
     virtual ~AppenderBuilder() = default;

@@ -27,7 +27,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Calls a function with the filter on levels, if there is one.
+/// Calls a function with the level filter, if there is one.
 template <typename Function>
 void forLevelFilter(const Appender::Filters& filters, const Function& function) {
     for (const auto& filter : filters) {
@@ -46,7 +46,7 @@ void addLevel(AppenderStatus& status, const Appender::Filters& filters, Util::Ti
     });
 }
 
-/// \return the keys of one appender, whoever reads them
+/// \return all keys of one appender, including unknown ones
 Util::Properties keysOf(const std::string& name, const Util::Properties& properties) {
     Util::Properties keys;
     const std::string beginning = appenderKey(name, std::string());
@@ -61,7 +61,7 @@ Util::Properties keysOf(const std::string& name, const Util::Properties& propert
     return keys;
 }
 
-/// The names of appenders, of which each may come once.
+/// The names of appenders, which must be unique.
 class Names {
 public:
     explicit Names(const std::vector<Appender*>& appenders) {
@@ -81,7 +81,7 @@ private:
     std::set<std::string> names_;
 };
 
-/// \return those that are not among others
+/// \return the appenders that are not among `others`
 std::vector<Appender*> without(const std::vector<Appender*>& appenders, const std::set<Appender*>& others) {
     std::vector<Appender*> result;
     std::copy_if(appenders.begin(), appenders.end(), std::back_inserter(result),
@@ -137,8 +137,8 @@ std::vector<Appender*> AppenderRegistry::inService() const {
     return appenders;
 }
 
-/// The filters are asked when the lock is free: they have locks of their own, and a fork takes all of these
-/// in another order.
+/// The filters are read after the lock is released: they have locks of their own, which a fork takes in a
+/// different order.
 std::vector<AppenderStatus> AppenderRegistry::statuses() const {
     std::vector<AppenderStatus> statuses;
     std::vector<Appender::Filters> filters;
@@ -192,7 +192,7 @@ boost::shared_ptr<AbstractAppenderFactory> AppenderRegistry::factoryOf(const std
     return found == factories_.end() ? nullptr : found->second;
 }
 
-/// The declaring key may have had more dots than the one that is looked up, and then names another key.
+/// The declaring key may contain more dots than the key looked up here, which is then a different one.
 CreatedAppender AppenderRegistry::create(const Util::Properties& properties, const std::string& name) {
     std::string className;
     properties.getProperty(appenderKey(name), className);
@@ -210,10 +210,9 @@ CreatedAppender AppenderRegistry::create(const Util::Properties& properties, con
     return {std::unique_ptr<Appender>(factory->create(properties, name)), className, std::move(keys)};
 }
 
-// The change to another configuration
+// Changing to another configuration
 
-/// Those that were made from no keys are not among them. What is in the table stays where it is until the
-/// exchange.
+/// Leaves out appenders created without keys. The pointers stay valid until the exchange.
 AppenderRegistry::CreatedByKeys AppenderRegistry::createdByKeys() {
     CreatedByKeys result;
     const ScopedLock tablesLock(tablesLock_);
@@ -250,7 +249,7 @@ AppenderExchange AppenderRegistry::prepareExchange(const Util::Properties& prope
     return exchange;
 }
 
-/// The table takes no memory to change.
+/// The table is changed without allocating.
 void AppenderRegistry::exchange(AppenderExchange& exchange, const std::function<void()>& apply) {
     const ScopedLock tablesLock(tablesLock_);
     apply();
@@ -276,16 +275,17 @@ bool AppenderRegistry::hasLoweredLevel(const Appender& appender) {
     return isLowered;
 }
 
-// The end
+// Shutdown
 
-/// Takes no memory, so that it cannot fail.
+/// Does not allocate, so it cannot fail.
 void AppenderRegistry::destroyAppenders() {
     while (Appender* const appender = firstAppender()) {
         LoggerFactory::getRootLogger().removeAppender(appender);
         if (!appender->isSynchronous()) {
             AsynchronousDispatcher::instance().unregisterAsynchronousAppender(appender);
         }
-        CreatedAppenders destroyed; // when it is out of the table, which a forked child must find whole
+        CreatedAppenders
+            destroyed; // destroyed after it has left the table, which must be consistent in a forked child
         const ScopedLock tablesLock(tablesLock_);
         destroyed.splice(destroyed.end(), createdAppenders_, createdAppenders_.begin());
     }

@@ -17,7 +17,7 @@ namespace {
 
 constexpr char LIVE_INDEX = '0';
 
-/// \return a number beyond every index if the name does not end in a digit
+/// \return a number above every index if the name does not end in a digit
 std::uint64_t indexOf(const std::string& fileName) {
     return static_cast<std::uint64_t>(fileName.back() - '0');
 }
@@ -28,7 +28,7 @@ FileAppender::FileAppender(const AppenderValues& values, const Filters& filters)
     : LiveFileAppender(values, filters, values.file + LIVE_INDEX),
       fileNumber_(std::min(values.fileNumber, HIGHEST_FILE_NUMBER)) {}
 
-/// Whatever fails here for want of memory is taken up by the next message where this one stopped.
+/// If memory runs out here, the next message resumes where this one stopped.
 void FileAppender::prepareFile(const LogMessage&) {
     if (outputFileStream_.isOpen() && hasRoom() && !owner_.isBehind()) {
         return;
@@ -64,7 +64,7 @@ bool FileAppender::isTooOld() const {
     return values_.fileMaxLifetime != Time() && Time::now() > openTime_ + values_.fileMaxLifetime;
 }
 
-/// Finds the files that an earlier run or another process left.
+/// Finds the files left by an earlier run or another process.
 void FileAppender::browseFiles() {
     std::vector<std::string> entries;
     if (!Platform::listFiles(folder_, entries)) {
@@ -87,9 +87,9 @@ bool FileAppender::isInSeries(const std::string& fileName) const {
            fileName.compare(0, values_.file.size(), values_.file) == 0 && indexOf(fileName) <= fileNumber_;
 }
 
-/// Makes room for a new live file. It works from the highest index down, so that no file is renamed onto
-/// another of the series; a file that cannot be deleted or renamed stays where it is. All memory is taken
-/// before the first file is touched, so that the series moves as a whole or not at all.
+/// Makes room for a new live file. Works from the highest index down, so that no file is renamed onto another
+/// of the series; a file that cannot be deleted or renamed stays. All memory is allocated before the first
+/// file is touched, so that the series moves as a whole or not at all.
 void FileAppender::rotateFiles() {
     struct Renaming {
         std::string* name;
@@ -103,7 +103,7 @@ void FileAppender::rotateFiles() {
         renamings.push_back({&*name, pathOf(*name), pathOf(next)});
     }
     const bool isFull = !fileNames_.empty() && indexOf(fileNames_.back()) >= fileNumber_;
-    bool isGone = true; // of the file with the lowest index, which comes last
+    bool isGone = true; // whether the file with the lowest index, processed last, has been moved
     if (isFull) {
         isGone = Platform::removeFile(renamings.front().from);
         fileNames_.pop_back();
@@ -117,13 +117,13 @@ void FileAppender::rotateFiles() {
 
 void FileAppender::openFile() {
     fileNames_.push_front(values_.file + LIVE_INDEX);
-    hasRotated_ = false; // from here on the series has its live file, or has failed
+    hasRotated_ = false; // from here on the live file is open, or has failed
     openLiveFile(liveFileStays_ ? Platform::OutputFile::TRUNCATE : Platform::OutputFile::CREATE);
     currentSize_ = outputFileStream_.size();
     owner_.noteRotation();
 }
 
-/// The older files stay where they are.
+/// The older files are not renamed.
 void FileAppender::continueFile() {
     mustBrowse_ = true;
     hasRotated_ = false;

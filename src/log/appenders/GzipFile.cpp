@@ -17,10 +17,10 @@ namespace Log {
 
 namespace {
 
-constexpr int GZIP_FORMAT = 16; ///< what zlib has added to the size of the window for it
+constexpr int GZIP_FORMAT = 16; ///< added to zlib's window bits to select the gzip format
 constexpr std::size_t BLOCK = std::size_t{64} * 1024;
 
-/// One attempt to write the packed form of a file into another one.
+/// One attempt to pack a file into another one.
 class GzipWriter {
 public:
     GzipWriter() { active = this; }
@@ -33,11 +33,11 @@ public:
 
     bool open(const std::string& path) { return source_.open(path, problem_); }
 
-    /// \return false if another process has the right to the open file
+    /// \return false if another process has locked the open file
     bool reserve() noexcept { return source_.reserve(); }
 
-    /// The source stays open, and reserved.
-    /// \return whether the target has the whole file
+    /// The source stays open and locked.
+    /// \return whether the whole file was packed
     bool write(const std::string& target, const Platform::FileRules& rules,
                const std::atomic<bool>& isInterrupted) {
         if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + GZIP_FORMAT,
@@ -68,10 +68,10 @@ public:
     std::uint64_t size() const { return size_; }
     const std::string& problem() const { return problem_; }
 
-    static GzipWriter* active; ///< the one that there is, or null
+    static GzipWriter* active; ///< the only instance, or null
 
 private:
-    /// \return whether the file is at its end
+    /// \return whether the end of the file was reached
     bool writeBlock() {
         const std::int64_t count = source_.read(input_.data(), input_.size(), problem_);
         if (count < 0) {
@@ -114,12 +114,12 @@ void removeAbandonedPart(const std::string& path) {
     }
 }
 
-/// Once a packed file is there it is not deleted any more: another process may have deleted the plain one for
-/// it.
+/// A packed file in place is never deleted here: another process may have deleted the plain file in its
+/// favour.
 std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size) {
     const std::string part = path + RolledFiles::PART;
     if (!Platform::isTaken(path)) {
-        Platform::removeFile(part); // the limits of the series have deleted the plain one meanwhile
+        Platform::removeFile(part); // the plain file was meanwhile deleted for the limits of the series
         return Packing{Packing::DONE, ""};
     }
     if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
@@ -135,7 +135,7 @@ std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t si
 
 namespace {
 
-/// \return nothing if the file has grown, and must be packed anew
+/// \return nothing if the file has grown, and must be packed again
 std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
     const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
     const auto writer = std::make_unique<GzipWriter>();
@@ -159,7 +159,7 @@ std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool
     if (packing && packing->result != Packing::DONE) {
         Platform::removeFile(part);
     }
-    const bool isGone = !Platform::isTaken(path); // the limits of the series deleted it
+    const bool isGone = !Platform::isTaken(path); // deleted for the limits of the series
     return packing && packing->result == Packing::FAILED && isGone ? Packing{Packing::DONE, ""} : packing;
 }
 

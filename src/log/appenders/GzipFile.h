@@ -8,38 +8,37 @@
 namespace ZAV {
 namespace Log {
 
-/// How the packing of a file has ended.
+/// Result of packing a file.
 struct Packing {
     enum Result {
         DONE,
-        INTERRUPTED, ///< nothing of it is left
+        INTERRUPTED, ///< no part of it is left on disk
         FAILED
     };
     Result result;
-    std::string problem; ///< what went wrong, if it has failed
+    std::string problem; ///< the error text if it has failed
 };
 
-/// Packs a rolled file, so that at every moment, also after a kill, the plain file is there or the packed one
-/// as a whole. A file that grows meanwhile is packed anew; one that is deleted meanwhile stays deleted. What
-/// another process packs is left to that, which has the right to the plain file as long.
+/// Packs a rolled file, so that at any moment, even after a kill, the plain file or the complete packed one
+/// exists. A file that grows meanwhile is packed again; one that is deleted meanwhile stays deleted. A file
+/// that another process is packing, and has locked, is left to that.
 ///
 /// Called by one thread of the process at a time.
-/// \param path the plain file, which is deleted in the end
-/// \param isInterrupted looked at after every few milliseconds of work
+/// \param path the plain file, which is deleted at the end
+/// \param isInterrupted polled every few milliseconds
 Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted);
 
-/// Deletes what is left of a packing, unless one is under way.
+/// Deletes the partial output of an aborted packing, unless one is in progress.
 /// \param path the plain file, which may be gone
 void removeAbandonedPart(const std::string& path);
 
-/// The last step of packing: puts a whole packed file into the place of the plain one.
-/// A packed file that is there already is an older form of it, which nobody reads while the plain one is
-/// there.
-/// \param size of the plain one when it was packed
-/// \return nothing if it has grown since, and must be packed anew
+/// The last step of packing: replaces the plain file by a complete packed one. An existing packed file is an
+/// older version, which is not read while the plain file exists.
+/// \param size size of the plain file when it was packed
+/// \return nothing if it has grown since, and must be packed again
 std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size);
 
-/// In a forked child, which does not run that thread: closes the files that it has open.
+/// For a forked child, which does not have the packing thread: closes that thread's open files.
 void closePackedFilesInChild() noexcept;
 
 } // namespace Log

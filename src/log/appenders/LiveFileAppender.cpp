@@ -17,7 +17,7 @@ LiveFileAppender::LiveFileAppender(const AppenderValues& values, const Filters& 
       livePath_(pathOf(liveName)), owner_(livePath_), openTime_(Time::now()), liveName_(liveName),
       lastLook_(openTime_) {}
 
-/// One that leaves amid a round has lines left.
+/// An appender removed during a round may still have unwritten lines.
 LiveFileAppender::~LiveFileAppender() {
     endRound();
 }
@@ -36,8 +36,7 @@ void LiveFileAppender::outputLine(const LogMessage& message) {
     checkFile();
 }
 
-/// Brings a file back that has failed, or that is gone from its name. A failure here is the one to report,
-/// not an older one.
+/// Reopens a file that has failed, or whose path no longer names it. A failure here supersedes an older one.
 void LiveFileAppender::recover() {
     if (values_.recovery == Time() || !isTimeToLook()) {
         return;
@@ -53,7 +52,7 @@ void LiveFileAppender::recover() {
     }
 }
 
-/// If the clock was set back, the unsigned difference is huge, so that the look happens at once.
+/// If the clock was set back, the unsigned difference is huge, so the check happens at once.
 bool LiveFileAppender::isTimeToLook() const {
     return Time::now().microseconds() - lastLook_.microseconds() >= values_.recovery.microseconds();
 }
@@ -85,7 +84,7 @@ void LiveFileAppender::openLiveFile(Platform::OutputFile::Mode mode) {
     openTime_ = lastLook_;
 }
 
-/// Another process may have moved the live file since the first line was kept.
+/// Another process may have moved the live file since the first of these lines was buffered.
 void LiveFileAppender::writeLines(std::string_view text, std::size_t& written) {
     if (owner_.isBehind() && !owner_.mayRotate()) {
         followFile();
@@ -95,7 +94,8 @@ void LiveFileAppender::writeLines(std::string_view text, std::size_t& written) {
     checkFile();
 }
 
-/// A line that does not reach the file, on a full disk for example, has failed it, and is reported.
+/// A line that does not reach the file, on a full disk for example, is a failure, which callers report by
+/// `checkFile`.
 std::size_t LiveFileAppender::write(std::string_view text) {
     const std::size_t taken = writeUnchanged(outputFileStream_, text);
     if (outputFileStream_.hasFailed()) {

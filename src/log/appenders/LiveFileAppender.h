@@ -13,35 +13,34 @@
 namespace ZAV {
 namespace Log {
 
-/// Writes each message as one flushed line to a file that stays open, the live one of a series, which gives
-/// way to a new one now and then.
+/// Writes each message as one flushed line to the live file of a series, which stays open until it is
+/// replaced by a new one.
 ///
-/// A forked child only appends to the live file of the process that moves it, see `SeriesOwner`. The
-/// directory is never created; a relative one is taken from the one that the process is in when the appender
-/// is made.
+/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. The
+/// directory is never created; a relative path is resolved when the appender is created.
 class LiveFileAppender : public BatchAppender {
 public:
     ~LiveFileAppender() override;
 
 protected:
-    /// \param liveName the name of the live file in the folder of the values
+    /// \param liveName the name of the live file in the configured directory
     LiveFileAppender(const AppenderValues& values, const Filters& filters, const std::string& liveName);
 
-    /// \throw LogException if the live file cannot be opened or written; every later message fails as well,
-    ///        until a recovery
+    /// \throw LogException if the live file cannot be opened or written; later messages then fail, too, until a
+    ///        recovery
     void outputLine(const LogMessage& message) final ZAV_LOG_REQUIRES(criticalSection_);
     void writeLines(std::string_view text, std::size_t& written) final ZAV_LOG_REQUIRES(criticalSection_);
     void closeFile() override ZAV_LOG_REQUIRES(criticalSection_) { outputFileStream_.close(); }
     std::string fileName() const override { return liveName_; }
 
-    /// Sees to it that the live file is open and has room for the line.
-    /// \throw LogException if that fails
+    /// Ensures that the live file is open and has room for the line.
+    /// \throw LogException on failure
     virtual void prepareFile(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_) = 0;
 
-    /// Opens the live file where it ends: whoever put it there, what it holds is kept.
+    /// Opens the live file for appending; existing content is kept, whoever wrote it.
     virtual void continueFile() ZAV_LOG_REQUIRES(criticalSection_);
 
-    /// In a process that may not move the live file, which goes where that is now.
+    /// For a process that may not rotate: switches to the current live file.
     void followFile() ZAV_LOG_REQUIRES(criticalSection_);
 
     void openLiveFile(Platform::OutputFile::Mode mode) ZAV_LOG_REQUIRES(criticalSection_);
@@ -50,13 +49,13 @@ protected:
 
     const AppenderValues values_;
     const std::shared_ptr<const LineLayout> layout_;
-    const std::string folder_; ///< of the values, wherever the process goes
+    const std::string folder_; ///< the configured directory, as an absolute path
     const std::string livePath_;
     SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    /// With what is kept for it. Each end of line counts as one byte.
+    /// Includes lines not yet written. Each line end counts as one byte.
     std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;
-    /// When what the live file held was written last, if that was continued.
+    /// Time of the last write before the live file was continued, if it was.
     Util::TimeUtils::Time lastWritten_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Util::TimeUtils::Time openTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
 
@@ -66,7 +65,7 @@ private:
     std::size_t write(std::string_view text) ZAV_LOG_REQUIRES(criticalSection_);
 
     const std::string liveName_;
-    Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last look or failure
+    Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last check or failure
 };
 
 } // namespace Log

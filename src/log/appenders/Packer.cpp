@@ -21,11 +21,11 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// In which whoever was about to write to a file when it was rolled has written.
+/// Long enough for anybody who was about to write to a file when it was rolled.
 constexpr std::chrono::seconds PAUSE{1};
 
-/// How long is waited for a packing that is interrupted; it comes to that in a few milliseconds, unless a
-/// listener hears of a failure just then.
+/// How long to wait for an interrupted packing, which takes a few milliseconds unless a listener is just
+/// being told of a failure.
 constexpr std::chrono::seconds LONGEST_WAIT{2};
 
 const Packer& madeAtLoad = Packer::instance();
@@ -60,9 +60,10 @@ void Packer::add(Job job) {
     startIfNeeded();
 }
 
-/// Has a job that is there already done for the user of this one.
+/// Assigns an existing equal job to the user of this one.
 bool Packer::isTakenOver(const Job& job) {
-    const auto first = isInterrupted_ ? std::next(jobs_.begin()) : jobs_.begin(); // that one is given up
+    const auto first =
+        isInterrupted_ ? std::next(jobs_.begin()) : jobs_.begin(); // the first is being given up
     const auto there = std::find_if(first, jobs_.end(), [&job](const Job& other) {
         return other.path == job.path && other.problem == job.problem;
     });
@@ -74,7 +75,7 @@ bool Packer::isTakenOver(const Job& job) {
     return true;
 }
 
-/// A thread that cannot be started now is tried again with the next file.
+/// If the thread cannot be started, the next file tries again.
 void Packer::startIfNeeded() noexcept {
     {
         const ScopedLock lock(lock_);
@@ -118,18 +119,18 @@ bool Packer::isIn(const Appender* user) {
 
 void Packer::run() {
     Packer& packer = instance();
-    Platform::setCurrentThreadPriority(Platform::THREAD_PRIORITY_LOWEST_VALUE); // if it can be had
+    Platform::setCurrentThreadPriority(Platform::THREAD_PRIORITY_LOWEST_VALUE); // best effort
     const unsigned generation = Platform::forkGeneration();
     while (const Job* const job = packer.first()) {
         packer.work(*job);
         if (Platform::forkGeneration() != generation) {
-            return; // a listener has forked, and this is the child, which has other jobs
+            return; // a listener has forked, and this is the child, which has its own queue
         }
         packer.removeFirst();
     }
 }
 
-/// \return null if there is none, and the thread ends
+/// \return null if there is none; the thread then ends
 const Packer::Job* Packer::first() {
     const ScopedLock lock(lock_);
     isRunning_ = !jobs_.empty();
@@ -148,7 +149,7 @@ void Packer::work(const Job& job) {
             deliver(job, packing.problem);
         }
     } catch (const std::exception&) {
-        return; // no memory; the next start finds the file
+        return; // out of memory; the next start finds the file
     }
 }
 
@@ -167,7 +168,7 @@ void Packer::deliver(const Job& job, const std::string& problem) {
     } catch (const Platform::ForcedUnwind&) {
         throw; // the thread is being cancelled
     } catch (...) {
-        return; // there is no caller to whom what a listener throws could matter
+        return; // a listener's exception concerns no caller
     }
 }
 
@@ -180,7 +181,7 @@ void Packer::removeFirst() {
     bell_.ring();
 }
 
-/// The thread does not run here.
+/// The thread does not exist in the child.
 void Packer::beginInChild() noexcept {
     bell_.renewInChild();
     closePackedFilesInChild();

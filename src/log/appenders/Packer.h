@@ -13,36 +13,36 @@ namespace Log {
 
 class Appender;
 
-/// Packs rolled files, one after another, in a thread of its own at low priority. The thread is there only
-/// while files wait to be packed, so it neither outlives them nor keeps a process alive.
+/// Packs rolled files, one after another, in a low-priority thread of its own. The thread exists only while
+/// files are queued, so it does not keep a process alive.
 ///
-/// A forked child forgets what waits: its parent packs it.
+/// A forked child drops the queue, which its parent processes.
 class Packer : public Platform::NeverDestroyed<Packer> {
 public:
-    /// Has a file packed. One that waits already, or is being packed, is done for this user from now on.
-    /// \param user for `forget`, and to be named as the one that fails
-    /// \param mayGrow whether a forked child may still be about to write to it, so that it is left alone for a second
+    /// Queues a file for packing. If it is already queued or being packed, that job is taken over for this
+    /// user.
+    /// \param user the key for `forget`, named in failure reports
+    /// \param mayGrow whether a forked child may still write to it, so that packing is delayed by a second
     void pack(const Appender* user, const std::string& path, bool mayGrow);
 
-    /// \return whether nothing waits
+    /// \return whether the queue is empty
     bool isIdle() ZAV_LOG_EXCLUDES(lock_);
 
-    /// Has a failure of the series reported by the thread, for somebody who holds a lock that must not be
-    /// held when listeners are called.
+    /// Reports a failure of the series from the thread, for a caller whose lock must not be held when
+    /// listeners are called.
     void report(const Appender* user, const std::string& problem);
 
-    /// Gives up what waits for that user, and interrupts what is being packed for it. Once it returns,
-    /// nothing of that is done any more; only inside an appender or a listener it does not wait for that.
+    /// Removes that user's jobs, and interrupts one that is in progress. Once it returns, none of them runs
+    /// any more; but inside an appender or a listener it does not wait for that.
     void forget(const Appender* user) noexcept;
 
 private:
     struct Job {
-        const Appender*
-            user; ///< changes under the lock, also of the job that is being done; and so does its name
+        const Appender* user; ///< changes under the lock, like `name`, even for the job in progress
         std::string name;
-        std::string path;    ///< to be packed, if there is no problem
-        std::string problem; ///< to be reported
-        Deadline pause;      ///< not begun before it is over
+        std::string path;    ///< file to be packed, if `problem` is empty
+        std::string problem; ///< failure to be reported
+        Deadline pause;      ///< the job is not begun before this
     };
 
     friend NeverDestroyed;
@@ -59,12 +59,12 @@ private:
     void removeFirst() ZAV_LOG_EXCLUDES(lock_);
     void beginInChild() noexcept;
 
-    Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK}; ///< held for short steps
-    std::list<Job> jobs_ ZAV_LOG_GUARDED_BY(lock_);             ///< while the thread runs, it has the first
+    Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK}; ///< held only briefly
+    std::list<Job> jobs_ ZAV_LOG_GUARDED_BY(lock_); ///< while the thread runs, it works on the first
     bool isRunning_ ZAV_LOG_GUARDED_BY(lock_) = false;
     std::atomic<bool> isInterrupted_{
         false}; ///< whether the first job is to be given up; written under the lock
-    Bell bell_; ///< rung when that is so, and when a job is over
+    Bell bell_; ///< rung when that is set, and when a job is over
 };
 
 } // namespace Log

@@ -23,7 +23,7 @@ namespace {
 constexpr std::string_view STAMP_FORM = "00000000T000000Z";
 constexpr std::int64_t MICROSECONDS = 1'000'000;
 
-/// How far ahead of the clock a name of an earlier run may be that counts when a new one is given.
+/// How far ahead of the clock the stamp of an existing file may be to count when a new file is named.
 constexpr Time FURTHEST_AHEAD(1, Util::TimeUtils::DAY);
 
 bool hasFormOfStamp(std::string_view text) {
@@ -33,7 +33,7 @@ bool hasFormOfStamp(std::string_view text) {
                       });
 }
 
-/// \return whether a text is that of a time that there is: others put files into the folder, too
+/// \return whether a text is the stamp of a valid time: others put files into the folder, too
 bool isStamp(std::string_view text) {
     if (!hasFormOfStamp(text)) {
         return false;
@@ -50,7 +50,7 @@ bool isStamp(std::string_view text) {
            RolledFiles::stampOf(Time(static_cast<std::uint64_t>(seconds), Util::TimeUtils::SEC)) == text;
 }
 
-/// \return nothing for an empty text, for 0 and for what would not be written so
+/// \return nothing for an empty text, for 0 and for anything that `suffix` would not write
 std::optional<std::uint64_t> readNumber(std::string_view text) {
     std::uint64_t number = 0;
     const char* const end = text.data() + text.size();
@@ -65,7 +65,7 @@ bool removeEnd(std::string_view& text, std::string_view end) {
     return endsSo;
 }
 
-/// \param suffix what stands behind the live file's name and the dot, without ".gz"
+/// \param suffix what follows the live file's name and the dot, without ".gz"
 std::optional<RolledFile> readSuffix(std::string_view suffix) {
     RolledFile file;
     const std::string_view stamp = suffix.substr(0, STAMP_FORM.size());
@@ -87,7 +87,7 @@ bool isOlder(const RolledFile& one, const RolledFile& other) {
     return std::tie(one.stamp, one.number) < std::tie(other.stamp, other.number);
 }
 
-/// Makes one of two files that differ in nothing but that one is packed.
+/// Sorts, and merges the plain and the packed form of a file into one entry.
 void merge(std::vector<RolledFile>& files) {
     std::sort(files.begin(), files.end(), isOlder);
     std::vector<RolledFile> merged;
@@ -137,8 +137,8 @@ bool RolledFiles::list(std::vector<RolledFile>& files, std::vector<std::string>&
     return true;
 }
 
-/// A file from far ahead, which is not ours or is from a run whose clock was wrong, would have all later ones
-/// named after it.
+/// A file far in the future, which is not ours or comes from a run with a wrong clock, would give its stamp
+/// to all later ones.
 /// \param latest the last stamp that counts
 void RolledFiles::findLast(const std::string& latest) {
     std::vector<RolledFile> files;
@@ -151,7 +151,7 @@ void RolledFiles::findLast(const std::string& latest) {
     }
 }
 
-/// Without a list of the folder, which may be closed to readers, a name that is taken is passed over.
+/// If the folder cannot be listed, names that are taken are skipped.
 bool RolledFiles::roll(Time now, RolledFile& rolled) {
     findLast(stampOf(now + FURTHEST_AHEAD));
     rolled = RolledFile();
@@ -220,8 +220,8 @@ std::uint64_t RolledFiles::sizeOf(const RolledFile& file) const {
     return size;
 }
 
-/// The plain one first: who packs it leaves it at that if the plain one is gone. A packed one that comes just
-/// then all the same goes with the next roll.
+/// The plain file goes first: its packing gives up if the plain file is gone. A packed file that appears just
+/// then is deleted with the next roll.
 bool RolledFiles::remove(const std::string& path) {
     const bool isPlainGone = Platform::removeFile(path) || !Platform::isTaken(path);
     const bool isPackedGone = Platform::removeFile(path + PACKED) || !Platform::isTaken(path + PACKED);

@@ -24,15 +24,15 @@ namespace {
 constexpr std::int64_t MICROSECONDS = 1'000'000;
 constexpr std::int64_t HOUR = 3600;
 constexpr std::int64_t DAY = 24 * HOUR;
-constexpr int MOST_CHANGES = 4; ///< within a day; a time that the system cannot convert ends the search, too
+constexpr int MOST_CHANGES =
+    4; ///< clock changes within a day; also ends the search if the system cannot convert a time
 
-/// What a clock on the wall shows, as seconds, at a moment of UTC.
+/// \return the local time at a moment of UTC, as seconds
 std::int64_t shownAt(std::int64_t moment) {
     return Platform::toSeconds(Platform::toLocalTime(moment));
 }
 
-/// \return the first second in (begin, end] at which clocks have been put forward or back since `begin`; `end` if none
-///         is earlier
+/// \return the first second in (begin, end] with another UTC offset than `begin`; `end` if there is none earlier
 std::int64_t findChange(std::int64_t begin, std::int64_t end) {
     const std::int64_t offset = shownAt(begin) - begin;
     if (shownAt(end) - end == offset) {
@@ -51,7 +51,7 @@ bool beginsPeriod(std::int64_t moment, std::int64_t length) {
     return shown / length != before / length || (length == HOUR && shown < before);
 }
 
-/// \return the first moment behind another one at which an hour or a day of local time begins
+/// \return the first later moment at which an hour or a day of local time begins
 std::int64_t nextMoment(std::int64_t moment, std::int64_t length) {
     for (int change = 0; change < MOST_CHANGES; ++change) {
         moment = findChange(moment, moment + length - shownAt(moment) % length);
@@ -82,11 +82,11 @@ RollPeriod::RollPeriod(RollMoment moment, Time time) : RollPeriod() {
 
 namespace {
 
-/// How often a live file that cannot be renamed is tried again, and how often a forked child asks whether its
-/// parent still sees to the files.
+/// How often renaming the live file is retried, and how often a forked child checks whether its parent still
+/// owns the series.
 constexpr Time RETRY_PERIOD(10, Util::TimeUtils::SEC);
 
-/// In which a forked child may still write to a file that its parent has rolled.
+/// How long a forked child may still write to a file after its parent has rolled it.
 constexpr Time LATE_WRITES(1, Util::TimeUtils::SEC);
 
 Time since(Time begin, Time end) {
@@ -104,7 +104,8 @@ RollingFileAppender::~RollingFileAppender() {
 
 void RollingFileAppender::prepareFile(const LogMessage& message) {
     if (values_.rollSize != 0 && owner_.isShared()) {
-        currentSize_ = outputFileStream_.size() + keptSize(); // with what the other processes have written
+        currentSize_ =
+            outputFileStream_.size() + keptSize(); // including what the other processes have written
     }
     if (!outputFileStream_.isOpen() || owner_.isNotAlone() || !fits(message)) {
         prepareAnew(message);
@@ -116,7 +117,7 @@ bool RollingFileAppender::fits(const LogMessage& message) const {
     return hasRoom && !period_.endsBefore(message.getTime()) && !period_.isFarBehind(message.getTime());
 }
 
-/// Whatever fails here for want of memory is taken up by the next message.
+/// If memory runs out here, the next message tries again.
 void RollingFileAppender::prepareAnew(const LogMessage& message) {
     const bool isFirst = !outputFileStream_.isOpen();
     const bool isNotAlone = owner_.isNotAlone();
@@ -130,8 +131,7 @@ void RollingFileAppender::prepareAnew(const LogMessage& message) {
     }
     const bool isTimeToAsk = !isTidy() && since(lastTidying_, message.getTime()) >= RETRY_PERIOD;
     if (isFirst || isTimeToAsk) {
-        lastTidying_ =
-            isFirst ? Time() : message.getTime(); // a child that is forked asks with its first line
+        lastTidying_ = isFirst ? Time() : message.getTime(); // a forked child then checks with its first line
         tidyUpAtStart();
     }
     if (!fits(message) && mustRoll(message) && owner_.mayRotate()) {
@@ -139,14 +139,13 @@ void RollingFileAppender::prepareAnew(const LogMessage& message) {
     }
 }
 
-/// What the file holds decides into which stretch of time it belongs; one that holds nothing is for the next
-/// line.
+/// The time of the last write determines the file's period; an empty file gets that of the next line.
 void RollingFileAppender::continueFile() {
     LiveFileAppender::continueFile();
     period_ = currentSize_ == 0 ? RollPeriod() : RollPeriod(values_.rollAt, lastWritten_);
 }
 
-/// Looks at the file itself, since others may have written to it.
+/// Takes the size from the file itself, since others may have written to it.
 bool RollingFileAppender::mustRoll(const LogMessage& message) {
     currentSize_ = outputFileStream_.size() + keptSize();
     if (currentSize_ == 0 || period_.isFarBehind(message.getTime())) {
@@ -177,7 +176,7 @@ void RollingFileAppender::roll(const LogMessage& message) {
     }
 }
 
-/// No line is given up because a file has another size or age than it should.
+/// Continues with the file, whatever its size or age, rather than lose lines.
 void RollingFileAppender::stayWithFile(Time now) {
     isStuck_ = true;
     lastTry_ = now;
@@ -190,12 +189,12 @@ void RollingFileAppender::tidyUp() {
     tidyUpAtStart();
 }
 
-/// A child that takes over from its parent cannot know what that has left undone.
+/// A child that takes over from its parent cannot know what that has left undone, so it tidies up, too.
 bool RollingFileAppender::isTidy() const noexcept {
     return tidyIn_ == Platform::forkGeneration();
 }
 
-/// In a folder that cannot be listed yet it is tried again.
+/// Tried again later if the folder cannot be listed yet.
 void RollingFileAppender::tidyUpAtStart() noexcept {
     if (isTidy() || !owner_.mayRotate()) {
         return;
@@ -207,18 +206,18 @@ void RollingFileAppender::tidyUpAtStart() noexcept {
             tidyIn_ = Platform::forkGeneration();
         }
         for (const std::string& path : parts) {
-            if (!values_.packs || !Platform::isTaken(path)) { // or its packing does it
+            if (!values_.packs || !Platform::isTaken(path)) { // otherwise packing it does so
                 removeAbandonedPart(path);
             }
         }
         keep(files);
         pack(files);
     } catch (const std::exception&) {
-        return; // no memory; the next roll or start does it
+        return; // out of memory; the next roll or start does it
     }
 }
 
-/// What could not be packed earlier is tried again, if nothing else waits.
+/// Retries what could not be packed earlier, if nothing else is queued.
 void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
     if (!isTidy()) {
         tidyUpAtStart();
@@ -236,7 +235,7 @@ void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
         }
         pack(files);
     } catch (const std::exception&) {
-        return; // no memory; the next roll or start does it
+        return; // out of memory; the next roll or start does it
     }
 }
 
@@ -248,7 +247,7 @@ void RollingFileAppender::keep(std::vector<RolledFile>& files) {
     }
 }
 
-/// What is rolled by its name alone, as a symbolic link is, stays as it is.
+/// Leaves alone what only has the name of a rolled file, such as a symbolic link.
 void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
     const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
     for (const RolledFile& file : files) {

@@ -13,41 +13,41 @@
 namespace ZAV {
 namespace Log {
 
-/// The stretch of time whose lines belong into one file.
+/// The period of time whose lines belong in one file.
 ///
-/// It ends where an hour or a day of local time begins. An hour that comes twice, when clocks are put back,
-/// is two; a day is one, however long it is.
+/// It ends where an hour or a day of local time begins. An hour repeated when clocks are put back counts as
+/// two; a day is one, whatever its length.
 struct RollPeriod {
-    /// One that is not known: any time is far behind it.
+    /// An unknown period: any time is far before it.
     RollPeriod()
         : earliest(std::numeric_limits<std::uint64_t>::max(), Util::TimeUtils::USEC), end(earliest) {}
 
-    /// \param time in the stretch
+    /// \param time within the period
     RollPeriod(RollMoment moment, Util::TimeUtils::Time time);
 
-    /// \return whether a line of that time begins a new file
+    /// \return whether a line with that time belongs in a new file
     bool endsBefore(Util::TimeUtils::Time time) const { return time >= end; }
 
-    /// \return whether the time is so much earlier that the clock must have been wrong: threads stamp lines in
-    ///         another order than they write them, but not by hours
+    /// \return whether the time is so much earlier that the clock must have been wrong: threads may write lines out of
+    ///         timestamp order, but not by hours
     bool isFarBehind(Util::TimeUtils::Time time) const { return time < earliest; }
 
-    Util::TimeUtils::Time earliest; ///< some time before the stretch
-    Util::TimeUtils::Time end;      ///< the first moment behind it
+    Util::TimeUtils::Time earliest; ///< some time before the period
+    Util::TimeUtils::Time end;      ///< the first moment after it
 };
 
-/// Writes each message as one flushed line to a live file, which is continued where it exists already. When
-/// the next line would make it too large, or lies in another hour or day than the last one, it is rolled: it
-/// gets a name that says when that was, for good, and a new live file is begun. Of the rolled files as many
-/// are kept as the limits allow, packed if so configured.
+/// Writes each message as one flushed line to a live file, appending if it exists. When the next line would
+/// make it too large, or belongs to another hour or day, the file is rolled: it is permanently renamed to a
+/// name with that time, and a new live file is begun. Rolled files are kept within the configured limits, and
+/// packed if so configured.
 class RollingFileAppender : public LiveFileAppender {
 public:
     RollingFileAppender(const AppenderValues& values, const Filters& filters);
     ~RollingFileAppender() override;
 
-    /// Does for the files of earlier runs what is done when a file is rolled: deletes what is beyond the
-    /// limits, and has packed what is not, or not wholly. To be called when the appender is in service; the
-    /// first line does it otherwise.
+    /// Does for the files of earlier runs what is done after each roll: deletes what exceeds the limits, and
+    /// has packed what is not yet completely packed. To be called once the appender is in service; otherwise
+    /// done with the first line.
     void tidyUp();
 
 private:
@@ -65,13 +65,13 @@ private:
     void pack(const std::vector<RolledFile>& files) ZAV_LOG_REQUIRES(criticalSection_);
 
     RolledFiles rolledFiles_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< that of the lines of the live file
-    /// In which process of a family the files of before were seen to, see `Platform::forkGeneration`.
+    RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< the period of the live file's lines
+    /// The `Platform::forkGeneration` in which the files of earlier runs were tidied up.
     std::optional<unsigned> tidyIn_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    Util::TimeUtils::Time lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< that was tried in a child
+    Util::TimeUtils::Time lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt in a child
     bool
         isStuck_ ZAV_LOG_GUARDED_BY(criticalSection_) = false; ///< whether the live file could not be renamed
-    Util::TimeUtils::Time lastTry_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< to rename it
+    Util::TimeUtils::Time lastTry_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt to rename it
 };
 
 } // namespace Log

@@ -16,7 +16,7 @@ namespace Log {
 
 namespace {
 
-/// A process, as the number of what its id is counted in and the id; 0 stands for none.
+/// A process, as its id namespace and its id; 0 means none.
 using ProcessName = std::uint64_t;
 constexpr unsigned ID_BITS = 32;
 
@@ -24,13 +24,13 @@ ProcessName thisProcess() {
     return Platform::processIdSpace() << ID_BITS | static_cast<std::uint32_t>(Platform::processId());
 }
 
-/// In another container nothing is known of a process, and it may well live.
+/// Nothing is known of a process in another container, so it counts as alive.
 bool mayLive(ProcessName process, ProcessName self) {
     return process != 0 && (process >> ID_BITS != self >> ID_BITS ||
                             Platform::isProcessAlive(static_cast<int>(static_cast<std::uint32_t>(process))));
 }
 
-/// \return a number that stands for a path; never 0
+/// \return a hash of a path; never 0
 std::uint64_t keyOf(const std::string& path) {
     std::uint64_t key = 0xCBF29CE484222325; // FNV-1a
     for (const char character : path) {
@@ -41,29 +41,29 @@ std::uint64_t keyOf(const std::string& path) {
 
 } // namespace
 
-/// What a parent and all that were forked from it have in common of a series. They take no lock for it, since
-/// one of them may be killed at any moment. Memory of zeros is such an object.
+/// The shared state of a series, for a parent and its forked children. Lock-free, since one of them may be
+/// killed at any moment. Zeroed memory is a valid object.
 struct SeriesOwner::Common {
-    std::atomic<std::uint64_t> key; ///< of the path; 0 until a process has come to it
-    std::atomic<ProcessName> owner; ///< the process that rotates; 0 if that has no appender for it any more
+    std::atomic<std::uint64_t> key; ///< of the path; 0 while the entry is free
+    std::atomic<ProcessName> owner; ///< the process that rotates; 0 if it has no appender left
     std::atomic<unsigned> rotations;
-    std::atomic<unsigned> rotationsBefore; ///< when the process that rotates began the series
-    std::atomic<bool> isShared;            ///< whether a process that may not rotate has written
+    std::atomic<unsigned> rotationsBefore; ///< value of `rotations` when the owner began the series
+    std::atomic<bool> isShared; ///< whether a process that may not rotate has written to the live file
 
-    /// For a process that has no appender for the series yet, and begins it as the first one did.
+    /// For a process that had no appender for the series, and begins it like the first owner.
     void takeIfFree() {
         const ProcessName self = thisProcess();
         ProcessName rotating = owner;
         if (mayLive(rotating, self)) {
             return;
         }
-        isShared = false; // before another process can know that it has to follow
+        isShared = false; // before another process can see that it has to follow
         if (owner.compare_exchange_strong(rotating, self)) {
             rotationsBefore = rotations.load();
         }
     }
 
-    /// \return whether this process rotates. Costs no call of the system.
+    /// \return whether this process owns the series. Makes no system call.
     bool isOwn() const {
         return static_cast<std::uint32_t>(owner) ==
                static_cast<std::uint32_t>(Platform::rememberedProcessId());
@@ -75,14 +75,14 @@ struct SeriesOwner::Common {
 };
 
 struct SeriesOwner::Series {
-    std::unique_ptr<Platform::ForkedMemory> ownMemory; ///< only if the common one was full
+    std::unique_ptr<Platform::ForkedMemory> ownMemory; ///< only if the shared table was full
     Common* common = nullptr;
-    int users = 0; ///< objects of this class, guarded by the table's lock
+    int users = 0; ///< number of `SeriesOwner` objects; guarded by the table's lock
 };
 
 struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
-    /// More series than a family of processes has, short of one that changes their names all the time. The
-    /// system gives memory only for what of it is used.
+    /// More series than related processes have, unless they keep changing names. The system allocates only
+    /// the pages that are used.
     static constexpr std::size_t MOST_SERIES = 2048;
     using AllCommon = std::array<Common, MOST_SERIES>;
 
@@ -103,8 +103,8 @@ struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
         return entered;
     }
 
-    /// Two processes may come to a path at once. When there is no place left, only the children to come have
-    /// it in common with this process.
+    /// Two processes may enter a path at once. If the table is full, only children forked later share the
+    /// entry with this process.
     void find(Series& entered, std::uint64_t key) {
         AllCommon& all = *static_cast<AllCommon*>(memory.get());
         for (std::size_t step = 0; step < MOST_SERIES; ++step) {
@@ -119,8 +119,8 @@ struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
         entered.common = static_cast<Common*>(entered.ownMemory->get());
     }
 
-    /// The series stays, since a forked child may have it, and must hear of what the next appender for the
-    /// same files does.
+    /// The entry stays, since a forked child may use it, and must see what the next appender for the same
+    /// files does.
     void leave(Series& left) {
         const Platform::ScopedLock scope(lock);
         --left.users;
@@ -131,7 +131,7 @@ struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
     }
 };
 
-/// While the library is loaded, so that all that are forked have it, too.
+/// Created at load, so that all forked children share it.
 const SeriesOwner::Table& SeriesOwner::madeAtLoad = Table::instance();
 
 SeriesOwner::SeriesOwner(const std::string& livePath)
@@ -141,7 +141,7 @@ SeriesOwner::~SeriesOwner() {
     Table::instance().leave(series_);
 }
 
-/// Whoever takes over a series that has begun finds a live file that others have written.
+/// If a series already in use is taken over, others have written its live file.
 bool SeriesOwner::mayRotate() {
     Common& common = *series_.common;
     const ProcessName self = thisProcess();
@@ -173,7 +173,7 @@ void SeriesOwner::follow() {
     rotationsSeen_ = series_.common->rotations;
 }
 
-/// Two appenders of the process that rotates do not follow each other.
+/// Two appenders of the owning process do not follow each other.
 bool SeriesOwner::isBehind() const {
     return series_.common->rotations != rotationsSeen_ && !series_.common->isOwn();
 }

@@ -5,42 +5,41 @@
 namespace ZAV {
 namespace Log {
 
-/// Says which process may rotate a series of files. Of a parent and all that were forked from it, which would
-/// tear the files away from each other, it is the first one that has an appender for the series, as long as
-/// it lives and has one. The others only append to the live file, and follow when that has been moved.
+/// Determines which process may rotate a series of files. Among a parent and its forked children, which would
+/// otherwise rotate each other's files away, it is the first with an appender for the series, as long as it
+/// lives and has one. The others only append to the live file, and follow when it has been moved.
 ///
-/// Which process that is stands in memory that all of them have in common, also for a series that some come
-/// to only after the fork.
+/// The owner is recorded in shared memory, even for a series first used after the fork.
 ///
 /// An object belongs to one appender, whose lock guards it.
 class SeriesOwner {
 public:
-    /// \param livePath the path of the live file, which stands for the series
+    /// \param livePath the path of the live file, which identifies the series
     explicit SeriesOwner(const std::string& livePath);
     ~SeriesOwner();
     SeriesOwner(const SeriesOwner&) = delete;
     SeriesOwner& operator=(const SeriesOwner&) = delete;
 
-    /// Asks whether this process may rotate the series, and takes the series over if the process that rotated
-    /// it has ended or has no appender for it any more. Takes no lock, but asks the system.
+    /// Checks whether this process may rotate the series, taking ownership if the owner has ended or has no
+    /// appender for it any more. Lock-free, but makes system calls.
     bool mayRotate();
 
-    /// \return whether the live file holds what another of these processes has written, so that it may not be
-    ///         rotated away at the beginning. Costs no call of the system.
+    /// \return whether the live file contains lines of another of these processes, so that it must not be rotated at
+    ///         the start. Makes no system call.
     bool isShared() const;
 
-    /// Notes that this process has moved the live file.
+    /// Records that this process has moved the live file.
     void noteRotation();
 
-    /// Notes that the appender is about to look where the live file is, as a rule in a process that may not
+    /// Records that the appender is about to check the live file's path, usually in a process that may not
     /// rotate.
     void follow();
 
-    /// \return whether another process has moved the live file since `follow`. Costs no call of the system.
+    /// \return whether another process has moved the live file since `follow`. Makes no system call.
     bool isBehind() const;
 
-    /// \return whether another process rotates the series, or the live file has been moved for another object.
-    ///         Costs no call of the system.
+    /// \return whether another process owns the series, or the live file has been moved by another object. Makes no
+    ///         system call.
     bool isNotAlone() const;
 
 private:

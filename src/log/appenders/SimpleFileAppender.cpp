@@ -14,7 +14,7 @@ SimpleFileAppender::SimpleFileAppender(const AppenderValues& values, const Filte
       layout_(values.layoutOr(LayoutName::PROCESS)),
       path_(Platform::absolutePath(values.dir) + "/" + values.file) {}
 
-/// One that leaves amid a round has lines left.
+/// An appender removed during a round may still have unwritten lines.
 SimpleFileAppender::~SimpleFileAppender() {
     endRound();
 }
@@ -34,7 +34,7 @@ void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written)
     written = text.size();
 }
 
-/// Only before the first line, and after a failure, may the file end in a line that is not whole.
+/// The file can end in an incomplete line only before the first write or after a failed one.
 void SimpleFileAppender::write(std::string_view text) {
     Platform::OutputFile file;
     open(file);

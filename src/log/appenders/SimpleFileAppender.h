@@ -12,7 +12,7 @@ namespace Log {
 
 /// Appends each message, with process details, to a single file. The file is opened and closed for every
 /// write, so that other programs may move or delete it in between. Its directory is never created; a relative
-/// one is taken from the one that the process is in when the appender is made.
+/// path is resolved when the appender is created.
 class SimpleFileAppender : public BatchAppender {
 public:
     SimpleFileAppender(const AppenderValues& values, const Filters& filters);
@@ -22,7 +22,7 @@ public:
 
 protected:
     /// A write that fails is not reported.
-    /// \throw LogException if the file cannot be opened; the next message tries again
+    /// \throw LogException if the file cannot be opened; retried with the next message
     void outputLine(const LogMessage& message) override ZAV_LOG_REQUIRES(criticalSection_);
     void writeLines(std::string_view text, std::size_t& written) override ZAV_LOG_REQUIRES(criticalSection_);
 
@@ -33,7 +33,7 @@ private:
 
     const AppenderValues values_;
     const std::shared_ptr<const LineLayout> layout_;
-    const std::string path_; ///< wherever the process goes
+    const std::string path_; ///< absolute
     bool mayBeTorn_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
 };
 

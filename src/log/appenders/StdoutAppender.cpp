@@ -12,7 +12,7 @@ StdoutAppender::StdoutAppender(const AppenderValues& values, const Filters& filt
     : Appender(values.name, !values.asynchronous, filters), stream_(values.stream),
       layout_(values.layoutOr(LayoutName::PLAIN)) {}
 
-/// The line and its end are one write, so that lines of different threads never mix.
+/// The line and its line end are one write, so that lines of different threads never interleave.
 void StdoutAppender::doOutput(const LogMessage& message) {
     std::string line;
     appendWholeLine(line, message, *layout_);

@@ -9,8 +9,8 @@
 namespace ZAV {
 namespace Log {
 
-/// Writes each message as one flushed line to a standard stream. It relies on the streams to serialise
-/// writes, which they do as long as the application leaves them synchronised with C's (`sync_with_stdio`).
+/// Writes each message as one flushed line to a standard stream. Relies on the streams to serialise writes,
+/// which they do as long as they are synchronised with C's (`sync_with_stdio`).
 class StdoutAppender : public Appender {
 public:
     StdoutAppender(const AppenderValues& values, const Filters& filters);

@@ -20,7 +20,7 @@ namespace Log {
 
 namespace {
 
-/// \return what the function makes of the value as it was before it was tagged
+/// \return the function's result for the value in its original type
 template <typename Function>
 auto withUntagged(const TaggedValue& value, const Function& function) {
     switch (value.kind) {
@@ -56,7 +56,7 @@ Argument argumentOf(const TaggedValue& value) {
     });
 }
 
-/// Leaves all to {fmt}.
+/// Formats with {fmt}'s own parser.
 void appendByLibrary(MessageText& text, std::string_view format, const TaggedValue* values,
                      std::size_t count) {
     constexpr std::size_t USUAL_COUNT = 16;
@@ -75,10 +75,11 @@ bool isNullText(const TaggedValue& value) {
     return value.kind == TaggedValue::Kind::C_STRING && value.text == nullptr;
 }
 
-/// \param form what stands in a field after the colon, up to and with the brace; not the brace alone
+/// \param form the part of a field after the colon, including the closing brace; not the brace alone
 void appendField(MessageText& text, std::string_view form, const TaggedValue& value) {
     if (isNullText(value) && form[form.size() - 2] != 'p') {
-        appendByLibrary(text, "{}", &value, 1); // throws, other than a formatter, which would read the text
+        appendByLibrary(text, "{}", &value,
+                        1); // throws; a formatter would dereference the null
     }
     withUntagged(value, [&](const auto& untagged) {
         fmt::formatter<std::decay_t<decltype(untagged)>> formatter;
@@ -98,7 +99,7 @@ void appendInteger(MessageText& text, Integer number) {
     text.commit(std::to_chars(place, place + SIZE, number).ptr);
 }
 
-/// The shortest text that gives the number again.
+/// The shortest text that reads back as the same number.
 template <typename Float>
 void appendFloat(MessageText& text, Float number) {
     constexpr std::size_t SIZE = 32;
@@ -112,7 +113,7 @@ void appendAddress(MessageText& text, const void* address) {
     text.commit(std::to_chars(place, place + SIZE, reinterpret_cast<std::uintptr_t>(address), 16).ptr);
 }
 
-/// Appends what becomes of a value in the field "{}".
+/// Appends a value as the field "{}" formats it.
 void appendPlain(MessageText& text, const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
@@ -143,7 +144,8 @@ constexpr std::uint64_t inEachByte(unsigned char byte) {
     return byte * 0x0101010101010101U;
 }
 
-/// \return as a number whose lowest byte is the first one, which compilers know to be a plain read where it can be one
+/// \return the bytes as a number whose lowest byte is the first; on little-endian machines compilers turn this into a
+///         plain load
 std::uint64_t readWord(const char* text) {
     std::uint64_t word = 0;
     for (std::size_t i = 0; i < WORD_SIZE; ++i) {
@@ -152,8 +154,8 @@ std::uint64_t readWord(const char* text) {
     return word;
 }
 
-/// \return a word with the highest bit of the first byte set that has the value, and 0 if there is none. Bits of bytes
-///         further on may be set as well.
+/// \return a word in which the highest bit of the first byte with that value is set; 0 if there is none. Bits of later
+///         bytes may be set as well.
 constexpr std::uint64_t findByte(std::uint64_t word, unsigned char byte) {
     const std::uint64_t difference = word ^ inEachByte(byte);
     return (difference - inEachByte(0x01)) & ~difference & inEachByte(0x80);
@@ -168,8 +170,8 @@ bool isBrace(char character) {
     return character == '{' || character == '}';
 }
 
-/// Appends what comes before the next brace. It is copied while it is searched, word by word: the pieces
-/// between fields are so short that a call of the C library for each of them would take most of the time.
+/// Appends what comes before the next brace. It is searched and copied at once, word by word: the pieces
+/// between fields are so short that C library calls for them would dominate the time.
 /// \return the brace, or the end
 const char* appendUpToBrace(MessageText& text, const char* next, const char* end) {
     char* place = text.room(static_cast<std::size_t>(end - next) + WORD_SIZE);
@@ -195,9 +197,9 @@ std::string_view between(const char* begin, const char* end) {
 
 } // namespace
 
-// Most formats have nothing but "{}" in them, and to have {fmt} read such a one takes several times as long.
-// A field with a form of its own goes to {fmt} alone; from the first one on that names its value or refers to
-// others, all does.
+// Most formats contain only "{}", and parsing those with {fmt} takes several times as long. A field with a
+// format spec is passed to {fmt} by itself; from the first field on that names its argument or refers to
+// others, the whole rest is.
 void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
                      std::size_t count) {
     const TaggedValue* const valuesEnd = values + count;
@@ -220,7 +222,7 @@ void appendFormatted(MessageText& text, std::string_view format, const TaggedVal
             continue;
         }
         const char* const fieldEnd = second == ':' ? std::find_if(brace + 2, end, isBrace) : end;
-        // A brace right after the colon may be one that fills.
+        // A brace right after the colon may be a fill character.
         if (fieldEnd == end || *fieldEnd != '}' || fieldEnd == brace + 2 || values == valuesEnd) {
             appendByLibrary(text, between(brace, end), values, static_cast<std::size_t>(valuesEnd - values));
             return;

@@ -12,7 +12,7 @@ namespace {
 constexpr char DIGITS[] = "0123456789abcdef";
 constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd"; // U+FFFD
 
-/// Whether a byte stands in a JSON text as it is, whatever comes before and behind.
+/// Whether a byte is written to JSON unchanged, whatever surrounds it.
 bool isPlain(char character) {
     const auto code = static_cast<unsigned char>(character);
     return code >= 0x20 && code < 0x7f && character != '"' && character != '\\';
@@ -48,13 +48,13 @@ void appendAscii(std::string& line, char character) {
     }
 }
 
-/// \return whether a character behind ASCII ends a line for some, or is a control character
+/// \return whether a character beyond ASCII is a control character or taken as a line end by some programs
 bool isEscaped(char32_t character) {
     return character < 0xa0 || character == 0x2028 || character == 0x2029;
 }
 
 /// Appends the first character of a text, which is not plain.
-/// \return its size; one byte where no character is whole
+/// \return its size; 1 if the text does not begin with a complete character
 std::size_t appendFirst(std::string& line, std::string_view text) {
     if (static_cast<unsigned char>(text[0]) < 0x80) {
         appendAscii(line, text[0]);

@@ -6,9 +6,9 @@
 namespace ZAV {
 namespace Log {
 
-/// Appends a text as JSON has it, in quotes. Every control character is escaped, and so is what ends a line
-/// for some (U+2028, U+2029), so that the text is on one line whoever shows it. A byte that is no UTF-8
-/// becomes U+FFFD.
+/// Appends a text as a JSON string, in quotes. Control characters are escaped, and so are U+2028 and U+2029,
+/// which some programs take as line ends, so that the text is on one line everywhere. Each byte that is not
+/// valid UTF-8 becomes U+FFFD.
 /// \throw std::bad_alloc
 void appendJsonText(std::string& line, std::string_view text);
 

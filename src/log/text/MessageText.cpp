@@ -14,7 +14,8 @@ namespace Log {
 namespace {
 
 constexpr std::size_t FIRST_CAPACITY = 512;
-/// What a thread keeps at most. A text beyond that is so long that its memory costs little beside it.
+/// The most that a thread keeps. For a longer text, the cost of allocating is small compared with that of the
+/// text.
 constexpr std::size_t MAX_KEPT_CAPACITY = 16384;
 
 /// Never destroyed, since threads may still log while the process ends.
@@ -24,15 +25,15 @@ Platform::ThreadSlot& keptText() {
     return slot;
 }
 
-/// To make a buffer takes a lock if there is a global locale, which a forked child must not take (see
-/// `SpareStreams`). To copy one does not.
+/// With a global locale set, constructing a stream buffer takes a lock, which a forked child must not do (see
+/// `SpareStreams`). Copying one does not.
 const std::streambuf& emptyBuffer() {
     class Empty : public std::streambuf {};
     static const std::streambuf& buffer = *new Empty;
     return buffer;
 }
 
-/// So that no thread makes them while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const Platform::ThreadSlot& slotMadeAtLoad = keptText();
 const std::streambuf& bufferMadeAtLoad = emptyBuffer();
 
@@ -78,7 +79,7 @@ void MessageText::clear() {
 
 bool MessageText::takesNumbers() {
     if (state_ == State::FRESH) {
-        // The application may have set a locale for all new streams, with other separators.
+        // The application may have set a global locale with other separators.
         state_ = SpareStreams::instance().isLocaleClassic() ? State::PLAIN : State::STREAMED;
     }
     return state_ == State::PLAIN;
@@ -133,7 +134,7 @@ void MessageText::grow(std::size_t size) {
     memory_ = std::move(memory);
 }
 
-// The stream's side. There is no put area, which append would have to keep in step.
+// The stream buffer. It has no put area, since `append` would have to keep that in sync.
 
 MessageText::int_type MessageText::overflow(int_type character) {
     if (!traits_type::eq_int_type(character, traits_type::eof())) {

@@ -14,28 +14,28 @@
 namespace ZAV {
 namespace Log {
 
-/// The text of a message while it is put together, in memory that its thread uses again and again.
+/// The text of a message while it is being built, in memory that its thread reuses.
 ///
-/// Values with one default form bypass the stream, which is several times as fast. The stream is made when
-/// something needs it and goes with the message, since whoever it is given to may leave anything in it.
+/// Values with one default form bypass the stream, which is several times as fast. The stream is created on
+/// demand and discarded with the message, since its users may leave it in any state.
 class MessageText final : private std::streambuf {
 public:
-    /// \return an empty text for the calling thread, which nobody else has until it is given back: the
-    ///         thread's own, or another one within an expression that logs itself and while the thread ends
+    /// \return an empty text for the calling thread's exclusive use until it is given back: the thread's own, or a new
+    ///         one if a logged expression itself logs or the thread is ending
     /// \throw std::bad_alloc
     static MessageText& take();
 
     ~MessageText() override { clear(); }
 
-    /// Takes back what `take` gave in this thread; a text that has grown large is freed.
+    /// Returns a text from `take`, in the same thread; a text that has grown large is freed.
     static void giveBack(MessageText& text) noexcept;
 
-    /// Has the text be that of the classic locale, whatever is set meanwhile; for one that is empty.
+    /// Formats as in the classic locale, whatever the global locale is; for an empty text.
     void useClassicLocale() { state_ = State::PLAIN; }
 
-    // Values that are kept, packed, for somebody else to make the text from them.
+    // Values kept in packed form, from which the text is made later.
 
-    /// Keeps values from now on, if the text is empty and numbers may be appended to it.
+    /// Keeps values from now on, if numbers may be appended; for an empty text.
     void keepValues() {
         if (takesNumbers()) {
             state_ = State::VALUES;
@@ -43,30 +43,30 @@ public:
     }
     bool keepsValues() const { return state_ == State::VALUES; }
 
-    /// Keeps a value, with `keepsValues`.
+    /// Keeps a value; requires `keepsValues`.
     /// \throw std::bad_alloc
     [[gnu::always_inline]] void keep(const TaggedValue& value) {
         commit(packValue(room(packedSize(value)), value));
     }
 
-    /// Makes the text of the values that were kept, if they were. Nothing is kept from now on.
+    /// Replaces the kept values, if any, by their text. Values are no longer kept from now on.
     /// \throw std::bad_alloc
     void makeText();
 
-    /// Forgets what was written.
+    /// Discards what was written.
     void clear();
 
-    /// \return what was written or kept, until the next call
+    /// \return a view of what was written or kept, valid until the next call
     std::string_view view() const { return {memory_.get(), static_cast<std::size_t>(end() - memory_.get())}; }
 
-    /// \return whether texts and characters may be appended; else the stream may want to fill them up
+    /// \return whether texts and characters may be appended directly; otherwise the stream may have to pad them
     bool takesTexts() const { return state_ != State::STREAMED; }
 
-    /// \return whether numbers may be appended; else the stream, or the locale of a new one, may want them in
-    ///         another form
+    /// \return whether numbers may be appended directly; otherwise the stream, or the locale of a new one, may format
+    ///         them differently
     bool takesNumbers();
 
-    /// Appends a text, with `takesTexts`.
+    /// Appends a text; requires `takesTexts`.
     /// \throw std::bad_alloc
     void append(std::string_view text) {
         char* const place = room(text.size());
@@ -76,7 +76,7 @@ public:
         commit(place + text.size());
     }
 
-    /// \return a place for so many characters, of which `commit` takes over what was written
+    /// \return room for that many characters; `commit` takes the end of what was written there
     /// \throw std::bad_alloc
     char* room(std::size_t size) {
         if (size > static_cast<std::size_t>(memoryEnd_ - next_)) {
@@ -86,18 +86,18 @@ public:
     }
     void commit(char* end) { next_ = end; }
 
-    /// \return the stream that writes to this text; `settle` follows its use, or all that comes after goes
-    ///         through it
+    /// \return the stream that writes to this text; call `settle` after use, or everything later goes through the
+    ///         stream
     std::ostream& stream();
 
-    /// Looks whether the stream has come back to the state of a new one; if so, it is not needed for now.
+    /// Checks whether the stream is back in the state of a new one; if so, it is bypassed again.
     void settle();
 
 private:
     enum class State {
-        FRESH,   ///< no stream so far; the locale of a new one is not known
+        FRESH,   ///< no stream yet; the locale of a new one is not known
         PLAIN,   ///< a stream would write as a new one does in the classic locale
-        VALUES,  ///< as above; what was written is kept as values
+        VALUES,  ///< as PLAIN, but what was written is kept as values
         STREAMED ///< only the stream knows how it writes
     };
 
@@ -112,18 +112,18 @@ private:
     pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override;
     pos_type seekpos(pos_type position, std::ios::openmode which) override;
 
-    bool isKept_ = false;  ///< by the thread that uses it
-    bool isTaken_ = false; ///< by a message that is being put together
+    bool isKept_ = false;  ///< whether the thread keeps it for reuse
+    bool isTaken_ = false; ///< whether a message is being built in it
     State state_ = State::FRESH;
     std::unique_ptr<char[]> memory_;
     char* memoryEnd_ = nullptr;
     char* next_ = nullptr; ///< where the next character goes; before the end only after a seek
     char* endBeforeSeek_ = nullptr;
-    std::ostream* stream_ = nullptr; ///< the one below, or a spare one
+    std::ostream* stream_ = nullptr; ///< `ownStream_`, or a spare one; null if none is in use
     std::optional<std::ostream> ownStream_;
 };
 
-/// A text of the calling thread, which has it for as long as this object lives.
+/// Takes a text of the calling thread and gives it back when it goes out of scope.
 struct TakenText {
     TakenText() : text(MessageText::take()) {}
     ~TakenText() { MessageText::giveBack(text); }
@@ -133,7 +133,7 @@ struct TakenText {
     MessageText& text;
 };
 
-// What a stream writes for one value, appended to a text. All throw std::bad_alloc.
+// Append what a stream writes for a value. All throw std::bad_alloc.
 
 void appendStreamed(MessageText& text, std::string_view value);
 void appendStreamed(MessageText& text, char value);
@@ -153,22 +153,22 @@ void appendStreamed(MessageText& text, const void* value);
 /// The same for values that were packed one behind another.
 void appendStreamedValues(MessageText& text, std::string_view packed);
 
-/// Appends what {fmt} makes of values in a format, character for character. The values are tagged, and so may
-/// have gone through memory that knows no types.
-/// \param text one to which texts may be appended
+/// Appends exactly what {fmt} produces for a format. The values are tagged, so they may have been stored in
+/// untyped memory.
+/// \param text must satisfy `takesTexts`
 /// \param values `count` of them, of the kinds that the format was checked for
-/// \throw std::bad_alloc and, for a null pointer in place of a text and a width or precision that is a value and out
-///        of range, what {fmt} throws; the text then holds a part
+/// \throw std::bad_alloc, and what {fmt} throws for a null C string or a dynamic width or precision out of range; the
+///        text is then incomplete
 void appendFormatted(MessageText& text, std::string_view format, const TaggedValue* values,
                      std::size_t count);
 
-/// The same for values that were packed one behind another. Where {fmt} throws, the text is the one that
-/// shows the failure.
+/// The same for values that were packed one behind another. If {fmt} throws, the text becomes that of
+/// `showFailure`.
 /// \throw std::bad_alloc
 void appendFormattedValues(MessageText& text, std::string_view format, std::string_view packed);
 
-/// Has a text that could not be made hold the format and why.
-/// \param reason null if it is not known
+/// Appends the format and the reason why it could not be formatted.
+/// \param reason null if unknown
 void showFailure(MessageText& text, std::string_view format, const char* reason);
 
 } // namespace Log

@@ -15,7 +15,7 @@ constexpr bool isKeyCharacter(char character) {
            (character >= '0' && character <= '9') || character == '_' || character == '.' || character == '-';
 }
 
-/// Looked up once for every byte of every key that is logged.
+/// A table, since it is used for every byte of every logged key.
 struct KeyCharacters {
     constexpr KeyCharacters() {
         for (unsigned code = 0; code < 256; ++code) {
@@ -28,8 +28,8 @@ struct KeyCharacters {
 
 constexpr KeyCharacters KEY_CHARACTERS;
 
-/// \return the size of the first character of a text if it is quoted as bytes, and 0 if it is not: what ends a line,
-///         and what changes how the text around it is shown
+/// \return the size of a text's first character if it must be escaped byte by byte, otherwise 0. That applies to
+///         characters that end a line or change how the text around them is displayed.
 std::size_t sizeOfControl(std::string_view text) {
     const auto first = static_cast<unsigned char>(text[0]);
     if (first < 0x80) {
@@ -39,7 +39,7 @@ std::size_t sizeOfControl(std::string_view text) {
     return character.size > 1 && Util::steersTerminal(character.value) ? character.size : 0;
 }
 
-/// Looked up for every byte of every text that is logged as a value.
+/// A table, since it is used for every byte of every text logged as a value.
 struct QuotedBytes {
     constexpr QuotedBytes() {
         for (unsigned code = 0; code < 256; ++code) {
@@ -63,19 +63,19 @@ bool needsQuotes(std::string_view text) {
     return text.empty();
 }
 
-/// \return whether a value may look like something else: those of other kinds are a few letters and digits
+/// \return whether a value needs quotes; values of other kinds are only a few letters and digits
 bool isQuoted(const Pair& pair, std::string_view value) {
     const TaggedValue::Kind kind = pair.value.kind;
     return (kind == TaggedValue::Kind::TEXT || kind == TaggedValue::Kind::CHARACTER) && needsQuotes(value);
 }
 
-/// Short pairs one behind another, until a string takes them all at once: to append each of their parts would
-/// take longer than to write them.
+/// Collects short pairs and appends them to a string at once: appending each part would take longer than
+/// formatting it.
 class ShortPairs {
 public:
     explicit ShortPairs(std::string& text) : text_(text) {}
 
-    /// \return false if there is no room; the pair may have it after `flush`
+    /// \return false if there is no room; there may be after `flush`
     bool add(std::string_view key, std::string_view value, bool needsBlank) {
         if (key.size() + value.size() + 2 > static_cast<std::size_t>(pairs_ + sizeof pairs_ - next_)) {
             return false;
@@ -186,12 +186,12 @@ std::vector<std::pair<std::string, std::string>> listPairs(std::string_view pack
     return pairs;
 }
 
-// Of bytes that may be anything
+// Validation of untrusted bytes
 
 namespace {
 
-/// Takes bytes off the front.
-/// \return false if there are not as many
+/// Removes bytes from the front.
+/// \return false if there are not that many
 bool take(std::string_view& bytes, std::uint64_t size) noexcept {
     if (size > bytes.size()) {
         return false;
@@ -200,7 +200,7 @@ bool take(std::string_view& bytes, std::uint64_t size) noexcept {
     return true;
 }
 
-/// \param sizeOfLength how many bytes its length takes
+/// \param sizeOfLength how many bytes the text's length takes
 bool takeText(std::string_view& bytes, unsigned sizeOfLength, bool isCString) noexcept {
     const char* next = bytes.data();
     if (sizeOfLength > sizeof(std::uint64_t) || !take(bytes, sizeOfLength)) {
@@ -210,8 +210,8 @@ bool takeText(std::string_view& bytes, unsigned sizeOfLength, bool isCString) no
     return take(bytes, length) && (!isCString || (length > 0 && *(bytes.data() - 1) == '\0'));
 }
 
-/// Takes a packed value off the front.
-/// \return false if there is none
+/// Removes a packed value from the front.
+/// \return false if there is no valid one
 bool takeValue(std::string_view& bytes, TaggedValue::Kind& kind) noexcept {
     using Kind = TaggedValue::Kind;
     if (bytes.empty()) {
@@ -262,7 +262,7 @@ bool isKey(const TaggedValue& value) noexcept {
     return std::all_of(key.begin(), key.end(), isKeyCharacter) && !key.empty();
 }
 
-/// \return whether a text holds nothing that could be more than a number where it is written as one
+/// \return whether a text contains only characters of a number, so that it is safe to write unquoted
 bool looksLikeNumber(const TaggedValue& value) noexcept {
     const std::string_view text(value.text, value.size);
     return text.find_first_not_of("+-.0123456789eE") == std::string_view::npos &&

@@ -12,12 +12,12 @@
 namespace ZAV {
 namespace Log {
 
-// Pairs of a key and a value, as bytes: each is two packed values, of which the first is the key's text. So a
-// message carries them as it carries the values of its text.
+// Key-value pairs as bytes: each is two packed values, the first being the key's text. So a message stores
+// them like the values of its text.
 
 struct Pair {
     std::string_view key;
-    TaggedValue value; ///< its text is a `TEXT`
+    TaggedValue value; ///< a text is always a `TEXT`
 };
 
 /// \return how many bytes a pair may take
@@ -25,7 +25,7 @@ inline std::size_t packedPairSize(std::string_view key, const TaggedValue& value
     return packedSize(key) + 1 + packedSize(value);
 }
 
-/// \param key each byte of it that a key may not have is packed as `_`, and an empty one as that, too
+/// \param key bytes not allowed in a key are packed as `_`, and so is an empty key
 /// \param place has room for the pair
 /// \return the end of what was written
 char* packPair(char* place, std::string_view key, const TaggedValue& value) noexcept;
@@ -40,11 +40,11 @@ void forEachPair(std::string_view packed, const Function& function) {
     }
 }
 
-/// The same for the pairs that no later one with the same key hides.
+/// The same, but skips pairs hidden by a later one with the same key.
 /// \throw std::bad_alloc if there are many
 template <typename Function>
 void forEachLastPair(std::string_view packed, const Function& function) {
-    constexpr std::size_t FEW = 1024; // bytes, in which comparing all with all is the quickest way
+    constexpr std::size_t FEW = 1024; // bytes, up to which comparing all with all is the fastest way
     if (packed.size() > FEW) {
         std::unordered_map<std::string_view, std::size_t> lastOf;
         std::size_t index = 0;
@@ -70,7 +70,7 @@ void forEachLastPair(std::string_view packed, const Function& function) {
     }
 }
 
-// Of bytes that may be anything.
+// Validation of untrusted bytes.
 
 /// \return whether they are packed values
 bool arePackedValues(std::string_view bytes) noexcept;
@@ -78,17 +78,16 @@ bool arePackedValues(std::string_view bytes) noexcept;
 /// \return whether they are packed pairs
 bool arePackedPairs(std::string_view bytes) noexcept;
 
-/// Appends a pair as `key=value`, quoted where it needs that.
+/// Appends a pair as `key=value`, quoted if necessary.
 /// \throw std::bad_alloc
 void appendPair(std::string& text, const Pair& pair);
 
-/// Appends what stands behind the text of a message: each pair after a blank, but for the first one if the
-/// text is empty.
+/// Appends the pairs after a message's text: a blank before each, except the first one if the text is empty.
 /// \throw std::bad_alloc
 void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty);
 
-/// \return key and unquoted value of the pairs
-/// \param hidesEarlier whether a pair is left out if a later one has its key
+/// \return keys and unquoted values of the pairs
+/// \param hidesEarlier whether a pair is left out if a later one has the same key
 /// \throw std::bad_alloc
 std::vector<std::pair<std::string, std::string>> listPairs(std::string_view packed, bool hidesEarlier);
 

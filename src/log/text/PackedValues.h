@@ -10,26 +10,26 @@
 namespace ZAV {
 namespace Log {
 
-// The values of a message as bytes, one behind another, which hold all that they need: also the characters of
-// texts. A whole number takes as many bytes as it needs, so that most values are no longer than their text.
-// The functions are inline, since the kind is known where most values are packed.
+// The values of a message as a self-contained byte sequence, which includes the characters of texts. Integers
+// are stored without leading zero bytes, so that most values are no longer than their text. The functions are
+// inline, since the kind is known where most values are packed.
 
 namespace Packing {
 
 using Kind = TaggedValue::Kind;
 
-// Each value begins with a byte that holds its kind and the size of the whole number that follows it.
+// Each value begins with a byte that holds its kind and the size of the integer that follows.
 
 constexpr unsigned KIND_BITS = 4;
 constexpr unsigned KIND_MASK = (1U << KIND_BITS) - 1;
-constexpr unsigned NULL_TEXT = 15; ///< in the place of a size
+constexpr unsigned NULL_TEXT = 15; ///< used as the size
 constexpr std::size_t MOST_BYTES_OF_NUMBER = 1 + sizeof(std::uint64_t);
 
 inline char headOf(Kind kind, unsigned size) {
     return static_cast<char>(static_cast<unsigned>(kind) | size << KIND_BITS);
 }
 
-/// Writes the lowest byte first, and no zeros at the end.
+/// Writes the lowest byte first, without trailing zeros.
 inline char* writeNumber(char* place, Kind kind, std::uint64_t number) {
     char* next = place + 1;
     for (; number != 0; number >>= 8U) {
@@ -47,7 +47,7 @@ inline std::uint64_t readNumber(const char*& bytes, unsigned size) {
     return number;
 }
 
-/// So that a small number is short, whatever its sign.
+/// Zigzag encoding: a number of small magnitude is short, whatever its sign.
 inline std::uint64_t withSignLast(long long number) {
     const auto bits = static_cast<std::uint64_t>(number);
     return number < 0 ? ~(bits << 1U) : bits << 1U;
@@ -84,7 +84,7 @@ inline std::string_view readText(const char*& bytes, unsigned sizeOfLength) {
     return text;
 }
 
-/// With a 0 at its end, as it was.
+/// Including its terminating NUL.
 inline char* writeCString(char* place, const TaggedValue& value) {
     if (value.text == nullptr) {
         *place = headOf(value.kind, NULL_TEXT);
@@ -98,13 +98,14 @@ inline char* writeCString(char* place, const TaggedValue& value) {
 
 } // namespace Packing
 
-/// \param value of a C string `size` is set: a program that changes it meanwhile gets a wrong text and nothing worse
-/// \return how many bytes a value may take, whatever its kind
+/// \param value `size` must be set even for a C string: if the program changes that concurrently, the text is wrong,
+///        but nothing worse happens
+/// \return upper bound of the bytes that the value takes, whatever its kind
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
-    return Packing::MOST_BYTES_OF_NUMBER + value.size + 1; // the end of a C string
+    return Packing::MOST_BYTES_OF_NUMBER + value.size + 1; // the NUL of a C string
 }
 
-/// Always inline: where the kind is known, a few instructions are left of it.
+/// Always inline: where the kind is known, it compiles to a few instructions.
 /// \param place has room for the value
 /// \return the end of what was written
 [[gnu::always_inline]] inline char* packValue(char* place, const TaggedValue& value) noexcept {
@@ -133,8 +134,8 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     return writeBytes(place, Kind::ADDRESS, value.address);
 }
 
-/// Reads a value that was packed, and moves on to the next one.
-/// \return the value; its text lies among the bytes
+/// Reads a packed value and advances to the next one.
+/// \return the value; its text is a view into the bytes
 inline TaggedValue unpackValue(const char*& bytes) noexcept {
     using namespace Packing;
     const unsigned head = static_cast<unsigned char>(*bytes++);

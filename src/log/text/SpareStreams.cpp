@@ -12,7 +12,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// As many threads of a child may stream at the same moment.
+/// How many threads of a child may stream at the same time.
 constexpr std::size_t COUNT = 16;
 
 class NoBuffer : public std::streambuf {
@@ -55,10 +55,10 @@ void SpareStreams::giveBack(std::ostream& stream) noexcept {
     stream.copyfmt(pristine_);
     stream.rdbuf(nullptr);
     const ScopedLock lock(lock_);
-    free_.emplace_back(&stream); // for which there is room
+    free_.emplace_back(&stream); // never reallocates: there is room
 }
 
-/// A child goes on with what it has inherited.
+/// A child keeps what it has inherited.
 void SpareStreams::prepareForFork() {
     if (isInherited_) {
         return;
@@ -67,7 +67,7 @@ void SpareStreams::prepareForFork() {
     try {
         keepLocale();
     } catch (...) {
-        return; // there are fewer streams, and a child may have to make one
+        return; // there are fewer streams, and a child may have to create one
     }
 }
 
@@ -80,7 +80,7 @@ void SpareStreams::keepLocale() {
     while (free_.size() < COUNT) {
         free_.push_back(std::make_unique<std::ostream>(nullptr));
     }
-    // The first number takes another lock of the C++ library, to keep the locale's separators at hand.
+    // Writing the first number takes another lock of the C++ library, to cache the locale's separators.
     NoBuffer buffer;
     std::ostream& stream = *free_.back();
     stream.rdbuf(&buffer);

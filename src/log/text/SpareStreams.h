@@ -12,19 +12,19 @@
 namespace ZAV {
 namespace Log {
 
-/// The streams of a forked child.
+/// Streams for a forked child.
 ///
-/// If the application has set a global locale other than the classic one, whoever looks at it or makes a
-/// stream takes a lock of the C++ library. Any thread of the application may hold that when it forks, and it
-/// then stays locked in the child. So a fork keeps that locale and a few streams ready, and messages of the
-/// child use these, as long as they do not need more at once.
+/// If the application has set a global locale other than the classic one, reading it or creating a stream
+/// takes a lock of the C++ library. Any thread of the application may hold that during a fork, and it then
+/// stays locked in the child. So a fork prepares that locale and a few streams, which the child's messages
+/// use as long as they do not need more at once.
 class SpareStreams : public Platform::NeverDestroyed<SpareStreams> {
 public:
-    /// \return whether a stream that is made now writes as in the classic locale. A child that has inherited
-    ///         another locale keeps to that.
+    /// \return whether a stream created now would use the classic locale. A child that has inherited another locale
+    ///         keeps it.
     bool isLocaleClassic() const;
 
-    /// \return a stream as a new one would be, until it is given back; nullptr if the caller has to make one
+    /// \return a stream in the state of a new one, until it is given back; nullptr if the caller has to create one
     std::ostream* take(std::streambuf& buffer);
 
     void giveBack(std::ostream& stream) noexcept;
@@ -39,7 +39,7 @@ private:
     std::ios pristine_{nullptr};
     std::locale locale_ ZAV_LOG_GUARDED_BY(lock_) = std::locale::classic(); ///< at the last fork
     std::vector<std::unique_ptr<std::ostream>> free_ ZAV_LOG_GUARDED_BY(lock_);
-    /// Whether this is a child that must not look at its locale. It changes during a fork only.
+    /// Whether this is a child that must not read the global locale. Changes only during a fork.
     bool isInherited_ = false;
 };
 

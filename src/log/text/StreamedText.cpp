@@ -31,8 +31,8 @@ void appendInteger(MessageText& text, Integer value) {
     text.commit(std::to_chars(place, place + SIZE, value).ptr);
 }
 
-/// Calls stream a C string as a text and a float as a double; one packed for a format comes here if that is
-/// lost.
+/// The stream macros pack a C string as a text and a float as a double; these kinds get here only if values
+/// packed for a format have lost it.
 void appendStreamed(MessageText& text, const TaggedValue& value) {
     switch (value.kind) {
     case TaggedValue::Kind::TEXT:
@@ -115,7 +115,7 @@ void appendStreamed(MessageText& text, unsigned long long value) {
     appendInteger(text, value);
 }
 
-/// Systems differ in whether the sign of what is not a number shows.
+/// Systems differ in whether they show the sign of a NaN.
 void appendStreamed(MessageText& text, double value) {
     if (text.takesNumbers() && !std::isnan(value)) {
         text.commit(writeGeneralFloat(text.room(GENERAL_FLOAT_SIZE), value));
@@ -124,7 +124,7 @@ void appendStreamed(MessageText& text, double value) {
     }
 }
 
-/// Few log one, and none of the ways that convert it without a stream is independent of the C locale.
+/// Rarely logged, and every conversion without a stream depends on the C locale.
 void appendStreamed(MessageText& text, long double value) {
     useStream(text, value);
 }

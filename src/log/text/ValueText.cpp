@@ -13,7 +13,7 @@ constexpr int DIGITS = 6;
 constexpr std::uint32_t POWERS_OF_TEN[] = {1,      10,      100,      1000,      10000,
                                            100000, 1000000, 10000000, 100000000, 1000000000};
 
-/// A number with six digits: `digits` divided by the power of ten with `decimals` zeros.
+/// A number with six digits: `digits` / 10^`decimals`.
 struct Decimal {
     std::uint32_t digits;
     int decimals;
@@ -26,14 +26,14 @@ bool hasExactProducts(double number) {
     return multiple == static_cast<double>(static_cast<std::uint64_t>(multiple));
 }
 
-/// The nearest number with six digits, for those that people log most: neither tiny nor huge, and not so near
-/// to the middle between two of them that only exact arithmetic tells which is nearer.
+/// Finds the nearest number with six digits, for the usual numbers: neither tiny nor huge, nor so near the
+/// middle between two candidates that only exact arithmetic can decide.
 /// \param number from 0.0001 to below 1000000
-/// \return false if it takes exact arithmetic
+/// \return false if exact arithmetic is needed
 bool toDecimal(double number, Decimal& decimal) {
     static constexpr double BOUNDS[] = {0.001, 0.01, 0.1, 1, 10, 100, 1000, 10000, 100000};
     constexpr int MOST_DECIMALS = 9;
-    // The error of the multiplication is far below this.
+    // Far above the multiplication's rounding error.
     constexpr double DOUBT = 1e-6;
     decimal.decimals = MOST_DECIMALS;
     while (decimal.decimals > 0 && number >= BOUNDS[MOST_DECIMALS - decimal.decimals]) {
@@ -45,7 +45,7 @@ bool toDecimal(double number, Decimal& decimal) {
     if (std::fabs(rest - 0.5) >= DOUBT) {
         decimal.digits += rest > 0.5 ? 1 : 0;
     } else if (rest == 0.5 && hasExactProducts(number)) {
-        decimal.digits += decimal.digits % 2; // The middle goes to the even digit.
+        decimal.digits += decimal.digits % 2; // Ties round to even.
     } else {
         return false;
     }
@@ -71,9 +71,9 @@ char* writeDecimal(char* text, Decimal decimal) {
     return text + decimal.decimals;
 }
 
-/// Numbers of up to six digits that are short in the form without an exponent. The quotient of two whole
-/// numbers that have a place of their own in the type is the number nearest to the decimal, and no other
-/// decimal of so few digits has that for its nearest.
+/// For numbers of up to six digits that are short without an exponent. The quotient of two integers exactly
+/// representable in the type is the number nearest to the decimal, and no other decimal with so few digits
+/// has the same nearest number.
 /// \return the end of what was written; null if the number has more digits
 template <typename Float>
 char* writeIfShort(char* text, Float number) {
@@ -100,8 +100,8 @@ char* writeShortest(char* text, Float number) {
 
 } // namespace
 
-// std::to_chars knows every number, but works with exact arithmetic on all of them: it takes more than three
-// times as long (generalFloatByToChars among the benchmarks).
+// std::to_chars would do, but always uses exact arithmetic and takes more than three times as long (benchmark
+// generalFloatByToChars).
 char* writeGeneralFloat(char* text, double number) {
     const double absolute = std::fabs(number);
     Decimal decimal{};
@@ -153,7 +153,7 @@ ValueText::ValueText(const TaggedValue& value) noexcept {
         view_ = value.boolean ? "true" : "false";
         break;
     case TaggedValue::Kind::ADDRESS:
-        break; // no pair has one
+        break; // pairs contain no addresses
     }
 }
 

@@ -8,7 +8,7 @@
 namespace ZAV {
 namespace Log {
 
-/// The most characters of a number in the general form: "-1.23457e+308".
+/// Room for any number in the general form, such as "-1.23457e+308".
 constexpr std::size_t GENERAL_FLOAT_SIZE = 16;
 
 /// Writes a number in the general form with six digits, as `printf` does with "%g" in the classic locale.
@@ -16,7 +16,7 @@ constexpr std::size_t GENERAL_FLOAT_SIZE = 16;
 /// \return the end of what was written
 char* writeGeneralFloat(char* text, double number);
 
-/// The most characters of a number in the shortest form: "-2.2250738585072014e-308".
+/// Room for any number in the shortest form, such as "-2.2250738585072014e-308".
 constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
 
 /// Writes a number in the shortest form that reads back the same, as `std::to_chars` does.
@@ -28,7 +28,7 @@ char* writeShortestFloat(char* text, float number);
 /// The text of a value, unquoted.
 class ValueText {
 public:
-    /// \param value whose text lives as long as this object
+    /// \param value its text must outlive this object
     explicit ValueText(const TaggedValue& value) noexcept;
     ValueText(const ValueText&) = delete;
     ValueText& operator=(const ValueText&) = delete;

@@ -17,7 +17,7 @@ namespace Platform {
 
 namespace {
 
-/// \return what one of the system's clocks shows
+/// \return the time of one of the system's clocks
 std::uint64_t nanosecondsOf(clockid_t clock) {
     constexpr std::uint64_t NANOSECONDS = 1'000'000'000;
     timespec time = {};
@@ -31,7 +31,7 @@ constexpr bool HAS_COUNTER = true;
 constexpr bool HAS_COUNTER = false;
 #endif
 
-/// The system takes the time from the counter itself only as long as it finds it steady.
+/// The kernel uses the counter as its clock source only while it considers it stable.
 bool isClockOfSystem() {
     constexpr char COUNTER[] = "tsc\n";
     char source[sizeof COUNTER] = "";
@@ -45,16 +45,16 @@ bool isClockOfSystem() {
     return length == sizeof COUNTER - 1 && std::memcmp(source, COUNTER, sizeof COUNTER - 1) == 0;
 }
 
-/// The processor's counter of cycles, which is read several times as fast as the system's clock.
+/// The processor's cycle counter; reading it is several times as fast as reading the system's clock.
 namespace CycleCounter {
 
 constexpr std::uint64_t SHORTEST_MEASUREMENT = 4000; // microseconds
 
-/// Ticks in a microsecond that no processor comes near. A counter that began anew, as when a machine was
-/// suspended, seems to have run far faster.
+/// Ticks per microsecond, far above any processor's. A counter that was reset, for example by a suspend,
+/// appears to have run much faster.
 constexpr std::uint64_t HIGHEST_SPEED = 10'000;
 
-/// \return the counter's present value; 0 where there is none
+/// \return the counter's current value; 0 where there is none
 std::uint64_t read() {
 #if defined(__x86_64__)
     return __rdtsc();
@@ -63,7 +63,7 @@ std::uint64_t read() {
 #endif
 }
 
-/// What the speed is measured from. All 0 before the library is loaded.
+/// The start of the speed measurement. All 0 before the library is loaded.
 const struct Beginning {
     bool isSteady = HAS_COUNTER && isClockOfSystem();
     std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000;
@@ -71,10 +71,10 @@ const struct Beginning {
 } beginning;
 
 std::atomic<std::uint64_t> knownSpeed{0};
-std::atomic<std::uint64_t> measuredTicks{0}; ///< over which that was measured
+std::atomic<std::uint64_t> measuredTicks{0}; ///< length of the measurement that gave it
 
-/// The counter is read last at the beginning and before this, so that a thread which loses the processor in
-/// between makes the speed too low, and never too high.
+/// At the start of the measurement the counter is read after the clock, at its end before it, so that a
+/// thread preempted in between makes the speed too low, never too high.
 void measureSpeed(std::uint64_t ticks) {
     const std::uint64_t microseconds = nanosecondsOf(CLOCK_BOOTTIME) / 1000 - beginning.microseconds;
     const std::uint64_t speed = ticks / (microseconds + 1);
@@ -84,15 +84,14 @@ void measureSpeed(std::uint64_t ticks) {
     }
 }
 
-/// \return whether the counter runs at one speed on all processors at all times, as the system itself had found
-///         when the library was loaded; false also where there is none
+/// \return whether the counter runs at one constant speed on all processors, according to the kernel when the library
+///         was loaded; false if there is no counter
 bool isSteady() {
     return beginning.isSteady;
 }
 
-/// \return how far it counts in a microsecond, rather too little than too much; 0 for the first milliseconds
-///         after the library was loaded. It is measured again whenever the counter has gone twice as far, and
-///         so becomes exact where it was not.
+/// \return ticks per microsecond, too low rather than too high; 0 for the first milliseconds after the library was
+///         loaded. Measured again each time the elapsed ticks have doubled, so that it becomes more exact.
 std::uint64_t ticksPerMicrosecond() {
     const std::uint64_t ticks = read() - beginning.ticks;
     if (ticks / 2 >= measuredTicks.load(std::memory_order_relaxed)) {
@@ -105,16 +104,16 @@ std::uint64_t ticksPerMicrosecond() {
 
 constexpr std::uint64_t MILLISECOND = 1'000'000; // in nanoseconds
 
-/// A reading of the system's clock, and how long its millisecond is known to last.
+/// A reading of the system's clock, and how long its millisecond is certain to last.
 struct Reading {
     std::uint64_t milliseconds;
     std::uint64_t ticks;    ///< the cycle counter before the clock was read
-    std::uint64_t lifetime; ///< in ticks from then on
+    std::uint64_t lifetime; ///< in ticks from `ticks` on
 };
 
-/// The system may let its clock run faster by a tenth for a while, to correct it, and the counter's speed may
-/// have been measured while it ran slower. A processor may read the counter a little before the program has
-/// come so far.
+/// The margin covers: the system may speed its clock up by a tenth to correct it; the counter's speed may
+/// have been measured while the clock ran slow; and a processor may read the counter a little early, out of
+/// order.
 std::uint64_t certainMicroseconds(std::uint64_t nanosecondsToNext) {
     constexpr std::uint64_t UNCERTAIN = 2000;
     constexpr std::uint64_t QUARTERS = 4;
@@ -132,9 +131,9 @@ thread_local Reading lastReading{};
 
 } // namespace
 
-/// Within a millisecond the counter alone is read, which takes less than half the time. However wrong the
-/// counter may run, a reading is used for no more than about a millisecond of it; a clock that is set shows
-/// in the next one.
+/// Within a millisecond only the counter is read, which takes less than half the time. However wrong the
+/// counter is, a reading is used for at most about a millisecond of counter time; if the clock is set, the
+/// next reading shows it.
 std::uint64_t currentMilliseconds() {
     if (!CycleCounter::isSteady()) {
         return nanosecondsOf(CLOCK_REALTIME) / MILLISECOND;

@@ -14,21 +14,21 @@ namespace Platform {
 
 namespace {
 
-/// The C library's function would also end a thread that is being cancelled. To keep it from that costs a
-/// fiftieth of the call.
+/// The C library's `write` is a cancellation point; disabling cancellation around it would add a fiftieth of
+/// the call's cost.
 ssize_t writeUncancelled(int descriptor, const char* text, std::size_t size) {
     return ::syscall(SYS_write, descriptor, text, size);
 }
 
-/// Another process can make a pipe or terminal that it shares with this one non-blocking.
+/// For a shared pipe or terminal that another process has made non-blocking.
 bool waitUntilWritable(int descriptor) {
     const NoCancellation guard;
     pollfd watched = {descriptor, POLLOUT, 0};
     return poll(&watched, 1, -1) == 1 || errno == EINTR;
 }
 
-/// The system knows a place in a file, and none in a pipe, a socket or a terminal. It may be another one with
-/// each write, and to ask for that costs a tenth of blocking a signal.
+/// Pipes, sockets and terminals are not seekable. Checked at each write, since the target may change; that
+/// costs a tenth of blocking a signal.
 bool hasPlace(int descriptor) {
     return lseek(descriptor, 0, SEEK_CUR) >= 0;
 }
@@ -77,7 +77,7 @@ WriteSignalGuard::~WriteSignalGuard() {
     errno = error_;
 }
 
-/// Only a signal that was blocked before can be pending, and then it is somebody else's.
+/// A signal that is pending already was blocked before and comes from somebody else.
 void WriteSignalGuard::block() noexcept {
     own_ = signalsOfWrites();
     pthread_sigmask(SIG_BLOCK, &own_, &before_);
@@ -91,8 +91,8 @@ void WriteSignalGuard::block() noexcept {
     errno = 0;
 }
 
-/// The signal goes to the thread that has written. Only a failed call can have raised it, so without an error
-/// the system is not asked.
+/// The signal is directed at the writing thread. Only a failed call can have raised it, so without an error
+/// none is looked for.
 void WriteSignalGuard::unblock() noexcept {
     if (errno != 0) {
         const timespec noTime = {0, 0};

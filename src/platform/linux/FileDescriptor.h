@@ -14,12 +14,12 @@
 namespace ZAV {
 namespace Platform {
 
-/// Keeps the numbers of the standard streams that the program has closed from whatever is opened in its
-/// scope. What is written there meanwhile fails as before: the system opens the place in their stead, and
-/// nothing that could be read or written.
+/// Reserves the descriptor numbers of standard streams that the program has closed, so that nothing opened in
+/// its scope gets them. They are occupied with `O_PATH` descriptors, so reads and writes of these streams
+/// keep failing.
 ///
-/// For as long as they are kept, another scope in the same library must not end. What the program itself
-/// opens gets a higher number.
+/// No other such scope in the same library may end meanwhile. What the program itself opens gets a higher
+/// number.
 class KeptStandardNumbers {
 public:
     KeptStandardNumbers() noexcept {
@@ -49,7 +49,7 @@ public:
 private:
     static int openNothing() noexcept { return ::open("/", O_PATH | O_CLOEXEC); }
 
-    /// The program may have put a stream of its own in the place meanwhile.
+    /// The program may have opened a stream of its own under the number meanwhile.
     static bool isNothing(int number) noexcept {
         const int flags = fcntl(number, F_GETFL);
         return flags >= 0 && (flags & O_PATH) != 0;
@@ -58,16 +58,16 @@ private:
     bool isKept_[STDERR_FILENO + 1] = {};
 };
 
-/// Whether a standard stream was closed when that was last noticed.
+/// Whether a standard stream was closed at the last check.
 inline std::atomic<bool> isStandardStreamClosed{fcntl(STDIN_FILENO, F_GETFD) < 0 ||
                                                 fcntl(STDOUT_FILENO, F_GETFD) < 0 ||
                                                 fcntl(STDERR_FILENO, F_GETFD) < 0};
 
-/// A program that has closed a standard stream must not get a file of the library's in its place: what it or
-/// a standard stream's appender writes there would go into that file. See `KeptStandardNumbers` for the
-/// moment before this is called.
-/// \param number what the system has opened, or -1
-/// \return the same, or in the place of a standard stream another one for it; -1 if there is none
+/// Moves a descriptor out of the range of the standard streams: if the program has closed one, what it or a
+/// `StdoutAppender` writes there would go into the library's file. See `KeptStandardNumbers` for the time
+/// before this call.
+/// \param number an open descriptor, or -1
+/// \return the same, or a duplicate above the standard streams that replaces it; -1 on failure
 inline int beyondStandardStreams(int number) noexcept {
     if (number < 0 || number > STDERR_FILENO) {
         return number;
@@ -80,8 +80,8 @@ inline int beyondStandardStreams(int number) noexcept {
     return beyond;
 }
 
-/// Owns an open file, socket or the like, and closes it, unless the program has closed it and the number is
-/// something else's by now. Where the system does not tell two of a kind apart, they pass for the same.
+/// Owns a file descriptor and closes it, unless the program has closed it and the number refers to something
+/// else by now. Objects that the system gives the same device and inode count as the same.
 class FileDescriptor {
 public:
     FileDescriptor() noexcept = default;
@@ -107,7 +107,7 @@ public:
     /// \return the number, which the caller owns from now on
     int release() noexcept { return std::exchange(number_, NONE); }
 
-    /// \return whether the number still leads to what was opened
+    /// \return whether the number still refers to what was opened
     bool isStillOwn() const noexcept {
         struct stat status;
         return isOpen() && fstat(number_, &status) == 0 && status.st_dev == device_ &&
@@ -129,21 +129,20 @@ private:
     ino_t inode_ = 0;
 };
 
-/// Writes all of a text, in one piece if the system takes it so. The thread is not cancelled meanwhile.
-/// \return how many bytes the system took; fewer than all if it refused the rest
+/// Writes a whole text, in a single call if the system accepts it whole. Not a cancellation point.
+/// \return how many bytes the system accepted; fewer than all if it refused the rest
 std::size_t writeAll(int descriptor, const char* text, std::size_t size);
 
-/// \return whether the process may write no file beyond some size
+/// \return whether the process has a file size limit
 bool isFileSizeLimited() noexcept;
 
-/// While it lives, a pipe or socket whose other end has gone, and a file at the process's limit of size, fail
-/// the writes of its thread without the signal (SIGPIPE, SIGXFSZ) that would end the process. What the
-/// process does about these signals is not touched, and one that somebody else has sent stays. `errno` is
-/// afterwards what it was before.
+/// In its scope, writes of this thread to a closed pipe or socket, or beyond the file size limit, fail
+/// without the signal (SIGPIPE, SIGXFSZ) that would end the process. The process's handling of these signals
+/// is unchanged, and one sent by somebody else stays pending. Restores `errno`.
 class WriteSignalGuard {
 public:
-    /// \param descriptor what will be written to; if it is a file, nothing has to be done unless sizes are limited.
-    ///        A bad one stands for anything.
+    /// \param descriptor the target of the writes; a file needs no guard unless sizes are limited. An invalid
+    ///        descriptor stands for any target.
     explicit WriteSignalGuard(int descriptor, bool isSizeLimited) noexcept;
     ~WriteSignalGuard();
     WriteSignalGuard(const WriteSignalGuard&) = delete;
@@ -153,11 +152,11 @@ private:
     void block() noexcept;
     void unblock() noexcept;
 
-    const NoCancellation noCancellation_; ///< a thread that takes a signal may be cancelled there
+    const NoCancellation noCancellation_; ///< taking a pending signal is a cancellation point
     const int error_;
     const bool mayRaise_;
-    sigset_t before_ = {}; ///< the signals that the thread blocked by itself
-    sigset_t own_ = {};    ///< those that only a write of this thread can have left pending
+    sigset_t before_ = {}; ///< the thread's previous mask
+    sigset_t own_ = {};    ///< the signals that only a write of this thread can have left pending
 };
 
 } // namespace Platform

@@ -21,8 +21,8 @@ namespace Platform {
 
 namespace {
 
-/// For file systems that have no rename that refuses to overwrite: `link` gives the file a second name only
-/// if that name is free, and the first name is then removed.
+/// For file systems without RENAME_NOREPLACE: `link` adds the new name only if it is free, then the old name
+/// is removed.
 bool renameByLink(const char* from, const char* to) {
     return link(from, to) == 0 && unlink(from) == 0;
 }
@@ -34,7 +34,7 @@ bool renameIfAbsent(const char* from, const char* to) {
 
 } // namespace
 
-/// Opening and reading may wait for the other side of a pipe, in which the thread may be cancelled.
+/// May block on a pipe, so cancellation stays enabled.
 bool readFile(const std::string& path, std::string& text) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     char part[16 * 1024];
@@ -111,8 +111,8 @@ bool writeAll(int descriptor, const std::string& content) {
     return true;
 }
 
-/// The content must be on the disk before its name is: some file systems keep them in no order, and show an
-/// empty file after a crash.
+/// The content must be on disk before the rename: some file systems do not order the two, and leave an empty
+/// file after a crash.
 bool writeToDisk(const std::string& path, const std::string& content) {
     const FileDescriptor file(
         open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
@@ -121,7 +121,7 @@ bool writeToDisk(const std::string& path, const std::string& content) {
 
 bool fail(const std::string& replacement, std::string& problem) {
     problem = std::generic_category().message(errno);
-    unlink(replacement.c_str()); // on a full disk a part of it takes the room that the next try needs
+    unlink(replacement.c_str()); // on a full disk a partial file takes the space that the next attempt needs
     return false;
 }
 
@@ -150,7 +150,7 @@ FileLock::~FileLock() {
     }
 }
 
-/// For reading only, so that a file which another user has made serves as well.
+/// Opened read-only, so that a file created by another user works as well.
 FileLock::Result FileLock::acquire(const std::string& path, std::string& problem) {
     if (handle_ != NONE) {
         return HELD;
@@ -175,7 +175,7 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
-/// A symbolic link counts as what it points to; an entry that has vanished in the meantime counts as a file.
+/// Follows symbolic links; an entry that has vanished meanwhile counts as a file.
 bool isDirectory(DIR* directory, const dirent& entry) {
     if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) {
         return entry.d_type == DT_DIR;

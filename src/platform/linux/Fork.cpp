@@ -8,9 +8,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// What `pthread_atfork` calls, with the library that registers. When the process ends, the C library takes
-/// the library's registrations away, and ends the process by a signal if another thread is forking then. So
-/// this one is registered for no library, and stays.
+/// The function behind `pthread_atfork`, which passes the registering library. At process end the C library
+/// removes that library's handlers, and crashes the process if another thread is forking then. Registered for
+/// no library, they stay.
 extern "C" int registerAtFork(void (*prepare)(), void (*parent)(), void (*child)(), void* library) noexcept
     __asm__("__register_atfork");
 
@@ -20,7 +20,7 @@ namespace Platform {
 namespace {
 
 std::atomic<unsigned> generation{0};
-std::atomic<int> rememberedId{0}; // until the library is loaded
+std::atomic<int> rememberedId{0}; // 0 until the library is loaded
 
 void (*takeLocks)() = nullptr;
 void (*renewLocks)() = nullptr;
@@ -54,7 +54,7 @@ void becomeChild() {
     }
 }
 
-/// So that no thread makes it while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const std::list<Handlers>& madeAtLoad = allHandlers();
 
 void* map(std::size_t size) {

@@ -30,7 +30,7 @@ int descriptor(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
 
-/// \return what the path leads to; empty if it can be read as a file
+/// \return why it cannot be read as a file; empty if it can
 std::string whyNoFile(const struct stat& status) {
     if (S_ISREG(status.st_mode)) {
         return "";
@@ -38,8 +38,8 @@ std::string whyNoFile(const struct stat& status) {
     return S_ISDIR(status.st_mode) ? describe(EISDIR) : "Not a regular file";
 }
 
-/// Whoever is to end on request must not wait for the other side of a pipe. The pipe itself is not told so:
-/// others have it open too.
+/// A process that catches stop signals must not block on a pipe. The pipe itself is not made non-blocking,
+/// since other processes share it.
 bool wouldWait(int number) {
     pollfd input = {number, POLLIN, 0};
     return catchesStopSignals() && poll(&input, 1, 0) == 0;
@@ -65,7 +65,7 @@ InputFile& InputFile::operator=(InputFile&& other) noexcept {
     return *this;
 }
 
-/// Looks before it opens, since opening a pipe lets its writer go, and afterwards at what it has.
+/// Checks the type before opening, since opening a pipe would unblock its writer, and again afterwards.
 bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
     struct stat status;
@@ -122,7 +122,7 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
             return count;
         }
         if (errno == EAGAIN) {
-            return 0; // for now
+            return 0; // nothing to read for now
         }
         if (errno != EINTR) {
             problem = describe(errno);

@@ -99,8 +99,8 @@ FileDescriptor makeStopSignal() {
     return signal;
 }
 
-/// The mode of the socket's file keeps strangers out already; a process that was handed an open connection,
-/// or that changed its user, is looked at here.
+/// The socket file's mode already keeps other users out; this check is for a process that changed its user or
+/// was handed an open connection.
 bool mayBeServed(int connection) {
     ucred client = {};
     socklen_t size = sizeof client;
@@ -109,8 +109,8 @@ bool mayBeServed(int connection) {
 }
 
 int toPollTimeout(std::optional<LocalServer::Milliseconds> limit) {
-    // Nothing wakes `poll` of a program that has closed all descriptors, as one that becomes a daemon does.
-    const LocalServer::Milliseconds::rep longest = 2000; // and then the caller asks again
+    // A program that has closed all descriptors, for example to become a daemon, cannot be woken from `poll`.
+    const LocalServer::Milliseconds::rep longest = 2000; // the caller then calls again
     return static_cast<int>(limit ? std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest)
                                   : longest);
 }
@@ -129,11 +129,11 @@ struct LocalServer::Inside {
     Event ready(const std::vector<pollfd>& polled);
 
     FileDescriptor stopSignal;
-    std::atomic<bool> isStopped{false}; ///< what the signal says, should its descriptor have been closed
+    std::atomic<bool> isStopped{false}; ///< needed if the signal's descriptor has been closed
     SocketFile socket;
-    std::vector<LocalConnection> clients; ///< by number; not open where a number is free
-    int lastServed = 0;                   ///< whose turn it is last
-    Clock::time_point acceptNotBefore;    ///< after the system had no descriptor left for a client
+    std::vector<LocalConnection> clients; ///< indexed by client number; closed if the number is free
+    int lastServed = 0;                   ///< the client served last, whose turn comes last
+    Clock::time_point acceptNotBefore;    ///< set after the system had no descriptor for a client
 };
 
 LocalServer::LocalServer(const std::string& address, int maxClients)
@@ -157,7 +157,7 @@ LocalServer::Event LocalServer::wait(std::optional<Milliseconds> limit) {
     return inside_->ready(polled);
 }
 
-/// The signal, the listening socket, then all clients by their number; poll passes over what is -1.
+/// The stop signal, the listening socket, then all clients by number; `poll` ignores -1.
 std::vector<pollfd> LocalServer::Inside::whatToPoll() const {
     std::vector<pollfd> polled;
     polled.push_back({stopSignal.number(), POLLIN, 0});
@@ -207,7 +207,7 @@ LocalServer::Event LocalServer::Inside::proceed(int number) {
 
 LocalServer::Event LocalServer::Inside::accept() {
     const Milliseconds pause(100);
-    const KeptStandardNumbers kept; // or a client gets what the program writes to a stream that it has closed
+    const KeptStandardNumbers kept; // or a client gets what the program writes to a closed stream
     FileDescriptor connection(accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!connection.isOpen()) {
         acceptNotBefore = Clock::now() + pause;
@@ -244,7 +244,7 @@ void LocalServer::drop(int client) {
     inside_->clients[static_cast<std::size_t>(client)].close();
 }
 
-/// It looks at numbers alone: neither the memory that a client holds nor the list of clients is touched.
+/// Closes descriptors only: neither the list of clients nor the memory of a client is modified.
 void LocalServer::closeInherited() noexcept {
     inside_->stopSignal.close();
     inside_->socket.closeInherited();
@@ -253,14 +253,15 @@ void LocalServer::closeInherited() noexcept {
     }
 }
 
-/// The program may have closed the signal, and its number may be a file's now, which must get nothing.
+/// The program may have closed the signal's descriptor, whose number may now be a file's, which must not be
+/// written to.
 void LocalServer::stop() noexcept {
     inside_->isStopped = true;
     if (!inside_->stopSignal.isStillOwn()) {
         return;
     }
     const std::uint64_t one = 1;
-    // It can only fail if the signal is there already, a huge number of times.
+    // Fails only if the counter is full, and then the signal is set anyway.
     [[maybe_unused]] const ssize_t written = write(inside_->stopSignal.number(), &one, sizeof one);
 }
 

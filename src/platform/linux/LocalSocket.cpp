@@ -36,8 +36,8 @@ FileDescriptor makeSocket() {
     return socket;
 }
 
-/// Keeps two servers that start at once from replacing each other's socket. A lock that a stranger holds for
-/// long, or a folder that cannot be locked, must not keep the server from starting.
+/// Keeps two servers that start at once from replacing each other's socket. Best effort: a lock held for long
+/// by another program, or a directory that cannot be locked, must not keep the server from starting.
 class FolderLock {
 public:
     explicit FolderLock(const std::string& path) {
@@ -51,7 +51,7 @@ public:
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
     }
-    /// Not by closing it alone: a child that was forked meanwhile has a copy.
+    /// Closing alone would not do: a child forked meanwhile has a copy.
     ~FolderLock() { flock(folder_.number(), LOCK_UN); }
     FolderLock(const FolderLock&) = delete;
     FolderLock& operator=(const FolderLock&) = delete;
@@ -60,8 +60,7 @@ private:
     FileDescriptor folder_;
 };
 
-/// A forked child may hold the socket of a server that has crashed: connections are then taken, but nobody
-/// answers.
+/// A forked child may hold the socket of a crashed server: connections then succeed, but nobody answers.
 bool isServerGone(int connection) {
     ucred server = {};
     socklen_t size = sizeof server;
@@ -69,7 +68,7 @@ bool isServerGone(int connection) {
            kill(server.pid, 0) != 0 && errno == ESRCH;
 }
 
-/// \return true if the file is that of a socket which nobody serves, or has just been removed by its server
+/// \return true if nobody serves the socket, or its server has just removed it
 bool isStale(const std::string& path) {
     const FileDescriptor probe = makeSocket();
     const SocketAddress address(path);
@@ -85,7 +84,7 @@ bool isStale(const std::string& path) {
 void removeStaleFile(const std::string& path) {
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) {
-        return; // or the path cannot be used at all, as the system says later
+        return; // or the path is unusable, which `bind` will report
     }
     if (!S_ISSOCK(status.st_mode)) {
         throw std::runtime_error("There is a file that is no socket");
@@ -101,13 +100,13 @@ void removeStaleFile(const std::string& path) {
 } // namespace
 
 SocketFile::SocketFile(const std::string& path) : path_(path), socket_(makeSocket()) {
-    const SocketAddress address(path); // which may not be one
+    const SocketAddress address(path); // throws before anything is changed
     const FolderLock lock(path);
     removeStaleFile(path);
     bindAndListen();
 }
 
-/// The file gets the mode that the socket has, so that nobody else can open it in between.
+/// The file gets the socket's mode, set before `bind`, so that nobody else can open it in between.
 void SocketFile::bindAndListen() {
     const SocketAddress address(path_);
     const int backlog = 16;
@@ -126,12 +125,12 @@ void SocketFile::bindAndListen() {
 }
 
 SocketFile::~SocketFile() {
-    // While it still listens, so that no other server takes the file for a stale one and replaces it
+    // While the socket still listens, or another server could take the file for stale and replace it
     // meanwhile.
     if (isStillThere()) {
         unlink(path_.c_str());
     }
-    // Also for the copies of forked children, so that nobody waits for an answer.
+    // Affects the copies of forked children, too, so that no client waits for an answer.
     if (socket_.isStillOwn()) {
         shutdown(socket_.number(), SHUT_RDWR);
     }
@@ -172,8 +171,8 @@ void LocalClient::Inside::waitFor(short event) const {
 
 namespace {
 
-/// The kernel says who has made the other end a server, which its file does not: anybody can make one in a
-/// folder that is open to all.
+/// Relies on the kernel's credentials of the listening process, not on the file: anybody can create one in a
+/// world-writable directory.
 void requireTrusted(const FileDescriptor& socket) {
     ucred server = {};
     socklen_t size = sizeof server;

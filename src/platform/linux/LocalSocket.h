@@ -14,15 +14,15 @@
 namespace ZAV {
 namespace Platform {
 
-/// \return the system's text for the error of the last call
+/// \return an exception with the system's error text
 inline std::runtime_error systemFailure(int error = errno) {
     return std::runtime_error(std::system_category().message(error));
 }
 
-/// The path of a local socket in the form in which the system takes it.
+/// The path of a local socket as a socket address.
 class SocketAddress {
 public:
-    /// \throw std::runtime_error if no socket can have that path
+    /// \throw std::runtime_error if the path is not valid for a socket
     explicit SocketAddress(const std::string& path);
 
     const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address_); }
@@ -32,13 +32,12 @@ private:
     sockaddr_un address_ = {};
 };
 
-/// A listening socket and its file, which nobody but this user may open and which goes with it. A forked
-/// child must not destroy its copy, which would take the file from its parent.
+/// A listening socket and its file, which only this user may open and which the destructor removes. A forked
+/// child must not destroy its copy, since that would remove its parent's file.
 class SocketFile {
 public:
     /// Replaces the file of a socket whose server is gone.
-    /// \throw std::runtime_error if another process serves the path, if there is another kind of file, or if the
-    ///        system refuses
+    /// \throw std::runtime_error if another process serves the path, if it is not a socket, or if the system refuses
     explicit SocketFile(const std::string& path);
     ~SocketFile();
     SocketFile(const SocketFile&) = delete;
@@ -55,17 +54,17 @@ private:
 
     const std::string path_;
     FileDescriptor socket_;
-    dev_t device_ = 0; ///< of the file, as is `inode_`: another file at the path is somebody else's
+    dev_t device_ = 0; ///< of the file, like `inode_`: any other file at the path is somebody else's
     ino_t inode_ = 0;
 };
 
-/// One client of a `LocalServer`, and what was asked of it. Nothing here waits.
+/// One client of a `LocalServer` and its pending request. Nothing here blocks.
 class LocalConnection {
 public:
     enum Progress {
-        UNFINISHED, ///< the request goes on when the client is ready again
+        UNFINISHED, ///< the request continues when the client is ready again
         FINISHED,   ///< the request is done
-        BROKEN      ///< the client is gone
+        BROKEN      ///< the connection is lost
     };
 
     LocalConnection() noexcept = default;
@@ -73,26 +72,27 @@ public:
     LocalConnection(const LocalConnection&) = delete;
     LocalConnection& operator=(const LocalConnection&) = delete;
 
-    /// \param socket not blocking
+    /// \param socket non-blocking
     void open(FileDescriptor socket) noexcept;
 
-    /// Hangs up, also where a forked child has a copy of the socket; such a child closes its copy alone.
+    /// Disconnects, even if a forked child has a copy of the socket; in such a child, closes only the copy.
     void close() noexcept;
 
-    /// Closes a forked child's copy, and leaves the memory alone.
+    /// Closes a forked child's copy without touching memory.
     void closeInherited() noexcept { socket_.close(); }
 
     void startReceiving() noexcept { state_ = RECEIVING; }
     void startSending(std::string text) noexcept;
 
-    /// Goes on with the request. What has been received is in `bytes` when it is finished.
+    /// Continues the request.
+    /// \param bytes receives what has been received when that is finished
     Progress proceed(std::string& bytes);
 
     bool isOpen() const noexcept { return socket_.isOpen(); }
     bool isReceiving() const noexcept { return state_ == RECEIVING; }
     int descriptor() const noexcept { return socket_.number(); }
 
-    /// \return the `poll` event that the request waits for; 0 if there is none
+    /// \return the `poll` event that the request waits for; 0 if idle
     short awaited() const noexcept;
 
 private:
@@ -102,10 +102,10 @@ private:
     Progress send();
 
     FileDescriptor socket_;
-    pid_t server_ = 0; ///< the process that opened it
+    pid_t server_ = 0; ///< the process that opened the connection
     State state_ = IDLE;
     std::string outgoing_;
-    std::size_t sent_ = 0; ///< how much of `outgoing_`
+    std::size_t sent_ = 0; ///< bytes of `outgoing_` sent so far
 };
 
 } // namespace Platform

@@ -18,7 +18,7 @@ namespace Platform {
 
 namespace {
 
-/// The system's own conversion to local time. It takes a lock of the system's, which a fork does not heed.
+/// The C library's conversion to local time. It takes a lock of the C library, which a fork disregards.
 /// \return all zero if the system cannot convert that point in time
 CalendarTime askSystem(std::int64_t seconds) {
     const std::time_t time = static_cast<std::time_t>(seconds);
@@ -29,26 +29,25 @@ CalendarTime askSystem(std::int64_t seconds) {
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
 }
 
-/// How far the process's time zone is ahead of UTC, for the years around the moment at which the system was
-/// asked. It takes no memory.
+/// The process's offset from UTC for the years around the moment at which the table was filled. Allocates no
+/// memory.
 class OffsetTable {
 public:
-    /// Asks the system, about a thousand times, which takes a fraction of a millisecond.
+    /// Queries the system about a thousand times, which takes a fraction of a millisecond.
     /// \param now seconds since 1970-01-01 00:00:00 UTC
     void fill(std::int64_t now);
     bool isFilled() const { return count_ != 0; }
 
-    /// \return whether the system was asked less than a day before or after that time. What is known of later
-    ///         ones may have changed: zones get new rules.
+    /// \return whether the table was filled less than a day before or after that time. Older data may be outdated:
+    ///         zones get new rules.
     bool isFreshAt(std::int64_t seconds) const;
 
-    /// \return the seconds ahead of UTC at that time or, if it is beyond the years that are known, at the next
-    ///         one that is not
+    /// \return the seconds ahead of UTC at that time, or at the nearest known time if it is outside the known years
     std::int64_t offsetAt(std::int64_t seconds) const;
 
 private:
     struct Period {
-        std::int64_t end; ///< the first second behind it
+        std::int64_t end; ///< the first second after it
         std::int64_t offset;
     };
 
@@ -61,17 +60,17 @@ constexpr std::int64_t DAY = 86400;
 constexpr std::int64_t YEAR = 366 * DAY;
 constexpr std::int64_t KNOWN_BEFORE = YEAR;
 constexpr std::int64_t KNOWN_AFTER = 10 * YEAR;
-/// No zone changes its offset and takes that back within such a time.
+/// No zone changes its offset and reverts it within this time.
 constexpr std::int64_t STEP = 7 * DAY;
 
-/// What the zone adds to the seconds, leap seconds included where it counts them.
+/// The zone's offset, including leap seconds if it counts them.
 std::int64_t askOffset(std::int64_t seconds) {
     return toSeconds(askSystem(seconds)) - seconds;
 }
 
-/// \param last a time with that offset
-/// \param changed a later time with another one
-/// \return the first second with another one
+/// \param last a time with the given offset
+/// \param changed a later time with another offset
+/// \return the first second with another offset
 std::int64_t findChange(std::int64_t last, std::int64_t changed, std::int64_t offset) {
     while (changed - last > 1) {
         const std::int64_t middle = last + (changed - last) / 2;
@@ -109,20 +108,20 @@ std::int64_t OffsetTable::offsetAt(std::int64_t seconds) const {
         ->offset;
 }
 
-/// The system reads the zone with the first conversion, and heeds a "TZ" that is set before. Until then the
-/// names are these; a zone that is called so cannot be told apart from that. While another thread converts,
-/// the first one is missing for a moment, so it is looked at once; the text itself stays for ever.
+/// The C library reads the zone at the first conversion, honouring a "TZ" set before. Until then both names
+/// are "GMT"; a zone with that name cannot be distinguished. While another thread converts, the first name is
+/// briefly null, so the pointer is read once; the text itself is never freed.
 bool isZoneRead() {
     const char* const volatile* const names = tzname;
     const char* const first = names[0];
     return first == nullptr || first != names[1] || std::strcmp(first, "GMT") != 0;
 }
 
-/// The process's zone, from a table.
+/// Converts with a table of the process's zone.
 ///
-/// The system's conversions take a lock of its own, which any thread of the application may hold when it
-/// forks, and which then stays locked in the child. So a fork makes sure that the table is filled, and the
-/// child asks the table alone, until the zone has changed there: whoever changed it has had that lock.
+/// The C library's conversions take a lock that any thread of the application may hold during a fork, and
+/// that then stays locked in the child. So a fork fills the table first, and the child uses only the table,
+/// until the zone changes there: whoever changed it has been able to take that lock.
 class LocalZone : public NeverDestroyed<LocalZone> {
 public:
     CalendarTime convert(std::int64_t seconds) {
@@ -143,8 +142,8 @@ private:
         atFork([] { instance().prepareForFork(); }, [] { instance().becomeChild(); });
     }
 
-    /// Another thread may be amid the first conversion of all, of which nothing can be seen yet. So a process
-    /// with threads has the zone read; one without any may still set its "TZ".
+    /// Another thread may be in the middle of the first conversion, which is not visible yet. So a
+    /// multi-threaded process reads the zone now; a single-threaded one may still set its "TZ".
     void prepareForFork() {
         const ScopedLock lock(lock_);
         if ((isZoneRead() || __libc_single_threaded == 0) && mayAskSystem()) {
@@ -167,11 +166,11 @@ private:
         return table_.isFreshAt(seconds) && currentTimeZone() == zone_;
     }
 
-    /// Fills the table anew if the day or the zone is no longer that of the last time.
+    /// Refills the table if the day or the zone has changed.
     void renew() ZAV_LOG_REQUIRES(lock_) {
         const std::int64_t now = std::time(nullptr);
         if (!isCurrentAt(now)) {
-            askSystem(now); // which reads the zone if nobody has done so
+            askSystem(now); // reads the zone if nobody has done so
             zone_ = currentTimeZone();
             table_.fill(now);
         }
@@ -179,8 +178,8 @@ private:
 
     CriticalSection lock_{AWAITED_BY_FORK};
     OffsetTable table_ ZAV_LOG_GUARDED_BY(lock_);
-    TimeZone zone_ ZAV_LOG_GUARDED_BY(lock_){};          ///< of the table
-    bool isInherited_ ZAV_LOG_GUARDED_BY(lock_) = false; ///< whether the system's lock may be locked for ever
+    TimeZone zone_ ZAV_LOG_GUARDED_BY(lock_){};          ///< that the table was filled for
+    bool isInherited_ ZAV_LOG_GUARDED_BY(lock_) = false; ///< whether the C library's lock may never be free
     TimeZone inheritedZone_ ZAV_LOG_GUARDED_BY(lock_){}; ///< at the fork
 };
 
@@ -191,7 +190,8 @@ std::string zoneFolder() {
     return folder != nullptr ? folder : "/usr/share/zoneinfo";
 }
 
-/// The C library takes any text for a zone and silently shows UTC; so the file is asked for first.
+/// The C library accepts any text as a zone and silently falls back to UTC, so the zone's file is checked
+/// first.
 bool isKnown(const std::string& name) {
     const bool leavesFolder = name.front() == '/' || name.find("..") != std::string::npos;
     std::string zone;
@@ -209,7 +209,7 @@ CalendarTime toLocalTime(std::int64_t seconds) {
 }
 
 bool useZone(const std::string& name) {
-    const bool isUtc = name == "UTC"; // also where no list of zones is installed
+    const bool isUtc = name == "UTC"; // works even if no zone files are installed
     if (name.empty() || (!isUtc && !isKnown(name))) {
         return false;
     }

@@ -21,7 +21,7 @@ namespace {
 
 constexpr mode_t FOR_ITS_USER = 0600;
 
-/// How often a file may be replaced by another process between two looks at it.
+/// How often another process may replace the file while it is being opened.
 constexpr int MOST_ATTEMPTS = 10;
 
 MappedFile::Result failure(std::string& problem, int error = errno) {
@@ -34,9 +34,8 @@ int openFile(const std::string& path, int flags) {
         ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, FOR_ITS_USER));
 }
 
-/// A lock of this kind belongs to the open file, so that the process may open and close the file by other
-/// ways. A forked child closes it, and one that has just begun when its parent dies is given the time to do
-/// so.
+/// An open-file-description lock, so that the process may also open and close the file elsewhere. A forked
+/// child closes its copy; retried, since one forked just before its parent died may not have done so yet.
 bool lock(int file) {
     constexpr int MOST_LOOKS = 20;
     constexpr timespec BETWEEN_LOOKS = {0, 10'000'000};
@@ -53,8 +52,8 @@ bool lock(int file) {
     return true;
 }
 
-/// \param mayBeOfOthers whether root may take it whoever owns it
-/// \return false if it is no file that this process may take its memory from, and why
+/// \param mayBeOfOthers whether root accepts a file of any owner
+/// \return false, with the reason, if the file must not be mapped by this process
 bool isOwnFile(const struct stat& status, bool mayBeOfOthers, std::string& problem) {
     if (!S_ISREG(status.st_mode)) {
         problem = "Not a regular file";
@@ -78,9 +77,9 @@ bool writeBeginning(int file, std::string_view text) {
     return pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
 }
 
-/// \return false if the file is no unfinished one that a killed process has left, and why
+/// \return false, with the reason, if the file is not an unfinished one left by a killed process
 bool isLeftOver(int file, const struct stat& status, std::string_view beginning, std::string& problem) {
-    constexpr std::size_t TELLING = 8; // bytes, in which all beginnings are the same
+    constexpr std::size_t TELLING = 8; // bytes, which are the same in all beginnings
     char bytes[TELLING] = {};
     const auto size = static_cast<std::size_t>(std::max<ssize_t>(pread(file, bytes, TELLING, 0), 0));
     const bool isEmpty = std::all_of(bytes, bytes + size, [](char byte) { return byte == 0; });
@@ -90,7 +89,7 @@ bool isLeftOver(int file, const struct stat& status, std::string_view beginning,
     return problem.empty();
 }
 
-/// \return an error of the system, one too large for the process or the disk for example; 0 if there is none
+/// \return an error number, for example if the size exceeds a limit or the disk is full; 0 on success
 int allocate(int file, std::size_t size) {
     const WriteSignalGuard guard(file, true);
     int error = ftruncate(file, 0) == 0 ? 0 : errno;
@@ -99,7 +98,7 @@ int allocate(int file, std::size_t size) {
             error = posix_fallocate(file, 0, static_cast<off_t>(size));
         } while (error == EINTR);
     }
-    errno = error; // by which the guard goes
+    errno = error; // read by the guard
     return error;
 }
 
@@ -114,7 +113,7 @@ MappedFile::~MappedFile() {
     }
 }
 
-/// Two processes may make the file at once: each looks at what stands there after it has the lock.
+/// Two processes may create the file at once, so each checks the path again after it has the lock.
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
     const NoCancellation noCancellation;
@@ -130,7 +129,7 @@ MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, s
     return FAILED;
 }
 
-/// \return `FAILED` without a problem if the file has been replaced meanwhile
+/// \return `FAILED` without a problem text if the file has been replaced meanwhile
 MappedFile::Result MappedFile::openExisting(const std::string& path, bool mayBeOfOthers,
                                             std::string& problem) {
     FileDescriptor file(openFile(path, 0));
@@ -168,7 +167,7 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
         return errno == EACCES || errno == EAGAIN ? IN_USE : failure(problem);
     }
     if (!leadsTo(unfinished, status)) {
-        return FAILED; // another process has just made the file
+        return FAILED; // another process has just created the file
     }
     if (place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
         unlink(unfinished.c_str());
@@ -226,14 +225,14 @@ bool MappedFile::makePrivate(std::string& problem) {
     return problem.empty();
 }
 
-/// An older kernel does not know this.
+/// Older kernels do not support this; the error is ignored.
 void MappedFile::populate(std::size_t most) noexcept {
     madvise(bytes_, std::min(size_, most), MADV_POPULATE_WRITE);
 }
 
-/// The mapping keeps the right to the file, too. What the child may still be reading stays at its address, by
-/// way of the file opened anew. The program may have closed the file's number, which may be another file's by
-/// now.
+/// The mapping keeps the lock, too, so it is replaced, at the same address, with a private one of the
+/// reopened file: the child may still be reading. The program may have closed the descriptor, whose number
+/// may refer to another file by now.
 void MappedFile::closeInChild() noexcept {
     int reopened = -1;
     if (isStillOpen()) {

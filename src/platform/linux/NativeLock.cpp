@@ -14,11 +14,11 @@ namespace {
 constexpr std::uint64_t SHORTEST_HOLD_UP = 500'000; ///< nanoseconds
 constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
 
-/// How long a fork waits for a lock before it goes by one whose holder changes nothing. Most writes end by
-/// then, and the child has no half line and no open file of theirs.
+/// Nanoseconds a fork waits for a lock before it bypasses one whose holder changes nothing. Most writes have
+/// finished by then, so the child inherits no partial line and no open file from them.
 constexpr std::uint64_t PATIENCE = 20'000'000;
 
-/// \return the nanoseconds of the clock that waits go by
+/// \return nanoseconds of the monotonic clock
 std::uint64_t now() {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<std::uint64_t>(std::chrono::nanoseconds(time).count());
@@ -31,19 +31,20 @@ timespec timeOf(std::uint64_t nanoseconds) {
 
 } // namespace
 
-/// All locks of the library, which a fork has to deal with.
+/// All locks of the library, as far as a fork has to treat them.
 ///
-/// A lock may be busy for as long as a file is slow. So a fork takes all of them or none: it tries, and if
-/// one is busy it gives all back, waits for that one with nothing in its hands, and tries the others again.
-/// No order of the locks has to be kept.
+/// A lock may be busy as long as a file is slow. So a fork takes all locks or none: if one is busy, it
+/// releases the others, waits for that one while holding nothing, and tries the others again. So no lock
+/// order has to be observed.
 ///
-/// Among threads that log without a pause it would hardly ever find all of them free. So a lock that a fork
-/// waits for is the fork's next, and a fork that has failed twice holds up the threads that hold none of the
-/// locks, while the others go on until they hold none. That ends by itself after a moment, since the fork may
-/// still have to wait for a slow file; each further failure makes the moment longer, up to a bound.
+/// With threads that log continuously, it would hardly ever find all of them free. So a fork has precedence
+/// for the lock that it waits for, and a fork that has failed twice holds up threads that hold none of the
+/// locks, while the others continue until they hold none. The hold-up times out, since the fork may still
+/// have to wait for a slow file; each further failure doubles the timeout, up to a limit.
 ///
-/// A write may never end, as to a pipe that nobody reads. Its thread says that it changes nothing meanwhile,
-/// so a fork that has waited for a while goes by; should the write end now, its thread waits for the fork.
+/// A write may never finish, for example to a pipe that nobody reads. Its thread marks that it changes
+/// nothing meanwhile, so a fork bypasses the lock after a timeout; if the write then finishes, its thread
+/// waits for the fork.
 class ForkLocks : public NeverDestroyed<ForkLocks> {
 public:
     ForkLocks() {
@@ -62,8 +63,8 @@ public:
         pthread_mutex_unlock(&mutex_);
     }
 
-    /// Waits for a fork, or an `awaitHolder`, that waits for the lock. Nobody holds it any more, so that is
-    /// not for long.
+    /// Waits until no fork or `awaitHolder` waits for the lock. The wait is short, since nobody holds the
+    /// lock any more.
     void remove(NativeLock& lock) {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
@@ -85,15 +86,15 @@ public:
         lock.unlock();
     }
 
-    /// The mutex is a fork's own until the fork is over.
+    /// A fork holds the mutex until it is over.
     void awaitPassingFork() {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
         pthread_mutex_unlock(&mutex_);
     }
 
-    /// What a thread does before it takes a lock while a fork, or an `awaitHolder`, is delayed. A lock that
-    /// it waits for is busy, so nobody waits longer for that because it is the next.
+    /// Called before a thread takes a lock while a fork or an `awaitHolder` is delayed. The lock that these
+    /// wait for is busy anyway, so giving them precedence delays nobody further.
     void letDelayedFirst(const NativeLock& lock) {
         const bool isHeldUp = holdsUp_.load(std::memory_order_relaxed) && lock.rule_ == AWAITED_BY_FORK;
         const bool mayGoOn = lock.waiting_.load(std::memory_order_relaxed) == 0 && !isHeldUp;
@@ -131,8 +132,7 @@ private:
         pthread_mutex_unlock(&mutex_);
     }
 
-    /// What the child's only thread holds, it goes on holding, since the call in which it forked will release
-    /// it.
+    /// Locks held by the child's only thread stay held, since the call in which it forked will release them.
     void renewAll() {
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
             lock->waiting_ = 0;
@@ -162,9 +162,9 @@ private:
         }
     }
 
-    /// Locks are made and destroyed meanwhile, but not this one.
-    /// It does not let others first: two forks that did would wait for ever.
-    /// \param mayPass whether to give up if the holder changes nothing
+    /// Other locks may be created and destroyed meanwhile, but not this one. It yields to no other fork: two
+    /// forks that did would deadlock.
+    /// \param mayPass whether to give up after a timeout if the holder changes nothing
     /// \return whether the lock is held now
     bool waitFor(NativeLock& lock, bool mayPass) {
         ++lock.waiting_;
@@ -182,8 +182,8 @@ private:
         }
     }
 
-    /// Waits until the hold-up that is now is over, not for the next one. Who sees the end of the latest ends
-    /// it for all.
+    /// Waits for the end of the current hold-up, not of later ones. The first thread to see that the latest
+    /// has timed out ends it for all.
     void waitWhileHeldUp() {
         const std::uint64_t until = heldUpUntil_;
         const timespec end = timeOf(until);
@@ -212,8 +212,8 @@ private:
         pthread_condattr_destroy(&attributes);
     }
 
-    /// Takes all but the one that is held already, and those that it goes by, or none.
-    /// \return one that another thread has, if there is one
+    /// Takes all locks except the one already held and those that it bypasses, or none.
+    /// \return a lock that another thread holds; null if all were taken
     NativeLock* tryAllBut(const NativeLock* held) {
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
             if (lock->rule_ == AWAITED_BY_FORK && lock != held && !goesBy(*lock) && !lock->tryLock()) {
@@ -228,11 +228,11 @@ private:
         if (!lock.isPassed_) {
             return false;
         }
-        NativeLock::isAnyPassed_ = true; // before the look at the lock
+        NativeLock::isAnyPassed_ = true; // before the lock is read, see `endUnchanged`
         return lock.isUnchangedByOther();
     }
 
-    /// \param end the first one that was not taken; null if all were
+    /// \param end the first lock that was not taken; null if all were
     void release(const NativeLock* end = nullptr, const NativeLock* held = nullptr) {
         for (NativeLock* lock = first_; lock != end; lock = lock->next_) {
             if (lock->rule_ == AWAITED_BY_FORK && lock != held && lock->isHeldBy(pthread_self())) {
@@ -241,10 +241,10 @@ private:
         }
     }
 
-    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< over the list; held for short steps and the fork
-    pthread_cond_t forkGoesOn_;                         ///< a fork waits for one lock less, or has all
-    std::atomic<bool> holdsUp_{false}; ///< whether threads wait for a fork; written under the mutex
-    std::uint64_t heldUpUntil_ = 0;    ///< when that ends
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER; ///< guards the list; held briefly, and during a fork
+    pthread_cond_t forkGoesOn_;        ///< a fork or `awaitHolder` has got a lock, or a fork has all
+    std::atomic<bool> holdsUp_{false}; ///< whether threads are held up for a fork; written under the mutex
+    std::uint64_t heldUpUntil_ = 0;    ///< when the hold-up times out
     NativeLock* first_ = nullptr;
 };
 
@@ -274,7 +274,7 @@ void NativeLock::awaitPassingFork() {
     ForkLocks::instance().awaitPassingFork();
 }
 
-/// Waits until no other thread has the lock, or for a while if its holder changes nothing.
+/// Waits for the lock, but gives up after a timeout if its holder changes nothing.
 /// \return whether the caller holds it now
 bool NativeLock::lockOrPass() {
     do {

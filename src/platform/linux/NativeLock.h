@@ -8,10 +8,10 @@
 namespace ZAV {
 namespace Platform {
 
-/// A mutex that counts how often its holder has taken it.
+/// A recursive mutex.
 ///
-/// The system's own recursive mutex would not do: it knows its holder by a number that a fork changes, so a
-/// thread that forks while it holds one could never release it in the child.
+/// The system's recursive mutex will not do: it identifies its holder by thread id, which a fork changes, so
+/// a thread that forks while holding one could never release it in the child.
 class NativeLock {
 public:
     explicit NativeLock(ForkRule rule);
@@ -51,8 +51,8 @@ public:
 
     void beginUnchanged() { isUnchanged_ = true; }
 
-    /// A fork that goes by this lock looks at the one before it reads the other, and here it is the other way
-    /// around: one of the two sees what the other has written.
+    /// A fork that bypasses this lock sets `isAnyPassed_` before it reads `isUnchanged_`; here the order is
+    /// reversed, so at least one side sees the other's write.
     void endUnchanged() {
         isUnchanged_ = false;
         if (isAnyPassed_) {
@@ -66,8 +66,8 @@ private:
 
     bool isHeldBy(pthread_t thread) const { return holder_.load(std::memory_order_relaxed) == thread; }
 
-    /// A mutex without a known holder may still be locked: a thread records itself after it has locked it,
-    /// and clears that before it unlocks it.
+    /// Reinitialised even without a recorded holder, since it may still be locked: a thread records itself
+    /// after locking and clears the record before unlocking.
     void makeFree() {
         pthread_mutex_init(&mutex_, nullptr);
         holder_.store(NOBODY, std::memory_order_relaxed);
@@ -81,7 +81,7 @@ private:
 
     bool lockOrPass();
 
-    /// \return true: the caller holds it
+    /// \return always true: the caller holds it
     bool lockAtOnce() {
         const pthread_t self = pthread_self();
         if (!isHeldBy(self)) {
@@ -92,25 +92,25 @@ private:
         return true;
     }
 
-    static std::atomic<unsigned> delayed_; ///< forks, and `awaitHolder`s, that have found a lock busy
-    static std::atomic<bool> isAnyPassed_; ///< a fork goes by a lock whose holder changes nothing
+    static std::atomic<unsigned> delayed_; ///< forks and `awaitHolder`s that wait for a busy lock
+    static std::atomic<bool> isAnyPassed_; ///< a fork is bypassing a lock whose holder changes nothing
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
-    unsigned count_ = 0;                   ///< used by the holder alone
-    std::atomic<bool> isUnchanged_{false}; ///< whether the holder lets what is guarded alone for now
+    unsigned count_ = 0;                   ///< accessed by the holder only
+    std::atomic<bool> isUnchanged_{false}; ///< whether the holder is in an `UnchangedInScope`
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
     std::atomic<unsigned> waiting_{
         0};                 ///< threads that wait for this lock in order to fork, or in `awaitHolder`
-    bool isPassed_ = false; ///< a fork has waited for it, and goes by while its holder changes nothing
+    bool isPassed_ = false; ///< a fork has waited for it and may bypass it while its holder changes nothing
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };
 
-/// Has every fork deal with all locks, after what `atFork` was given for before it and before what that was
-/// given for the child.
+/// Registers the handling of all locks around a fork: after the `before` functions of `atFork`, and before
+/// its `inChild` functions.
 void haveForksDealWithLocks(void (*take)(), void (*releaseInParent)(), void (*renewInChild)());
 
 } // namespace Platform

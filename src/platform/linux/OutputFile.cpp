@@ -20,17 +20,17 @@ namespace {
 
 constexpr mode_t READABLE_AND_WRITABLE = 0666; // minus the umask
 
-/// As many as the system itself follows.
+/// The kernel's own limit.
 constexpr int MOST_LINKS = 40;
 
-/// A path in memory of fixed size, since opening a file must not fail for want of memory.
+/// A path in a fixed-size buffer, since opening a file must not fail for lack of memory.
 class LinkedPath {
 public:
     explicit LinkedPath(const char* path) { replaceFrom(0, path, std::strlen(path)); }
 
     const char* text() const { return text_; }
 
-    /// Goes one symbolic link further; a path that is none stays as it is.
+    /// Follows one symbolic link; a path that is not a link is unchanged.
     void follow() {
         char target[PATH_MAX];
         const ssize_t length = readlink(text_, target, sizeof target);
@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    /// A path that is too long becomes an empty one, which leads nowhere.
+    /// A path that is too long becomes empty, which cannot be opened.
     void replaceFrom(std::size_t begin, const char* end, std::size_t length) {
         if (begin + length >= sizeof text_) {
             text_[0] = '\0';
@@ -56,18 +56,18 @@ private:
     char text_[PATH_MAX];
 };
 
-/// Makes a file that does not exist yet, not even as a symbolic link that leads nowhere.
+/// Creates a file; fails if the path exists, even as a dangling symbolic link.
 int makeFile(const char* path, int flags, const FileRules& rules) {
     const int made =
         ::open(path, flags | O_CREAT | O_EXCL, rules.permissions.value_or(READABLE_AND_WRITABLE));
     if (made >= 0 && rules.permissions) {
-        fchmod(made, *rules.permissions); // adds what the process masks
+        fchmod(made, *rules.permissions); // adds what the umask removed
     }
     return made;
 }
 
-/// Only a file that this call makes gets the permissions, so it is made in a step of its own, which fails if
-/// another makes it first, and follows no link to a file that is missing.
+/// Only a file created by this call gets the permissions. So it is created in a separate step, which fails if
+/// another process is faster and does not follow a dangling link.
 int openWithPermissions(const char* path, int flags, const FileRules& rules) {
     LinkedPath linked(path);
     for (int attempt = 0; attempt < MOST_LINKS; ++attempt) {
@@ -91,8 +91,8 @@ int openKept(const char* path, int flags, const FileRules& rules) {
                              : ::open(path, flags | O_CREAT, READABLE_AND_WRITABLE);
 }
 
-/// Opening a pipe without a reader would wait for one, hence `O_NONBLOCK`; and nothing is emptied yet, since
-/// it is not known what it is.
+/// Opening a pipe without a reader would block, hence `O_NONBLOCK`. Nothing is truncated yet, since the
+/// file's type is not known.
 int openUnseen(const char* path, OutputFile::Mode mode, const FileRules& rules) {
     const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK;
     if (mode != OutputFile::CREATE) {
@@ -103,18 +103,18 @@ int openUnseen(const char* path, OutputFile::Mode mode, const FileRules& rules) 
     return mayBeThere ? openKept(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
 }
 
-/// Taken while the numbers of closed standard streams are kept. Never destroyed, since threads may still log
-/// while the process ends.
+/// Held while the numbers of closed standard streams are reserved. Never destroyed, since threads may still
+/// log while the process ends.
 CriticalSection& numbersLock() {
     static CriticalSection& lock = *new CriticalSection(AWAITED_BY_FORK);
     return lock;
 }
 
-/// So that no thread makes it while another one forks.
+/// Initialised at load, so that no thread does it while another one forks.
 const CriticalSection& madeAtLoad = numbersLock();
 
-/// Another thread may be writing to a standard stream that is closed, at any moment. Its number is kept for
-/// as long as it is known to be closed; the first to notice may be a file that got it.
+/// Another thread may write to a closed standard stream at any moment, so its number is reserved while it is
+/// known to be closed. That may first be noticed by a file that was given the number.
 int openBeyondStandardStreams(const char* path, OutputFile::Mode mode, const FileRules& rules) {
     if (!isStandardStreamClosed.load(std::memory_order_relaxed)) {
         return beyondStandardStreams(openUnseen(path, mode, rules));
@@ -130,7 +130,7 @@ bool isLink(const char* path) {
     return lstat(path, &named) == 0 && S_ISLNK(named.st_mode);
 }
 
-/// Asks for no times: they are what makes this call dear, since the next write then has to keep a finer one.
+/// Requests no timestamps: these make the call expensive, since the next write then has to store a finer one.
 bool lookAt(int descriptor, struct statx& file) {
     return statx(descriptor, "", AT_EMPTY_PATH, STATX_TYPE | STATX_UID | STATX_SIZE, &file) == 0;
 }
@@ -144,8 +144,8 @@ bool isAcceptable(const struct statx& file, const char* path, OutputFile::Mode m
            (S_ISFIFO(file.stx_mode) && mayBeLinked && isLink(path));
 }
 
-/// Gives a file that was opened unseen the state that writing needs. The system does not look at `O_NONBLOCK`
-/// when a regular file is written, so it may stay.
+/// Prepares a file opened by `openUnseen` for writing. `O_NONBLOCK` has no effect on regular files, so it may
+/// stay.
 bool makeReady(int descriptor, const struct statx& file, OutputFile::Mode mode) {
     if (!S_ISREG(file.stx_mode)) {
         return fcntl(descriptor, F_SETFL, O_APPEND) == 0;

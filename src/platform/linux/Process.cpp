@@ -32,8 +32,8 @@ bool isPathOfExecutable(const std::string& path) {
            named.st_dev == running.st_dev && named.st_ino == running.st_ino;
 }
 
-/// The system adds this to the path once the executable was replaced or deleted, as an update in place does.
-/// A program may also be called so.
+/// The kernel appends this to the path once the executable has been replaced or deleted, for example by an
+/// update. But a program may also have such a name.
 void removeDeletedMark(std::string& path) {
     const std::string mark = " (deleted)";
     if (path.size() > mark.size() && path.compare(path.size() - mark.size(), mark.size(), mark) == 0 &&
@@ -42,8 +42,8 @@ void removeDeletedMark(std::string& path) {
     }
 }
 
-/// A process that has ended keeps its id until its parent asks for its result, which may be never. The system
-/// has for each process a descriptor that says so, if it is not too old for it.
+/// A zombie keeps its id until its parent reaps it, which may be never. On kernels that have pidfds, these
+/// tell it from a running process.
 bool hasEnded(int id) {
 #ifdef SYS_pidfd_open
     const NoCancellation guard;
@@ -83,18 +83,18 @@ bool isProcessAlive(int id) {
 
 namespace {
 
-/// The size of a thread's name. Behind the beginning there is just room for the largest number of a thread.
+/// A thread's name with its NUL. After "zav-log " there is just room for the largest thread id.
 using ThreadName = char[16];
 constexpr long NUMBERS = 10'000'000;
 
-/// A process has hardly more servers, and to look at many threads takes long.
+/// A process hardly has more service threads, and checking many threads takes long.
 constexpr int MOST_SERVING = 8;
 
 void writeServingName(ThreadName& name, long thread) {
     std::snprintf(name, sizeof name, "zav-log %u", static_cast<unsigned>(thread % NUMBERS));
 }
 
-/// \return what the system shows in a file, in a memory that is given; empty if it cannot be read
+/// \return the content of a file in /proc, read into the given buffer; empty if it cannot be read
 std::string_view readShown(const char* path, char* buffer, std::size_t size) {
     const int file = ::open(path, O_RDONLY | O_CLOEXEC);
     const ssize_t length = file < 0 ? -1 : ::read(file, buffer, size - 1);
@@ -106,12 +106,12 @@ std::string_view readShown(const char* path, char* buffer, std::size_t size) {
 }
 
 struct Threads {
-    int left = 0; ///< how many have not ended; 0 if the system does not say
+    int left = 0; ///< how many have not ended; 0 if unknown
     bool firstHasEnded = false;
 };
 
-/// The system's line about the process begins "pid (name) state", where the name may hold anything. The state
-/// is that of the first thread; once that has ended, it still counts as a thread.
+/// /proc/self/stat begins "pid (name) state", and the name may contain anything. The state is the first
+/// thread's, which still counts as a thread after it has ended.
 Threads lookAtThreads() {
     char buffer[1024];
     const std::string_view line = readShown("/proc/self/stat", buffer, sizeof buffer);
@@ -131,15 +131,15 @@ bool isServing(const char* thread) {
     std::snprintf(path, sizeof path, "/proc/self/task/%.20s/comm", thread);
     ThreadName expected;
     writeServingName(expected, std::strtol(thread, nullptr, 10));
-    char buffer[sizeof(ThreadName) + 1]; // and a line feed
+    char buffer[sizeof(ThreadName) + 1]; // with a line feed
     const std::string_view shown = readShown(path, buffer, sizeof buffer);
     return !shown.empty() && shown.substr(0, shown.size() - 1) == expected;
 }
 
-/// Asked of each thread by itself, since others come and go meanwhile: one that has just begun or ended does
-/// not serve.
-/// \param firstHasEnded whether the process's first thread, which is still shown, has ended
-/// \return whether all other threads say that they serve
+/// Each thread is checked by itself, since others start and end meanwhile: one that has just started or ended
+/// does not count as a service thread.
+/// \param firstHasEnded whether the process's first thread, which is still listed, has ended
+/// \return whether all other threads are marked as serving
 bool doAllOthersServe(bool firstHasEnded) {
     DIR* const threads = opendir("/proc/self/task");
     if (threads == nullptr) {
@@ -176,7 +176,7 @@ void markAsServing() noexcept {
 }
 
 void keepLibraryLoaded() {
-    // The library is linked with "-z nodelete", so nothing unloads it anyway.
+    // The library is linked with "-z nodelete", so it is never unloaded.
 }
 
 bool readHostName(std::string& name) {

@@ -21,18 +21,18 @@ constexpr int SIGNAL_COUNT = NSIG;
 constexpr int ONE_SHOT = static_cast<int>(SA_RESETHAND);
 constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
 
-/// What the handlers read, which take no lock. It is never destroyed: a handler may be running when its hook
-/// goes, and others may have kept it to call it later.
+/// State shared with the signal handlers, which take no lock. Never destroyed: a handler may be running when
+/// its hook is destroyed, and other code may have saved a handler to chain to it later.
 struct Requests {
     Requests() { sem_init(&wanted, 0, 0); }
 
-    sem_t wanted;                    ///< posted for each request
-    std::atomic<unsigned> asked{0};  ///< requests that were made
-    std::atomic<unsigned> served{0}; ///< of these, those that the function was run for
+    sem_t wanted;                    ///< posted once per request
+    std::atomic<unsigned> asked{0};  ///< number of requests made
+    std::atomic<unsigned> served{0}; ///< number of these for which the function has run
     std::atomic<bool> isActive{false};
     std::atomic<bool> isEnding{false};
     std::atomic<long> timeout{0};        ///< in milliseconds
-    std::atomic<unsigned> generation{0}; ///< tells a forked child
+    std::atomic<unsigned> generation{0}; ///< of the process of the hook; differs in a forked child
     void (*function)(std::chrono::milliseconds timeout) = nullptr;
     struct sigaction before[SIGNAL_COUNT] = {};
     std::terminate_handler terminateBefore = nullptr;
@@ -55,7 +55,7 @@ long millisecondsSince(const timespec& begin) {
     return (end.tv_sec - begin.tv_sec) * 1000 + nanoseconds / (NANOSECONDS_A_SECOND / 1000);
 }
 
-/// Has the function run and waits for that. Safe in a handler.
+/// Requests a run of the function and waits for it. Async-signal-safe.
 void runFunction() {
     Requests& state = requests();
     if (!state.isActive || state.generation != forkGeneration()) {
@@ -70,7 +70,7 @@ void runFunction() {
     }
 }
 
-/// Has a signal do what it does by default. One that a fault of this thread has raised comes again by itself.
+/// Gives a signal its default effect. One raised by a fault of this thread occurs again by itself.
 void endBySignal(int signal, const siginfo_t* info) {
     struct sigaction byDefault = {};
     byDefault.sa_handler = SIG_DFL;
@@ -78,7 +78,7 @@ void endBySignal(int signal, const siginfo_t* info) {
     const bool isFault = info != nullptr && info->si_code > 0 &&
                          (signal == SIGSEGV || signal == SIGBUS || signal == SIGFPE || signal == SIGILL);
     if (!isFault) {
-        raise(signal); // which comes when the handler has returned
+        raise(signal); // is delivered when the handler has returned
     }
 }
 
@@ -104,14 +104,14 @@ void onSignal(int signal, siginfo_t* info, void* context) {
 
 [[noreturn]] void onTerminate() {
     runFunction();
-    requests().isActive = false; // the signal that is going to come needs not wait again
+    requests().isActive = false; // the signal that follows need not wait again
     if (requests().terminateBefore != nullptr) {
         requests().terminateBefore();
     }
     std::abort();
 }
 
-/// \return false if there is none within a while
+/// \return false on timeout
 bool awaitRequest() {
     constexpr time_t SECONDS = 2;
     timespec end = {};
@@ -129,13 +129,13 @@ void serveRequests() {
     }
 }
 
-/// Once all other threads have ended it is nothing that the process would live for.
+/// Ends when all other threads have ended, so as not to keep the process alive.
 void serve() {
     markAsServing();
     while (!requests().isEnding && (awaitRequest() || !isOnlyThread())) {
         serveRequests();
     }
-    serveRequests(); // which came while the hook was about to go
+    serveRequests(); // those that came while the hook was being destroyed
 }
 
 bool isOurs(int signal) {
@@ -158,8 +158,8 @@ struct SignalHook::Handlers {
         }
         requests().isActive = false;
         const bool isOwn =
-            requests().generation == forkGeneration() &&   // or it is the parent's
-            thread.get_id() != std::this_thread::get_id(); // which ends the process as its last one
+            requests().generation == forkGeneration() &&   // otherwise it is the parent's
+            thread.get_id() != std::this_thread::get_id(); // which is ending the process, as its last thread
         if (thread.joinable() && isOwn) {
             requests().isEnding = true;
             sem_post(&requests().wanted);
@@ -169,7 +169,7 @@ struct SignalHook::Handlers {
         }
     }
 
-    /// Keeps the mask and the flags that the handler of before was to run with.
+    /// Keeps the previous handler's mask and flags.
     void add(int signal) {
         struct sigaction ours = {};
         if (signal <= 0 || signal >= SIGNAL_COUNT || sigaction(signal, nullptr, &ours) != 0) {
@@ -177,7 +177,7 @@ struct SignalHook::Handlers {
         }
         const bool isIgnored = (ours.sa_flags & SA_SIGINFO) == 0 && ours.sa_handler == SIG_IGN;
         if (isIgnored || isOurs(signal)) {
-            return; // a program that is started meanwhile shall ignore it, too; or it was named twice
+            return; // programs started meanwhile must keep ignoring it; or it was given twice
         }
         requests().before[signal] = ours;
         ours.sa_sigaction = onSignal;

@@ -21,7 +21,7 @@ namespace Platform {
 
 namespace {
 
-int stopDescriptor = -1; ///< can be read once an end was requested; -1 before `catchStopSignals`
+int stopDescriptor = -1; ///< readable once a stop was requested; -1 before `catchStopSignals`
 
 sigset_t stopSignals() {
     sigset_t signals;
@@ -41,7 +41,7 @@ bool catchesStopSignals() {
     return stopDescriptor >= 0;
 }
 
-/// The signals stay pending for ever: a handler could not wake a `write` that has not begun to wait yet.
+/// The signals stay blocked and pending: a handler could not interrupt a `write` that has not yet blocked.
 void catchStopSignals() {
     const sigset_t signals = stopSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
@@ -64,17 +64,17 @@ namespace {
 
 constexpr int UNKNOWN = -1;
 
-/// A stream may lead to a file that the shell has opened. Asked once, since it would cost each line a call.
+/// A stream may be redirected to a file. Read only once, since it would cost a system call per line.
 const bool wasLimitedAtLoad = isFileSizeLimited();
 
-/// What a standard stream has in the place of a buffer: it uses that of C's stream.
+/// A standard stream's default buffer, which uses C's stream.
 using SharedBuffer = __gnu_cxx::stdio_sync_filebuf<char>;
-/// What it has instead once the application has called `sync_with_stdio(false)`.
+/// Its buffer after `sync_with_stdio(false)`.
 using OwnBuffer = __gnu_cxx::stdio_filebuf<char>;
 
 /// Where a buffer writes to, as far as that is known.
 struct Target {
-    std::FILE* file = nullptr; ///< C's stream, if the buffer is its
+    std::FILE* file = nullptr; ///< C's stream, if the buffer uses it
     int descriptor = UNKNOWN;
 };
 
@@ -86,7 +86,7 @@ Target targetOf(std::streambuf* buffer) {
     return {nullptr, own != nullptr && own->is_open() ? own->fd() : UNKNOWN};
 }
 
-/// A failure is not the application's, whose stream it would end.
+/// A failure must not leave the application's stream in a failed state.
 bool writeByStream(std::ostream& stream, std::string_view text) {
     const std::ios_base::iostate before = stream.rdstate();
     stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
@@ -97,7 +97,7 @@ bool writeByStream(std::ostream& stream, std::string_view text) {
     return isWritten;
 }
 
-/// Keeps other threads from C's stream.
+/// Locks C's stream, if there is one.
 class HeldFile {
 public:
     explicit HeldFile(std::FILE* file) : file_(file) {
@@ -117,7 +117,7 @@ private:
     std::FILE* const file_;
 };
 
-/// Writes past the buffer; what the application has left in there goes first.
+/// Bypasses the buffer, after flushing what the application has left in it.
 bool writePast(std::streambuf& buffer, const Target& target, std::string_view text) {
     const HeldFile held(target.file);
     buffer.pubsync();
@@ -133,7 +133,7 @@ bool writeToStream(std::ostream& stream, std::string_view text) {
     if (target.descriptor == UNKNOWN) {
         return writeByStream(stream, text);
     }
-    if (flushesAnother) { // before the lock
+    if (flushesAnother) { // before C's stream is locked
         stream.tie()->flush();
     }
     return writePast(*stream.rdbuf(), target, text);
@@ -142,7 +142,7 @@ bool writeToStream(std::ostream& stream, std::string_view text) {
 namespace {
 
 /// Waits until a write of `PIPE_BUF` bytes would not block.
-/// \return false if an end is requested before
+/// \return false if a stop is requested first
 bool waitUntilWritable() {
     pollfd watched[] = {{STDOUT_FILENO, POLLOUT, 0}, {stopDescriptor, POLLIN, 0}};
     poll(watched, 2, -1);
@@ -155,11 +155,11 @@ std::size_t portion(std::string_view text) {
     return mustNotBlock ? std::min<std::size_t>(text.size(), PIPE_BUF) : text.size();
 }
 
-/// The next file that is opened must not become standard input or output where that is closed.
+/// Occupies the numbers of closed standard streams, so that no file opened later becomes one.
 void occupyClosedStreams() {
     int opened = 0;
     do {
-        opened = open("/dev/null", O_PATH | O_CLOEXEC); // to read or write it fails as before
+        opened = open("/dev/null", O_PATH | O_CLOEXEC); // reading or writing it fails as before
     } while (opened >= 0 && opened <= STDERR_FILENO);
     close(opened);
 }
@@ -168,7 +168,7 @@ void occupyClosedStreams() {
 
 void prepareStandardOutput() {
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN); // a file at the limit of its size is a failed write
+    std::signal(SIGXFSZ, SIG_IGN); // reaching the file size limit is then a failed write
     occupyClosedStreams();
 }
 
@@ -183,7 +183,7 @@ WriteResult writeStandardOutput(std::string_view text, std::string& problem) {
         } else if (errno == EPIPE) {
             return WriteResult::NO_READER;
         } else if (errno == EAGAIN) {
-            waitUntilWritable(); // a pipe that others have told not to block
+            waitUntilWritable(); // another process has made the pipe non-blocking
         } else if (errno != EINTR) {
             problem = std::generic_category().message(errno);
             return WriteResult::FAILED;

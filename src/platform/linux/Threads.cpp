@@ -43,13 +43,13 @@ NoSignals::~NoSignals() {
 }
 
 bool sleepBriefly() noexcept {
-    const timespec duration = {0, 50'000}; // to which the system adds as much
+    const timespec duration = {0, 50'000}; // the default timer slack adds as much
     nanosleep(&duration, nullptr);
     return true;
 }
 
 std::uint64_t currentThreadId() noexcept {
-    return static_cast<std::uint64_t>(syscall(SYS_gettid)); // older C libraries have no function for it
+    return static_cast<std::uint64_t>(syscall(SYS_gettid)); // older C libraries have no `gettid`
 }
 
 namespace {
@@ -61,7 +61,7 @@ id_t currentThread() {
     return static_cast<id_t>(gettid());
 }
 
-/// Priorities are relative to the process's own nice value, which is that of its first thread.
+/// Priorities are relative to the process's nice value, that is, its first thread's.
 int niceFor(int priority) {
     const int processNice = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
     return std::min(processNice - priority * NICE_STEPS_PER_PRIORITY, NICE_OF_LEAST_PRIORITY);

@@ -18,7 +18,7 @@ bool readFile(const std::string& path, std::string& text) {
 }
 
 bool renameFile(const std::string& from, const std::string& to) {
-    return std::rename(from.c_str(), to.c_str()) == 0; // which overwrites nothing here
+    return std::rename(from.c_str(), to.c_str()) == 0; // does not overwrite on Windows
 }
 
 bool renameOver(const std::string& from, const std::string& to) {
@@ -27,7 +27,7 @@ bool renameOver(const std::string& from, const std::string& to) {
 
 std::string absolutePath(const std::string& folder) {
     const DWORD size = folder.empty() ? 0 : GetFullPathNameA(folder.c_str(), 0, nullptr, nullptr);
-    std::string absolute(size, '\0'); // with its end
+    std::string absolute(size, '\0'); // including the NUL
     const DWORD length = size == 0 ? 0 : GetFullPathNameA(folder.c_str(), size, &absolute[0], nullptr);
     absolute.resize(length < size ? length : 0);
     return absolute.empty() ? folder : absolute;
@@ -101,7 +101,7 @@ FileLock::~FileLock() {
     }
 }
 
-/// A file that is open and shared with nobody is a lock.
+/// Opening the file without sharing serves as the lock.
 FileLock::Result FileLock::acquire(const std::string& path, std::string& problem) {
     if (handle_ != NONE) {
         return HELD;
@@ -148,7 +148,7 @@ bool listFiles(const std::string& directory, std::vector<std::string>& names) {
 
 namespace {
 
-/// \return false, with the reason for `GetLastError`, if that is not granted
+/// \return false, with the reason in `GetLastError`, if the access is not granted
 bool isGranted(const std::string& directory, DWORD access) {
     const DWORD sharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const HANDLE handle = CreateFileA(directory.c_str(), access, sharedByAll, nullptr, OPEN_EXISTING,

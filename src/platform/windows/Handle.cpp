@@ -32,8 +32,7 @@ std::string userIdentifier() {
 }
 
 UserOnly::UserOnly() {
-    // The user's own, and not that of a group of his; protected from what would be inherited; one entry,
-    // which allows the user everything.
+    // Owned by the user rather than a group; inherits nothing; one entry, which grants the user full access.
     const std::string user = userIdentifier();
     const std::string description = "O:" + user + "D:P(A;;GA;;;" + user + ")";
     attributes_.nLength = sizeof attributes_;

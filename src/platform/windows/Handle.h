@@ -8,7 +8,7 @@
 namespace ZAV {
 namespace Platform {
 
-/// Owns an object of the system and closes it.
+/// Owns a system handle and closes it.
 class Handle {
 public:
     Handle() noexcept = default;
@@ -27,14 +27,14 @@ public:
     bool isOpen() const noexcept { return value_ != nullptr; }
     HANDLE get() const noexcept { return value_; }
 
-    /// \return the object, which the caller owns from now on
+    /// \return the handle, which the caller owns from now on
     HANDLE release() noexcept { return std::exchange(value_, nullptr); }
 
 private:
     HANDLE value_ = nullptr;
 };
 
-/// \return the system's text for the error of the last call
+/// \return an exception with the system's error text
 inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
     char text[512];
     DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
@@ -46,8 +46,8 @@ inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
     return std::runtime_error(length == 0 ? "Error " + std::to_string(error) : std::string(text, length));
 }
 
-/// \return the name under which the system knows the pipe of an address
-/// \throw std::runtime_error if no pipe can have that name
+/// \return the full pipe name for an address
+/// \throw std::runtime_error if the name is not valid for a pipe
 inline std::string pipeName(const std::string& address) {
     const std::string name = "\\\\.\\pipe\\" + address;
     const std::string forbidden("\\\0", 2);
@@ -58,16 +58,16 @@ inline std::string pipeName(const std::string& address) {
     return name;
 }
 
-/// \return a security identifier in its text form
+/// \return a security identifier in text form
 std::string identifierText(PSID identifier);
 
-/// \return the security identifier of this process's user, in its text form
+/// \return the security identifier of this process's user, in text form
 std::string userIdentifier();
 
-/// The right to use an object, for the user of this process and nobody else.
+/// Security attributes that give access to this process's user only.
 class UserOnly {
 public:
-    /// \throw std::runtime_error if the system does not say who the user is
+    /// \throw std::runtime_error if the user cannot be determined
     UserOnly();
     ~UserOnly();
     UserOnly(const UserOnly&) = delete;

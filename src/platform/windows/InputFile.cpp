@@ -23,13 +23,13 @@ std::string describe(DWORD error) {
     return std::system_category().message(static_cast<int>(error));
 }
 
-/// Its owner may go on writing, renaming and deleting: a log that is read must still be rotated.
+/// Others may still write, rename and delete the file: a log must be rotatable while it is read.
 HANDLE openShared(const std::string& path, DWORD access, DWORD flags = 0) {
     return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | flags, nullptr);
 }
 
-/// \return what is open there; empty if it can be read as a file
+/// \return why it cannot be read as a file; empty if it can
 std::string whyNoFile(HANDLE handle, InputFile::Links links) {
     BY_HANDLE_FILE_INFORMATION information;
     if (GetFileType(handle) != FILE_TYPE_DISK || !GetFileInformationByHandle(handle, &information)) {
@@ -200,7 +200,7 @@ bool SequentialFile::open(const std::string& path, std::string& problem) {
     return true;
 }
 
-/// The byte lies behind the end of every file, so that nobody's reading or writing is refused.
+/// The locked byte is beyond the end of any file, so that no read or write is refused.
 bool SequentialFile::reserve() noexcept {
     OVERLAPPED place = {};
     place.OffsetHigh = 0x7FFFFFFF;

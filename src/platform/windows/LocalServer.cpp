@@ -13,17 +13,17 @@ namespace Platform {
 
 namespace {
 
-/// One place for a client of a `LocalServer`: it waits for one, serves it, and waits for the next.
+/// One client slot of a `LocalServer`: waits for a client, serves it, and waits for the next.
 ///
-/// The system writes into this object while a request is under way, so it stays where it is.
+/// The system writes to this object while a request is pending, so it cannot be moved.
 class PipeInstance {
 public:
     enum Progress {
-        UNFINISHED, ///< the request goes on when `readyEvent` is set again
-        JOINED,     ///< a client has come
+        UNFINISHED, ///< the request continues when `readyEvent` is set again
+        JOINED,     ///< a client has connected
         RECEIVED,
         SENT,
-        BROKEN ///< the client is gone; `hangUp` makes room for the next
+        BROKEN ///< the connection is lost; `hangUp` makes room for the next client
     };
 
     PipeInstance() = default;
@@ -31,8 +31,8 @@ public:
     PipeInstance(const PipeInstance&) = delete;
     PipeInstance& operator=(const PipeInstance&) = delete;
 
-    /// Makes the instance and waits for a client.
-    /// \param isFirst whether nobody else may have made a pipe of that name
+    /// Creates the pipe instance and waits for a client.
+    /// \param isFirst whether to fail if a pipe of that name exists
     /// \throw std::runtime_error if the system refuses
     void open(const std::string& name, int maxInstances, bool isFirst, SECURITY_ATTRIBUTES* rights);
 
@@ -44,13 +44,14 @@ public:
         startWriting();
     }
 
-    /// Ends whatever is under way, disconnects the client and waits for the next.
+    /// Cancels the pending request, disconnects the client and waits for the next.
     void hangUp();
 
-    /// Looks how far the request is. What has been received is then in `bytes`.
+    /// Checks the progress of the request.
+    /// \param bytes receives what has been received
     Progress proceed(std::string& bytes);
 
-    /// \return what the system sets when `proceed` has something to tell
+    /// \return the event that is set when `proceed` has something to report
     HANDLE readyEvent() const noexcept { return event_.get(); }
 
 private:
@@ -66,14 +67,14 @@ private:
     Handle pipe_;
     OVERLAPPED overlapped_ = {};
     State state_ = IDLE;
-    bool isPending_ = false; ///< the system still has `overlapped_` and the buffers
-    bool failed_ = false;    ///< the request could not even be made
+    bool isPending_ = false; ///< the system still uses `overlapped_` and the buffers
+    bool failed_ = false;    ///< the request has failed
     std::array<char, 4096> incoming_ = {};
     std::string outgoing_;
-    std::size_t sent_ = 0; ///< how much of `outgoing_`
+    std::size_t sent_ = 0; ///< bytes of `outgoing_` sent so far
 };
 
-/// \return one that stays set until it is reset
+/// \return a manual-reset event
 Handle makeEvent() {
     Handle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     if (!event.isOpen()) {
@@ -82,7 +83,7 @@ Handle makeEvent() {
     return event;
 }
 
-/// A request that was made, now or later to be finished.
+/// \return whether a request was started, whether or not it has finished yet
 bool isUnderWay(BOOL result) {
     return result || GetLastError() == ERROR_IO_PENDING;
 }
@@ -109,7 +110,7 @@ void PipeInstance::startConnecting() {
     const bool hasClient =
         !ConnectNamedPipe(pipe_.get(), &overlapped_) && GetLastError() == ERROR_PIPE_CONNECTED;
     if (hasClient) {
-        SetEvent(event_.get()); // which the system does not do for a client that was quicker than the call
+        SetEvent(event_.get()); // the system does not do this for a client that connected before the call
         return;
     }
     noteStart(GetLastError() == ERROR_IO_PENDING);
@@ -137,7 +138,7 @@ void PipeInstance::begin(State state) {
     failed_ = false;
 }
 
-/// A request that failed at once is told by `proceed`, as one that fails later is.
+/// A request that fails at once is reported by `proceed`, like one that fails later.
 void PipeInstance::noteStart(bool finishedOrPending) {
     isPending_ = finishedOrPending;
     failed_ = !finishedOrPending;
@@ -182,7 +183,7 @@ void PipeInstance::hangUp() {
     startConnecting();
 }
 
-/// Once it returns, the system does not touch this object any more.
+/// Once it returns, the system no longer accesses this object.
 void PipeInstance::cancel() {
     if (isPending_) {
         DWORD count = 0;
@@ -194,7 +195,7 @@ void PipeInstance::cancel() {
 }
 
 DWORD toWaitTime(std::optional<LocalServer::Milliseconds> limit) {
-    const LocalServer::Milliseconds::rep longest = 60000; // and then the caller asks again
+    const LocalServer::Milliseconds::rep longest = 60000; // the caller then calls again
     return limit ? static_cast<DWORD>(std::clamp<LocalServer::Milliseconds::rep>(limit->count(), 0, longest))
                  : INFINITE;
 }
@@ -202,7 +203,7 @@ DWORD toWaitTime(std::optional<LocalServer::Milliseconds> limit) {
 } // namespace
 
 struct LocalServer::Inside {
-    /// All instances are made at once, so that the system itself knows how many clients are served.
+    /// All instances are created at once, so the system itself limits the number of clients.
     Inside(const std::string& address, int maxClients)
         : stopSignal(makeEvent()), instances(static_cast<std::size_t>(maxClients)) {
         const std::string name = pipeName(address);
@@ -218,8 +219,8 @@ struct LocalServer::Inside {
     Event proceed(int client);
 
     Handle stopSignal;
-    std::vector<PipeInstance> instances; ///< by the number of the client
-    int lastServed = 0;                  ///< whose turn it is last
+    std::vector<PipeInstance> instances; ///< indexed by client number
+    int lastServed = 0;                  ///< the client served last, whose turn comes last
 };
 
 LocalServer::LocalServer(const std::string& address, int maxClients)
@@ -242,8 +243,8 @@ LocalServer::Event LocalServer::wait(std::optional<Milliseconds> limit) {
     return inside_->proceed((inside_->lastServed + static_cast<int>(index)) % count);
 }
 
-/// The signal, then all clients, beginning behind the one that was served last: the system tells of the first
-/// in the list that is ready.
+/// The stop signal, then all clients, starting after the one served last: the system reports the first in the
+/// list that is ready.
 std::vector<HANDLE> LocalServer::Inside::whatToWaitFor() const {
     std::vector<HANDLE> handles = {stopSignal.get()};
     for (std::size_t step = 1; step <= instances.size(); ++step) {

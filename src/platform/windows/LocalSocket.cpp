@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// \return the milliseconds up to a deadline; 0 if it is over
+/// \return the milliseconds until a deadline; 0 if it has passed
 DWORD until(Clock::time_point deadline) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     return left <= 0 ? 0 : static_cast<DWORD>(std::min<std::int64_t>(left, 24 * 3600 * 1000));
@@ -33,11 +33,11 @@ struct Description {
     PSECURITY_DESCRIPTOR value = nullptr;
 };
 
-/// A pipe belongs to the user who has made it, or to the administrators if he is one of them.
+/// A pipe is owned by the user who created it, or by the administrators group if that user is a member.
 void requireTrusted(HANDLE pipe) {
     const char* const localSystem = "S-1-5-18";
     const char* const administrators = "S-1-5-32-544";
-    PSID owner = nullptr; // in the description
+    PSID owner = nullptr; // points into the description
     Description description;
     const DWORD error = GetSecurityInfo(pipe, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
                                         nullptr, nullptr, &description.value);
@@ -50,23 +50,23 @@ void requireTrusted(HANDLE pipe) {
     }
 }
 
-/// The server learns who its client is, but cannot act in the client's name.
+/// The server can identify the client, but not impersonate it.
 Handle openPipe(const std::string& name) {
     return Handle(CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                               FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION,
                               nullptr));
 }
 
-/// While the server has all the clients that it serves at once, it waits for one of them to leave.
+/// If the server already has its maximum number of clients, waits until one disconnects.
 Handle connectTo(const std::string& address, Clock::time_point deadline) {
     const std::string name = pipeName(address);
     Handle pipe = openPipe(name);
     while (!pipe.isOpen() && GetLastError() == ERROR_PIPE_BUSY) {
         const DWORD left = until(deadline);
-        if (left == 0 || !WaitNamedPipeA(name.c_str(), left)) { // 0 would be the server's own limit
+        if (left == 0 || !WaitNamedPipeA(name.c_str(), left)) { // 0 would mean the server's default timeout
             throw systemFailure();
         }
-        pipe = openPipe(name); // which another client may have been quicker to take
+        pipe = openPipe(name); // another client may have been faster
     }
     if (!pipe.isOpen()) {
         throw systemFailure();
@@ -87,8 +87,8 @@ LocalClient::~LocalClient() = default;
 
 namespace {
 
-/// Waits for a request that the system has taken, and takes it back if that lasts too long.
-/// \param taken what the call that made the request gave
+/// Waits for a request to complete, and cancels it on timeout.
+/// \param taken the result of the call that made the request
 /// \return how many bytes were read or written; 0 if the server has hung up
 DWORD finish(BOOL taken, HANDLE pipe, OVERLAPPED& request, Clock::time_point deadline) {
     const bool isUnderWay = taken || GetLastError() == ERROR_IO_PENDING;

@@ -27,7 +27,7 @@ constexpr std::int64_t SECONDS_FROM_1601_TO_1970 = 11644473600;
 struct ChosenZone {
     enum Kind { RUNTIME, UTC, NAMED };
     Kind kind = RUNTIME;
-    DYNAMIC_TIME_ZONE_INFORMATION zone = {}; ///< of a named one
+    DYNAMIC_TIME_ZONE_INFORMATION zone = {}; ///< only for NAMED
 };
 
 ChosenZone& chosenZone() {
@@ -60,7 +60,7 @@ bool findZone(const std::wstring& name, DYNAMIC_TIME_ZONE_INFORMATION& zone) {
     return false;
 }
 
-/// By the rules that the zone had in that year.
+/// Uses the zone's rules for that year.
 std::int64_t namedOffset(std::int64_t seconds) {
     const SYSTEMTIME utc = toSystemTime(seconds);
     TIME_ZONE_INFORMATION ofYear;
@@ -70,7 +70,7 @@ std::int64_t namedOffset(std::int64_t seconds) {
     return isConverted ? toSeconds(local) - seconds : 0;
 }
 
-/// The zone that the library's own lines were written in: the C runtime's, which also heeds the variable TZ.
+/// Uses the C runtime's zone, in which the library writes its lines; it honours the TZ variable.
 std::int64_t runtimeOffset(std::int64_t seconds) {
     const __time64_t time = seconds;
     std::tm local;

@@ -20,13 +20,12 @@ MappedFile::Result failure(std::string& problem, DWORD error = GetLastError()) {
     return MappedFile::FAILED;
 }
 
-/// How often a file may be replaced by another process between two looks at it.
+/// How often another process may replace the file while it is being opened.
 constexpr int MOST_ATTEMPTS = 10;
 
 constexpr std::size_t LARGEST_READ = std::size_t{64} * 1024 * 1024;
 
-/// Nobody else may open it for writing, which stands for the right to it; but it may be looked at and
-/// renamed.
+/// Nobody else may open it for writing, which serves as the lock; reading and renaming stay possible.
 HANDLE openFile(const std::string& path, DWORD disposition, SECURITY_ATTRIBUTES* security) {
     return CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
                        security, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -83,8 +82,8 @@ MappedFile::Result MappedFile::openExisting(const std::string& path, bool, std::
     return map(problem) ? MAPPED : FAILED;
 }
 
-/// One process at a time has the unfinished file, and looks again whether another one has been faster.
-/// \return `FAILED` without a problem if so
+/// One process at a time has the unfinished file open, and checks again whether another has created the file.
+/// \return `FAILED` without a problem text if so
 MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, std::string_view beginning,
                                     Place place, std::string& problem) {
     const std::string unfinished = path + ".new";
@@ -111,7 +110,7 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     return map(problem) ? MADE : FAILED;
 }
 
-/// A file whose memory is mapped keeps its name.
+/// A mapped file cannot be replaced, so it is unmapped first.
 bool MappedFile::replace(const std::string& path, std::size_t size, std::string_view beginning,
                          std::string& problem) {
     MappedFile made;
@@ -148,7 +147,7 @@ bool MappedFile::read(std::string& content, std::string& problem) const {
     return true;
 }
 
-/// A file that is there keeps the rights that it was given.
+/// An existing file keeps its access rights.
 bool MappedFile::makePrivate(std::string&) {
     return true;
 }
@@ -158,7 +157,7 @@ void MappedFile::populate(std::size_t) noexcept {}
 /// There are no forked children.
 void MappedFile::closeInChild() noexcept {}
 
-/// The system may not say of a file on which volume it is that was renamed while it was open.
+/// The system may not report the volume of a file that was renamed while open, hence the check for 0.
 bool MappedFile::isAt(const std::string& path) const noexcept {
     const Handle named(CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -170,7 +169,7 @@ bool MappedFile::isAt(const std::string& path) const noexcept {
            there.nFileIndexHigh == own.nFileIndexHigh && there.nFileIndexLow == own.nFileIndexLow;
 }
 
-/// Nobody closes it by its number.
+/// Unlike a descriptor, the handle is not closed by others.
 bool MappedFile::isStillOpen() const noexcept {
     return handle_ != NONE;
 }

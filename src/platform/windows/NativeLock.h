@@ -2,7 +2,7 @@
 
 #include "platform/Process.h"
 
-// Without what defines ERROR and other everyday words as macros.
+// Leaves out the headers that define ERROR and other common words as macros.
 #if !defined(NOGDI)
 #define NOGDI
 #endif
@@ -14,7 +14,6 @@
 namespace ZAV {
 namespace Platform {
 
-/// The system's critical section.
 class NativeLock {
 public:
     explicit NativeLock(ForkRule) { InitializeCriticalSection(&section_); }
@@ -30,7 +29,7 @@ public:
         unlock();
     }
     bool isHeldOnce() const { return section_.RecursionCount == 1; }
-    void beginUnchanged() {} // nobody forks
+    void beginUnchanged() {} // no process forks here
     void endUnchanged() {}
 
 private:

@@ -15,9 +15,9 @@ namespace Platform {
 
 namespace {
 
-/// A right to append, and no other, has the system find the end in the same step as it writes; the C runtime
-/// would look for it first, and two processes could find the same. Where a new file is due, a link is opened
-/// itself, so that it can be told from a file.
+/// With no other right than to append, the system finds the end and writes atomically; the C runtime would
+/// seek first, and two processes could find the same end. With `CREATE` a link itself is opened, so that it
+/// can be told from a file.
 HANDLE openForAppending(const char* path, OutputFile::Mode mode) {
     const DWORD disposition = mode == OutputFile::TRUNCATE ? CREATE_ALWAYS : OPEN_ALWAYS;
     const DWORD noLink = mode == OutputFile::CREATE ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
@@ -25,7 +25,7 @@ HANDLE openForAppending(const char* path, OutputFile::Mode mode) {
                        FILE_ATTRIBUTE_NORMAL | noLink, nullptr);
 }
 
-/// Refuses pipes, and a link in the place of a new file.
+/// Refuses pipes, and with `CREATE` a link.
 bool isAcceptable(HANDLE handle, OutputFile::Mode mode) {
     BY_HANDLE_FILE_INFORMATION file;
     const DWORD type = GetFileType(handle);
@@ -43,7 +43,7 @@ int toDescriptor(HANDLE handle) {
     return descriptor;
 }
 
-/// \return how many characters of a text are in so many bytes of it with the system's line ends
+/// \return how many characters of a text the given number of bytes with the system's line ends hold
 std::size_t countCharacters(std::string_view text, std::size_t bytes) {
     std::size_t characters = 0;
     while (characters < text.size() && bytes >= (text[characters] == '\n' ? 2U : 1U)) {
@@ -53,12 +53,12 @@ std::size_t countCharacters(std::string_view text, std::size_t bytes) {
     return characters;
 }
 
-/// Ends lines as the system does. The C runtime would as well, but in pieces of a kilobyte or a few, each
-/// written on its own: another process could append in the middle of a line.
+/// Converts line ends itself: the C runtime would do so in separate writes of a few kilobytes, and another
+/// process could append in the middle of a line.
 /// \return how many characters of the text were written
 std::size_t writeInOnePiece(int descriptor, std::string_view text) {
     char buffer[4096];
-    buffer[0] = '\0'; // an empty text leaves it so, as the compiler notices
+    buffer[0] = '\0'; // silences a compiler warning about an empty text
     const std::size_t size =
         text.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     const bool isLong = size > sizeof buffer;
@@ -142,7 +142,7 @@ std::uint64_t OutputFile::size() const noexcept {
     return length < 0 ? 0 : static_cast<std::uint64_t>(length);
 }
 
-/// The system counts tenths of a microsecond since 1601.
+/// File times count tenths of a microsecond since 1601.
 std::uint64_t OutputFile::lastWritten() const noexcept {
     constexpr std::uint64_t FROM_1601_TO_1970 = 11'644'473'600'000'000;
     FILETIME written;

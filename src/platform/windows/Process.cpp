@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 #include <process.h>
-#include <winsock2.h> // and with it <windows.h>, which must not come first
+#include <winsock2.h> // includes <windows.h>, which must not come first
 
 namespace ZAV {
 namespace Platform {
@@ -33,8 +33,9 @@ bool isProcessAlive(int id) {
 }
 
 void atProcessEnd(void (*)()) {
-    // When a library hears of the end of the process, the other threads are gone already, wherever they were:
-    // there is nothing left to wait for, and a lock that one of them was holding is never released.
+    // When a library is notified of the process's end, the other threads have already been killed, wherever
+    // they were: there is nothing left to wait for, and a lock that one of them was holding is never
+    // released.
 }
 
 bool isOnlyThread() noexcept {
@@ -42,7 +43,7 @@ bool isOnlyThread() noexcept {
 }
 
 void markAsServing() noexcept {
-    // Nobody asks for it.
+    // `isOnlyThread` is always false here.
 }
 
 void keepLibraryLoaded() {
@@ -74,7 +75,7 @@ ForkedMemory::~ForkedMemory() {
 
 namespace {
 
-/// The system counts how often its sockets library is started, so calls from several threads may overlap.
+/// The system counts starts and cleanups of its sockets library, so calls from several threads may overlap.
 class SocketsLibrary {
 public:
     SocketsLibrary() {

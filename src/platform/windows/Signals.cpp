@@ -11,11 +11,11 @@ namespace Platform {
 
 namespace {
 
-/// It is never destroyed: somebody may have kept one of the functions to call it later.
+/// Never destroyed: other code may have saved one of the handlers to chain to it later.
 struct Requests {
     HANDLE wanted = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-    std::atomic<unsigned> asked{0};  ///< requests that were made
-    std::atomic<unsigned> served{0}; ///< of these, those that the function was run for
+    std::atomic<unsigned> asked{0};  ///< number of requests made
+    std::atomic<unsigned> served{0}; ///< number of these for which the function has run
     std::atomic<bool> isActive{false};
     std::atomic<bool> isEnding{false};
     std::atomic<ULONGLONG> timeout{0}; ///< in milliseconds
@@ -29,7 +29,7 @@ Requests& requests() {
     return made;
 }
 
-/// Has the function run and waits for that.
+/// Requests a run of the function and waits for it.
 void runFunction() {
     Requests& state = requests();
     if (!state.isActive) {
@@ -45,7 +45,7 @@ void runFunction() {
 
 BOOL WINAPI onConsoleEvent(DWORD) {
     runFunction();
-    return FALSE; // so that the handlers of before come next
+    return FALSE; // so that earlier handlers are called next
 }
 
 LONG WINAPI onException(EXCEPTION_POINTERS* exception) {
@@ -82,7 +82,7 @@ struct SignalHook::Handlers {
         SetConsoleCtrlHandler(onConsoleEvent, FALSE);
         const LPTOP_LEVEL_EXCEPTION_FILTER last = SetUnhandledExceptionFilter(requests().filterBefore);
         if (last != onException) {
-            SetUnhandledExceptionFilter(last); // of somebody who came later
+            SetUnhandledExceptionFilter(last); // set by somebody else later
         }
         if (std::get_terminate() == onTerminate) {
             std::set_terminate(requests().terminateBefore);

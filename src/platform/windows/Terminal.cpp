@@ -20,7 +20,7 @@ HANDLE stopEvent() {
     return event;
 }
 
-/// The second request ends the process, which may hang in a write.
+/// The second request ends the process, which may be stuck in a write.
 BOOL WINAPI onConsoleEvent(DWORD) {
     if (isStopRequested()) {
         return FALSE;

@@ -14,7 +14,7 @@ NoCancellation::NoCancellation() noexcept {
 NoCancellation::~NoCancellation() = default;
 
 void actOnCancellation() {
-    // Nobody can request it.
+    // Threads cannot be cancelled here.
 }
 
 struct NoSignals::Mask {};
@@ -24,7 +24,7 @@ NoSignals::NoSignals() = default;
 NoSignals::~NoSignals() = default;
 
 bool sleepBriefly() noexcept {
-    return false; // the shortest sleep lasts for a tick of the system's timer
+    return false; // the shortest sleep is one tick of the system timer
 }
 
 std::uint64_t currentThreadId() noexcept {

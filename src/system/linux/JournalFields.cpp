@@ -25,7 +25,7 @@ char upperOrUnderscore(char character) {
     return fits ? character : '_';
 }
 
-/// The journal takes no name that begins with a digit, and has those with "_" for itself.
+/// The journal rejects names that begin with a digit, and reserves those that begin with "_".
 std::string nameOf(const std::string& key) {
     std::string name = key;
     std::transform(name.begin(), name.end(), name.begin(), upperOrUnderscore);
@@ -58,8 +58,8 @@ public:
     std::vector<std::string> all;
 
 private:
-    /// \return the name, with as many "_" behind it as it takes for no other field to have it. Where no more of
-    ///         them fit, a field gets two values, which the journal keeps as well.
+    /// \return the name, with as many "_" appended as it takes to be unique. If no more fit, a field gets two values,
+    ///         both of which the journal keeps.
     std::string freeName(const std::string& name) const {
         std::string free = name.substr(0, LONGEST_NAME);
         for (std::size_t added = 1; added < LONGEST_NAME && names_.count(free) > 0; ++added) {
@@ -68,8 +68,8 @@ private:
         return free;
     }
 
-    /// Those that are taken: of ours also the ones that the message lacks, so that a pair has one name
-    /// always.
+    /// Names in use. Includes the library's own even if the message lacks them, so that a pair always gets
+    /// the same name.
     std::set<std::string> names_{"MESSAGE", "PRIORITY", "LOGGER", "CODE_FILE", "CODE_LINE", "TID"};
 };
 

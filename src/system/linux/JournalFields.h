@@ -8,9 +8,8 @@ namespace Log {
 
 class LogMessage;
 
-/// \return the fields of an entry of the journal, each as "NAME=value": all that a message has, its text without
-///         the pairs. Of pairs whose names are the same, the message's own have the first choice, then those
-///         of the context.
+/// \return the fields of a journal entry, each as "NAME=value": everything in the message, with the text excluding the
+///         pairs. If names collide, the message's own pairs get the name before those of the context.
 std::vector<std::string> journalFieldsOf(const LogMessage& message);
 
 } // namespace Log

@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
-// The place is that of the logging call, not this one.
+// The location is the logging call's, not this one.
 #define SD_JOURNAL_SUPPRESS_LOCATION
 #include <systemd/sd-journal.h>
 
@@ -19,7 +19,7 @@ namespace Log {
 
 namespace {
 
-/// Where libsystemd sends to, and says nothing if there is no such file.
+/// The socket that libsystemd sends to; it reports no error if the socket does not exist.
 constexpr char JOURNAL[] = "/run/systemd/journal/socket";
 
 } // namespace
@@ -29,7 +29,7 @@ void JournaldAppender::doOutput(const LogMessage& message) {
     std::vector<iovec> parts;
     parts.reserve(fields.size());
     for (const std::string& field : fields) {
-        parts.push_back({const_cast<char*>(field.data()), field.size()}); // is only read
+        parts.push_back({const_cast<char*>(field.data()), field.size()}); // only read
     }
     const int error =
         access(JOURNAL, F_OK) != 0 ? errno : -sd_journal_sendv(parts.data(), static_cast<int>(parts.size()));

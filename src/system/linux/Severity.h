@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace Log {
 
-/// \return the severity of a level: one of <syslog.h>, which the journal calls priority
+/// \return the severity of a level, as defined in <syslog.h>; the journal calls it priority
 int severityOf(Level::LogLevel level);
 
 } // namespace Log

@@ -18,23 +18,23 @@ namespace Log {
 
 namespace {
 
-/// What the kernel takes in one piece is a little more than 200 KB. The C library loses what is longer.
+/// The kernel accepts a little more than 200 KB in one datagram. The C library drops a longer line.
 constexpr std::size_t LONGEST = 131'072;
 
-/// The use of the C library's `syslog`, of which each process has one.
+/// Access to the C library's `syslog`, whose state is per process.
 class SystemLog : public Platform::NeverDestroyed<SystemLog> {
 public:
-    /// The C library remembers where a name stands and uses it for ever, also for the application's own
+    /// The C library keeps the pointer to the name and uses it from then on, even for the application's own
     /// calls.
-    /// \return a copy that stays
+    /// \return a copy that is never freed
     const char* keepIdent(const std::string& ident) {
         const Platform::ScopedLock scopedLock(lock_);
         return idents_.insert(ident).first->c_str();
     }
 
-    /// A daemon that does not read may keep it waiting, but no fork beyond a moment.
-    /// \throw LogException in a child that was forked while another thread was in here for long: the lock
-    ///        inside the C library is never free there
+    /// May block on a daemon that does not read, but delays a fork only briefly.
+    /// \throw LogException in a child that was forked while another thread was blocked in here: the C library's lock is
+    ///        never released there
     void write(const char* ident, int facility, int severity, const char* line) {
         const Platform::ScopedLock scopedLock(lock_);
         if (isInside_) {
@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    /// The calls of the C library, which end the thread if it is cancelled.
+    /// Marks C library calls as in progress, until they return or a cancellation unwinds them.
     class Inside {
     public:
         explicit Inside(SystemLog& log) ZAV_LOG_REQUIRES(log.lock_) : isInside_(log.isInside_) {
@@ -66,7 +66,7 @@ private:
 
     Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
     bool isInside_ ZAV_LOG_GUARDED_BY(lock_) =
-        false; ///< as a child finds it, also for a thread that is not there
+        false; ///< in a child possibly set by a thread that does not exist there
     std::set<std::string> idents_ ZAV_LOG_GUARDED_BY(lock_);
 };
 
@@ -76,10 +76,10 @@ const SystemLog& madeAtLoad = SystemLog::instance();
     throw LogException("Wrong value for the " + options.name + "." + key + " property: " + value);
 }
 
-/// A daemon takes the name for what stands before the first "[" or ":", in one word.
+/// Daemons take one word before the first "[" or ":" as the name.
 std::string identOf(const AppenderOptions& options) {
     const char* const readable = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
-    const std::string byDefault = program_invocation_short_name; // the C library's, too
+    const std::string byDefault = program_invocation_short_name; // the C library's default, too
     std::string ident = options.value("ident", byDefault);
     if (ident != byDefault && (ident.empty() || ident.find_first_not_of(readable) != std::string::npos)) {
         refuse(options, "ident", ident);
@@ -87,7 +87,7 @@ std::string identOf(const AppenderOptions& options) {
     return ident;
 }
 
-/// Without `kern`, which is the kernel's own.
+/// `kern` is left out, since it is reserved for the kernel.
 int facilityOf(const AppenderOptions& options) {
     static const std::map<std::string, int> facilities = {
         {"auth", LOG_AUTH},     {"authpriv", LOG_AUTHPRIV}, {"cron", LOG_CRON},     {"daemon", LOG_DAEMON},
@@ -103,7 +103,7 @@ int facilityOf(const AppenderOptions& options) {
     return facility->second;
 }
 
-/// Cuts a line that is too long, not within a character of UTF-8.
+/// Truncates a line that is too long, but not within a UTF-8 character.
 void cut(std::string& line) {
     if (line.size() > LONGEST) {
         std::size_t size = LONGEST;

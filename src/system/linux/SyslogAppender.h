@@ -5,21 +5,20 @@
 namespace ZAV {
 namespace Log {
 
-/// Hands each line to `syslog` of the C library, with the process id and the name `ident` in front of it.
+/// Passes each line to the C library's `syslog`, which prefixes the name `ident` and the process id.
 ///
-/// That function belongs to the whole process, with its one name and its one facility. So each line sets
-/// those of its appender, and the library's lock keeps two appenders apart. Nothing keeps them apart from
-/// calls of the application's own.
+/// `syslog` has one name and one facility per process. So these are set for each line, under a lock that
+/// serialises appenders. Calls made by the application itself are not serialised with them.
 class SyslogAppender : public Appender {
 public:
-    /// \throw LogException for a facility that does not exist and a name that cannot be read back
+    /// \throw LogException for an unknown facility or a name that log readers could not parse
     explicit SyslogAppender(const AppenderOptions& options);
 
 private:
     void doOutput(const LogMessage& message) override;
 
     const AppenderOptions options_;
-    const char* const ident_; ///< kept for ever
+    const char* const ident_; ///< never freed
     const int facility_;
 };
 

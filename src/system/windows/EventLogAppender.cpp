@@ -4,7 +4,7 @@
 #include "log/LogMessage.h"
 #include "system/VisibleText.h"
 
-// Without what defines ERROR and other everyday words as macros.
+// Leaves out the headers that define ERROR and other common words as macros.
 #define NOGDI
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -19,14 +19,14 @@ namespace Log {
 
 namespace {
 
-/// The number of every event. Windows has a file of messages, EventCreate.exe, whose number 1 is just the
+/// The id of every event. In EventCreate.exe, a message file that comes with Windows, message 1 is just the
 /// text.
 constexpr DWORD EVENT_ID = 1;
 
-/// The system refuses a longer text.
+/// The system refuses longer texts.
 constexpr std::size_t LONGEST = 31839;
 
-/// What is no UTF-8 becomes U+FFFD.
+/// Invalid UTF-8 becomes U+FFFD.
 std::wstring wideOf(const std::string& text) {
     const auto size = static_cast<int>(text.size());
     std::wstring wide(
@@ -35,7 +35,7 @@ std::wstring wideOf(const std::string& text) {
     return wide;
 }
 
-/// The viewer takes "%" and a digit for a mark in whose place another text goes, also inside a text.
+/// The event viewer takes "%" and a digit as a placeholder, even inside an inserted text.
 void partMarks(std::wstring& text) {
     for (std::size_t at = text.find(L'%'); at != std::wstring::npos; at = text.find(L'%', at + 1)) {
         if (at + 1 < text.size() && text[at + 1] >= L'0' && text[at + 1] <= L'9') {
@@ -44,14 +44,14 @@ void partMarks(std::wstring& text) {
     }
 }
 
-/// Cuts a text that is too long, not between the two halves of a character.
+/// Truncates a text that is too long, but not within a surrogate pair.
 void cut(std::wstring& text) {
     if (text.size() > LONGEST) {
         text.resize(text[LONGEST] >= 0xdc00 && text[LONGEST] <= 0xdfff ? LONGEST - 1 : LONGEST);
     }
 }
 
-/// Types are all that the event log has; an audit of its own kind is a matter of the system's security.
+/// The event log has only these types; its audit types are reserved for the security log.
 WORD typeOf(Level::LogLevel level) {
     switch (level) {
     case Level::LEVEL_ERROR:
@@ -65,7 +65,7 @@ WORD typeOf(Level::LogLevel level) {
 
 /// \return the file name of the program, without folder and ".exe"
 std::wstring programName() {
-    std::wstring path(32768, L'\0'); // the longest that there is
+    std::wstring path(32768, L'\0'); // the longest possible path
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     path.erase(0, path.find_last_of(L"\\/") + 1);
     return path.substr(0, path.rfind(L'.'));
