@@ -89,7 +89,7 @@ public:
     /// \return false if messages still wait: on timeout, or because waiting could deadlock
     bool flush(Util::TimeUtils::Time timeout);
 
-    /// \return the numbers of the queue; `failed` is not counted here
+    /// \return the queue's statistics, without `failed`
     LogStatistics statistics() const;
 
     /// Stops the consumer, if it is running, after its current round.

@@ -11,7 +11,7 @@ namespace ZAV {
 namespace Log {
 
 /// A contiguous run of messages taken out of the queue, kept by the rings of their threads and read in the
-/// order of their numbers. Not thread-safe.
+/// order of their numbers. Has no lock: one thread reads it.
 class MessageBatch {
 public:
     std::uint64_t size() const noexcept { return last_ - first_ + 1; }
@@ -38,7 +38,7 @@ public:
     PackedMessage::Unpacked next() noexcept;
 
 private:
-    friend class MessageStore; // which fills it
+    friend class MessageStore; // fills it
 
     /// The part of the batch in one ring.
     struct Stream {

@@ -40,7 +40,7 @@ public:
     /// \return false on timeout, or if messages wait and no consumer will take them
     bool flush(Util::TimeUtils::Time timeout);
 
-    /// \return the numbers of the queue; `failed` is not counted here
+    /// \return the queue's statistics, without `failed`
     LogStatistics statistics() const noexcept { return store_.statistics(); }
 
     /// Keeps newly appended messages in a file.

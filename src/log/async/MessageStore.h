@@ -64,7 +64,7 @@ public:
         return number > taken ? number - taken : 0;
     }
 
-    /// \return the numbers of the queue; `failed` is not counted here
+    /// \return the queue's statistics, without `failed`
     LogStatistics statistics() const noexcept;
 
     // Called by readers

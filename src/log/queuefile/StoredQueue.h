@@ -101,7 +101,7 @@ private:
     void damage() { problem_ = problem_.empty() ? "It is damaged" : problem_; }
 
     const std::string content_;
-    const std::string_view bytes_; ///< the same
+    const std::string_view bytes_; ///< view of `content_`
     std::string problem_;
     std::size_t scanned_ = 0; ///< bytes checked in vain while searching for records
     std::vector<Block> blocks_;

@@ -111,7 +111,7 @@ private:
     const bool isNested_;
 };
 
-/// A message that a thread is giving to the synchronous appenders of its logger.
+/// A message that a thread is delivering to the synchronous appenders of its logger.
 class Dispatch {
 public:
     /// \param message must outlive this object
