@@ -19,8 +19,9 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Does something with the message object. It is filled for each appender again: an appender is given the
-/// whole batch before the next one is, and all messages at once would take several times the memory.
+/// Calls a function with the message object. The object is created again for each appender: each appender
+/// gets the whole batch before the next one does, and keeping all objects would take several times the
+/// memory.
 template <typename Use>
 void withMessage(const MessageFields& fields, Use use) noexcept {
     ReusedMessage message(fields);
@@ -30,8 +31,8 @@ void withMessage(const MessageFields& fields, Use use) noexcept {
         FailureCount::add(); // there is no message to report
         return;
     }
-    // A listener that was just told of a failed write may throw, and so may a filter. That must not end the
-    // thread, and with it the log, but is shown as if it had.
+    // A listener notified of a failed write may throw, and so may a filter. That must not end the thread, and
+    // with it all logging; it is only shown as if it had.
     try {
         use(message.get());
     } catch (const std::exception& exception) {
@@ -45,7 +46,7 @@ void give(Appender& appender, const MessageFields& fields) noexcept {
     withMessage(fields, [&appender](const LogMessage& message) { appender.output(message); });
 }
 
-/// Reports a message as `Appender::output` does.
+/// Reports a failed message as `Appender::output` does.
 void report(const Appender& appender, const MessageFields& fields,
             const std::exception_ptr& reason) noexcept {
     withMessage(fields, [&](const LogMessage& message) {
@@ -61,7 +62,7 @@ void report(const Appender& appender, const MessageFields& fields,
     });
 }
 
-/// The bound of reports in answer to others holds for each message that answers none.
+/// The limit of nested reports applies anew to each message that answers no report.
 ReportAnswer answerOf(const PackedMessage::Unpacked& message, ThreadRecord& thread) noexcept {
     if (message.answeredReports == 0) {
         thread.nestedReports = 0;
@@ -86,7 +87,7 @@ void AsynchronousAppenders::add(Appender* appender, IsListed isListed) {
     added_.splice(added_.end(), added);
 }
 
-/// A thread that is inside an appender or a listener may hold what a delivery waits for.
+/// A thread inside an appender or a listener may hold a lock that the delivery waits for.
 bool AsynchronousAppenders::remove(Appender* appender) {
     hasEntry([appender](Entry& entry) {
         Appender* expected = appender;
@@ -134,7 +135,7 @@ void AsynchronousAppenders::exchangeEntries() noexcept {
 }
 
 void AsynchronousAppenders::renewList() {
-    std::list<Entry> removed; // freed when the lock is
+    std::list<Entry> removed; // destroyed after the lock is released
     const ScopedLock listLock(listLock_);
     asynchronousAppenders_.splice(asynchronousAppenders_.end(), added_);
     for (auto entry = asynchronousAppenders_.begin(); entry != asynchronousAppenders_.end();) {
@@ -194,8 +195,8 @@ void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, b
     }
 }
 
-/// The messages count as given once their lines are written. A failure is reported before the next message is
-/// given, so that all reports come in the order of their messages.
+/// Messages count as delivered once their lines are written. A failure is reported before the next message is
+/// delivered, so that reports come in the order of their messages.
 void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast,
                                             QueueFile* file) noexcept {
     QueueFileMark mark = entry.markIn(file);
@@ -228,8 +229,8 @@ void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& ba
     }
 }
 
-/// The batch is read again up to where it has been read: reports are rare, and to keep what they show would
-/// cost each message.
+/// Reads the batch again up to the current position: reports are rare, and storing what they need would
+/// burden every message.
 void AsynchronousAppenders::reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept {
     BatchAppender* const appender = isAbandoned_ ? nullptr : entry.batchAppender();
     if (appender == nullptr || !appender->hasFailed()) {
@@ -265,7 +266,7 @@ void AsynchronousAppenders::countProgress() noexcept {
     progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
-/// \return null if the appender was removed, or is not meant to get the message
+/// \return null if the appender was removed or must not get the message
 Appender* AsynchronousAppenders::Entry::appenderOf(const MessageFields& message) const noexcept {
     Appender* const listed = appender.load(std::memory_order_acquire);
     const bool getsAll = isListed == nullptr || message.logger == nullptr;
@@ -277,7 +278,7 @@ BatchAppender* AsynchronousAppenders::Entry::batchAppender() const noexcept {
     return appender.load(std::memory_order_acquire) != nullptr ? batching : nullptr;
 }
 
-/// Only what the configuration has made is served from an earlier run.
+/// Only configured appenders have marks, since only they get messages of an earlier run.
 QueueFileMark AsynchronousAppenders::Entry::markIn(QueueFile* file) const noexcept {
     const Appender* const marked = appender.load(std::memory_order_acquire);
     return file == nullptr || marked == nullptr || isListed != nullptr

@@ -16,14 +16,14 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Made while the library is loaded, so that the process's own objects, which may log when they are
-/// destroyed, are gone by the time that the dispatcher ends.
+/// Created at load time, so that the application's static objects, whose destructors may log, are destroyed
+/// before the dispatcher ends.
 const AsynchronousDispatcher& madeAtLoad = AsynchronousDispatcher::instance();
 
 } // namespace
 
 AsynchronousDispatcher::AsynchronousDispatcher() {
-    // The last one is called first.
+    // Called in reverse order of registration.
     Platform::atProcessEnd([] { instance().awaitEnd(); });
     Platform::atProcessEnd([] { instance().endWithProcess(); });
     Platform::atFork(nullptr, [] { instance().beginInChild(); });
@@ -31,8 +31,8 @@ AsynchronousDispatcher::AsynchronousDispatcher() {
 
 // The queue's file
 
-/// While something of earlier processes waits, no delivery begins; and what is logged meanwhile from inside,
-/// by an appender that is being made, does not wait for one.
+/// While messages of earlier processes wait, no delivery begins, and messages that an appender logs while
+/// being created do not wait for one.
 void AsynchronousDispatcher::init(const Util::Properties& properties,
                                   const std::function<void()>& makeAppenders) {
     QueueFile* const file = files_.open(properties);
@@ -50,7 +50,7 @@ void AsynchronousDispatcher::init(const Util::Properties& properties,
     recovered_ += recovery.messages;
     if (recovery.isAllGiven() || file->earlier()->messages().empty()) {
         file->forgetEarlier();
-        queue_.keepIn(queue_.file()); // which may have had no room for its marks
+        queue_.keepIn(queue_.file()); // the file may have had no room for its marks
     }
 }
 
@@ -80,8 +80,8 @@ void AsynchronousDispatcher::enqueue(const MessageFields& message, bool mayWaitF
 }
 
 bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
-    // The consumer may be waiting for a lock that the thread holds inside an appender or a listener, or be
-    // the thread itself.
+    // Inside an appender or a listener, this thread may hold a lock that the consumer waits for, or be the
+    // consumer.
     if (LibraryCall::isOpen()) {
         return statistics().waiting == 0;
     }
@@ -89,13 +89,13 @@ bool AsynchronousDispatcher::flush(Util::TimeUtils::Time timeout) {
     return queue_.flush(timeout);
 }
 
-// The consumer's life
+// The consumer's lifetime
 
 void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender,
                                                           AsynchronousAppenders::IsListed isListed) {
     appenders_.add(appender, isListed);
-    if (LibraryCall::isOpen()) { // another thread may be joining the consumer, and waiting for what this one
-                                 // holds
+    if (LibraryCall::isOpen()) { // another thread may be joining the consumer, which waits for a lock of this
+                                 // thread
         change({ABSENT}, WANTED);
         startIfWanted(false);
         return;
@@ -106,7 +106,7 @@ void AsynchronousDispatcher::registerAsynchronousAppender(Appender* appender,
             start();
         }
     } catch (...) {
-        appenders_.remove(appender); // whom its owner will destroy now
+        appenders_.remove(appender); // its owner will destroy it now
         throw;
     }
 }
@@ -115,7 +115,7 @@ void AsynchronousDispatcher::unregisterAsynchronousAppender(Appender* appender) 
     const bool noneLeft = appenders_.remove(appender);
     if (noneLeft && !LibraryCall::isOpen()) {
         const ScopedLock lock(threadLock_);
-        if (appenders_.isEmpty()) { // and no other thread has just registered one
+        if (appenders_.isEmpty()) { // unless another thread has just registered one
             stop();
         }
     }
@@ -126,8 +126,8 @@ bool AsynchronousDispatcher::drain(const Deadline& deadline) {
     return queue_.drain(deadline);
 }
 
-/// A consumer that is to end may be amid a delivery. If the process ends, who ends it delivers the rest, and
-/// changes the appenders.
+/// A consumer that is ending may be in a delivery. If the process ends, the ending thread delivers the rest
+/// and replaces the appenders.
 void AsynchronousDispatcher::awaitHold() {
     startIfWanted(true);
     queue_.awaitHold();
@@ -146,8 +146,8 @@ void AsynchronousDispatcher::exchangeConfigured(bool needsNewConsumer) {
     }
 }
 
-/// Those who wait for room or for a flush learn of it.
-/// \return false if the state is none of those that it may be left from
+/// Wakes the threads that wait for room or in `flush`.
+/// \return false if the current state is not in `from`
 bool AsynchronousDispatcher::change(std::initializer_list<State> from, State to) {
     const ScopedLock lock(stateLock_);
     if (std::find(from.begin(), from.end(), state_.load()) == from.end()) {
@@ -158,7 +158,7 @@ bool AsynchronousDispatcher::change(std::initializer_list<State> from, State to)
     return true;
 }
 
-/// Without effect once the process ends.
+/// No effect once the process ends.
 void AsynchronousDispatcher::start() {
     Platform::keepLibraryLoaded();
     const Platform::NoSignals noSignals;
@@ -174,9 +174,9 @@ void AsynchronousDispatcher::start() {
     }
 }
 
-/// A thread that cannot be started now is tried again with the next message.
-/// \param waitsForThread whether to wait for another thread that is starting or stopping it: with a logger's lock held,
-///        that could last for ever
+/// If the thread cannot be started now, the next message retries.
+/// \param waitsForThread whether to wait for another thread that is starting or stopping it; with a logger's
+///        lock held, that could deadlock
 void AsynchronousDispatcher::startIfWanted(bool waitsForThread) noexcept {
     if (state_ != WANTED) {
         return;
@@ -196,9 +196,9 @@ void AsynchronousDispatcher::startIfWanted(bool waitsForThread) noexcept {
     }
 }
 
-/// An appender that is registered meanwhile, from inside another one, gets a consumer with the next message.
+/// For an appender registered meanwhile from inside another one, the next message starts a consumer.
 void AsynchronousDispatcher::stop() {
-    const Platform::NoCancellation noCancellation; // or the thread would be joined by nobody
+    const Platform::NoCancellation noCancellation; // a cancelled call would leave the thread unjoined
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
         change({RUNNING}, ENDING);
@@ -221,7 +221,7 @@ void AsynchronousDispatcher::finishConfigured() {
 
 // The consumer's thread
 
-/// What is thrown in it, because the priority cannot be set for example, ends the thread alone.
+/// An exception, for example because the priority cannot be set, ends only this thread.
 void AsynchronousDispatcher::runConsumer() {
     AsynchronousDispatcher& dispatcher = instance();
     const unsigned generation = Platform::forkGeneration();
@@ -234,20 +234,20 @@ void AsynchronousDispatcher::runConsumer() {
     threadRecord().isConsumer = false;
     if (generation == Platform::forkGeneration()) {
         dispatcher.change({RUNNING}, ENDING);
-        { const LibraryCall call; } // writes what was left, since nobody waits for this thread any more
+        { const LibraryCall call; } // writes what is still put off: nothing waits for this thread any more
         dispatcher.change({ENDING}, ENDED);
         dispatcher.stateBell_.ring();
     }
 }
 
-/// A consumer that is stopped before its first round makes that round at once, so that what was queued by
-/// then is written as if it had been waiting already.
+/// A consumer stopped before its first round still makes that round at once, so that everything queued by
+/// then is written as if the consumer had been waiting already.
 void AsynchronousDispatcher::makeRounds() {
     const unsigned generation = Platform::forkGeneration();
     MessageBatch batch;
     int priority = DEFAULT_PRIORITY_MARK;
     queue_.prepareMemory();
-    bool hasCompany = true; // without any, the process is over once this thread is
+    bool hasCompany = true; // false: the process ends when this thread does
     do {
         applyPriority(priority);
         hasCompany = queue_.wait();
@@ -256,9 +256,9 @@ void AsynchronousDispatcher::makeRounds() {
     } while (hasCompany && state_ == RUNNING && generation == Platform::forkGeneration());
 }
 
-/// The priority may be configured after the thread has started; it is in force when messages are written. No
-/// message is held while it is set, since that may fail and end the thread. Nothing takes a thread back to
-/// what it was created with.
+/// The priority may be configured after the thread has started, and is in force when messages are written. It
+/// is set while no batch is taken, since failing ends the thread. A thread cannot return to the priority it
+/// was created with.
 void AsynchronousDispatcher::applyPriority(int& applied) const {
     const int priority = queue_.priority();
     if (priority == applied || priority == DEFAULT_PRIORITY_MARK) {
@@ -271,12 +271,12 @@ void AsynchronousDispatcher::applyPriority(int& applied) const {
     applied = priority;
 }
 
-/// If an appender or a listener forks, the batch belongs to the parent, and the child does not finish its
-/// delivery. At the end of the call, and so of the round, the thread writes what its appenders and listeners
-/// put off.
+/// If an appender or a listener forks, the batch belongs to the parent, and the child does not finish the
+/// delivery. At the end of the `LibraryCall`, and so of the round, the thread writes the messages that its
+/// appenders and listeners put off.
 void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
     const unsigned generation = Platform::forkGeneration();
-    const LibraryCall call; // what is logged while memory is taken must not wait for a logger either
+    const LibraryCall call; // a message logged during allocation must not wait for a logger either
     queue_.take(batch);
     const bool isDelivered = appenders_.deliver(batch, queue_.file());
     if (generation == Platform::forkGeneration()) {

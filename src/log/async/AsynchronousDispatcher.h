@@ -16,100 +16,101 @@
 namespace ZAV {
 namespace Log {
 
-/// The process-wide road from loggers to asynchronous appenders: the queue, and one consumer thread, which
-/// takes what is queued, a batch a round, and gives it to the appenders. All operations may be called from
-/// any thread.
+/// Dispatches messages from loggers to asynchronous appenders, process-wide: the queue, and one consumer
+/// thread, which in each round takes a batch of queued messages and delivers it to the appenders.
+/// Thread-safe.
 class AsynchronousDispatcher : public Platform::NeverDestroyed<AsynchronousDispatcher> {
 public:
-    /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key keep their values.
+    /// Reads the keys `zav.log.AsynchronousDispatcher.*`. Settings without a key are unchanged.
     void configure(const Util::Properties& properties) { queue_.configure(properties); }
 
-    /// Configures the queue and has the appenders made. What earlier processes have left in the queue's file
-    /// goes to them before anything new.
-    /// \param makeAppenders registers the appenders of the configuration
-    /// \throw LogException if the file cannot be used, and what `makeAppenders` throws
+    /// Configures the queue and has the appenders created. They get what earlier processes have left in the
+    /// queue's file before any new message.
+    /// \param makeAppenders creates and registers the configured appenders
+    /// \throw LogException if the file cannot be used; also what `makeAppenders` throws
     void init(const Util::Properties& properties, const std::function<void()>& makeAppenders);
 
-    /// Gives the appenders of the configuration what other processes have left in a file that the queue does
-    /// not use.
+    /// Delivers to the configured appenders what other processes have left in a file that the queue does not
+    /// use.
     Recovery recover(QueueFile& file);
 
-    /// Has the consumer write to an appender, and starts it if it does not run.
-    /// \param appender not owned; must live until it was unregistered
-    /// \param isListed asked for each message whether its logger lists the appender; null if the appender gets
-    ///        all messages
+    /// Makes the consumer deliver to an appender, and starts the consumer if it is not running.
+    /// \param appender not owned; must outlive its registration
+    /// \param isListed called for each message: whether its logger lists the appender; null if the appender
+    ///        gets all messages
     void registerAsynchronousAppender(Appender* appender, AsynchronousAppenders::IsListed isListed = nullptr);
 
-    /// Removes every entry of an appender, and stops the consumer when none is left. Once it returns, the
-    /// appender is not called any more; only inside an appender or a listener it does not wait for that.
+    /// Removes every entry of an appender, and stops the consumer when none is left. After it returns, the
+    /// appender is no longer called, except that it does not wait for a delivery if called inside an appender
+    /// or a listener.
     void unregisterAsynchronousAppender(Appender* appender);
 
-    // A change to another configuration. Its steps are called in this order by one thread at a time, and
-    // not inside an appender or a listener.
+    // Reloading. The steps are called in this order, by one thread at a time, and not inside an appender or a
+    // listener.
 
-    /// \return the settings that a fresh process with the properties would have. A bad value is reported and
-    ///         leaves its setting as it is.
-    /// \throw LogException if the queue would be kept elsewhere
+    /// \return the settings that a fresh process with the properties would have. An invalid value is reported
+    ///         and leaves its setting unchanged.
+    /// \throw LogException if the properties would change the queue's file
     DispatcherSettings settingsBy(const Util::Properties& properties) const;
 
     DispatcherSettings settings() const { return queue_.settings(); }
 
-    /// Takes the memory for the appenders that the consumer is to write to.
+    /// Allocates the memory for the appenders that the consumer will deliver to.
     void prepareExchange(const std::vector<Appender*>& appenders) { appenders_.prepareExchange(appenders); }
 
-    /// Waits until all that is queued was delivered or discarded, unless no consumer comes for it.
-    /// \return false if the time is over
+    /// Waits until everything queued was delivered or discarded, unless no consumer will take it.
+    /// \return false on timeout
     bool drain(const Deadline& deadline);
 
-    /// Has settings hold from the next message or wait on, but for the priority: that is one of the
+    /// Applies settings from the next message or wait on, except for the priority, which belongs to the
     /// consumer's thread.
     void use(const DispatcherSettings& settings) { queue_.use(settings); }
 
-    /// Has the consumer leave what is queued from now on where it is.
+    /// Makes the consumer leave newly queued messages in the queue.
     void hold() noexcept { queue_.hold(); }
 
-    /// Waits until the consumer has delivered all that was queued before the hold.
+    /// Waits until the consumer has delivered everything queued before the hold.
     void awaitHold();
 
-    /// Puts the appenders that were prepared in the place of those of the configuration. A consumer that has
-    /// ended, or whose priority has changed, gives way to a new one; without appenders there is none. One
-    /// that cannot be started now is tried again with the next message.
+    /// Replaces the configured appenders with the prepared ones. A consumer that has ended, or whose priority
+    /// has changed, is replaced with a new one; without appenders there is none. If the new one cannot be
+    /// started now, the next message retries.
     void exchangeConfigured(bool needsNewConsumer);
 
     void endHold() { queue_.endHold(); }
 
     /// Queues a message for the consumer.
-    /// \param mayWaitForRoom whether to wait for room in a full queue, if that is configured
-    /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
+    /// \param mayWaitForRoom whether to block while the queue is full, if that is configured
+    /// \throw std::bad_alloc if there is no memory for the message; it is then not queued
     void enqueue(const MessageFields& message, bool mayWaitForRoom);
 
-    /// Waits until what is queued was delivered or discarded.
-    /// \param timeout 0 for no limit
-    /// \return false if messages still wait: the time is over, or the wait could have no end
+    /// Waits until everything queued was delivered or discarded.
+    /// \param timeout 0 for no timeout
+    /// \return false if messages still wait: on timeout, or because waiting could deadlock
     bool flush(Util::TimeUtils::Time timeout);
 
-    /// \return the numbers of the queue; `failed` is not counted here
+    /// \return the queue's statistics, without `failed`
     LogStatistics statistics() const;
 
-    /// Stops the consumer, if it runs, after the round that it is in.
+    /// Stops the consumer, if it is running, after its current round.
     void stop();
 
-    /// The same, but for a consumer that appenders of the application need: that one makes a round, and goes
-    /// on.
+    /// The same, except that a consumer that the application's own appenders need makes one round and keeps
+    /// running.
     void finishConfigured();
 
 private:
-    /// What becomes of the consumer. Only while it is `RUNNING`, others wait for it.
+    /// State of the consumer. Other threads wait for it only while it is `RUNNING`.
     enum State {
         ABSENT,  ///< no appender needs it
         WANTED,  ///< the next message starts it, as in a forked child whose parent had one
         RUNNING, ///< it waits or delivers
         ENDING,  ///< it makes its last round
-        ENDED,   ///< its thread is over, and is still to be joined
-        OVER     ///< the process ends, and there is no other consumer
+        ENDED,   ///< its thread has finished and must still be joined
+        OVER     ///< the process ends; no consumer is started any more
     };
 
-    /// How far the end of the process has come.
+    /// Progress of the end of the process.
     enum End { NOT_BEGUN, BEGUN, DONE };
 
     friend NeverDestroyed;
@@ -131,20 +132,20 @@ private:
     void beginInChild() noexcept;
 
     MessageQueue queue_;
-    QueueFiles files_;                        ///< used by `init` and `reload` alone
-    std::atomic<std::uint64_t> recovered_{0}; ///< messages of earlier processes
+    QueueFiles files_;                        ///< used only by `init` and `reload`
+    std::atomic<std::uint64_t> recovered_{0}; ///< messages recovered from earlier processes
     AsynchronousAppenders appenders_;
-    Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held for one change of the state
-    std::atomic<State> state_{ABSENT};                               ///< read without it
+    Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held to change the state
+    std::atomic<State> state_{ABSENT};                               ///< read without the lock
     Bell stateBell_; ///< rung when the consumer has ended, and when the end is done
     std::atomic<End> end_{NOT_BEGUN};
     std::atomic<std::thread::id> endingThread_{std::thread::id()};
 
     Platform::CriticalSection threadLock_; ///< held while the consumer is started, or stopped and joined
     std::unique_ptr<Worker> consumerThread_ ZAV_LOG_GUARDED_BY(threadLock_);
-    // What is left alone, and kept in sight of those who look for memory that nobody knows.
-    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr; ///< nobody waits for it at the end
-    Worker* parentsConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;   ///< which does not run in the child
+    // Leaked on purpose, and kept reachable for leak checkers.
+    Worker* abandonedConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr; ///< detached at process end
+    Worker* parentsConsumer_ ZAV_LOG_GUARDED_BY(threadLock_) = nullptr;   ///< does not run in the child
 };
 
 } // namespace Log

@@ -15,7 +15,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Bytes of a line that room is kept for between two that are written by themselves.
+/// Most memory kept for the text between two lines written outside a round.
 constexpr std::size_t LARGEST_KEPT_LINE = std::size_t{64} * 1024;
 
 } // namespace
@@ -54,8 +54,8 @@ BatchAppender::Failed BatchAppender::takeFailed() noexcept {
     return failed;
 }
 
-/// An asynchronous appender has one caller at a time and takes the lock all the same, so that a thread that
-/// forks can wait until no line is half written.
+/// An asynchronous appender has one caller at a time, but takes the lock so that a forking thread can wait
+/// until no line is half written.
 void BatchAppender::doOutput(const LogMessage& message) {
     const ScopedLock lock(criticalSection_);
     try {
@@ -65,8 +65,8 @@ void BatchAppender::doOutput(const LogMessage& message) {
         if (!hasFailed()) {
             throw;
         }
-        lines_.push_back({number_, 0});   // behind those that are still to be reported
-        threadRecord().keptLineOf = this; // it is not written
+        lines_.push_back({number_, 0});   // after those still to be reported
+        threadRecord().keptLineOf = this; // it was not written
     }
 }
 
@@ -79,7 +79,7 @@ bool BatchAppender::keepsLines() const noexcept {
     return isInRound_ && roundGeneration_ == Platform::forkGeneration();
 }
 
-/// A line that was given up is still there.
+/// Drops the remains of a line that was abandoned.
 std::string& BatchAppender::beginLine() {
     const std::size_t usual = keepsLines() ? 2 * LARGEST_BATCH : LARGEST_KEPT_LINE;
     if (lines_.empty() && text_.capacity() > usual) {
@@ -100,7 +100,7 @@ void BatchAppender::keepLine() {
     }
 }
 
-/// A line of which only a part was written is not in the file.
+/// A partially written line counts as failed.
 void BatchAppender::writeKept() noexcept {
     const std::size_t size = keptSize();
     if (size == 0 || !keepsLines()) {
@@ -119,7 +119,7 @@ void BatchAppender::writeKept() noexcept {
     lines_.erase(lines_.begin(), std::find_if(lines_.begin(), lines_.end(),
                                               [written](const Line& line) { return line.end > written; }));
     for (Line& line : lines_) {
-        line.end = 0; // its text is gone
+        line.end = 0; // its text was erased
     }
     hasFailed_ = !lines_.empty();
 }

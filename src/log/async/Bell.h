@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Threading.h" // the one that the library is built with
+#include "Threading.h" // from `ice/` or `standard/`, as built
 #include "platform/Threads.h"
 #include "zav-util/TimeUtils.h"
 
@@ -12,18 +12,18 @@
 namespace ZAV {
 namespace Log {
 
-/// The end of a wait, by a clock that nobody sets.
+/// The end of a wait, on the monotonic clock.
 class Deadline {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// The wait has no end.
+    /// No deadline.
     Deadline() = default;
 
     /// \param limit from now
     explicit Deadline(std::chrono::microseconds limit) : end_(Clock::now() + std::min(limit, LONGEST)) {}
 
-    /// \param duration from now; 0 for no end
+    /// \param duration from now; 0 for no deadline
     static Deadline after(Util::TimeUtils::Time duration) {
         const std::uint64_t longest = static_cast<std::uint64_t>(LONGEST.count());
         return duration == Util::TimeUtils::Time()
@@ -35,7 +35,7 @@ public:
 
     bool isOver() const { return end_ != NEVER && Clock::now() >= end_; }
 
-    /// \return how long to wait in one step, at least a microsecond
+    /// \return duration of the next step of the wait, at least a microsecond
     std::chrono::microseconds step() const {
         const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end_ - Clock::now());
         return std::clamp(left, std::chrono::microseconds(1), LONGEST_STEP);
@@ -51,19 +51,19 @@ private:
     Clock::time_point end_ = NEVER;
 };
 
-/// What threads wait at until something has changed. It guards nothing: the condition is an atomic, or takes
-/// a lock itself, and the bell is rung after the change, without a lock that the condition takes.
+/// Lets threads wait until a condition holds. It guards no data: the condition reads atomics or takes a lock
+/// itself. Ring the bell after the change, without holding a lock that the condition takes.
 class Bell {
 public:
     Bell() = default;
     Bell(const Bell&) = delete;
     Bell& operator=(const Bell&) = delete;
 
-    /// Waits until the condition holds, which is looked at now and whenever the bell is rung.
-    /// \return false if it does not hold yet when the time is over
+    /// Waits until the condition holds; it is checked now and whenever the bell is rung.
+    /// \return false if it does not hold at the deadline
     template <typename Condition>
     bool wait(const Deadline& deadline, Condition condition) {
-        const Platform::NoCancellation noCancellation; // or the monitor would stay locked
+        const Platform::NoCancellation noCancellation; // a cancelled wait would leave the monitor locked
         const Locked locked(monitor_);
         bool holds = condition();
         while (!holds && !deadline.isOver()) {
@@ -77,14 +77,14 @@ public:
         return holds;
     }
 
-    /// Has all that wait look at their condition.
+    /// Makes all waiting threads check their condition.
     void ring() {
         const Locked locked(monitor_);
         monitor_.notifyAll();
     }
 
-    /// In a forked child, where nobody waits: puts a new monitor in the place of one that a thread of the
-    /// parent may have locked.
+    /// In a forked child, where no thread waits: replaces the monitor, which a thread of the parent may have
+    /// locked.
     void renewInChild() { new (&monitor_) Monitor; }
 
 private:

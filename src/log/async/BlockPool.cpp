@@ -33,7 +33,7 @@ void BlockPool::fill() noexcept {
             giveBack(block);
         }
     } catch (const std::bad_alloc&) {
-        return; // a block is made when it is wanted
+        return; // blocks are allocated on demand
     }
 }
 

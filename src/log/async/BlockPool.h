@@ -9,20 +9,20 @@
 namespace ZAV {
 namespace Log {
 
-/// Memory for packed messages, behind this head or in a file. The head itself is this process's alone, so
-/// that a forked child finds the chain as it was at the fork.
+/// Memory for packed messages, directly after this header or in a file. The header itself is private to the
+/// process, so that a forked child finds the chain as it was at the fork.
 struct MessageBlock {
     char* bytes = nullptr;
     std::atomic<MessageBlock*> next{
-        nullptr};                          ///< set once, when the thread that appends has filled this block
-    std::atomic<std::size_t> published{0}; ///< bytes that hold messages
+        nullptr}; ///< set once, by the appending thread when it has filled this block
+    std::atomic<std::size_t> published{0}; ///< bytes that readers may read
     std::size_t capacity = 0;              ///< in bytes
-    QueueFile* file = nullptr;             ///< where it lies, as records of their own; null if in memory
-    std::uint64_t word = 0;                ///< that it begins with in the file
+    QueueFile* file = nullptr; ///< the file that holds it, with each message a record; null if in memory
+    std::uint64_t word = 0;    ///< first word of the block in the file
 };
 
-/// Hands out blocks, and keeps a few that were given back: the first touch of new memory costs as much as
-/// packing the messages into it. All operations may be called from any thread, and take no lock.
+/// Allocates blocks, and caches a few that were returned: first touching new memory costs as much as packing
+/// the messages into it. Thread-safe; takes no lock.
 class BlockPool {
 public:
     static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;
@@ -32,16 +32,16 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// Makes as many blocks as are kept, and touches their memory, so that the calls that take them need not.
+    /// Fills the cache and touches the memory of its blocks, so that logging calls need not.
     void fill() noexcept;
 
     /// \return a block in memory
     /// \throw std::bad_alloc
     MessageBlock* take(std::size_t capacity);
 
-    /// \return a block in a file; null if that is full
-    /// \param wanted the capacity that the block should have
-    /// \param least the capacity that it must have
+    /// \return a block in a file; null if the file is full
+    /// \param wanted the preferred capacity
+    /// \param least the minimum capacity
     /// \throw std::bad_alloc
     static MessageBlock* takeStored(QueueFile& file, std::size_t wanted, std::size_t least,
                                     QueueFile::Room room);

@@ -15,11 +15,11 @@ namespace {
 
 constexpr std::size_t MOST_WAITING_BYTES = std::size_t{1024} * 1024;
 
-/// Whoever reads standard error may log what is written, and so discard the next message, and so on. The last
-/// of such a chain is only counted, or it would never end.
+/// Whatever reads standard error may log what is written, and so discard the next message, and so on. A
+/// message at this depth is only counted, to end such a chain.
 constexpr int DEEPEST = 8;
 
-/// How long the end of the process waits for one line.
+/// How long the end of the process waits for one line to be written.
 constexpr std::chrono::seconds LONGEST_WRITE{2};
 
 } // namespace
@@ -51,7 +51,7 @@ void DiscardedLines::add(std::string line, const char* reason) noexcept {
     }
 }
 
-/// What is discarded while a line is written, by whoever reads standard error, is written after it.
+/// A line discarded while another is being written, by whatever reads standard error, is written after it.
 void DiscardedLines::write() {
     int& depth = threadRecord().writtenLines;
     if (depth > 0 || !begin()) {
@@ -67,13 +67,13 @@ void DiscardedLines::write() {
     bell_.ring();
 }
 
-/// \return false if another thread writes
+/// \return false if another thread is writing
 bool DiscardedLines::begin() noexcept {
     const ScopedLock lock(lock_);
     return !std::exchange(isWriting_, true);
 }
 
-/// \return false if there is no line any more; the writing is then over
+/// \return false if no line is left; writing has then ended
 bool DiscardedLines::takeNext(Line& line) noexcept {
     const ScopedLock lock(lock_);
     if (!lines_.empty()) {

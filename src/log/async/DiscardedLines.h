@@ -11,35 +11,34 @@
 namespace ZAV {
 namespace Log {
 
-/// The lines of messages that the queue has discarded, on their way to the standard error stream, where they
-/// come in their order.
+/// The lines of discarded messages, to be written to the standard error stream in order.
 ///
-/// One thread at a time writes, and holds no lock meanwhile, since a standard error that nobody reads may
-/// keep it for ever. The others leave their lines to it.
+/// One thread at a time writes, holding no lock, since a standard error that nobody reads may block it for
+/// ever. Other threads leave their lines to it.
 class DiscardedLines {
 public:
-    /// Waits while many lines wait to be written. A thread that is writing them itself does not wait.
+    /// Waits while too many bytes are waiting to be written, unless the calling thread is writing itself.
     void waitForRoom();
 
-    /// Adds a line; `write` has to follow.
-    /// \param line empty if there was no memory for it
-    /// \param reason what the line begins with, and all that is shown in the place of an empty one
+    /// Adds a line; `write` must follow.
+    /// \param line empty if out of memory
+    /// \param reason prefix of the line; shown alone if the line is empty
     void add(std::string line, const char* reason) noexcept;
 
-    /// Writes what waits, unless another thread does.
+    /// Writes the waiting lines, unless another thread is doing so.
     void write();
 
-    /// Waits until all is written, as long as the thread that writes makes progress.
+    /// Waits until everything is written, as long as the writing thread makes progress.
     void finish();
 
-    /// Forgets what the parent of a forked child has to write.
+    /// In a forked child: discards the lines, which the parent writes.
     void renewInChild() noexcept;
 
 private:
     struct Line {
         std::string text;
         const char* reason;
-        int depth; ///< lines within whose writing the message was discarded, one within the other
+        int depth; ///< nesting depth of the lines during whose writing the message was discarded
     };
 
     bool begin() noexcept;
@@ -48,13 +47,13 @@ private:
 
     Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
     std::deque<Line> lines_ ZAV_LOG_GUARDED_BY(lock_);
-    std::size_t bytes_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< of the lines that wait
-    /// Lines that there was no memory to keep; each is shown as the reason alone.
+    std::size_t bytes_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< of the waiting lines
+    /// Number of lines lost for lack of memory; for each, only the reason is shown.
     int withoutMemory_ ZAV_LOG_GUARDED_BY(lock_) = 0;
     const char* theirReason_ ZAV_LOG_GUARDED_BY(lock_) = "";
     bool isWriting_ ZAV_LOG_GUARDED_BY(lock_) = false;
-    std::uint64_t taken_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< lines that were or are being written
-    Bell bell_;                                         ///< rung when a line was written
+    std::uint64_t taken_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< number of lines written or being written
+    Bell bell_;                                         ///< rung for every line, and when writing ends
 };
 
 } // namespace Log

@@ -16,17 +16,17 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// How long the end of the process waits for a consumer that does not come on.
+/// How long the end of the process waits for a consumer that makes no progress.
 constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
 
 } // namespace
 
-/// Writes what is still queued when the process ends without `LogManager::finish`. The listeners, which
-/// belong to the application, may be gone by now.
+/// Writes what is still queued when the process ends without `LogManager::finish`. The application's
+/// listeners may already be destroyed.
 ///
 /// A thread that ends the process from inside an appender or a listener holds locks that the consumer may be
-/// waiting for; there the messages are shown on the standard error stream instead, and so is what a consumer
-/// has not written that comes to a standstill.
+/// waiting for; the messages are then shown on the standard error stream instead, and so are those that a
+/// stalled consumer has not written.
 void AsynchronousDispatcher::endWithProcess() noexcept {
     const Platform::NoCancellation noCancellation;
     const bool mayDeliver = !LibraryCall::isOpen();
@@ -36,10 +36,10 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     CommandBus::instance().forgetListeners();
     Dispatch::showOpen();
     if (!mayDeliver) {
-        queue_.close(); // so that the consumer does not begin what is shown here
+        queue_.close(); // so that the consumer does not take what is shown here
     }
     const bool hasEnded = endConsumer(mayDeliver);
-    if (hasEnded && queue_.hasHold()) { // what comes behind it is for the appenders of after the change
+    if (hasEnded && queue_.hasHold()) { // messages after the hold are for the new appenders
         appenders_.exchangeEntries();
         queue_.endHold();
     }
@@ -57,10 +57,11 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     stateBell_.ring();
 }
 
-/// Two threads may end the process at once, the consumer from inside an appender for example. The system runs
-/// each function in one of them, and the process is gone once either is through. So what the other one is
-/// writing or showing is waited for, as long as it comes on; it may itself be waiting for this thread, until
-/// it gives that up. Then the rest is left to that one, since the system bears only one in its own functions.
+/// Two threads may end the process at once, for example the consumer from inside an appender. The system runs
+/// each exit function in only one of them, and the process exits once either has finished. So this thread
+/// waits for what the other one is writing or showing, as long as that makes progress; the other may itself
+/// be waiting for this thread, until it gives up. Then the rest is left to the other thread, since the system
+/// tolerates only one thread in its own exit functions.
 void AsynchronousDispatcher::awaitEnd() noexcept {
     if (endingThread_ == std::this_thread::get_id()) {
         return;
@@ -75,8 +76,8 @@ void AsynchronousDispatcher::awaitEnd() noexcept {
     std::this_thread::sleep_for(LONGEST_STANDSTILL);
 }
 
-/// Nobody waits for it any more. It may be stuck, or be this thread, the last of the process; so it is not
-/// joined. If another thread has the lock, that one joins it.
+/// Detaches the consumer instead of joining it: it may be stuck, or be this thread, the last of the process.
+/// If another thread has the lock, that one joins it.
 void AsynchronousDispatcher::abandonConsumer() {
     if (!threadLock_.tryLock()) {
         return;
@@ -107,8 +108,7 @@ bool AsynchronousDispatcher::endConsumer(bool waitsForThread) {
 
 // In a forked child
 
-/// What the parent had queued is the parent's to write. Its consumer does not run here: the thread's object
-/// is left alone.
+/// The parent writes what it had queued. Its consumer does not run in the child, so its `Worker` is leaked.
 void AsynchronousDispatcher::beginInChild() noexcept {
     const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();

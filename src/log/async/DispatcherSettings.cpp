@@ -17,10 +17,10 @@ namespace Log {
 
 namespace {
 
-/// The middle of the configured scale; every other number means the lowest or the highest priority.
+/// Middle of the configured scale; a lower number means the lowest priority, a higher one the highest.
 constexpr std::int32_t NORMAL_PRIORITY = 25;
 
-/// \return nothing if there is no such key, or its value is reported
+/// \return empty if there is no such key, or if its value is invalid, which is reported
 template <typename Read>
 auto readOption(const Util::Properties& properties, const std::string& option, Read read)
     -> std::optional<decltype(read(std::string()))> {

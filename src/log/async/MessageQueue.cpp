@@ -17,14 +17,14 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-/// In the place of the number of a message that was discarded instead of appended.
+/// Returned instead of a number if the message was discarded rather than appended.
 constexpr std::uint64_t DISCARDED = 0;
 
 } // namespace
 
 // The settings
 
-/// Nothing is held meanwhile, since a bad one is shown on a standard error that may log.
+/// Holds no lock while reading: an invalid setting is shown on standard error, whose reader may log.
 void MessageQueue::configure(const Util::Properties& properties) {
     DispatcherSettings settings = this->settings();
     settings.read(properties);
@@ -36,7 +36,7 @@ void MessageQueue::use(const DispatcherSettings& settings) {
     const std::uint64_t periodBefore = waitingPeriod_;
     store(settings);
     if (waitedWithoutLimit || waitingPeriod_ < periodBefore) {
-        wake(); // out of a wait that the new settings would not make, or not for as long
+        wake(); // ends a wait that the new settings would not start, or would make shorter
     }
 }
 
@@ -56,7 +56,7 @@ void MessageQueue::store(const DispatcherSettings& settings) {
     overflowBlocks_ = settings.overflowBlocks;
 }
 
-// The logging call's side
+// Called by logging calls
 
 void MessageQueue::append(const MessageFields& message, bool mayWaitForRoom) {
     if (maxQueueSize_.load(std::memory_order_relaxed) <= 1) {
@@ -76,10 +76,10 @@ void MessageQueue::append(const MessageFields& message, bool mayWaitForRoom) {
     }
 }
 
-/// A limit of 0 or 1 leaves room for no message at all, and nothing to wait for.
+/// With a limit of 0 or 1 no message can ever wait, so there is no room to wait for.
 std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
     while (willBeServed() && maxQueueSize_ > 1) {
-        const std::uint64_t done = store_.lastDone(); // first, so that no room is missed which comes later
+        const std::uint64_t done = store_.lastDone(); // read first, so that room made later is not missed
         const std::uint64_t number = store_.append(message, maxQueueSize_ - 1);
         if (MessageStore::isNumber(number)) {
             return number;
@@ -90,7 +90,7 @@ std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
             return MessageStore::FILE_FULL;
         } else if (done != store_.lastNumber()) {
             waitForDelivery(done);
-        } else if (discardIfNoneWaits(message)) { // what it needs is held by threads that do not log
+        } else if (discardIfNoneWaits(message)) { // the space it needs is held by idle threads' rings
             return DISCARDED;
         }
     }
@@ -104,8 +104,8 @@ std::uint64_t MessageQueue::discardUnfit(const MessageFields& message) {
     return DISCARDED;
 }
 
-/// The oldest messages make room, as in a queue at its limit. What is being delivered cannot, nor what
-/// threads hold that do not log: where nothing waits any more, the message is discarded itself.
+/// Discards the oldest messages to make room, as in a queue at its limit. Neither a batch in delivery nor the
+/// blocks held by idle threads can make room: once nothing waits any more, the message itself is discarded.
 std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
     std::uint64_t number = MessageStore::FILE_FULL;
     while (number == MessageStore::FILE_FULL) {
@@ -124,7 +124,7 @@ std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
     return number;
 }
 
-/// \return false if another one waits, and it was not discarded
+/// \return false if another message waits; this one is then not discarded
 bool MessageQueue::discardIfNoneWaits(const MessageFields& message) {
     lines_.waitForRoom();
     const bool isDiscarded = store_.discard(message, lines_, SHOWN_WHEN_DISCARDED, true);
@@ -132,7 +132,7 @@ bool MessageQueue::discardIfNoneWaits(const MessageFields& message) {
     return isDiscarded;
 }
 
-/// \param done how far the deliveries were before the file was found full
+/// \param done value of `lastDone` before the file was found full
 void MessageQueue::waitForDelivery(std::uint64_t done) {
     callConsumer();
     bell_.wait(Deadline(),
@@ -145,12 +145,12 @@ void MessageQueue::waitForRoom() {
                [this] { return !isAwaited_ || !willBeServed() || store_.size() + 1 < maxQueueSize_; });
 }
 
-/// Only the message that fills the first half wakes the consumer, not every message behind it. At the limit
-/// each call goes by all that wait, not by those up to its own message: the others may have discarded before
-/// it came.
+/// Only the message that fills the first half wakes the consumer, not every later one. At the limit each call
+/// checks the number of all waiting messages, not of those up to its own: other calls may have discarded some
+/// already.
 ///
-/// A consumer on call looks for new numbers after it has said that it sleeps, and a call looks whether it
-/// sleeps after it has taken a number: one of the two sees the other.
+/// A consumer on call sets `isOnCall_` before it checks for new numbers, and a logging call takes its number
+/// before it checks `isOnCall_`: one of the two sees the other.
 void MessageQueue::hasAppended(std::uint64_t number) {
     const std::uint64_t limit = maxQueueSize_.load(std::memory_order_relaxed);
     if (store_.sizeUpTo(number) == limit / 2 || isOnCall_ || store_.isFilling()) {
@@ -164,7 +164,7 @@ void MessageQueue::hasAppended(std::uint64_t number) {
     }
 }
 
-/// Nothing is discarded if the consumer has come meanwhile.
+/// Discards nothing if the consumer has taken messages meanwhile.
 void MessageQueue::discardOldest() {
     if (store_.size() < maxQueueSize_) {
         return;
@@ -178,7 +178,7 @@ void MessageQueue::discardOldest() {
 
 // Waiting for the consumer
 
-/// Also while a change to another configuration holds the queue: one consumer may give way to another then.
+/// Also true while a reload holds the queue, when one consumer may be replaced by another.
 bool MessageQueue::willBeServed() const noexcept {
     const unsigned service = service_;
     return (service & SERVED) != 0 || ((service & HELD) != 0 && !isClosed_);
@@ -196,7 +196,7 @@ void MessageQueue::awaitHold() {
     awaitDone(store_.lastBeforeHold(), Deadline(), [this] { return isServed(); });
 }
 
-/// \param isServed asks whether there is still something to wait for
+/// \param isServed predicate: whether it is still worth waiting
 template <typename IsServed>
 bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const IsServed& isServed) {
     while (store_.lastDone() < last) {
@@ -204,7 +204,7 @@ bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const
             return false;
         }
         if (store_.lastTaken() < last) {
-            callConsumer(); // however short the time is
+            callConsumer(); // even if the deadline has passed
         }
         const auto mayBeDone = [this, last, &isServed] {
             return store_.lastDone() >= last || !isServed() || (store_.lastTaken() < last && !isAwaited_);
@@ -216,7 +216,7 @@ bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const
     return true;
 }
 
-/// One call is enough until the consumer comes.
+/// One call is enough until the consumer has taken the messages.
 void MessageQueue::callConsumer() {
     if (!isAwaited_.exchange(true)) {
         bell_.ring();

@@ -11,39 +11,39 @@
 namespace ZAV {
 namespace Log {
 
-/// The messages that wait for the consumer, oldest first.
+/// The messages waiting for the consumer, oldest first.
 ///
-/// Each thread appends to a ring of its own; one counter gives every message of the process its number, which
-/// is its place in the order. A call that neither wakes, waits nor discards takes no lock. The process has
-/// one queue, which is never destroyed, since threads may still log while the process ends. All operations
-/// may be called from any thread.
+/// Adds to `MessageStore` the limit, waiting, waking and discarding. A logging call that does none of the
+/// last three takes no lock. The process has one queue, which is never destroyed, since threads may still log
+/// while the process ends. Thread-safe.
 class MessageQueue {
 public:
     MessageQueue() { store(DispatcherSettings()); }
 
-    /// Takes the dispatcher's settings from the properties; they hold from the next message or wait on.
+    /// Reads the dispatcher's settings from the properties; they apply from the next message or wait on.
     void configure(const Util::Properties& properties);
 
     DispatcherSettings settings() const;
 
-    /// Has settings hold from the next message or wait on.
+    /// Applies settings from the next message or wait on.
     void use(const DispatcherSettings& settings);
 
-    /// Appends a message. When the queue has reached its limit, or was closed, the oldest message leaves it
-    /// and is shown on the standard error stream.
-    /// \param mayWaitForRoom whether to wait for room instead, if that is configured and a consumer makes room
-    /// \throw std::bad_alloc if there is no memory for the message, which is then not queued
+    /// Appends a message. If the queue has reached its limit, or was closed, the oldest message is taken out
+    /// and shown on the standard error stream.
+    /// \param mayWaitForRoom whether to wait for room instead, if that is configured and a consumer is
+    ///        running
+    /// \throw std::bad_alloc if there is no memory for the message; it is then not queued
     void append(const MessageFields& message, bool mayWaitForRoom = false);
 
-    /// Has the consumer take what is queued, and waits until that was delivered or discarded.
-    /// \param timeout 0 for no limit
-    /// \return false if the time is over, or if messages wait that no consumer comes for
+    /// Makes the consumer take what is queued, and waits until it was delivered or discarded.
+    /// \param timeout 0 for no timeout
+    /// \return false on timeout, or if messages wait and no consumer will take them
     bool flush(Util::TimeUtils::Time timeout);
 
-    /// \return the numbers of the queue; `failed` is not counted here
+    /// \return the queue's statistics, without `failed`
     LogStatistics statistics() const noexcept { return store_.statistics(); }
 
-    /// Keeps what is appended from now on in a file.
+    /// Keeps newly appended messages in a file.
     /// \param file must never be destroyed; null for memory
     /// \throw std::bad_alloc
     void keepIn(QueueFile* file) { store_.keepIn(file); }
@@ -51,70 +51,70 @@ public:
     /// \return null if the queue is kept in memory
     QueueFile* file() const noexcept { return store_.file(); }
 
-    // The consumer's side
+    // Called by the consumer
 
-    /// Says whether a consumer comes for the messages from now on; if not, nobody waits for it any longer.
+    /// Sets whether a consumer takes the messages from now on; if not, threads stop waiting for it.
     void setServed(bool isServed);
 
-    /// Waits for the waiting period, or until the consumer is to come before: the queue is half full, or
-    /// holds a message that is to be delivered promptly, or somebody waits for the messages, or the settings
-    /// have changed, or nobody is served any longer.
-    /// \return false if the process has no other thread any more, and so nobody who could log
+    /// Waits for the waiting period. Returns earlier if the queue is half full or holds a message to be
+    /// delivered promptly, if a thread waits for the messages, if the settings have changed, or if the queue
+    /// is no longer served.
+    /// \return false if the calling thread is the only one left in the process, so that nothing else can log
     bool wait();
 
-    /// Has the consumer come before its waiting period is over; without effect on one that does not wait.
+    /// Ends the consumer's wait before its waiting period is over; no effect if it is not waiting.
     void wake();
 
-    /// Has the consumer leave what is appended from now on in the queue, and wait there until `endHold`.
+    /// Makes the consumer leave newly appended messages in the queue and wait at that point until `endHold`.
     void hold() noexcept;
     void endHold();
     bool hasHold() const noexcept { return store_.hasHold(); }
 
-    /// Waits until all that was queued when the hold began was delivered or discarded, unless no consumer
-    /// comes for it.
+    /// Waits until everything queued before the hold was delivered or discarded, unless no consumer will take
+    /// it.
     void awaitHold();
 
-    /// Has the consumer take what is queued, and waits until that was delivered or discarded, unless no
-    /// consumer comes for it.
-    /// \return false if the time is over
+    /// Makes the consumer take what is queued, and waits until it was delivered or discarded, unless no
+    /// consumer will take it.
+    /// \return false on timeout
     bool drain(const Deadline& deadline);
 
-    /// Has memory ready for what is logged next.
+    /// Preallocates memory for the next messages.
     void prepareMemory() noexcept { store_.prepareMemory(); }
 
-    /// Takes out all that is queued, up to a hold; it counts as waiting until `release`. Without memory it
+    /// Takes out everything queued, up to a hold; it counts as waiting until `release`. If out of memory, it
     /// takes nothing.
     void take(MessageBatch& batch);
 
-    /// Gives the memory of a batch back.
-    /// \param isDelivered false if there was no appender to give it to
+    /// Releases the memory of a batch.
+    /// \param isDelivered false if there was no appender to deliver it to
     void release(MessageBatch& batch, bool isDelivered);
 
-    /// \return the priority that the consumer shall have, or `DEFAULT_PRIORITY_MARK`
+    /// \return the consumer's configured priority, or `DEFAULT_PRIORITY_MARK`
     int priority() const noexcept { return priority_.load(std::memory_order_relaxed); }
 
     // The end of the process
 
-    /// From now on no message is kept: a call that appends one shows what is queued.
+    /// From now on no message is kept: a call that appends one shows everything queued.
     void close();
 
-    /// Shows all that is queued on the standard error stream.
+    /// Shows everything queued on the standard error stream.
     void showAll();
 
-    /// Shows what a running delivery has not given to all appenders yet, and does not wait for it. What it
-    /// writes until the process is gone is shown as well: rather twice than not at all.
+    /// Shows the messages that a running delivery has not yet delivered to all appenders, without waiting for
+    /// it. What it still writes before the process exits is thus duplicated, which is better than lost.
     void showRestOfDelivery();
 
-    /// Waits until all that was discarded is shown, as long as that goes on.
+    /// Waits until everything discarded is shown, as long as that makes progress.
     void finishShowing() { lines_.finish(); }
 
-    /// In a forked child: begins anew, with an empty queue and without a consumer. It takes no memory.
+    /// In a forked child: resets to an empty queue without a consumer. Does not allocate.
     void renewInChild() noexcept;
 
 private:
     enum Service : unsigned {
-        SERVED = 1, ///< a consumer waits or delivers, and is not to end
-        HELD = 2    ///< there is a hold
+        SERVED = 1, ///< a consumer waits or delivers, and has not been asked to end
+        HELD = 2    ///< a hold is active
     };
 
     void store(const DispatcherSettings& settings);
@@ -138,22 +138,22 @@ private:
 
     MessageStore store_;
 
-    // The settings, which a call reads without a lock.
+    // Settings, read by logging calls without a lock.
     std::atomic<std::uint64_t> maxQueueSize_;
     std::atomic<std::uint64_t> waitingPeriod_; ///< in microseconds
     std::atomic<int> priority_;
     std::atomic<bool> overflowBlocks_;
 
-    // What those who wait are waiting for.
+    // Waiting and waking.
     Bell bell_;
-    /// Of `Service`: one word, so that whoever looks while one consumer gives way to another sees the hold or
-    /// a consumer.
+    /// Flags of `Service`, in one word, so that a reader sees either the hold or a consumer while one
+    /// consumer is replaced by another.
     std::atomic<unsigned> service_{0};
-    std::atomic<bool> isAwaited_{false}; ///< somebody waits for the consumer to take what is queued
-    std::atomic<bool> isWoken_{false};   ///< the consumer is to end its wait
+    std::atomic<bool> isAwaited_{false}; ///< a thread waits for the consumer to take what is queued
+    std::atomic<bool> isWoken_{false};   ///< the consumer must end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
     std::atomic<bool> isClosed_{false};
-    Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads of the process; used by the consumer
+    Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads; used by the consumer
 
     DiscardedLines lines_;
 };

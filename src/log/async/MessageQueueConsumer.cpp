@@ -1,4 +1,4 @@
-// What the consumer asks of the queue, and who ends the process.
+// Queue operations for the consumer, and for the end of the process.
 
 #include "log/async/MessageQueue.h"
 #include "log/layout/UndeliveredMessage.h"
@@ -17,7 +17,7 @@ using Util::TimeUtils::Time;
 
 namespace {
 
-/// How often a consumer that has nothing to do looks whether the process has another thread still.
+/// How often an idle consumer checks whether the process still has another thread.
 constexpr std::chrono::seconds TIME_BETWEEN_LOOKS{2};
 
 } // namespace
@@ -36,15 +36,15 @@ void MessageQueue::wake() {
     bell_.ring();
 }
 
-/// Waits before it looks at the queue, so that messages are written in batches; only prompt delivery looks
-/// first, since it waits without a limit.
+/// Waits before it checks the queue, so that messages are written in batches. Only prompt delivery checks
+/// first, since it waits without a timeout.
 bool MessageQueue::wait() {
     isWoken_ = false;
     const bool isPrompt = deliversPromptly();
     const auto isDue = [this, isPrompt] {
         return !isServed() || isWoken_ || isAwaited_ || (isPrompt && store_.size() != 0);
     };
-    // One that has just been busy looks again for a while, which spares the calls from waking it.
+    // A consumer that has just been busy polls for a while, which saves logging calls from having to wake it.
     constexpr int LOOKS = 20;
     for (int look = 0; isPrompt && look < LOOKS; ++look) {
         if (isDue()) {
@@ -74,7 +74,7 @@ bool MessageQueue::lookForCompany() {
     return !Platform::isOnlyThread();
 }
 
-/// What the consumer has put off is tried again soon: it does not wait for loggers.
+/// Messages that the consumer has put off are retried soon, as it does not wait for loggers.
 Deadline MessageQueue::endOfWait() const {
     return threadRecord().putOffMessages > 0 ? Deadline(std::chrono::milliseconds(10))
                                              : Deadline::after(Time(waitingPeriod_, Util::TimeUtils::USEC));
@@ -83,15 +83,15 @@ Deadline MessageQueue::endOfWait() const {
 void MessageQueue::take(MessageBatch& batch) {
     isAwaited_ = false;
     if (store_.isHeld()) {
-        bell_.ring(); // the last one before the hold may have been discarded
+        bell_.ring(); // for `awaitHold`: the last message before the hold may have been discarded
         bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed(); });
     }
     try {
         store_.take(batch);
     } catch (const std::bad_alloc&) {
-        // the next round tries again
+        // retried in the next round
     }
-    bell_.ring(); // those who wait for room
+    bell_.ring(); // for threads that wait for room
 }
 
 void MessageQueue::hold() noexcept {

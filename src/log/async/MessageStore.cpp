@@ -15,7 +15,7 @@ namespace Log {
 
 using Platform::ScopedLock;
 
-// The logging call's side
+// Called by logging calls
 
 std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t limit) {
     ThreadRecord& thread = threadRecord();
@@ -25,7 +25,7 @@ std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t l
     return number == FILE_FULL ? appendToSharedRing(message, limit, file) : number;
 }
 
-/// Nothing can fail once the message has its number, since those behind it wait for it.
+/// Nothing may fail once the message has its number, since readers wait for it before all later ones.
 std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std::uint64_t limit,
                                    QueueFile* file) {
     const int answeredReports = threadRecord().answeredReports;
@@ -41,7 +41,7 @@ std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std
     return number;
 }
 
-/// \return `AT_LIMIT` if as many messages wait as may
+/// \return `AT_LIMIT` if the limit is reached
 std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
     std::uint64_t last = lastNumber_;
     while (last - lastTaken_ < limit) {
@@ -52,20 +52,20 @@ std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
     return AT_LIMIT;
 }
 
-/// The slot is made with the store, so that no thread makes it while another one forks.
+/// Creates the slot with the store, so that no thread creates it while another one forks.
 MessageStore::MessageStore() {
     slotOfThread();
 }
 
-/// Has a thread that ends give its ring up. Never destroyed, since threads may still log while the process
-/// ends.
+/// Its destructor function ends the ring of an exiting thread. Never destroyed, since threads may still log
+/// while the process ends.
 Platform::ThreadSlot& MessageStore::slotOfThread() {
     static Platform::ThreadSlot& slot =
         *new Platform::ThreadSlot([](void* store) { static_cast<MessageStore*>(store)->endRing(); });
     return slot;
 }
 
-/// \return false if the thread gets none: it is ending, and would leave the ring behind
+/// \return false if the thread gets none, because it is ending and would leak the ring
 bool MessageStore::addRing(ThreadRecord& thread) {
     if (thread.hasEndedRing || !slotOfThread().set(this)) {
         return false;
@@ -78,7 +78,7 @@ bool MessageStore::addRing(ThreadRecord& thread) {
     return true;
 }
 
-/// The ring stays until its messages are gone.
+/// The ring is removed once its messages are gone.
 void MessageStore::endRing() noexcept {
     ThreadRecord& thread = threadRecord();
     thread.hasEndedRing = true;
@@ -103,8 +103,8 @@ bool MessageStore::fits(const MessageFields& message) const {
     return file == nullptr || file->fits(Ring::storedSize(message));
 }
 
-/// Once it is empty it begins anew: its last block has become free for messages then, which that of another
-/// ring never does.
+/// Once the shared ring is empty its last block is returned, so that it can hold messages again; other rings
+/// keep theirs.
 std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std::uint64_t limit,
                                                QueueFile* file) {
     const ScopedLock lock(storeLock_);
@@ -120,7 +120,8 @@ std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std
     return append(*sharedRing_, message, limit, file);
 }
 
-/// Nothing leaves the queue meanwhile, or what has entered since the others were read would seem to wait.
+/// Locked so that nothing leaves the queue meanwhile; otherwise messages that left after the other counts
+/// were read would count as waiting.
 LogStatistics MessageStore::statistics() const noexcept {
     LogStatistics statistics;
     const ScopedLock lock(storeLock_);
@@ -131,10 +132,9 @@ LogStatistics MessageStore::statistics() const noexcept {
     return statistics;
 }
 
-// The file that the queue is kept in
+// The queue's file
 
-/// Messages may still wait in a file that was used before. Marks that are new say at once how far the queue
-/// is.
+/// Messages may still wait in a file used before. New marks are set at once to the queue's progress.
 void MessageStore::keepIn(QueueFile* file) {
     const ScopedLock lock(storeLock_);
     if (file != nullptr) {
@@ -143,7 +143,7 @@ void MessageStore::keepIn(QueueFile* file) {
         FileMarks& marks = known != marks_.end() ? *known : marks_.emplace_back(FileMarks{file, {}, {}, {}});
         marks.batchEnd = file->mark(QueueFileFormat::BATCH_END);
         marks.taken = marks.batchEnd ? file->mark(QueueFileFormat::TAKEN)
-                                     : QueueFileMark(); // without it the batch would seem to be discarded
+                                     : QueueFileMark(); // without `batchEnd` the batch would appear discarded
         marks.done = file->mark(QueueFileFormat::DONE);
         if (delivered_ != nullptr) {
             marks.batchEnd.set(delivered_->last_);
@@ -165,7 +165,7 @@ void MessageStore::renewInChild() noexcept {
     const ScopedLock lock(storeLock_);
     threadRecord().ring = nullptr;
     sharedRing_ = nullptr;
-    file_ = nullptr; // which is the parent's
+    file_ = nullptr; // owned by the parent
     marks_.clear();
     rings_.clear();
     lastNumber_ = deliveredCount_ + discardedCount_;

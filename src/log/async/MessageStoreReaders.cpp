@@ -1,4 +1,4 @@
-// How messages leave the store: one by one, where they are discarded, or as a batch.
+// Taking messages out of the store: discarding single ones, or taking a batch.
 
 #include "log/async/DiscardedLines.h"
 #include "log/async/MessageBatch.h"
@@ -24,7 +24,7 @@ MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLi
     if (ring == nullptr) {
         return NOT_YET_HERE;
     }
-    isRendering_ = true; // taking memory may run a function of the application, which may log
+    isRendering_ = true; // allocating may run application code that logs
     lines.add(shownLine(reason, ring->front().next().fields), reason);
     isRendering_ = false;
     countDiscarded();
@@ -44,7 +44,7 @@ void MessageStore::countDiscarded() noexcept {
     }
 }
 
-/// All that was taken out was delivered or discarded.
+/// To be called when everything taken out was delivered or discarded.
 void MessageStore::markDone() noexcept {
     for (FileMarks& marks : marks_) {
         marks.done.set(lastTaken_);
@@ -94,8 +94,8 @@ void MessageStore::endHold() noexcept {
     lastToTake_.store(NO_LIMIT);
 }
 
-/// The number of the last message is read before the rings, since each of them holds what was numbered by
-/// then, or will do so in a moment. Discarding goes on beyond a hold.
+/// The number of the last message is read before the rings: each ring holds the messages numbered by then, or
+/// is about to. Discarding is not limited by a hold.
 void MessageStore::take(MessageBatch& batch) {
     const ScopedLock lock(storeLock_);
     batch.streams_.reserve(rings_.size());
@@ -114,7 +114,7 @@ void MessageStore::take(MessageBatch& batch) {
     lastTaken_ = batch.last_;
     delivered_ = &batch;
     for (FileMarks& marks : marks_) {
-        marks.batchEnd.set(lastTaken_); // first, or the batch would seem to be discarded
+        marks.batchEnd.set(lastTaken_); // first, or the batch would appear discarded
         marks.taken.set(lastTaken_);
     }
 }
@@ -126,8 +126,8 @@ void MessageStore::release(MessageBatch& batch, bool isDelivered) {
     const ScopedLock lock(storeLock_);
     (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
     delivered_ = nullptr;
-    // The marks come before the memory goes: a batch without them would be delivered again as far as it is
-    // there. Who waits for the memory goes by the number, which comes behind it.
+    // The marks are set before the memory is released: without them, what remains of the batch would be
+    // delivered again. `lastDone_` is set after it, since threads that wait for memory check it.
     markDone();
     for (const MessageBatch::Stream& stream : batch.streams_) {
         stream.ring->release(stream.cursor);
@@ -137,7 +137,7 @@ void MessageStore::release(MessageBatch& batch, bool isDelivered) {
     removeEndedRings();
 }
 
-/// The batch is given back under the lock, so it stays meanwhile.
+/// Batches are released under the lock, so this one stays valid meanwhile.
 void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept {
     const ScopedLock lock(storeLock_);
     if (delivered_ == nullptr) {
@@ -156,7 +156,7 @@ void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason)
 
 // A batch
 
-/// Forgets what the batch held, but not the memory for it.
+/// Clears the batch but keeps its capacity.
 void MessageBatch::begin(std::uint64_t first, std::uint64_t last) noexcept {
     first_ = number_ = first;
     last_ = last;
@@ -174,8 +174,8 @@ void MessageBatch::rewind() noexcept {
     lookForMore();
 }
 
-/// The numbers have no gaps, so the ring with the next one is looked for. It is missing only while its thread
-/// is between taking the number and publishing the message, where it waits for nothing.
+/// The numbers have no gaps, so this searches for the ring with the next one. It is missing only while its
+/// thread is between taking the number and publishing the message, where it never blocks.
 PackedMessage::Unpacked MessageBatch::next() noexcept {
     std::size_t looked = 0;
     while (streams_[stream_].nextNumber != number_) {

@@ -10,8 +10,8 @@ namespace Log {
 
 namespace {
 
-/// They follow the header in this order; the text comes last. A message from a known place has no file of its
-/// own.
+/// Parts that follow the header in this order, before the text. A message from a known place has no file of
+/// its own.
 enum OwnPart : unsigned {
     OWN_NUMBER = 1,
     OWN_LENGTH = 2,
@@ -21,11 +21,11 @@ enum OwnPart : unsigned {
     OWN_FILE = 32,
     OWN_THREAD = 64,
     OWN_CONTEXT = 128,
-    OWN_VALUES = 256 // which no two messages share
+    OWN_VALUES = 256 // never shared between messages
 };
 constexpr unsigned OWN_PART_BITS = 9;
 
-/// Parts of which most messages have none of their own.
+/// Parts that most messages do not contain.
 constexpr unsigned SELDOM_OWN = OWN_NUMBER | OWN_LENGTH | OWN_FILE | OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
 
 struct PackedLogger {
@@ -39,7 +39,7 @@ struct PackedPlace {
 
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
-/// A file is written again behind a place, from which readers have another one.
+/// The file is written again after a message with a place, since readers then hold that place's file.
 unsigned findOwnPlace(const MessageFields& message, const SharedFields& before) {
     if (message.place != before.place) {
         return message.place != nullptr ? OWN_PLACE : OWN_PLACE | OWN_FILE;
@@ -48,7 +48,7 @@ unsigned findOwnPlace(const MessageFields& message, const SharedFields& before) 
 }
 
 unsigned findOwnParts(const MessageFields& message, const SharedFields& before, std::uint64_t nextNumber) {
-    // The number is not known yet. It will not be half of the range further than what comes next now.
+    // The number is not known yet; it is assumed to end up less than half the range above `nextNumber`.
     const bool needsNumber = nextNumber - before.number > LARGEST_STEP / 2;
     return (needsNumber ? OWN_NUMBER : 0U) | (message.text.size() > LARGEST_STEP ? OWN_LENGTH : 0U) |
            (message.time == before.time ? 0U : OWN_TIME) |
@@ -66,12 +66,12 @@ char* write(char* place, const Value& value) {
     return place + sizeof value;
 }
 
-/// \param text its pointer may be null if it is empty
+/// \param text may have a null pointer if empty
 char* writeText(char* place, std::string_view text) {
     return place + text.copy(place, text.size());
 }
 
-/// \return the end of a text that was written behind its size
+/// \return the end of the text, which is written after its size
 char* writeSizedText(char* place, std::string_view text) {
     return writeText(write(place, text.size()), text);
 }
@@ -88,7 +88,7 @@ Value readNext(const char*& bytes) {
     return value;
 }
 
-/// Packed messages of this process.
+/// Reads messages packed by this process.
 struct TrustedBytes {
     template <typename Value>
     Value read() {
@@ -110,7 +110,7 @@ struct TrustedBytes {
     const char* next;
 };
 
-/// Whatever it is: what it lacks is read as 0, and its addresses are not followed.
+/// Reads arbitrary bytes: missing ones read as 0, and addresses are not dereferenced.
 struct UntrustedBytes {
     template <typename Value>
     Value read() {
@@ -172,7 +172,7 @@ PackedMessage::Header PackedMessage::header(std::uint64_t numberBefore, std::uin
             static_cast<std::uint16_t>(ownParts_ | kind << OWN_PART_BITS)};
 }
 
-/// Counts parts that many messages have without a look whether this one does.
+/// Counts the common parts without checking whether this message has them.
 std::size_t PackedMessage::measure() const noexcept {
     return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(PackedPlace) +
            (has(SELDOM_OWN) ? measureSeldom() : 0) + message_.text.size();
@@ -206,7 +206,7 @@ char* PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& be
     if (has(OWN_PLACE)) {
         next = write(next, PackedPlace{message_.place});
         before.place = message_.place;
-        before.file = message_.file; // that of the place
+        before.file = message_.file; // the place's file
     }
     if (has(SELDOM_OWN)) {
         next = writeSeldom(next, before);
@@ -243,7 +243,7 @@ PackedMessage::Unpacked PackedMessage::read(const char* bytes, const SharedField
     return message;
 }
 
-/// \param bytes which are moved on to the end of the message
+/// \param bytes advanced to the end of the message
 template <typename Bytes>
 PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedFields& before) noexcept {
     const auto header = bytes.template read<Header>();
@@ -278,9 +278,8 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
     return {fields, shared.number, static_cast<int>(header.answeredReports), 0};
 }
 
-// In bytes that may be anything
+// Reading untrusted bytes
 
-/// What a process that is gone has packed, the first message of its block: the addresses in it lead nowhere.
 StoredMessage::StoredMessage(std::string_view packed) noexcept : unpacked_(unpack(packed, isWhole_)) {
     const MessageFields& fields = unpacked_.fields;
     isWhole_ = isWhole_ && isLevel(fields.level) && (fields.type == LOG || fields.type == CFG) &&

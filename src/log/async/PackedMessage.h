@@ -9,47 +9,47 @@
 namespace ZAV {
 namespace Log {
 
-/// What a message often has in common with the one before it. A default one stands before the first message
-/// of a block.
+/// Fields that a message often shares with the one before it. The first message of a block is encoded
+/// relative to a default one.
 struct SharedFields {
-    std::uint64_t number = 0; ///< the message's place in the order of the queue
+    std::uint64_t number = 0; ///< position in the queue's order
     Util::TimeUtils::Time time;
-    std::string_view loggerName; ///< the logger's own string, so that its address identifies the logger
+    std::string_view loggerName; ///< the logger's own string: its address identifies the logger
     const Logger* logger = nullptr;
     std::string_view file;
     const KnownPlace* place = nullptr;
-    std::string_view context; ///< of the logging thread, packed
+    std::string_view context; ///< pairs of the logging thread, packed
     std::uint64_t thread = 0;
 };
 
-/// A message encoded relative to the one before it in its block: what the two share is left out, since the
-/// memory that a message takes costs more than the comparison.
+/// A message encoded relative to the one before it in its block. Shared fields are omitted: the memory that
+/// they would take costs more than the comparison.
 class PackedMessage {
 public:
-    /// \param message lives as long as this object
+    /// \param message must outlive this object
     /// \param answeredReports the length of the chain of failure reports that led to the message
-    /// \param before of the message before it
-    /// \param nextNumber a number that the message's own will be at or above
+    /// \param before fields of the message before it
+    /// \param nextNumber lower bound of the message's own number
     PackedMessage(const MessageFields& message, int answeredReports, const SharedFields& before,
                   std::uint64_t nextNumber) noexcept;
 
-    /// \return how many bytes the message takes at most
+    /// \return upper bound of the encoded size in bytes
     std::size_t mostBytes() const noexcept { return mostBytes_; }
 
-    /// Writes the message with its texts, but for the logger's name, which must stay where it is.
-    /// \param place has room for `mostBytes`
+    /// Encodes the message with its texts. The logger's name is stored by address only, so it must not move.
+    /// \param place where to write; must have room for `mostBytes`
     /// \param number of the message
-    /// \param before the fields that the constructor was given; they become those of this message, and a file
-    ///        or a context that it does not share is then the one in the place
-    /// \return the end of the message
+    /// \param before the fields that the constructor was given; replaced with those of this message, whose
+    ///        own file and context then refer to the encoded bytes
+    /// \return the end of the encoded message
     char* writeTo(char* place, std::uint64_t number, SharedFields& before) const noexcept;
 
-    /// What `read` gives.
+    /// Result of `read`.
     struct Unpacked {
-        MessageFields fields; ///< whose texts lie where they were written
+        MessageFields fields; ///< views into the encoded bytes
         std::uint64_t number;
         int answeredReports;
-        std::size_t size; ///< of the packed message, in bytes
+        std::size_t size; ///< of the encoded message, in bytes
 
         SharedFields sharedFields() const noexcept {
             return {number,      fields.time,  fields.loggerName, fields.logger,
@@ -57,25 +57,24 @@ public:
         }
     };
 
-    /// Reads what `writeTo` has written.
-    /// \param before of the message before it
+    /// Decodes what `writeTo` has written.
+    /// \param before fields of the message before it
     static Unpacked read(const char* bytes, const SharedFields& before) noexcept;
 
-    /// Reads the number alone.
+    /// Reads only the number.
     static std::uint64_t readNumber(const char* bytes, const SharedFields& before) noexcept;
 
 private:
     friend class StoredMessage;
 
-    /// What every packed message begins with.
+    /// Header of every packed message.
     struct Header {
         std::uint32_t textLength;
-        std::uint32_t numberStep; ///< from the number of the message before
+        std::uint32_t numberStep; ///< added to the number of the message before
         std::int32_t line;
         std::uint8_t level;
         std::uint8_t answeredReports;
-        std::uint16_t
-            parts; ///< which it does not share with the message before, see `OwnPart`; its type and form
+        std::uint16_t parts; ///< `OwnPart` bits of what follows; then type and form
     };
 
     template <typename Bytes>
@@ -93,29 +92,29 @@ private:
     const std::size_t mostBytes_;
 };
 
-/// A message that was packed without one before it, by another process perhaps, in bytes that may have been
-/// changed since. The addresses in it are but numbers.
+/// A message packed as the first of its block, possibly by another process, in untrusted bytes. Addresses in
+/// it are never dereferenced.
 class StoredMessage {
 public:
-    /// \param packed must outlive the object
+    /// \param packed must outlive this object
     explicit StoredMessage(std::string_view packed) noexcept;
 
-    /// \return false if the bytes are no message; nothing else may be asked then
+    /// \return false if the bytes are not a valid message; nothing else may be called then
     bool isWhole() const noexcept { return isWhole_; }
 
     std::uint64_t number() const noexcept { return unpacked_.number; }
 
-    /// \return of the logger's name; 0 if it has none
+    /// \return address of the logger's name; 0 if it has none
     std::uint64_t loggerAddress() const noexcept {
         return reinterpret_cast<std::uintptr_t>(unpacked_.fields.loggerName.data());
     }
-    /// \return 0 if it has no place
+    /// \return address of the place; 0 if it has none
     std::uint64_t placeAddress() const noexcept {
         return reinterpret_cast<std::uintptr_t>(unpacked_.fields.place);
     }
 
-    /// \param loggerName what was at that address; must outlive what is returned
-    /// \param place the same; null if there was none, or it is not known any more
+    /// \param loggerName the name for `loggerAddress`; must outlive the result
+    /// \param place the same for `placeAddress`; null if there was none or it is unknown
     MessageFields fields(std::string_view loggerName, const KnownPlace* place) const noexcept;
 
 private:

@@ -7,8 +7,8 @@
 namespace ZAV {
 namespace Log {
 
-/// The right to a file would be lost if this process opened it once more. One that somebody has removed or
-/// replaced is another one by now.
+/// Reuses a file that is already open: opening it again would lose this process's lock on it. If the file was
+/// removed or replaced meanwhile, the path leads to a different one, which is opened.
 QueueFile* QueueFiles::open(const Util::Properties& properties) {
     settings_.read(properties);
     if (settings_.path.empty()) {
@@ -24,7 +24,8 @@ QueueFile* QueueFiles::open(const Util::Properties& properties) {
     return files_.back().get();
 }
 
-/// The key may hold a path from where the process was when it began.
+/// The key may hold a path relative to the working directory at the start, so equal names count as the same
+/// file.
 void QueueFiles::refuseChange(const Util::Properties& properties) const {
     const QueueFileSettings settings = settings_.renewedBy(properties);
     const bool isSameFile = settings.name == settings_.name || settings.path == settings_.path;
@@ -37,7 +38,7 @@ void QueueFiles::refuseChange(const Util::Properties& properties) const {
 void QueueFiles::forgetInChild() noexcept {
     for (std::unique_ptr<QueueFile>& file : files_) {
         file->closeInChild();
-        static_cast<void>(file.release()); // its memory is that of blocks
+        static_cast<void>(file.release()); // blocks refer to its memory
     }
     files_.clear();
 }

@@ -12,13 +12,14 @@ namespace Log {
 
 namespace {
 
-/// A thread that seldom logs shall cost little, and one that logs much seldom need another block.
+/// Blocks grow: a thread that seldom logs costs little, and one that logs much seldom needs a new block.
 constexpr std::size_t FIRST_CAPACITY = 2048;
 constexpr std::size_t GROWTH = 8;
 
 } // namespace
 
-/// The first block is empty: the first message says where it is to be kept.
+/// The first block has no capacity: only the first message determines whether it is kept in memory or in a
+/// file.
 Ring::Ring(BlockPool& pool, QueueFile::Room room)
     : pool_(pool), room_(room), nextCapacity_(FIRST_CAPACITY), lastBlock_(pool.take(0)) {
     oldest_ = lastBlock_.load(std::memory_order_relaxed);
@@ -33,7 +34,7 @@ Ring::~Ring() {
     }
 }
 
-// The side of the thread that appends
+// Called by the appending thread
 
 std::optional<PackedMessage> Ring::reserve(const MessageFields& message, int answeredReports,
                                            std::uint64_t nextNumber, QueueFile* file) {
@@ -46,8 +47,8 @@ std::optional<PackedMessage> Ring::reserveInMemory(const MessageFields& message,
     std::optional<PackedMessage> packed(std::in_place, message, answeredReports, last_, nextNumber);
     const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
     if (last.file != nullptr || last.capacity - used_ < packed->mostBytes()) {
-        // The first message of a block has nothing in common with the one before, since blocks come and go
-        // one by one.
+        // The first message of a block shares nothing with the one before, since blocks are freed one at a
+        // time.
         packed.emplace(message, answeredReports, none_, nextNumber);
         addBlock(packed->mostBytes(), nullptr);
     }
@@ -56,12 +57,12 @@ std::optional<PackedMessage> Ring::reserveInMemory(const MessageFields& message,
 
 namespace {
 
-/// What a block says of a logger and a place.
+/// The notes of a block on a logger and a place.
 struct Notes {
     explicit Notes(const MessageFields& message)
         : logger(loggerNote(message)), place(message.place == nullptr ? "" : placeNote(*message.place)) {}
 
-    /// Twice, so that damage to one of the two costs nothing.
+    /// Each note is written twice, so that damage to one copy loses nothing.
     std::size_t size() const noexcept {
         return 2 * (QueueFileFormat::recordSize(logger.size()) + QueueFileFormat::recordSize(place.size()));
     }
@@ -70,7 +71,7 @@ struct Notes {
     const std::string place; ///< may be empty
 };
 
-/// \return where a table remembers an address
+/// \return the table's entry for an address
 template <typename Table>
 const void*& placeIn(Table& table, const void* address) {
     constexpr unsigned UNUSED_BITS = 64 - 5;
@@ -86,7 +87,7 @@ std::size_t Ring::storedSize(const MessageFields& message) {
            QueueFileFormat::recordSize(PackedMessage(message, 0, SharedFields(), LARGEST_NUMBER).mostBytes());
 }
 
-/// In a file each message can be read by itself, with what its block says of the logger and the place.
+/// In a file each message can be read on its own, with its block's notes on the logger and the place.
 std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, int answeredReports,
                                                  std::uint64_t nextNumber, QueueFile& file) {
     const PackedMessage packed(message, answeredReports, none_, nextNumber);
@@ -95,7 +96,7 @@ std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, i
         return std::nullopt;
     }
     if (!hasRoom(size, file) || !isLoggerNoted(message) || !isPlaceNoted(message)) {
-        const Notes notes(message); // takes memory, by which a function of the application may run that logs
+        const Notes notes(message); // allocates, which may run application code that logs
         if (!hasRoom(notes.size() + size, file) && !addBlock(notes.size() + size, &file)) {
             return std::nullopt;
         }
@@ -111,13 +112,13 @@ std::optional<PackedMessage> Ring::reserveStored(const MessageFields& message, i
     return packed;
 }
 
-/// \return whether so many bytes go into the last block, and that lies in the file
+/// \return whether the last block is in the file and has room for so many bytes
 bool Ring::hasRoom(std::size_t bytes, const QueueFile& file) const noexcept {
     const MessageBlock& last = *lastBlock_.load(std::memory_order_relaxed);
     return last.file == &file && last.capacity - used_ >= bytes;
 }
 
-// Whether the last block says what the message refers to, as far as that is remembered:
+// Whether the last block is known to have the note for the message's logger or place:
 
 bool Ring::isLoggerNoted(const MessageFields& message) noexcept {
     return placeIn(notedLoggers_, message.loggerName.data()) == message.loggerName.data();
@@ -127,7 +128,7 @@ bool Ring::isPlaceNoted(const MessageFields& message) noexcept {
     return message.place == nullptr || placeIn(notedPlaces_, message.place) == message.place;
 }
 
-/// \param payload nothing is written if it is empty
+/// \param payload if empty, nothing is written
 void Ring::note(const std::string& payload) noexcept {
     const MessageBlock& block = *lastBlock_.load(std::memory_order_relaxed);
     for (int copy = 0; copy < 2 && !payload.empty(); ++copy) {
@@ -138,7 +139,7 @@ void Ring::note(const std::string& payload) noexcept {
     }
 }
 
-/// The block is linked before the message has its number: who has seen the number sees the block.
+/// The block is linked before the message gets its number: a reader that has seen the number sees the block.
 /// \param file null for memory
 /// \return false if the file is full
 bool Ring::addBlock(std::size_t neededBytes, QueueFile* file) {
@@ -157,7 +158,7 @@ void Ring::link(MessageBlock* block) noexcept {
     MessageBlock* const filled = lastBlock_.load(std::memory_order_relaxed);
     lastBlock_.store(block, std::memory_order_release);
     filled->next.store(block,
-                       std::memory_order_release); // whoever passes the old block finds it last no more
+                       std::memory_order_release); // a reader that follows it sees the new `lastBlock_`
     used_ = 0;
     last_ = SharedFields();
     if (block->file != nullptr) {
@@ -172,7 +173,7 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     if (block.file == nullptr) {
         used_ += static_cast<std::size_t>(message.writeTo(place, number, last_) - place);
     } else {
-        last_.number = 0; // which is what the message was packed behind
+        last_.number = 0; // as it was when the message was packed
         char* const payload = place + sizeof(QueueFileFormat::Frame);
         const auto size = static_cast<std::size_t>(message.writeTo(payload, number, last_) - payload);
         used_ += QueueFileFormat::recordSize(size);
@@ -182,10 +183,10 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
     block.published.store(used_, std::memory_order_release);
 }
 
-// The readers' side
+// Called by readers
 
-/// The last message of a block is published before the next block is linked: what is published has to be
-/// looked at again once a link was seen.
+/// The last message of a block is published before the next block is linked, so `published` must be read
+/// again once a link was seen.
 bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
     while (!isAtMessage()) {
         MessageBlock* const next = block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
@@ -199,7 +200,7 @@ bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
     return true;
 }
 
-/// Passes notes, each of which has a message behind it.
+/// Skips notes, each of which is followed by a message.
 bool Ring::Cursor::isAtMessage() noexcept {
     const std::size_t published = block_->published.load(std::memory_order_acquire);
     while (block_->file != nullptr && offset_ != published) {
@@ -246,8 +247,8 @@ bool Ring::findFront(std::uint64_t lowest) noexcept {
     return false;
 }
 
-/// Has the front go on from the end of its block, if there is a next one, and frees the block that it has
-/// left, unless that is kept.
+/// Moves the front from the end of its block to the next one, if there is one, and frees the block just left,
+/// unless it is kept.
 /// \return whether there may be another message
 bool Ring::passBlock() noexcept {
     MessageBlock* const passed = front_.block();

@@ -13,57 +13,57 @@
 namespace ZAV {
 namespace Log {
 
-/// The queued messages of one thread, packed one behind another into a chain of blocks.
+/// The queued messages of one thread, packed into a chain of blocks.
 ///
-/// The thread appends without a lock; what is published by one store of its is there for the readers. These
-/// take messages out at the front, one reader at a time, under the lock of the queue.
+/// The thread appends without a lock and publishes each message to the readers with one store. Readers take
+/// messages out at the front, one reader at a time, under the lock of the queue.
 class Ring {
 public:
     /// \param pool must outlive the ring
-    /// \param room what it may take of a file
+    /// \param room how much of a file it may use
     /// \throw std::bad_alloc
     explicit Ring(BlockPool& pool, QueueFile::Room room = QueueFile::USUAL_ROOM);
     ~Ring();
     Ring(const Ring&) = delete;
     Ring& operator=(const Ring&) = delete;
 
-    // The side of the thread that appends
+    // Called by the appending thread
 
-    /// \return how many bytes of a block in a file a message takes at most
+    /// \return upper bound of the bytes that a message takes in a file's block
     static std::size_t storedSize(const MessageFields& message);
 
-    /// Makes room for a message; the `append` that has to follow cannot fail.
-    /// \param message lives until then
-    /// \param nextNumber a number that the message's own will be at or above
-    /// \param file where the message is to be kept, which must never be destroyed; null for memory
-    /// \return nothing if the file has no room for it
+    /// Reserves room for a message; the `append` that must follow cannot fail.
+    /// \param message must live until then
+    /// \param nextNumber lower bound of the message's own number
+    /// \param file where to keep the message, never destroyed; null for memory
+    /// \return empty if the file has no room for it
     /// \throw std::bad_alloc
     std::optional<PackedMessage> reserve(const MessageFields& message, int answeredReports,
                                          std::uint64_t nextNumber, QueueFile* file = nullptr);
 
-    /// Writes the message that room was made for, and publishes it.
+    /// Writes the message that `reserve` returned, and publishes it.
     void append(const PackedMessage& message, std::uint64_t number) noexcept;
 
-    // The readers' side
+    // Called by readers
 
-    /// A place between two messages.
+    /// A position between two messages.
     class Cursor {
     public:
         Cursor() = default;
         explicit Cursor(MessageBlock* block, std::uint64_t passed = 0) : block_(block), passed_(passed) {}
 
-        /// Goes on to the block that holds the next message.
-        /// \param last the block beyond which the cursor does not go
-        /// \return whether there is a message behind the cursor
+        /// Advances to the block that holds the next message.
+        /// \param last the block at whose end the cursor stops
+        /// \return whether there is a message at the cursor
         bool findNext(const MessageBlock* last) noexcept;
 
-        /// \return the number of the message that `findNext` has found
+        /// \return the number of the message found by `findNext`
         std::uint64_t nextNumber() const noexcept;
 
-        /// Passes the message that `findNext` has found.
+        /// Reads the message found by `findNext` and moves past it.
         PackedMessage::Unpacked next() noexcept;
 
-        /// \return the number of the message that was passed last; 0 if none was
+        /// \return the number of the last message passed; 0 if none was
         std::uint64_t passed() const noexcept { return passed_; }
 
         MessageBlock* block() const noexcept { return block_; }
@@ -71,38 +71,38 @@ public:
     private:
         bool isAtMessage() noexcept;
 
-        /// \return what stands before each message
+        /// \return the size of the frame before each message
         std::size_t frameSize() const noexcept;
 
         MessageBlock* block_ = nullptr;
         std::size_t offset_ = 0;
-        SharedFields before_; ///< of the message before it in the block
+        SharedFields before_; ///< of the message before the cursor in the block
         std::uint64_t passed_ = 0;
     };
 
-    // The lock of the queue guards what these use.
+    // These require the lock of the queue.
 
-    /// Takes all messages out that have a lower number.
-    /// \return whether there is another one, which `front` leads to
+    /// Takes out all messages with lower numbers.
+    /// \return whether there is another message, at which `front` then is
     bool findFront(std::uint64_t lowest) noexcept;
     Cursor& front() noexcept { return front_; }
 
-    /// Keeps the memory of what is published now from the front on, until `release`. What is appended later
-    /// can be taken out meanwhile, and its memory is freed.
+    /// Keeps the memory of everything published so far, from the front on, until `release`. Messages appended
+    /// later can be taken out meanwhile, which frees their memory.
     void keep() noexcept;
 
-    /// \return the block with the end of what is kept; null if nothing is
+    /// \return the last block that is kept; null if none is
     const MessageBlock* lastKept() const noexcept { return lastKept_; }
 
-    /// \param read everything before it has been taken out
+    /// \param read position up to which everything has been taken out
     void release(const Cursor& read) noexcept;
 
-    /// Gives the last block back, of a ring that holds no message and keeps nothing. No thread must append
+    /// Returns the last block of a ring that holds no message and keeps nothing. No thread may append
     /// meanwhile.
     /// \throw std::bad_alloc
     void giveLastBlockBack();
 
-    /// Says that no thread appends any more.
+    /// Marks that no thread appends any more.
     void end() noexcept { hasEnded_ = true; }
     bool hasEnded() const noexcept { return hasEnded_; }
 
@@ -123,18 +123,18 @@ private:
     BlockPool& pool_;
     const QueueFile::Room room_;
 
-    // Used by the thread that appends alone.
-    std::size_t used_ = 0; ///< of the last block
+    // Used only by the appending thread.
+    std::size_t used_ = 0; ///< bytes of the last block
     SharedFields last_;    ///< of the newest message in the last block
     const SharedFields none_;
     std::size_t nextCapacity_;
-    const void* notedLoggers_[32] = {}; ///< what the last block, in a file, tells of
+    const void* notedLoggers_[32] = {}; ///< addresses for which the last block, in a file, has notes
     const void* notedPlaces_[32] = {};
 
-    std::atomic<MessageBlock*> lastBlock_; ///< written by that thread
+    std::atomic<MessageBlock*> lastBlock_; ///< written by the appending thread
 
     // Used by the readers.
-    MessageBlock* oldest_; ///< the first of the chain
+    MessageBlock* oldest_; ///< first block of the chain
     Cursor front_;
     MessageBlock* lastKept_ = nullptr;
     bool isFrontBeyondKept_ = false;

@@ -1,4 +1,4 @@
-// What becomes of what earlier processes have left in a queue file.
+// Keeping and freeing what earlier processes have left in a queue file.
 
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
@@ -12,8 +12,8 @@ namespace Log {
 using namespace QueueFileFormat;
 using Platform::ScopedLock;
 
-/// What earlier processes have left stays in use as far as something waits of it. Their marks are put into
-/// one place, so that processes which are killed again and again while they recover take no more room each
+/// Blocks of earlier processes stay in use as long as messages of their run wait. Their marks are copied
+/// together into new blocks, so that processes killed repeatedly during recovery do not use more room each
 /// time.
 void QueueFile::keepEarlier() {
     earlierBlocks_ = earlier_->blocks();
@@ -48,12 +48,12 @@ bool QueueFile::copyMarks(const std::set<std::uint32_t>& runs) {
 }
 
 bool QueueFile::copyMark(std::uint32_t run, MarkKind kind, std::uint64_t key, std::uint64_t number) noexcept {
-    QueueFileMark mark(addMark(frameWord(run, kind), key)); // there is no other one yet
+    QueueFileMark mark(addMark(frameWord(run, kind), key)); // no such mark exists yet
     mark.set(number);
     return static_cast<bool>(mark);
 }
 
-/// The messages first and the marks last: what is still found of a run must not seem to wait.
+/// Frees messages first and marks last: if this is interrupted, messages still found must not appear to wait.
 template <typename Predicate>
 void QueueFile::freeEarlier(const Predicate& isOver) {
     for (const std::uint32_t kind : {FREED, MESSAGES, NOTES, MARKS}) {
@@ -72,8 +72,8 @@ void QueueFile::forgetEarlier() noexcept {
     if (earlier_ == nullptr || !isOfThisProcess()) {
         return;
     }
-    // The process may end at any of these steps: nothing waits from here on, and what may still be found of a
-    // run says so.
+    // The process may be killed at any step below. First all runs are marked as done, so that nothing still
+    // found of them waits.
     for (const auto& [run, known] : earlier_->runs()) {
         if (known.begin != 0) {
             QueueFileMark(findOrAddMark(run, QUEUE_MARK, DONE))

@@ -23,17 +23,18 @@ namespace {
 
 constexpr std::size_t LEAST_SLOTS = QueueFile::LEAST_SIZE / SLOT;
 
-/// How much is mapped before the first message comes. A first touch costs a call more than all else that it
-/// does; what lies beyond is used by a queue only that has grown so far.
+/// How much is populated before the first message. Touching a page for the first time costs a logging call
+/// more than everything else that it does; only a queue that has grown that far uses the rest.
 constexpr std::size_t MAPPED_AT_ONCE = std::size_t{64} << 20U;
 
-/// A size in whole slots.
+/// \return the size clamped and rounded down to whole slots, in bytes
 std::size_t slotSize(std::uint64_t size) {
     return static_cast<std::size_t>(std::clamp(size, QueueFile::LEAST_SIZE, QueueFile::MOST_SIZE)) / SLOT *
            SLOT;
 }
 
-/// \return how many slots are kept for those who find no other room, and as many for the next process
+/// \return the number of slots reserved for threads that find no other room; as many again are reserved for
+///         the next process
 std::size_t reservedSlots(std::size_t slots) {
     return std::max(slots / 64, LEAST_SLOTS / 4);
 }
@@ -50,7 +51,8 @@ Head makeHead(std::size_t size) {
     return head;
 }
 
-/// Tells this run from others that may have left records in the file, also ones that are free.
+/// Returns a number that distinguishes this run from others that may have left records in the file, even in
+/// free slots.
 std::uint32_t makeRun() {
     const std::uint64_t seeds[] = {
         Util::TimeUtils::Time::now().microseconds(),
@@ -76,7 +78,7 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     const bool isWhole = problem.empty() && earlier_ != nullptr;
     if (isWhole && file_.makePrivate(problem) && earlier_->messages().empty() && wholeSize != 0 &&
         wholeSize != file_.size() && file_.replace(path, wholeSize, bytesOf(head), problem)) {
-        earlier_.reset(); // the new file has nothing of it
+        earlier_.reset(); // the new file contains nothing of it
     }
     if (!problem.empty() && (!mayBeDamaged || damage == REFUSE_DAMAGED)) {
         throw LogException("The queue file " + path + " cannot be read: " + problem);
@@ -86,8 +88,8 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
     }
 }
 
-/// \param problem receives why the file cannot be written to, if so
-/// \return whether it is the file of a queue, damaged or not
+/// \param problem receives the reason if the file cannot be written to
+/// \return whether it is a queue file, damaged or not
 bool QueueFile::readEarlier(std::string& problem) {
     std::string content;
     if (file_.size() > MOST_SIZE) {
@@ -105,7 +107,8 @@ bool QueueFile::readEarlier(std::string& problem) {
 
 QueueFile::~QueueFile() = default;
 
-/// As if each block had one slot; all but the message blocks are the head, two of notes and one of marks.
+/// Assumes that each block has one slot. Besides message blocks there are the head, two blocks of notes and
+/// one of marks.
 std::uint64_t QueueFile::capacity(std::uint64_t size, std::size_t textSize) {
     constexpr std::size_t OTHERS = 4;
     const std::size_t slots = slotSize(size) / SLOT;
@@ -148,7 +151,7 @@ std::size_t QueueFile::slotOf(const Memory& memory) const noexcept {
     return static_cast<std::size_t>(memory.bytes - file_.bytes()) / SLOT;
 }
 
-/// \param kept how many slots have to stay free
+/// \param kept number of slots that must stay free
 QueueFile::Memory QueueFile::takeSlots(BlockKind kind, std::size_t slots, std::size_t kept) noexcept {
     const std::size_t slot = isOfThisProcess() ? slots_.take(slots, kept) : 0;
     if (slot == 0) {
@@ -171,17 +174,16 @@ void QueueFile::freeSlots(std::size_t slot, std::size_t slots) noexcept {
     const auto wordOf = [this](std::size_t any) -> std::uint64_t& {
         return reinterpret_cast<BlockHead*>(file_.bytes() + any * SLOT)->word;
     };
-    publish(wordOf(slot),
-            blockWord(FREED, slots, 0)); // so that whoever comes amid the others does not look at them
+    publish(wordOf(slot), blockWord(FREED, slots, 0)); // so that readers ignore slots not yet cleared
     for (std::size_t freed = slot + slots; freed-- > slot;) {
         publish(wordOf(freed), 0);
     }
     slots_.free(slot, slots);
 }
 
-/// Threads keep their last blocks, so that they could fill the file with empty ones. Where it becomes scarce,
-/// they get small ones. All leave room for what tells the next process of this one, and for what that one
-/// marks; and as much again for those who find no room but that.
+/// As each thread keeps its last block, empty blocks could fill the file; once room is scarce, threads get
+/// small blocks. All of them leave a reserve for the notes on this process and the marks of the next one, and
+/// as much again for threads that find no other room.
 QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room room) noexcept {
     const ScopedLock lock(lock_);
     const std::size_t reserved = reservedSlots(slots_.count());
@@ -197,7 +199,7 @@ QueueFile::Memory QueueFile::take(std::size_t wanted, std::size_t least, Room ro
     return memory;
 }
 
-/// Beside it there are the file's head, what tells of the process, twice, and its marks.
+/// Besides the block there are the file's head, the two notes on the process, and its marks.
 bool QueueFile::fits(std::size_t size) const noexcept {
     constexpr std::size_t OTHERS = 4;
     const ScopedLock lock(lock_);
@@ -240,7 +242,7 @@ void Slots::free(std::size_t first, std::size_t slots) noexcept {
     firstFree_ = std::min(firstFree_, first);
 }
 
-/// \return 0 if there is no such run of free ones
+/// \return 0 if there is no such range of free slots
 std::size_t Slots::find(std::size_t slots) const noexcept {
     std::size_t length = 0;
     for (std::size_t slot = firstFree_; slot < count(); ++slot) {

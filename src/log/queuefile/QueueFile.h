@@ -18,24 +18,24 @@
 namespace ZAV {
 namespace Log {
 
-/// Which slots of a queue file are in use. It has no lock.
+/// Tracks which slots of a queue file are in use. Not thread-safe.
 class Slots {
 public:
-    /// \param count of the file's slots, of which the first one, with the head, is in use
+    /// \param count number of the file's slots; the first one holds the head and is always in use
     /// \throw std::bad_alloc
     explicit Slots(std::size_t count = 0);
 
     std::size_t count() const noexcept { return isUsed_.size(); }
 
-    /// \return how many are in use, the head's not counted
+    /// \return the number of slots in use, not counting the head's
     std::size_t used() const noexcept { return used_; }
 
-    /// Takes slots that lie behind each other.
-    /// \param kept how many others have to stay free
-    /// \return the first one; 0 if there are none
+    /// Takes contiguous slots.
+    /// \param kept number of other slots that must stay free
+    /// \return the first one; 0 if there is no such range
     std::size_t take(std::size_t slots, std::size_t kept) noexcept;
 
-    /// Says that free slots are in use.
+    /// Marks free slots as used.
     void use(std::size_t first, std::size_t slots) noexcept;
 
     void free(std::size_t first, std::size_t slots) noexcept;
@@ -45,11 +45,11 @@ private:
 
     std::vector<bool> isUsed_;
     std::size_t used_ = 0;
-    std::size_t firstFree_ = 1; ///< all before it are in use
+    std::size_t firstFree_ = 1; ///< all slots before it are in use
 };
 
-/// A mark in the file, which says how far something has come. Where there is no room for one it does nothing,
-/// and more is delivered again than need be.
+/// A mark in the file, which records progress. If the file had no room for it, it does nothing; more messages
+/// than necessary are then delivered again.
 class QueueFileMark {
 public:
     QueueFileMark() noexcept = default;
@@ -57,7 +57,7 @@ public:
 
     explicit operator bool() const noexcept { return mark_ != nullptr; }
 
-    /// Of one thread at a time.
+    /// Called by one thread at a time.
     void set(std::uint64_t number) noexcept;
 
 private:
@@ -65,29 +65,29 @@ private:
 };
 
 /// The writer's side of a queue file: memory for the queue's blocks that outlives the process, together with
-/// all that somebody else needs to read them. All operations may be called from any thread of the process
-/// that made the object; a forked child must not touch it.
+/// everything that another process needs to read them. Thread-safe; a forked child must not use it.
 class QueueFile {
 public:
-    /// Whether a damaged file is opened all the same. It has no room for anything, so nothing is changed in
-    /// it.
+    /// Whether a damaged file is opened anyway. It then reports no free room, so that nothing in it is
+    /// changed.
     enum Damage { REFUSE_DAMAGED, ACCEPT_DAMAGED };
 
-    /// Opens the file or makes it, for this process alone.
-    /// \param size in bytes, of a new file and of one in which nothing waits; 0 to make none and to keep its size
-    /// \throw LogException if that is not possible, if another process uses it or if it is damaged; it is left as
-    ///        it was
+    /// Opens or creates the file, exclusively for this process.
+    /// \param size in bytes, for a new file and for one in which nothing waits; 0 to create none and to keep
+    ///        the size
+    /// \throw LogException if that is not possible, if another process uses the file or if it is damaged; the
+    ///        file is left unchanged
     QueueFile(const std::string& path, std::uint64_t size, Damage damage = REFUSE_DAMAGED);
     ~QueueFile();
     QueueFile(const QueueFile&) = delete;
     QueueFile& operator=(const QueueFile&) = delete;
 
-    // What a file may hold at least and at most, in bytes; any other size counts as one of these.
+    // Smallest and largest size of a file in bytes; other sizes are clamped.
     static constexpr std::uint64_t LEAST_SIZE = std::uint64_t{16} * QueueFileFormat::SLOT;
     static constexpr std::uint64_t MOST_SIZE =
         std::uint64_t{QueueFileFormat::MOST_SLOTS} * QueueFileFormat::SLOT;
 
-    /// \return about how many messages a file can hold
+    /// \return approximate number of messages that a file can hold
     /// \param size of the file in bytes
     /// \param textSize of each message in bytes
     static std::uint64_t capacity(std::uint64_t size, std::size_t textSize);
@@ -95,56 +95,57 @@ public:
     /// In a forked child: leaves the file to the parent.
     void closeInChild() noexcept { file_.closeInChild(); }
 
-    /// \return whether a path leads to this file now
+    /// \return whether a path currently leads to this file
     bool isAt(const std::string& path) const noexcept { return file_.isAt(path); }
 
-    /// \return what earlier processes have left; null once it was forgotten
+    /// \return what earlier processes have left; null after `forgetEarlier`
     StoredQueue* earlier() const noexcept { return earlier_.get(); }
 
-    /// \return the mark up to which an earlier run's messages need no appender any more
+    /// \return the mark up to which no appender needs an earlier run's messages any more
     QueueFileMark earlierDone(std::uint32_t run) noexcept;
 
-    /// \return a mark of an earlier run, which an appender moves on as it gets that run's messages
+    /// \return a mark of an earlier run, to be advanced as an appender gets that run's messages
     QueueFileMark earlierMark(std::uint32_t run, std::string_view appenderName) noexcept;
 
-    /// Frees what earlier processes have left. Without effect in a forked child.
+    /// Frees what earlier processes have left. No effect in a forked child.
     void forgetEarlier() noexcept;
 
-    /// How much of the file messages may take.
+    /// How much of the file messages may use.
     enum Room {
         USUAL_ROOM,
-        ALSO_RESERVED ///< also what is kept for those who find all else taken by others that hardly use it
+        ALSO_RESERVED ///< including the reserve for threads that find all other slots held by rings that
+                      ///< hardly use them
     };
 
     /// The body of a block.
     struct Memory {
         char* bytes;        ///< null if there is none
         std::size_t size;   ///< in bytes
-        std::uint64_t word; ///< that the block begins with
+        std::uint64_t word; ///< first word of the block
     };
 
-    /// \return memory for messages; none if the file is full, and in a forked child
-    /// \param wanted how large it should be, in bytes
-    /// \param least how large it must be
+    /// \return memory for messages; none if the file is full or in a forked child
+    /// \param wanted preferred size in bytes
+    /// \param least minimum size in bytes
     Memory take(std::size_t wanted, std::size_t least, Room room) noexcept;
 
-    /// Without effect in a forked child.
+    /// No effect in a forked child.
     /// \param memory what `take` returned
     void giveBack(const Memory& memory) noexcept;
 
-    /// \return whether the file has become half full, or some of its reserve was taken, since this was asked last
+    /// \return whether the file has become half full, or some of its reserve was taken, since the last call
     bool isFilling() noexcept {
         return isFilling_.load(std::memory_order_relaxed) && isFilling_.exchange(false);
     }
 
-    /// \return whether a block of that size could be had if the file was empty
+    /// \return whether a block of that size would be available in an empty file
     bool fits(std::size_t size) const noexcept;
 
-    /// Sees to it that the file says which process this is.
+    /// Ensures that the file describes this process.
     /// \return false if it is full
     bool describeRun() noexcept;
 
-    /// What each record of this process begins with.
+    /// Identifies the records of this process.
     std::uint32_t run() const noexcept { return run_; }
 
     QueueFileMark mark(QueueFileFormat::QueueMark key) noexcept {
@@ -174,11 +175,11 @@ private:
 
     Platform::MappedFile file_;
     const std::uint32_t run_;
-    const unsigned generation_; ///< tells a forked child
+    const unsigned generation_; ///< detects a forked child
     std::atomic<bool> isFilling_{false};
     std::unique_ptr<StoredQueue> earlier_;
 
-    /// Held for short steps: a block is taken or given back, a note or a mark is added.
+    /// Held briefly: to take or return a block, or to add a note or a mark.
     mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
     Slots slots_ ZAV_LOG_GUARDED_BY(lock_);                               ///< none in a damaged file
     std::vector<QueueFileFormat::Mark*> marks_ ZAV_LOG_GUARDED_BY(lock_); ///< in use
@@ -187,10 +188,10 @@ private:
     std::uint32_t life_ ZAV_LOG_GUARDED_BY(lock_); ///< of the block taken last
     std::string runNote_ ZAV_LOG_GUARDED_BY(lock_);
     std::atomic<bool> isRunDescribed_{false};
-    std::vector<StoredQueue::Block> earlierBlocks_ ZAV_LOG_GUARDED_BY(lock_); ///< of what waits still
+    std::vector<StoredQueue::Block> earlierBlocks_ ZAV_LOG_GUARDED_BY(lock_); ///< still needed
 };
 
-// What a block says of its messages: what the address of a logger or a place stands for.
+// Notes in a block: what the address of a logger or a place in its messages stands for.
 
 /// \return the payload of a note
 /// \throw std::bad_alloc

@@ -12,11 +12,11 @@
 namespace ZAV {
 namespace Log {
 
-// By which a reader tells what is whole from what is torn or damaged.
+// Checksums, by which a reader detects torn or damaged data.
 
 namespace QueueFileFormat {
 
-/// A seed of the hash would cost more.
+/// Mixes `word` in afterwards, as a seed for the hash would cost more.
 inline std::uint64_t checkOf(std::uint64_t word, std::string_view payload) noexcept {
     return XXH3_64bits(payload.data(), payload.size()) ^ (word * 0x9E3779B97F4A7C15U);
 }
@@ -38,9 +38,9 @@ inline std::uint64_t checkOf(const Head& head) noexcept {
 }
 
 /// Writes a record.
-/// \param block the word that its block begins with
-/// \param place where it goes, a multiple of its alignment
-/// \param isLast whether there is no room for another one behind it
+/// \param block first word of the block
+/// \param place where to write it, aligned
+/// \param isLast whether there is no room for another record after it
 inline void writeFrame(std::uint64_t block, char* place, std::uint64_t word, std::string_view payload,
                        bool isLast) noexcept {
     auto* const frame = reinterpret_cast<Frame*>(place);
@@ -51,7 +51,7 @@ inline void writeFrame(std::uint64_t block, char* place, std::uint64_t word, std
     publish(frame->word, word);
 }
 
-/// The same for a note, whose payload is copied to its place.
+/// The same for a note, whose payload it copies into the record.
 inline void writeNote(std::uint64_t block, char* place, std::uint32_t run, std::string_view payload,
                       bool isLast) noexcept {
     payload.copy(place + sizeof(Frame), payload.size());

@@ -8,17 +8,17 @@
 namespace ZAV {
 namespace Log {
 
-/// What a queue file is made of, as it lies in the file.
+/// On-disk format of a queue file.
 ///
-/// Behind a head the file is divided into slots. A block is a run of them: a header, and behind it records or
-/// marks. Each record can be told from a torn or a damaged one by itself, and says which run of a program
-/// wrote it, so that a reader needs nothing of what the writer knew. All numbers are those of the machine,
-/// whose byte order the head tells.
+/// After a head the file is divided into slots. A block is a contiguous range of slots: a header followed by
+/// records or marks. Each record can be validated on its own and identifies the run of the program that wrote
+/// it, so that a reader needs no state of the writer. All numbers are in native byte order, which the head
+/// records.
 namespace QueueFileFormat {
 
 constexpr std::size_t SLOT = 4096;
 
-/// Begins the file, in a slot of its own.
+/// The first slot of the file.
 struct Head {
     char magic[8];
     std::uint32_t version;
@@ -34,23 +34,23 @@ constexpr std::uint32_t VERSION = 2;
 constexpr std::uint32_t BYTE_ORDER_MARK = 0x01020304;
 constexpr std::uint32_t SWAPPED_BYTE_ORDER_MARK = 0x04030201; ///< of a machine with the other order
 
-/// Begins a block with one word, which changes as a whole. It is 0 in each slot that begins no block and is
-/// in none.
+/// Header of a block: one word, written atomically. It is 0 in every slot outside of blocks.
 struct BlockHead {
     std::uint64_t word; ///< see `blockWord`
-    std::uint64_t copy; ///< the same, written before it
+    std::uint64_t copy; ///< copy of `word`, written before it
 };
 
 enum BlockKind : std::uint32_t {
     MESSAGES = 1,
-    NOTES = 2, ///< what the process was
+    NOTES = 2, ///< description of the process
     MARKS = 3,
-    FREED = 4 ///< its other slots may not be empty yet
+    FREED = 4 ///< its other slots may not be cleared yet
 };
 
-/// The number of slots in the lowest 24 bits, then the kind in 4, the number of the block's life in 24, and a
-/// mixture of all to tell the word from others by. Memory is used again as it is: the life, which goes into
-/// the check of each record, tells the records of a block from those of an earlier one in its place.
+/// From the lowest bit: the number of slots in 24 bits, the kind in 4, the block's life number in 24, and a
+/// hash of all three in the rest, to recognise a valid word. Memory is reused without clearing: the life
+/// number, which goes into the check of each record, distinguishes a block's records from those of an earlier
+/// block in the same place.
 constexpr std::uint64_t blockWord(std::uint32_t kind, std::uint64_t slots, std::uint32_t life) {
     const std::uint64_t content = static_cast<std::uint64_t>(life & 0xFFFFFFU) << 28U |
                                   static_cast<std::uint64_t>(kind & 0xFU) << 24U | (slots & 0xFFFFFFU);
@@ -76,25 +76,25 @@ constexpr bool isBlock(std::uint64_t word) {
 /// Where the records or marks of a block begin.
 constexpr std::size_t BODY = sizeof(BlockHead);
 
-/// \return how many slots a block takes whose body has a size
+/// \return the number of slots of a block with a body of so many bytes
 constexpr std::size_t slotsFor(std::size_t bytes) {
     return (bytes + BODY + SLOT - 1) / SLOT;
 }
 
-/// \return the bytes of a value that stands in the file as it is
+/// \return the bytes of a value that is stored unchanged in the file
 template <typename Value>
 inline std::string_view bytesOf(const Value& value) {
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
-/// Begins a record, which lies at a multiple of its alignment. The payload follows, and a 0 in the place of
-/// the next record's first word, before the word that makes the record valid is written.
+/// Header of a record, aligned. The payload, and a 0 in place of the next record's first word, are written
+/// before the word that makes the record valid.
 struct Frame {
     std::uint64_t word;  ///< the run in the upper half, the size of the payload in the lower one
-    std::uint64_t check; ///< of it, of the payload and of the block's word
+    std::uint64_t check; ///< of `word`, the payload and the block's word
 };
 
-constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U; ///< beyond the size of every payload
+constexpr std::uint64_t NOTE_BIT = std::uint64_t{1} << 31U; ///< above the size of any payload
 
 constexpr std::uint64_t frameWord(std::uint32_t run, std::size_t size, bool isNote = false) {
     return static_cast<std::uint64_t>(run) << 32U | static_cast<std::uint64_t>(size) |
@@ -115,12 +115,12 @@ constexpr std::size_t alignedUp(std::size_t size) {
     return (size + alignof(Frame) - 1) / alignof(Frame) * alignof(Frame);
 }
 
-/// \return how many bytes a record takes
+/// \return the size of a record in bytes
 constexpr std::size_t recordSize(std::size_t payload) {
     return sizeof(Frame) + alignedUp(payload);
 }
 
-/// Writes a word behind all that was written before.
+/// Writes a word after everything written before (release).
 inline void publish(std::uint64_t& word, std::uint64_t value) noexcept {
     static_assert(sizeof(std::atomic<std::uint64_t>) == sizeof word &&
                       std::atomic<std::uint64_t>::is_always_lock_free,
@@ -128,8 +128,8 @@ inline void publish(std::uint64_t& word, std::uint64_t value) noexcept {
     reinterpret_cast<std::atomic<std::uint64_t>&>(word).store(value, std::memory_order_release);
 }
 
-// The payloads of notes: one of these, and the texts behind it. Loggers and places are known by their address
-// in the process that wrote them.
+// The payload of a note is one of these structs followed by its texts. Loggers and places are identified by
+// their address in the process that wrote them.
 
 enum NoteKind : std::uint32_t { RUN = 1, LOGGER = 2, PLACE = 3 };
 
@@ -155,9 +155,9 @@ struct PlaceNote {
     std::uint32_t fileLength; ///< the format follows
 };
 
-/// A number that grows while the run goes on. It is there twice, since a reader may come between two writes.
+/// A number that grows during the run. Stored twice, since a reader may come between the two writes.
 struct Mark {
-    std::uint64_t word; ///< `frameWord` of the run, with the kind in the place of the size
+    std::uint64_t word; ///< `frameWord` of the run, with the kind instead of the size
     std::uint64_t key;
     std::uint64_t check; ///< of the two before it
     std::uint64_t number;
@@ -172,8 +172,8 @@ enum MarkKind : std::uint32_t {
 /// A message waits unless its number is at or below `DONE`, or above `BATCH_END` and at or below `TAKEN`.
 enum QueueMark : std::uint64_t {
     DONE = 1,      ///< all up to here were delivered or discarded
-    BATCH_END = 2, ///< where what is being delivered ends
-    TAKEN = 3      ///< what lies behind that, up to here, was discarded
+    BATCH_END = 2, ///< last message of the batch in delivery
+    TAKEN = 3      ///< messages after `BATCH_END` up to here were discarded
 };
 
 } // namespace QueueFileFormat

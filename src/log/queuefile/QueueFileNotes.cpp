@@ -1,4 +1,4 @@
-// What a queue file says beside the messages: what they refer to, and how far it all has come.
+// What a queue file contains besides messages: notes on what they refer to, and marks of progress.
 
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
@@ -13,9 +13,9 @@ namespace Log {
 using namespace QueueFileFormat;
 using Platform::ScopedLock;
 
-// What the messages refer to
+// Notes
 
-/// Twice, in blocks of their own, or not at all.
+/// Writes the note twice, each in a block of its own, or not at all.
 bool QueueFile::note(std::string_view payload) noexcept {
     const std::size_t size = recordSize(payload.size());
     const std::size_t slots = slotsFor(size);

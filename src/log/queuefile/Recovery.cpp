@@ -21,7 +21,7 @@ namespace Log {
 
 namespace {
 
-/// \return whether the appender has written it, as far as that can be known
+/// \return whether the appender has written it, as far as is known
 bool give(Appender& appender, const LogMessage& message) noexcept {
     const std::uint64_t failedBefore = threadRecord().failedWrites;
     try {
@@ -34,8 +34,8 @@ bool give(Appender& appender, const LogMessage& message) noexcept {
     return threadRecord().failedWrites == failedBefore;
 }
 
-/// An appender that messages are recovered to. If it forks, or another one, nothing more happens in the
-/// child: the messages are the parent's.
+/// An appender that gets recovered messages. If any appender forks, recovery stops in the child: the parent
+/// delivers the messages.
 class Recovered {
 public:
     Recovered(Appender& appender, QueueFile& file)
@@ -47,12 +47,12 @@ public:
         return mayGoOn() && (given == stored.run->appenders.end() || stored.number > given->second);
     }
 
-    /// \param message null if there was no memory for it, nor will there be: the next one can be written
+    /// \param message null if there was no memory for it; it is then skipped for good
     /// \return whether the appender has written it
     bool give(const StoredQueue::Message& stored, const LogMessage* message) {
         hasFailed_ = message != nullptr && !Log::give(appender_, *message);
         if (mayGoOn()) {
-            stored.run->appenders[key_] = stored.number; // for another `init` of this process
+            stored.run->appenders[key_] = stored.number; // for a later `init` in this process
             markOf(stored.run->id).set(stored.number);
         }
         return message != nullptr && !hasFailed_;
@@ -74,13 +74,13 @@ private:
 
     Appender& appender_;
     QueueFile& file_;
-    const std::uint64_t key_;   ///< of its marks
-    const unsigned generation_; ///< tells a forked child
+    const std::uint64_t key_;   ///< of the appender's marks
+    const unsigned generation_; ///< detects a forked child
     std::map<std::uint32_t, QueueFileMark> marks_;
     bool hasFailed_ = false;
 };
 
-/// A message counts once, whoever of them writes it, and whenever.
+/// A message counts once, no matter which appenders write it, or when.
 void giveToAll(StoredQueue::Message& stored, std::vector<Recovered>& appenders, Recovery& recovery) {
     const auto isWaiting = [&stored](const Recovered& appender) { return appender.isWaitingFor(stored); };
     if (std::none_of(appenders.begin(), appenders.end(), isWaiting)) {

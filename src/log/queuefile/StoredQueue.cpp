@@ -16,11 +16,11 @@ using namespace QueueFileFormat;
 
 namespace {
 
-/// Damage is searched for records up to this size; larger ones begin a block of their own.
+/// After damage, only records up to this size are searched for; larger ones begin a block of their own.
 constexpr std::size_t LARGEST_SEARCHED = std::size_t{64} * 1024;
 
-/// How often as much as the file has may be looked at in vain, so that a file which pretends to be full of
-/// records is read in a bounded time.
+/// Limits the bytes checked in vain to this multiple of the file size, so that a file crafted to look full of
+/// records is read in bounded time.
 constexpr std::size_t MOST_SEARCHES = 64;
 
 template <typename Value>
@@ -34,7 +34,7 @@ std::uint64_t wordAt(std::string_view bytes, std::size_t place) {
     return valueAt<std::uint64_t>(bytes, place);
 }
 
-/// \param isUpper which of two different numbers to believe in
+/// \param isUpper whether to use the greater of the two numbers if they differ
 std::uint64_t numberOf(const Mark& mark, bool isUpper) {
     const std::uint64_t other = ~mark.inverse;
     return isUpper ? std::max(mark.number, other) : std::min(mark.number, other);
@@ -61,7 +61,7 @@ StoredQueue::StoredQueue(std::string bytes) : content_(std::move(bytes)), bytes_
     }
 }
 
-/// \return whether the rest can be understood
+/// \return whether the rest can be parsed
 bool StoredQueue::checkHead() {
     if (!isOne(bytes_) || bytes_.size() < sizeof(Head)) {
         problem_ = "It is not a queue file";
@@ -84,8 +84,8 @@ bool StoredQueue::checkHead() {
     return true;
 }
 
-/// What begins no block and is in none should be empty; if it is not, it was a block, which its copy tells
-/// of.
+/// The first word of a slot outside of blocks should be 0; an invalid word is taken for a damaged block
+/// header, and its copy is used.
 void StoredQueue::readBlocks() {
     const std::size_t slots = (bytes_.size() + SLOT - 1) / SLOT;
     for (std::size_t slot = 1; slot < slots && slot * SLOT + BODY <= bytes_.size();) {
@@ -113,8 +113,8 @@ void StoredQueue::readBlock(const Block& block, std::uint64_t word) {
     }
 }
 
-/// Behind the last record there is what its memory held before, which is no record of this block. If another
-/// one is found there, something between the two is damaged.
+/// After the last record follows what the memory held before, which is not a record of this block. If a valid
+/// record is found there, something in between is damaged.
 void StoredQueue::readRecords(std::size_t begin, std::size_t end, std::uint64_t block) {
     bool isBehindGap = false;
     for (std::size_t place = begin; place + sizeof(Frame) <= end;) {
@@ -170,7 +170,7 @@ void StoredQueue::readMarks(std::size_t begin, std::size_t end) {
                                : mark.key == DONE                 ? run.done
                                : mark.key == BATCH_END            ? run.batchEnd
                                                                   : run.taken;
-        known = std::max(known, numberOf(mark, mark.key == BATCH_END)); // others may have a mark of their own
+        known = std::max(known, numberOf(mark, mark.key == BATCH_END)); // another process may have one too
     }
 }
 
@@ -180,7 +180,7 @@ StoredQueue::Run& StoredQueue::runOf(std::uint32_t id) {
     return run;
 }
 
-/// A note is there twice, so that damage to one of the two costs nothing.
+/// Each note is stored twice, so that damage to one copy loses nothing.
 void StoredQueue::readNote(const Record& record) {
     const std::string_view payload = record.payload;
     const auto kind = payload.size() < sizeof(std::uint32_t) ? 0 : valueAt<std::uint32_t>(payload, 0);

@@ -16,14 +16,14 @@
 namespace ZAV {
 namespace Log {
 
-/// What a queue file says, whoever wrote it and whatever has become of it since. Nothing in it is trusted:
-/// what is damaged is left out, and what is whole is found.
+/// Parsed content of a queue file of any origin. Nothing in it is trusted: damaged parts are skipped, and
+/// everything intact is found.
 class StoredQueue {
 public:
-    /// A process that has written to the file.
+    /// A run of a program that has written to the file.
     struct Run {
         std::uint32_t id = 0;
-        std::uint64_t begin = 0; ///< in microseconds since 1970; 0 if the file does not say what it was
+        std::uint64_t begin = 0; ///< in microseconds since 1970; 0 if the file has no note on the run
         int processId = 0;
         std::string program;
         std::string host;
@@ -31,8 +31,7 @@ public:
         std::uint64_t done = 0; ///< the marks, see `QueueFileFormat::QueueMark`
         std::uint64_t batchEnd = 0;
         std::uint64_t taken = 0;
-        std::map<std::uint64_t, std::uint64_t>
-            appenders; ///< how far they have come, by the hash of their names
+        std::map<std::uint64_t, std::uint64_t> appenders; ///< their progress, by the hash of their names
 
         bool isWaiting(std::uint64_t number) const noexcept {
             return number > done && (number <= batchEnd || number > taken);
@@ -41,38 +40,40 @@ public:
 
     struct Message {
         Run* run;
-        std::uint64_t number;     ///< in the order of the run
-        MessageFields fields;     ///< their texts are those of the queue
-        bool isRecovered = false; ///< an appender has written it
+        std::uint64_t number;     ///< position in the run's order
+        MessageFields fields;     ///< the texts are views into the `StoredQueue`
+        bool isRecovered = false; ///< at least one appender has written it
 
-        /// \return nothing if there is no memory for it, as for a number that is to be as wide as its format says
+        /// \return empty if there is no memory for it, for example because its format asks for a huge field
+        ///         width
         std::optional<LogMessage> make() const noexcept;
     };
 
-    /// A block that is in use.
+    /// A block in use.
     struct Block {
         std::uint32_t kind;
         std::size_t slot;
         std::size_t slots;
-        std::uint32_t run = 0; ///< that wrote its records; 0 if it has none
+        std::uint32_t run = 0; ///< the run that wrote its records; 0 if it has none
     };
 
-    /// \param bytes of the file: a copy, which nobody can change while it is read
+    /// \param bytes content of the file: a copy, which cannot change while it is parsed
     /// \throw std::bad_alloc
     explicit StoredQueue(std::string bytes);
     StoredQueue(const StoredQueue&) = delete;
     StoredQueue& operator=(const StoredQueue&) = delete;
 
-    /// How many bytes tell a queue file.
+    /// Number of bytes that identify a queue file.
     static constexpr std::size_t BEGINNING = sizeof QueueFileFormat::Head::magic;
 
-    /// \return whether bytes begin as a queue file does
+    /// \return whether the bytes begin like a queue file
     static bool isOne(std::string_view bytes) noexcept;
 
-    /// \return why the file is not one that can be written to; empty if it is
+    /// \return why the file cannot be written to; empty if it can
     const std::string& problem() const noexcept { return problem_; }
 
-    /// \return what waits in the file for at least one appender, the run that began first before the next
+    /// \return the messages that wait for at least one appender, ordered by the start of their runs, then by
+    ///         number
     std::vector<Message>& messages() noexcept { return messages_; }
     const std::vector<Message>& messages() const noexcept { return messages_; }
 
@@ -85,7 +86,7 @@ private:
         std::uint32_t run;
         std::string_view payload;
     };
-    using Key = std::pair<std::uint32_t, std::uint64_t>; ///< a run, and an address in it
+    using Key = std::pair<std::uint32_t, std::uint64_t>; ///< a run and an address in its process
 
     bool checkHead();
     void readBlocks();
@@ -100,9 +101,9 @@ private:
     void damage() { problem_ = problem_.empty() ? "It is damaged" : problem_; }
 
     const std::string content_;
-    const std::string_view bytes_; ///< the same
+    const std::string_view bytes_; ///< view of `content_`
     std::string problem_;
-    std::size_t scanned_ = 0; ///< bytes that were looked at in vain
+    std::size_t scanned_ = 0; ///< bytes checked in vain while searching for records
     std::vector<Block> blocks_;
     std::vector<Record> records_; ///< of messages
     std::map<std::uint32_t, Run> runs_;

@@ -13,7 +13,7 @@ namespace {
 
 thread_local ThreadRecord record{};
 
-/// The one thread of a forked child is another one to the system.
+/// The only thread of a forked child has a new thread ID.
 const bool forgetsIdInChild = (Platform::atFork(nullptr, [] { record.systemId = 0; }), true);
 
 } // namespace

@@ -47,8 +47,8 @@ PutOffMessages::Messages PutOffMessages::takeBeyondLimit(ThreadRecord& thread) n
     return taken;
 }
 
-/// Whoever reads standard error may log what is shown, and so discard the next message while this one is
-/// being shown. That one is only counted, or there would be no end.
+/// Whatever reads standard error may log what is shown, and so discard the next message while this one is
+/// being shown. That one is only counted, to prevent endless recursion.
 void PutOffMessages::showDiscarded(const Messages& discarded) noexcept {
     ThreadRecord& thread = threadRecord();
     if (thread.showsDiscarded) {
@@ -68,7 +68,7 @@ void PutOffMessages::writeOwn() noexcept {
         Logger* logger = nullptr;
         const Write write = nextWrite(thread, logger);
         if (write == nullptr) {
-            thread.putOffMessages = 0; // another thread has shown them, since the process ends
+            thread.putOffMessages = 0; // another thread has shown them at the end of the process
             return;
         }
         try {
@@ -76,7 +76,7 @@ void PutOffMessages::writeOwn() noexcept {
                 return;
             }
         } catch (const std::bad_alloc&) {
-            FailureCount::add(); // it may not have been written, and cannot be reported
+            FailureCount::add(); // it may be unwritten, and cannot be reported
         } catch (...) {
             continue;
         }
@@ -130,7 +130,7 @@ void PutOffMessages::showAll() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     }
 }
 
-/// The thread that forked may be writing one.
+/// The forking thread may be writing one, which has to stay.
 void PutOffMessages::forgetInChild() noexcept {
     ThreadRecord& thread = threadRecord();
     const ScopedLock lock(messagesLock_);

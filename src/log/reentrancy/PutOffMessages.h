@@ -15,11 +15,10 @@ namespace Log {
 class Logger;
 struct MessageFields;
 
-/// The messages that appenders and listeners logged while another thread held the logger. Each is complete,
-/// and its thread writes it as soon as it has left the library; it is kept here, and not with the thread, so
-/// that it can be shown if the process ends first. A thread that stays in the library for long may put any
-/// number off, so that no more than `MOST_OF_A_THREAD` are kept of each. All operations may be called from
-/// any thread.
+/// Messages that appenders and listeners logged while another thread held the logger. Each is complete, and
+/// its thread writes it as soon as it has left the library; it is kept here, not with the thread, so that it
+/// can be shown if the process ends first. As a thread that stays in the library may put off any number, at
+/// most `MOST_OF_A_THREAD` are kept for each thread. Thread-safe.
 class PutOffMessages : public Platform::NeverDestroyed<PutOffMessages> {
 public:
     struct PutOffMessage;
@@ -27,22 +26,23 @@ public:
 
     static constexpr int MOST_OF_A_THREAD = 10'000;
 
-    /// Gives the calling thread's first message to the appenders, with the logger's lock held.
+    /// Delivers the calling thread's first message to the appenders under the logger's lock.
     /// \param waitsForLogger whether to wait for that lock
-    /// \return false if another thread holds the lock and the message stays
+    /// \return false if another thread holds the lock; the message is then kept
     using Write = bool (*)(Logger& logger, bool waitsForLogger);
 
     struct PutOffMessage {
-        ThreadRecord* thread; ///< whose message it is
-        int answeredReports;  ///< by which the thread logged it in answer to a report
+        ThreadRecord* thread; ///< that logged the message
+        int answeredReports;  ///< the chain of reports that it was logged in answer to
         Logger* logger;
         LogMessage message;
         Write write;
         bool isBeingWritten;
     };
 
-    /// The first message of the calling thread while it is being written. To be made with the logger's lock
-    /// held; until it ends, the message is shown if the process ends: rather twice than not at all.
+    /// The first message of the calling thread while it is being written. Construct it with the logger's lock
+    /// held. If the process ends during its lifetime, the message is also shown: a duplicate is better than a
+    /// loss.
     class First {
     public:
         First() noexcept : message_(instance().beginFirst()) {}
@@ -50,32 +50,31 @@ public:
         First(const First&) = delete;
         First& operator=(const First&) = delete;
 
-        /// \return null if the messages were shown
+        /// \return null if the messages have been shown
         const PutOffMessage* get() const noexcept { return message_; }
 
     private:
         const PutOffMessage* const message_;
     };
 
-    /// Keeps a message of the calling thread, behind the earlier ones. If those are too many, the oldest is
-    /// shown on the standard error stream and discarded. Once the messages have been shown, this one is shown
-    /// at once.
-    /// \throw std::bad_alloc if there is no room; the message is then not kept
+    /// Keeps a message of the calling thread, after the earlier ones. If there are too many, the oldest is
+    /// shown on the standard error stream and discarded. After `showAll`, the message is shown at once.
+    /// \throw std::bad_alloc; the message is then not kept
     void keep(Logger& logger, const MessageFields& message, Write write);
 
-    /// Writes the messages of the calling thread in their order, also those that are put off meanwhile. The
-    /// thread must hold no lock of the library. The consumer, for which the holder of a logger may be
-    /// waiting, leaves the rest if a logger is not free. What is thrown at a message is dropped: nobody is
-    /// left who logged it.
+    /// Writes the messages of the calling thread in order, including those put off meanwhile. The thread must
+    /// hold no lock of the library. The consumer, for which the holder of a logger's lock may be waiting,
+    /// leaves the rest if a logger is locked. An exception thrown for a message is dropped: its logging call
+    /// has returned.
     void writeOwn() noexcept;
 
-    /// Shows the messages of all threads on the standard error stream, since the process ends.
+    /// Shows the messages of all threads on the standard error stream, at the end of the process.
     void showAll() noexcept;
 
-    /// Forgets all messages in a forked child: they are the parent's to write.
+    /// Discards all messages in a forked child: the parent writes them.
     void forgetInChild() noexcept;
 
-    /// \return how many messages were discarded because a thread had put off too many
+    /// \return the number of messages discarded because a thread had put off too many
     std::uint64_t discarded() const noexcept { return discarded_.load(std::memory_order_relaxed); }
 
 private:
@@ -91,7 +90,7 @@ private:
         ZAV_LOG_REQUIRES(messagesLock_);
 
     Platform::CriticalSection messagesLock_{Platform::AWAITED_BY_FORK};
-    Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);   ///< they do not change any more once it is closed
+    Messages messages_ ZAV_LOG_GUARDED_BY(messagesLock_);   ///< unchanged once `closed_` is set
     bool closed_ ZAV_LOG_GUARDED_BY(messagesLock_) = false; ///< the messages are being shown, or have been
     std::atomic<std::uint64_t> discarded_{0};
 };

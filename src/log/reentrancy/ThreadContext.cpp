@@ -19,7 +19,7 @@ Platform::ThreadSlot& slot() {
     return slot;
 }
 
-/// So that no thread makes it while another one forks.
+/// Created at load time, so that no thread creates it while another one forks.
 const Platform::ThreadSlot& madeAtLoad = slot();
 
 constexpr std::size_t KEPT_SIZE = std::size_t{64} * 1024;
@@ -52,7 +52,7 @@ ContextEntry& ThreadContext::add(std::string_view key, const TaggedValue& value)
     return entry;
 }
 
-/// The owner may take an entry for another pair as soon as that is marked, but lives until it is released.
+/// The owner may reuse an entry as soon as it is marked dead, but lives until the reference is released.
 void ThreadContext::remove(ContextEntry& entry) noexcept {
     ThreadContext& owner = entry.owner;
     if (&owner == threadRecord().context) {
@@ -65,7 +65,7 @@ void ThreadContext::remove(ContextEntry& entry) noexcept {
 }
 
 void ThreadContext::removeOwn(ContextEntry& entry) noexcept {
-    std::size_t behind = 0; // as a rule nothing
+    std::size_t behind = 0; // usually 0
     for (auto other = std::next(entry.place); other != open_.end(); ++other) {
         behind += other->size;
     }
@@ -75,7 +75,7 @@ void ThreadContext::removeOwn(ContextEntry& entry) noexcept {
     spare_.splice(spare_.begin(), open_, entry.place);
 }
 
-/// Moves the bytes of those that are left together.
+/// Compacts the bytes of the remaining pairs.
 void ThreadContext::removeDead() noexcept {
     hasDead_.exchange(false, std::memory_order_acquire);
     char* end = bytes_.data();
@@ -96,7 +96,7 @@ void ThreadContext::removeDead() noexcept {
     resize(static_cast<std::size_t>(end - bytes_.data()));
 }
 
-/// What a pair of unusual size took is given back.
+/// Releases the memory that an unusually large pair needed.
 void ThreadContext::resize(std::size_t size) noexcept {
     bytes_.resize(size);
     if (size == 0 && bytes_.capacity() > KEPT_SIZE) {

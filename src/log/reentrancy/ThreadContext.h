@@ -13,40 +13,40 @@ namespace Log {
 
 class ThreadContext;
 
-/// A pair of a `LogContext`, in the context of the thread that made it.
+/// A pair of a `LogContext`, in the context of the thread that created it.
 struct ContextEntry {
     explicit ContextEntry(ThreadContext& itsOwner) : owner(itsOwner) {}
 
     ThreadContext& owner;
-    std::list<ContextEntry>::iterator place; ///< of this entry; the owner's, as the size is
+    std::list<ContextEntry>::iterator place; ///< of this entry; used by the owner only, like `size`
     std::size_t size = 0;                    ///< of the packed pair
     std::atomic<bool> isDead = false;        ///< another thread has destroyed its object
 };
 
-/// The pairs of the `LogContext` objects of a thread, packed and ready for its next message. It is the
-/// thread's own, and lives until the thread has ended and all of its pairs are removed.
+/// The pairs of a thread's `LogContext` objects, packed and ready for its next message. It is owned by the
+/// thread, and lives until the thread has ended and all its pairs are removed.
 ///
-/// An object that another thread destroys leaves its pair here until the owner looks the next time.
+/// A pair whose object another thread destroys stays here until the owner's next access.
 class ThreadContext {
 public:
-    /// Leaves a context to those who have pairs in it.
-    /// \param context the calling thread's, which is ending; the thread may still log, and make another one
+    /// Gives up the thread's ownership: the context lives until its last pair is removed.
+    /// \param context of the calling thread, which is ending; the thread may still log, and create a new one
     static void end(void* context) noexcept;
 
-    /// \return that of the calling thread, made if it has none
+    /// \return the calling thread's context, created if it has none
     /// \throw std::bad_alloc
     static ThreadContext& own();
 
-    /// Adds a pair; called by the owner.
+    /// Adds a pair. Called by the owner only.
     /// \return the pair, for `remove`
     /// \throw std::bad_alloc
     ContextEntry& add(std::string_view key, const TaggedValue& value);
 
-    /// Removes a pair, as a rule the last one of the calling thread.
+    /// Removes a pair, usually the last one of the calling thread.
     static void remove(ContextEntry& entry) noexcept;
 
-    /// Called by the owner.
-    /// \return the pairs, until the next change; one that a later one hides is still there
+    /// Called by the owner only.
+    /// \return the pairs, valid until the next change; includes pairs hidden by later ones
     std::string_view packed() noexcept {
         if (hasDead_.load(std::memory_order_relaxed)) {
             removeDead();
@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    static constexpr std::ptrdiff_t OWNER = PTRDIFF_MAX / 2; ///< more than there are pairs
+    static constexpr std::ptrdiff_t OWNER = PTRDIFF_MAX / 2; ///< exceeds any number of pairs
 
     void removeOwn(ContextEntry& entry) noexcept;
     void removeDead() noexcept;
@@ -64,11 +64,11 @@ private:
 
     std::vector<char> bytes_;
     std::list<ContextEntry> open_;  ///< in the order of their bytes
-    std::list<ContextEntry> spare_; ///< for the pairs to come
+    std::list<ContextEntry> spare_; ///< to be reused
 
-    std::atomic<bool> hasDead_ = false; ///< set behind the mark of a pair that another thread has removed
-    /// `OWNER` while the thread runs, less the pairs that others have removed and it has not. When it ends,
-    /// the number of those that are left takes the place of `OWNER`.
+    std::atomic<bool> hasDead_ = false; ///< set after a pair's `isDead`, by the thread that removed it
+    /// While the thread runs: `OWNER`, less the pairs that other threads have removed and the owner has not
+    /// reclaimed. When it ends, the number of remaining pairs replaces `OWNER`.
     std::atomic<std::ptrdiff_t> references_ = OWNER;
 };
 

@@ -90,8 +90,8 @@ void AppenderList::copyInto(Copy& copy) const {
     }
 }
 
-/// If an appender forks, the walk ends in the child: the message goes to the appenders behind it in the
-/// parent, and would come twice.
+/// If an appender forks, the dispatch ends in the child: the parent delivers the message to the remaining
+/// appenders, and the child would duplicate it.
 AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version,
                                          ReusedMessage& message) const {
     Outcome outcome;
@@ -122,7 +122,7 @@ AppenderList::Outcome AppenderList::give(const Copy& copy, std::uint64_t version
     return outcome;
 }
 
-/// \param version of the list from which the entry was copied
+/// \param version of the list when the entry was copied
 bool AppenderList::isStillListed(Appender* appender, std::uint64_t version) const {
     if (version == version_.load(std::memory_order_acquire)) {
         return true;

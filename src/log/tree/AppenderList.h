@@ -16,26 +16,26 @@ class ReusedMessage;
 
 /// The appenders of one logger, in the order in which they were added. It does not own them.
 ///
-/// It changes under the tree's lock alone, also while a message is being given to its appenders: so an
-/// appender may add and remove others and itself. The walk goes through a copy, which is renewed when the
-/// list has changed, and checks that each entry is still listed.
+/// Modifying it needs only the tree's lock, even during a dispatch, so an appender may add and remove others
+/// and itself. A dispatch iterates over a copy, which is refreshed when the list has changed, and checks that
+/// each entry is still listed.
 class AppenderList {
 public:
     using Entries = std::list<Appender*>;
 
-    /// Moves the first of some entries to the end of the list, which takes no memory.
+    /// Moves the first of `entries` to the end of the list. Does not allocate.
     void takeOne(Entries& entries) ZAV_LOG_REQUIRES(treeLock());
 
-    /// Removes every entry of an appender. A walk that goes on in another thread may still be calling it.
+    /// Removes every entry of an appender. A dispatch in another thread may still be calling it.
     void remove(Appender* appender) ZAV_LOG_REQUIRES(treeLock());
 
-    /// Puts appenders in the place of others: where the first of those was, or at the end. No message may be
-    /// on its way through the list. It takes no memory.
-    /// \param before what leaves, sorted
-    /// \param after what comes, in the order in which it is to be called; empty afterwards
+    /// Replaces appenders with others, at the position of the first one replaced, or at the end if none is
+    /// listed. No message may be in dispatch through this list. Does not allocate.
+    /// \param before the appenders to remove, sorted
+    /// \param after the appenders to insert, in calling order; empty afterwards
     void exchange(const std::vector<Appender*>& before, Entries& after) ZAV_LOG_REQUIRES(treeLock());
 
-    /// Says whether the messages go to the recorders of captures alone, or to all that are listed.
+    /// Sets whether messages go only to the recorders of captures, or to all listed appenders.
     void setMuted(bool isMuted) ZAV_LOG_REQUIRES(treeLock());
 
     /// Takes over the entries of another list; this one must be empty.
@@ -43,22 +43,22 @@ public:
 
     /// The result of one dispatch.
     struct Outcome {
-        bool hasAsynchronous = false; ///< whether there are asynchronous appenders, which were left out
+        bool hasAsynchronous = false; ///< whether there are asynchronous appenders, which were skipped
         std::exception_ptr exception; ///< the first one that a filter or a command listener threw, if any
     };
 
-    /// Gives a message to every synchronous appender; without one, no object is made. The caller must hold
-    /// the logger's lock.
+    /// Delivers a message to every synchronous appender; without one, the message object is not created. The
+    /// caller must hold the logger's lock.
     ///
-    /// A filter or a command listener that throws for one appender does not keep the message from the others.
-    /// \param isOutermost whether no other walk of this thread goes through this list
+    /// If a filter or a command listener throws for one appender, the others still get the message.
+    /// \param isOutermost whether this thread has no other dispatch through this list in progress
     Outcome giveToSynchronous(ReusedMessage& message, bool isOutermost);
 
-    /// \return whether the last walk that saw a change of the list has found asynchronous appenders alone; read
-    ///         without a lock
+    /// \return whether the last dispatch that saw a change of the list found only asynchronous appenders;
+    ///         read without a lock
     bool areAsynchronous() const noexcept { return areAsynchronous_.load(std::memory_order_relaxed); }
 
-    /// \return whether an appender is listed now
+    /// \return whether an appender is currently listed
     bool contains(const Appender* appender) const ZAV_LOG_REQUIRES(treeLock());
 
 private:
@@ -72,10 +72,10 @@ private:
 
     Entries appenders_ ZAV_LOG_GUARDED_BY(treeLock());
     bool isMuted_ ZAV_LOG_GUARDED_BY(treeLock()) = false;
-    /// Raised by every change, under the tree's lock.
+    /// Incremented by every change, under the tree's lock.
     std::atomic<std::uint64_t> version_{0};
 
-    // Used under the logger's lock, and changed by the outermost walk under the tree's lock as well.
+    // Used under the logger's lock; the outermost dispatch changes them under the tree's lock as well.
     Copy copy_;
     std::uint64_t copiedVersion_ = 0;
 

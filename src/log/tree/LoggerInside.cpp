@@ -20,7 +20,7 @@ using namespace Util::TimeUtils;
 Logger::Inside::Inside(Logger& logger, Logger* parent)
     : logger_(logger), parent_(parent), levelSetTime_(Time::now().microseconds()) {}
 
-// The road of a message
+// Dispatching a message
 
 void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line, std::string_view file,
                          MessageType type) {
@@ -28,7 +28,7 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
     log(message);
 }
 
-/// The place is looked up only for the queue, since other messages hold nothing beyond the call.
+/// The place is looked up only for the queue: other messages refer to nothing that must outlive the call.
 void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form,
                              std::string_view pairs) {
     if (takesValues() || form != TextForm::READY) {
@@ -48,7 +48,7 @@ void Logger::Inside::logFrom(const KnownPlace& place, std::string_view text, Tex
     log(message);
 }
 
-/// \param message without a time and what its thread adds
+/// \param message whose time, thread ID and context are still unset
 void Logger::Inside::log(MessageFields& message) {
     Platform::actOnCancellation();
     ThreadRecord& thread = threadRecord();
@@ -73,8 +73,8 @@ void Logger::Inside::log(MessageFields& message) {
     }
 }
 
-/// Takes the lock; a call from an appender or a listener does not wait for it.
-/// \return false if the message has to be put off: another thread holds the lock, the gate is closed, or
+/// Takes the lock; a call from inside an appender or a listener does not wait for it.
+/// \return false if the message must be put off: another thread holds the lock, the gate is closed, or
 ///         earlier messages of this thread were put off
 bool Logger::Inside::lockFor(const LibraryCall& call) {
     if (!call.isNested()) {
@@ -84,8 +84,8 @@ bool Logger::Inside::lockFor(const LibraryCall& call) {
     return !call.hasPutOffMessages() && tryLock();
 }
 
-/// Takes the lock to dispatch a message. It is not held while the thread waits for the gate: whoever has
-/// closed that waits for the lock.
+/// Takes the lock to dispatch a message. Not held while waiting for the gate: the thread that closed the gate
+/// waits for the lock.
 void Logger::Inside::lock() {
     criticalSection_.lock();
     while (DispatchGate::isClosed()) {
@@ -95,7 +95,7 @@ void Logger::Inside::lock() {
     }
 }
 
-/// The same without waiting for anything.
+/// The same without blocking.
 bool Logger::Inside::tryLock() {
     if (!criticalSection_.tryLock()) {
         return false;
@@ -107,20 +107,20 @@ bool Logger::Inside::tryLock() {
     return false;
 }
 
-/// \return whether a message that reached the level when it was logged still does at this moment
+/// \return whether a message that reached the level when it was logged still reaches it at `now`
 bool Logger::Inside::passes(Level::LogLevel level, Time now) {
     const bool lastsForEver = expirationTime_.load(std::memory_order_relaxed) == 0 &&
                               temporaryUntil_.load(std::memory_order_relaxed) == 0;
     return lastsForEver || passesStill(level, now);
 }
 
-/// Not inline, since levels seldom expire.
+/// The rare path, kept out of line.
 [[gnu::noinline]] bool Logger::Inside::passesStill(Level::LogLevel level, Time now) {
     if (!isExpired(now) && !needsTemporaryLevel(level)) {
         return true;
     }
     const ScopedLock lock(treeLock());
-    if (isExpired(now)) { // and was not set anew meanwhile
+    if (isExpired(now)) { // unless it was set again meanwhile
         lastingLevel_.store(Level::LEVEL_WARNING, std::memory_order_relaxed);
     } else if (!needsTemporaryLevel(level)) {
         return true;
@@ -135,14 +135,14 @@ bool Logger::Inside::isExpired(Time now) const {
            now > Time(levelSetTime_.load(std::memory_order_relaxed), USEC) + duration;
 }
 
-/// \return whether the logger would stop a message but for a level that lasts for a while
+/// \return whether the message passes only because of a temporary level
 bool Logger::Inside::needsTemporaryLevel(Level::LogLevel level) const {
     return temporaryUntil_.load(std::memory_order_relaxed) != 0 &&
            level < lastingLevel_.load(std::memory_order_relaxed);
 }
 
-/// Gives a message to the synchronous appenders, and queues it once if there are asynchronous ones.
-/// \param mayWaitForRoom whether it may wait for room in the queue
+/// Delivers a message to the synchronous appenders, and queues it once if there are asynchronous ones.
+/// \param mayWaitForRoom whether the call may block while the queue is full
 void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWaitForRoom) {
     const AppenderList::Outcome outcome =
         appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
@@ -170,7 +170,7 @@ bool Logger::Inside::dispatchPutOff(Logger& logger, bool waitsForLogger) {
     if (first.get() != nullptr) {
         const ReportAnswer answer(threadRecord(), first.get()->answeredReports);
         MessageFields fields(first.get()->message);
-        fields.loggerName = logger.name_; // which stays where it is
+        fields.loggerName = logger.name_; // which has a stable address
         fields.logger = &logger;
         ReusedMessage message(fields);
         inside.dispatchMessage(message, false);

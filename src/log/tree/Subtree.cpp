@@ -1,4 +1,5 @@
-// What a logger has of its parent and does for all below it: settings, levels for a while, the walk.
+// A logger's inheritance from its parent and operations on its subtree: settings, temporary levels,
+// traversal.
 
 #include "log/tree/LoggerInside.h"
 
@@ -34,7 +35,7 @@ void Logger::Inside::setLevel(Level::LogLevel level, Time now) {
     renewLevel(now);
 }
 
-/// Of several levels that hold, the one that ends first tells when to look again.
+/// With several temporary levels in force, the earliest end determines the next recomputation.
 void Logger::Inside::renewLevel(Time now) {
     const Level::LogLevel lasting = lastingLevel_.load(std::memory_order_relaxed);
     Level::LogLevel level = lasting;
@@ -75,8 +76,8 @@ std::size_t Logger::Inside::countSubtree() {
     return count;
 }
 
-/// It takes no memory, since the end of the library must not fail. No logger ever leaves the tree, and one
-/// that is added meanwhile has inherited what is being waited for.
+/// Allocates nothing, since shutting down must not fail. No logger ever leaves the tree, and one added
+/// meanwhile has inherited the new state.
 void Logger::Inside::waitForSubtree() {
     for (Inside* inside = this; inside != nullptr;) {
         inside->criticalSection_.awaitHolder();
@@ -85,7 +86,7 @@ void Logger::Inside::waitForSubtree() {
     }
 }
 
-/// Of those who wait for the lock each gets it in its turn, so this does not take it from anybody for long.
+/// Threads waiting for the lock take it in turn, so this delays none of them for long.
 bool Logger::Inside::waitForSubtree(std::chrono::steady_clock::time_point end) {
     for (Inside* inside = this; inside != nullptr;) {
         while (!inside->criticalSection_.tryLock()) {

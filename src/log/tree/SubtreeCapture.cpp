@@ -16,7 +16,7 @@ SubtreeCapture::SubtreeCapture(Logger& logger, Level::LogLevel level, bool passe
     : logger_(logger), level_(level), passesOn_(passesOn), recorder_(recorder) {
     {
         const ScopedLock lock(treeLock());
-        logger.addAppender(&recorder); // all the memory is taken before anything changes
+        logger.addAppender(&recorder); // allocates everything before anything changes
         older_ = newest;
         newest = this;
         renewSubtree();
@@ -24,8 +24,8 @@ SubtreeCapture::SubtreeCapture(Logger& logger, Level::LogLevel level, bool passe
     awaitWalks();
 }
 
-/// The level goes first: what it has let through must have passed before the other appenders see messages
-/// again.
+/// The level is reset first: messages that passed only because of it must be dispatched before the other
+/// appenders get messages again.
 SubtreeCapture::~SubtreeCapture() {
     {
         const ScopedLock lock(treeLock());
@@ -45,7 +45,7 @@ SubtreeCapture::~SubtreeCapture() {
     logger_.removeAppender(&recorder_);
 }
 
-/// Waits until no message is on its way to the appenders, unless this one is asked from there.
+/// Waits for dispatches in progress, unless called from inside an appender or a listener.
 void SubtreeCapture::awaitWalks() {
     if (!passesOn_ && !LibraryCall::isOpen()) {
         logger_.inside_->waitForSubtree();

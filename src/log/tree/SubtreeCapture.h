@@ -9,22 +9,22 @@ namespace Log {
 
 class Appender;
 
-/// What a `LogCapture` does to the loggers of its subtree while it lives. It changes no setting: the loggers
-/// ask the captures that live whenever they work out what is in force.
+/// Effect of a `LogCapture` on the loggers of its subtree during its lifetime. It changes no setting: the
+/// loggers consult the active captures whenever they compute their effective level and appenders.
 class SubtreeCapture {
 public:
-    /// Begins; see the constructor of `LogCapture`.
-    /// \param recorder gets the messages; lives longer than this object
+    /// See the constructor of `LogCapture`.
+    /// \param recorder gets the messages; must outlive this object
     SubtreeCapture(Logger& logger, Level::LogLevel level, bool passesOn, Appender& recorder);
     ~SubtreeCapture();
     SubtreeCapture(const SubtreeCapture&) = delete;
     SubtreeCapture& operator=(const SubtreeCapture&) = delete;
 
-    /// \return the level that a logger has to let through, or the other one if that is lower
+    /// \return the lowest level that a capture needs from the logger, or `level` if that is lower
     static Level::LogLevel lowestLevel(const Logger& logger, Level::LogLevel level)
         ZAV_LOG_REQUIRES(treeLock());
 
-    /// \return whether an appender is that of a capture
+    /// \return whether an appender is the recorder of a capture
     static bool isRecorder(const Appender* appender) ZAV_LOG_REQUIRES(treeLock());
 
 private:

@@ -46,7 +46,7 @@ void TreeChange::makeLoggers() {
     forgetOverruled();
 }
 
-/// A logger that did not exist before had no setting that could stay as it was.
+/// A logger that did not exist before has no previous setting to keep.
 template <typename Value>
 TreeChange::Own<Value> TreeChange::ownSetting(const std::optional<Value>& value, bool hasLogger,
                                               std::size_t position) {
@@ -60,7 +60,7 @@ void TreeChange::forgetOverruled() {
     }
 }
 
-/// \return whether a later key sets the same for an ancestor, and so for this logger
+/// \return whether a later key sets the same attribute for an ancestor, and so for this logger
 template <typename Value>
 bool TreeChange::isOverruled(const Logger& logger, Own<Value> OwnSettings::*own) const {
     const std::size_t position = (own_.at(&logger).*own).position;
@@ -97,7 +97,7 @@ void TreeChange::apply(const std::vector<Appender*>& before, const std::vector<A
     TemporaryLevels::instance().endWhere([](const Logger*) { return true; }, now);
 }
 
-/// The clock goes by milliseconds, if it goes at all.
+/// Gives up after 2 ms: the clock has millisecond resolution, and may stand still.
 void TreeChange::awaitLaterTime() const {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(2);
     while (endOfTemporary_ != Time() && Time::now() <= endOfTemporary_ &&
@@ -108,8 +108,8 @@ void TreeChange::awaitLaterTime() const {
     }
 }
 
-/// Parents come before their children, which have what the parent has unless a key says otherwise. A level
-/// that stays keeps the moment from which its expiration counts.
+/// Parents are configured before their children, which inherit the parent's settings unless a key says
+/// otherwise. A level that is kept also keeps the time from which its expiration counts.
 void TreeChange::configure(Logger& logger, Time now) const {
     Logger::Inside& inside = *logger.inside_;
     const Logger::Inside* const parent = inside.parent_ == nullptr ? nullptr : inside.parent_->inside_.get();
@@ -135,7 +135,7 @@ void TreeChange::configure(Logger& logger, Time now) const {
 
 namespace {
 
-/// \return the sum, or the greatest time if it would be later
+/// \return the sum, saturated at the maximum
 Time endOf(Time begin, Time duration) {
     const Time end = begin + duration;
     return end < begin ? Time(std::numeric_limits<std::uint64_t>::max(), USEC) : end;

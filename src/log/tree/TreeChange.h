@@ -22,49 +22,50 @@ namespace Log {
 
 class Appender;
 
-/// What a configuration makes of all loggers at once, whatever they were before: afterwards each has the
-/// level and the expiration that a fresh process would give it. A bad value leaves its setting as it was.
+/// Applies a configuration to all loggers at once, regardless of their previous settings: afterwards each has
+/// the level and the expiration that a fresh process would give it. An invalid value leaves its setting
+/// unchanged.
 class TreeChange {
 public:
-    /// Reads the loggers' keys, and changes nothing. Bad values are reported on the standard error stream.
+    /// Reads the loggers' keys without changing anything. Invalid values are reported on the standard error
+    /// stream.
     TreeChange(Logger& root, const Util::Properties& properties);
 
-    /// Makes the loggers that are missing.
+    /// Creates the missing loggers.
     void makeLoggers();
 
-    /// Waits at each logger until a message that another thread is dispatching there is finished.
+    /// Waits, for one logger after another, until a dispatch in progress in another thread has finished.
     void awaitMessages() const;
 
-    /// The same for a limited time.
-    /// \return false if one was still being dispatched when the time was over
+    /// The same with a deadline.
+    /// \return false if a dispatch was still in progress at the deadline
     bool awaitMessages(std::chrono::steady_clock::time_point end) const;
 
-    /// Gives every logger its settings, and appenders in the place of others, in one step. What was set for a
-    /// while is over. To be called once, after `makeLoggers` and while no message is dispatched
-    /// (`DispatchGate`).
-    /// \throw std::bad_alloc; nothing has changed then
+    /// Sets every logger's settings and replaces appenders with others, atomically. Temporary levels end.
+    /// Call it once, after `makeLoggers` and while no message is dispatched (`DispatchGate`).
+    /// \throw std::bad_alloc; nothing is changed then
     void apply(const std::vector<Appender*>& before, const std::vector<Appender*>& after);
 
-    /// Waits until the clock shows a later time than the one at which levels for a while were ended, if any
-    /// were. Those levels hold for messages up to that time, which may be queued.
+    /// Waits until the clock is past the time at which temporary levels were ended, if any were. Those levels
+    /// apply to messages up to that time, which may still be queued.
     void awaitLaterTime() const;
 
 private:
-    /// A key, as it was read.
+    /// A key as read from the properties.
     struct Setting {
         std::string path; ///< below the root; not used for the root itself
         bool isRoot;
         std::string attribute;
-        LoggerValue value; ///< nothing if it was a bad one
+        LoggerValue value; ///< empty if it was invalid
     };
 
-    /// What a key of one logger says.
+    /// One setting of a logger, from its own key.
     template <typename Value>
     struct Own {
         bool isGiven = false;
-        bool staysAsItIs = false; ///< the value is a bad one
+        bool staysAsItIs = false; ///< the value is invalid
         Value value{};
-        std::size_t position = 0; ///< of the key: a later one of an ancestor overrules it
+        std::size_t position = 0; ///< of the key; a later key of an ancestor overrides it
     };
     struct OwnSettings {
         Own<Level::LogLevel> level;
@@ -81,12 +82,12 @@ private:
     Logger& root_;
     std::vector<Setting> settings_;
     std::map<const Logger*, OwnSettings> own_;
-    Util::TimeUtils::Time endOfTemporary_; ///< 0 if there was none to end
+    Util::TimeUtils::Time endOfTemporary_; ///< when temporary levels were ended; 0 if there were none
 };
 
-/// A level of a logger and all below it that lasts for a while.
+/// A temporary level of a logger and its subtree.
 struct SubtreeLevel {
-    /// Sets it from now on; see `LogManager::setLevelFor`.
+    /// Sets it, starting now; see `LogManager::setLevelFor`.
     static void setFor(Logger& logger, Level::LogLevel level, Util::TimeUtils::Time duration);
 };
 

@@ -14,7 +14,7 @@ Platform::CriticalSection& treeLock() {
 
 namespace {
 
-/// So that no thread makes it while another one forks.
+/// Created at load time, so that no thread creates it while another one forks.
 const Platform::CriticalSection& madeAtLoad = treeLock();
 
 } // namespace
@@ -25,12 +25,12 @@ Platform::CriticalSection& DispatchGate::gateLock() {
     return lock;
 }
 
-/// The thread that had closed it does not exist there.
+/// The thread that had closed it does not exist in the child.
 void DispatchGate::openInChild() {
     closed = false;
 }
 
-/// While the library is loaded, so that no thread makes the lock while another one forks.
+/// Initialised at load time, so that no thread creates the lock while another one forks.
 const bool DispatchGate::isForked = [] {
     gateLock();
     Platform::atFork(nullptr, openInChild);

@@ -11,19 +11,19 @@
 namespace ZAV {
 namespace Log {
 
-// What the dispatcher takes from IceUtil: threads, and monitors to wait at.
+// Threads and monitors for the dispatcher, based on IceUtil.
 
-/// A lock with a condition. Whoever is notified wakes once it is unlocked.
+/// A lock with a condition variable. A notified thread wakes once the monitor is unlocked.
 class Monitor {
 public:
     void lock() { monitor_.lock(); }
     void unlock() { monitor_.unlock(); }
     void notifyAll() { monitor_.notifyAll(); }
 
-    /// Unlocks it until it is notified, or spuriously.
+    /// Unlocks, waits for a notification, and locks again. May wake spuriously.
     void wait() { monitor_.wait(); }
 
-    /// The same, but no longer than a duration.
+    /// The same with a timeout.
     void waitFor(std::chrono::microseconds duration) {
         monitor_.timedWait(IceUtil::Time::microSeconds(duration.count()));
     }
@@ -32,7 +32,7 @@ private:
     IceUtil::Monitor<IceUtil::Mutex> monitor_;
 };
 
-/// A thread of the library's own.
+/// A thread of the library.
 class Worker {
 public:
     /// Starts the thread.
@@ -42,10 +42,10 @@ public:
     /// Waits until the function has returned.
     void join() { thread_->getThreadControl().join(); }
 
-    /// Lets the thread go on by itself; nobody joins it.
+    /// Detaches the thread, which then must not be joined.
     void detach() { thread_->getThreadControl().detach(); }
 
-    /// \return what is thrown if the system refuses to set a thread's priority
+    /// \return the exception to throw if setting a thread's priority fails
     static IceUtil::ThreadSyscallException priorityFailure(int error) { return {__FILE__, __LINE__, error}; }
 
 private:

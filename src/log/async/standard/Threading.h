@@ -9,23 +9,23 @@
 namespace ZAV {
 namespace Log {
 
-// What the dispatcher takes from the standard library: threads, and monitors to wait at.
+// Threads and monitors for the dispatcher, based on the standard library.
 
-/// A lock with a condition.
+/// A lock with a condition variable.
 class Monitor {
 public:
     void lock() { mutex_.lock(); }
     void unlock() { mutex_.unlock(); }
     void notifyAll() { condition_.notify_all(); }
 
-    /// Unlocks it until it is notified, or spuriously.
+    /// Unlocks, waits for a notification, and locks again. May wake spuriously.
     void wait() {
         std::unique_lock<std::mutex> lock(mutex_, std::adopt_lock);
         condition_.wait(lock);
         lock.release();
     }
 
-    /// The same, but no longer than a duration.
+    /// The same with a timeout.
     void waitFor(std::chrono::microseconds duration) {
         std::unique_lock<std::mutex> lock(mutex_, std::adopt_lock);
         condition_.wait_for(lock, duration);
@@ -37,7 +37,7 @@ private:
     std::condition_variable condition_;
 };
 
-/// A thread of the library's own.
+/// A thread of the library.
 class Worker {
 public:
     /// Starts the thread.
@@ -47,10 +47,10 @@ public:
     /// Waits until the function has returned.
     void join() { thread_.join(); }
 
-    /// Lets the thread go on by itself; nobody joins it.
+    /// Detaches the thread, which then must not be joined.
     void detach() { thread_.detach(); }
 
-    /// \return what is thrown if the system refuses to set a thread's priority
+    /// \return the exception to throw if setting a thread's priority fails
     static std::system_error priorityFailure(int error) { return {error, std::generic_category()}; }
 
 private:
