@@ -20,7 +20,7 @@ public:
     /// Adds what each appender gets from a logger.
     void addRoutes(const std::string& logger);
 
-    /// Adds what becomes of a message.
+    /// Adds what each appender does with a message.
     void addMessage(const std::string& logger, Log::Level::LogLevel level);
 
     /// \return the whole graph, in DOT

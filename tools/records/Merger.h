@@ -25,7 +25,7 @@ private:
     bool comesLater(std::size_t a, std::size_t b) const;
 
     std::vector<RecordStream*> streams_;
-    std::vector<std::int64_t> places_; ///< of their records
+    std::vector<std::int64_t> places_; ///< at which their records are merged
     RecordStream::Ending ending_;
     std::vector<std::size_t> heap_; ///< indices of the streams that have a record, the earliest first
     int given_ = -1;

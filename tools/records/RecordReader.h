@@ -85,7 +85,7 @@ private:
     std::vector<char> buffer_;
     std::size_t begin_ = 0;    ///< of the next record
     std::size_t line_ = 0;     ///< start of the first line whose end was not found yet
-    std::size_t searched_ = 0; ///< no line feed stands between `line_` and here
+    std::size_t searched_ = 0; ///< no line feed is between `line_` and here
     std::size_t end_ = 0;      ///< of what was read
     bool continues_ = false;   ///< lines without a time belong to the record that was returned last
     bool isInLine_ = false;    ///< what was returned last ended within a line

@@ -109,7 +109,7 @@ const Fields& RecordStream::fields() {
     }
     if (!record_.hasTime) {
         fields_.message = fields_.text = record_.lines;
-        fields_.values = nullptr; // which stand behind the text that it continues
+        fields_.values = nullptr; // which follow the text that this one continues
     }
     return fields_;
 }
