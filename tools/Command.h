@@ -8,8 +8,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// One command of the program. Its constructor takes the `CLI::App` of the whole program and adds a
-/// subcommand with the command's options to it.
+/// One command of the program. Its constructor takes the program's `CLI::App` and adds a subcommand with the
+/// command's options to it.
 class Command {
 public:
     /// \param command the subcommand, which lives as long as the program's `CLI::App`
@@ -21,7 +21,7 @@ public:
     /// \return true if the parsed command line names this command
     bool isChosen() const { return command_.parsed(); }
 
-    /// Does what the command line says; called after it was parsed.
+    /// Runs the command; called after the command line has been parsed.
     /// \param output standard output, which the caller flushes
     /// \throw UsageError, Failure, OutputClosed
     virtual ExitCode run(Output& output) = 0;

@@ -41,7 +41,7 @@ CommandLine::CommandLine()
     app_.footer(EXIT_STATUS);
     app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
     app_.require_subcommand(1);
-    // Each command of the program has a line here, in the order in which --help shows them.
+    // In the order in which --help shows them.
     commands_.push_back(std::make_unique<CheckCommand>(app_));
     commands_.push_back(std::make_unique<ExplainCommand>(app_));
     commands_.push_back(std::make_unique<CatCommand>(app_));

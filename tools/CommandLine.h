@@ -21,7 +21,7 @@ public:
     /// \return the exit code of the process
     ExitCode run(int argc, const char* const* argv);
 
-    /// What `--help` is made from: the program's options, and its commands as subcommands.
+    /// The program's options, with its commands as subcommands; the source of `--help`.
     const CLI::App& app() const { return app_; }
 
 private:
@@ -29,7 +29,7 @@ private:
     ExitCode parseAndRun(int argc, const char* const* argv);
     ExitCode runChosen();
 
-    TerminalErrors errors_; ///< whatever is said to the end
+    TerminalErrors errors_; ///< first, so that it outlives the other members
     CLI::App app_;
     std::vector<std::unique_ptr<Command>> commands_;
     Output output_;

@@ -6,7 +6,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Says on standard error what is wrong, behind the program's name.
+/// Reports a problem on standard error, prefixed with the program's name.
 inline void complain(const std::string& text) {
     std::cerr << "zav-log: " << text << '\n';
 }

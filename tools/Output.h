@@ -9,11 +9,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// Standard output, collected into large writes. What its user must see at once needs a `flush`; so does the
-/// end.
+/// Buffered standard output. Call `flush` for what the user must see at once, and at the end.
 ///
-/// It is the way to the terminal for all that the commands show: there foreign text gets no control character
-/// through (`TerminalText`). Into a pipe or a file bytes go as they are.
+/// All output of the commands goes through it. On a terminal, control characters in foreign text are escaped
+/// (`TerminalText`); a pipe or a file gets the bytes unchanged.
 class Output {
 public:
     Output();
@@ -21,7 +20,7 @@ public:
     Output& operator=(const Output&) = delete;
 
     /// \param text may be `painted` in parts
-    /// \throw OutputClosed if nobody reads any more; Failure if the system does not take the text
+    /// \throw OutputClosed if nobody reads the output any more; Failure if it cannot be written
     void write(std::string_view text);
 
     /// \throw as `write` does
@@ -35,7 +34,7 @@ private:
 
     const bool isTerminal_;
     TerminalText terminalText_;
-    std::string shown_; ///< one text, as the terminal gets it
+    std::string shown_; ///< scratch: one text as the terminal gets it
     std::string pending_;
 };
 

@@ -3,8 +3,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Ends a command quietly: whoever read its output has seen enough and has closed the pipe, or reads no
-/// further while the command is asked to end.
+/// Ends a command silently: the reader of its output has closed the pipe, or has stopped reading when the
+/// command is asked to end.
 class OutputClosed {};
 
 } // namespace Tools

@@ -13,7 +13,7 @@ namespace {
 
 namespace Setting = Log::AppenderSetting;
 
-/// \return false, after a warning, if files cannot be made in a folder
+/// \return false, after adding a warning, if no files can be made in a folder
 bool checkFolder(const std::string& folder, const PropertyLine& line, Findings& findings) {
     std::error_code problem;
     if (!std::filesystem::is_directory(folder, problem)) {

@@ -10,8 +10,7 @@ namespace Tools {
 
 namespace {
 
-/// Every key that something would read, for the names that the file has, and for those in the unknown key
-/// itself.
+/// All keys that something would read, for the names in the file and for those in the unknown key itself.
 class ReadKeys {
 public:
     ReadKeys(const Configuration& configuration, const std::string& unknownKey);
@@ -60,13 +59,14 @@ void ReadKeys::addLoggerKeys(const Log::ConfigurationKey& row, const Configurati
     }
 }
 
-/// What may be spent on the guesses for one file. Each wrong key is compared with all that could have been
-/// meant, which would take hours for a large file of wrong keys; its later keys then get no guess.
+/// Limits the time spent on guesses for one file. Each wrong key is compared with all that could have been
+/// meant, which would take hours for a large file of wrong keys; once the budget is spent, its remaining keys
+/// get no guess.
 class Budget {
 public:
     bool isLeft() const { return left_ > 0; }
 
-    /// \return whether the comparison of a word with all candidates can be afforded; nothing is left if it cannot
+    /// \return whether comparing a word with all candidates is within the budget; if not, nothing of it is left
     bool affords(const std::string& word, const std::vector<std::string>& candidates) {
         std::size_t price = 0;
         for (const std::string& candidate : candidates) {
@@ -78,10 +78,10 @@ public:
     }
 
 private:
-    std::size_t left_ = 50000000; ///< pairs of letters; a second or so
+    std::size_t left_ = 50000000; ///< in pairs of characters; a second or so
 };
 
-/// \return the key that was probably meant, which may be one to declare an appender
+/// \return the key that was probably meant, possibly one that declares an appender
 std::string guessKey(const Configuration& configuration, const PropertyLine& line, Budget& budget) {
     if (!budget.isLeft()) {
         return std::string();
@@ -117,7 +117,7 @@ void checkPartner(const Configuration& configuration, const PropertyLine& line, 
                         "has no effect without '" + Configuration::keyBeside(meaning, partner->name) + "'");
 }
 
-/// Columns that are named beside another layout.
+/// Warns of columns given together with another layout.
 void checkColumns(const Configuration& configuration, const PropertyLine& line, const KeyMeaning& meaning,
                   Findings& findings) {
     if (meaning.row == nullptr || meaning.row->form != Log::ValueForm::COLUMNS) {

@@ -16,7 +16,7 @@ namespace {
 
 namespace Setting = Log::AppenderSetting;
 
-/// \return the loggers that the file names, and those that a prefix names without it, if they can be
+/// \return the loggers that the file names, and those that only a filter prefix names, if these are accepted
 std::vector<std::string> loggersFor(const LoggerLevels& levels, const PropertyLine* filters) {
     std::vector<std::string> loggers = levels.named();
     if (filters != nullptr) {
@@ -37,7 +37,7 @@ std::optional<Log::Level::LogLevel> lowestLevel(const Configuration& configurati
     const AppenderFilters filters(appender.name, configuration.file().properties());
     std::optional<Log::Level::LogLevel> lowest;
     for (const std::string& logger : loggersFor(levels, configuration.setting(appender, Setting::FILTERS))) {
-        // Most severe, so that only the name counts.
+        // Most severe, so that only the logger's name decides.
         const Log::LogMessage message(logger, Util::TimeUtils::Time::now(), Log::Level::LEVEL_AUDIT, "", 0,
                                       "", Log::LOG);
         if (filters.rejecting(message) == nullptr) {
@@ -71,7 +71,7 @@ void checkLevels(const Configuration& configuration, Findings& findings) {
         try {
             checkLevel(configuration, appender, *level, levels, findings);
         } catch (const Log::LogException&) {
-            continue; // a setting that the library rejects, which is a finding of its own
+            continue; // a setting that the library rejects is a finding of its own
         }
     }
 }

@@ -10,7 +10,7 @@ namespace Tools {
 
 namespace {
 
-/// A size and its unit are fine each, but not their product.
+/// Size and unit may each be valid, and their product too large.
 void checkProduct(const Configuration& configuration, const DeclaredAppender& appender, Findings& findings) {
     const PropertyLine* const size = configuration.setting(appender, Log::AppenderSetting::FILE_MAX_SIZE);
     const PropertyLine* const unit =

@@ -13,7 +13,7 @@ bool takes(const std::string& prefix, const std::string& logger) {
     return logger.compare(0, prefix.size(), prefix) == 0;
 }
 
-/// \return true if a prefix, read as the name of a logger, means this logger too
+/// \return true if the prefix, read as a logger's name, denotes this logger or one above it
 bool means(const std::string& prefix, const std::string& logger) {
     return takes(prefix, logger) &&
            (logger.size() == prefix.size() || prefix.back() == '.' || logger[prefix.size()] == '.');

@@ -30,7 +30,7 @@ const PropertyLine* firstAsynchronous(const Configuration& configuration) {
     return first;
 }
 
-/// Only the consumer has rounds. The other value says what a synchronous appender does anyway.
+/// Only the consumer thread works in batches. The other value is what a synchronous appender does anyway.
 void checkFlush(const Configuration& configuration, const DeclaredAppender& appender, Findings& findings) {
     const PropertyLine* const flush = configuration.setting(appender, Log::AppenderSetting::FLUSH);
     const bool isRead = flush != nullptr && (appender.reader & Log::READ_BY_FILE_APPENDERS) != 0;

@@ -28,7 +28,7 @@ void warn(Findings& findings, const PropertyLine& line, const std::string& text)
     findings.addWarning(line, "queue-file", text);
 }
 
-/// \return whether a file is empty, or begins as the file of a queue
+/// \return whether a file is empty or begins like a queue file
 bool mayHoldQueue(const fs::path& path) {
     std::string beginning(Log::StoredQueue::BEGINNING, ' ');
     std::ifstream file(path, std::ios::binary);
@@ -61,7 +61,7 @@ void checkBounds(const PropertyLine& line, std::uint64_t bytes, Findings& findin
     }
 }
 
-/// The defaults fit each other, and a bad value is a finding of its own.
+/// The defaults are consistent with each other; an invalid value is a finding of its own.
 void checkSize(const Configuration& configuration, Findings& findings) {
     const PropertyLine* const size = lineOf(configuration, Option::QUEUE_FILE_SIZE);
     const PropertyLine* const limit = lineOf(configuration, Option::MAX_QUEUE_SIZE);
@@ -85,7 +85,7 @@ void checkSize(const Configuration& configuration, Findings& findings) {
     }
 }
 
-/// \return the path in the one form that all ways to it have in common; what does not exist yet keeps its name
+/// \return the canonical path; components that do not exist yet are kept as they are
 std::string commonForm(const std::string& path) {
     std::error_code problem;
     const fs::path common = fs::weakly_canonical(fs::absolute(path), problem);

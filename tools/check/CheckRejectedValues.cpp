@@ -14,7 +14,7 @@ namespace {
 
 using Log::ValueForm;
 
-/// \return the name of the finding for a value that is rejected; nullptr for a form of which no value is
+/// \return the id of the finding for a rejected value; nullptr for a form of which no value is rejected
 const char* idOf(ValueForm form) {
     switch (form) {
     case ValueForm::LEVEL:
@@ -40,8 +40,8 @@ const char* idOf(ValueForm form) {
     }
 }
 
-/// \return what `init` says about one line; empty if nothing. An appender is not made for that: it may already find
-///         files of the program's.
+/// \return what `init` says about one line; empty if nothing. No appender is made for this: it might already
+///         find the program's files.
 std::string complaintAbout(const Configuration& configuration, const PropertyLine& line,
                            const KeyMeaning& meaning) {
     Util::Properties trial;
@@ -50,12 +50,12 @@ std::string complaintAbout(const Configuration& configuration, const PropertyLin
         return complaintOfInit(trial);
     }
     if (meaning.row->neededKey != nullptr) {
-        trial[Log::appenderKey(meaning.owner, meaning.row->neededKey)] = "AUDIT"; // a level, as it happens
+        trial[Log::appenderKey(meaning.owner, meaning.row->neededKey)] = "AUDIT"; // all take a level
     }
     try {
         Log::AppenderValues values(meaning.owner);
         values.read(*meaning.row, trial);
-        // What the columns are is the matter of their own line.
+        // The columns, if given, are checked on their own line.
         if (configuration.file().find(Log::appenderKey(meaning.owner, Log::AppenderSetting::FIELDS)) ==
             nullptr) {
             values.requireColumns();
@@ -66,7 +66,7 @@ std::string complaintAbout(const Configuration& configuration, const PropertyLin
     return std::string();
 }
 
-/// \return the word that was probably meant, as a question before the library's own words; empty for numbers
+/// \return the word that was probably meant, as a question before the library's message; empty for numbers
 std::string suggestion(const PropertyLine& line, const Log::ConfigurationKey& row) {
     const bool isWord = row.form == ValueForm::LEVEL || row.form == ValueForm::MESSAGE_TYPE ||
                         row.form == ValueForm::LAYOUT || row.form == ValueForm::ROLL_MOMENT ||
@@ -81,7 +81,7 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
     for (const PropertyLine& line : configuration.file().lines()) {
         const KeyMeaning meaning = configuration.meaningOf(line.key);
         const char* const id = meaning.kind == KeyMeaning::SETTING ? idOf(meaning.row->form) : nullptr;
-        // The dispatcher reads a key also where that has no effect.
+        // The dispatcher also reads keys that have no effect.
         const bool isRead = id != nullptr && (meaning.row->section == Log::KeySection::DISPATCHER ||
                                               configuration.missingPartner(meaning) == nullptr);
         if (!isRead) {

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The place of a file appender, with its path in the one form that all ways to it have in common.
+/// The place of a file appender, with its canonical path.
 struct FilePlace {
     const DeclaredAppender* appender;
     AppenderPlace::Kind kind;
@@ -24,14 +24,14 @@ struct FilePlace {
     char highestDigit; ///< of a series
 };
 
-/// What does not exist yet keeps its name.
+/// Components that do not exist yet are kept as they are.
 std::string commonForm(const AppenderPlace& place) {
     std::error_code problem;
     const fs::path path = fs::weakly_canonical(fs::absolute(place.folder) / place.file, problem);
     return problem ? place.folder + '/' + place.file : path.string();
 }
 
-/// The places of appenders by their paths, so that many need not be compared with each other.
+/// Indexes the appenders' places by path, so that they need not be compared pairwise.
 class FilePlaces {
 public:
     void add(const FilePlace& place) {
@@ -39,7 +39,7 @@ public:
         places_.push_back(place);
     }
 
-    /// \return those that share a file with another one, in the order in which they were added
+    /// \return those that share a file with this one, in the order in which they were added
     std::vector<const FilePlace*> sharing(const FilePlace& other) const {
         std::vector<std::size_t> found;
         if (other.kind == AppenderPlace::SERIES) {

@@ -9,10 +9,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// Checks property files, which may be those of one machine.
+/// Checks property files together, since they may be those of one machine.
 class Checker {
 public:
-    /// \return what is wrong with a file, in the order of its lines; a finding about two files is one of the later file
+    /// \return the findings in a file, by line; a finding about two files belongs to the one checked later
     std::vector<Finding> check(const std::string& fileName);
 
 private:

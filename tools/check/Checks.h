@@ -9,7 +9,7 @@
 namespace ZAV {
 namespace Tools {
 
-// Each check looks at a configuration for one kind of mistake; its source is named like the function.
+// Each check looks for one kind of mistake; its source file is named after the function.
 
 /// Appenders without a class, and those that are declared twice.
 void checkDeclarations(const Configuration& configuration, Findings& findings);
@@ -17,19 +17,19 @@ void checkDeclarations(const Configuration& configuration, Findings& findings);
 /// Keys that nothing reads, or that have no effect.
 void checkKeys(const Configuration& configuration, Findings& findings);
 
-/// Loggers that the library refuses to make.
+/// Loggers whose names the library rejects.
 void checkNames(const Configuration& configuration, Findings& findings);
 
 /// Values that the library rejects.
 void checkRejectedValues(const Configuration& configuration, Findings& findings);
 
-/// Values that the library takes for something else.
+/// Values that the library accepts, but reads as something else.
 void checkMisreadValues(const Configuration& configuration, Findings& findings);
 
 /// A queue without room.
 void checkQueue(const Configuration& configuration, Findings& findings);
 
-/// The queue file that each of the property files checked before has named, and the first of these.
+/// The queue files named by the property files checked so far, each with the first of these that names it.
 using QueueFilesOfOthers = std::map<std::string, std::string>;
 
 /// A queue file without a folder, without room, or shared with another program.
@@ -46,7 +46,7 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings);
 /// Levels of appenders that no message reaches.
 void checkLevels(const Configuration& configuration, Findings& findings);
 
-/// Prefixes that take loggers which only happen to begin alike.
+/// Prefixes that match loggers which merely begin with the same letters.
 void checkPrefixes(const Configuration& configuration, Findings& findings);
 
 } // namespace Tools

@@ -38,7 +38,7 @@ Configuration::Configuration(const PropertyFile& file) : file_(file) {
         addLoggers(line);
         addAppender(line);
     }
-    // The library goes by the declaring keys, of which each begins with "appender." but for dots too many.
+    // The library goes by the declaring keys, each of which begins with "appender.", surplus dots aside.
     std::sort(appenders_.begin(), appenders_.end(), [](const DeclaredAppender& a, const DeclaredAppender& b) {
         return a.declaration->key < b.declaration->key;
     });

@@ -24,9 +24,9 @@ struct KeyMeaning {
     enum Kind {
         DECLARATION,         ///< of an appender
         SETTING,             ///< something reads it
-        REFUSED_LOGGER,      ///< of a logger that cannot be, whatever the attribute
-        OWN_SETTING,         ///< of a class that the program registers, which reads what it likes
-        FOREIGN_SETTING,     ///< only other classes of appenders read it
+        REFUSED_LOGGER,      ///< of a logger whose name is rejected, whatever the attribute
+        OWN_SETTING,         ///< of a class that the program registers, which may read any key
+        FOREIGN_SETTING,     ///< only other appender classes read it
         UNDECLARED_APPENDER, ///< a setting of an appender that is not declared
         UNKNOWN
     };
@@ -36,7 +36,7 @@ struct KeyMeaning {
     const Log::ConfigurationKey* row = nullptr; ///< of the library's table, for settings
 };
 
-/// What the library makes of a property file.
+/// A property file as the library interprets it.
 class Configuration {
 public:
     /// \param file must outlive this object
@@ -58,10 +58,10 @@ public:
     /// \return the key that a setting needs to have an effect; nullptr if the file has it, or if it needs none
     const Log::ConfigurationKey* missingPartner(const KeyMeaning& meaning) const;
 
-    /// \return the whole key of another setting of the same appender, or of the dispatcher too
+    /// \return the full key of another setting of the same appender or of the dispatcher
     static std::string keyBeside(const KeyMeaning& meaning, const std::string& name);
 
-    /// \return the first line of each logger that a key names and the library accepts
+    /// \return each logger that a key names and the library accepts, with the first line that does
     const std::map<std::string, const PropertyLine*>& loggers() const { return loggers_; }
 
 private:
@@ -71,7 +71,7 @@ private:
 
     const PropertyFile& file_;
     std::vector<DeclaredAppender> appenders_;
-    std::map<std::string, std::size_t> appendersByName_; ///< where each stands among them
+    std::map<std::string, std::size_t> appendersByName_; ///< indices into `appenders_`
     std::map<std::string, const PropertyLine*> loggers_;
 };
 

@@ -6,14 +6,14 @@
 namespace ZAV {
 namespace Tools {
 
-/// One thing in a property file that its author surely did not want.
+/// Something in a property file that its author cannot have intended.
 struct Finding {
     enum Severity { AN_ERROR, A_WARNING };
 
     std::size_t line; ///< counted from 1; 0 for the file as a whole
     Severity severity;
     std::string id;  ///< the name of its kind, for example "unknown-key"
-    std::string key; ///< what stands in the line; empty where that is no key
+    std::string key; ///< the key in the line; empty if there is none
     std::string text;
 };
 

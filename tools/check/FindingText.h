@@ -7,10 +7,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// \return a finding as a compiler would show it, without an end of line
+/// \return a finding in the form of a compiler message, without a line end
 std::string toText(const std::string& fileName, const Finding& finding, bool withColors);
 
-/// \return a finding as an object of JSON, without an end of line
+/// \return a finding as a JSON object, without a line end
 std::string toJson(const std::string& fileName, const Finding& finding);
 
 } // namespace Tools

@@ -9,7 +9,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Collects what is found in one property file.
+/// Collects the findings in one property file.
 class Findings {
 public:
     void add(const Finding& finding) { all_.push_back(finding); }

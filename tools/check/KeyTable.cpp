@@ -14,7 +14,7 @@ using Log::ConfigurationKey;
 using Log::KeySection;
 using Log::ValueForm;
 
-/// The table is written in Markdown, where a word stands between backticks.
+/// The table is Markdown, with words between backticks.
 std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
     std::vector<std::string> words;
     std::string::size_type begin = markdown.find('`');

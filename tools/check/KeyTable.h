@@ -8,12 +8,12 @@
 namespace ZAV {
 namespace Tools {
 
-// What the library's table of keys says, in the forms in which it is asked for here.
+// Look-ups in the library's table of keys.
 
 /// \return the words that a key's value may be or hold, for example "KB"
 std::vector<std::string> wordsOf(const Log::ConfigurationKey& key);
 
-/// \return the names of the classes of appenders, those of the option "--class" included
+/// \return the names of all appender classes, including those given with "--class"
 std::vector<std::string> appenderClasses();
 
 } // namespace Tools

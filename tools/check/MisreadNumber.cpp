@@ -40,7 +40,7 @@ void warn(Findings& findings, const PropertyLine& line, const std::string& text)
     findings.addWarning(line, "out-of-range", text);
 }
 
-/// \param text what is the number in the line
+/// \param text the number in the line
 void checkSigned(const std::string& text, const PropertyLine& line, const ConfigurationKey& row,
                  Findings& findings) {
     const LeadingNumber<std::int32_t> number = Log::readLeadingSigned(text);
@@ -87,7 +87,7 @@ std::optional<std::uint64_t> readLimit(const std::string& value, ValueForm form)
     return time ? std::optional<std::uint64_t>(time->microseconds()) : std::nullopt;
 }
 
-/// A value that is none is a finding of its own.
+/// A value that is no limit at all is a finding of its own.
 void checkLimit(const PropertyLine& line, const ConfigurationKey& row, Findings& findings) {
     const std::optional<std::uint64_t> limit = readLimit(line.value, row.form);
     const std::string number = Util::split(line.value, ' ').front();

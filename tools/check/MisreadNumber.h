@@ -8,12 +8,12 @@
 namespace ZAV {
 namespace Tools {
 
-/// Finds numbers that count as others: "partly-read" and "out-of-range". A number that the library rejects is
-/// left alone.
-/// \param row what the library's table says about the key
+/// Finds numbers that the library reads as other numbers: "partly-read" and "out-of-range". Numbers that it
+/// rejects are not reported here.
+/// \param row the key's row in the library's table
 void checkNumber(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings);
 
-/// \return true if a size in bytes does not fit into the number that holds it
+/// \return true if the size in bytes does not fit into 64 bits
 bool isProductTooLarge(const std::string& size, const std::string& unit);
 
 } // namespace Tools

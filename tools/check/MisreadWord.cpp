@@ -14,7 +14,7 @@ namespace {
 
 using Log::ValueForm;
 
-/// The words of one value, and what is said about those that are wrong.
+/// Checks the words of one value and reports the wrong ones.
 class Words {
 public:
     Words(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings)
@@ -48,7 +48,7 @@ void Words::checkValue(bool isKnown, const std::string& counts) const {
     }
 }
 
-/// One of the words in the table, or it counts as the default.
+/// Any word that is not in the table counts as the default.
 void Words::checkChoice(const std::string& counts) const {
     const std::vector<std::string> words = wordsOf(row_);
     checkValue(std::find(words.begin(), words.end(), line_.value) != words.end(), counts);
@@ -62,7 +62,7 @@ void Words::checkPeriod() const {
     checkEnd();
 }
 
-/// Of a number with a unit.
+/// Reports words after a number and its unit, which are not read.
 void Words::checkEnd() const {
     const std::vector<std::string> words = Util::split(line_.value, ' ');
     if (words.size() > 2) {

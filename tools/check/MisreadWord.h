@@ -6,8 +6,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Finds the words of a value that count as others: "unknown-unit" and "unknown-value".
-/// \param row what the library's table says about the key
+/// Finds words of a value that the library reads as something else: "unknown-unit" and "unknown-value".
+/// \param row the key's row in the library's table
 void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings);
 
 } // namespace Tools

@@ -11,8 +11,8 @@ namespace Tools {
 
 namespace {
 
-// The price of one change. A wrong letter costs less than one too many and one too few, and a wrong case next
-// to nothing, so that "k" is "KB" rather than "B", and "kb" is "KB".
+// The cost of one edit. Replacing a letter costs less than deleting one and inserting another, and changing
+// its case next to nothing, so that "k" is "KB" rather than "B", and "kb" is "KB".
 constexpr std::size_t CASE_COST = 1;
 constexpr std::size_t LETTER_COST = 20;
 constexpr std::size_t REPLACEMENT_COST = 30;
@@ -29,14 +29,14 @@ std::size_t costOfReplacing(char a, char b) {
     return lower(a) == lower(b) ? CASE_COST : REPLACEMENT_COST;
 }
 
-/// Beyond that length nobody is helped by a guess, which would cost the product of two lengths.
+/// A guess for a longer word helps nobody, and its cost is the product of both lengths.
 constexpr std::size_t LONGEST_GUESSED = 1000;
 
 bool isTooLong(const std::string& word) {
     return word.size() > LONGEST_GUESSED;
 }
 
-/// Leaves out what both begin and end with, which most keys have in common and which costs no change.
+/// Removes the common prefix and suffix, which most keys have and which cost nothing.
 void cutWhatIsCommon(std::string_view& a, std::string_view& b) {
     const auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     a.remove_prefix(static_cast<std::size_t>(begin.first - a.begin()));
@@ -46,7 +46,7 @@ void cutWhatIsCommon(std::string_view& a, std::string_view& b) {
     b.remove_suffix(static_cast<std::size_t>(end.second - b.rbegin()));
 }
 
-/// The edit distance, with two neighbours that changed places as one change.
+/// The edit distance, in which swapping two neighbouring characters is one edit.
 std::size_t distance(std::string_view from, std::string_view to) {
     cutWhatIsCommon(from, to);
     if (from.empty() || to.empty()) {
@@ -78,7 +78,7 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
                                                          [](char a, char b) { return lower(a) == lower(b); });
 }
 
-/// A third of the letters may be wrong, and one always; "async" is near "asynchronous" as well.
+/// Allows a third of the letters to be wrong, but at least one; "async" is near "asynchronous" as well.
 bool isNear(const std::string& word, const std::string& candidate) {
     const std::size_t length = std::max(word.size(), candidate.size());
     const std::size_t limit = std::max(LETTER_COST, LETTER_COST * length / 3);

@@ -11,7 +11,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// A pair of a property file, and where it stands.
+/// A key-value pair of a property file, with its line number.
 struct PropertyLine {
     std::size_t number = 0; ///< counted from 1
     std::string key;
@@ -21,11 +21,11 @@ struct PropertyLine {
 /// A line of a property file that the library's parser rejects.
 struct RejectedLine {
     std::size_t number = 0;
-    std::string key; ///< if it is the key that is there already; empty otherwise
+    std::string key; ///< the key if it is a duplicate; empty otherwise
     std::string problem;
 };
 
-/// A property file, of which all lines are read, also behind those that the parser rejects.
+/// A property file. Lines after those that the parser rejects are read as well.
 class PropertyFile {
 public:
     /// \throw Util::UtilException if the file cannot be read
@@ -46,7 +46,7 @@ private:
     void add(const Util::PropertyParser& parser, const Util::Property& property, std::size_t number);
 
     std::vector<PropertyLine> lines_;
-    std::map<std::string, std::size_t> indices_; ///< of the lines, by their keys
+    std::map<std::string, std::size_t> indices_; ///< into `lines_`, by key
     std::vector<RejectedLine> rejectedLines_;
     Util::Properties properties_;
 };

@@ -17,7 +17,7 @@ namespace Tools {
 
 namespace {
 
-/// \return false, after a word on standard error for each, if some inputs cannot be read
+/// \return false if some inputs cannot be read; each of them is reported on standard error
 bool openStreams(const std::vector<InputSpec>& inputs, std::deque<RecordStream>& streams) {
     std::vector<std::string> problems;
     for (const InputSpec& input : inputs) {

@@ -10,7 +10,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// `zav-log cat`: shows what log files hold as one log.
+/// `zav-log cat`: merges log files and shows them as one log.
 class CatCommand : public Command {
 public:
     explicit CatCommand(CLI::App& program);

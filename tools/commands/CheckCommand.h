@@ -12,7 +12,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// `zav-log check`: says what the library would do with property files that their authors did not want.
+/// `zav-log check`: reports what the library would do with property files that their authors cannot have
+/// intended.
 class CheckCommand : public Command {
 public:
     explicit CheckCommand(CLI::App& program);

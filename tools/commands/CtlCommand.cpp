@@ -34,10 +34,11 @@ const char* const REQUESTS =
     "  reload [FILE]              change to the configuration of its file, or of another, which\n"
     "                             is read by the program, from the folder that it is in";
 
-/// Longer than a server gives the silent clients for whom a new one may have to wait, and then the queue.
+/// Longer than a server's timeout for silent clients, for whom a new one may have to wait, plus that for the
+/// queue.
 constexpr std::chrono::seconds FLUSH_LIMIT(45);
 
-/// \return the line with its level as messages of that level are shown; it is the last word but one
+/// \return the line with its level, the last word but one, in the colour of that level's messages
 std::string withPaintedLevel(const std::string& line) {
     const std::size_t end = line.find_last_of(' ');
     const std::size_t begin = end == 0 || end == std::string::npos ? 0 : line.find_last_of(' ', end - 1) + 1;
@@ -49,7 +50,7 @@ std::string withPaintedLevel(const std::string& line) {
     return line.substr(0, begin) + painted(paintOf(*level), word) + line.substr(begin + word.size());
 }
 
-/// What was given as one argument must arrive as one.
+/// A name given as one argument must arrive as one.
 void checkThatNameIsWhole(const Log::ControlRequest& request, const std::vector<std::string>& words) {
     const bool hasName = words.size() > 1;
     if (hasName && words[1].empty()) {
@@ -86,7 +87,7 @@ ExitCode CtlCommand::run(Output& output) {
         return EXIT_COMPLAINT;
     }
     if (isCommand && !answer.lines.empty()) {
-        complain(answer.lines.substr(0, answer.lines.size() - 1)); // about the command, and no answer to it
+        complain(answer.lines.substr(0, answer.lines.size() - 1)); // a remark on the command, no answer
     } else {
         show(answer.lines, output);
     }
@@ -105,7 +106,7 @@ void CtlCommand::show(const std::string& lines, Output& output) const {
     }
 }
 
-/// \return the words as the server knows them
+/// \return the request's words as the server expects them
 std::vector<std::string> CtlCommand::requestWords() const {
     std::vector<std::string> words = request_;
     if (words[0] == "level" && words.size() > 2) {
@@ -122,7 +123,7 @@ std::vector<std::string> CtlCommand::requestWords() const {
     return words;
 }
 
-/// \throw UsageError if the server would not understand the request, or would take it for several ones
+/// \throw UsageError if the server would not understand the request, or would read it as several
 std::string CtlCommand::requestLine() const {
     const std::vector<std::string> words = requestWords();
     std::string line;

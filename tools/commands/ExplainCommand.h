@@ -12,7 +12,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// `zav-log explain`: says where the messages of a logger would go.
+/// `zav-log explain`: shows where the messages of a logger would go.
 class ExplainCommand : public Command {
 public:
     explicit ExplainCommand(CLI::App& program);

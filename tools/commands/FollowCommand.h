@@ -12,7 +12,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// `zav-log follow`: shows what log files hold, and goes on as they grow.
+/// `zav-log follow`: shows the records of log files, and new ones as the files grow.
 class FollowCommand : public Command {
 public:
     explicit FollowCommand(CLI::App& program);

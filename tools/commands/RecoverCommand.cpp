@@ -28,7 +28,7 @@ namespace Tools {
 
 namespace {
 
-/// The first failure of an appender says why the others fail, too.
+/// Reports only the first failure of an appender, which explains the others.
 class FailureWord : public Log::CommandListener {
 public:
     FailureWord() { Log::LogManager::registerCommandListener("EXCEPTION", this); }
@@ -45,8 +45,8 @@ private:
     bool isSaid_ = false;
 };
 
-/// Marks each line that was written; a damaged file takes no marks.
-/// \param recovery what has become of the messages so far
+/// Writes the messages and marks each as delivered; a damaged file takes no marks.
+/// \param recovery receives what has become of the messages so far
 /// \throw OutputClosed, Failure
 void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, Output& output, Log::Recovery& recovery) {
     recovery.hasAppenders = true;
@@ -61,7 +61,7 @@ void writeAll(Log::QueueFile& file, const Log::LineLayout& layout, Output& outpu
     }
 }
 
-/// As the program would have, but for the queue's own keys, since the file is open here.
+/// Delivers as the program would, but without the queue file's own keys, since that file is open here.
 Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE));
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE_SIZE));
@@ -72,8 +72,8 @@ Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
     return recovery;
 }
 
-/// Says what is missing where it should be.
-/// \return false if something is
+/// Reports what was not delivered.
+/// \return false if anything was not
 bool checkThatAllIsThere(const Log::Recovery& recovery, const std::string& configuration) {
     if (!recovery.hasAppenders) {
         complain(configuration + " has no asynchronous appender");
@@ -112,7 +112,7 @@ ExitCode RecoverCommand::run(Output& output) {
     if (configurationOption_->count() != 0 && layoutOption_->count() > 0) {
         throw UsageError("--layout has no effect with --config, whose appenders have layouts of their own");
     }
-    // Before the file is touched, since what cannot be read ends the command.
+    // Before the file is touched, since an unreadable property file ends the command.
     const Util::Properties properties =
         configurationOption_->count() == 0 ? Util::Properties() : readProperties(configuration_);
     Log::QueueFile file(path_, 0, Log::QueueFile::ACCEPT_DAMAGED);

@@ -16,7 +16,7 @@ class Properties;
 
 namespace Tools {
 
-/// `zav-log recover`: delivers what a program has left in the file of its queue.
+/// `zav-log recover`: delivers the messages that a program has left in its queue file.
 class RecoverCommand : public Command {
 public:
     explicit RecoverCommand(CLI::App& program);

@@ -1,25 +1,25 @@
 # bash completion for zav-log                                              -*- shell-script -*-
-# What there is to complete is read from --help, so that it is what the installed program knows.
+# Completions come from --help, so that they match the installed program.
 
-# Prints the first words of a section: _zav_log_section HEADING PROGRAM [COMMAND]
+# Prints the first word of each line of a section: _zav_log_section HEADING PROGRAM [COMMAND]
 _zav_log_section() {
     "${@:2}" --help 2>/dev/null |
         awk -v heading="$1" '/^[^ ]/ { inside = $0 == heading ":" } inside && /^  [a-z]/ { print $1 }'
 }
 
-# Prints a line for each option of a command, or of the program alone: its names, then what it takes, if anything.
+# Prints a line for each option of a command, or of the program alone: its names, then its argument, if any.
 _zav_log_options() {
     "$@" --help 2>/dev/null | sed -nE 's/^  (-[^ ]+)( ([^ ]+))?.*/\1 \3/p' | tr ',' ' '
 }
 
-# Completes a level, in capitals or not.
+# Completes a level, in upper or lower case.
 _zav_log_level() {
     local levels="AUDIT ERROR WARNING INFO DEBUG TRACE"
     [[ $1 == [a-z]* ]] && levels=${levels,,}
     COMPREPLY=($(compgen -W "$levels" -- "$1"))
 }
 
-# Completes the word behind an option. Fails if the option takes nothing, or the program has no such option.
+# Completes the argument of an option. Fails if the option takes none, or if there is no such option.
 _zav_log_argument() {
     local option=$1 current=$2 argument
     argument=$(awk -v option="$option" '{ for (i = 1; i <= NF; ++i) if ($i == option && $NF !~ /^-/) print $NF }')

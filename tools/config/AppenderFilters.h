@@ -8,10 +8,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// The filters that the library gives to an appender of a configuration, made by the library itself.
+/// The filters of a configured appender, created by the library itself.
 class AppenderFilters {
 public:
-    /// \throw LogException for a setting that `init` would not take either
+    /// \throw LogException for a setting that `init` would reject too
     AppenderFilters(const std::string& appenderName, const Util::Properties& properties);
 
     /// \return the first filter that rejects a message; nullptr if all accept it

@@ -33,7 +33,7 @@ std::string classOf(const std::string& appenderName, const Util::Properties& pro
 
 } // namespace
 
-/// Only what no value can make fail is read, so that a wrong one elsewhere hides no file.
+/// Reads only settings that no value can make fail, so that a wrong one elsewhere hides no file.
 AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Properties& properties) {
     const std::string className = classOf(appenderName, properties);
     Log::AppenderValues values(appenderName, Log::readerOfClass(className));

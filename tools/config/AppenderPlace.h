@@ -14,15 +14,15 @@ struct AppenderPlace {
     /// \param appenderName an appender that the properties declare
     AppenderPlace(const std::string& appenderName, const Util::Properties& properties);
 
-    /// \return the path of the file, of several the live one; of a stream its name, as a person calls it; the
-    ///         class of an appender that may write anywhere
+    /// \return the path of the file, or of the live one of several; a readable name for a stream; the class of an
+    ///         appender that may write anywhere
     std::string describe() const;
 
     Kind kind;
     std::string folder;
-    std::string file;  ///< of a series the base name
-    char highestDigit; ///< that a name of a series ends in
-    std::string other; ///< what is described without a file
+    std::string file;  ///< of a series, the base name
+    char highestDigit; ///< of a series, the highest last digit of a name
+    std::string other; ///< what `describe` returns without a file
 };
 
 } // namespace Tools

@@ -11,7 +11,7 @@ namespace ZAV {
 namespace Tools {
 
 Util::Properties withoutFolders(const Util::Properties& properties) {
-    const std::string nowhere = Platform::executablePath() + "/none"; // below a file there is nothing
+    const std::string nowhere = Platform::executablePath() + "/none"; // no path exists below a file
     Util::Properties harmless = properties;
     for (const std::string& key : properties.getKeys()) {
         if (const auto name = Log::declaredAppender(key)) {

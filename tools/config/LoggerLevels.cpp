@@ -15,7 +15,7 @@ namespace {
 
 const char ROOT[] = "root";
 
-/// The order of the tree: by components, of which an earlier one decides whatever follows.
+/// Tree order: compares component by component.
 bool isEarlierInTree(const std::string& a, const std::string& b) {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char left, char right) {
         const auto rank = [](char c) {
@@ -25,7 +25,7 @@ bool isEarlierInTree(const std::string& a, const std::string& b) {
     });
 }
 
-/// The tree is not asked, since all the loggers between the named ones may have very long names.
+/// Does not ask the tree, since the loggers between the named ones may have very long names.
 std::vector<std::string> namedLoggers(const Util::Properties& properties) {
     std::vector<std::string> named{ROOT};
     for (const Log::LoggerKey& key : Log::orderLoggerKeys(properties.getKeys())) {

@@ -9,24 +9,24 @@
 namespace ZAV {
 namespace Tools {
 
-/// \return whether the library makes a logger of that name, which may be a path
+/// \return whether the library accepts a logger of that name, which may be a path
 bool isAcceptedLogger(const std::string& name);
 
-/// The levels that the loggers have after `init`. They are those of this process's loggers, so only the
-/// object that was made last tells the truth.
+/// The levels that the loggers have after `init`. They are stored in this process's loggers, so only the
+/// object that was made last is valid.
 class LoggerLevels {
 public:
-    /// Gives all loggers the levels of a configuration; what the library reports meanwhile is not shown.
+    /// Gives all loggers the levels of a configuration; suppresses what the library reports meanwhile.
     explicit LoggerLevels(const Util::Properties& properties);
 
-    /// \param loggerName "root" for the root; a logger that the configuration does not name has inherited its level
+    /// \param loggerName "root" for the root; a logger that the configuration does not name inherits its level
     Log::Level::LogLevel of(const std::string& loggerName) const;
 
     /// \param loggerName a full name, or a path as `LoggerFactory::getLogger` takes it
     /// \throw LogException for a name that is not accepted
     std::string fullName(const std::string& loggerName) const;
 
-    /// \return the loggers that the keys of the configuration name, the root first, then in the tree's order
+    /// \return the loggers that the keys of the configuration name, the root first, then in tree order
     const std::vector<std::string>& named() const { return named_; }
 
 private:

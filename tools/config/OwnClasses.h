@@ -8,8 +8,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// The option "--class": classes of appenders that no property file can tell from misspelt ones, since
-/// programs register them.
+/// The option "--class": appender classes that programs register themselves, and that would otherwise look
+/// misspelt.
 class OwnClasses {
 public:
     void addTo(CLI::App& command);

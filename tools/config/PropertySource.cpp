@@ -27,7 +27,7 @@ bool isDevice(const std::string& fileName) {
     return std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status);
 }
 
-/// A size that the system tells would say nothing of a pipe, and may be out of date for a file.
+/// Does not rely on the file size, which a pipe does not have and which may be out of date for a file.
 std::string readBounded(const std::string& fileName) {
     std::ifstream file(fileName);
     std::string text;
@@ -41,7 +41,7 @@ std::string readBounded(const std::string& fileName) {
     // A directory can be opened on some systems, but not read.
     if (!file.is_open() || file.bad()) {
         std::vector<std::string> none;
-        Util::FileUtils::readLines(fileName, none); // fails in the words that a program would show
+        Util::FileUtils::readLines(fileName, none); // throws the text that a program would show
     }
     return text;
 }

@@ -8,13 +8,13 @@
 namespace ZAV {
 namespace Tools {
 
-/// Reads the lines of a file that an application may read its configuration from, without their ends.
-/// \throw Util::UtilException if it cannot be read, for a device, which may have no end, and for more than 16 MB,
-///        also from a pipe
+/// Reads the lines of a property file, without their line ends.
+/// \throw Util::UtilException if it cannot be read, is a device, which may be endless, or holds more than 16 MB, also
+///         from a pipe
 std::vector<std::string> readPropertyLines(const std::string& fileName);
 
-/// The same, as the library would read the file.
-/// \throw Util::UtilException as well for the first line that breaks the format
+/// Reads a property file as the library would.
+/// \throw Util::UtilException as `readPropertyLines` does, and for the first malformed line
 Util::Properties readProperties(const std::string& fileName);
 
 } // namespace Tools

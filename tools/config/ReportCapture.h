@@ -7,7 +7,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Keeps what the library reports on the standard error stream while it lives, instead of showing it.
+/// While it exists, captures what the library reports on the standard error stream, instead of showing it.
 class ReportCapture {
 public:
     ReportCapture();

@@ -13,7 +13,7 @@ Failure failureAt(const std::string& address, const std::string& reason) {
     return Failure("nobody answers at " + address + ": " + reason);
 }
 
-/// Has a system's failure name the address.
+/// Adds the address to a system error.
 template <typename Call>
 auto at(const std::string& address, Call call) {
     try {
@@ -35,7 +35,7 @@ ControlClient::ControlClient(const std::string& address, std::chrono::seconds li
 
 ControlClient::Answer ControlClient::ask(const std::string& request) {
     const std::string_view refused = "error: ";
-    received_.clear(); // nothing comes unasked
+    received_.clear(); // the server sends nothing unrequested
     at(address_, [&] { connection_.send(request + "\n"); });
     Answer answer;
     for (std::size_t begin = 0;;) {
@@ -45,7 +45,7 @@ ControlClient::Answer ControlClient::ask(const std::string& request) {
             continue;
         }
         const std::string_view line = std::string_view(received_).substr(begin, end - begin);
-        // A refusal stands alone; further lines are the program's, whatever they begin with.
+        // Only the first line can be a refusal; further ones are the program's, whatever they begin with.
         if (begin == 0 && line.substr(0, refused.size()) == refused) {
             answer.refusal = line.substr(refused.size());
             return answer;

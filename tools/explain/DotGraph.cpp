@@ -5,7 +5,7 @@ namespace Tools {
 
 namespace {
 
-/// \return the text as a string of DOT, in which only a line feed has a meaning of its own
+/// \return the text as a quoted DOT string, in which only line feeds keep a special meaning
 std::string quoted(const std::string& text) {
     std::string result = "\"";
     for (const char c : text) {

@@ -8,8 +8,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// An explanation as a graph for Graphviz: the loggers on the left, the appenders on the right, and an arrow
-/// for what is written. A dashed arrow says why something is not.
+/// An explanation as a graph for Graphviz: loggers on the left, appenders on the right, and an arrow for what
+/// is written. A dashed arrow says why something is not.
 class DotGraph {
 public:
     explicit DotGraph(const Explanation& explanation);
@@ -17,13 +17,13 @@ public:
     /// Adds what the table shows.
     void addTable();
 
-    /// Adds what each appender gets of a logger.
+    /// Adds what each appender gets from a logger.
     void addRoutes(const std::string& logger);
 
-    /// Adds what becomes of a message.
+    /// Adds what each appender does with a message.
     void addMessage(const std::string& logger, Log::Level::LogLevel level);
 
-    /// \return the whole graph, in the language DOT
+    /// \return the whole graph, in DOT
     std::string text() const { return text_ + "}\n"; }
 
 private:

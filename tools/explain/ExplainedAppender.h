@@ -10,7 +10,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// An appender of a configuration, with the filters that the library gives to it.
+/// A configured appender, with the filters that the library gives it.
 class ExplainedAppender {
 public:
     /// \param properties must outlive this object
@@ -19,7 +19,7 @@ public:
     const std::string& name() const { return name_; }
     std::string place() const { return place_.describe(); }
 
-    /// \return the layout that the configuration names; empty if it leaves that to the appender's class
+    /// \return the layout that the configuration names; empty if it leaves the choice to the appender's class
     std::string layout() const;
 
     /// \return why a message is not written; empty if it is

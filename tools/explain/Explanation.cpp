@@ -17,7 +17,7 @@ using Log::Level::LogLevel;
 
 namespace {
 
-/// \return the levels that messages of a type may have, from the lowest one
+/// \return the levels that messages of a type may have, the lowest first
 std::vector<LogLevel> levelsOf(Log::MessageType type) {
     using namespace Log::Level;
     if (type == Log::CFG) {
@@ -26,7 +26,7 @@ std::vector<LogLevel> levelsOf(Log::MessageType type) {
     return {LEVEL_TRACE, LEVEL_DEBUG, LEVEL_INFO, LEVEL_WARNING, LEVEL_ERROR, LEVEL_AUDIT};
 }
 
-/// What the library reports on single keys goes to standard error, as it does in a program.
+/// The library's reports on single keys go to standard error, as they do in a program.
 Util::Properties readAndTry(const std::string& fileName) {
     try {
         Util::Properties properties = readProperties(fileName);
@@ -66,7 +66,7 @@ std::vector<Route> Explanation::routesOf(const std::string& logger) const {
     return routes;
 }
 
-/// The reason is that of the highest level which is not written: it names what stands next in the way.
+/// The reason is that of the highest level that is not written, so it names the next obstacle.
 Route Explanation::routeOf(const std::string& logger, const ExplainedAppender& appender) const {
     Route route{appender.name(), appender.place(), appender.layout(), std::nullopt, std::string()};
     for (const LogLevel level : levelsOf(type_)) {
@@ -101,7 +101,7 @@ std::string Explanation::refusal(const ExplainedAppender& appender, const std::s
     return stop.empty() ? appender.refusal(makeMessage(logger, level)) : "the logger stops it, " + stop;
 }
 
-/// A configuration message is as severe as can be, whatever is asked for.
+/// A configuration message always has the most severe level.
 Log::LogMessage Explanation::makeMessage(const std::string& logger, LogLevel level) const {
     const LogLevel real = type_ == Log::CFG ? Log::Level::LEVEL_AUDIT : level;
     return Log::LogMessage(logger, Util::TimeUtils::Time::now(), real, "", 0, "", type_);

@@ -13,11 +13,11 @@
 namespace ZAV {
 namespace Tools {
 
-/// What a configuration makes of messages of one type, by the library's own loggers and filters. There may be
-/// one object at a time, since the loggers are those of the process.
+/// Where a configuration sends messages of one type, according to the library's own loggers and filters. Only
+/// one object may exist at a time, since the loggers are those of the process.
 class Explanation {
 public:
-    /// \param address of a running program whose levels count; empty for those of the file
+    /// \param address of a running program, to use its levels; empty for those of the file
     /// \throw Failure with the text that `init` would throw, or if the program does not answer
     Explanation(const std::string& fileName, Log::MessageType type,
                 const std::string& address = std::string());
@@ -31,7 +31,7 @@ public:
     /// \return the full name that the messages of a logger show
     std::string fullName(const std::string& logger) const { return levels_.fullName(logger); }
 
-    /// \return what each appender gets of a logger, which is given by its full name, as below
+    /// \return what each appender gets from a logger, which is given by its full name, as below
     std::vector<Route> routesOf(const std::string& logger) const;
 
     /// \return why the logger stops a message; empty if it lets it through

@@ -12,7 +12,7 @@ namespace Tools {
 struct Route {
     std::string appender;
     std::string place;                          ///< where the appender writes
-    std::string layout;                         ///< the form of its lines, where the configuration names one
+    std::string layout;                         ///< the layout of its lines, if the configuration names one
     std::optional<Log::Level::LogLevel> lowest; ///< the lowest level that is written; nothing if none is
     std::string reason;                         ///< why not more is written, or nothing at all
 };

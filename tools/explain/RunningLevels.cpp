@@ -17,11 +17,11 @@ namespace {
 constexpr int BEHIND_LOGGER = 2;   ///< its level and its minutes
 constexpr int BEHIND_APPENDER = 4; ///< class, sync or async, level and seconds
 
-/// What the names of an answer may take of memory. Each logger is made here, with its parents and their whole
-/// names, so that an answer of a few megabytes could ask for gigabytes.
+/// Limits the memory for the names in an answer. Each logger is made here, with its ancestors and their full
+/// names, so that an answer of a few megabytes could demand gigabytes.
 constexpr std::size_t MOST_MEMORY = 16 * 1024 * 1024;
 
-/// \return about what a name takes that follows another one in the order of the tree
+/// \return the approximate memory for a name that follows another one in tree order
 std::size_t memoryOf(const std::string& name, const std::string& previous) {
     const std::size_t ofLogger = 500;
     const auto different = std::mismatch(name.begin(), name.end(), previous.begin(), previous.end()).first;
@@ -29,7 +29,7 @@ std::size_t memoryOf(const std::string& name, const std::string& previous) {
     return made * (ofLogger + name.size());
 }
 
-/// Takes the last word off a line.
+/// Removes and returns the last word of a line.
 std::string takeLastWord(std::string& line) {
     const std::size_t blank = line.find_last_of(' ');
     const std::string word = blank == std::string::npos ? std::string() : line.substr(blank + 1);
@@ -53,7 +53,7 @@ RunningLevels::RunningLevels(const std::string& address) : address_(address) {
     appenders_ = read(client, "appenders", BEHIND_APPENDER);
 }
 
-/// A name may have blanks in it, and the level is the last word but one.
+/// Parses from the end, since a name may contain blanks; the level is the last word but one.
 std::vector<RunningLevels::Named> RunningLevels::read(ControlClient& client, const std::string& request,
                                                       int wordsBehindName) const {
     const std::string answer = ask(client, request);

@@ -12,15 +12,15 @@ namespace Tools {
 
 class ControlClient;
 
-/// The levels that a running program has at this moment, by its `ControlServer`. Of a huge number of loggers
-/// or appenders the first ones alone are known, which is said on standard error.
+/// The current levels of a running program, from its `ControlServer`. If there are too many loggers or
+/// appenders, only the first ones are kept, which is reported on standard error.
 class RunningLevels {
 public:
     /// \throw Failure if the program does not answer
     explicit RunningLevels(const std::string& address);
 
-    /// Gives the appenders of a configuration the levels that they have in the program, and says on standard
-    /// error which of them it does not have.
+    /// Gives the appenders of a configuration the levels that they have in the program, and reports on
+    /// standard error those that it does not have.
     void applyTo(Util::Properties& properties) const;
 
     /// Gives the loggers of this process the levels that they have in the program. One that the program does
@@ -37,7 +37,7 @@ private:
     const Named* findAppender(const std::string& name) const;
 
     const std::string address_;
-    std::vector<Named> loggers_; ///< in the order of the tree
+    std::vector<Named> loggers_; ///< in tree order
     std::vector<Named> appenders_;
 };
 

@@ -15,7 +15,7 @@ class FilterOptions {
 public:
     void addTo(CLI::App& command);
 
-    /// \throw UsageError if one of the options cannot be read
+    /// \throw UsageError if the value of an option is invalid
     RecordFilter filter() const;
 
 private:

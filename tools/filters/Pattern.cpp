@@ -54,7 +54,7 @@ struct Pattern::Compiled {
         : code(compile(expression)), context(pcre2_match_context_create(nullptr)),
           data(pcre2_match_data_create_from_pattern(code.get(), nullptr)),
           stack(pcre2_jit_stack_create(FIRST_STACK, LARGEST_STACK, nullptr)) {
-        pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE); // without it, matching is the same and slower
+        pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE); // without it, matching is merely slower
         pcre2_jit_stack_assign(context.get(), nullptr, stack.get());
     }
 

@@ -42,7 +42,7 @@ bool RecordFilter::meetsAll(RecordStream& stream) const {
     return !pattern_ || pattern_->matches(stream.fields().text);
 }
 
-/// What is not known meets nothing. A configuration message is of the most severe level.
+/// A record of unknown type meets neither requirement. A configuration message has the most severe level.
 bool RecordFilter::meetsLevelAndType(const Fields& fields) const {
     return fields.isTypeKnown && !(type_ && fields.hasLevel != (*type_ == Log::LOG)) &&
            !(level_ && fields.hasLevel && fields.level < *level_);

@@ -16,17 +16,16 @@
 namespace ZAV {
 namespace Tools {
 
-/// Which records are wanted: those that meet every requirement, or all others.
+/// Decides which records are wanted: those that meet every requirement, or all others.
 class RecordFilter {
 public:
-    /// Configuration messages, which have no level in their lines, are of the most severe one.
+    /// Configuration messages have no level in their lines and count as the most severe.
     void requireLevel(Log::Level::LogLevel level) { level_ = level; }
 
-    /// With one or more loggers, a record must be of one of them or of a logger below it. "root" stands for
-    /// all.
+    /// Once called, a record must be of one of these loggers or of one below it. "root" stands for all.
     void allowLogger(const std::string& name) { loggers_.push_back(name); }
 
-    /// The record has that pair among its values or in its context.
+    /// Requires the pair among the values or in the context of a record.
     /// \param text of the value, without quotes
     void requirePair(const std::string& key, const std::string& text) { pairs_.push_back({key, text}); }
 
@@ -34,17 +33,18 @@ public:
     void requireSince(const TimeBound& bound) { since_ = bound; }
     void requireUntil(const TimeBound& bound) { until_ = bound; }
 
-    /// \throw UsageError if the expression cannot be read
+    /// \throw UsageError if the expression is invalid
     void requirePattern(const std::string& expression) { pattern_ = std::make_unique<Pattern>(expression); }
 
-    /// From now on what does not meet the requirements is wanted.
+    /// From now on, the records that do not meet the requirements are wanted.
     void invert() { isInverted_ = true; }
 
-    /// \param stream at a record that is no continuation: those share the fate of what they belong to
+    /// \param stream at a record that is no continuation; a continuation shares the result of the record that it
+    ///         belongs to
     /// \return true if the record is wanted; one without a time has no level, no logger and no type either
     bool accepts(RecordStream& stream) const;
 
-    /// \return what the user must know about the records that were accepted; empty if nothing
+    /// \return a warning about the accepted records; empty if there is none
     std::string problem() const;
 
 private:

@@ -33,7 +33,7 @@ bool begins(const std::string& text) {
                daysOfMonth(std::stoi(time.substr(0, 4)), std::stoi(time.substr(5, 2)));
 }
 
-/// \return true if the text is a year, or goes on to a month, a day, an hour, a minute, a second or a microsecond
+/// \return true if the text is a time given to the year, month, day, hour, minute, second or microsecond
 bool isBeginningOfTime(const std::string& text) {
     static constexpr std::array<std::size_t, 7> LENGTHS = {
         4, 7, DAY_LENGTH, 13, MINUTE_LENGTH, SECOND_LENGTH, TIME_STAMP_LENGTH};
@@ -45,7 +45,7 @@ bool hasFraction(const std::string& text) {
 }
 
 /// \param text "2013-05-07T14:03:27.123" or a beginning of it
-/// \return it in the characters of a line; empty if it has others where ISO 8601 has its own
+/// \return the same with the separators of a line; empty if it lacks those of ISO 8601
 std::string fromIso(std::string text) {
     static const std::pair<std::size_t, std::pair<char, char>> MARKS[] = {
         {4, {'-', '.'}}, {7, {'-', '.'}}, {DAY_LENGTH, {'T', ' '}}, {SECOND_LENGTH, {'.', ':'}}};
@@ -61,7 +61,7 @@ std::string fromIso(std::string text) {
     return text;
 }
 
-/// Takes the offset from UTC off the end of a time.
+/// Removes the offset from UTC from the end of a time.
 /// \return false if there is none
 bool takeOffset(std::string& text, std::int64_t& seconds) {
     const std::size_t length = text.size();
@@ -85,7 +85,8 @@ bool takeOffset(std::string& text, std::int64_t& seconds) {
     return true;
 }
 
-/// \return the length of a span in microseconds whose time ends with the minute, the second or a digit of its fraction
+/// \return the length in microseconds of a span whose time is given to the minute, the second or a digit of its
+///         fraction
 std::int64_t spanOf(const std::string& text) {
     std::int64_t span = text.size() == MINUTE_LENGTH ? 60 * MICROSECONDS_PER_SECOND : MICROSECONDS_PER_SECOND;
     for (std::size_t length = SECOND_LENGTH + 1; length < text.size(); ++length) {

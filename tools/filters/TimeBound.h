@@ -12,8 +12,8 @@ namespace Tools {
 /// A span of time that a user has named: a microsecond, a second, a minute, an hour, a day, a month or a
 /// year.
 ///
-/// It is one of the clock on the wall, which may come twice, or, for an age and for a time with its offset
-/// from UTC, one between two points in time.
+/// It is a span of local time, which may occur twice, or, for an age and for a time with its offset from UTC,
+/// one between two points in time.
 class TimeBound {
 public:
     /// \param text "2013.05.07 14:03:27:123000" or a beginning of it that ends with a whole number; the same in ISO
@@ -28,7 +28,7 @@ public:
         return isPoint_ ? time.microseconds() < begin_ : time.text().substr(0, prefix_.size()) < prefix_;
     }
 
-    /// \return true if a time lies behind the span
+    /// \return true if a time lies after the span
     bool isBefore(const ZonedClock& time) const {
         return isPoint_ ? time.microseconds() >= end_ : time.text().substr(0, prefix_.size()) > prefix_;
     }
@@ -40,9 +40,9 @@ private:
     bool readAge(const std::string& text, std::int64_t now);
 
     bool isPoint_ = false;
-    std::string prefix_;     ///< of the text of every time in the span, if it is one of the clock on the wall
-    std::int64_t begin_ = 0; ///< otherwise in microseconds since 1970-01-01 00:00:00 UTC
-    std::int64_t end_ = 0;   ///< the first microsecond behind it
+    std::string prefix_;     ///< common to the texts of all times in the span, if it is one of local time
+    std::int64_t begin_ = 0; ///< otherwise, in microseconds since 1970-01-01 00:00:00 UTC
+    std::int64_t end_ = 0;   ///< the first microsecond after it
 };
 
 } // namespace Tools

@@ -10,10 +10,11 @@ namespace Tools {
 
 namespace {
 
-/// Looked at in the beginning of a file and before a place in it; enough for the times of two records.
+/// The bytes sampled at the beginning of a file and before a place in it; enough for the times of two
+/// records.
 constexpr std::size_t SAMPLE = 256;
 
-/// The hash FNV-1a.
+/// An FNV-1a hash.
 class Hash {
 public:
     void add(const char* bytes, std::size_t count) {

@@ -8,11 +8,10 @@
 namespace ZAV {
 namespace Tools {
 
-/// A place in a file, which can be found again after the file was renamed, and in a later process.
+/// A place in a file that can be found again after the file was renamed, and by a later process.
 ///
-/// The system's own identity of a file is not enough: it goes to another file once the first is deleted, and
-/// may change when a machine or a container starts anew. So the place also keeps a mark of what stands before
-/// it.
+/// The system's identity of a file is not enough: it is reused once the file is deleted, and may change when
+/// a machine or a container restarts. So the place also keeps a hash of the content before it.
 class FilePlace {
 public:
     FilePlace() = default;
@@ -22,7 +21,7 @@ public:
     /// \return the place at an offset of a file as it is now
     static FilePlace in(const LogContent& file, std::uint64_t offset);
 
-    /// \return true if the file holds before the place what it held then
+    /// \return true if the file still has the same content before the place
     bool isIn(const LogContent& file) const;
 
     const Platform::FileIdentity& identity() const { return identity_; }

@@ -12,7 +12,7 @@ namespace Tools {
 
 namespace {
 
-/// Looks into one after another, the newest first.
+/// Opens the rolled files one after another, the newest first.
 std::vector<LogFile>::iterator findRolledPlace(std::vector<LogFile>& files, const FilePlace& place) {
     std::string ignored;
     for (auto file = files.rbegin(); file != files.rend(); ++file) {
@@ -26,7 +26,8 @@ std::vector<LogFile>::iterator findRolledPlace(std::vector<LogFile>& files, cons
     return files.end();
 }
 
-/// \return the place's file, by its content and, where that is not enough, by its identity; the end if it is not there
+/// \return the file of a place, found by its content or, where that is not enough, by its identity; the end if it is
+///         not there
 std::vector<LogFile>::iterator findPlace(std::vector<LogFile>& files, const FilePlace& place) {
     const auto isSame = [&place](const LogFile& file) { return file.file.identity() == place.identity(); };
     const auto holds = [&place](const LogFile& file) { return place.offset() > 0 && place.isIn(file.file); };
@@ -63,9 +64,9 @@ void FollowedInput::poll(std::vector<std::string>& notices) {
     }
     if (stream_.file() == nullptr) {
         openFirst(notices);
-        tailFilter_ = nullptr; // what comes into being later is new from its start
+        tailFilter_ = nullptr; // what appears later is read from its start
     } else if (isStandardInput()) {
-        return; // which has no name to be found by again
+        return; // which cannot be opened again by a name
     } else if (isCurrentLive()) {
         reopenIfCut(notices);
     } else {
@@ -106,11 +107,11 @@ void FollowedInput::skipToResumedPlace(std::vector<LogFile>& files, std::vector<
     files.erase(files.begin(), found);
 }
 
-/// A file that was cut and has grown to its old size or beyond meanwhile shows other bytes before the place.
+/// A file that was truncated and has since grown to its old size or beyond has other bytes before the place.
 void FollowedInput::reopenIfCut(std::vector<std::string>& notices) {
     const LogFile& current = *stream_.file();
     if (current.file.isPacked()) {
-        return; // it is whole, and its size is another one than that of what it holds
+        return; // it is complete, and its size is not that of its content
     }
     const bool isCut = current.file.size() < stream_.bytesSeen() || (seen_ && !seen_->isIn(current.file));
     if (!isCut) {
@@ -143,8 +144,8 @@ bool FollowedInput::isCurrentLive() const {
     return isThere && live == stream_.file()->file.identity();
 }
 
-/// What is newer than the current file. That is finished now: its stream reads it to its end before it goes
-/// on.
+/// Appends the files that are newer than the current one. That is complete now, and the stream reads it to
+/// its end first.
 void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
     InputSpec spec = spec_;
     spec.kind = kind_;
@@ -170,7 +171,7 @@ void FollowedInput::appendNewerFiles(std::vector<std::string>& notices) {
     append(std::move(files));
 }
 
-/// The file that is read may have got a name behind the live one's since the last look, and be packed by now.
+/// The current file may have been rolled since the last poll, and be packed by now.
 std::vector<LogFile>::iterator FollowedInput::findCurrent(std::vector<LogFile>& files) const {
     const LogContent& current = stream_.file()->file;
     const auto found = std::find_if(files.begin(), files.end(), [&current](const LogFile& file) {
@@ -181,7 +182,7 @@ std::vector<LogFile>::iterator FollowedInput::findCurrent(std::vector<LogFile>& 
     return found != files.end() ? found : findRolledPlace(files, FilePlace::in(current, current.size()));
 }
 
-/// A rolled file is never renamed, so it is known by its name.
+/// A rolled file is never renamed, so its name identifies it.
 void FollowedInput::leaveOutKnown(std::vector<LogFile>& files) {
     const auto isKnown = [this](const LogFile& file) {
         return !file.rolledPath.empty() && !knownRolled_.insert(file.rolledPath).second;
@@ -208,7 +209,7 @@ void FollowedInput::append(std::vector<LogFile> files) {
     }
 }
 
-/// A record is done when all of its parts are.
+/// A record is complete when all of its parts are.
 void FollowedInput::commit() {
     if (stream_.record().isPart) {
         return;
@@ -217,8 +218,8 @@ void FollowedInput::commit() {
     committedEnd_ = stream_.record().end;
 }
 
-/// The beginning of a file could not be told from that of any other one once the file is packed, and has
-/// another identity.
+/// Before offset 0 nothing identifies a file once it is packed and has another identity, so the end of the
+/// file before it is given instead.
 std::optional<FilePlace> FollowedInput::place() {
     const LogFile* file = stream_.file();
     if (file == nullptr) {
@@ -230,7 +231,7 @@ std::optional<FilePlace> FollowedInput::place() {
     return offset == 0 && before_ ? before_ : FilePlace::in(file->file, offset);
 }
 
-/// A file that was cut is left for itself.
+/// A truncated file that is read anew has no file before it.
 void FollowedInput::noteLeft() {
     const std::optional<RecordStream::Left> left = stream_.takeLeft();
     if (!left || isStandardInput()) {
@@ -243,7 +244,7 @@ void FollowedInput::noteLeft() {
                                                                                      : left->log.offset));
 }
 
-/// Says what the last look has not found already.
+/// Reports the problems that the last poll did not find.
 void FollowedInput::noticeNew(std::vector<std::string>& notices, std::vector<std::string> problems) {
     for (const std::string& problem : problems) {
         if (std::find(problems_.begin(), problems_.end(), problem) == problems_.end()) {

@@ -17,16 +17,16 @@
 namespace ZAV {
 namespace Tools {
 
-/// An input that grows: a file or a series whose files are written, rotated, deleted, cut and made anew
+/// An input that grows: a file or a series whose files are written, rotated, deleted, truncated and recreated
 /// meanwhile.
 class FollowedInput {
 public:
     explicit FollowedInput(InputSpec spec) : spec_(std::move(spec)) {}
 
-    /// Has the input read from a place of an earlier process on; called before the first `poll`.
+    /// Resumes at a place of an earlier process; called before the first `poll`.
     void resumeAt(const FilePlace& place) { resumedPlace_ = place; }
 
-    /// Leaves out, of what is there at the first `poll`, what stands before the last few wanted records.
+    /// Skips, of what is there at the first `poll`, what precedes the last `count` wanted records.
     /// \param filter must outlive the input
     void beginNearEnd(const RecordFilter& filter, std::size_t count) {
         tailFilter_ = &filter;
@@ -35,17 +35,17 @@ public:
 
     void beginAtStart() { tailFilter_ = nullptr; }
 
-    /// Looks for files that are to be read next, and gives them to the stream.
-    /// \param notices receives what the user must know: what cannot be read, and where records may have been lost
+    /// Looks for files to read next, and appends them to the stream.
+    /// \param notices receives messages for the user: what cannot be read, and where records may have been lost
     void poll(std::vector<std::string>& notices);
 
-    /// Ends a round, before its records leave the process: what was read may be changed from then on, and
-    /// that is noticed at the next `poll`.
+    /// Ends a round, before its records leave the process. From then on, changes to what was read are
+    /// noticed, at the next `poll`.
     void settle();
 
     bool isStandardInput() const { return spec_.kind == InputSpec::STANDARD_INPUT; }
 
-    /// \return true if no record will come any more, as from a pipe that nobody can write to
+    /// \return true if no more records can come, as from a pipe without a writer
     bool hasEnded() const {
         return isStandardInput() && (stream_.hasEnded() || !problems_.empty() || !readProblem_.empty());
     }
@@ -54,10 +54,10 @@ public:
     const RecordStream& stream() const { return stream_; }
     const std::string& path() const { return spec_.path; }
 
-    /// Says that the stream's record has been dealt with.
+    /// Marks the stream's current record as dealt with.
     void commit();
 
-    /// \return the place behind all records that have been dealt with; none before the first file
+    /// \return the place after all records that have been dealt with; none before the first file
     std::optional<FilePlace> place();
 
 private:
@@ -81,15 +81,14 @@ private:
     std::optional<FilePlace> resumedPlace_;
     const RecordFilter* tailFilter_ = nullptr; ///< null if the input is read from its start
     std::size_t tailLength_ = 0;
-    std::optional<FilePlace> seen_; ///< how far the current file was read at the end of the last round
-    std::vector<FilePlace> done_;   ///< the ends of the files that were there last and were read or will be
-    std::set<std::string>
-        knownRolled_; ///< the paths of the rolled files that were read, left out or given to the stream
-    std::size_t committedFile_ = 0; ///< the number of the file that the last committed record is from
+    std::optional<FilePlace> seen_;     ///< how far the current file was read at the end of the last round
+    std::vector<FilePlace> done_;       ///< the ends of the last poll's files, which were read or will be
+    std::set<std::string> knownRolled_; ///< paths of rolled files that were read, skipped or appended
+    std::size_t committedFile_ = 0;     ///< the number of the file that the last committed record is from
     std::uint64_t committedEnd_ = 0;
     std::optional<FilePlace> before_; ///< the end of the file before the current one
     std::string readProblem_;
-    std::vector<std::string> problems_; ///< that the last look at the files has found
+    std::vector<std::string> problems_; ///< found by the last poll
 };
 
 } // namespace Tools

@@ -14,9 +14,9 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds IDLE(100);
-constexpr milliseconds SETTLING(20);      ///< in which a write that has begun is expected to end, or to go on
+constexpr milliseconds SETTLING(20);      ///< for a write in progress to complete or go on
 constexpr milliseconds SAVE_PERIOD(200);  ///< while many records come
-constexpr milliseconds RETRY_PERIOD(500); ///< of a state that cannot be written
+constexpr milliseconds RETRY_PERIOD(500); ///< for a state that cannot be written
 constexpr std::size_t RECORDS_PER_LOOK = 256;
 
 } // namespace
@@ -58,7 +58,7 @@ void Follower::run() {
     saveProgress();
 }
 
-/// With a state, nothing is left out: an input that it does not know is read from its start.
+/// With a state, nothing is skipped: an input that it does not know is read from its start.
 void Follower::resume() {
     if (!state_ || !state_->existed()) {
         return;
@@ -75,7 +75,7 @@ void Follower::resume() {
     }
 }
 
-/// \return whether a record was shown; a request to end stops it between two records, and no round may follow
+/// \return whether a record was shown; a stop request ends the round between two records, and no other may follow
 bool Follower::readRound() {
     std::vector<RecordStream*> streams;
     std::vector<std::string> notices;
@@ -130,7 +130,7 @@ bool Follower::isAnyPending() const {
     return false;
 }
 
-/// Also says once if the filter has run into a problem.
+/// Also reports new problems of the filter and of the shower.
 void Follower::reportNotices(const std::vector<std::string>& notices) {
     for (const std::string& notice : notices) {
         complain(notice);
@@ -145,7 +145,8 @@ void Follower::reportNotices(const std::vector<std::string>& notices) {
     }
 }
 
-/// In this order: what has not left the process is not done, and what has should be done at once.
+/// In this order: a record that has not left the process must not be saved as done, and one that has should
+/// be at once.
 void Follower::saveProgress() {
     const auto begin = std::chrono::steady_clock::now();
     if (state_) {
@@ -161,8 +162,8 @@ void Follower::saveProgress() {
     savePause_ = stateProblem_.empty() ? savePause_ : RETRY_PERIOD;
 }
 
-/// The state should be as new as it can, for a follower that is killed while its files are rotated; but no
-/// more than half of the time goes into waiting for the disk.
+/// Keeps the state as recent as possible, in case the follower is killed while its files are rotated, but
+/// spends no more than half of the time waiting for the disk.
 void Follower::saveProgressIfDue(milliseconds period) {
     if (!isBeginning_ && std::chrono::steady_clock::now() - savedAt_ >= savePause_ + period) {
         saveProgress();
@@ -179,7 +180,7 @@ void Follower::preparePlaces() {
     state_->prepare();
 }
 
-/// A state that cannot be kept is no reason to show no more records: it is kept later, or they come again.
+/// Failing to save the state does not stop the output: it is saved later, or the records come again.
 void Follower::reportState() {
     if (!state_->problem().empty() && state_->problem() != stateProblem_) {
         complain(state_->problem());

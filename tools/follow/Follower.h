@@ -17,21 +17,21 @@
 namespace ZAV {
 namespace Tools {
 
-/// Shows what inputs hold and goes on as they grow, until the process is asked to end.
+/// Shows the records of inputs, and new ones as the inputs grow, until the process is asked to end.
 class Follower {
 public:
     /// The references must outlive the follower.
     Follower(const RecordFilter& filter, Printer& printer, const std::vector<InputSpec>& inputs,
              Output& output);
 
-    /// \return what makes the text of the records, which may be told to show more or less before `run`
+    /// \return the shower, which may be told to show more or less before `run`
     RecordShower& shower() { return shower_; }
 
-    /// Shows no more than the last few records of what is there at the start; of standard input, all.
+    /// Shows only the last `count` records of what is there at the start; of standard input, all.
     void showLast(std::size_t count);
 
-    /// Keeps the places in a file, and goes on at those that it has.
-    /// \throw Failure if the file exists and cannot be read, or if another follower keeps its places there
+    /// Saves the places in a file, and resumes at those that it holds.
+    /// \throw Failure if the file exists and cannot be read, or if another follower saves its places there
     void keepState(const std::string& path);
 
     /// Returns when the process is asked to end, or when all inputs are pipes that have ended.
@@ -55,14 +55,14 @@ private:
     RecordShower shower_;
     Output& output_;
     std::deque<FollowedInput> inputs_;
-    bool isBeginning_ = false; ///< the last records of what is there are being looked for
+    bool isBeginning_ = false; ///< still looking for the last of the existing records
     std::optional<StateFile> state_;
     std::string stateProblem_;      ///< why the state could not be written when that was last tried
     std::string filterProblem_;     ///< what was reported of the filter last
     std::string showerProblem_;     ///< what was reported of the records last
-    std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were looked at
+    std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were checked
     std::chrono::steady_clock::time_point savedAt_;
-    std::chrono::steady_clock::duration savePause_ = {}; ///< from then on until it is tried again
+    std::chrono::steady_clock::duration savePause_ = {}; ///< the least time from then to the next save
 };
 
 } // namespace Tools

@@ -22,7 +22,8 @@ using Json = nlohmann::json;
 
 constexpr int VERSION = 1;
 
-/// JSON holds no other text than UTF-8. Behind a NUL, which no path holds, each character stands for a byte.
+/// JSON text is UTF-8. For any other path, the key is a NUL, which no path contains, followed by one
+/// character per byte.
 std::string toKey(const std::string& path) {
     for (std::string_view rest = path; !rest.empty();) {
         const std::size_t size = Util::firstCodePoint(rest).size;
@@ -65,7 +66,7 @@ StateFile::StateFile(std::string path) : path_(std::move(path)) {
     if (std::filesystem::is_symlink(path_, problem) && existed_) {
         path_ = std::filesystem::canonical(path_).string();
     }
-    std::string ignored; // told when the state is written
+    std::string ignored; // reported when the state is written
     lock(ignored);
     existed_ = std::filesystem::exists(path_, problem);
     if (existed_) {

@@ -10,8 +10,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Keeps, from one process to the next, the place in each input up to which all is done. Only one process may
-/// use a state at a time; a file PATH.lock, which stays, sees to that.
+/// Saves, for the next process, the place up to which each input is done. Only one process may use a state at
+/// a time, which a lock file PATH.lock ensures; it is never removed.
 class StateFile {
 public:
     /// \throw Failure if the file exists and cannot be read, or if another process uses the state
@@ -22,18 +22,18 @@ public:
 
     std::optional<FilePlace> find(const std::string& input) const;
 
-    /// Sets the place of an input; inputs that nobody sets keep theirs.
+    /// Sets the place of an input; inputs that are not set keep theirs.
     void set(const std::string& input, const FilePlace& place);
 
-    /// Puts the state on the disk beside the old one, if anything has changed, and waits for that.
+    /// Writes the state next to the old one, if anything has changed, and waits until it is on the disk.
     /// \throw Failure if another process uses the state
     void prepare();
 
-    /// Puts what was prepared into the place of the old state, in one step that takes no time. On the disk is
-    /// the old state or the new one, also after a crash.
+    /// Replaces the old state by the prepared one in one step, which takes no time. The disk holds the old
+    /// state or the new one, also after a crash.
     void save();
 
-    /// \return what was wrong when there last was something to save; empty if all was well
+    /// \return what went wrong when there last was something to save; empty if nothing did
     const std::string& problem() const { return problem_; }
 
 private:
@@ -43,13 +43,13 @@ private:
     void load();
     std::string text() const;
 
-    std::string path_; ///< of the file itself where a symbolic link was given
+    std::string path_; ///< with a symbolic link resolved
     Platform::FileLock lock_;
     bool existed_ = false;
     bool isChanged_ = false;
     bool isPrepared_ = false;
     std::string problem_;
-    std::map<std::string, FilePlace> places_; ///< by the keys of the inputs in the JSON
+    std::map<std::string, FilePlace> places_; ///< by the inputs' keys in the JSON
 };
 
 } // namespace Tools

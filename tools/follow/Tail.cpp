@@ -18,7 +18,7 @@ namespace {
 constexpr std::uint64_t FIRST_WINDOW = 256 * 1024;
 constexpr std::uint64_t WINDOW_GROWTH = 8;
 
-/// What stands behind a place in a file.
+/// What follows a place in a file.
 struct Window {
     std::uint64_t begin; ///< of its first whole record
     std::size_t wanted;  ///< how many records
@@ -45,8 +45,8 @@ Window lookBehind(const LogFile& file, std::uint64_t offset, const RecordFilter&
     return window;
 }
 
-/// A window begins at a whole line: a time amid one is text that the line's writer may have chosen.
-/// \return the begin of the first line at an offset or behind it; the size of the file without one
+/// A window begins at the start of a line, since a time within a line may be text that its writer chose.
+/// \return the start of the first line at or after an offset; the size of the file if there is none
 std::uint64_t lineFrom(const LogContent& file, std::uint64_t offset, std::uint64_t size) {
     std::vector<char> block(RecordReader::BLOCK);
     std::string ignored;
@@ -85,7 +85,7 @@ Window findTail(const LogFile& file, const RecordFilter& filter, std::size_t cou
 void cutToTail(std::vector<LogFile>& files, const RecordFilter& filter, std::size_t count) {
     for (std::size_t left = files.size(); left > 0; --left) {
         LogFile& file = files[left - 1];
-        std::string ignored; // told when the file is to be read
+        std::string ignored; // reported when the file is to be read
         const Window window = openRolled(file, ignored) ? findTail(file, filter, count) : Window{0, 0};
         closeRolled(file);
         if (window.wanted >= count) {

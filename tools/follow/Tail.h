@@ -9,9 +9,9 @@
 namespace ZAV {
 namespace Tools {
 
-/// Leaves out what stands before the last few wanted records of an input, without reading all of it.
-/// \param files of the input, the oldest first; those that are not needed are removed, and the first one that is left
-/// begins at a record from which at least `count` wanted ones follow, if the input has so many
+/// Skips what precedes the last `count` wanted records of an input, without reading all of it.
+/// \param files of the input, the oldest first; those not needed are removed, and the first one left begins at a record
+///         from which at least `count` wanted ones follow, if the input has so many
 void cutToTail(std::vector<LogFile>& files, const RecordFilter& filter, std::size_t count);
 
 } // namespace Tools

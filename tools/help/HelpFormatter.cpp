@@ -4,7 +4,7 @@ namespace ZAV {
 namespace Tools {
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
-    // Behind a colon CLI11 adds what the checks of the option accept.
+    // After a colon, CLI11 adds what the option's checks accept.
     const std::string type = option->get_type_name();
     if (type.empty() || option->get_positional()) {
         return "";

@@ -6,11 +6,11 @@
 namespace ZAV {
 namespace Tools {
 
-/// Writes the text of `--help`: CLI11's, with an option's argument in one word. What an argument may be and
-/// which options go together stands in the descriptions.
+/// Writes CLI11's text for `--help`, with an option's argument as one word. The descriptions say what an
+/// argument may be and which options go together.
 class HelpFormatter : public CLI::Formatter {
 public:
-    /// \return " ARGUMENT", with " ..." if it may be repeated; nothing for a flag and for what is no option
+    /// \return " ARGUMENT", with " ..." if it may be repeated; empty for a flag and for a positional argument
     std::string make_option_opts(const CLI::Option* option) const override;
 };
 

@@ -10,7 +10,7 @@ namespace Tools {
 
 namespace {
 
-/// Keeps what means something to man(7) from doing so.
+/// Escapes what is special in man(7).
 std::string escape(const std::string& text) {
     std::string escaped;
     for (const char character : text) {
@@ -33,7 +33,7 @@ void writeItem(std::ostringstream& page, const std::string& term, const std::str
     page << ".TP\n\\fB" << escape(term) << "\\fR\n" << escape(meaning) << '\n';
 }
 
-/// "requests:" and the lines below it become a section of that name, as they stand.
+/// Turns "requests:" and the lines below it into a section of that name, verbatim.
 void writeFooter(std::ostringstream& page, const std::string& footer) {
     const std::size_t colon = footer.find(":\n");
     std::string heading = footer.substr(0, colon);
@@ -103,7 +103,7 @@ void ManualPage::writeCommands(std::ostringstream& page) const {
     }
 }
 
-/// The sections of a footer stand apart by an empty line.
+/// The sections of a footer are separated by empty lines.
 void ManualPage::writeFooters(std::ostringstream& page) const {
     std::string footers = app_.get_footer();
     for (std::size_t end = footers.find("\n\n"); end != std::string::npos; end = footers.find("\n\n")) {

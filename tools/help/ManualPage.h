@@ -16,7 +16,7 @@ public:
     /// \return "zav-log" or "zav-log-COMMAND", also the page's file name before ".1"
     const std::string& name() const { return name_; }
 
-    /// \return the page, in the language of man(7)
+    /// \return the page, in the markup of man(7)
     std::string text() const;
 
 private:

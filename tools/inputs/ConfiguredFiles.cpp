@@ -16,9 +16,9 @@ namespace Tools {
 
 namespace {
 
-/// The layout that the appender has now. Lines of `json` are read as such all the same: it may have had that
+/// The appender's current layout. Lines of `json` are recognised in any case, since it may have had that
 /// before.
-/// \param byClass what holds without the keys
+/// \param byClass the default of the appender's class
 LineForm formOf(const std::string& appenderName, const Util::Properties& properties, Layout byClass) {
     Log::AppenderValues values(appenderName);
     try {
@@ -26,7 +26,7 @@ LineForm formOf(const std::string& appenderName, const Util::Properties& propert
             values.read(*Log::findKey(Log::KeySection::APPENDER, name), properties);
         }
     } catch (const Log::LogException&) {
-        return byClass; // with a value that the library refuses nothing was written
+        return byClass; // nothing was written with a value that is rejected
     }
     LineForm form(byClass);
     if (values.layout == Log::LayoutName::FIELDS) {

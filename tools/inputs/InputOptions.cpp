@@ -60,7 +60,7 @@ std::vector<InputSpec> InputOptions::inputs() const {
     return inputs;
 }
 
-/// \return what the command line says of all files; nothing if it says nothing
+/// \return the form that the command line sets for all files; nothing if it sets none
 std::optional<LineForm> InputOptions::givenForm() const {
     LineForm form;
     if (fieldsOption_->count() > 0) {
@@ -81,7 +81,7 @@ std::optional<LineForm> InputOptions::givenForm() const {
 
 namespace {
 
-/// \return whether a path is read with another one, as when a shell names all files of a folder
+/// \return whether a path is read along with another one, as when a shell expands a pattern to all files of a folder
 bool isReadWithAnother(const std::string& path, const std::set<std::string>& named) {
     const std::string plain = Log::RolledFiles::plainPathOf(path);
     const std::string packed = plain + Log::RolledFiles::PACKED;

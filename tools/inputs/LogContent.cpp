@@ -16,17 +16,17 @@ namespace {
 
 using namespace std::literals;
 
-constexpr int GZIP_FORMAT = 16; ///< what zlib has added to the size of the window for it
+constexpr int GZIP_FORMAT = 16; ///< added to zlib's window bits to select gzip
 constexpr std::size_t BLOCK = std::size_t{64} * 1024;
 constexpr std::string_view GZIP_BEGINNING = "\x1f\x8b"sv;
 
 } // namespace
 
-/// Reads what a packed file holds. As gzip does, it takes several packed files behind each other for one, and
-/// leaves alone what stands behind them and is none.
+/// Unpacks a gzip file. Like gzip, it takes concatenated packed files for one and ignores other data
+/// after them.
 class Unpacker {
 public:
-    /// \param beginning of the packed file, where that was read already
+    /// \param beginning of the packed file, if that was read already
     explicit Unpacker(std::string beginning) : packed_(BLOCK), first_(std::move(beginning)) {
         inflateInit2(&stream_, MAX_WBITS + GZIP_FORMAT);
         begin();
@@ -83,7 +83,7 @@ private:
         return static_cast<std::int64_t>(count);
     }
 
-    /// \return false if nothing more is there now
+    /// \return false if no more data is available now
     bool fill(const Platform::InputFile& file, std::string& problem) {
         std::memmove(packed_.data(), stream_.next_in, stream_.avail_in);
         stream_.next_in = reinterpret_cast<Bytef*>(packed_.data());
@@ -125,9 +125,9 @@ private:
     z_stream stream_{};
     std::vector<char> packed_;
     const std::string first_;
-    std::uint64_t packedPlace_ = 0; ///< up to which the file was read
-    std::uint64_t place_ = 0;       ///< up to which its content was handed out
-    bool isBetween_ = false; ///< one packed file is over, and it is not known whether another one follows
+    std::uint64_t packedPlace_ = 0; ///< read so far from the file
+    std::uint64_t place_ = 0;       ///< handed out so far of its content
+    bool isBetween_ = false;        ///< after one packed file, while it is unknown whether another follows
     bool isAtEnd_ = false;
 };
 
@@ -168,7 +168,7 @@ LogContent LogContent::duplicate() const {
     return copy;
 }
 
-/// \return false if nothing can be said yet, or if it cannot be read
+/// \return false if the form cannot be told yet, or if reading fails
 bool LogContent::lookAtBeginning(std::string& problem) const {
     const bool isPipe = !file_.isSeekable();
     bool mayBePacked = isPipe || file_.position() == 0;
@@ -211,7 +211,7 @@ std::int64_t LogContent::readAt(std::uint64_t offset, char* buffer, std::size_t 
     return file_.readAt(offset, buffer, size, problem);
 }
 
-/// That lines are missing is said at the end.
+/// Missing lines are reported at the end.
 std::int64_t LogContent::readQueue(std::uint64_t offset, char* buffer, std::size_t size,
                                    std::string& problem) const {
     const std::string& text = queue_->text;

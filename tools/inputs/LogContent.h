@@ -13,8 +13,8 @@ namespace Tools {
 class Unpacker;
 struct QueueLines;
 
-/// What a log file holds, as its appender wrote it: of a file that gzip has packed, what it holds unpacked;
-/// of one that keeps a program's queue, the lines of what waits in it when it is opened. Otherwise like an
+/// The content of a log file as its appender wrote it: that of a gzip file is unpacked, and that of a queue
+/// file is made of the lines of the messages that wait in it when it is opened. Otherwise like an
 /// `InputFile`.
 class LogContent {
 public:
@@ -29,19 +29,20 @@ public:
     bool openStandardInput(std::string& problem);
     LogContent duplicate() const;
 
-    /// To go back in a packed file means to unpack it again from its beginning.
+    /// Going back in a packed file means unpacking it again from its beginning.
     std::int64_t readAt(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;
 
-    /// \return whether the content comes unpacked, so that its size is not known; of a pipe, once something was read
+    /// \return whether the content differs from the bytes on the disk, so that its size is not known; for a pipe, valid
+    ///         once something was read
     bool isPacked() const { return unpacker_ != nullptr || isQueue(); }
 
-    /// \return whether it is the file of a queue, whose lines are of `json`
+    /// \return whether it is a queue file, whose lines are of `json`
     bool isQueue() const { return queue_ != nullptr; }
 
     bool isSeekable() const { return file_.isSeekable(); }
     bool hasEnded() const noexcept;
     std::uint64_t position() const { return isPacked() ? 0 : file_.position(); }
-    std::uint64_t size() const { return file_.size(); } ///< as it is on the disk
+    std::uint64_t size() const { return file_.size(); } ///< on the disk
     Platform::FileIdentity identity() const { return file_.identity(); }
     bool isOpen() const noexcept { return file_.isOpen(); }
     void close() noexcept;

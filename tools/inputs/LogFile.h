@@ -9,24 +9,24 @@
 namespace ZAV {
 namespace Tools {
 
-/// A file that is open, or is to be opened when it is read, and from where it is to be read.
+/// A file that is open, or is to be opened when it is read, and the offset to read it from.
 struct LogFile {
     std::string path; ///< as the user gave it, or of the member of the series
     LogContent file;
     LineForm layout; ///< as far as it is known beforehand
     std::uint64_t offset = 0;
 
-    /// Of a file that was rolled away from the one that was named: its path without ".gz", whether it is
-    /// packed by now or not. Such a file is not open from the start, since there may be thousands.
+    /// For a file that was rolled away from the named one: its path without ".gz", whether or not it is
+    /// packed by now. Such a file is not opened at the start, since there may be thousands.
     std::string rolledPath;
 };
 
-/// Opens a rolled file; without effect on one that is open.
+/// Opens a rolled file; has no effect on one that is open.
 /// \param problem receives what is wrong
 /// \return true if the file is open now
 bool openRolled(LogFile& file, std::string& problem);
 
-/// Closes a rolled file that is not read now.
+/// Closes a rolled file; other files stay open.
 void closeRolled(LogFile& file);
 
 } // namespace Tools

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 constexpr char NEWEST = '0';
 constexpr char OLDEST = '9';
 
-/// \return true for whatever is there and is no folder, also for a symbolic link that leads nowhere
+/// \return true for anything but a folder, also for a dangling symbolic link
 bool isThere(const std::string& path) {
     std::error_code ignored;
     return fs::exists(fs::symlink_status(path, ignored)) && !fs::is_directory(path, ignored);
@@ -55,8 +55,9 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// Whoever may write to the folder of a log could otherwise have any file shown by those who read it.
-/// \return the file that one is which the user has not typed, behind symbolic links within its folder; empty if one leads out of it
+/// Without this check, whoever may write to the folder of a log could have any file shown by its readers.
+/// \return the target of a path that the user has not typed, if its symbolic links stay within its folder; empty if one
+///         leads out
 std::string withinFolder(const std::string& path, std::string& problem) {
     std::error_code error;
     if (!fs::is_symlink(fs::symlink_status(path, error))) {
@@ -76,10 +77,10 @@ std::string withinFolder(const std::string& path, std::string& problem) {
 }
 
 /// \param file is open
-/// \return false if it is not for this program to read
+/// \return false if this program cannot read its format
 bool isReadable(LogFile& file, std::string& problem) {
     if (file.file.isQueue()) {
-        file.layout = LineForm(); // its lines have their own
+        file.layout = LineForm(); // its lines have their own form
     }
     return !isPacked(file, problem);
 }
@@ -91,8 +92,8 @@ bool openFound(LogFile& file, std::string& problem) {
            isReadable(file, problem);
 }
 
-/// A file of that name must neither hide the series nor lead out of its folder: whoever may write there can
-/// make one.
+/// A file of that name must neither hide the series nor lead out of its folder, since whoever may write there
+/// can create one.
 void addFileOfBaseName(std::vector<LogFile>& files, const InputSpec& input,
                        std::vector<std::string>& problems) {
     LogFile file;
@@ -109,13 +110,13 @@ void addFileOfBaseName(std::vector<LogFile>& files, const InputSpec& input,
     }
 }
 
-/// \return true if the path is that of a file which a series of longer names must not claim, such as app.log.1 beside
-/// app.log.10
+/// \return true if the path names a file that a series of longer names must not claim, such as app.log.1 beside
+///         app.log.10
 bool endsInDigit(const std::string& path) {
     return !path.empty() && path.back() >= NEWEST && path.back() <= OLDEST;
 }
 
-/// \return why nothing can be said about the files that are not in a folder; empty if none was written there yet
+/// \return why it is unknown whether a folder has files of the input; empty if it can be read and has none yet
 std::string whyUnknown(const InputSpec& input) {
     const std::string folder = folderOf(input.path).string();
     std::string problem;
@@ -159,7 +160,7 @@ std::vector<LogFile> findRolled(const InputSpec& input) {
     return files;
 }
 
-/// A file that is rolled after it was opened is found once more, under its new name.
+/// A file that is rolled after it was opened is found again under its new name.
 bool isAmongRolled(const std::vector<LogFile>& rolled, const LogFile& live) {
     return std::any_of(rolled.rbegin(), rolled.rend(), [&live](const LogFile& file) {
         Platform::FileIdentity identity;
@@ -180,9 +181,9 @@ InputSpec::Kind resolve(const InputSpec& input) {
     return isThereAsFile ? InputSpec::FILE : InputSpec::FILE_OR_SERIES;
 }
 
-/// From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file on its
-/// way up is met twice rather than not at all. One that goes up while it is looked at leaves its name to the
-/// next one, or to none, which is no problem.
+/// From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file that is
+/// renamed meanwhile is met twice rather than not at all. If it is renamed while it is being opened, its name
+/// goes to the next file, or to none, which is no error.
 std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems) {
     std::vector<LogFile> files;
     for (char digit = NEWEST; digit <= OLDEST; ++digit) {
@@ -207,7 +208,7 @@ std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>
     return files;
 }
 
-/// The packed file is there before the plain one goes.
+/// The packed file appears before the plain one is removed.
 bool openRolled(LogFile& file, std::string& problem) {
     if (file.file.isOpen()) {
         return true;
@@ -235,8 +236,8 @@ void closeRolled(LogFile& file) {
 
 namespace {
 
-/// The file at a path, behind those that were rolled away from it. A rotation may put the next file there
-/// after the first attempt to open it.
+/// Opens the file at a path, after those that were rolled away from it. Tries twice, since a rotation may put
+/// the next file there after the first attempt.
 void openWithRolled(const InputSpec& input, std::vector<LogFile>& files, std::vector<std::string>& problems) {
     LogFile file;
     file.path = input.path;

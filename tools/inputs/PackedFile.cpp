@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::literals;
 
-/// What the files of bzip2, xz, Zstandard, LZ4 and ZIP begin with.
+/// The first bytes of files of bzip2, xz, Zstandard, LZ4 and ZIP.
 constexpr std::string_view BEGINNINGS[] = {"BZh"sv,
                                            "\xfd"
                                            "7zXZ\0"sv,

@@ -7,8 +7,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Tells a file that a packer other than gzip has made, by its first bytes: its content is no log until it is
-/// unpacked. A pipe is not looked at.
+/// Recognises a file packed by anything but gzip from its first bytes: its content is no log until it is
+/// unpacked. Pipes are not examined.
 /// \param file is open
 /// \param problem receives what to do about it
 bool isPacked(const LogFile& file, std::string& problem);

@@ -17,7 +17,7 @@ using namespace Log::QueueFileFormat;
 
 namespace {
 
-/// \return false if it cannot be read, and why
+/// \return false if it cannot be read; the problem says why
 bool readWhole(const Platform::InputFile& file, std::string& bytes, std::string& problem) {
     bytes.resize(static_cast<std::size_t>(file.size()));
     std::size_t size = 0;
@@ -36,12 +36,13 @@ std::uint64_t wordAt(const std::string& bytes, std::size_t place) {
     return word;
 }
 
-/// What a file held that another process may write to. No look shows it as it was at one moment, so it is
-/// read four times. What two looks in a row agree on is there; what they do not agree on is no damage.
+/// A consistent view of a file that another process may be writing to. No single read is a snapshot, so the
+/// file is read four times. What two consecutive reads agree on is valid; what they disagree on is not
+/// damage.
 ///
-/// A block of messages counts if the first look has found it, so that those before it are full in the second
-/// one. Its records are those of the second and the third look; and what tells of processes is in the last
-/// two.
+/// A block of messages counts if the first read has found it, so that the blocks before it are full in the
+/// second one. Its records are those common to the second and the third read; notes about processes are those
+/// common to the last two.
 class CommonContent {
 public:
     explicit CommonContent(std::array<std::string, 4> looks) : looks_(std::move(looks)) {
@@ -60,8 +61,8 @@ public:
     std::string take() { return std::move(looks_[3]); }
 
 private:
-    /// \param place where a slot begins that is in no block before it
-    /// \return how many bytes were looked at
+    /// \param place the start of a slot that no earlier block covers
+    /// \return how many bytes were examined
     std::size_t keepCommon(std::size_t place) {
         const std::uint64_t word = wordAt(looks_[3], place);
         const std::size_t slots = isBlock(word) ? slotsIn(word) : 1;
@@ -69,7 +70,7 @@ private:
         const bool holdsMessages = isBlock(word) && kindIn(word) == MESSAGES;
         const auto isThere = [word, place](const std::string& look) { return wordAt(look, place) == word; };
         if (!std::all_of(looks_.begin() + (holdsMessages ? 0 : 2), looks_.end(), isThere)) {
-            clear(place, end); // it came meanwhile, or another one was there
+            clear(place, end); // it is new, or has replaced another one
         } else if (holdsMessages) {
             looks_[3].replace(place, end - place, looks_[2], place, end - place);
             clearBehindCommon(looks_[1], place, end);
@@ -79,7 +80,7 @@ private:
         return end - place;
     }
 
-    /// A record that was not whole yet in one of the looks is none, and no more is one behind it.
+    /// A record that was incomplete in one of the reads is dropped, with all that follow it.
     void clearBehindCommon(const std::string& other, std::size_t place, std::size_t end) {
         std::size_t common = place;
         while (common < end && looks_[3][common] == other[common]) {

@@ -14,15 +14,15 @@ class LineLayout;
 
 namespace Tools {
 
-/// \return whether a file with that beginning is one that keeps a program's queue
+/// \return whether a file that begins so is a queue file
 inline bool beginsQueue(std::string_view beginning) {
     return Log::StoredQueue::isOne(beginning);
 }
 
-/// How many bytes that takes.
+/// The number of bytes that `beginsQueue` needs.
 constexpr std::size_t QUEUE_BEGINNING = Log::StoredQueue::BEGINNING;
 
-/// What waits in a queue file, as lines of `json`, which say most of a message.
+/// The messages waiting in a queue file, as lines of `json`, which show most of a message.
 struct QueueLines {
     /// Reads a file that another process may be using.
     explicit QueueLines(const Platform::InputFile& file);
@@ -31,7 +31,7 @@ struct QueueLines {
     std::string problem; ///< why lines are missing; empty if none are
 };
 
-/// \return the line of a message, with its end, for the process that logged it; nothing if there is no memory
+/// \return the line of a message, with its end, showing the process that logged it; nothing if memory is exhausted
 std::optional<std::string> lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout);
 
 } // namespace Tools

@@ -14,7 +14,7 @@ std::string environmentValue(const char* name) {
     return value == nullptr ? std::string() : value;
 }
 
-/// By the customs of the shell: NO_COLOR with any value, or a terminal that says it can do nothing.
+/// By convention: NO_COLOR with any value, or TERM=dumb.
 bool isUnwanted() {
     return !environmentValue("NO_COLOR").empty() || environmentValue("TERM") == "dumb";
 }

@@ -9,10 +9,9 @@ namespace Tools {
 /// The option `--color auto|always|never` of a command.
 class ColorOption {
 public:
-    /// Adds the option to a command.
     void addTo(CLI::App& command);
 
-    /// \return true if standard output shall have colours; called after the command line was parsed
+    /// \return true if standard output is to be coloured; called after the command line was parsed
     bool isOn() const;
 
 private:

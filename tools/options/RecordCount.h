@@ -7,7 +7,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Adds an option that takes a number of records, in decimal whatever it begins with.
+/// Adds an option that takes a number of records, always read as decimal.
 /// \param count receives the number; must outlive the command
 CLI::Option* addRecordCount(CLI::App& command, const std::string& name, std::size_t& count,
                             const std::string& meaning);

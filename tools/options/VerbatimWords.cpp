@@ -18,8 +18,9 @@ bool looksMarked(const std::string& word) {
     return !word.empty() && word.front() == MARK;
 }
 
-/// \param words the program's name among them
-/// \return the number of the first word that is an argument of a command's listeners; how many there are if none is
+/// \param words with the program's name
+/// \return the index of the first word that is an argument for a command's listeners; the number of words if there is
+///         none
 std::size_t firstArgumentOfCommand(const std::vector<std::string>& words) {
     std::size_t address = 2;
     while (address < words.size() && words[address].compare(0, 2, "--") == 0) {
@@ -30,7 +31,7 @@ std::size_t firstArgumentOfCommand(const std::vector<std::string>& words) {
     return isCommand ? address + 3 : words.size();
 }
 
-/// \return the word, or the value in "--option=value", with a mark if it would be misread
+/// \return the word, with a mark before it, or before the value in "--option=value", if that would be misread
 std::string markedWhereMisread(const std::string& word) {
     const bool isOption = word.compare(0, 2, "--") == 0;
     const std::size_t value = isOption ? word.find('=') + 1 : 0; // 0 also without a value

@@ -7,15 +7,15 @@
 namespace ZAV {
 namespace Tools {
 
-/// Keeps CLI11 from reading more into the words of a command line than stands in them: it takes "[a,b]" for a
-/// list, and every word with a dash for an option, also in the argument of `ctl ADDRESS command NAME`.
+/// Keeps CLI11 from interpreting words that are meant literally: it takes "[a,b]" for a list, and every word
+/// with a dash for an option, also in the argument of `ctl ADDRESS command NAME`.
 namespace VerbatimWords {
 
-/// \return the words behind the program's name, last one first as CLI11 wants them, those with a mark that
-///         would be misread
+/// \return the words after the program's name, in reverse order as CLI11 expects them, with a mark on those that it
+///         would misread
 std::vector<std::string> marked(int argc, const char* const* argv);
 
-/// Has all options of all commands take the mark off again.
+/// Makes all options of all commands remove the mark.
 void acceptMarked(CLI::App& program);
 
 } // namespace VerbatimWords

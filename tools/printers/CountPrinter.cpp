@@ -13,9 +13,9 @@ namespace {
 constexpr std::array<const char*, 8> TITLES = {"AUDIT", "ERROR", "WARNING", "INFO",
                                                "DEBUG", "TRACE", "CFG",     "-"};
 constexpr std::size_t COLUMN_OF_CFG = 6;
-constexpr std::size_t COLUMN_OF_UNKNOWN = 7; ///< shown if it is needed
+constexpr std::size_t COLUMN_OF_UNKNOWN = 7; ///< shown only if needed
 constexpr std::size_t COLUMN_WIDTH = 10;
-constexpr std::size_t LARGEST_WIDTH = 80; ///< of the names; a longer one moves its own line alone
+constexpr std::size_t LARGEST_WIDTH = 80; ///< of the names; a longer one shifts only its own row
 
 std::size_t columnOf(const Fields& fields) {
     static constexpr int MOST_SEVERE = Log::Level::LEVEL_AUDIT;
@@ -26,7 +26,8 @@ std::size_t columnOf(const Fields& fields) {
     return fields.hasLevel ? static_cast<std::size_t>((MOST_SEVERE - fields.level) / STEP) : COLUMN_OF_CFG;
 }
 
-/// \return the name without line feeds, which one from a line of `json` may have, and which would begin a row of their own
+/// \return the name with control characters escaped: one from a line of `json` may have line feeds, which would start a
+///         new row
 std::string onOneLine(const std::string& name) {
     std::string line;
     for (const char character : name) {

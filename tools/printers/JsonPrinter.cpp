@@ -12,14 +12,14 @@ namespace Tools {
 
 namespace {
 
-/// \param member with the separator in front and the colon behind it
+/// \param member with the separator before it and the colon after it
 void addText(std::string& object, std::string_view member, std::string_view value) {
     if (!value.empty()) {
         Log::appendJsonText(object.append(member), value);
     }
 }
 
-/// \param digits as the record has them, of any number
+/// \param digits as in the record, any number of them
 void addNumber(std::string& object, std::string_view member, std::string_view digits) {
     if (!digits.empty()) {
         const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size() - 1);
@@ -27,7 +27,7 @@ void addNumber(std::string& object, std::string_view member, std::string_view di
     }
 }
 
-/// Numbers stand as they were read, with all their digits.
+/// Numbers are written as they were read, with all their digits.
 void addPairs(std::string& object, std::string_view member, const RecordPairs* pairs) {
     if (pairs == nullptr || pairs->empty()) {
         return;

@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Shows records as they stand in their files, or behind the paths of these.
+/// Shows records as they are in their files, optionally after the files' paths.
 class LinePrinter : public Printer {
 public:
     /// \param hasColors true to colour each record by its level

@@ -13,20 +13,19 @@ namespace ZAV {
 namespace Tools {
 
 /// The part of a command line that says how records are shown: `--json`, `--source`, `--unique`, `--context`,
-/// `--zone`,
-/// `--color` and, where records have an end, `--tail` and `--count`.
+/// `--zone`, `--color` and, where records have an end, `--tail` and `--count`.
 class PrintOptions {
 public:
     void addTo(CLI::App& command);
     void addEndTo(CLI::App& command);
 
-    /// Makes the zone that is named that of the process; to be called before times are converted.
+    /// Sets the time zone of the process to the named one; to be called before times are converted.
     /// \throw UsageError if the zone is unknown
     void useZone() const;
 
     std::unique_ptr<Printer> printer() const;
 
-    /// Has a shower show what was asked for.
+    /// Applies the options to a shower.
     void applyTo(RecordShower& shower) const;
 
 private:

@@ -7,7 +7,7 @@
 namespace ZAV {
 namespace Tools {
 
-/// Gives records the form in which they are shown.
+/// Formats records for output.
 class Printer {
 public:
     Printer() = default;
@@ -15,13 +15,13 @@ public:
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
 
-    /// Appends what is shown of a record.
+    /// Appends the text of a record.
     virtual void print(RecordStream& stream, std::string& text) = 0;
 
-    /// Appends what is shown between two records of which the second does not follow the first.
+    /// Appends what separates two records of which the second does not directly follow the first.
     virtual void printGap(std::string& text);
 
-    /// Appends what is shown behind all records.
+    /// Appends what follows all records.
     virtual void printEnd(std::string& text);
 };
 

@@ -8,7 +8,8 @@ namespace Tools {
 
 namespace {
 
-/// Of records whose later parts are kept too: a few without an end must not fill the memory.
+/// Bytes of the records that are held or kept, beyond which their later parts are dropped: a few without an
+/// end must not fill the memory.
 constexpr std::size_t MOST_KEPT = 16 * 1024 * 1024;
 
 } // namespace
@@ -67,7 +68,7 @@ void RecordShower::showHeld() {
     }
 }
 
-/// \return where the text of a record goes that comes to be shown
+/// \return where to append the text of a record that is to be shown
 std::string& RecordShower::placeFor(std::uint64_t number, bool isWanted) {
     if (limit_) {
         dropBeyondLimit();
@@ -79,7 +80,7 @@ std::string& RecordShower::placeFor(std::uint64_t number, bool isWanted) {
     return text_;
 }
 
-/// \return where the text goes that continues a record
+/// \return where to append the text that continues a record
 std::string& RecordShower::placeOf(const Fate& fate) {
     for (std::deque<Entry>* const entries : {&held_, &kept_}) {
         const auto found = std::find_if(entries->rbegin(), entries->rend(),
@@ -109,7 +110,7 @@ bool RecordShower::isFull() const {
     return size >= MOST_KEPT;
 }
 
-/// A wanted record too many is kept no longer than what is shown around the next one.
+/// A surplus wanted record is kept only as long as it is context of the next one.
 void RecordShower::dropBeyondLimit() {
     const auto isWanted = [](const Entry& entry) { return entry.isWanted; };
     while (keptWanted_ > *limit_) {
@@ -125,7 +126,7 @@ void RecordShower::dropBeyondLimit() {
     }
 }
 
-/// Between records that do not follow one another.
+/// Separates records that do not directly follow one another.
 void RecordShower::addGap(std::uint64_t number) {
     if (context_ > 0 && lastShown_ != 0 && number > lastShown_ + 1) {
         printer_.printGap(text_);

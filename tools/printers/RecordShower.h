@@ -14,35 +14,34 @@
 namespace ZAV {
 namespace Tools {
 
-/// Makes the text of those records that are wanted, and of those around them. What continues a record is
-/// shown if the record was.
+/// Makes the text of the wanted records and of those around them. A continuation is shown if its record was.
 class RecordShower {
 public:
     /// The references must outlive this object.
     RecordShower(const RecordFilter& filter, Printer& printer, std::size_t inputs)
         : filter_(filter), printer_(printer), fates_(inputs) {}
 
-    /// Also shows so many records before and behind each that is wanted.
+    /// Also shows `count` records before and after each wanted one.
     void showContext(std::size_t count) { context_ = count; }
 
-    /// Takes no notice of records that another input had before.
+    /// Ignores records that another input had before.
     void leaveOutRepetitions() { repetitions_.emplace(); }
 
-    /// Shows nothing until `release`, and then only the last few wanted records.
+    /// Shows nothing until `release`, and then only the last `count` wanted records.
     void keepLast(std::size_t count) { limit_ = count; }
 
-    /// \param input the number of the input whose stream has come to its next record
-    /// \return the text to show, until the next call; empty if there is none now
+    /// \param input the index of the input whose stream has advanced to its next record
+    /// \return the text to show, valid until the next call; empty if there is none now
     const std::string& show(std::size_t input, RecordStream& stream);
 
     /// Ends what `keepLast` began, if it was called.
-    /// \return the text to show, until the next call
+    /// \return the text to show, valid until the next call
     const std::string& release();
 
-    /// \return what was left out of records that may be shown later; empty if nothing was
+    /// \return what was dropped from records that may be shown later; empty if nothing was
     const std::string& problem() const { return problem_; }
 
-    /// \return what comes behind all records
+    /// \return what follows all records
     const std::string& end();
 
 private:
@@ -74,8 +73,8 @@ private:
     std::vector<Fate> fates_;     ///< for each input, of its last record
     std::uint64_t number_ = 0;    ///< of the last record
     std::uint64_t lastShown_ = 0; ///< 0 before the first one
-    std::size_t following_ = 0;   ///< how many more records are shown behind a wanted one
-    std::deque<Entry> held_;      ///< no more than `context_`, which are shown if the next one is wanted
+    std::size_t following_ = 0;   ///< how many more records are shown after a wanted one
+    std::deque<Entry> held_;      ///< at most `context_`, which are shown if the next one is wanted
     std::deque<Entry> kept_;      ///< until `release`
     std::size_t keptWanted_ = 0;  ///< how many of them are wanted
     std::string text_;

@@ -10,7 +10,7 @@ namespace Tools {
 namespace {
 
 constexpr std::size_t LARGEST_SIZE = 16 * 1024 * 1024;
-constexpr std::size_t OVERHEAD = 160; ///< of an entry, about
+constexpr std::size_t OVERHEAD = 160; ///< per entry, approximately
 
 std::string joined(std::initializer_list<std::string_view> parts) {
     std::string text;

@@ -10,15 +10,15 @@
 namespace ZAV {
 namespace Tools {
 
-/// Knows again what several inputs hold, as when two appenders of one program wrote the same message.
+/// Recognises records that several inputs hold, as when two appenders of one program wrote the same message.
 ///
-/// It keeps the records that came last, up to a few MiB. In the order of time equal ones are near one
-/// another.
+/// It keeps the latest records, up to a few MiB. In the order of time, equal ones are close together.
 class Repetitions {
 public:
     /// Takes the next record of any input.
     /// \param stream at a record that is no continuation
-    /// \return true if another input had an equal one before. The two layouts are equal in what both of them show.
+    /// \return true if another input had an equal one before. Records of the two layouts are compared by what both
+    ///         show.
     bool isRepeated(std::size_t input, RecordStream& stream);
 
 private:

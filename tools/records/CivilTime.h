@@ -7,8 +7,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Counts what a clock on the wall shows, without a time zone: as if it showed UTC.
-/// \param time begins as a time stamp does, to the second
+/// Converts a local time without its zone, as if it were UTC.
+/// \param time begins with a time stamp, at least to the second
 /// \return seconds since 1970-01-01 00:00:00
 std::int64_t civilSeconds(std::string_view time);
 

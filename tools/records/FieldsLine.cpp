@@ -16,7 +16,7 @@ namespace {
 
 using Log::Column;
 
-/// \param rest of a line; loses a word and the blank behind it
+/// \param rest of a line; the word and the blank after it are removed
 /// \param size of the word
 std::string_view takeWord(std::string_view& rest, std::size_t size) {
     const std::string_view word = rest.substr(0, size);
@@ -30,7 +30,7 @@ bool takeNumber(std::string& place, std::string_view word) {
            std::all_of(word.begin(), word.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
 }
 
-/// A point in time from the column `utc` says more than one from `time`.
+/// A point in time from the column `utc` takes precedence over a local time from `time`.
 bool takeTime(MachineRecord& record, std::string_view time) {
     if (!startsWithTime(time)) {
         return false;
@@ -64,7 +64,7 @@ bool takePlace(MachineRecord& record, std::string_view word) {
     return true;
 }
 
-/// \return false if the word is none of the column
+/// \return false if the word is invalid for the column
 bool takeColumn(MachineRecord& record, Column column, std::string_view word) {
     switch (column) {
     case Column::TIME:

@@ -10,13 +10,13 @@
 namespace ZAV {
 namespace Tools {
 
-/// \return whether a column is one word, or, of the time, two
+/// \return whether a column is one word, or two for the time
 bool isWord(Log::Column column);
 
-/// Reads a line of the layout `fields`. Up to the first column of pairs or of text each is one word, the time
-/// two; all that follows is the text.
-/// \return the record, which nobody else has; null if a word is none of its column, or if no column before the
-/// text is a time
+/// Reads a line of the layout `fields`. Up to the first column of pairs or of text, each is one word, or two
+/// for the time; all that follows is the text.
+/// \return the record, which the caller alone owns; null if a word is invalid for its column, or if no column before
+///         the text is a time
 std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::vector<Log::Column>& columns);
 
 } // namespace Tools

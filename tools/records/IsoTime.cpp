@@ -24,8 +24,8 @@ int twoDigits(std::string_view text) {
     return (text[0] - '0') * 10 + (text[1] - '0');
 }
 
-/// \param text what stands behind the seconds; loses the fraction
-/// \return its first digits, with zeros where it has none; empty if it is a point without digits
+/// \param text what follows the seconds; the fraction is removed
+/// \return its first digits, padded with zeros; empty if it is a point without digits
 std::string takeFraction(std::string_view& text) {
     std::string digits;
     if (!text.empty() && text.front() == '.') {
@@ -56,7 +56,7 @@ std::optional<std::int64_t> readOffset(std::string_view text) {
     return text[0] == '-' ? -ahead : ahead;
 }
 
-/// \return the seconds in the characters of a text layout; empty if they are none
+/// \return the time as a time stamp of the text layouts; empty if it is invalid
 std::string stampOf(std::string_view seconds, const std::string& fraction) {
     if (seconds[4] != '-' || seconds[7] != '-' || seconds[10] != 'T') {
         return "";

@@ -17,7 +17,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// A member that is kept as it stands.
+/// A member that is stored unchanged.
 struct Member {
     std::string_view name;
     std::string MachineRecord::*place;
@@ -41,11 +41,11 @@ const Member* findMember(const Member (&members)[SIZE], std::string_view name) {
     return nullptr;
 }
 
-/// Takes what the parser finds, without making an object of it. A function that returns false ends the parse:
-/// a member that the layouts write has another value than they give it.
+/// Receives the parser's events without building an object. A function that returns false ends the parse: a
+/// member that the layouts write has a value that they never give it.
 class JsonLineReader : public nlohmann::json_sax<Json> {
 public:
-    /// \return the record; null if what a record must have is missing
+    /// \return the record; null if a mandatory member is missing
     std::shared_ptr<MachineRecord> take() {
         const bool isTyped =
             record_->isTypeKnown ? isConfiguration_ != record_->hasLevel : hasSource_ && !record_->hasLevel;
@@ -54,7 +54,7 @@ public:
 
     bool null() override { return addOther("null"); }
     bool boolean(bool value) override { return addOther(value ? "true" : "false"); }
-    bool number_integer(number_integer_t value) override { // of a 0 with a sign alone is the sign lost
+    bool number_integer(number_integer_t value) override { // the parser drops the sign of -0
         return addOther(value == 0 ? "-0" : std::to_string(value));
     }
     bool number_unsigned(number_unsigned_t value) override {
@@ -126,7 +126,7 @@ private:
 
     bool addOther(std::string text) { return depth_ == 1 ? isFree() : addPair(std::move(text), false); }
 
-    /// What lies deeper than the pairs of the layouts is nobody's.
+    /// What is nested deeper than the pairs of the layouts is ignored.
     bool addPair(std::string text, bool isText) {
         if (depth_ == 2 && pairs_ != nullptr) {
             pairs_->push_back({pairKey_, std::move(text), isText});
@@ -140,13 +140,13 @@ private:
     }
 
     std::shared_ptr<MachineRecord> record_ = std::make_shared<MachineRecord>();
-    std::string key_;              ///< of the member of the line that is being read
-    std::string pairKey_;          ///< the same within that member
-    RecordPairs* pairs_ = nullptr; ///< that the member takes; null if it is none of those
+    std::string key_;              ///< of the current member of the line
+    std::string pairKey_;          ///< of the current member within that one
+    RecordPairs* pairs_ = nullptr; ///< where the member's pairs go; null if it has none
     std::size_t depth_ = 0;        ///< of objects and arrays that are open
     bool hasTime_ = false;
     bool hasText_ = false;
-    bool hasSource_ = false; ///< which `--json` adds, also where it knows no type
+    bool hasSource_ = false; ///< `--json` adds it, even if it knows no type
     bool isConfiguration_ = false;
 };
 

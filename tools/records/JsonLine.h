@@ -8,9 +8,9 @@
 namespace ZAV {
 namespace Tools {
 
-/// Reads a line of the layout `json`, or one that the option `--json` has shown. Members that neither of them
-/// writes are passed over.
-/// \return the record, which nobody else has; null if the line is no such object
+/// Reads a line of the layout `json`, or one that the option `--json` has written. Members that neither of
+/// them writes are ignored.
+/// \return the record, which the caller alone owns; null if the line is no such object
 std::shared_ptr<MachineRecord> readJsonLine(std::string_view line);
 
 } // namespace Tools

@@ -7,11 +7,11 @@
 namespace ZAV {
 namespace Tools {
 
-/// Which of its two text forms the library gave the lines of a file.
+/// Which of the library's two text layouts the lines of a file have.
 enum class Layout {
     UNKNOWN,
     PLAIN,  ///< time, logger, location, level, text
-    PROCESS ///< the same, with program, process id and host behind the time
+    PROCESS ///< the same, with program, process id and host after the time
 };
 
 /// What is known of a file's lines before they are read.
@@ -19,7 +19,7 @@ struct LineForm {
     LineForm(Layout text = Layout::UNKNOWN) : layout(text) {}
 
     Layout layout;                    ///< of lines that are neither of `json` nor of `fields`
-    std::vector<Log::Column> columns; ///< of the layout `fields`; none if the file does not have it
+    std::vector<Log::Column> columns; ///< of the layout `fields`; empty if the file does not have it
     bool hasJson = true;              ///< a line of `json` is a record, whatever the others are
 };
 

@@ -10,16 +10,16 @@
 namespace ZAV {
 namespace Tools {
 
-/// Decides the layout of one file by its first line with a level, wherever in the file that stands. Of a pipe
-/// it sees no more than what has been read.
+/// Determines the layout of one file from its first line with a level, wherever in the file that is. Of a
+/// pipe, only what has been read is considered.
 class LayoutDetector {
 public:
     /// \param file must outlive the detector
     /// \param given a layout that is known beforehand, or `UNKNOWN`
     LayoutDetector(const LogContent& file, Layout given);
 
-    /// \param record a record of the file; the records of a growing file must come here one after another
-    /// \param reader has given the record
+    /// \param record a record of the file; the records of a growing file must be passed in order
+    /// \param reader has returned the record
     /// \return the file's layout; `UNKNOWN` if no line of the file has a level yet
     Layout layoutFor(const Record& record, const RecordReader& reader);
 

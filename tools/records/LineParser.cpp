@@ -16,7 +16,7 @@ constexpr std::size_t MOST_WORDS = 6;
 constexpr std::size_t PROCESS_WORDS = 3;
 constexpr std::size_t LONGEST_NUMBER = 10;
 
-/// The words of a line behind its time, cut at single blanks: a text may begin with blanks of its own.
+/// The words of a line after its time, split at single blanks, since a text may begin with blanks of its own.
 class Words {
 public:
     explicit Words(std::string_view lines)
@@ -37,7 +37,7 @@ public:
     }
     std::size_t count() const { return count_; }
 
-    /// \return everything behind the first `count` words and the blank that follows them
+    /// \return everything after the first `count` words and the blank that follows them
     std::string_view behind(std::size_t count) const {
         count = std::min(count, count_);
         const std::size_t end = count == 0 ? TIME_STAMP_LENGTH : ends_[count - 1];
@@ -63,7 +63,7 @@ bool isNumber(std::string_view word) {
            std::all_of(word.begin(), word.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
 }
 
-/// A location that is there is never empty: a level behind two blanks belongs to a text.
+/// A location is never empty: a level after two blanks belongs to a text.
 bool hasLevelBehind(const Words& words, std::size_t logger) {
     return isLevel(words[logger + 1]) || (!words[logger + 1].empty() && isLevel(words[logger + 2]));
 }
@@ -140,9 +140,9 @@ Fields parseRecord(std::string_view lines, Layout layout) {
         fields.host = words[2];
         parseMessage(words, PROCESS_WORDS, fields);
     } else if (hasLevelBehind(words, 0)) {
-        parseMessage(words, 0, fields); // somebody else writes to the file too
+        parseMessage(words, 0, fields); // another program writes to the file too
     } else {
-        fields.text = words.behind(0); // a torn line: whose it is cannot be told
+        fields.text = words.behind(0); // a torn line: its logger is unknown
     }
     return fields;
 }

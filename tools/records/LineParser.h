@@ -8,8 +8,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Tells the layout of a line from its level.
-/// \param line a line that begins with a time; what follows its end is not looked at
+/// Determines the layout of a line from its level.
+/// \param line a line that begins with a time; what follows its end is ignored
 /// \return `UNKNOWN` if it has no level where one of the layouts puts it
 Layout layoutOf(std::string_view line);
 
@@ -19,7 +19,7 @@ bool findLevelNamed(std::string_view word, Log::Level::LogLevel& level);
 /// Sets file and line of a record from one word, as in "app.cpp:8".
 void parseLocation(std::string_view location, Fields& fields);
 
-/// Takes a record apart.
+/// Splits a record into its fields.
 /// \param lines a record that begins with a time
 /// \param layout of its file; `UNKNOWN` counts as `PLAIN`
 Fields parseRecord(std::string_view lines, Layout layout);

@@ -33,8 +33,8 @@ bool MachineRecord::setLevel(std::string_view word) {
     return hasLevel;
 }
 
-/// Only the message may have lines of its own: what stands before it, as the keys behind it, must not look
-/// like another record.
+/// Only the message may contain line feeds: neither what precedes it nor the keys after it may look like
+/// another record.
 void MachineRecord::show() {
     const auto add = [this](std::string_view word) {
         shown_ += ' ';

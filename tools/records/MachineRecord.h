@@ -12,11 +12,11 @@
 namespace ZAV {
 namespace Tools {
 
-/// What a line says that is of one of the layouts for machines, `json` or `fields`. It is shown as the layout
-/// `plain` would show it; what is not known is left out.
+/// A line of one of the machine-readable layouts, `json` or `fields`. It is shown as the layout `plain` would
+/// show it; what is not known is left out.
 class MachineRecord {
 public:
-    /// Has the time shown in the zone of the process.
+    /// Sets the time, which is shown in the zone of the process.
     /// \param microseconds since 1970-01-01 00:00:00 UTC
     void setTime(std::int64_t microseconds);
 
@@ -26,19 +26,19 @@ public:
     /// \return false if the word is no level
     bool setLevel(std::string_view word);
 
-    /// Makes what `shown` returns, when the members have been set.
+    /// Builds what `shown` returns, once the members have been set.
     void show();
 
-    /// Adds lines that belong to the record, and could not be read themselves.
+    /// Adds lines that belong to the record but could not be parsed themselves.
     void addLines(std::string_view lines);
 
-    /// \return the record as text, with its pairs behind the message
+    /// \return the record as text, with its pairs after the message
     std::string_view shown() const { return shown_; }
 
-    /// \return how the time begins that is shown
+    /// \return the beginning of the shown time
     std::string_view time() const { return time_; }
 
-    /// \return microseconds since 1970-01-01 00:00:00 UTC, where the line says more than a clock on the wall
+    /// \return microseconds since 1970-01-01 00:00:00 UTC, if the line has more than a local time
     const std::optional<std::int64_t>& instant() const { return instant_; }
 
     /// \return views into this object
@@ -46,7 +46,7 @@ public:
 
     std::string logger;
     std::string file;
-    std::string line; ///< decimal numbers, as `thread` and `pid` are
+    std::string line; ///< a decimal number, like `thread` and `pid`
     std::string thread;
     std::string program;
     std::string pid;
@@ -62,7 +62,7 @@ private:
     std::optional<std::int64_t> instant_;
     Log::Level::LogLevel level_ = Log::Level::LEVEL_AUDIT;
     std::string shown_;
-    std::size_t textBegin_ = 0; ///< in what is shown
+    std::size_t textBegin_ = 0; ///< offset in `shown_`
 };
 
 } // namespace Tools

@@ -11,7 +11,7 @@ namespace Tools {
 
 namespace {
 
-constexpr std::size_t LONGEST_HEADER = 4096; // of the line whose beginning is kept for what follows it
+constexpr std::size_t LONGEST_HEADER = 4096; // of a record's first line, as kept for its continuations
 
 LineForm textLines() {
     LineForm form;
@@ -56,7 +56,8 @@ bool RecordReader::takeRest(Record& record, bool withUnfinishedLine) {
     return true;
 }
 
-/// Goes from line to line until one begins a record. `line_` is then its begin, and the end of the record.
+/// Goes from line to line until one begins a record. `line_` is then its start, and the end of the record
+/// before it.
 bool RecordReader::findEnd() {
     for (;;) {
         if (line_ != begin_ && beginsRecord()) {
@@ -69,7 +70,7 @@ bool RecordReader::findEnd() {
     }
 }
 
-/// Looks for the end of the line at `line_`, where `searched_` is then.
+/// Looks for the end of the line at `line_`, and moves `searched_` there.
 bool RecordReader::findLineFeed() {
     const void* lineFeed = std::memchr(buffer_.data() + searched_, '\n', end_ - searched_);
     searched_ = lineFeed == nullptr
@@ -78,7 +79,8 @@ bool RecordReader::findLineFeed() {
     return lineFeed != nullptr;
 }
 
-/// \return whether the line at `line_` does, as far as it has been read. A line for machines has to be whole.
+/// \return whether the line at `line_` begins a record, as far as it has been read; a machine-readable one must be
+///         whole
 bool RecordReader::beginsRecord() {
     const std::string_view ahead(buffer_.data() + line_, end_ - line_);
     if (startsWithTime(ahead) && ahead.size() > TIME_STAMP_LENGTH) {
@@ -88,7 +90,7 @@ bool RecordReader::beginsRecord() {
            machineLines_.read(lineAt(line_), offset_ + line_) != nullptr;
 }
 
-/// \return the line without its end; what was read of it if that is not all
+/// \return the line without its end, as far as it has been read
 std::string_view RecordReader::lineAt(std::size_t begin) const {
     const std::string_view ahead(buffer_.data() + begin, end_ - begin);
     return ahead.substr(0, ahead.find('\n'));
@@ -162,7 +164,7 @@ void RecordReader::emit(Record& record, std::size_t end) {
     searched_ = std::max(searched_, end);
 }
 
-/// Says so if one of the lines, as it seems, is for machines and was too long to be read.
+/// Reports a line that looks machine-readable and was too long to be parsed.
 void RecordReader::noteUnreadable(std::string_view lines) {
     for (std::string_view rest = lines; rest.size() >= LONGEST_RECORD - 1;) {
         const std::size_t size = std::min(rest.find('\n'), rest.size());
@@ -175,7 +177,7 @@ void RecordReader::noteUnreadable(std::string_view lines) {
     }
 }
 
-/// \return whether the lines begin with one for machines, which is `machine_` then
+/// \return whether the lines begin with a machine-readable one, which `machine_` then holds
 bool RecordReader::takeMachine(std::string_view lines, std::uint64_t offset) {
     if (!machineLines_.mayBegin(lines)) {
         return false;
@@ -194,7 +196,7 @@ std::string_view RecordReader::timeAt(std::size_t line) {
     if (machineLines_.mayBegin(ahead)) {
         const std::shared_ptr<MachineRecord> machine = machineLines_.read(lineAt(line), offset_ + line);
         if (machine != nullptr) {
-            return machine->time(); // which is known for longer than this function lasts
+            return machine->time(); // still cached after the return
         }
     }
     return startsWithTime(ahead) ? ahead.substr(0, TIME_STAMP_LENGTH) : std::string_view();
@@ -202,7 +204,7 @@ std::string_view RecordReader::timeAt(std::size_t line) {
 
 std::string_view RecordReader::lowestFrom(std::string_view time) {
     const bool isText = !machineLines_.mayBegin(ahead());
-    if (isText && ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // as a rule
+    if (isText && ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // the usual case
         return time;
     }
     if (offset_ + begin_ <= lowest_) { // within the run of falling times that an earlier record has begun
@@ -223,8 +225,8 @@ std::string_view RecordReader::lowestFrom(std::string_view time) {
     return lowest;
 }
 
-/// A part ends behind a line, if it can, and never between a CR and its LF. A line that it cuts goes on for
-/// at least one byte, so that what follows can end it.
+/// A part ends after a line, if possible, and never between a CR and its LF. A line that is split leaves at
+/// least one byte to the next part, which can then end it.
 void RecordReader::emitPart(Record& record) {
     std::size_t end = line_ > begin_ ? line_ : end_ - 1;
     if (buffer_[end - 1] == '\r') {

@@ -23,7 +23,7 @@ bool RecordStream::next(Ending ending) {
     return true;
 }
 
-/// Where reading begins amid an hour that comes twice, what stands before tells which of the two it is.
+/// Where reading begins in an hour that occurs twice, the records before tell which of the two it is.
 void RecordStream::observeTime() {
     observe(record_);
     if (knowsPast_) {
@@ -51,7 +51,7 @@ void RecordStream::observe(const Record& record) {
     }
 }
 
-/// A time that goes back because its hour comes twice is no earlier point.
+/// A local time that goes back because its hour occurs twice is no earlier point in time.
 std::int64_t RecordStream::place() {
     if (!record_.hasTime) {
         return INT64_MIN;
@@ -73,7 +73,7 @@ bool RecordStream::read(Ending ending) {
             return true;
         }
         if (current_ && current_->reader.isInterrupted()) {
-            return false; // what was read may be no whole record, and later files must wait for this one
+            return false; // what was read may be an incomplete record, and later files must wait for this one
         }
         const bool hasEnded = current_ && current_->log.file.hasEnded();
         const bool isOver = ending == Ending::FINAL || hasMoreFiles() || hasEnded;
@@ -109,7 +109,7 @@ const Fields& RecordStream::fields() {
     }
     if (!record_.hasTime) {
         fields_.message = fields_.text = record_.lines;
-        fields_.values = nullptr; // which stand behind the text that it continues
+        fields_.values = nullptr; // which follow the text that this one continues
     }
     return fields_;
 }

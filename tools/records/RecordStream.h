@@ -22,34 +22,33 @@ class RecordStream {
 public:
     /// How the last file ends.
     enum class Ending {
-        FINAL,  ///< where it ends now; a last line without an end is a line
+        FINAL,  ///< at its current end; an unterminated last line counts
         GROWING ///< a last record is held back until the file has not grown for a while
     };
 
-    /// Adds a file that is read when those before it are at their end.
+    /// Adds a file, to be read after those before it.
     void append(LogFile file);
 
-    /// Goes to the next record.
+    /// Advances to the next record.
     /// \return false if there is none now, or none in what was read before the process was asked to end
     bool next(Ending ending);
 
-    /// Says that a while has passed. A last record of whole lines is given then, unless the file has grown
-    /// when it is asked for.
+    /// Says that some time has passed. A last record of whole lines is returned then, unless the file has
+    /// grown by the next call of `next`.
     void settle() { settledAt_ = bytesSeen(); }
 
-    /// Reads no further in the current file, which has changed behind its reader's back, and goes to the next
-    /// one.
+    /// Stops reading the current file, which has changed under its reader, and goes to the next one.
     void leaveFile();
 
-    /// \return the record that `next` went to, until it is called again
+    /// \return the record that `next` advanced to, valid until it is called again
     const Record& record() const { return record_; }
 
-    /// \return what that record says; of a continuation, what the record says that it belongs to, but for the text
+    /// \return the fields of that record; those of a continuation are its record's, except for the text
     const Fields& fields();
 
-    /// \return the point in time by which the record is merged with those of other streams. It is the record's own, or
-    /// that of the next one of its file where that is earlier. What has no time comes before all else: the
-    /// first lines of a file, and what belongs to the record before it.
+    /// \return the point in time by which the record is merged with those of other streams: its own, or that of the
+    ///         next record of its file if that is earlier. Records without a time come before all others: the
+    ///         first lines of a file, and continuations.
     std::int64_t place();
 
     /// \return the clock at the time of the last record that has one
@@ -67,28 +66,28 @@ public:
     /// A file that was read to its end.
     struct Left {
         LogFile log;
-        std::size_t number; ///< the `fileCount` of its time
+        std::size_t number; ///< the `fileCount` while it was read
     };
 
-    /// \return the last one that held anything since this was asked last; nothing if there is none
+    /// \return the last one that was not empty, since the last call; nothing if there is none
     std::optional<Left> takeLeft() { return std::exchange(left_, std::nullopt); }
 
-    /// \return how many files were begun
+    /// \return how many files have been started
     std::size_t fileCount() const { return fileCount_; }
 
     /// \return true if the input is a pipe and was read to its end
     bool hasEnded() const { return current_ && current_->log.file.hasEnded() && !isPending(); }
 
-    /// \return true if files wait behind the one that is being read
+    /// \return true if files wait after the one that is being read
     bool hasMoreFiles() const { return !waiting_.empty(); }
 
-    /// \return true if a record is held back that needs no more than time
+    /// \return true if whole lines are held back that only need time to pass
     bool isPending() const { return current_ && current_->reader.hasWholeLines(); }
 
     /// \return how far the current file was read; 0 without one
     std::uint64_t bytesSeen() const { return current_ ? current_->reader.bytesSeen() : 0; }
 
-    /// \return what could not be read, and why, since this was asked last, a line each; empty if all could
+    /// \return what could not be read since the last call, and why, one line each; empty if all could
     std::string takeProblem();
 
 private:
@@ -116,7 +115,7 @@ private:
     Fields fields_;
     bool hasFields_ = false;
     std::size_t fileCount_ = 0;
-    std::uint64_t settledAt_ = 0; ///< how far the current file had been read
+    std::uint64_t settledAt_ = 0; ///< how far the current file had been read at the last `settle`
     std::string problem_;
 };
 

@@ -5,14 +5,14 @@ namespace Tools {
 
 namespace {
 
-/// The least and the greatest character of each place.
+/// The lowest and the highest character at each position.
 constexpr char LEAST[] = "0000.00.00 00:00:00:000000";
 constexpr char GREATEST[] = "9999.19.39 29:59:69:999999";
 
 static_assert(sizeof LEAST == TIME_STAMP_LENGTH + 1 && sizeof GREATEST == sizeof LEAST);
 
-/// Looks at all places without a branch, which the compiler turns into a few vector instructions: this is
-/// asked of every line.
+/// Checks all positions without a branch, which the compiler turns into a few vector instructions: this runs
+/// for every line.
 bool hasShapeOfTime(const char* text) {
     unsigned misfits = 0;
     for (std::size_t place = 0; place < TIME_STAMP_LENGTH; ++place) {

@@ -10,7 +10,7 @@ namespace Tools {
 constexpr std::size_t TIME_STAMP_LENGTH = 26;
 
 /// \param line a line with or without its end
-/// \return true if it begins with a time that a blank or the end of the line follows
+/// \return true if it begins with a time that is followed by a blank or the end of the line
 bool startsWithTime(std::string_view line);
 
 } // namespace Tools

@@ -38,8 +38,8 @@ void ZonedClock::observe(std::string_view time, std::int64_t microseconds) {
     std::memcpy(time_.data(), time.data(), TIME_STAMP_LENGTH);
 }
 
-/// The offsets of the day before and of the day after are all that can apply; at a time that a change leaves
-/// out, neither does, and the one before is taken.
+/// Only the offsets of the day before and of the day after can apply. For a local time that a change skips
+/// neither does, and the one before is used.
 void ZonedClock::lookUp(std::int64_t localSeconds) {
     const std::int64_t before = Platform::utcOffset(localSeconds - SECONDS_PER_DAY);
     const std::int64_t after = Platform::utcOffset(localSeconds + SECONDS_PER_DAY);

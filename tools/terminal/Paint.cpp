@@ -16,7 +16,7 @@ bool hasMark = false;
 std::string drawMark() {
     constexpr int RANDOM_BYTES = 16;
     std::random_device device;
-    std::string mark = "\xff"; // in no valid text, so that it is found quickly
+    std::string mark = "\xff"; // in no valid UTF-8, so that it is found quickly
     for (int count = 0; count < RANDOM_BYTES; ++count) {
         mark += static_cast<char>(device() & 0xffU);
     }
@@ -24,7 +24,7 @@ std::string drawMark() {
     return mark;
 }
 
-/// \return what stands before a byte that tells the paint
+/// \return the mark, which is followed by a byte for the paint
 const std::string& mark() {
     static const std::string mark = drawMark();
     return mark;

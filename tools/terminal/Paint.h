@@ -8,26 +8,26 @@
 namespace ZAV {
 namespace Tools {
 
-/// How a text stands out where there are colours.
+/// How a text is highlighted where there are colours.
 enum class Paint : char { PLAIN, MAGENTA, RED, YELLOW, GREEN, DIM };
 
-/// \return how a message of that level stands out
+/// \return how a message of that level is highlighted
 Paint paintOf(Log::Level::LogLevel level);
 
-/// \return the text between marks that `Output` replaces by the sequences of a terminal. A mark is drawn by
-///         chance in each process, so no text from outside can hold one.
+/// \return the text between marks that `Output` replaces by escape sequences of the terminal. The mark is random in
+///         each process, so that no text from outside can contain it.
 std::string painted(Paint paint, std::string_view text);
 
-/// What comes next in a text that may hold marks.
+/// The next piece of a text that may contain marks.
 struct PaintedPiece {
     std::string_view text;     ///< up to the next mark
-    std::string_view sequence; ///< of the terminal, behind the text; empty at the end
+    std::string_view sequence; ///< the escape sequence after the text; empty at the end
 };
 
-/// Takes the next piece off a text.
+/// Removes and returns the next piece of a text.
 PaintedPiece takePiece(std::string_view& text);
 
-/// \return whether there may be a mark anywhere; without one a text is shown as it is
+/// \return whether there may be a mark in any text; without one a text is shown as it is
 bool isAnythingPainted();
 
 } // namespace Tools

@@ -11,7 +11,7 @@ namespace Tools {
 
 namespace {
 
-/// Has no memory of its own: `std::cerr` passes on what it gets at once.
+/// Unbuffered, since `std::cerr` passes on at once what it gets.
 class TerminalFilter : public std::streambuf {
 public:
     explicit TerminalFilter(std::streambuf& target) : target_(target) {}

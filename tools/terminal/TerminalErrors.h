@@ -6,8 +6,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// Has whatever is written to `std::cerr` while it lives made fit for a terminal, if standard error is one.
-/// What the library reports goes there, too.
+/// While it exists, escapes for a terminal what is written to `std::cerr`, including what the library
+/// reports, if standard error is one.
 class TerminalErrors {
 public:
     TerminalErrors();
@@ -16,7 +16,7 @@ public:
     TerminalErrors& operator=(const TerminalErrors&) = delete;
 
 private:
-    std::unique_ptr<std::streambuf> filter_; ///< without one standard error is no terminal
+    std::unique_ptr<std::streambuf> filter_; ///< null if standard error is no terminal
     std::streambuf* original_ = nullptr;
 };
 

@@ -22,7 +22,7 @@ bool isBegun(std::string_view text) {
     return text == "\r" || Util::isCutCharacter(text);
 }
 
-/// Appends what a terminal is to show of the first character of a text.
+/// Appends the first character of a text as a terminal is to show it.
 /// \return its size in the text
 std::size_t appendFirst(std::string& shown, std::string_view text) {
     const Util::CodePoint character = Util::firstCodePoint(text);
