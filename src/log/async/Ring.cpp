@@ -13,7 +13,7 @@ namespace Log {
 namespace {
 
 /// Blocks grow: a thread that seldom logs costs little, and one that logs much seldom needs a new block.
-constexpr std::size_t FIRST_CAPACITY = 2048;
+constexpr std::size_t FIRST_CAPACITY = 1024;
 constexpr std::size_t GROWTH = 8;
 
 } // namespace
