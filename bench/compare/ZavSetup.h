@@ -11,7 +11,7 @@ namespace Bench {
 
 using ZAV::Util::Properties;
 
-/// The library, set up and taken down.
+/// Initialises the library and shuts it down.
 class Library {
 public:
     explicit Library(const Properties& properties) { ZAV::Log::LogManager::init(properties); }
@@ -65,14 +65,14 @@ inline std::string liveFile(const Task& task) {
     return task.file() + "0";
 }
 
-/// With the queue kept in a file, which is made large enough for all messages.
+/// With the queue kept in a file that is large enough for all messages.
 inline Properties keptIn(const std::string& path, Properties properties) {
     properties["zav.log.AsynchronousDispatcher.queueFile"] = path;
     properties["zav.log.AsynchronousDispatcher.queueFileSize"] = "64 MB";
     return properties;
 }
 
-/// With the waiting period that the library has unless told otherwise.
+/// With the library's default waiting period.
 inline Properties unhurriedProperties(const Task& task) {
     Properties properties = asynchronousProperties(task);
     properties.erase("zav.log.AsynchronousDispatcher.waitingPeriod");
