@@ -1,8 +1,8 @@
-# A library beside the first one, of whose public interface alone it uses: the library zav-log-NAME, and the objects
-# zav-log-NAME-objects of which both it and its tests are made. HEADER is the public one.
+# A further library, which uses only the first one's public interface: the library zav-log-NAME, and the objects
+# zav-log-NAME-objects, which both it and its tests link. HEADER is the public one.
 # usage: add_further_library(NAME HEADER SOURCE... [SHARED_WITH_FIRST SOURCE...])
-# SHARED_WITH_FIRST are sources that the first library is made from as well: a shared library does not show them, so this
-# one needs its own, and a static one has them already.
+# SHARED_WITH_FIRST are sources that the first library contains as well: a shared library does not export them, so this
+# one needs its own copies; a static one already has them.
 function(add_further_library name header)
     cmake_parse_arguments(PARSE_ARGV 2 further "" "" SHARED_WITH_FIRST)
     string(TOUPPER ${name} upper_name)

@@ -1,5 +1,5 @@
-# Gives the target zav-log-iceutil: the threads and monitors of IceUtil, from an installed Ice or, where there is
-# none for the platform, from Ice's sources. What a static library of ours is linked with is in iceutil_library.
+# Defines the target zav-log-iceutil: the threads and monitors of IceUtil, from an installed Ice or, if there is none
+# for the platform, from Ice's sources. iceutil_library is what our static library is linked with.
 set(ZAV_LOG_ICEUTIL_SOURCE_DIR "" CACHE PATH "Folder \"cpp\" of Ice's sources; empty to use an installed Ice")
 
 if(NOT ZAV_LOG_ICEUTIL_SOURCE_DIR)

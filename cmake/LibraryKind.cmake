@@ -1,6 +1,6 @@
-# What the libraries have in common as shared ones, or as static ones with -DBUILD_SHARED_LIBS=OFF.
+# Common settings of the libraries as shared ones, or as static ones with -DBUILD_SHARED_LIBS=OFF.
 
-# A shared library must find all that it needs, but for what clang's sanitizers have in the program alone.
+# A shared library must have no undefined symbols, except those of clang's sanitizers, which are only in the program.
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang AND CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     set(no_undefined)
 else()
@@ -19,17 +19,22 @@ function(set_library_kind library name)
         target_compile_definitions(${library} PUBLIC ZAV_LOG_STATIC)
     elseif(BUILD_SHARED_LIBS)
         # "-z nodelete": a thread of the application that still logs, or one of the library's, must not lose the code
-        # that it runs when somebody unloads the library.
+        # that it is running when the library is unloaded.
         set(exports ${PROJECT_SOURCE_DIR}/src/platform/linux/exports.map)
         target_link_options(${library} PRIVATE -Wl,-z,nodelete ${no_undefined} -Wl,--version-script=${exports})
         set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS ${exports})
     else()
-        # The same for a shared library of somebody else that this one becomes a part of.
+        # The same for anyone's shared library that this one is linked into.
         target_link_options(${library} INTERFACE -Wl,-z,nodelete)
+<<<<<<< HEAD
         # The archive holds one object, so that what is made at load is made in the order of the sources, as in a shared
         # library, and not in the order in which the linker needs the parts. It is made before the program's own
         # objects, which may log when they are destroyed: the end of the process has to come to the dispatcher after them.
         set(whole ${CMAKE_CURRENT_BINARY_DIR}/${library}-whole.o)
+=======
+        # The library's static objects are initialised before the program's own, as if the library were a shared one:
+        # these may log when they are destroyed, and the end of the process must reach the dispatcher after them.
+>>>>>>> en5
         add_custom_command(TARGET ${library} POST_BUILD
             COMMAND ${CMAKE_CXX_COMPILER} -r -o ${whole}
                 -Wl,--whole-archive $<TARGET_FILE:${library}> -Wl,--no-whole-archive

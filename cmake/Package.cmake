@@ -1,14 +1,14 @@
-# What "cmake --install" gives: headers, the libraries, CMake package files and pkg-config files.
+# What "cmake --install" installs: headers, the libraries, CMake package files and pkg-config files.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zav-log)
 
-# Installs libraries in a component, and what programs are built with in another one.
+# Installs libraries in one component, and their development files in another.
 function(install_libraries export component development)
     install(TARGETS ${ARGN} EXPORT ${export}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${development}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
         FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log COMPONENT ${development}
-        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log) # for Meson, which knows no sets of files
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zav-log) # for Meson, which does not support file sets
     install(EXPORT ${export} NAMESPACE zav-log:: DESTINATION ${package_dir} COMPONENT ${development})
 endfunction()
 
@@ -21,8 +21,8 @@ function(install_pkgconfig development)
     endforeach()
 endfunction()
 
-# Shared and static libraries may stand in one folder, and so have files of their own for CMake. What static ones are
-# linked with, programs have to find; pkg-config tells it to those who ask for --static.
+# Shared and static libraries may be installed in one folder, and so have separate CMake files. Programs have to find
+# the static ones' link dependencies; pkg-config prints them with --static.
 set(kind "")
 set(private_libraries "-Wl,-z,nodelete -lz -pthread")
 if(iceutil_library STREQUAL Ice::Ice)
@@ -63,7 +63,8 @@ if(WIN32)
     install(FILES ${ZAV_LOG_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endif()
 
-# "cpack" makes one archive of the same, unless a project that the library is a part of has archives of its own.
+# "cpack" creates one archive with the same content, unless the library is part of another project, which may have
+# archives of its own.
 if(NOT PROJECT_IS_TOP_LEVEL)
     return()
 endif()

@@ -1,4 +1,4 @@
-# Gives the target zav-log-pcre2: the regular expressions of PCRE2, which has no CMake package files in Debian.
+# Defines the target zav-log-pcre2: PCRE2, which has no CMake package files in Debian.
 find_path(PCRE2_INCLUDE_DIR pcre2.h REQUIRED)
 find_library(PCRE2_LIBRARY pcre2-8 REQUIRED)
 

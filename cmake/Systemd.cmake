@@ -1,5 +1,5 @@
-# Gives the target zav-log-systemd and says in build_system_appenders whether the library zav-log-system is built, which
-# on Linux takes libsystemd.
+# Defines the target zav-log-systemd, and sets build_system_appenders to whether the library zav-log-system is built,
+# which on Linux needs libsystemd.
 set(ZAV_LOG_SYSTEM_APPENDERS AUTO CACHE STRING
     "Build the library zav-log-system: ON, OFF, or AUTO for ON where there is what it takes")
 set_property(CACHE ZAV_LOG_SYSTEM_APPENDERS PROPERTY STRINGS AUTO ON OFF)

@@ -1,4 +1,4 @@
-# Gives the target zav-log-threading: where the dispatcher's threads and monitors come from.
+# Defines the target zav-log-threading: what provides the dispatcher's threads and monitors.
 add_library(zav-log-threading INTERFACE)
 if(ZAV_LOG_WITH_ICE)
     include(cmake/IceUtil.cmake)

@@ -1,4 +1,4 @@
-# Reads the project's version from log/Version.h, the one place where it is written down.
+# Reads the project's version from log/Version.h, the only place where it is defined.
 set(ZAV_LOG_VERSION_NUMBERS "")
 foreach(part MAJOR MINOR PATCH)
     file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/../src/log/Version.h line

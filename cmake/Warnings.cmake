@@ -1,4 +1,4 @@
-# The warnings that this project's own code is held to; a user's code never sees them.
+# The warnings for this project's own code; they never apply to a user's code.
 add_library(zav-log-warnings INTERFACE)
 target_compile_options(zav-log-warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow

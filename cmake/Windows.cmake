@@ -1,13 +1,13 @@
-# Windows looks for a DLL beside the program that needs it, so all programs and DLLs are built into one folder.
+# Windows looks for a DLL next to the program that needs it, so all programs and DLLs are built into one folder.
 if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endif()
 
-# zlib becomes a part of our DLL.
+# zlib becomes part of our DLL.
 set(ZLIB_USE_STATIC_LIBS ON)
 
-# The compiler's own run-time libraries, which stand there and in the package as well: exceptions and the standard
-# streams pass between the application and the library, so both must use the same ones.
+# The compiler's run-time libraries are put there and into the package as well: exceptions and the standard streams
+# cross between the application and the library, so both must use the same ones.
 set(ZAV_LOG_RUNTIME_DLLS "")
 if(MINGW)
     get_filename_component(compiler_dir ${CMAKE_CXX_COMPILER} DIRECTORY)

@@ -1,5 +1,5 @@
-# The headers of xxHash are all of it. Its licence has to stand beside what it was compiled into: it is the comment that the
-# header begins with.
+# xxHash is used header-only. Its licence must accompany what it was compiled into: it is the comment at the beginning
+# of the header.
 find_path(xxhash_headers xxhash.h REQUIRED)
 file(READ ${xxhash_headers}/xxhash.h xxhash_licence LIMIT 4000)
 string(FIND "${xxhash_licence}" "*/" end)

@@ -61,7 +61,7 @@ inline boost::log::formatter makeFormatterWithProcess() {
                          << std::string(host));
 }
 
-/// Process ids come as hexadecimal numbers; the line needs another form.
+/// Process ids are hexadecimal, so the line needs another pattern.
 inline std::string patternWithHexadecimalProcessId() {
     return std::string(SampleLine::TIME_PATTERN) + R"( [\w.-]+ 0x[0-9a-f]+ [\w.-]+)" +
            SampleLine::MESSAGE_PATTERN;

@@ -10,7 +10,7 @@ inline double nanosecondsOf(clockid_t clock) {
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
-/// \return what all threads of the process have used of the processors so far
+/// \return the processor time used by all threads of the process so far
 inline double cpuNanoseconds() {
     return nanosecondsOf(CLOCK_PROCESS_CPUTIME_ID);
 }

@@ -6,7 +6,7 @@
 
 namespace Bench {
 
-/// What reached an appender that writes nothing. For one thread, or under the appender's lock.
+/// Counts what reached an appender that writes nothing. For one thread, or under the appender's lock.
 class DroppedMessages {
 public:
     void add(std::string_view text) {

@@ -13,17 +13,17 @@
 
 namespace Bench {
 
-/// How the calls of one producer lie in time.
+/// The timing of one producer's calls.
 struct Rhythm {
     std::size_t callsAtOnce;
-    std::chrono::microseconds period; ///< from the first call of a burst to that of the next
+    std::chrono::microseconds period; ///< from the first call of a burst to the first of the next
     std::size_t bursts;
 };
 
 constexpr Rhythm BURSTS{1000, std::chrono::milliseconds(20), 20};
 constexpr Rhythm SPACED{1, std::chrono::microseconds(100), 10'000};
 
-/// Takes the time of single calls. Each includes half of two readings of the clock, with every logger.
+/// Measures single calls. For every logger each includes half of two clock readings.
 template <typename Call>
 std::vector<double> timeCalls(const Rhythm& rhythm, std::size_t bursts, Call& call) {
     std::vector<double> nanoseconds(bursts * rhythm.callsAtOnce);
@@ -41,7 +41,7 @@ std::vector<double> timeCalls(const Rhythm& rhythm, std::size_t bursts, Call& ca
     return nanoseconds;
 }
 
-/// Waits until a file has got so many lines.
+/// Waits until a file has that many lines.
 inline void waitForLines(const std::string& path, std::size_t lines) {
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(60);
     for (;;) {
@@ -57,8 +57,8 @@ inline void waitForLines(const std::string& path, std::size_t lines) {
     }
 }
 
-/// Calls with values of one producer that hand their message to another thread. A tenth more of them comes
-/// first and does not count. The other threads' share of a core is that of the consumer.
+/// Calls with values by one producer, which hand their messages over to another thread. A tenth more of them
+/// precedes as warm-up. The other threads' share of a core is the consumer's.
 template <typename Call>
 void measureLatency(const Task& task, const Rhythm& rhythm, Call call, const std::string& file) {
     const std::size_t bursts = rhythm.bursts / std::min<std::size_t>(task.divisor, rhythm.bursts / 10);
@@ -80,7 +80,7 @@ void measureLatency(const Task& task, const Rhythm& rhythm, Call call, const std
     print("max_ns", 1000);
 }
 
-/// One burst of as many calls with values as the other asynchronous rows have.
+/// One burst of as many calls with values as in the other asynchronous rows.
 template <typename MakeCall>
 void measureBurst(const Task& task, MakeCall makeCall, const std::string& file) {
     const Calls calls = callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES);

@@ -12,12 +12,12 @@
 
 namespace Bench {
 
-/// What a logger's file must look like.
+/// The expected format of a logger's file.
 struct FileFormat {
     std::string pattern = SampleLine::pattern(); ///< a regular expression for the first line
-    std::size_t headerLines = 0;                 ///< lines that the logger itself puts on top
+    std::size_t headerLines = 0;                 ///< lines that the logger itself writes first
     std::string end = SampleLine::TEXT;          ///< of every line
-    std::size_t lengthRange = 1;                 ///< how much the first line and others may differ in length
+    std::size_t lengthRange = 1; ///< by how much other lines' lengths may differ from the first one's
 };
 
 /// The lines of calls with values, which differ in length.
@@ -37,7 +37,7 @@ inline FileFormat formatAsJson() {
     return format;
 }
 
-/// Reads a written file and fails if it is not what the calls should have made of it.
+/// Reads a written file and fails if it is not what the calls should have produced.
 class FileCheck {
 public:
     FileCheck(const std::string& path, const FileFormat& format) : path_(path), format_(format) {}
@@ -81,7 +81,7 @@ private:
             }
             length_ = line.size();
         }
-        // A line that several threads have written into is longer or shorter, or ends otherwise. Only a
+        // A line into which several threads have written is longer or shorter, or ends differently. Only a
         // thread id may be a digit longer than another one.
         const std::size_t range = format_.lengthRange;
         const bool complete = line.size() + range >= length_ && line.size() <= length_ + range;

@@ -7,7 +7,7 @@
 
 namespace Bench {
 
-/// \param key of a line in the system's description of the process, with its colon
+/// \param key of a line in /proc/self/status, with its colon
 inline std::size_t kilobytesOfProcess(const std::string& key) {
     std::ifstream status("/proc/self/status");
     std::string line;

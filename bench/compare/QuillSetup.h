@@ -1,7 +1,7 @@
 #pragma once
 
-// All of quill is in its headers, and {fmt} with it. Told to inline whatever a call may come to, the compiler
-// takes gigabytes and does not end; what it inlines unasked is what an application gets.
+// All of quill, including {fmt}, is in its headers. If forced to inline everything that a call may reach, the
+// compiler takes gigabytes and does not terminate; its own choice is what an application gets.
 #define BENCH_INLINED_LOOP
 
 #include "Workload.h"
@@ -17,26 +17,26 @@
 #include <string>
 
 /// \file
-/// What quill has by default stays: a queue for each thread that grows as it must, the cycle counter as the
-/// clock, and a backend thread that looks for messages, sleeps 100 us when there are none, and hands what it
-/// has written to the system every 200 ms. It has neither an appender that works in the calling thread nor a
-/// flush after every line. Where it counts when a line is in the file, it flushes as soon as its queues are
-/// empty; nothing of it is made to flush more often than that.
+/// quill keeps its defaults: a growing queue for each thread, the cycle counter as the clock, and a backend
+/// thread that polls for messages, sleeps 100 us when there are none, and flushes to the system every 200 ms.
+/// It has neither an appender that works in the calling thread nor a flush after every line. Where the time
+/// at which a line is in the file matters, it flushes as soon as its queues are empty, but never more often
+/// than that.
 namespace Bench {
 
-/// quill's own.
+/// quill's default options.
 inline quill::BackendOptions byDefault() {
     return {};
 }
 
-/// Lines are in the file as soon as nothing else is left to do.
+/// Flushes whenever the queues are empty.
 inline quill::BackendOptions flushedWhenIdle() {
     quill::BackendOptions options;
     options.sink_min_flush_interval = std::chrono::milliseconds(0);
     return options;
 }
 
-/// The promptest that it has: the backend thread never sleeps, and leaves its core to others if they want it.
+/// Its lowest latency: the backend thread never sleeps, but yields its core to others.
 inline quill::BackendOptions withoutSleep() {
     quill::BackendOptions options = flushedWhenIdle();
     options.sleep_duration = std::chrono::nanoseconds(0);
@@ -49,7 +49,7 @@ inline quill::PatternFormatterOptions sampleLayout() {
         "%(time) %(logger) %(short_source_location) %(log_level) %(message)", "%Y.%m.%d %H:%M:%S:%Qus");
 }
 
-/// The backend thread and one file, which any number of loggers write to.
+/// The backend thread and one file, shared by any number of loggers.
 template <typename Sink = quill::FileSink>
 class QuillBackend {
 public:

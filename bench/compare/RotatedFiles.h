@@ -11,8 +11,8 @@
 
 namespace Bench {
 
-/// The files that a rotation has left behind. The oldest lines are gone with their files, but since all lines
-/// are equally long, every file that was full had the same number of them: the rest can be worked out.
+/// The files left by a rotation. The oldest lines were deleted with their files, but since all lines are
+/// equally long, every full file had the same number of them: the rest can be calculated.
 class RotatedFiles {
 public:
     RotatedFiles(const std::string& folder, const FileFormat& format) {
@@ -22,7 +22,7 @@ public:
         std::sort(messages_.begin(), messages_.end(), std::greater<>());
     }
 
-    /// \param written the number of all messages, those of the deleted files included
+    /// \param written the number of all messages, including those of the deleted files
     /// \param maxFiles how many files the logger may keep
     void expect(std::size_t written, std::size_t maxFiles) const {
         expectThat(messages_.size() == maxFiles, "a wrong number of files is left");

@@ -16,9 +16,9 @@
 #include <utility>
 
 /// \file
-/// Thread-safe sinks throughout, as an application with several threads has them. Milliseconds and
-/// three zeros are cheaper for it than microseconds. Its asynchronous queue is always bounded and takes its
-/// memory at the start; here it has room for all messages and would block rather than lose one.
+/// Thread-safe sinks throughout, as in an application with several threads. Milliseconds and three zeros are
+/// cheaper for it than microseconds. Its asynchronous queue is always bounded and preallocated; here it has
+/// room for all messages and would block rather than lose one.
 
 namespace Bench {
 
@@ -26,7 +26,7 @@ using LoggerPointer = std::shared_ptr<spdlog::logger>;
 
 constexpr spdlog::source_loc LOCATION{SampleLine::SOURCE_FILE, SampleLine::SOURCE_LINE, "connect"};
 
-/// The level in upper case, which the built-in flags do not offer.
+/// The level in upper case, for which there is no built-in flag.
 class UpperCaseLevel : public spdlog::custom_flag_formatter {
 public:
     void format(const spdlog::details::log_msg& message, const std::tm&,

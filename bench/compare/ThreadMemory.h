@@ -15,7 +15,7 @@
 
 namespace Bench {
 
-/// Holds very many threads back without taking a processor from those that still work.
+/// Blocks a large number of threads without using processor time.
 class Gate {
 public:
     void pass(std::size_t number) {
@@ -41,7 +41,7 @@ private:
     std::size_t open_ = 0;
 };
 
-/// Takes what any thread takes that calls something: a piece of its stack, and of the heap.
+/// Allocates what any working thread uses anyway: some stack, and some heap.
 [[gnu::noinline]] inline void settleThread() {
     std::array<char, 64 * 1024> stack;
     for (std::size_t i = 0; i < stack.size(); i += 1024) {
@@ -50,8 +50,8 @@ private:
     std::free(const_cast<void*>(static_cast<volatile void*>(std::malloc(64))));
 }
 
-/// What a thread costs that has logged one message and lives on: the growth of the resident memory from the
-/// time when all threads are there until all messages are in the file, divided by the threads.
+/// Memory per thread that has logged one message and is still running: the growth of the resident memory from
+/// when all threads exist until all messages are in the file, divided by the threads.
 /// \param makeCall see runThreads
 template <typename MakeCall>
 void measureThreadMemory(const Task& task, MakeCall makeCall, const std::string& file) {

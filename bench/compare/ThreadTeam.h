@@ -15,7 +15,7 @@ inline double nanosecondsBetween(Clock::time_point start, Clock::time_point end)
     return std::chrono::duration<double, std::nano>(end - start).count();
 }
 
-/// Holds threads back until all of them are ready, so that they start together.
+/// Blocks threads until all of them are ready, so that they start together.
 class StartLine {
 public:
     explicit StartLine(std::size_t threads) : missing_(threads) {}
@@ -40,7 +40,7 @@ private:
     std::atomic<bool> open_{false};
 };
 
-/// How many calls each thread makes: those of the warm-up are not measured.
+/// How many calls each thread makes; those of the warm-up are not measured.
 struct Calls {
     std::size_t warmUp;
     std::size_t measured;
@@ -51,7 +51,7 @@ struct Calls {
 struct Timing {
     Clock::time_point start;      ///< when the first thread started
     Clock::time_point end;        ///< when the last thread ended
-    double nanosecondsPerCall;    ///< what a call costs its caller: the mean over the threads
+    double nanosecondsPerCall;    ///< cost of a call to its caller: the mean over the threads
     double nanosecondsPerMessage; ///< from the start to the end, divided by the calls of all threads
 };
 
@@ -60,7 +60,7 @@ struct ThreadTiming {
     Clock::time_point end;
 };
 
-/// Keeps the compiler from reusing what it has read in the call before: no application logs in so tight a
+/// Prevents the compiler from reusing what it read in the previous call: no application logs in such a tight
 /// loop.
 inline void forgetMemory() {
     asm volatile("" ::: "memory");
@@ -71,7 +71,7 @@ inline void forgetMemory() {
 #endif
 
 /// Not inlined itself, so that the warm-up runs the same code as the measurement, and so that each kind of
-/// call has a single caller: the compiler then inlines the call into the loop, however long its cold part is.
+/// call has a single caller: the compiler then inlines the call into the loop, however long its cold path is.
 template <typename Call>
 [[gnu::noinline]] BENCH_INLINED_LOOP void repeat(std::size_t calls, Call& call) {
     for (std::size_t i = 0; i < calls; ++i) {
@@ -95,8 +95,8 @@ inline Timing summarise(const std::vector<ThreadTiming>& timings, std::size_t ca
 }
 
 /// The one loop that all loggers are measured in.
-/// \param makeCall given the index of a thread, and run in it, makes what the thread calls with a count from
-/// 0 \param settle called between the warm-up of all threads and the measured calls
+/// \param makeCall runs in a thread with its index, and returns what the thread calls with a count from 0
+/// \param settle called between the warm-up of all threads and the measured calls
 template <typename MakeCall, typename Settle>
 Timing runThreads(std::size_t threads, Calls calls, MakeCall makeCall, Settle settle) {
     std::vector<ThreadTiming> timings(threads);

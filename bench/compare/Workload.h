@@ -21,22 +21,22 @@
 
 namespace Bench {
 
-/// What the driver asks a program for.
+/// What the driver requests from a program.
 struct Task {
     std::size_t threads;
-    std::string folder;  ///< empty, for the written files
-    std::size_t divisor; ///< how much smaller a quick run is
+    std::string folder;  ///< initially empty, for the log files
+    std::size_t divisor; ///< the factor by which a quick run is smaller
 
     std::string file() const { return folder + "/log"; }
     bool oneThread() const { return threads == 1; }
 };
 
-/// Writes a figure for the driver.
+/// Prints a figure for the driver.
 inline void printFigure(const char* name, double value) {
     std::printf("%s %.4f\n", name, value);
 }
 
-// The number of messages, of all threads together where they write, for each thread where they do not.
+// The numbers of messages: of all threads together if they write, per thread if they do not.
 constexpr std::size_t SYNCHRONOUS_MESSAGES = 200'000;
 constexpr std::size_t ASYNCHRONOUS_MESSAGES = 400'000;
 constexpr std::size_t ROTATED_MESSAGES = 600'000;
@@ -55,12 +55,12 @@ inline Calls callsOfAllThreads(const Task& task, std::size_t calls) {
     return callsPerThread(task, calls / task.threads);
 }
 
-/// \return the number of messages that go through a queue; a bounded one is made as long
+/// \return the number of messages that go through a queue; a bounded one gets that capacity
 inline std::size_t asynchronousMessages(const Task& task) {
     return callsOfAllThreads(task, ASYNCHRONOUS_MESSAGES).total() * task.threads;
 }
 
-/// For calls whose cost differs a hundredfold between loggers: a trial finds out how many of them take a
+/// For calls whose cost differs a hundredfold between loggers: a trial run determines how many of them take a
 /// tenth of a second.
 template <typename MakeCall>
 Timing runCheapCalls(const Task& task, MakeCall makeCall) {
@@ -73,8 +73,8 @@ Timing runCheapCalls(const Task& task, MakeCall makeCall) {
 
 /// Calls that write nothing.
 /// \param makeCall see runThreads
-/// \param file what the logger would have written to
-/// \param logAccepted logs one message that is not rejected, which shows that the logger writes at all
+/// \param file the file that the logger would have written to
+/// \param logAccepted logs one message that is not rejected, to show that the logger writes at all
 template <typename MakeCall, typename LogAccepted>
 void measureRejectedCalls(const Task& task, MakeCall makeCall, LogAccepted logAccepted,
                           const std::function<std::string()>& file, const FileFormat& format = FileFormat()) {
@@ -84,8 +84,8 @@ void measureRejectedCalls(const Task& task, MakeCall makeCall, LogAccepted logAc
     printFigure("call_ns", timing.nanosecondsPerCall);
 }
 
-/// Calls whose message reaches an appender that does nothing with it.
-/// \param dropped what the appender counts them in
+/// Calls whose message reaches an appender that ignores it.
+/// \param dropped the appender's counter
 /// \param textPattern the text of every message
 template <typename MakeCall>
 void measureDroppedCalls(const Task& task, MakeCall makeCall, DroppedMessages& dropped,
@@ -101,7 +101,7 @@ void measureDroppedCalls(const Task& task, MakeCall makeCall, DroppedMessages& d
 
 /// Calls that return when their line is in the file.
 /// \param messages of all threads together
-/// \param file gives the name of the file once it is there
+/// \param file returns the name of the file once it exists
 template <typename MakeCall>
 void measureWritingCalls(const Task& task, std::size_t messages, MakeCall makeCall,
                          const std::function<std::string()>& file, const FileFormat& format = FileFormat()) {
@@ -118,7 +118,7 @@ void measureSynchronous(const Task& task, MakeCall makeCall, const FileFormat& f
 }
 
 /// Waits until a file has grown to a size.
-/// \return when it had
+/// \return when it has reached it
 inline Clock::time_point waitForSize(const std::string& path, std::size_t size) {
     const Clock::time_point deadline = Clock::now() + std::chrono::seconds(60);
     while (fileSize(path) < size) {
@@ -137,8 +137,8 @@ inline std::size_t lengthOfFirstLine(const std::string& path) {
     return line.size() + 1;
 }
 
-/// Calls that hand their message to another thread, which writes it. All lines have the same length, so the
-/// size of the file shows when the last one has arrived, without reads that would slow the writer down.
+/// Calls that hand their message over to another thread, which writes it. All lines have the same length, so
+/// the size of the file shows when the last one has arrived, without reads that would slow the writer down.
 template <typename MakeCall>
 void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string& file,
                          const FileFormat& format = FileFormat()) {
@@ -163,8 +163,8 @@ void measureAsynchronous(const Task& task, MakeCall makeCall, const std::string&
     printFigure("peak_kb", static_cast<double>(peakMemory));
 }
 
-/// Calls that return when their line is in one of the files of a rotation. A quick run is not smaller, since
-/// it must see files come and go.
+/// Calls that return when their line is in one of the rotated files. A quick run is not smaller, since files
+/// must be created and deleted in it.
 template <typename MakeCall>
 void measureRotation(const Task& task, MakeCall makeCall) {
     const Calls calls = callsOfAllThreads({task.threads, task.folder, 1}, ROTATED_MESSAGES);
@@ -173,8 +173,8 @@ void measureRotation(const Task& task, MakeCall makeCall) {
     printFigure("message_ns", timing.nanosecondsPerMessage);
 }
 
-/// The making of a line, without a file.
-/// \param render given a count, renders a message and gives a reference or a view of the line
+/// Rendering of a line, without a file.
+/// \param render renders a message for a count, and returns a reference to or a view of the line
 template <typename Render>
 void measureRendering(const Task& task, const std::string& pattern, Render render) {
     const std::string first(render(0));
@@ -192,14 +192,14 @@ void measureRendering(const Task& task, const std::string& pattern, Render rende
     printFigure("call_ns", timing.nanosecondsPerCall);
 }
 
-/// How many different messages a rendering loop goes through. They lie a millisecond apart, so that a
-/// renderer may keep the date and the second of the one before, as it can in an application.
+/// How many different messages a rendering loop cycles through. They are a millisecond apart, so that a
+/// renderer may reuse the previous one's date and second, as in an application.
 constexpr std::size_t RENDERED_RING = 256;
 
 using Workload = std::function<void(const Task&)>;
 using Workloads = std::map<std::string, Workload>;
 
-/// The main function of all programs: "<program> list" tells the workloads that a logger has,
+/// The main function of all programs: "<program> list" prints the workloads that a logger supports,
 /// "<program> <workload> <threads> <folder> [divisor]" runs one.
 inline int runWorkloads(int argc, char** argv, const Workloads& workloads) {
     if (argc == 2 && std::string(argv[1]) == "list") {

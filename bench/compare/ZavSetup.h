@@ -12,7 +12,7 @@ namespace Bench {
 
 using ZAV::Util::Properties;
 
-/// The library, set up and taken down.
+/// Initialises the library and shuts it down.
 class Library {
 public:
     explicit Library(const Properties& properties) { ZAV::Log::LogManager::init(properties); }
@@ -66,8 +66,12 @@ inline std::string liveFile(const Task& task) {
     return task.file() + "0";
 }
 
+<<<<<<< HEAD
 /// With the queue kept in a file, which is made large enough for all messages. One that a killed run has left
 /// is removed: its messages would be delivered first.
+=======
+/// With the queue kept in a file that is large enough for all messages.
+>>>>>>> en5
 inline Properties keptIn(const std::string& path, Properties properties) {
     std::filesystem::remove(path);
     properties["zav.log.AsynchronousDispatcher.queueFile"] = path;
@@ -75,7 +79,7 @@ inline Properties keptIn(const std::string& path, Properties properties) {
     return properties;
 }
 
-/// With the waiting period that the library has unless told otherwise.
+/// With the library's default waiting period.
 inline Properties unhurriedProperties(const Task& task) {
     Properties properties = asynchronousProperties(task);
     properties.erase("zav.log.AsynchronousDispatcher.waitingPeriod");

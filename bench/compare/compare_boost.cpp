@@ -1,5 +1,5 @@
-// Boost.Log: it has no function that takes a ready string; opening and pushing a record by hand comes
-// nearest. Its asynchronous queue is unbounded.
+// Boost.Log: it has no function that takes a finished string; opening and pushing a record by hand comes
+// closest. Its asynchronous queue is unbounded.
 
 #include "BoostSetup.h"
 #include "Latency.h"
@@ -60,7 +60,7 @@ auto callOfOwnLogger(std::size_t thread) {
     return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { logLine(*logger, text); };
 }
 
-/// Only a single thread may go without the lock of the logger for several threads.
+/// Only a single thread may use the logger without a lock.
 template <typename Logger>
 auto makeCallOf(Logger& logger) {
     return [&logger](std::size_t) {
@@ -186,7 +186,7 @@ void rotation(const Task& task) {
     withSharedLogger(task, [&task](auto makeCall) { measureRotation(task, makeCall); });
 }
 
-/// The backend for many files, which opens the file of each line for that line alone.
+/// The backend for many files, which opens and closes the file for each line.
 void reopenedFile(const Task& task) {
     const auto backend = boost::make_shared<sinks::text_multifile_backend>();
     backend->set_file_name_composer(sinks::file::as_file_name_composer(expressions::stream << task.file()));

@@ -1,5 +1,6 @@
-// glog: its layout is fixed and knows no logger names; the line is about as long as the others'. It has no
-// function for a ready string, no asynchronous appender, no layout class and no limit to the number of files.
+// glog: its layout is fixed and has no logger names; the line is about as long as the others'. It has no
+// function for a finished string, no asynchronous appender, no layout class and no limit on the number of
+// files.
 
 #include "Workload.h"
 
@@ -34,7 +35,7 @@ auto loggingCall(std::size_t) {
 void openFile(const Task& task) {
     FLAGS_stderrthreshold = google::GLOG_FATAL;
     FLAGS_logbuflevel = -1; // Flushes every line.
-    // Otherwise it makes the kernel write every full megabyte to the disk, which no other logger does.
+    // Otherwise it makes the kernel write each full megabyte to the disk, which no other logger does.
     if (gflags::SetCommandLineOption("drop_log_memory", "false").empty()) {
         throw std::runtime_error("glog does not know drop_log_memory");
     }

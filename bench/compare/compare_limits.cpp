@@ -1,4 +1,4 @@
-// What no logger can be faster than: the system calls and the instructions that any of them needs.
+// Lower bounds for any logger: the system calls and the instructions that each of them needs.
 
 #include "Workload.h"
 
@@ -23,7 +23,7 @@ const std::string LINE_WITH_PROCESS = "2013.05.07 14:03:27:123000 compare_zav 12
                                       "Socket.cpp:120 INFO " +
                                       std::string(SampleLine::TEXT) + "\n";
 
-/// A file that is open for appending.
+/// A file open for appending.
 class AppendedFile {
 public:
     explicit AppendedFile(const std::string& path)
@@ -84,7 +84,7 @@ void takeLock(const Task& task) {
     printFigure("call_ns", timing.nanosecondsPerCall);
 }
 
-/// The least that a rejected call can be.
+/// The minimum of a rejected call.
 void loadAndCompare(const Task& task) {
     std::atomic<int> level(40);
     std::atomic<std::size_t> accepted(0);

@@ -1,6 +1,6 @@
 // log4cxx: its time has milliseconds, so the pattern adds three zeros. It has no pattern for the process and
-// the host: the layout gets them as text, which is the cheapest that it can do. Its asynchronous queue is
-// always bounded; here it has room for all messages.
+// the host: the layout contains them as text, its cheapest option. Its asynchronous queue is always bounded;
+// here it has room for all messages.
 
 #include "Latency.h"
 #include "ThreadMemory.h"
@@ -38,11 +38,11 @@ log4cxx::LayoutPtr makeLayout(const std::string& process = std::string()) {
                                                     " %c %F:%L %p %m%n");
 }
 
-/// An appender that was not told otherwise flushes every line.
+/// By default an appender flushes every line.
 void configure(log4cxx::FileAppender& appender, const Task& task) {
     appender.setLayout(makeLayout());
     appender.setFile(task.file());
-    appender.setEncoding("UTF-8"); // the one encoding that copies the text as it is
+    appender.setEncoding("UTF-8"); // the only encoding that copies the text unchanged
 }
 
 void openFile(log4cxx::FileAppender& appender) {
@@ -143,8 +143,7 @@ struct Request {
     const log4cxx::MDC user{"user", "7"};
 };
 
-/// It has no values of a message: what its JSON is to show as members goes into the thread's context for the
-/// call.
+/// It has no per-message values: members of its JSON are put into the thread's context for the call.
 auto callWithPairs(std::size_t) {
     return [logger = Logger::getLogger(SampleLine::sharedLoggerName()),
             request = std::make_unique<const Request>()](std::size_t) {

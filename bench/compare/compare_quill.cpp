@@ -1,7 +1,7 @@
-// quill; how it is set up stands in QuillSetup.h. Its macros copy the values and leave the rest to its
-// backend thread; each keeps the place of the call in constant data.
+// quill; see QuillSetup.h for its configuration. Its macros copy the values and leave the rest to its backend
+// thread; each keeps the call's source location in constant data.
 
-#include "QuillSetup.h" // First, since it decides how the loop is built.
+#include "QuillSetup.h" // First, since it determines how the loop is compiled.
 
 #include "Latency.h"
 #include "ThreadMemory.h"
@@ -99,7 +99,7 @@ void rendering(const Task& task) {
     });
 }
 
-/// It has no context: those pairs are values of each call, too.
+/// It has no context: its pairs are passed as values of each call, too.
 void json(const Task& task) {
     const QuillBackend<quill::JsonFileSink> backend(task, flushedWhenIdle());
     quill::Logger* logger = backend.makeLogger(SampleLine::sharedLoggerName());
@@ -112,7 +112,7 @@ void json(const Task& task) {
     measureAsynchronous(task, makeCall, task.file(), formatAsJson());
 }
 
-// A macro of quill shows the place that it stands at.
+// quill's macros show their own source location.
 // clang-format off
 #line 120 "Socket.cpp"
 auto loggingCall(quill::Logger* logger) { return [logger, text = std::string(SampleLine::TEXT)](std::size_t) { LOG_INFO(logger, "{}", text); }; }

@@ -1,4 +1,4 @@
-// spdlog; how it is set up stands in SpdlogSetup.h.
+// spdlog; see SpdlogSetup.h for its configuration.
 
 #include "Latency.h"
 #include "SpdlogSetup.h"

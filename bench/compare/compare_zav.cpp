@@ -118,7 +118,7 @@ struct Request {
     const ZAV::Log::LogContext user{"user", 7};
 };
 
-/// The context is made once, as for a request of several messages.
+/// The context is created once, as for a request with several messages.
 auto callWithPairs(std::size_t) {
     return [&logger = LoggerFactory::getLogger(SampleLine::sharedLoggerName()),
             request = std::make_unique<const Request>()](std::size_t) {
@@ -202,7 +202,7 @@ std::string besideTheLog(const Task& task) {
     return task.folder + "/queue";
 }
 
-/// The figures are named for a tmpfs, which is what this folder is on most systems.
+/// The figures' names say tmpfs, which this folder is on most systems.
 std::string onTmpfs(const Task&) {
     return "/dev/shm/zav-log-compare.queue";
 }

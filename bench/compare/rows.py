@@ -11,16 +11,16 @@ PROGRAMS = [LIMITS] + LOGGERS
 
 NAMES = {LIMITS: "the limit", OURS: "ZAV Log", BEFORE: "before", "boost": "Boost.Log"}
 
-# What a program is asked for, and one figure that it answers with.
+# What a program is asked for, and one of the figures that it prints.
 Task = namedtuple("Task", "workload threads")
 Figure = namedtuple("Figure", "task metric")
 
-# A row is one figure of all loggers, and the limit that it stands against, if there is one.
+# A row is one figure of all loggers, and the limit that it is compared with, if there is one.
 Row = namedtuple("Row", "label figure limit")
 Group = namedtuple("Group", "title unit rows")
 
-# Our figure must be at most `factor` times what it stands against: a limit, another logger, the best of them, an
-# earlier commit of ours, another figure of ours, or a value of its own.
+# Our figure must be at most `factor` times what it is compared with: a limit, another logger, the best of them, an
+# earlier commit of ours, another figure of ours, or a fixed value.
 Target = namedtuple("Target", "title figure against factor")
 Value = namedtuple("Value", "value unit")
 Ours = namedtuple("Ours", "figure name")
@@ -123,7 +123,7 @@ JSON = [
         figure("json-async-batch", 1, "end_to_end_ns"), None),
 ]
 
-# The same burst with the queue in memory, in a file on tmpfs, and in one beside the log.
+# The same burst with the queue in memory, in a file on tmpfs, and in one next to the log.
 KEPT = [("in memory", "burst-formatted"), ("in a file on tmpfs", "kept-tmpfs"), ("in a file beside the log", "kept-beside")]
 
 
@@ -211,7 +211,7 @@ ABSENT = {
 }
 
 
-# Two runs of one program differ as well.
+# Even two runs of one program differ.
 NO_SLOWER = 1.05
 
 

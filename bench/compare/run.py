@@ -28,7 +28,7 @@ def run_program(program, *arguments):
     except subprocess.TimeoutExpired as timeout:
         raise Failure("%s does not come to an end" % command) from timeout
     if run.returncode != 0:
-        # Some loggers repeat a complaint for every line.
+        # Some loggers repeat a warning for every line.
         raise Failure("%s: %s" % (command, run.stderr.strip()[-2000:] or run.returncode))
     return run.stdout.splitlines()
 

@@ -10,7 +10,7 @@ import sys
 import tempfile
 from collections import namedtuple
 
-# A kind of call, what it may cost at most, and the call itself: no two of a program are alike.
+# A kind of call, its maximum cost, and the call itself: no two calls of a program are alike.
 Kind = namedtuple("Kind", "title header most_ms most_bytes call")
 Cost = namedtuple("Cost", "milliseconds bytes")
 

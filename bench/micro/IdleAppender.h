@@ -6,7 +6,7 @@
 
 namespace Bench {
 
-/// Writes nothing, so that what leads to an appender is measured alone.
+/// Writes nothing, so that only the path to an appender is measured.
 class IdleAppender : public ZAV::Log::Appender {
 public:
     using Appender::Appender;

@@ -1,6 +1,5 @@
-// What a line costs in each class of file appender that keeps its file open. Both are measured in turns, in
-// files of the folder for temporary files: --benchmark_repetitions=20
-// --benchmark_enable_random_interleaving=true
+// The cost of a line in each class of file appender that keeps its file open. Measure both interleaved, in
+// the folder for temporary files: --benchmark_repetitions=20 --benchmark_enable_random_interleaving=true
 
 #include "SampleMessage.h"
 
@@ -16,7 +15,7 @@ namespace {
 
 using namespace ZAV::Log;
 
-/// A folder of its own, which is removed with what is in it.
+/// A private folder, removed with its content.
 class Folder {
 public:
     explicit Folder(const std::string& name) : path_(std::filesystem::temp_directory_path() / name) {

@@ -36,7 +36,7 @@ void filterLogLevelDynamic(benchmark::State& state) {
     ask(state, filter);
 }
 
-/// Each message must see whether the lowered level has expired.
+/// Each message has to check whether the lowered level has expired.
 void filterLogLevelLowered(benchmark::State& state) {
     FilterLogLevelDynamic filter(Level::LEVEL_WARNING, Time(1, DAY));
     filter.onCommand("DEBUG");

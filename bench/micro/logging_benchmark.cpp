@@ -14,7 +14,7 @@ namespace {
 using namespace ZAV::Log;
 using Bench::IdleAppender;
 
-/// What lies between a logger and an appender's own work.
+/// The overhead between a logger and an appender's own work.
 void appenderOutput(benchmark::State& state) {
     IdleAppender appender("idle");
     const LogMessage message = Bench::makeMessage();

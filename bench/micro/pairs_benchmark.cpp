@@ -45,8 +45,7 @@ private:
     IdleAppender appender_;
 };
 
-/// The argument says whether the appender is synchronous; in a queue a message costs what it takes to get
-/// there.
+/// The argument says whether the appender is synchronous; otherwise only queueing the message is measured.
 void withoutPairs(benchmark::State& state) {
     const IdleLogger idle(state.range(0) != 0);
     for (auto _ : state) {
@@ -77,7 +76,7 @@ void context(benchmark::State& state) {
     }
 }
 
-/// What a line of `json` is made of.
+/// The components of a line of `json`.
 class Sample {
 public:
     explicit Sample(std::string text) : text_(std::move(text)) {
@@ -112,7 +111,7 @@ const std::string ASCII = "connected to the backend server, request 12345";
 const std::string UMLAUTS = "Verbindung \"n\xc3\xb6rdlich\" getrennt:\n\tZeit\xc3\xbc"
                             "berschreitung \xe2\x82\xac";
 
-/// By hand, as the layout does it.
+/// Hand-written, as in the layout.
 void jsonByHand(benchmark::State& state, const std::string& text) {
     const Sample sample(text);
     const MessageFields fields = sample.fields();
@@ -125,7 +124,7 @@ void jsonByHand(benchmark::State& state, const std::string& text) {
     }
 }
 
-/// The same object, its escapes and its UTF-8 by a checked library.
+/// The same object, with escapes and UTF-8 validation by a JSON library.
 void jsonByLibrary(benchmark::State& state, const std::string& text) {
     const Sample sample(text);
     const MessageFields fields = sample.fields();
@@ -161,7 +160,7 @@ void jsonByLibrary(benchmark::State& state, const std::string& text) {
     }
 }
 
-/// The escapes alone: what would be left to a library if the rest stayed as it is.
+/// Only the escapes: the part that a library could take over if the rest stayed as it is.
 void textByLibrary(benchmark::State& state, const std::string& text) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(

@@ -12,17 +12,17 @@ using namespace ZAV::Log;
 
 constexpr int BATCH_SIZE = 1000;
 
-/// The process's queue, without a limit; nobody waits for its messages.
+/// The process's queue, without a limit and without a consumer.
 MessageQueue& unboundedQueue() {
     static MessageQueue& queue = *new MessageQueue;
     ZAV::Util::Properties properties;
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
     queue.configure(properties);
-    threadRecord().ring = nullptr; // one of the library's own queue, which other benchmarks have used
+    threadRecord().ring = nullptr; // it belongs to the library's own queue, used by other benchmarks
     return queue;
 }
 
-/// What a producer pays for handing a message over.
+/// The producer's cost of handing over a message.
 void enqueue(benchmark::State& state) {
     MessageQueue& queue = unboundedQueue();
     MessageBatch batch;
@@ -36,7 +36,7 @@ void enqueue(benchmark::State& state) {
     }
 }
 
-/// The same, and what the consumer pays for taking it out.
+/// The same, and the consumer's cost of taking it out.
 void enqueueAndRead(benchmark::State& state) {
     MessageQueue& queue = unboundedQueue();
     MessageBatch batch;

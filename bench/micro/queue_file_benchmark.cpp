@@ -20,7 +20,7 @@ constexpr int BURST = 20'000;
 
 enum Kept { IN_MEMORY, IN_FILE };
 
-/// Asynchronous, with a consumer that comes when it is called; the file is in the folder for temporary ones
+/// Asynchronous, with a consumer that runs only on request; the file is in the folder for temporary files
 /// (TMPDIR).
 class Application {
 public:
@@ -56,7 +56,7 @@ private:
     const std::string path_ = (std::filesystem::temp_directory_path() / "zav-log-micro.queue").string();
 };
 
-/// \param isEndToEnd whether the delivery counts, too
+/// \param isEndToEnd whether the delivery is measured, too
 void burst(benchmark::State& state, Kept kept, bool isEndToEnd) {
     const Application application(kept);
     Logger& logger = LoggerFactory::getLogger("net.tcp");

@@ -15,7 +15,7 @@ namespace {
 
 using namespace ZAV::Util::TimeUtils;
 
-/// As an application asks for a line.
+/// As an application requests a line.
 void formatLine(benchmark::State& state) {
     const ZAV::Log::LogMessage message = Bench::makeMessage();
     for (auto _ : state) {
@@ -30,7 +30,7 @@ void formatLineWithProcess(benchmark::State& state) {
     }
 }
 
-/// As an appender renders one line after another.
+/// As an appender renders successive lines.
 void appendLine(benchmark::State& state) {
     const ZAV::Log::LogMessage message = Bench::makeMessage();
     std::string line;
@@ -56,7 +56,7 @@ void timeInOneSecond(benchmark::State& state) {
     writeTimes(state, 1, USEC);
 }
 
-/// No two times share the second whose text may be kept.
+/// No two times share a second, so its cached text is never reused.
 void timeInEverySecond(benchmark::State& state) {
     writeTimes(state, 1, SEC);
 }

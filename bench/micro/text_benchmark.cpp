@@ -38,7 +38,7 @@ void generalFloat(benchmark::State& state) {
     writeNumbers(state, writeGeneralFloat);
 }
 
-/// What `generalFloat` stands against.
+/// The alternative to `generalFloat`.
 void generalFloatByToChars(benchmark::State& state) {
     writeNumbers(state, [](char* text, double number) {
         return std::to_chars(text, text + GENERAL_FLOAT_SIZE, number, std::chars_format::general, 6).ptr;

@@ -11,7 +11,7 @@ using ZAV::Log::LoggerFactory;
 
 const char* const NAMES[] = {"net", "net.server.tcp", "net.server.tcp.connection.reader"};
 
-/// Makes the logger of a name and some siblings on its way, among which it must be found.
+/// Creates a logger and siblings at each level of its path, among which it must be found.
 std::string makeLoggers(benchmark::State& state) {
     const std::string name = NAMES[state.range(0)];
     for (int i = 0; i < 20; ++i) {

@@ -1,7 +1,7 @@
-# Sourced by the scripts that try something where nothing of ours is: a clean Debian 12 in a folder, which debootstrap
-# makes from this machine's mirror. Needs root and debootstrap.
+# Sourced by the scripts that test on a clean machine: a Debian 12 in a folder, which debootstrap creates from this
+# machine's mirror. Needs root and debootstrap.
 
-# Makes the folder, with some packages.
+# Creates the folder, with some packages.
 # usage: make_machine FOLDER [PACKAGE...]
 make_machine() {
     local folder=$1 mirror
@@ -12,8 +12,8 @@ make_machine() {
     on_machine "$folder" apt-get install --yes --no-install-recommends "$@"
 }
 
-# Runs a command there, in its folder /work if that is there. Mounts end with the namespace; of this machine's settings
-# only the proxy's are taken along.
+# Runs a command there, in its folder /work if that exists. Mounts end with the namespace; of this machine's settings
+# only the proxy's are kept.
 # usage: on_machine FOLDER COMMAND [ARGUMENT...]
 on_machine() {
     local folder=$1

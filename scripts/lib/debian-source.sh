@@ -1,8 +1,8 @@
 # Sourced by the scripts that build from the sources of Debian's packages.
 
 # Gets the sources of a Debian package into the current folder, from the mirrors of the machine's binary packages; the
-# machine's own lists of packages and sources stay as they are. The current folder must be an empty one. What follows
-# the package's name are options of "apt-get source".
+# machine's own lists of packages and sources are not changed. The current folder must be empty. Further arguments are
+# options of "apt-get source".
 get_debian_source() {
     mkdir -p lists/partial cache/archives/partial
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \

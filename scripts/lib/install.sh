@@ -1,7 +1,7 @@
-# Sourced by the scripts beside this folder.
+# Sourced by the scripts in the parent folder.
 source "$root/scripts/lib/quietly.sh"
 
-# Installs the Debian packages among its arguments that are missing; without one it does nothing.
+# Installs those of the given Debian packages that are missing; without arguments it does nothing.
 install_missing() {
     local package missing=() as_root=()
     if ! command -v dpkg-query >/dev/null; then
@@ -33,7 +33,7 @@ install_packages() {
             apt-get install --yes --no-install-recommends "${missing[@]}"
 }
 
-# Calls a script of this folder that makes another folder, unless that is there.
+# Calls a script of this folder that creates another folder, unless that exists.
 # usage: provide FOLDER SCRIPT [ARGUMENT OF THE SCRIPT...]
 provide() {
     local folder=$1 script=$2

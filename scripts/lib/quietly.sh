@@ -1,13 +1,13 @@
 # Sourced by the scripts; they set "root" to the project's folder.
 
-# The file that holds the output of the step with that name.
+# Prints the path of the step's log file.
 log_of() {
     echo "$root/build/logs/$1.log"
 }
 
-# Runs a command and shows its output only if it fails, and then what to do about it.
+# Runs a command; only if it fails, shows its output and the advice.
 # usage: quietly STEP ADVICE COMMAND [ARGUMENT...]
-# A function as the command must hand its own failures on: "set -e" has no effect in it.
+# A function used as COMMAND must return its failures itself: "set -e" has no effect in it.
 quietly() {
     local log advice=$2 status=0
     log=$(log_of "$1")

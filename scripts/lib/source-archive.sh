@@ -1,9 +1,9 @@
-# Sourced by the scripts that pass the sources on, after install.sh.
+# Sourced by the scripts that distribute the sources, after install.sh.
 
 version=$(sed -n 's/^#define ZAV_LOG_VERSION_[A-Z]* \([0-9]*\)$/\1/p' "$root/src/log/Version.h" | paste -sd.)
 
-# What git knows of the sources, as they are in the folder, and without Debian's part; where there is no git, all but what
-# was built. The same sources give the same bytes.
+# The files tracked by git, as they are in the folder, without debian/; if there is no git, everything except build
+# results. The same sources give identical archives.
 # usage: write_source_archive FILE.tar.gz
 write_source_archive() {
     local time

@@ -1,5 +1,5 @@
-# Sourced by .ci/run and scripts/nightly, after install.sh: a long list of checks, each with its name, its command and
-# the time that it took.
+# Sourced by .ci/run and scripts/nightly, after install.sh: runs a long list of checks, each with its title, command and
+# duration.
 
 # usage: step TITLE COMMAND [ARGUMENT...]
 step() {
@@ -25,5 +25,5 @@ run_tests() {
 # Builds a preset and runs its tests.
 test_preset() {
     build_preset "$1"
-    run_tests "$1" --parallel "$((2 * $(nproc)))" # most tests wait for something most of the time
+    run_tests "$1" --parallel "$((2 * $(nproc)))" # most tests mostly wait
 }

@@ -1,6 +1,6 @@
 # Sourced by scripts/test-operations.
 
-# Has lnav check the samples in its format and count the records of the demo, and compares with zav-log cat.
+# Makes lnav check the samples in its format and count the demo's records, and compares with zav-log cat.
 try_lnav() {
     mkdir -p home config/formats/zav_log
     cp "$root"/integrations/lnav/*.json config/formats/zav_log
@@ -10,7 +10,7 @@ try_lnav() {
     HOME=$PWD/home lnav -n -I config \
         -c ';SELECT logger, log_level, count(*) FROM zav_log GROUP BY logger, log_level' -c ':write-csv-to -' \
         logs/* audit/* 2>lnav.err | sed 1d | sort >lnav.counts
-    # One appender of the demo has a folder that does not exist, which zav-log names.
+    # One appender of the demo has a folder that does not exist, which zav-log reports.
     { zav-log cat --count --config "$root/examples/demo.properties" 2>zav-log.err || grep -q "missing" zav-log.err; } |
         counts_as_lnav >zav-log.counts
     if [ ! -s lnav.counts ] || ! diff zav-log.counts lnav.counts >&2; then
@@ -23,7 +23,7 @@ try_lnav() {
     try_json_in_lnav
 }
 
-# Has lnav read lines of the layout json, and a value and the context of each.
+# Makes lnav read lines with the layout json, including a value and the context of each.
 try_json_in_lnav() {
     local read expected=300
     mkdir json
@@ -39,7 +39,7 @@ try_json_in_lnav() {
     echo "lnav: $expected lines of json have their values and their context."
 }
 
-# Writes the table of zav-log cat --count as lnav would.
+# Converts the table of zav-log cat --count to lnav's format.
 counts_as_lnav() {
     awk 'NR == 1 {
              for (i = 2; i <= NF; ++i) level[i] = $i == "AUDIT" ? "critical" : $i == "CFG" ? "info" : tolower($i)

@@ -4,12 +4,12 @@ records=100000
 records_at_once=500
 records_of_a_file=1990
 
-# Ships records from a node's rsyslog to a central one, while the series rotates, "zav-log follow" is killed again and
-# again, and the node's rsyslog and the central one are restarted. All of it runs in the current folder.
-# \param 1 the layout of the series, \param 2 about how many bytes a record of it has
+# Ships records from a node's rsyslog to a central one, while the series rotates, "zav-log follow" is repeatedly killed,
+# and the node's rsyslog and the central one are restarted. All of it runs in the current folder.
+# \param 1 the layout of the series, \param 2 the approximate size of a record in bytes
 try_rsyslog() {
     local layout=$1 record_size=$2 kills=0 rotations=0 restarts=0 missing step steps=$((records / records_at_once)) live=none now port=32514
-    export TZ=UTC # as the lines of json, with which the members are compared
+    export TZ=UTC # like the lines of json, with which the members are compared
     mkdir logs spool node central store
     until is_free "$port"; do
         port=$((port + 1))
@@ -24,7 +24,7 @@ try_rsyslog() {
     for step in $(seq "$steps"); do
         echo "$records_at_once" >&"${writer[1]}"
         case $((step % 20)) in
-        # While records come, each time at another moment; it stays away for more than a rotation.
+        # While records arrive, each time at another moment; it stays down for more than a rotation.
         9)
             sleep "0.0$((step / 20))"
             stop KILL "$follow"
@@ -55,7 +55,7 @@ try_rsyslog() {
     fi
 }
 
-# Each line that was written must have arrived with all its members as they were; its time as the same point in time.
+# Each line written must have arrived with all its members unchanged; its time must be the same point in time.
 compare_members() {
     jq -cS . logs/copy | LC_ALL=C sort >written.members
     everything | jq -cS 'del(.source) | .time |= (.[:23] + .[26:] | sub("\\+00:00$"; "Z"))' | LC_ALL=C sort -u >arrived.members
@@ -66,7 +66,7 @@ compare_members() {
     echo "rsyslog: the members of all of them are those that were written."
 }
 
-# The configuration in integrations/, with this machine's addresses and this folder's paths.
+# Adapts the configuration in integrations/ to this machine's addresses and this folder's paths.
 configure() {
     {
         echo "global(workDirectory=\"$PWD/$1\")"
@@ -79,7 +79,7 @@ is_free() {
     ! (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null
 }
 
-# Starts an rsyslog and sets the variable of its name to its process.
+# Starts an rsyslog and stores its process id in the variable of its name.
 start() {
     rsyslogd -n -f "$PWD/$1.conf" -i "$PWD/$1.pid" >>"$1.out" 2>&1 &
     printf -v "$1" %s $!
@@ -99,13 +99,13 @@ everything() {
     find store -name '*.json' -exec cat {} +
 }
 
-# The number of each record that has arrived whole, as often as it has.
+# Prints the number of each record that has arrived complete, including duplicates.
 arrived() {
     everything |
         LC_ALL=C sed -nE 's/^\{"time":.*"text":"record ([0-9]{8}) \\"ü\\"\\n\\tsecond line",.*"source":.*\}$/\1/p'
 }
 
-# Waits until nothing has arrived for a while, which is shorter if that may be all.
+# Waits until nothing has arrived for a while, a shorter one if everything may have arrived.
 wait_for_arrival() {
     local before=-1 now idle=0
     while [ "$idle" -lt 40 ]; do

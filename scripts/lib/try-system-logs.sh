@@ -1,10 +1,10 @@
-# Sourced by scripts/test-operations. The daemons of the system's logs take lines of the library, each in folders /dev and
-# /run that its processes have for themselves.
+# Sourced by scripts/test-operations. The system's log daemons receive lines of the library, each with private folders
+# /dev and /run.
 
 records_of_a_batch=5000
 
-# Runs a function of this file, in the current folder, as root of a mount namespace of its own. Says so and goes on where
-# the machine has none.
+# Runs a function of this file, in the current folder, as root in a new mount namespace. If the machine does not allow
+# that, says so and continues.
 # usage: in_own_system FUNCTION
 in_own_system() {
     local unshare=(unshare --mount)
@@ -43,7 +43,7 @@ await() {
     done
 }
 
-# Has the writer log two batches, and the daemon started anew between them.
+# Makes the writer log two batches, and restarts the daemon between them.
 # usage: log_two_batches LARGEST_RECORD
 log_two_batches() {
     local failed
@@ -128,7 +128,7 @@ END
     mount --bind journald.conf $configuration
     mkdir -p /run/log/journal /run/systemd/journal
     start_daemon() {
-        rm -f /run/systemd/journal/io.systemd.journal # the last that it makes
+        rm -f /run/systemd/journal/io.systemd.journal # the last one that it creates
         /lib/systemd/systemd-journald >>journald.out 2>&1 &
         daemon=$!
         await test -S /run/systemd/journal/io.systemd.journal
@@ -143,7 +143,7 @@ END
     log_two_batches 4000000
     jq -cS '[.text, 6, .logger, .file, .line, .thread, .values.number, .values."user.id", .values."user-id", .context.user]' \
         copy | LC_ALL=C sort >written.members
-    # What holds a control character, of ASCII here, is an array of bytes.
+    # A text with a control character, ASCII only here, is shown as an array of bytes.
     jq -cS 'def text: if type == "array" then implode else . end;
             [(.MESSAGE | text), (.PRIORITY | tonumber), .LOGGER, .CODE_FILE, (.CODE_LINE | tonumber), (.TID | tonumber),
              (.NUMBER | tonumber), (.USER_ID | tonumber), (.USER_ID_ | tonumber), (.USER | text)]' \

@@ -6,8 +6,7 @@
 
 namespace ZAV::TestSupport {
 
-/// Sends what the process writes to its standard error stream to memory, from all threads and whatever way it
-/// is written.
+/// Captures what the process writes to standard error, from all threads and by whatever means.
 class StandardErrorCapture {
 public:
     StandardErrorCapture() { testing::internal::CaptureStderr(); }
@@ -16,7 +15,7 @@ public:
     std::string text() { return testing::internal::GetCapturedStderr(); }
 };
 
-/// Runs a function in several threads at once, each with its number, and waits for all of them.
+/// Runs a function in several threads at once, passing each its number, and joins all of them.
 template <typename Function>
 void inThreads(int count, Function function) {
     std::vector<std::thread> threads;
@@ -28,7 +27,7 @@ void inThreads(int count, Function function) {
     }
 }
 
-/// An application that sets the library up from a property file and has a directory of its own for the logs.
+/// An application that initialises the library from a property file and has its own log directory.
 class Application : public testing::Test {
 protected:
     ~Application() override { Log::LogManager::finish(); }
@@ -39,7 +38,7 @@ protected:
         return Log::LogManager::init(directory_ / "app.properties");
     }
 
-    /// Changes the property file of a running application.
+    /// Changes the property file of a running application, and reloads it.
     void reload(const std::string& lines) const {
         writeProperties(lines);
         Log::LogManager::reload();

@@ -6,14 +6,14 @@
 
 namespace ZAV::TestSupport {
 
-/// Starts programs that log and end, each with a directory of the test's own for its logs.
+/// Starts programs that log and end; their log directory is private to the test.
 class EndedProcess : public testing::Test {
 protected:
-    /// Waits for a program, whose standard error stream becomes a file.
-    /// \param arguments to which the directory is added
+    /// Runs a program to its end, with standard error redirected to a file.
+    /// \param arguments to which the directory is appended
     /// \return 0 if the program ended with the exit code 0; another number for any other code, or a crash
     int run(const std::string& program, const std::string& arguments) const {
-        // Some shells take the quotes off a command that begins with one, so that this one begins otherwise.
+        // Some shells remove the quotes from a command that begins with one, so this one begins differently.
         const std::string command = "cd . && " + quoted(program) + " " + arguments + " " +
                                     quoted(directory_.path()) + " 2> " + quoted(directory_ / "errors");
         return std::system(command.c_str());

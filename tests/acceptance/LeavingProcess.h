@@ -7,12 +7,12 @@
 
 namespace ZAV::TestSupport {
 
-/// An application whose earlier processes have ended badly. They are forked before the library is set up
+/// An application whose earlier processes ended abnormally. They are forked before the library is initialised
 /// here.
 class LeavingProcess : public Application {
 protected:
-    /// Does something in a process of its own, which then ends at once, with nothing cleared up.
-    /// \return how it ended, as `waitpid` tells
+    /// Runs a function in a child process, which then ends at once, without any cleanup.
+    /// \return its status as reported by `waitpid`
     template <typename Function>
     static int inProcess(Function function) {
         const pid_t process = fork();
@@ -25,7 +25,7 @@ protected:
         return status;
     }
 
-    /// Has a process log texts that nobody delivers, and end.
+    /// Has a child process log texts that are not delivered, and end.
     void leave(const std::string& lines, const std::vector<std::string>& texts) {
         const int status = inProcess([&] {
             init(lines);
@@ -36,7 +36,7 @@ protected:
         ASSERT_EQ(status, 0);
     }
 
-    /// The properties of one asynchronous appender, and a consumer that comes when it is called.
+    /// The properties of one asynchronous appender, and of a consumer that runs only on request.
     static std::string lazy(const std::string& more = "", const std::string& name = "a") {
         return "logger.root.level = INFO\nappender." + name + " = SimpleFileAppender\nappender." + name +
                ".dir = DIR\nappender." + name + ".file = " + name + ".log\nappender." + name +

@@ -13,10 +13,10 @@ std::uint64_t systemsMilliseconds() {
         duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count());
 }
 
-/// \return how many of many readings, also at the very turn of a millisecond, do not lie between what the
-///         system's clock shows before and after
+/// \return how many of many readings, including ones at the change of a millisecond, are not between the
+///         system clock's readings before and after
 std::size_t countWrongReadings() {
-    constexpr std::uint64_t MILLISECONDS = 50; // the library finds out meanwhile how it may save readings
+    constexpr std::uint64_t MILLISECONDS = 50; // the library calibrates the cycle counter meanwhile
     std::size_t wrong = 0;
     const std::uint64_t begin = systemsMilliseconds();
     for (std::uint64_t before = begin; before < begin + MILLISECONDS;) {

@@ -87,7 +87,7 @@ TEST_F(Configuration, ABadOneIsRefusedWithItsText) {
     }
     EXPECT_EQ(textThrownBy<LogException>([] { LogManager::init(""); }), "File name parameter is empty.");
     EXPECT_TRUE(init("appender.x = SimpleFileAppender\nappender.x.dir = DIR\n"));
-    // The file is read even now.
+    // The file is read even though the library is initialised.
     EXPECT_EQ(textThrownBy<Util::UtilException>([this] { init("x = 1\nx = 2\n"); }),
               "Property file " + directory_ / "app.properties" +
                   " contains a property redefinition on line 2; key = 'x'");
@@ -128,7 +128,7 @@ TEST(Clock, GivesTheTimeOfTheSystem) {
     const auto before = duration_cast<microseconds>((system_clock::now() - seconds(1)).time_since_epoch());
     const std::uint64_t now = Util::TimeUtils::Time::now().microseconds();
     const auto after = duration_cast<microseconds>(system_clock::now().time_since_epoch());
-    EXPECT_GT(now, static_cast<std::uint64_t>(before.count())); // systems have clocks of different steps
+    EXPECT_GT(now, static_cast<std::uint64_t>(before.count())); // clock resolutions differ between systems
     EXPECT_LE(now, static_cast<std::uint64_t>(after.count()));
     EXPECT_EQ(now % 1000, 0U);
 }

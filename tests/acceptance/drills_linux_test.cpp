@@ -24,7 +24,7 @@ std::atomic<bool> priorityFails{false};
 
 } // namespace
 
-// This one stands in the place of the system's, which fails where a test cannot bring it about.
+// Replaces the system's function, to simulate a failure that a test cannot cause.
 extern "C" __attribute__((visibility("default"))) int setpriority(__priority_which_t, id_t, int) noexcept {
     errno = EINVAL;
     return priorityFails ? -1 : 0;
@@ -35,8 +35,8 @@ namespace {
 class Drill : public EndedProcess {};
 class DrillInProcess : public Application {};
 
-/// Leaves a directory room for a few dozen lines: by a file system of its own, or, where the test must not
-/// mount one, by the limit that the process may have for each file.
+/// Limits a directory to a few dozen lines: by a separate file system, or, if the test may not mount one, by
+/// a limit on the size of each file.
 class LittleRoom {
 public:
     explicit LittleRoom(const std::string& directory) {
@@ -93,7 +93,7 @@ TEST_F(Drill, AForkStormLeavesEveryChildAlive) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
 #elif defined(__SANITIZE_ADDRESS__)
-    // Where another thread allocates during the fork, the child waits for ever when it starts a thread.
+    // If another thread allocates during the fork, the child hangs when it starts a thread.
     GTEST_SKIP() << "the address sanitizer's own allocator is locked in such a child";
 #endif
     std::filesystem::create_directory(directory_ / "child");
@@ -104,7 +104,7 @@ namespace {
 
 std::atomic<bool> forkHasBegun{false};
 
-/// A standard error that is in use while a fork begins, and makes a logger then.
+/// A standard error that is in use while a fork begins, and then creates a logger.
 class BufferDuringFork : public std::stringbuf {
 public:
     std::atomic<bool> isInUse{false};
@@ -115,7 +115,7 @@ protected:
         while (!forkHasBegun) {
             std::this_thread::yield();
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the fork comes to the library's locks
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the fork reaches the library's locks
         LoggerFactory::getLogger("made.meanwhile");
         return std::stringbuf::xsputn(text, size);
     }
@@ -213,7 +213,7 @@ TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
     LogManager::finish();
 }
 
-/// The address sanitizer takes the end of a thread that is being unwound for an overflow of its stack.
+/// The address sanitizer mistakes the unwinding of a cancelled thread for a stack overflow.
 TEST_F(DrillInProcess, ACancelledThreadLeavesWholeLinesAndALogThatGoesOn) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the address sanitizer does not follow the cancellation of a thread";

@@ -8,11 +8,11 @@ using namespace ZAV::TestSupport;
 
 namespace {
 
-/// Processes that end at a moment that is hard for the log.
+/// Processes that end at a difficult moment for the library.
 class HardEnding : public EndedProcess {
 protected:
     /// Whatever the process logged must be in the file, or be shown. A process that does not end is killed,
-    /// and that is a failure.
+    /// which is a failure.
     void expectNothingLost(const std::string& way, const std::set<std::string>& more = {}) {
         for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
             std::filesystem::remove(entry);
@@ -43,7 +43,7 @@ protected:
 TEST_F(HardEnding, LosesNothingWhenAnAppenderOrAListenerExits) {
     for (const char* way : {"exit-in-appender", "exit-in-consumer"}) {
         expectNothingLost(way);
-        EXPECT_EQ(kept_.count("delivered"), 1U) << way; // which was amid its delivery
+        EXPECT_EQ(kept_.count("delivered"), 1U) << way; // was being delivered
     }
     expectNothingLost("exit-in-listener");
 }
@@ -90,7 +90,7 @@ TEST_F(HardEnding, ComesInAChildOfTheConsumerWhichLeavesTheBatchToItsParent) {
 #endif
     expectNothingLost("consumer-forks");
     const auto words = lastWordsIn(readFile(directory_ / "queued"));
-    EXPECT_EQ(words.size(), std::set<std::string>(words.begin(), words.end()).size()); // none came twice
+    EXPECT_EQ(words.size(), std::set<std::string>(words.begin(), words.end()).size()); // no duplicates
 }
 
 TEST_F(HardEnding, OverflowBlocksThoughTheConsumerWantsALoggerThatIsBusy) {

@@ -55,7 +55,7 @@ TEST_F(FailureNotices, TellOfAnAppenderThatBeginsToFail) {
         logInRounds("5");
         EXPECT_THAT(listener.arguments, SizeIs(9));
         LogManager::unregisterCommandListener("EXCEPTION");
-        logInRounds("6"); // it was failing already
+        logInRounds("6"); // it was already failing
     }
     EXPECT_TRUE(LogManager::init(directory_ / "app.properties"));
     LoggerFactory::getLogger("net").error("7"); // without a session

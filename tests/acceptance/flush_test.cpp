@@ -16,7 +16,7 @@ namespace {
 
 class Flush : public TestSupport::Application {
 protected:
-    /// The consumer comes by itself only when the queue is half full.
+    /// The consumer runs by itself only when the queue is half full.
     static std::string queued() {
         return "appender.queued = FileAppender\n"
                "appender.queued.asynchronous = true\n"
@@ -36,7 +36,7 @@ protected:
     }
 };
 
-/// Whatever else the test has logged, nothing of it may be in two places or in none.
+/// Every message, whatever else the test has logged, must be counted exactly once.
 void expectConserved(const LogStatistics& statistics) {
     EXPECT_EQ(statistics.waiting, 0U);
     EXPECT_EQ(statistics.queued, statistics.delivered + statistics.discarded);
@@ -56,7 +56,7 @@ TEST_F(Flush, HasWrittenWhatWasQueuedDuringARoundAndNeverWaitsInVain) {
     });
     LogManager::registerCommandListener("EXCEPTION", &holding);
     LoggerFactory::getLogger("broken").error("broken", 0, "");
-    EXPECT_FALSE(LogManager::flush(Time(1, Util::TimeUtils::USEC))); // wakes the consumer nevertheless
+    EXPECT_FALSE(LogManager::flush(Time(1, Util::TimeUtils::USEC))); // wakes the consumer anyway
     entered.get_future().wait();
     log(10);
     EXPECT_EQ(LogManager::statistics().waiting, 11U);
@@ -71,7 +71,7 @@ TEST_F(Flush, HasWrittenWhatWasQueuedDuringARoundAndNeverWaitsInVain) {
     CallingAppender unregistered([](const LogMessage&) {}, false);
     LoggerFactory::getLogger("net").addAppender(&unregistered);
     log(1);
-    EXPECT_FALSE(LogManager::flush()); // no consumer comes for it
+    EXPECT_FALSE(LogManager::flush()); // no consumer delivers it
     LoggerFactory::getLogger("net").removeAppender(&unregistered);
 }
 
@@ -89,8 +89,8 @@ TEST_F(Flush, ComesWithTheEndOfASessionThatHasInitialised) {
     EXPECT_TRUE(LogManager::init(properties));
 }
 
-/// Each report has the consumer log through the logger whose producers wait for it. It must not wait itself,
-/// so that its message may push one out.
+/// Each report makes the consumer log through the logger whose producers wait for it. It must not wait
+/// itself, so its message may evict another.
 TEST_F(Flush, FollowsProducersThatWaitForRoomInsteadOfDiscarding) {
     CallingListener answering([](const std::string&) { log(1); });
     for (const std::string limit : {"-1", "0", "1", "2", "3", "1024"}) {
@@ -127,7 +127,7 @@ TEST_F(Flush, LeavesNoProducerWaitingForAConsumerThatEnds) {
     for (int round = 0; round < 10; ++round) {
         ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.overflow = block\n"
                                     "zav.log.AsynchronousDispatcher.maxQueueSize = 4\n"));
-        EXPECT_TRUE(LogManager::flush()); // else each round leaves more to the next
+        EXPECT_TRUE(LogManager::flush()); // otherwise each round leaves more to the next
         LogManager::finish();
     }
     finished = true;
@@ -139,7 +139,7 @@ TEST_F(Flush, LeavesNoProducerWaitingForAConsumerThatEnds) {
     expectConserved(LogManager::statistics());
 }
 
-/// The consumer may make room just as the call finds none. Nobody else would wake the producer then.
+/// The consumer may make room just when the call finds none. No other thread would wake the producer then.
 TEST_F(Flush, LetsASoleProducerGoOnWheneverThereIsRoom) {
     ASSERT_TRUE(init(queued() + "zav.log.AsynchronousDispatcher.overflow = block\n"
                                 "zav.log.AsynchronousDispatcher.maxQueueSize = 2\n"));
@@ -162,14 +162,14 @@ TEST_F(Flush, LeavesCountersThatAddUpUnderEightProducers) {
 
 TEST_F(Flush, HasWrittenTheBatchesOfBothKindsOfFilesAndReportedWhatIsInNone) {
     ASSERT_TRUE(init(queued() + "appender.queued.flush = batch\n"
-                                "appender.queued.fileMaxSizeUnit = B\n" // not as large as a batch
+                                "appender.queued.fileMaxSizeUnit = B\n" // smaller than a batch
                                 "appender.broken.flush = batch\n"
                                 "appender.single = SimpleFileAppender\n"
                                 "appender.single.asynchronous = true\n"
                                 "appender.single.flush = batch\n"
                                 "appender.single.dir = DIR\n"
                                 "appender.at-once = FileAppender\n"
-                                "appender.at-once.flush = batch\n" // which only the consumer knows
+                                "appender.at-once.flush = batch\n" // has no effect on a synchronous appender
                                 "appender.at-once.dir = DIR\n"
                                 "zav.log.AsynchronousDispatcher.maxQueueSize = -1\n"));
     std::vector<std::string> reports;
@@ -206,7 +206,7 @@ TEST_F(Flush, ReachesAnAppenderOfTheApplicationWithTheMessagesOfTheLoggersThatLi
     EXPECT_TRUE(LogManager::flush());
     LogManager::finish();
     listing.error("after finish", 0, "");
-    EXPECT_TRUE(LogManager::flush()); // the consumer runs on for it
+    EXPECT_TRUE(LogManager::flush()); // the consumer keeps running for it
     listing.error("never given", 0, "");
     LogManager::removeAsynchronousAppender(&appender);
     ASSERT_TRUE(init(queued()));
@@ -215,7 +215,7 @@ TEST_F(Flush, ReachesAnAppenderOfTheApplicationWithTheMessagesOfTheLoggersThatLi
     listing.removeAppender(&appender);
 }
 
-/// It takes itself off amid a delivery, where waiting for the delivery would last for ever.
+/// It removes itself during a delivery, where waiting for the delivery would deadlock.
 TEST_F(Flush, BearsAnAppenderThatTakesItselfOff) {
     int calls = 0;
     Appender* self = nullptr;

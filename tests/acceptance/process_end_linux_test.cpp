@@ -21,7 +21,7 @@ Words numbersTo(int last) {
     return numbers;
 }
 
-/// What is queued when a process ends.
+/// Messages queued when a process ends.
 class QueueAtProcessEnd : public EndedProcess {
 protected:
     void expectEnd(const std::string& program, const std::string& arguments) {
@@ -59,7 +59,7 @@ TEST_F(QueueAtProcessEnd, IsShownWhenAListenerOrAnAppenderExits) {
         end(way);
         Words shown = numbersTo(10);
         if (way == std::string("exit-in-appender")) {
-            shown.insert(shown.begin(), "exit"); // which the appender was being given
+            shown.insert(shown.begin(), "exit"); // was being given to the appender
         }
         EXPECT_EQ(lastWordsIn(errors()), shown) << way;
         EXPECT_THAT(queued(), IsEmpty()) << way;
@@ -78,7 +78,7 @@ TEST_F(QueueAtProcessEnd, DoesNotHangTheConsumerThreadThatExits) {
 }
 
 /// What a thread logged before the queue was closed is in the file, and what it logged later is shown:
-/// nothing is missing in between, or comes twice.
+/// nothing is missing or duplicated in between.
 TEST_F(QueueAtProcessEnd, IsWrittenOrShownWhileOtherThreadsLog) {
     end("exit-while-threads-log");
     std::string shown = errors();
@@ -96,7 +96,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenOrShownWhileOtherThreadsLog) {
     }
 }
 
-/// The plugin logs, is unloaded and comes back.
+/// The plugin logs, is unloaded and loaded again.
 TEST_F(QueueAtProcessEnd, IsWrittenOnceThoughTheLibraryWasUnloaded) {
     for (const std::string way : {"leave", "finish"}) {
         expectEnd(ZAV_LOG_UNLOAD_PROGRAM, way + " \"" + ZAV_LOG_PLUGIN + "\"");
@@ -106,7 +106,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenOnceThoughTheLibraryWasUnloaded) {
     }
 }
 
-/// What a message needs of the plugin's memory is gone when it is written.
+/// The plugin's memory is unmapped when its messages are written.
 TEST_F(QueueAtProcessEnd, NeedsNothingOfAPluginThatIsLoadedAndUnloadedAgainAndAgain) {
     ASSERT_EQ(run(ZAV_LOG_PLUGIN_LOADS_PROGRAM, "\"" ZAV_LOG_LOGGING_PLUGIN "\""), 0) << errors();
     const std::vector<std::string> lines = linesIn(readFile(directory_ / "plugin"));
@@ -131,7 +131,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAndTheChildWritesItsOwn) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";
 #elif defined(__SANITIZE_ADDRESS__)
-    // Where another thread allocates during the fork, the child waits for ever when it starts a thread.
+    // If another thread allocates during the fork, the child hangs when it starts a thread.
     GTEST_SKIP() << "the address sanitizer's own allocator is locked in such a child";
 #endif
     for (const char* way : {"exit", "finish"}) {
@@ -141,7 +141,7 @@ TEST_F(QueueAtProcessEnd, IsWrittenByTheParentOfAForkAndTheChildWritesItsOwn) {
         EXPECT_THAT(queued(), testing::UnorderedElementsAreArray(expected)) << way;
         EXPECT_THAT(together(), testing::UnorderedElementsAreArray(expected)) << way;
         EXPECT_EQ(synchronous(), expected) << way;
-        // A leak sanitizer says a word of its own about the threads of a forked process.
+        // A leak sanitizer may print a message about the threads of a forked process.
         EXPECT_THAT(errors(), Not(HasSubstr("og message"))) << way;
     }
 }

@@ -17,29 +17,29 @@ namespace {
 
 constexpr int THREADS = 4;
 
-/// Sanitizers end a process that fails with codes of their own.
+/// Sanitizers end a failing process with exit codes of their own.
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr bool HAS_OTHER_CODES = true;
 #else
 constexpr bool HAS_OTHER_CODES = false;
 #endif
 
-/// What a file has of one thread of one run.
+/// The lines in a file from one thread of one run.
 struct Lines {
     int last = 0;    ///< the highest number so far
-    int current = 0; ///< of the line before
+    int current = 0; ///< of the previous line
     int repeated = 0;
-    int timesBack = 0; ///< how often lines began to come again
+    int timesBack = 0; ///< how often a sequence of lines started again
 };
 
 class QueueFileDrill : public EndedProcess, public WithParamInterface<const char*> {
 protected:
     static int kills() {
-        const char* const wanted = std::getenv("ZAV_LOG_KILLS"); // at night more
+        const char* const wanted = std::getenv("ZAV_LOG_KILLS"); // more in scripts/nightly
         return wanted != nullptr ? std::atoi(wanted) : 12;
     }
 
-    /// \return the exit code, as a shell tells of it
+    /// \return the exit code, as a shell reports it
     int start(int run, const std::string& way, int life) const {
         return exitCodeOf(EndedProcess::run(ZAV_LOG_QUEUE_PROGRAM, std::to_string(run) + " " + GetParam() +
                                                                        " " + way + " " +
@@ -53,7 +53,7 @@ protected:
         return returned;
     }
 
-    /// \param torn receives how many lines have lost their end
+    /// \param torn receives the number of truncated lines
     std::map<std::pair<int, int>, Lines> readLines(const std::string& file, int& torn) const {
         std::map<std::pair<int, int>, Lines> read;
         for (const std::string& word : lastWordsIn(readFile(directory_ / file))) {
@@ -116,7 +116,7 @@ TEST_P(QueueFileDrill, EveryAcceptedMessageComesWhateverKillsTheProcess) {
     expectAllIn("b.log", kills());
     const std::string before = readFile(directory_ / "a.log");
     ASSERT_EQ(start(kills() + 1, "finish", 0), 0) << errors();
-    EXPECT_EQ(readFile(directory_ / "a.log"), before); // nothing is left
+    EXPECT_EQ(readFile(directory_ / "a.log"), before); // nothing is left to deliver
 }
 
 INSTANTIATE_TEST_SUITE_P(BothFlushes, QueueFileDrill, Values("line", "batch"),

@@ -1,5 +1,4 @@
-// What may go wrong with a queue file: appenders that fail, too little memory, forks, and what others do to
-// it.
+// What may go wrong with a queue file: failing appenders, lack of memory, forks, and changes by others.
 
 #include "LeavingProcess.h"
 
@@ -43,7 +42,7 @@ protected:
     const std::vector<std::string> all_{"1", "2", "3"};
 };
 
-/// Forks at its first message; the parent goes on when the child has ended.
+/// Forks at its first message; the parent continues when the child has ended.
 class ForkingAppender : public Appender {
 public:
     explicit ForkingAppender(const AppenderOptions& options) : Appender(options) {}
@@ -64,7 +63,7 @@ private:
     }
 };
 
-/// Never comes back from a message.
+/// Never returns from a message.
 class StuckAppender : public Appender {
 public:
     explicit StuckAppender(const AppenderOptions& options) : Appender(options) {}
@@ -99,11 +98,11 @@ TEST_F(QueueFileInTrouble, GivesNothingTwiceHoweverOftenARecoveryIsKilled) {
     });
     const std::string small = lazy(QUEUE + "zav.log.AsynchronousDispatcher.queueFileSize = 64 KB\n");
     std::vector<std::string> texts;
-    for (int number = 0; number < 300; ++number) { // more than there is room for
+    for (int number = 0; number < 300; ++number) { // more than fit
         texts.push_back(std::to_string(number));
     }
     leave(small + "appender.0 = StuckAppender\nappender.0.asynchronous = true\n",
-          texts); // in front of the other
+          texts); // before the other one's
     for (int kill = 0; kill < 12; ++kill) {
         inProcess([&] {
             init(small + "appender.z = DyingAppender\nappender.z.asynchronous = true\n");
@@ -162,7 +161,7 @@ TEST_F(QueueFileInTrouble, KeepsWhatAnAppenderCouldNotWriteUntilItCan) {
     EXPECT_EQ(lastWordsOf("a.log"), all_);
     EXPECT_EQ(lastWordsOf("later/b.log"), all_);
     LogManager::finish();
-    for (int time = 0; time < 2; ++time) { // the second one finds nothing
+    for (int time = 0; time < 2; ++time) { // the second time finds nothing
         init(lazy(QUEUE) + later + appender("c", "DIR", "c.log"));
         EXPECT_EQ(lastWordsOf("a.log"), all_);
         EXPECT_EQ(lastWordsOf("later/b.log"), all_);
@@ -214,7 +213,7 @@ TEST_F(QueueFileInTrouble, IsLeftAloneByAChildThatIsForkedWhileItsMessagesAreDel
     EXPECT_EQ(LogManager::statistics().recovered, 3U);
 }
 
-/// What the children give back of the queue's memory is their own.
+/// The queue memory that the children release is their own copy.
 TEST_F(QueueFileInTrouble, IsLeftAloneByChildrenThatAreForkedWhileOthersLog) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the sanitizers lock their allocators during a fork";

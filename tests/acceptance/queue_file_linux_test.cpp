@@ -25,7 +25,7 @@ class QueueFileOfProgram : public LeavingProcess {
 protected:
     std::string queuePath() const { return directory_ / "queue"; }
 
-    /// The text of what `init` throws.
+    /// The text of the exception that `init` throws.
     std::string refusalOf(const std::string& lines) {
         return textThrownBy<LogException>([&] { init(lines); });
     }
@@ -110,7 +110,7 @@ TEST_F(QueueFileOfProgram, IsUsedByOneProcessAtATime) {
     init(lazy(QUEUE));
     logger().info("of the parent", 0, "");
     const int status = inProcess([&] {
-        logger().info("of the child", 0, ""); // whose queue is in memory
+        logger().info("of the child", 0, ""); // its queue is in memory
         LogManager::flush();
         LogManager::finish();
         _exit(refusalOf(lazy(QUEUE)) == "The queue file " + queuePath() + " is in use." ? 7 : 8);
@@ -162,7 +162,7 @@ TEST_F(QueueFileOfProgram, RefusesWhatIsNoneAndLeavesItAsItIs) {
 }
 
 TEST_F(QueueFileOfProgram, IsMadeWholeForItsUserAlone) {
-    writeFile(queuePath(), ""); // an empty one is a new one
+    writeFile(queuePath(), ""); // an empty one counts as new
     const mode_t before = umask(0);
     init(lazy(QUEUE + SIZE + "100 KB\n"));
     umask(before);
@@ -220,7 +220,7 @@ TEST_F(QueueFileOfProgram, StaysAsItIsInAReload) {
     LogManager::finish();
     init(lazy());
     EXPECT_EQ(refused(lazy(QUEUE)), refusal);
-    reload(lazy(SIZE + "2 MB\n")); // of no file
+    reload(lazy(SIZE + "2 MB\n")); // without a queue file
 }
 
 TEST_F(QueueFileOfProgram, DiscardsTheOldestWhenItIsFullAndWhatDoesNotFitAtAll) {
@@ -261,7 +261,7 @@ TEST_F(QueueFileOfProgram, WaitsForRoomIfThatIsConfigured) {
     EXPECT_EQ(lastWordsOf("a.log").size(), static_cast<std::size_t>(COUNT));
 }
 
-/// More than there are blocks in the file: the others share what is kept for them.
+/// More threads than blocks in the file: the remaining ones share a reserved ring.
 TEST_F(QueueFileOfProgram, HasRoomForManyThreadsThatKeepTheirMemory) {
     constexpr int THREADS = 50;
     constexpr int COUNT = 40;

@@ -33,7 +33,7 @@ protected:
         });
     }
 
-    /// How many messages of that text any threads have written.
+    /// How many messages with that text have been written by any thread.
     std::ptrdiff_t count(const std::string& text) const {
         const std::vector<std::string> texts = textsOf(capture_);
         return std::count(texts.begin(), texts.end(), text);
@@ -51,7 +51,7 @@ protected:
     }};
     CallingListener throwing_{[](const std::string&) { throw std::string("thrown"); }};
     std::atomic<int> reports_{0};
-    /// Answers each report of a message, but not of an answer, through every logger.
+    /// Logs through every logger in answer to each report of a message, but not of an answer.
     CallingListener logging_{[this](const std::string& report) {
         if (report.find("ERROR answer") != std::string::npos) {
             return;
@@ -122,8 +122,8 @@ TEST_F(Reentrancy, AnAppenderThatRemovesItselfIsNotCalledAgain) {
     EXPECT_EQ(count("message"), 2);
 }
 
-/// A thread holds the command bus inside a listener. Another one holds a logger and waits for the bus, a
-/// third one holds a lock that the listener wants.
+/// One thread holds the command bus inside a listener. Another holds a logger and waits for the bus, and a
+/// third holds a lock that the listener needs.
 TEST_F(Reentrancy, ALockedBusKeepsNobodyFromSettingsOrFromDestroyingAFreeListener) {
     Logger& logger = LoggerFactory::getLogger("net");
     std::promise<void> listening;
@@ -187,7 +187,7 @@ TEST_F(Reentrancy, WhateverAListenerThrowsReachesTheCallerAndLeavesNoLockBehind)
     EXPECT_THROW(root_.error("message", 0, ""), std::string);
     EXPECT_THROW(root_.setLevel(Level::DEBUG, true), std::string);
     EXPECT_EQ(root_.getLevel(), Level::WARNING);
-    // Another thread can go on: the logger and the command bus are free.
+    // Another thread can proceed: the logger and the command bus are free.
     inThreads(1, [this](int) { EXPECT_THROW(root_.error("message", 0, ""), std::string); });
     root_.removeAppender(&failing_);
     EXPECT_EQ(count("message"), 2);
@@ -214,7 +214,7 @@ TEST_F(Reentrancy, AListenerThatThrowsDoesNotEndTheConsumerThread) {
                 AllOf(SizeIs(2), Each(StartsWith("IceUtil::Thread::run(): uncaught exception: "))));
 }
 
-/// What the listener and the appender assign to is what the message was logged with.
+/// The listener and the appender modify the very strings that the message was logged with.
 TEST_F(Reentrancy, EveryAppenderGetsAMessageAsItWasLogged) {
     ASSERT_TRUE(init("appender.queued = SimpleFileAppender\n"
                      "appender.queued.asynchronous = true\n"

@@ -16,13 +16,13 @@ using namespace testing;
 
 namespace {
 
-/// What the objects of the class below have written, in any thread, and the threads.
+/// What objects of the class below have written, in any thread, and in which threads.
 struct Written {
     std::vector<std::string> lines;
     std::thread::id thread;
 };
 
-/// Shows its name and its key "topic" before each line.
+/// Writes its name and its key "topic" before each line.
 class TopicAppender : public Appender {
 public:
     TopicAppender(const AppenderOptions& options, Written& written)
@@ -108,7 +108,7 @@ TEST_F(RegisteredClass, IsRefusedLikeABadSetting) {
         LogManager::registerAppenderClass(name, [](const AppenderOptions&) { return nullptr; });
     };
     ASSERT_TRUE(init("appender.x = StdoutAppender\n"));
-    registerTopics(); // known from the next init on
+    registerTopics(); // takes effect with the next init
     for (const char* const name : {"TopicAppender", "StdoutAppender", "FileAppender", "SimpleFileAppender"}) {
         EXPECT_EQ(textThrownBy<LogException>([&] { add(name); }),
                   std::string("Appender class ") + name + " has already been registered.");

@@ -16,8 +16,8 @@ namespace {
 
 class ReloadAndFork : public Application {
 protected:
-    /// A synchronous and an asynchronous appender to files of the configuration's own, and one to a series
-    /// that both write to.
+    /// A synchronous and an asynchronous appender, each to a file of its own configuration, and one to a
+    /// series common to both configurations.
     static std::string configuration(int number) {
         const std::string digit = std::to_string(number);
         std::string lines = "appender.series = FileAppender\nappender.series.dir = DIR\n"
@@ -38,7 +38,8 @@ protected:
         return std::count(words.begin(), words.end(), word);
     }
 
-    /// In which configuration's files a message is: 0 or 1, or 2 if not in both files of just one.
+    /// The configuration whose files contain a message: 0 or 1, or 2 if it is not in both files of exactly
+    /// one.
     int configurationOf(const std::string& word) const {
         const std::array<std::ptrdiff_t, 4> counts = {count("sync0", word), count("async0", word),
                                                       count("sync1", word), count("async1", word)};

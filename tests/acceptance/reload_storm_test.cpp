@@ -15,10 +15,10 @@ using namespace testing;
 namespace {
 
 constexpr int PRODUCERS = 4;
-constexpr int LOGGERS = 2 * PRODUCERS;       ///< those of the producers, and those that an appender logs to
-constexpr std::size_t MOST_MESSAGES = 5'000; ///< of each logger, for each change
+constexpr int LOGGERS = 2 * PRODUCERS;       ///< the producers', and those that an appender logs to
+constexpr std::size_t MOST_MESSAGES = 5'000; ///< per logger and change
 
-/// How often each message of each logger has come to the appenders of either configuration.
+/// How often each message of each logger has reached each appender of both configurations.
 class Arrivals {
 public:
     using Counts = std::vector<std::atomic<std::uint8_t>>;
@@ -29,7 +29,8 @@ public:
         }
     }
 
-    /// \param place 0 or 1 for a synchronous appender of either, 2 or 3 for an asynchronous one
+    /// \param place 0 or 1 for the synchronous appender of either configuration, 2 or 3 for the asynchronous
+    /// one
     void add(std::size_t place, const LogMessage& message) {
         const auto logger = static_cast<std::size_t>(message.getLoggerName().back() - '0');
         ++counts_[place * LOGGERS + logger][std::stoul(message.getText())];
@@ -39,7 +40,7 @@ public:
         return counts_[place * LOGGERS + logger][number];
     }
 
-    /// \return how many messages up to a number have not come to both appenders of one configuration alone
+    /// \return how many messages up to a number have not reached both appenders of exactly one configuration
     std::size_t countWrong(std::size_t logger, std::size_t messages) const {
         std::size_t wrong = 0;
         for (std::size_t number = 0; number < messages; ++number) {
@@ -72,18 +73,18 @@ Logger& loggerOf(std::size_t number) {
     return LoggerFactory::getLogger("storm.logger" + std::to_string(number));
 }
 
-/// \return how many changes a storm has
+/// \return the number of changes in a storm
 int changesOfStorm() {
-    const char* const wanted = std::getenv("ZAV_LOG_RELOADS"); // by scripts/nightly
+    const char* const wanted = std::getenv("ZAV_LOG_RELOADS"); // set by scripts/nightly
     return wanted != nullptr ? std::stoi(wanted) : 100;
 }
 
-/// \param logsFromInside whether an appender logs what it gets; it cannot wait for room in the queue, which is
+/// \param logsFromInside whether an appender logs what it gets; as that cannot wait for room, the queue is
 ///        unlimited then. Otherwise the queue is short, and calls wait for room.
 class ReloadStorm : public Application, public WithParamInterface<bool> {
 protected:
-    /// Two configurations whose appenders tell of each message, and one that writes the first logger's to a
-    /// file, which is asynchronous in the second if the queue is short.
+    /// Two configurations whose appenders record each message, and one that writes the first logger's to a
+    /// file, which is asynchronous in the second configuration if the queue is short.
     static std::string configuration(int number) {
         const std::string place = std::to_string(number);
         const std::string sync = "appender.sync" + place;
@@ -100,7 +101,7 @@ protected:
             "appender.series.fileNumber = " +
             numberOfFiles + "\n" +
             "zav.log.AsynchronousDispatcher.overflow = block\n"
-            "zav.log.AsynchronousDispatcher.priority = 2" + // each change takes another consumer
+            "zav.log.AsynchronousDispatcher.priority = 2" + // each change needs a new consumer thread
             (number == 0 ? "5" : "6") +
             "\n"
             "zav.log.AsynchronousDispatcher.maxQueueSize = " +
@@ -108,7 +109,7 @@ protected:
         return number == 0 || GetParam() ? lines : lines + "appender.file.asynchronous = true\n";
     }
 
-    /// Logs until it is stopped, and no faster than a queue without a limit is written.
+    /// Logs until it is stopped, but no faster than an unlimited queue is delivered.
     void produce(std::size_t producer) {
         Logger& logger = loggerOf(producer);
         std::size_t number = 0;

@@ -19,10 +19,10 @@ namespace {
 
 const char* const WHILE_LOGGING = "LogManager::reload must not be called while logging.";
 
-/// Keeps those who come to it until it is opened.
+/// Blocks threads that enter until it is opened.
 class Door {
 public:
-    /// Says that somebody has come, and waits.
+    /// Signals the arrival of a thread, and blocks it.
     void enter() {
         std::unique_lock<std::mutex> lock(mutex_);
         hasComer_ = true;
@@ -50,12 +50,12 @@ private:
 
 class Reload : public Application {
 protected:
-    /// The text of what a reload with these lines throws.
+    /// The text of the exception that a reload with these lines throws.
     std::string refusalOf(const std::string& lines) {
         return textThrownBy<std::exception>([&] { reload(lines); });
     }
 
-    /// Has appenders made by the calls of a test: "appender.A = CallingAppender".
+    /// Registers a class whose appenders call a test's function: "appender.A = CallingAppender".
     void registerCalls(const CallingAppender::Call& call) {
         LogManager::registerAppenderClass("CallingAppender", [call](const AppenderOptions& options) {
             return std::make_unique<CallingAppender>(call, options.synchronous);
@@ -98,7 +98,7 @@ TEST_F(Reload, GivesLoggersTheLevelsOfAFreshProcess) {
     LogManager::registerCommandListener("DynamicLogLevelFilterSoft", &listener);
     StandardErrorCapture standardError;
     reload("logger.db.table.level = INFO\nlogger.root.level = ERROR\nlogger.db.expiration = 2\n"
-           "logger.root.a.level = TRACE\n" // stands before that of the root, which overrules it
+           "logger.root.a.level = TRACE\n" // precedes the root's, which overrides it
            "logger.net.level = LOUD\nlogger.net.expiration = 5x\nlogger.fresh.level = LOUD\n");
     const std::string reports = standardError.text();
     EXPECT_THAT(levelsOfAll(), ElementsAre("root ERROR 0", "db ERROR 2", "db.table INFO 2", "fresh ERROR 0",
@@ -131,7 +131,7 @@ TEST_F(Reload, LeavesAppendersAloneWhoseKeysAreTheSame) {
     net.debug("3");
     net.error("4");
     LogManager::command("own", "heard");
-    EXPECT_THAT(lastWordsOf("b.0"), ElementsAre("1", "2", "4")); // lowered no more
+    EXPECT_THAT(lastWordsOf("b.0"), ElementsAre("1", "2", "4")); // no longer lowered
     EXPECT_FALSE(fileExists(directory_ / "b.1"));
     EXPECT_THAT(lastWordsOf("a"), ElementsAre("3", "4"));
     EXPECT_THAT(lastWordsOf("c"), ElementsAre("1", "2"));
@@ -144,7 +144,7 @@ TEST_F(Reload, LeavesAppendersAloneWhoseKeysAreTheSame) {
     EXPECT_EQ(statuses[1].level, Level::WARNING);
     EXPECT_EQ(statuses[1].until, Time());
 
-    reload(same + "appender.b.fileNumber = 5\n"); // another one, and so another file
+    reload(same + "appender.b.fileNumber = 5\n"); // a new appender, and so a new file
     net.error("5");
     EXPECT_THAT(lastWordsOf("b.0"), ElementsAre("5"));
     EXPECT_THAT(lastWordsOf("b.1"), ElementsAre("1", "2", "4"));
@@ -167,18 +167,18 @@ TEST_F(Reload, HasWhatIsQueuedWrittenByTheAppendersOfBefore) {
            "appender.f.asynchronous = true\n");
     net.debug("2");
     net.error("3");
-    reload(queue + series + file); // who writes at once must wait for what was queued
+    reload(queue + series + file); // a synchronous appender must wait for what was queued
     net.debug("4");
     EXPECT_THAT(lastWordsOf("s.0"), ElementsAre("4"));
     EXPECT_THAT(lastWordsOf("s.1"), ElementsAre("2", "3"));
     EXPECT_THAT(lastWordsOf("s.2"), ElementsAre("1"));
     EXPECT_THAT(lastWordsOf("f"), ElementsAre("1", "2", "3", "4"));
-    EXPECT_THAT(lastWordsOf("kept"), ElementsAre("1", "3")); // as each was judged when it was logged
+    EXPECT_THAT(lastWordsOf("kept"), ElementsAre("1", "3")); // each filtered as when it was logged
     const LogStatistics statistics = LogManager::statistics();
     EXPECT_EQ(statistics.queued, statistics.delivered + statistics.waiting);
-    reload("appender.f = SimpleFileAppender\nappender.f.dir = DIR\n"); // without a consumer
+    reload("appender.f = SimpleFileAppender\nappender.f.dir = DIR\n"); // stops the consumer
     net.error("5");
-    reload(queue); // and with one again
+    reload(queue); // starts one again
     net.error("6");
     EXPECT_TRUE(LogManager::flush());
     EXPECT_THAT(lastWordsOf("kept"), ElementsAre("1", "3", "6"));
@@ -193,8 +193,8 @@ TEST_F(Reload, TakesTheDispatchersSettingsOfAFreshProcess) {
     StandardErrorCapture standardError;
     reload(file + prefix + "maxQueueSize = many\n");
     Logger& net = LoggerFactory::getLogger("net");
-    net.error("discarded"); // since there is still room for no message
-    reload(file);           // that of a fresh process holds, which has room
+    net.error("discarded"); // since the queue still has no room
+    reload(file);           // the default size applies, which has room
     for (int number = 0; number < 100; ++number) {
         net.error("delivered");
     }
@@ -314,12 +314,12 @@ TEST_F(Reload, KnowsClassesThatWereRegisteredSinceInit) {
     reload("appender.calling = CallingAppender\n");
     LoggerFactory::getLogger("net").error("1");
     EXPECT_THAT(texts, ElementsAre("1"));
-    reload("appender.calling = CallingAppender\nappender.calling.colour = red\n"); // a key of its own
+    reload("appender.calling = CallingAppender\nappender.calling.colour = red\n"); // specific to the class
     LoggerFactory::getLogger("net").error("2");
     EXPECT_THAT(texts, ElementsAre("1", "2"));
 }
 
-/// \param asynchronous whether it is the consumer that is stuck
+/// \param asynchronous whether the consumer is stuck
 class ReloadOfStuckAppender : public Reload, public WithParamInterface<bool> {};
 
 TEST_P(ReloadOfStuckAppender, KeepsNoOtherLoggerWaiting) {
@@ -343,7 +343,7 @@ TEST_P(ReloadOfStuckAppender, KeepsNoOtherLoggerWaiting) {
     writeProperties(file("after"));
     std::thread reloading([] { LogManager::reload(); });
     Logger& other = LoggerFactory::getLogger("other");
-    if (GetParam()) { // the places are changed at once, and what was queued is waited for
+    if (GetParam()) { // the appenders are exchanged at once, and the reload waits for what was queued
         while (!fileExists(directory_ / "after")) {
             other.error("meanwhile");
         }

@@ -16,7 +16,7 @@ namespace {
 
 class RollingDrill : public EndedProcess {
 protected:
-    /// What the packed files hold, in the order of their names, and then the live one.
+    /// The content of the compressed files, in the order of their names, followed by the live one.
     std::string wholeLog() const {
         std::vector<std::pair<std::string, int>> names;
         for (const auto& entry : std::filesystem::directory_iterator(directory_ / "logs")) {
@@ -57,7 +57,7 @@ private:
 
 TEST_F(RollingDrill, KillsAtAnyMomentLoseNoLineAndDoubleNone) {
     std::filesystem::create_directory(directory_ / "logs");
-    const char* const wanted = std::getenv("ZAV_LOG_KILLS"); // at night more
+    const char* const wanted = std::getenv("ZAV_LOG_KILLS"); // more in scripts/nightly
     const int kills = wanted != nullptr ? std::atoi(wanted) : 20;
     std::mt19937 random(std::random_device{}());
     for (int run = 0; run < kills; ++run) {

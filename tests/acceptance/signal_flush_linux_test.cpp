@@ -16,7 +16,7 @@ namespace {
 
 class FlushAtSignal : public LeavingProcess {
 protected:
-    /// Has a process log and then end in some way.
+    /// Has a child process log and then end in some way.
     template <typename Function>
     int endBy(Function end) {
         std::filesystem::remove(directory_ / "a.log");
@@ -38,7 +38,7 @@ protected:
 
 } // namespace
 
-#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__) // which have handlers of their own
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__) // they install handlers of their own
 
 static int* volatile nowhere = nullptr;
 
@@ -95,7 +95,7 @@ TEST_F(FlushAtSignal, LetsTheHandlerOfBeforeDecide) {
 TEST_F(FlushAtSignal, WaitsNoLongerThanItMayForAThreadInsideTheLibrary) {
     const int status = endBy([] {
         CallingAppender faulty([](const LogMessage&) { *nowhere = 1; }, false);
-        LogManager::addAsynchronousAppender(&faulty); // so that the consumer itself is hit
+        LogManager::addAsynchronousAppender(&faulty); // so that the fault occurs in the consumer itself
         LoggerFactory::getRootLogger().addAppender(&faulty);
         const auto guard = makeGuard(std::chrono::milliseconds(100));
         LogManager::flush();

@@ -15,12 +15,12 @@ using namespace ZAV::TestSupport;
 namespace {
 
 constexpr int PRODUCERS = 4;
-constexpr int MESSAGES = 5000; ///< of each producer in a round
+constexpr int MESSAGES = 5000; ///< of each producer per round
 
 const std::string LIMITS[] = {"maxQueueSize = -1", "maxQueueSize = 64",
                               "maxQueueSize = 64\nzav.log.AsynchronousDispatcher.overflow = block"};
 
-/// What came of one producer.
+/// What has arrived from one producer.
 struct Came {
     int last = 0;
     int count = 0;
@@ -28,7 +28,7 @@ struct Came {
 };
 using CameOfAll = std::array<Came, PRODUCERS>;
 
-/// Takes the end of a line, "PRODUCER:NUMBER", into account.
+/// Counts the end of a line, "PRODUCER:NUMBER".
 void add(CameOfAll& came, const std::string& text) {
     int producer = 0;
     int number = 0;
@@ -59,7 +59,7 @@ void logFrom(int producer) {
 class Soak : public Application {
 protected:
     static int rounds() {
-        const char* const messages = std::getenv("ZAV_LOG_SOAK"); // by scripts/nightly
+        const char* const messages = std::getenv("ZAV_LOG_SOAK"); // set by scripts/nightly
         return messages == nullptr ? 3 : std::atoi(messages) / (PRODUCERS * MESSAGES);
     }
 
@@ -72,7 +72,7 @@ protected:
         LoggerFactory::getRootLogger().removeAppender(&appender_);
     }
 
-    /// \param shown what was written to the standard error stream
+    /// \param shown what was written to standard error
     void expectAllOnce(const std::string& shown) {
         CameOfAll discarded = {};
         for (const std::string& line : linesIn(shown, 0)) {

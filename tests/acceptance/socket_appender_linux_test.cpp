@@ -6,7 +6,7 @@ using namespace ZAV::TestSupport;
 using namespace testing;
 using Local = boost::asio::local::stream_protocol;
 
-/// The example of a class that the program registers.
+/// The example of an appender class that the program registers.
 using SocketAppender = EndedProcess;
 
 TEST_F(SocketAppender, SendsTheLinesOfAProgramToALocalSocket) {
@@ -18,7 +18,7 @@ TEST_F(SocketAppender, SendsTheLinesOfAProgramToALocalSocket) {
     boost::asio::io_context context;
     Local::acceptor acceptor(context, Local::endpoint(directory_ / "lines.sock"));
     ASSERT_EQ(run(ZAV_LOG_SOCKET_APPENDER, '"' + directory_ / "app.properties" + '"'), 0) << errors();
-    Local::iostream stream; // what was sent waits for whoever takes it
+    Local::iostream stream; // what was sent is buffered until the connection is accepted
     acceptor.accept(stream.socket());
     std::ostringstream lines;
     lines << stream.rdbuf();

@@ -37,7 +37,7 @@ void expectOrder(const Numbers& numbers) {
     }
 }
 
-/// Every message of every producer must be there once, in any order.
+/// Every message of every producer must be there exactly once, in any order.
 void expectEachOnce(Numbers numbers) {
     EXPECT_THAT(numbers, SizeIs(PRODUCERS));
     for (auto& [producer, ofProducer] : numbers) {
@@ -64,7 +64,7 @@ protected:
                             "appender.filtered.expiration = 1 hour\n"
                             "appender.filtered.dir = DIR\n"
                             // With prompt delivery the second consumer would write the rest to the first
-                            // appender that joins it.
+                            // appender registered.
                             "zav.log.AsynchronousDispatcher.waitingPeriod = 1\n"
                             "zav.log.AsynchronousDispatcher.maxQueueSize = " +
                             maxQueueSize + "\n";
@@ -84,10 +84,10 @@ protected:
         return producedIn(text);
     }
 
-    /// Logs from all producers at once, and meanwhile changes whatever may change.
+    /// Logs from all producers at once, while everything that can change is changed.
     void logWhileAllChanges();
 
-    /// \param shown what the producers' messages on the standard error stream were
+    /// \param shown the producers' messages that were shown on standard error
     void expectEachWrittenOrShown(const Numbers& shown) const;
 
     std::atomic<int> logged_{0};
@@ -104,7 +104,7 @@ void Stress::logWhileAllChanges() {
             LoggerFactory::getLogger(LOGGERS[round % 4]).setLevel(levels[round % 3], round % 2 == 0);
             LoggerFactory::getRootLogger().setLevel(levels[(round + 1) % 3], false);
         },
-        [](int round) { // looks them up again once there are many
+        [](int round) { // creates them, and looks them up once all exist
             const std::string name = LOGGERS[round % 4] + ".made" + std::to_string(round % 400);
             LoggerFactory::getLogger(name).audit("other", 0, "");
         },
@@ -167,7 +167,7 @@ void Stress::expectEachWrittenOrShown(const Numbers& shown) const {
 TEST_F(Stress, EveryMessageIsDeliveredOnceOrShown) {
     for (const std::string maxQueueSize : {"-1", "64"}) {
         StandardErrorCapture errors;
-        // Holds the consumer until the queue overflows in any case, if it may.
+        // Holds the consumer until a limited queue is certain to overflow.
         CallingListener holding([this](const std::string&) {
             while (logged_ < 10 * 64) {
                 std::this_thread::yield();

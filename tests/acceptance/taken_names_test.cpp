@@ -1,5 +1,5 @@
-// What other headers and a build with -DDEBUG do to the names of the levels, before any of the library's
-// headers.
+// Macros that other headers and a build with -DDEBUG define for the names of the levels, before any header of
+// the library.
 #define AUDIT 1
 #define ERROR 0
 #define WARNING "warning"
@@ -47,5 +47,5 @@ TEST(TakenNames, LeaveTheLevelsAndTheMacrosUsable) {
     }
     EXPECT_THAT(levels, testing::ElementsAre(ZAV_LOG_LEVEL_AUDIT, ZAV_LOG_LEVEL_ERROR, ZAV_LOG_LEVEL_WARNING,
                                              ZAV_LOG_LEVEL_INFO, ZAV_LOG_LEVEL_DEBUG, ZAV_LOG_LEVEL_TRACE));
-    EXPECT_EQ(ERROR, 0); // and the other header's macro as it was
+    EXPECT_EQ(ERROR, 0); // the other header's macro is unchanged
 }

@@ -1,4 +1,4 @@
-// The system's header first, which defines ERROR and other names.
+// The system's header comes first: it defines ERROR and other names.
 #include <windows.h>
 
 #include "log/LogMacros.h"

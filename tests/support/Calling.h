@@ -9,7 +9,7 @@
 
 namespace ZAV::TestSupport {
 
-/// Does with every message what the test says.
+/// Calls the test's function for every message.
 class CallingAppender : public Log::Appender {
 public:
     using Call = std::function<void(const Log::LogMessage&)>;
@@ -23,7 +23,7 @@ private:
     Call call_;
 };
 
-/// Does with every command what the test says.
+/// Calls the test's function for every command.
 class CallingListener : public Log::CommandListener {
 public:
     using Call = std::function<void(const std::string&)>;

@@ -6,7 +6,7 @@
 
 namespace ZAV::TestSupport {
 
-/// Sets the clock of tests that are made from the library's objects, which stands still.
+/// Sets the clock of tests that link the library's objects; it does not advance by itself.
 void setClock(Util::TimeUtils::Time time);
 
 /// \return how often the calling thread has read the clock so far

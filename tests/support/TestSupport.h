@@ -21,7 +21,7 @@
 
 namespace ZAV::TestSupport {
 
-/// A message whose fields but a few do not matter.
+/// A message with default values for most fields.
 inline Log::LogMessage makeMessage(const std::string& text,
                                    Log::Level::LogLevel level = Log::Level::LEVEL_INFO,
                                    const std::string& loggerName = "net.tcp",
@@ -30,7 +30,7 @@ inline Log::LogMessage makeMessage(const std::string& text,
     return Log::LogMessage(loggerName, time, level, text, 0, "", type);
 }
 
-/// Keeps the messages that it receives.
+/// Records the messages that it receives.
 class RecordingAppender : public Log::Appender {
 public:
     using Appender::Appender;
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-/// The texts of what was recorded.
+/// The texts of the recorded messages.
 inline std::vector<std::string> textsOf(const Log::LogCapture& capture) {
     std::vector<std::string> texts;
     for (const Log::LogMessage& message : capture.messages()) {
@@ -53,7 +53,7 @@ inline std::vector<std::string> textsOf(const Log::LogCapture& capture) {
     return texts;
 }
 
-/// Hears of a command that another thread issues; of the first one.
+/// Waits for the first command that another thread issues.
 class AwaitedCommand : public Log::CommandListener {
 public:
     void onCommand(const std::string& argument) override {
@@ -65,18 +65,18 @@ public:
     std::string await() { return argument_.get_future().get(); }
 
 private:
-    bool isHeard_ = false; ///< commands come one at a time
+    bool isHeard_ = false; ///< commands are delivered one at a time
     std::promise<std::string> argument_;
 };
 
-/// Keeps the arguments of the commands that it receives.
+/// Records the arguments of the commands that it receives.
 class RecordingListener : public Log::CommandListener {
 public:
     void onCommand(const std::string& argument) override { arguments.push_back(argument); }
     std::vector<std::string> arguments;
 };
 
-/// The lines of a text, each without the time that it begins with.
+/// The lines of a text, each without its leading time.
 inline std::vector<std::string> linesIn(const std::string& text, std::size_t timeLength = 27) {
     std::istringstream stream(text);
     std::vector<std::string> lines;
@@ -95,7 +95,7 @@ inline std::vector<std::string> lastWordsIn(const std::string& text) {
     return words;
 }
 
-/// Redirects a standard stream to memory while it lives.
+/// Redirects a standard stream to memory during its lifetime.
 class StreamCapture {
 public:
     explicit StreamCapture(std::ostream& stream)
@@ -111,7 +111,7 @@ private:
     std::streambuf* original_;
 };
 
-/// A directory of the running test's own, removed with everything in it.
+/// A private directory of the running test, removed with its content.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
@@ -121,7 +121,7 @@ public:
             path_ = pattern + std::to_string(number++);
         } while (!std::filesystem::create_directory(path_));
     }
-    /// Windows does not remove a file that the process has open to its end, as a queue's.
+    /// Windows does not remove a file that is open, as a queue file is until the process ends.
     ~TemporaryDirectory() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -140,7 +140,7 @@ inline void writeFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-/// The content with every end of line as one line feed.
+/// The content with line ends converted to line feeds.
 inline std::string readFile(const std::string& path) {
     std::ostringstream content;
     content << std::ifstream(path).rdbuf();
@@ -151,7 +151,7 @@ inline bool fileExists(const std::string& path) {
     return std::filesystem::exists(path);
 }
 
-/// Runs a statement that must throw and gives the exception's text.
+/// Runs a statement that must throw; returns the exception's text.
 template <typename Exception, typename Statement>
 std::string textThrownBy(Statement statement) {
     try {

@@ -1,4 +1,4 @@
-// What the file appenders do with the means of Linux.
+// Linux-specific behaviour of the file appenders.
 
 #include "TestClock.h"
 #include "TestSupport.h"
@@ -62,7 +62,7 @@ protected:
         return status.st_mode & 0777U;
     }
 
-    /// The last failure's reason, after which it is forgotten.
+    /// The last failure's reason; clears the recorded failures.
     std::string failure() {
         const std::string report = failures_.arguments.empty() ? "\n= none\n" : failures_.arguments.back();
         failures_.arguments.clear();
@@ -74,7 +74,7 @@ protected:
     RecordingListener failures_;
 };
 
-/// Lets no file grow beyond a size, as a full disk does; a write then takes what still fits.
+/// Limits the size of files, to simulate a full disk: a write is then short.
 void limitFileSize(rlim_t size) {
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit limit = {};
@@ -150,7 +150,7 @@ TEST_F(FileSettings, RecoveryContinuesWhatStandsInTheFilesPlaceAndShiftsNothing)
     std::filesystem::remove(file("0"));
     writeFile(file("0"), std::string(1000, 'x') + "\n");
     passTime(Time(1, MIN));
-    appender->output(makeMessage("d")); // which no longer fits
+    appender->output(makeMessage("d")); // does not fit any more
     EXPECT_EQ(content("0"), line("d"));
     EXPECT_EQ(content("1").size(), 1001U);
     EXPECT_EQ(content("2"), "older\n");
@@ -166,7 +166,7 @@ TEST_F(FileSettings, ModeIsThatOfFilesThatAreMadeWhateverTheMask) {
     make<SimpleFileAppenderBuilder>({{"file", "f-link"}, {"fileMode", "640"}})->output(makeMessage("a"));
     EXPECT_EQ(modeOf("-target"), 0640U);
 
-    std::filesystem::create_directory(file("1")); // keeps the live file from being moved
+    std::filesystem::create_directory(file("1")); // prevents the live file from being renamed
     writeFile(file("0"), "");
     const auto appender = make<FileAppenderBuilder>({{"fileMode", "640"}});
     appender->output(makeMessage("a"));
@@ -229,8 +229,8 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentHasEnded) {
     }
     close(ends[1]);
     char nothing = 0;
-    EXPECT_EQ(read(ends[0], &nothing, 1), 0);       // when the child has ended
-    ASSERT_EQ(waitpid(parent, nullptr, 0), parent); // whose result nobody has asked for until now
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0);       // until the child has ended
+    ASSERT_EQ(waitpid(parent, nullptr, 0), parent); // not reaped until now
     EXPECT_EQ(content("0"), line("child"));
     EXPECT_EQ(content("1"), line("parent"));
 }
@@ -244,7 +244,7 @@ TEST_F(FileSettings, AForkedChildTakesTheSeriesOverWhenItsParentIsThroughWithIt)
     if (child == 0) {
         close(ends[1]);
         char nothing = 0;
-        static_cast<void>(!read(ends[0], &nothing, 1)); // until the parent has no appender
+        static_cast<void>(!read(ends[0], &nothing, 1)); // until the parent's appender is destroyed
         appender->output(makeMessage("first"));
         appender->output(makeMessage("second"));
         _exit(0);
@@ -313,7 +313,7 @@ TEST_F(FileSettings, AForkedChildFollowsTheLiveFileThatItsParentMoves) {
         appender->output(makeMessage(read(ends[0], &moved, 1) == 1 ? "child" : "not told"));
         _exit(0);
     }
-    appender->output(makeMessage(std::string(150, 'b'))); // which deletes the file that the child has open
+    appender->output(makeMessage(std::string(150, 'b'))); // deletes the file that the child has open
     ASSERT_EQ(write(ends[1], "m", 1), 1);
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith("bbb"), EndsWith(" child")));
@@ -364,7 +364,7 @@ TEST_F(FileSettings, AChildThatTakesOverASeriesWithoutAFileBeginsItAsItsParentWo
     ASSERT_EQ(waitpid(parent, nullptr, 0), parent);
     close(ends[1]);
     char nothing = 0;
-    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // when the child has ended
+    EXPECT_EQ(read(ends[0], &nothing, 1), 0); // until the child has ended
     EXPECT_EQ(content("1"), "earlier run\n");
     EXPECT_THAT(linesOf(content("0")), ElementsAre(EndsWith(" child")));
 }
@@ -385,8 +385,7 @@ TEST_F(FileSettings, FilesStayInTheFolderThatWasMeantWhenTheAppenderWasMade) {
     EXPECT_EQ(linesOf(readFile(directory_ / "logs/s")).size(), 2U);
     EXPECT_EQ(linesOf(readFile(directory_ / "logs/f0") + readFile(directory_ / "logs/f1")).size(), 2U);
 
-    std::filesystem::remove_all(directory_ /
-                                "logs"); // what is said of it keeps the words of the configuration
+    std::filesystem::remove_all(directory_ / "logs"); // messages show the path as configured
     simple->output(makeMessage("b"));
     EXPECT_THAT(failure(), StartsWith("Failed to open file logs/s. "));
     rotating->output(makeMessage("b"));
@@ -406,7 +405,7 @@ TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
         ASSERT_EQ(mkfifo(file("").c_str(), 0600), 0);
         make<SimpleFileAppenderBuilder>({{"followLinks", follows}})->output(makeMessage("a"));
         EXPECT_THAT(failure(), StartsWith("Failed to open file"));
-        std::filesystem::create_directory(file("1")); // keeps the pipe from being moved
+        std::filesystem::create_directory(file("1")); // prevents the pipe from being renamed
         std::filesystem::rename(file(""), file("0"));
         make<FileAppenderBuilder>({{"followLinks", follows}})->output(makeMessage("a"));
         EXPECT_EQ(failure(), "Unable to open the file: " + file("0"));
@@ -415,7 +414,7 @@ TEST_F(FileSettings, NothingThatStandsInAFilesPlaceStopsTheProgram) {
     }
 }
 
-/// The child can log, also with the appender whose thread is not there.
+/// The child can log, even with the appender whose writing thread does not exist in it.
 TEST_F(FileSettings, AForkDoesNotWaitForAWriteThatDoesNotEnd) {
     const std::string pipe = directory_ / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -439,7 +438,7 @@ TEST_F(FileSettings, AForkDoesNotWaitForAWriteThatDoesNotEnd) {
 
     const pid_t child = fork(); // a hang here is a failure
     if (child == 0) {
-        while (arrived < text.size()) { // so that the write of the parent ends, and the next one has room
+        while (arrived < text.size()) { // so that the parent's write ends, and the next one has room
             readOn();
         }
         appender->output(makeMessage("child"));
@@ -486,7 +485,7 @@ TEST_F(FileSettings, ALimitOfSizeIsAFailedWriteAndNoSignal) {
         sigset_t pending;
         const bool isLeft = sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) == 1;
         _exit(isLeft || failures_.arguments.size() != 1 ? EXIT_FAILURE
-                                                        : EXIT_SUCCESS); // the simple one's is silent
+                                                        : EXIT_SUCCESS); // the single file reports no failure
     }
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);

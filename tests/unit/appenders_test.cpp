@@ -33,7 +33,7 @@ private:
 
 using Settings = std::map<std::string, std::string>;
 
-/// Builds the appender "x" of a class from its settings.
+/// Builds the appender "x" with a builder from its settings.
 template <typename Builder>
 std::unique_ptr<Appender> build(const Settings& settings) {
     Util::Properties properties;
@@ -142,7 +142,7 @@ protected:
         return build<FileAppenderBuilder>(settings);
     }
 
-    /// A message whose line has that many characters, without its end of line.
+    /// A message whose line has that many characters, not counting the line end.
     static LogMessage lineOfLength(std::size_t length) {
         const std::size_t rest = formatLogLine(makeMessage("")).size();
         return makeMessage(std::string(length - rest, 'x'));
@@ -150,7 +150,7 @@ protected:
 
     std::string file(int index) const { return directory_ / ("f" + std::to_string(index)); }
 
-    /// The texts of the lines in a file, one character each.
+    /// The lines' texts in a file, one character each.
     std::string texts(int index) const {
         std::istringstream lines(readFile(file(index)));
         std::string result;
@@ -185,7 +185,7 @@ TEST_F(RotatingFiles, ShiftTheSeriesAndDropTheOldest) {
             found += texts(index);
         }
         EXPECT_EQ(found, expected.substr(0, found.size())) << number;
-        appender.reset(); // some systems delete no file that is open
+        appender.reset(); // some systems do not delete open files
         int files = 0;
         for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
             files += std::filesystem::remove(entry) ? 1 : 0;
@@ -231,8 +231,8 @@ TEST_F(RotatingFiles, CheckTheSizeBeforeTheWriteWithOneByteForTheEndOfLine) {
     const auto small = make(3, 200);
     small->output(lineOfLength(99));
     EXPECT_TRUE(rotatedBy(*small, lineOfLength(100)));
-    EXPECT_TRUE(rotatedBy(*small, lineOfLength(1000))); // a long line gets a file of its own
-    for (const char* size : {"1", "17179869184"}) {     // the second is more bytes than any number
+    EXPECT_TRUE(rotatedBy(*small, lineOfLength(1000))); // a long line gets a separate file
+    for (const char* size : {"1", "17179869184"}) {     // the second does not fit into 64 bits, in bytes
         const auto large = configure({{"fileMaxSize", size}, {"fileMaxSizeUnit", "GB"}});
         large->output(lineOfLength(99));
         EXPECT_FALSE(rotatedBy(*large, lineOfLength(11 * mega))) << size;
@@ -248,7 +248,7 @@ TEST_F(RotatingFiles, GrowOldWhenTheyHaveBeenOpenForTooLong) {
         {{{"fileMaxLifetime", "2"}, {"fileMaxLifetimeUnit", "hours"}}, Time(2, MIN)}};
     for (const auto& [settings, lifetime] : lifetimes) {
         const auto appender = configure(settings);
-        setClock(Time::now() + Time(10, DAY)); // what counts is when the file is opened
+        setClock(Time::now() + Time(10, DAY)); // the time when the file is opened counts
         appender->output(makeMessage("a"));
         const Time end = Time::now() + lifetime;
         setClock(end);
@@ -300,7 +300,7 @@ TEST(AppenderRegistry, TakesARefusedAppendersDynamicFilterOffTheBus) {
     EXPECT_EQ(textThrownBy<LogException>([&] { registry.registerAppender(makeAppender(), ""); }),
               "Appender x has already been registered.");
     const StreamCapture output(std::cout);
-    // A filter that is gone would be called here, which the address sanitizer sees.
+    // A destroyed filter would be called here, which the address sanitizer detects.
     LogManager::command("DynamicLogLevelFilterSoft", "DEBUG");
     LoggerFactory::getRootLogger().error("once", 0, "");
     EXPECT_EQ(output.text(), Time::now().toString() + " root ERROR once\n");

@@ -44,7 +44,8 @@ auto allOf(const MessageFields& message) {
                       message.context, message.thread);
 }
 
-/// A process has one queue, and so has a test; a thread may still look for it when the test is over.
+/// A process has one queue, and so has a test. It is never destroyed, since a thread may still use it after
+/// the test.
 MessageQueue& makeQueue(const std::string& maxQueueSize, const std::string& waitingPeriod = "3600") {
     MessageQueue& queue = *new MessageQueue;
     queue.configure(tuning(maxQueueSize, waitingPeriod));
@@ -146,7 +147,7 @@ TEST(MessageQueue, WithALimitOfOneHoldsNothingAndWithANegativeOneEverything) {
     EXPECT_THAT(takeTexts(queue), SizeIs(3000));
 }
 
-/// What a call is about to discard may have been taken meanwhile; a call that waited for it would hang here.
+/// The consumer may have taken what a call is about to discard; a call that waited for it would hang here.
 TEST(MessageQueue, WithoutAnyRoomDiscardsNoMoreThanTheConsumerHasLeft) {
     constexpr std::uint64_t MESSAGES = 2'000;
     MessageQueue& queue = makeQueue("0");
@@ -169,7 +170,7 @@ TEST(MessageQueue, WithoutAnyRoomDiscardsNoMoreThanTheConsumerHasLeft) {
 
 namespace {
 
-/// A standard error that logs when it is written to, so many times.
+/// A standard error that logs a given number of times when it is written to.
 class LoggingBuffer : public std::stringbuf {
 public:
     LoggingBuffer(MessageQueue& queue, int times) : queue_(queue), times_(times) {}
@@ -213,7 +214,7 @@ TEST(MessageQueue, StopsShowingIfEveryLineShownIsLoggedAgain) {
 
 namespace {
 
-/// A standard error that nobody reads until it is released.
+/// A standard error that blocks until it is released.
 class StuckBuffer : public std::stringbuf {
 public:
     void waitUntilInUse() { inUse_.get_future().wait(); }
@@ -246,7 +247,7 @@ TEST(MessageQueue, LetsNobodyElseWaitForAStandardErrorThatNobodyReads) {
         }
     });
     buffer.waitUntilInUse();
-    queue.append(fields("4")); // discards as well, and leaves the line to the other thread
+    queue.append(fields("4")); // discards as well, and hands the line over to the other thread
     queue.append(fields("5"));
     EXPECT_FALSE(queue.flush(Time(1, USEC)));
     EXPECT_EQ(queue.statistics().discarded, 3U);
@@ -261,8 +262,8 @@ TEST(MessageQueue, WakesTheConsumerWhenItIsHalfFull) {
     MessageQueue& queue = makeQueue("4");
     queue.setServed(true);
     const auto wait = std::async(std::launch::async, [&queue] { queue.wait(); });
-    // A notification is lost on a consumer that does not wait yet, so the queue is filled again until one is
-    // not; if none ever wakes it, the test hangs.
+    // A notification is lost if the consumer is not waiting yet, so the queue is filled until one arrives; if
+    // none ever wakes it, the test hangs.
     do {
         takeTexts(queue);
         queue.append(fields("a"));
@@ -275,7 +276,7 @@ TEST(MessageQueue, LeavesAWaitThatIsLongerThanThoseToCome) {
     MessageQueue& queue = makeQueue("4");
     for (const auto& [before, after] : {std::pair("0", "3600"), {"3600", "1800"}}) {
         bool woken = false;
-        while (!woken) { // a consumer that does not wait yet is not woken, so it is tried again
+        while (!woken) { // a consumer that is not waiting yet is not woken, so retry
             queue.setServed(true);
             queue.configure(tuning("4", before));
             const auto wait = std::async(std::launch::async, [&queue] { queue.wait(); });
@@ -307,7 +308,7 @@ TEST(MessageQueue, ShowsAtTheEndOfTheProcessWhatADeliveryHasNotGivenToAllAppende
     queue.release(batch, true);
 }
 
-/// Threads come and go while others take and discard; each message comes once, and each thread's in its
+/// Threads start and end while others take and discard; each message arrives once, and each thread's in
 /// order.
 TEST(MessageQueue, KeepsTheOrderOfManyShortThreads) {
     constexpr int THREADS = 1000;
@@ -323,7 +324,7 @@ TEST(MessageQueue, KeepsTheOrderOfManyShortThreads) {
         std::vector<std::thread> threads;
         for (int i = thread; i < thread + 4; ++i) {
             threads.emplace_back([&queue, i] {
-                for (int number = 0; number < 100; ++number) { // beyond a ring's first block
+                for (int number = 0; number < 100; ++number) { // more than a ring's first block holds
                     queue.append(fields(std::to_string(i) + ":" + std::to_string(number)));
                 }
             });
@@ -353,9 +354,9 @@ TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
         [&](const LogMessage& given) { delivered.push_back(given.getText()); }, false);
     dispatcher.registerAsynchronousAppender(&appender);
     dispatcher.unregisterAsynchronousAppender(&appender);
-    const LogMessage message = makeMessage("a"); // whose logger's name the queue does not copy
+    const LogMessage message = makeMessage("a"); // the queue does not copy its logger's name
     dispatcher.enqueue(message, true);
-    EXPECT_FALSE(dispatcher.flush(Time())); // a consumer would take it, and have nobody to give it to
+    EXPECT_FALSE(dispatcher.flush(Time())); // a consumer would take it, with no appender to deliver to
     EXPECT_EQ(dispatcher.statistics().waiting, 1U);
     dispatcher.registerAsynchronousAppender(&appender);
     EXPECT_TRUE(dispatcher.flush(Time()));
@@ -365,7 +366,7 @@ TEST(AsynchronousDispatcher, EndsItsConsumerWithTheLastAppender) {
 
 namespace {
 
-/// The messages of a ring, from a cursor on.
+/// The messages of a ring, starting at a cursor.
 std::vector<PackedMessage::Unpacked> read(Ring& ring) {
     std::vector<PackedMessage::Unpacked> messages;
     ring.findFront(0);
@@ -400,7 +401,7 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
         made.thread = i / 500;
         return made;
     };
-    // A ring whose thread has not logged for long: the step to the next number is beyond 32 bits.
+    // A ring whose thread has not logged for long: the difference to the next number exceeds 32 bits.
     const auto number = [](std::size_t i) { return 7 + i + (i > 1500 ? (std::uint64_t{1} << 33) : 0); };
     BlockPool pool;
     Ring ring(pool);
@@ -419,7 +420,7 @@ TEST(Ring, GivesEveryFieldBackAlsoWhereAMessageSharesItWithTheOneBefore) {
     EXPECT_EQ(ring.front().nextNumber(), number(2000));
 }
 
-/// A queue that is full for long must not grow while a delivery lasts.
+/// A queue that stays full must not grow during a delivery.
 TEST(Ring, FreesWhatIsTakenOutBehindWhatItKeeps) {
     BlockPool pool;
     Ring ring(pool);

@@ -1,5 +1,4 @@
-// What becomes of the lines of a round that are written together: by comparison with lines that are written
-// one by one.
+// Compares lines of a round that are written together with lines that are written one by one.
 
 #include "TestClock.h"
 #include "TestSupport.h"
@@ -32,7 +31,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Tells the test of each message that an appender is about to write.
+/// Notifies the test of each message that an appender is about to write.
 class TellingFilter : public MessageFilter {
 public:
     std::function<void(const std::string& text)> tell = [](const std::string&) {};
@@ -50,7 +49,7 @@ protected:
         std::string dir = ".";
     };
 
-    /// What is left of a run.
+    /// Result of one run.
     struct Outcome {
         std::map<std::string, std::string> files;
         Texts reports;
@@ -82,7 +81,7 @@ protected:
         return values;
     }
 
-    /// Gives messages to the appender as the consumer does.
+    /// Delivers messages to the appender as the consumer does.
     void round(const Texts& texts) {
         for (const std::string& text : texts) {
             queue_.append({"net.tcp", Time::now(), Level::INFO, text, 0, "", LOG});
@@ -93,7 +92,7 @@ protected:
         queue_.release(batch, appenders_.deliver(batch));
     }
 
-    /// Takes the appender down, and all that it has left.
+    /// Destroys the appender, and removes and returns everything that it has written.
     Outcome end() {
         appenders_.remove(appender_.get());
         appender_.reset();
@@ -106,8 +105,8 @@ protected:
         return outcome;
     }
 
-    /// Runs the same with lines that are written one by one, and together.
-    /// \return the outcome, which has to be one
+    /// Runs the same with lines written one by one, and together.
+    /// \return the outcome, which must be the same for both
     template <typename Run>
     Outcome expectSame(Run run) {
         const Time begin = Time::now();
@@ -127,7 +126,7 @@ protected:
     const TemporaryDirectory directory_;
     const boost::shared_ptr<TellingFilter> filter_ = boost::make_shared<TellingFilter>();
     std::function<void()> reported_ = [] {};
-    MessageQueue& queue_ = *new MessageQueue; // a thread may still look for it when the test is over
+    MessageQueue& queue_ = *new MessageQueue; // never destroyed: a thread may still use it after the test
     AsynchronousAppenders appenders_;
     std::unique_ptr<Appender> appender_;
 
@@ -144,7 +143,7 @@ private:
     }};
 };
 
-/// Lets no file grow beyond a size, as a full disk does; a write then takes what still fits.
+/// Limits the size of files, to simulate a full disk: a write is then short.
 void limitFileSize(rlim_t size) {
     rlimit limit = {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -152,7 +151,7 @@ void limitFileSize(rlim_t size) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
 }
 
-/// Texts "1", "2" and so on, each followed by as many letters.
+/// Texts "1", "2" and so on, each followed by a growing number of letters.
 Texts numbered(int count, std::size_t step = 1) {
     Texts texts;
     for (int number = 1; number <= count; ++number) {
@@ -161,7 +160,7 @@ Texts numbered(int count, std::size_t step = 1) {
     return texts;
 }
 
-/// The texts of the whole lines of a file or of reports.
+/// The texts of the complete lines of a file or of reports.
 Texts textsIn(const std::string& lines) {
     return lastWordsIn(lines.substr(0, lines.rfind('\n') + 1));
 }
@@ -185,7 +184,7 @@ TEST_F(Batches, ReachTheFileAtTheEndOfTheRoundAndNotBefore) {
         round(numbered(50));
         EXPECT_THAT(sizes, ElementsAre(0U));
         EXPECT_EQ(textsIn(readFile(file)), numbered(50));
-        appender_->output(makeMessage("outside")); // not by the consumer
+        appender_->output(makeMessage("outside")); // not in the consumer
         EXPECT_EQ(textsIn(readFile(file)).back(), "outside");
         end();
     }
@@ -205,7 +204,7 @@ TEST_F(Batches, RotateWhereLinesByThemselvesDo) {
     });
     EXPECT_THAT(outcome.files, SizeIs(4));
     EXPECT_THAT(textsIn(outcome.files.at("f0")), ElementsAre("older", "d"));
-    expectSame([&](bool batch) { // beyond what is kept at once, and a line that no other one fits beside
+    expectSame([&](bool batch) { // exceeds the buffer, and a line that fills it alone
         makeRotating(batch, {4'500'000, Time(), "."});
         round(numbered(50, 5000));
         round({"a", std::string(5'000'000, 'b'), "c"});
@@ -229,7 +228,7 @@ TEST_F(Batches, RotateWhereLinesByThemselvesDo) {
     EXPECT_THAT(textsIn(moved.files.at("g")), ElementsAre("a", "b"));
 }
 
-/// Wherever the disk ends: amid a line, at its end, before a rotation, or in a later round.
+/// Wherever the disk becomes full: within a line, at its end, before a rotation, or in a later round.
 TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
     for (rlim_t limit = 0; limit < 300; limit += 3) {
         const Outcome outcome = expectSame([&](bool batch) {
@@ -251,7 +250,7 @@ TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
         const Texts reported = textsOf(outcome.reports);
         const std::string cut = outcome.files.rbegin()->second.substr(0, limit); // the oldest file
         const bool isCut = !cut.empty() && cut.back() != '\n';
-        // Only its end was missing, which the recovery has added.
+        // Only its line end was missing, which the recovery has added.
         const std::string ended = isCut ? lastWordsIn(cut).back() : std::string();
         for (const std::string& text : all) {
             EXPECT_EQ(std::count(found.begin(), found.end(), text) +
@@ -268,7 +267,7 @@ TEST_F(Batches, ReportTheLinesThatAreNotInTheFile) {
     });
 }
 
-/// A round may have lines that fail before it is known what became of those that are kept.
+/// Lines of a round may fail before the result of the buffered ones is known.
 TEST_F(Batches, AreToldOfOnceWhenTheirFileBeginsToFail) {
     LogManager::unregisterCommandListener("EXCEPTION");
     for (const bool batch : {false, true}) {
@@ -295,7 +294,7 @@ TEST_F(Batches, ReportWhatCannotBeOpenedForEachLine) {
         });
         EXPECT_EQ(textsOf(outcome.reports), numbered(3));
     }
-    const Outcome full = expectSame([&](bool batch) { // which a single file does not notice
+    const Outcome full = expectSame([&](bool batch) { // a single file does not detect this
         makeSimple(batch);
         limitFileSize(100);
         round(numbered(3));
@@ -304,7 +303,7 @@ TEST_F(Batches, ReportWhatCannotBeOpenedForEachLine) {
     EXPECT_THAT(full.reports, IsEmpty());
 }
 
-/// A listener that ends the process has what is left shown.
+/// If a listener ends the process, what is left is shown.
 TEST_F(Batches, CountAsGivenOnceTheyAreWrittenOrReported) {
     std::string shown[2];
     expectSame([&](bool batch) {

@@ -20,7 +20,7 @@ Properties propertiesOf(const std::string& suffix, const std::string& value) {
     return properties;
 }
 
-/// The one filter that a setting makes.
+/// The only filter created for a setting.
 boost::shared_ptr<MessageFilter> filterOf(const Properties& properties) {
     const auto filters = makeFilters(AppenderValues("x", READ_BY_STDOUT_APPENDER, properties));
     EXPECT_EQ(filters.size(), 1U);
@@ -60,7 +60,7 @@ protected:
         return boost::dynamic_pointer_cast<FilterLogLevelDynamic>(filterOf(properties));
     }
 
-    /// Whether a message passes that is logged a while after `begin_`.
+    /// Whether a message passes that is logged `later` after `begin_`.
     bool passes(FilterLogLevelDynamic& filter, Level::LogLevel level, Time later = Time()) const {
         return filter.accept(makeMessage("", level, "net", begin_ + later));
     }
@@ -91,7 +91,7 @@ TEST_F(DynamicFilter, CountsItsPeriodFromTheLastCommandThatIsNotAboveIt) {
     filter_.onCommand("INFO");
     EXPECT_TRUE(passes(filter_, Level::DEBUG, Time(15, MIN)));
     EXPECT_FALSE(passes(filter_, Level::DEBUG, Time(15, MIN) + Time(1, USEC)));
-    EXPECT_FALSE(passes(filter_, Level::DEBUG)); // back at its level for good
+    EXPECT_FALSE(passes(filter_, Level::DEBUG)); // permanently back at its own level
     EXPECT_TRUE(passes(filter_, Level::INFO));
 }
 

@@ -48,7 +48,7 @@ LogMessage logged(const Statement& statement) {
 /// 2026-05-07 12:03:27.123 UTC
 const Time NOON(1778155407123, Util::TimeUtils::MSEC);
 
-/// Reads a line of `json` and refuses what is not valid, keys that come twice in an object included.
+/// Parses a line of `json`; fails if it is invalid or has duplicate keys in an object.
 ordered_json parse(const std::string& line) {
     std::vector<std::set<std::string>> keys;
     const auto check = [&keys](int, ordered_json::parse_event_t event, ordered_json& parsed) {
@@ -66,7 +66,7 @@ ordered_json parse(const std::string& line) {
     return ordered_json::parse(line, check);
 }
 
-/// As text that JSON has as well.
+/// The text as a JSON string.
 std::string asJson(std::string_view text) {
     return ordered_json(text).dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
@@ -92,7 +92,7 @@ TEST(JsonLayout, HasTheMembersOfAMessageInTheirOrder) {
                           ",\"thread\":" + std::to_string(full.getThread()) +
                           R"(,"text":"order charged","values":{"order":17,"amount":4.25,"paid":true},)"
                           R"("context":{"request":"r1","attempt":2}})"));
-    EXPECT_EQ(lineOf(full, "json", "text", "true"), lineOf(full, "json")); // escaped already
+    EXPECT_EQ(lineOf(full, "json", "text", "true"), lineOf(full, "json")); // already escaped
 }
 
 TEST(JsonLayout, ShowsTheLastOfEqualKeysAndNumbersThatJsonHas) {

@@ -184,7 +184,7 @@ TEST_F(Capture, WaitsForTheAppendersThatItLeavesOut) {
     std::atomic<bool> hasLeft{false};
     TestSupport::CallingAppender appender([&](const LogMessage&) {
         isEntered.set_value();
-        while (net_.getLevel() != Level::TRACE) { // until the capture has begun
+        while (net_.getLevel() != Level::TRACE) { // until the capture is active
             std::this_thread::yield();
         }
         for (int i = 0; i < 1000; ++i) {

@@ -49,7 +49,7 @@ using namespace ZAV;
 using namespace ZAV::Log;
 using testing::ElementsAre;
 
-/// With texts that are made in the call, and with such that the consumer makes.
+/// With texts formatted in the call, and with texts formatted by the consumer.
 class FormatMacros : public testing::TestWithParam<bool> {
 protected:
     FormatMacros() {
@@ -143,7 +143,7 @@ TEST_P(FormatMacros, TakeWhatTheLanguageOfFormatsHas) {
     EXPECT_EQ(text(), longText + longText);
 }
 
-/// Logs with a format and expects the text that {fmt} makes.
+/// Logs with a format and expects the text that {fmt} produces.
 #define EXPECT_TEXT_OF_FMT(...)                                                                              \
     do {                                                                                                     \
         ZAV_LOGF_AUDIT(logger_, __VA_ARGS__);                                                                \
@@ -181,7 +181,7 @@ TEST_P(FormatMacros, WriteTextsAndTheLikeAsFmtDoes) {
     EXPECT_TEXT_OF_FMT("{} {:>8}|{:*^9}|{:.2}|{:s}", withZero, withZero, "\u00e4\u20ac", "cut",
                        std::string_view());
     const char* const nowhere =
-        reinterpret_cast<const char*>(std::uintptr_t{16}); // of which the address is shown alone
+        reinterpret_cast<const char*>(std::uintptr_t{16}); // only its address is shown
     EXPECT_TEXT_OF_FMT("{}{}{:20}|{:p}|{:p}", buffer, static_cast<char*>(buffer), buffer,
                        static_cast<const char*>(buffer), nowhere);
     EXPECT_TEXT_OF_FMT("{} {:d} {:>3}|{} {:d} {:>7}", 'c', 'c', 'c', true, true, false);

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// A call that was let through, and how many were left out before it.
+/// A call that was let through, and how many were suppressed before it.
 using Let = std::pair<int, std::uint64_t>;
 
 inline void logInline(Logger& logger) {
@@ -30,9 +30,9 @@ void logTwiceIn(Logger& logger, Value value) {
     }
 }
 
-/// Has two threads come to one place at the same time, then a last call for which the limit is off, and
-/// expects that each call was let through or is in one of the numbers.
-/// \param call is told whether its limit is on; adds up what was let through and the numbers
+/// Has two threads race at one call site, then makes a last call without the limit, and expects that each
+/// call was either let through or counted as suppressed.
+/// \param call receives whether its limit is on; adds to the numbers of calls let through and suppressed
 template <typename Call>
 void expectThatNoneIsLost(const Call& call) {
     constexpr std::uint64_t CALLS = 500'000;
@@ -84,12 +84,12 @@ TEST_F(LogLimits, LetTheFirstCallThroughAndEveryNthAfterIt) {
 
 TEST_F(LogLimits, LetACallThroughWhenTheTimeHasPassed) {
     Limits::AtMostEvery limit;
-    const Limits::AtMostEvery::Clock::time_point start; // of the clock: no time is a special one
+    const Limits::AtMostEvery::Clock::time_point start; // the clock's epoch: no time is special
     EXPECT_EQ(limit.pass(10s, start), 0U);
     EXPECT_EQ(limit.pass(10s, start), std::nullopt);
     EXPECT_EQ(limit.pass(10s, start + 10s - 1ns), std::nullopt);
     EXPECT_EQ(limit.pass(10s, start + 10s), 2U);
-    EXPECT_EQ(limit.pass(10s, start + 9s), std::nullopt); // this thread has read the clock before another one
+    EXPECT_EQ(limit.pass(10s, start + 9s), std::nullopt); // this thread read the clock before another one
     EXPECT_EQ(limit.pass(10s, start + 20s - 1ns), std::nullopt);
     EXPECT_EQ(limit.pass(std::chrono::duration<double>(9.5), start + 20s - 1ns), 2U);
     EXPECT_EQ(limit.pass(0s, start + 20s - 1ns), 0U);

@@ -34,7 +34,7 @@ using testing::SizeIs;
 
 namespace {
 
-/// A logger with a synchronous and an asynchronous appender, of which every message is to look the same.
+/// A logger with a synchronous and an asynchronous appender, which must get equal messages.
 class LogValues : public testing::Test {
 protected:
     LogValues() {
@@ -48,7 +48,7 @@ protected:
         LogManager::removeAsynchronousAppender(&asynchronous_);
     }
 
-    /// \return the messages of the synchronous appender, after the other one was found to have the same
+    /// \return the messages of the synchronous appender, after checking that the other one has the same
     const std::vector<LogMessage>& messages() {
         LogManager::flush();
         EXPECT_EQ(asynchronous_.messages.size(), synchronous_.messages.size());
@@ -71,7 +71,7 @@ protected:
     RecordingAppender asynchronous_{"asynchronous", false};
 };
 
-/// A logger with an asynchronous appender alone, for which no message is made in the call.
+/// A logger with only an asynchronous appender, for which no message object is filled in the call.
 class QueuedLogValues : public LogValues {
 protected:
     QueuedLogValues() { logger_.removeAppender(&synchronous_); }
@@ -170,7 +170,7 @@ TEST_F(LogValues, AreQuotedWhereTheyCouldBeReadWrong) {
         {R"(C:\tmp)", R"("C:\\tmp")"},
         {"\n\r\t", R"("\n\r\t")"},
         {std::string("\0\x01\x1f\x7f", 4), R"("\x00\x01\x1f\x7f")"},
-        {"\xc2\x85", R"("\xc2\x85")"}, // a line break to some
+        {"\xc2\x85", R"("\xc2\x85")"}, // NEL, a line break for some programs
         {"gr\xc3\xbc\xc3\x9f\x65", "gr\xc3\xbc\xc3\x9f\x65"},
         {"\xff\x85", "\xff\x85"},
     };
@@ -265,7 +265,7 @@ TEST_F(LogValues, AreThereForFiltersAndInWhatIsReportedOfAFailedAppender) {
     LogManager::unregisterCommandListener("EXCEPTION");
 }
 
-/// A listener logs while another thread holds the logger, and too much of it.
+/// A listener logs too much while another thread holds the logger.
 TEST_F(LogValues, GoWithMessagesThatArePutOffAndAreShownOfThoseThatAreDiscarded) {
     LogManager::init(ZAV::Util::Properties{{"zav.log.AsynchronousDispatcher.maxQueueSize", "-1"}});
     std::promise<void> entered;
@@ -375,8 +375,7 @@ TEST_F(LogContextTest, MayEndInAnotherThread) {
     ZAV_LOG_ERROR(logger_, "t");
     EXPECT_THAT(message().getContext(), ElementsAre(Pair("b", "2"), Pair("d", "4")));
 
-    std::unique_ptr<const LogContext>
-        left; // for the memory that the thread leaves: the sanitizers look at it
+    std::unique_ptr<const LogContext> left; // outlives its thread, whose memory the sanitizers check
     std::unique_ptr<const LogContext> other;
     std::thread([&] {
         left = std::make_unique<const LogContext>("left", 5);

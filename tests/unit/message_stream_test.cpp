@@ -43,7 +43,7 @@ std::ostream& operator<<(std::ostream& stream, const Point* point) {
     return stream << "to" << *point;
 }
 
-/// Written for streams of any kind, with what only a stream has.
+/// A generic operator that uses members of a stream.
 struct Generic {};
 template <typename Stream>
 Stream& operator<<(Stream& stream, const Generic&) {
@@ -51,13 +51,13 @@ Stream& operator<<(Stream& stream, const Generic&) {
     return stream << 7;
 }
 
-/// Leaves its format behind.
+/// Does not restore the format.
 struct Careless {};
 std::ostream& operator<<(std::ostream& stream, const Careless&) {
     return stream << std::hex << std::showbase << 255;
 }
 
-/// Looks where it stands, and corrects what was written.
+/// Reads the stream's position, and overwrites what was written.
 struct Column {};
 std::ostream& operator<<(std::ostream& stream, const Column&) {
     while (stream.tellp() < 12) {
@@ -93,7 +93,7 @@ struct Constants {
 };
 } // namespace Shapes
 
-// Not found with the types, but seen by this file alone.
+// Not found by argument-dependent lookup; visible only in this file.
 template <typename Element>
 std::ostream& operator<<(std::ostream& stream, const std::vector<Element>& elements) {
     for (const Element& element : elements) {
@@ -120,7 +120,7 @@ protected:
     void doOutput(const LogMessage& message) override { text = message.getText(); }
 };
 
-/// With a text that is made in the call, and with one that the consumer makes.
+/// With a text formatted in the call, and with one formatted by the consumer.
 class StreamedTexts : public testing::TestWithParam<bool> {
 protected:
     StreamedTexts() {
@@ -201,13 +201,13 @@ TEST_P(StreamedTexts, OfFloatingPointNumbersAreRoundedAlike) {
         }
     }
     std::mt19937_64 random(20130507);
-    const int rounds = GetParam() ? 30000 : 500; // the consumer is waited for after each number
+    const int rounds = GetParam() ? 30000 : 500; // waits for the consumer after each number
     for (int i = 0; i < rounds; ++i) {
         const std::uint64_t bits = random();
         double number = 0;
         std::memcpy(&number, &bits, sizeof number);
         numbers.push_back(number);
-        // As people log them: quarters, prices, halves of the sixth digit, shares.
+        // Typical values: quarters, prices, halves of the sixth digit, ratios.
         const auto count = static_cast<double>(bits % 4000000);
         numbers.insert(numbers.end(), {count / 4, count / 100, 100000 + count / 4, -1 / (count + 1), count});
     }
@@ -271,7 +271,7 @@ TEST_P(StreamedTexts, KeepTheFormatThatAManipulatorLeft) {
     EXPECT_SAME_TEXT(std::setw(6) << 1 << 2 << std::setfill('*') << 3 << std::setw(6) << 4 << std::setw(6));
     EXPECT_SAME_TEXT(std::left << std::setw(6) << true << std::uppercase << std::scientific << 1e10);
     EXPECT_SAME_TEXT(1 << 2.5);
-    std::thread([this] { // whose memory grows with this text
+    std::thread([this] { // its buffer grows with this text
         const std::string longText(495, 'x');
         EXPECT_SAME_TEXT(longText << 1.0 << 2.0 << std::hex << 255 << indent << 3.0L);
     })
@@ -292,7 +292,7 @@ TEST_P(StreamedTexts, FollowTheLocaleOfNewStreams) {
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
     stream << notANumber << static_cast<void*>(nullptr) << 1234567;
     ZAV_LOG_AUDIT(logger_, notANumber << static_cast<void*>(nullptr) << 1234567);
-    std::locale::global(std::locale(std::locale(), new Grouping)); // before the consumer comes
+    std::locale::global(std::locale(std::locale(), new Grouping)); // before the consumer formats
     EXPECT_EQ(shown(), stream.str());
     std::locale::global(before);
 }
@@ -318,8 +318,8 @@ TEST_P(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
     EXPECT_EQ(shown(), "ffff");
 }
 
-/// In one of three processes under Wine the runtime does so in the first thread alone, without the library,
-/// too.
+/// In one of three processes under Wine the runtime does so only in the first thread, even without the
+/// library.
 bool runtimeDestroysWhatThreadsHave() {
     static std::atomic<int> destroyed{0};
     struct Probe {
@@ -344,7 +344,7 @@ TEST_P(StreamedTexts, AreThereUntilAThreadHasEnded) {
         ~LastWords() { ZAV_LOG_AUDIT(*logger, "last words " << 1 << std::setw(2) << 2); }
     };
     std::thread([this] {
-        // Made first, so destroyed after what the first message makes.
+        // Created first, so destroyed after what the first message creates.
         thread_local LastWords lastWords;
         lastWords.logger = &logger_;
         ZAV_LOG_AUDIT(logger_, "first words");

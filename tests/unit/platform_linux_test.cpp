@@ -1,4 +1,4 @@
-// What differs on Linux.
+// Linux-specific behaviour.
 
 #include "TestSupport.h"
 #include "TimeZone.h"
@@ -37,7 +37,7 @@ using namespace testing;
 
 namespace {
 
-/// What a file system refuses to do; 0 for what it does.
+/// The errors with which the simulated file system refuses a call; 0 if it supports it.
 int renameError = 0;
 int linkError = 0;
 
@@ -48,7 +48,7 @@ int fail(int error) {
 
 } // namespace
 
-// They stand in the place of the system's.
+// These replace the system's functions.
 
 int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept {
     return renameError != 0
@@ -73,7 +73,7 @@ TEST(Files, RenamingNeverOverwritesWhateverTheFileSystemLacks) {
         EXPECT_FALSE(fileExists(directory / "a"));
         EXPECT_EQ(readFile(directory / "c"), "A");
         EXPECT_FALSE(Platform::renameFile(directory / "missing", directory / "d"));
-        renameError = EACCES; // no reason to try otherwise
+        renameError = EACCES; // no reason to try another way
         EXPECT_FALSE(Platform::renameFile(directory / "c", directory / "d"));
     }
 }
@@ -95,9 +95,9 @@ TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
     std::string received;
     std::thread reader([&, writer = pthread_self()] {
         std::ifstream stream(pipe);
-        stream.peek(); // waits until the writer is at it
-        // The first one ends a write with what the pipe took, the next ones end writes of nothing. They are
-        // counted here, since the thread sanitizer puts the handler off until the writer is through.
+        stream.peek(); // waits until the writer is writing
+        // The first one causes a short write, the next ones interrupt writes before any byte. They are sent
+        // in a fixed number, since the thread sanitizer delays the handler until the writer is done.
         for (int i = 0; i < 1'000; ++i) {
             pthread_kill(writer, SIGUSR1);
             std::this_thread::yield();
@@ -105,14 +105,14 @@ TEST(OutputFile, GoesOnAfterAnInterruptedOrAShortWrite) {
         received.assign(std::istreambuf_iterator<char>(stream), {});
     });
     std::string text;
-    for (int i = 0; i < 100'000; ++i) { // more than the pipe takes
+    for (int i = 0; i < 100'000; ++i) { // more than the pipe holds
         text += std::to_string(i);
     }
     std::filesystem::create_symlink("pipe", directory / "link");
     Platform::OutputFile file;
     do {
         file.open(directory / "link", Platform::OutputFile::APPEND);
-    } while (file.hasFailed()); // until the reader is there
+    } while (file.hasFailed()); // until there is a reader
     file.write(text);
     file.close();
     reader.join();
@@ -236,7 +236,7 @@ TEST(NoCancellation, PutsOffACancellationThatIsAskedForBeforeASystemCall) {
     EXPECT_EQ(readFile(directory / "a"), "a");
 }
 
-/// It runs once more as a program of another name.
+/// Runs itself again under another program name.
 TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
     const std::string name = "odd (deleted)";
     if (Util::getProgramName() == name) {
@@ -253,7 +253,7 @@ TEST(Process, IsCalledByItsNameAlsoIfThatLooksLikeADeletedFile) {
 
 namespace {
 
-/// Forks, and has the child end with what a function returns in it.
+/// Forks, and ends the child with the function's result as exit code.
 /// \return the child's exit code, or another number if it crashed
 template <typename Function>
 int resultInChild(Function function) {
@@ -266,7 +266,7 @@ int resultInChild(Function function) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Waits until a thread waits.
+/// Waits until a thread is blocked.
 void waitUntilAsleep(const std::atomic<pid_t>& thread) {
     for (char state = 'R'; state != 'S'; std::this_thread::yield()) {
         const std::string line = readFile("/proc/self/task/" + std::to_string(thread) + "/stat");
@@ -276,8 +276,8 @@ void waitUntilAsleep(const std::atomic<pid_t>& thread) {
 
 } // namespace
 
-/// What other threads write there fails while files are opened, each of which would get the number of the
-/// stream.
+/// Writes by other threads to the closed stream fail while files are opened, each of which would get its
+/// descriptor.
 TEST(OutputFile, GetsNothingOfWhatIsWrittenToAStandardStreamThatIsClosed) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer takes the use of a number that is given out meanwhile for a race";
@@ -291,7 +291,7 @@ TEST(OutputFile, GetsNothingOfWhatIsWrittenToAStandardStreamThatIsClosed) {
     };
     EXPECT_EQ(resultInChild([&] {
                   close(STDOUT_FILENO);
-                  std::string noticed; // that a stream is closed
+                  std::string noticed; // detects that a stream is closed
                   Platform::readFile(directory / "properties", noticed);
                   std::atomic<bool> isOver{false};
                   std::thread writing([&isOver] {
@@ -360,7 +360,7 @@ TEST(Process, KnowsWhenOneThreadIsLeftOfItAlsoIfTheFirstHasEnded) {
                       _exit(0);
                   }).detach();
                   looked.get_future().wait();
-                  syscall(SYS_exit, 0); // the thread alone, as pthread_exit would, but without unwinding
+                  syscall(SYS_exit, 0); // ends only the thread, like pthread_exit, but without unwinding
                   return 3;
               }),
               0);
@@ -392,8 +392,8 @@ TEST(Process, IsOverWhenItsOtherThreadsServeButNotWhatTheyHaveStarted) {
               0);
 }
 
-/// The other locks, the making of locks and loggers, and the queue. The busy lock is destroyed as soon as it
-/// is free, as a file's is when its appender goes.
+/// The other locks, the creation of locks and loggers, and the queue stay usable. The busy lock is destroyed
+/// as soon as it is free, as a file's is with its appender.
 TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
@@ -422,7 +422,7 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
                   0);
     });
     waitUntilAsleep(forkingThread);
-    { const Platform::ScopedLock lock(other); } // a hang here is the failure, or in any call down to the join
+    { const Platform::ScopedLock lock(other); } // a hang here, or in any call up to the join, is the failure
     { const Platform::CriticalSection made(Platform::AWAITED_BY_FORK); }
     LoggerFactory::getLogger("made.while.a.fork.waits").setLevel(Level::ERROR, true);
     LogManager::flush();
@@ -436,7 +436,7 @@ TEST(Fork, WaitsForABusyLockWithNothingElseInItsHands) {
     }
 }
 
-/// Each thread holds its own lock nearly all the time, so that hardly ever all are free.
+/// Each thread holds its own lock nearly all the time, so that all are hardly ever free at once.
 TEST(Fork, ComesThroughAmongThreadsThatLogWithoutAPause) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizers lock their allocators during a fork";
@@ -452,7 +452,7 @@ TEST(Fork, ComesThroughAmongThreadsThatLogWithoutAPause) {
             for (bool isFirst = true; !isOver; isFirst = false) {
                 const Platform::ScopedLock lock(file);
                 logging += isFirst ? 1 : 0;
-                std::this_thread::yield(); // as in a write, others run
+                std::this_thread::yield(); // as in a write, let others run
                 const Platform::ScopedLock nested(inner);
             }
         });
@@ -473,9 +473,9 @@ TEST(CriticalSection, LetsOneComeInBetweenWhoAwaitsItsHolder) {
     Platform::CriticalSection section;
     std::atomic<pid_t> waitingThread{0};
     std::atomic<bool> hasReturned{false};
-    section.awaitHolder(); // of whom there is none
+    section.awaitHolder(); // there is none
     section.lock();
-    section.awaitHolder(); // who is the caller
+    section.awaitHolder(); // the caller itself
     std::thread waiting([&] {
         waitingThread = gettid();
         section.awaitHolder();
@@ -494,7 +494,7 @@ TEST(CriticalSection, LetsOneComeInBetweenWhoAwaitsItsHolder) {
 
 namespace {
 
-/// The whole library at the deepest name that it takes, in a thread with little room.
+/// Uses the whole library with the deepest name allowed, in a thread with a small stack.
 void* logDeep(void* texts) {
     std::string name = "a";
     for (int i = 1; i < 1000; ++i) {
@@ -545,8 +545,7 @@ std::string systemsTextOf(std::time_t seconds) {
 
 } // namespace
 
-/// A thread of the application is in the middle of reading a time zone, and so holds the system's lock around
-/// all conversions.
+/// A thread of the application is reading a time zone, and so holds the system's lock around all conversions.
 TEST(Time, InAForkedChildDoesNotNeedTheSystemsLock) {
     setTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
     const std::int64_t now = std::time(nullptr);
@@ -562,7 +561,7 @@ TEST(Time, InAForkedChildDoesNotNeedTheSystemsLock) {
     setenv("TZ", zone.c_str(), 1);
     std::thread reading(tzset);
     int writer = -1;
-    while (writer < 0) { // until the thread is at it
+    while (writer < 0) { // until the thread is reading it
         writer = open(zone.c_str(), O_WRONLY | O_NONBLOCK);
         std::this_thread::yield();
     }
@@ -584,7 +583,7 @@ TEST(Time, InAForkedChildDoesNotNeedTheSystemsLock) {
 TEST(FileAppender, ReportsALineThatAFullDiskDidNotTake) {
     const TemporaryDirectory directory;
     std::filesystem::create_symlink("/dev/full", directory / "f0");
-    std::filesystem::create_directory(directory / "f1"); // keeps the link from being moved
+    std::filesystem::create_directory(directory / "f1"); // prevents the link from being renamed
     RecordingListener failures;
     LogManager::registerCommandListener("EXCEPTION", &failures);
     AppenderValues values("f");

@@ -1,4 +1,4 @@
-// What differs on Windows.
+// Windows-specific behaviour.
 
 #include "TestSupport.h"
 
@@ -21,7 +21,7 @@ using TestSupport::makeMessage;
 
 namespace {
 
-/// The content with its ends of line as they are.
+/// The content with unconverted line ends.
 std::string readBytes(const std::string& path) {
     std::ostringstream content;
     content << std::ifstream(path, std::ios::binary).rdbuf();

@@ -15,7 +15,7 @@ using namespace testing;
 
 namespace {
 
-/// A file as a process leaves it that was killed.
+/// A queue file left by a killed process.
 class LeftQueue : public Test {
 protected:
     static constexpr std::uint64_t SIZE = 64 * 1024;
@@ -36,7 +36,7 @@ protected:
             ring.append(ring.reserve(fields, 0, number, &file).value(), number);
         }
         file.mark(QueueFileFormat::DONE).set(done);
-        bytes_ = readBinary(path_); // before the ring gives its blocks back
+        bytes_ = readBinary(path_); // before the ring returns its blocks
         places_.clear();
         for (std::uint64_t number = 0; number <= COUNT; ++number) {
             places_.push_back(bytes_.find(textOf(number)));
@@ -49,7 +49,7 @@ protected:
         return content.str();
     }
 
-    /// Expects that a damaged file has all messages but those which are touched, whole and in their order.
+    /// Expects that a damaged file has all messages except the damaged ones, complete and in order.
     void expectAllBut(const std::string& bytes, std::size_t damage, std::size_t end,
                       const std::string& what) const {
         const StoredQueue queue(bytes);
@@ -67,10 +67,10 @@ protected:
         expectUntouched(last + 1, COUNT + 1, damage, end, what);
     }
 
-    /// Expects that none of these messages, which did not come, had to.
+    /// Expects that all of these messages, which are missing, were damaged.
     void expectUntouched(std::uint64_t first, std::uint64_t behind, std::size_t damage, std::size_t end,
                          const std::string& what) const {
-        constexpr std::size_t HEAD = 120; // of a record, before its text
+        constexpr std::size_t HEAD = 120; // size of a record before its text
         for (std::uint64_t number = std::max(first, DONE + 1); number < behind; ++number) {
             const std::size_t place = places_[number];
             const std::size_t behindText = place + textOf(number).size();
@@ -118,7 +118,7 @@ TEST_F(LeftQueue, IsReadUpToWhereItWasCut) {
 TEST_F(LeftQueue, LosesOnlyWhatADamagedByteIsIn) {
     QueueFile file(path_, SIZE);
     append(file, 1, COUNT, DONE);
-    const char* const wanted = std::getenv("ZAV_LOG_FLIPS"); // at night more
+    const char* const wanted = std::getenv("ZAV_LOG_FLIPS"); // more in scripts/nightly
     const unsigned seed = std::random_device{}();
     std::mt19937 random(seed);
     const std::size_t used = bytes_.rfind(textOf(COUNT)) + 1000;
@@ -134,11 +134,11 @@ TEST_F(LeftQueue, LosesOnlyWhatADamagedByteIsIn) {
 }
 
 TEST_F(LeftQueue, DoesNotTakeOldRecordsInReusedMemoryForItsOwn) {
-    { // A run whose messages are forgotten, and one that forgets them and is killed after a message.
+    { // A run whose messages are dropped, and one that drops them and is killed after a message.
         QueueFile file(path_, SIZE);
         append(file, 1, COUNT);
     }
-    writeFile(path_, bytes_); // before the ring gave its blocks back
+    writeFile(path_, bytes_); // as before the ring returned its blocks
     {
         QueueFile file(path_, SIZE);
         file.forgetEarlier();

@@ -14,8 +14,8 @@ using namespace testing;
 using TestSupport::CallingAppender;
 using TestSupport::CallingListener;
 
-/// The listener's messages are judged and stamped when it logs them. The second one keeps its place behind
-/// the first, though the logger is free by then.
+/// The listener's messages are filtered and timestamped when it logs them. The second one stays behind the
+/// first, although the logger is free by then.
 TEST(Reentrancy, AListenerNeverWaitsForALoggerThatIsWriting) {
     Logger& logger = LoggerFactory::getLogger("busy");
     std::vector<std::string> texts;
@@ -102,7 +102,7 @@ TEST(Reentrancy, EveryFailureIsReportedUntilALoopHasToEnd) {
     });
     LogManager::registerCommandListener("EXCEPTION", &listener);
     logger.error("message", 0, "");
-    EXPECT_EQ(reports, 1022); // 2 + 4 + 8 and so on: each report brings two more, eight deep
+    EXPECT_EQ(reports, 1022); // 2 + 4 + 8 and so on: each report causes two more, up to eight levels deep
     logger.error("message", 0, "");
     EXPECT_EQ(reports, 2 * 1022);
     LogManager::finish();

@@ -1,4 +1,4 @@
-// What a RollingFileAppender does with the means of Linux: clocks that are put forward and back, forked
+// Linux-specific behaviour of a RollingFileAppender: changes to and from daylight-saving time, forked
 // children.
 
 #include "TestClock.h"
@@ -25,7 +25,7 @@ using namespace testing;
 
 namespace {
 
-/// A time of UTC, as "2027-03-28 00:59:59".
+/// A time in UTC, for example "2027-03-28 00:59:59".
 Time utc(const std::string& text) {
     std::tm time = {};
     EXPECT_NE(strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &time), nullptr);
@@ -49,7 +49,7 @@ std::unique_ptr<Appender> make(const std::string& directory, std::map<std::strin
         DefaultAppenderFactory<RollingFileAppenderBuilder>().create(properties, "x"));
 }
 
-/// The live file last.
+/// Sorted, with the live file last.
 std::vector<std::string> filesIn(const std::string& directory) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(directory)) {
@@ -87,7 +87,7 @@ TEST(RollMoments, AreThoseOfTheZone) {
                            "2027-10-30 12:00:00",
                            {"2027-10-30 22:00:00", "2027-10-31 23:00:00"}},
                           {"Asia/Kolkata", RollMoment::HOUR, "2027-05-01 12:00:00", {"2027-05-01 12:30:00"}},
-                          // Half an hour comes twice, and is left out.
+                          // Half an hour occurs twice, and is skipped.
                           {"Australia/Lord_Howe",
                            RollMoment::HOUR,
                            "2027-04-03 14:10:00",
@@ -96,7 +96,7 @@ TEST(RollMoments, AreThoseOfTheZone) {
                            RollMoment::HOUR,
                            "2027-10-02 14:40:00",
                            {"2027-10-02 15:30:00", "2027-10-02 16:00:00"}},
-                          // Midnight comes twice, is left out, and is put off.
+                          // Midnight occurs twice, is skipped, and is shifted.
                           {"America/Havana",
                            RollMoment::MIDNIGHT,
                            "2027-11-06 12:00:00",
@@ -121,7 +121,7 @@ TEST(RollMoments, AreThoseOfTheZone) {
     }
 }
 
-/// A year of hours and restarts: each line once and in order, in the file of its hour or day.
+/// A year of hours with restarts: each line occurs once and in order, in the file of its hour or day.
 TEST(RolledYear, HasAFileForEachHourOrDay) {
     setTimeZone("Europe/Berlin");
     for (const auto& [rollAt, files] : {std::pair("hour", 24 * 365), {"midnight", 365}}) {
@@ -131,7 +131,7 @@ TEST(RolledYear, HasAFileForEachHourOrDay) {
         std::string expected;
         const Time begin = utc("2026-12-31 23:00:00");
         for (int hour = 0; hour < 24 * 365; ++hour) {
-            if (hour % 50 == 0) { // an earlier run wrote the last line, at a time that the file alone tells
+            if (hour % 50 == 0) { // an earlier run wrote the last line; only the file tells when
                 const auto written = static_cast<std::time_t>(Time::now().microseconds() / 1'000'000);
                 const timespec times[] = {{written, 0}, {written, 0}};
                 utimensat(AT_FDCWD, live.c_str(), times, 0);
@@ -164,7 +164,7 @@ TEST(RolledYear, ALineThatComesLateAndAClockThatWasWrongRollNothing) {
     };
     EXPECT_EQ(writtenAt("2027-01-15 12:59:59"), 1U);
     EXPECT_EQ(writtenAt("2027-01-15 13:00:00"), 2U);
-    EXPECT_EQ(writtenAt("2027-01-15 12:59:58"), 2U); // of a thread that was slow
+    EXPECT_EQ(writtenAt("2027-01-15 12:59:58"), 2U); // from a slow thread
     EXPECT_EQ(writtenAt("2027-01-15 13:59:59"), 2U);
     EXPECT_EQ(writtenAt("2099-01-15 13:59:59"), 3U);
     EXPECT_EQ(writtenAt("2027-01-15 14:10:00"), 3U); // the clock is right again
@@ -175,7 +175,7 @@ TEST(RollingFile, ThatCannotBeRenamedGoesOnGrowing) {
     AwaitedCommand report;
     LogManager::registerCommandListener("EXCEPTION", &report);
     const TemporaryDirectory directory;
-    const std::string name(250, 'f'); // leaves no room for the time
+    const std::string name(250, 'f'); // leaves no room for the timestamp
     const auto appender = make(directory.path(), {{"file", name}, {"rollSize", "1 B"}});
     std::string expected;
     for (const char* const text : {"a", "b", "c"}) {
@@ -200,7 +200,7 @@ TEST(RollingFile, ThatIsALinkIsRolledByItsName) {
     }
     const std::vector<std::string> names = filesIn(directory.path());
     ASSERT_THAT(names, SizeIs(2));
-    appender.reset(); // what was to be packed is over
+    appender.reset(); // nothing is being compressed any more
     EXPECT_EQ(readFile(directory / names[0]), formatLogLine(makeMessage("b")) + "\n");
     EXPECT_EQ(readFile(directory / "f"), formatLogLine(makeMessage("c")) + "\n");
     EXPECT_EQ(readFile(elsewhere / "target"),
@@ -280,7 +280,7 @@ TEST_F(RollingFork, AChildTakesOverWhenItsParentIsThrough) {
     EXPECT_EQ(content(names[0]) + content(names[1]) + content("f"), line("a") + line("b") + line("c"));
 }
 
-/// As in a program that becomes a daemon once it has begun to log.
+/// As in a program that becomes a daemon after it has begun to log.
 TEST_F(RollingFork, AChildThatTakesOverPacksWhatItsParentHasLeft) {
     auto appender = make(directory_.path(), {{"rollSize", "1 MB"}, {"compress", "gzip"}});
     appender->output(makeMessage("a"));
@@ -300,14 +300,14 @@ TEST_F(RollingFork, AChildThatTakesOverPacksWhatItsParentHasLeft) {
     expectSuccessOf(child);
 }
 
-/// As in a server whose processes are all told to change their configuration.
+/// As in a server all of whose processes reload their configuration.
 TEST_F(RollingFork, ProcessesThatComeToAFileOnlyAfterTheForkHaveItInCommon) {
     const std::string limit = std::to_string(line("a").size() * 2) + " B";
     const pid_t child = fork();
     if (child == 0) {
         bool isWell = await(toChild_);
         const auto appender = make(directory_.path(), {{"rollSize", "1 B"}});
-        appender->output(makeMessage("b")); // which the first process has to know of
+        appender->output(makeMessage("b")); // the first process must notice this
         isWell = isWell && tell(toParent_) && await(toChild_);
         appender->output(makeMessage("d"));
         _exit(isWell ? 0 : 1);
@@ -333,7 +333,7 @@ TEST_F(RollingFork, AListenerThatForksInTheThreadThatPacksLeavesNothingOfItInThe
         void onCommand(const std::string&) override {
             if (!hasForked_) {
                 hasForked_ = true;
-                child.set_value(fork()); // the child goes on in the thread, and ends with it
+                child.set_value(fork()); // the child continues in this thread, and ends with it
             }
         }
         std::promise<pid_t> child;

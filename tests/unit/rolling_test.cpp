@@ -1,4 +1,4 @@
-// What a RollingFileAppender does on every system.
+// Behaviour of a RollingFileAppender on every system.
 
 #include "TestClock.h"
 #include "TestSupport.h"
@@ -41,13 +41,13 @@ protected:
             DefaultAppenderFactory<RollingFileAppenderBuilder>().create(properties, "x"));
     }
 
-    /// Each line of such an appender is rolled when the next one comes.
+    /// An appender that rolls before each further line.
     std::unique_ptr<Appender> makeRollingAlways(Settings settings = {}) const {
         settings["rollSize"] = "1 B";
         return make(settings);
     }
 
-    /// What tells the files of the folder apart, in their order: what stands behind "f.".
+    /// The names of the folder's files after "f.", sorted.
     std::vector<std::string> suffixes() const {
         std::vector<std::string> found;
         for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
@@ -101,7 +101,7 @@ protected:
         }
     }
 
-    /// Takes a good while to be packed.
+    /// Takes long to compress.
     static std::string noise() {
         std::string content(std::size_t{16} * 1024 * 1024, '\0');
         std::mt19937 random(1);
@@ -123,7 +123,7 @@ const std::string AT_NOON = "20270115T120000Z";
 TEST_F(RolledSeries, BeginsAFileBeforeALineWouldMakeTheOldOneTooLarge) {
     setClock(NOON);
     const std::size_t size = formatLogLine(makeMessage("a")).size() + 1;
-    writeFile(directory_ / "f", std::string(size - 1, 'o') + "\n"); // of an earlier run
+    writeFile(directory_ / "f", std::string(size - 1, 'o') + "\n"); // from an earlier run
     const auto appender = make({{"rollSize", std::to_string(3 * size) + " B"}});
     write(*appender, "ab");
     EXPECT_EQ(liveTexts(), "oab");
@@ -131,7 +131,7 @@ TEST_F(RolledSeries, BeginsAFileBeforeALineWouldMakeTheOldOneTooLarge) {
     write(*appender, "c");
     EXPECT_EQ(texts(AT_NOON), "oab");
     EXPECT_EQ(liveTexts(), "c");
-    appender->output(makeMessage(std::string(4 * size, 'x'))); // gets a file of its own
+    appender->output(makeMessage(std::string(4 * size, 'x'))); // gets a separate file
     write(*appender, "d");
     EXPECT_THAT(suffixes(), ElementsAre(AT_NOON, AT_NOON + "-1", AT_NOON + "-2"));
     EXPECT_EQ(texts(AT_NOON + "-2") + liveTexts(), "xd");
@@ -152,7 +152,7 @@ TEST_F(RolledSeries, NamesAreGivenForGoodAndInTheOrderOfTheFiles) {
     setClock(NOON + Time(10, SEC));
     write(*appender, "d");
     EXPECT_EQ(texts("20270115T120010Z"), "c");
-    setClock(NOON); // as when the clock is set back
+    setClock(NOON); // as if the clock was set back
     write(*appender, "e");
     appender = makeRollingAlways();
     write(*appender, "f");
@@ -226,7 +226,7 @@ TEST_F(RolledSeries, AFileThatCannotBeDeletedKeepsNoOtherOne) {
     LogManager::registerCommandListener("EXCEPTION", &report);
     for (const char* suffix : {"20270101T000000Z", "20270102T000000Z"}) {
         writeFile(file(suffix), "a\n");
-        std::filesystem::create_directory(file(suffix + std::string(".gz"))); // as a file that somebody holds
+        std::filesystem::create_directory(file(suffix + std::string(".gz"))); // cannot be deleted
     }
     for (const char* suffix : {"20270103T000000Z", "20270104T000000Z", "20270105T000000Z"}) {
         writeFile(file(suffix), "a\n");
@@ -257,7 +257,7 @@ TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {
     EXPECT_EQ(texts(AT_NOON), "a");
     await([this] { return isPacked(AT_NOON); });
     EXPECT_EQ(textsIn(unpacked(AT_NOON + ".gz")), "a");
-    write(*appender, "c"); // of the same second
+    write(*appender, "c"); // within the same second
     appender.reset();
     EXPECT_EQ(texts(AT_NOON + "-1") + liveTexts(), "bc");
     EXPECT_THAT(failures_.arguments, IsEmpty());
@@ -274,7 +274,7 @@ TEST_F(RolledSeries, AnAppenderThatEndsInterruptsPackingAndLeavesNothingHalf) {
     EXPECT_THAT(suffixes(), ElementsAre(AnyOf(suffix, suffix + ".gz")));
 }
 
-/// As a change of the configuration does: the next one is there before the first one goes.
+/// As in a reload: the next one is created before the first one is destroyed.
 TEST_F(RolledSeries, TheNextAppenderOfTheFilesHasThePackingGoOn) {
     const std::string suffix = "20270101T000000Z";
     writeFile(file(suffix), noise());
@@ -283,13 +283,13 @@ TEST_F(RolledSeries, TheNextAppenderOfTheFilesHasThePackingGoOn) {
     await([&] { return fileExists(file(suffix + ".gz.part")); });
     auto next = make({{"compress", "gzip"}, {"keepFiles", "9"}});
     static_cast<RollingFileAppender&>(*next).tidyUp();
-    make({{"compress", "none"}})->output(makeMessage("b")); // which finds a packing that is under way
+    make({{"compress", "none"}})->output(makeMessage("b")); // while a compression is under way
     appender.reset();
     await([&] { return isPacked(suffix); });
     EXPECT_THAT(failures_.arguments, IsEmpty());
 }
 
-/// Two programs may have one configuration, and start at once.
+/// Two programs may have the same configuration, and start at the same time.
 TEST_F(RolledSeries, WhatAnotherProcessPacksIsLeftToIt) {
     writeFile(file(AT_NOON), "a\n");
     writeFile(file(AT_NOON + ".gz"), "its file");

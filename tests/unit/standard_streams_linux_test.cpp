@@ -25,8 +25,8 @@ using namespace testing;
 
 namespace {
 
-/// Runs a function in a child, which may do to its standard streams what it likes.
-/// \return how the child has ended, 0 if well
+/// Runs a function in a child, which may change its standard streams.
+/// \return the child's status from `waitpid`, 0 on success
 int inChild(const std::function<void()>& function) {
     const pid_t child = fork();
     if (child == 0) {
@@ -38,7 +38,7 @@ int inChild(const std::function<void()>& function) {
     return status;
 }
 
-/// \return a descriptor to write to whose reader has left
+/// \return the write end of a pipe whose read end is closed
 int brokenPipe() {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
@@ -46,7 +46,7 @@ int brokenPipe() {
     return ends[1];
 }
 
-/// A buffer of the application's, which says nothing of what it does.
+/// A stream buffer of the application, unknown to the library.
 class PipeBuffer : public std::streambuf {
 public:
     explicit PipeBuffer(int descriptor) : descriptor_(descriptor) {}
@@ -72,7 +72,7 @@ void logTo(std::ostream& stream, const std::string& text) {
     StdoutAppender(values, {}).output(makeMessage(text));
 }
 
-/// Ends this process by the signal if it gets out.
+/// The signal ends this process if the stream lets it through.
 void expectNoSignalFrom(std::ostream& stream) {
     errno = 17;
     logTo(stream, "a");
@@ -88,7 +88,7 @@ void expectNoSignalFrom(std::ostream& stream) {
     logTo(stream, "a");
     EXPECT_FALSE(isPending(SIGPIPE));
     stream.clear();
-    raise(SIGPIPE); // somebody else's
+    raise(SIGPIPE); // not caused by the library
     logTo(stream, "a");
     EXPECT_TRUE(isPending(SIGPIPE));
     stream.clear();
@@ -119,7 +119,7 @@ TEST(StandardStreams, AReaderThatLeavesIsNoSignal) {
                   expectNoSignalFrom(std::cerr);
               }),
               0);
-    EXPECT_EQ(inChild([] { // what the application has left in a stream to which the one is tied
+    EXPECT_EQ(inChild([] { // what the application has left in a tied stream
                   const TemporaryDirectory directory;
                   dup2(brokenPipe(), STDOUT_FILENO);
                   dup2(openAnew(directory / "errors"), STDERR_FILENO);
@@ -155,7 +155,7 @@ TEST(StandardStreams, GoWhereTheApplicationSendsThemBehindWhatItHasWritten) {
     }
 }
 
-/// A thread writes to a pipe that is full. Whoever forks then neither waits for it nor inherits its line.
+/// A thread writes to a full pipe. A fork then neither waits for it nor inherits its line.
 TEST(StandardStreams, AForkedChildHasNothingOfALineThatIsBeingWritten) {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the thread sanitizer does not follow forks of a process with threads";

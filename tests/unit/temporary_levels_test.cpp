@@ -12,7 +12,7 @@ using TestSupport::setClock;
 
 namespace {
 
-/// Appenders that write synchronously to files of their own, set up by a configuration.
+/// Synchronous appenders from a configuration, each with its own file.
 class LevelForAWhile : public Test {
 protected:
     LevelForAWhile() {
@@ -29,7 +29,7 @@ protected:
         properties_["appender." + name + "." + setting] = value;
     }
 
-    /// What an appender has written, without all but the texts.
+    /// The texts that an appender has written.
     std::string written(const std::string& appender) const {
         std::istringstream lines(readFile(directory_ / appender));
         std::string texts;
@@ -41,7 +41,8 @@ protected:
 
     static void pass(Time duration) { setClock(Time::now() + duration); }
 
-    /// "LEVEL" for each appender, with the seconds until it goes back if it does.
+    /// The level of each appender, followed by the seconds until it expires if it is temporary; "-" without a
+    /// level.
     static std::vector<std::string> states() {
         std::vector<std::string> texts;
         for (const AppenderStatus& status : LogManager::appenders()) {
@@ -78,7 +79,7 @@ TEST_F(LevelForAWhile, IsLetThroughByTheSubtreeAndAllAppendersUntilItsEnd) {
     tcp_.debug("tcp", 0, "");
     made.debug("made", 0, "");
     EXPECT_TRUE(net_.isLoggable(Level::DEBUG));
-    pass(Time(1, MSEC)); // and nothing is logged in between
+    pass(Time(1, MSEC)); // with nothing logged in between
     EXPECT_FALSE(net_.isLoggable(Level::DEBUG));
     EXPECT_EQ(net_.getLevel(), Level::WARNING);
     EXPECT_EQ(tcp_.getLevel(), Level::ERROR);
@@ -98,7 +99,7 @@ TEST_F(LevelForAWhile, AddsUpWithThoseOfOtherLoggersAndIsReplacedByTheNextOfItsO
     LogManager::init(properties_);
     LogManager::setLevelFor("net", Level::INFO, Time(10, SEC));
     LogManager::setLevelFor("net.tcp", Level::TRACE, Time(2, SEC));
-    LogManager::setLevelFor("root", Level::ERROR, Time(5, SEC)); // lets nothing more through
+    LogManager::setLevelFor("root", Level::ERROR, Time(5, SEC)); // lets no further messages through
     EXPECT_EQ(root_.getLevel(), Level::WARNING);
     EXPECT_EQ(tcp_.getLevel(), Level::TRACE);
     EXPECT_THAT(states(), ElementsAre("-", "TRACE2", "TRACE2"));

@@ -30,7 +30,7 @@ TEST(LoggerFactory, MakesMissingLoggersOnTheWay) {
 TEST(LoggerFactory, SplitsAtTheFirstDotAndKeepsEmptyNames) {
     EXPECT_EQ(LoggerFactory::getLogger(".x").getName(), ".x");
     EXPECT_THAT(LoggerFactory::getLoggerNames(), ElementsAre("", ".x"));
-    EXPECT_FALSE(LoggerFactory::loggerExists(".x")); // the look-up skips the leading dot
+    EXPECT_FALSE(LoggerFactory::loggerExists(".x")); // the lookup skips the leading dot
     LoggerFactory::getLogger("x");
     EXPECT_TRUE(LoggerFactory::loggerExists(".x"));
 }
@@ -38,7 +38,7 @@ TEST(LoggerFactory, SplitsAtTheFirstDotAndKeepsEmptyNames) {
 TEST(LoggerFactory, RefusesANameOfMoreThanAThousandComponents) {
     std::string deepest = "a";
     for (int i = 1; i < 1000; ++i) {
-        deepest += i % 2 == 0 ? ".a" : "."; // empty components count as well
+        deepest += i % 2 == 0 ? ".a" : "."; // empty components count, too
     }
     const std::string refusal = "Logger name has too many components: 1001";
     EXPECT_EQ(TestSupport::textThrownBy<LogException>([&] { LoggerFactory::getLogger(deepest + ".a"); }),
@@ -98,7 +98,7 @@ TEST(Logger, FillsTheMessageFromTheCall) {
     Logger& logger = LoggerFactory::getLogger("net");
     logger.addAppender(&appender);
     logger.error("text", 120, "Socket.cpp");
-    logger.setLevel(static_cast<Level::LogLevel>(70), false); // holds back every message but the next
+    logger.setLevel(static_cast<Level::LogLevel>(70), false); // rejects every message but the next
     logger.audit("unseen", 0, "");
     logger.config(ConfigurationMessage("reloaded"));
     ASSERT_THAT(appender.messages, SizeIs(2));

@@ -71,7 +71,7 @@ TEST(Properties, TakePairsInBracesHoweverTheyAreWritten) {
     EXPECT_EQ(copied, one);
     EXPECT_EQ(Properties{copied}, one);
     EXPECT_EQ((Properties{{"a", "b"}, {"c", "d"}}), two);
-    EXPECT_EQ((Properties{{{"a", "b"}, {"c", "d"}}}), two); // and no begins and ends of texts
+    EXPECT_EQ((Properties{{{"a", "b"}, {"c", "d"}}}), two); // not iterator ranges
     EXPECT_EQ(Properties({{"a", "b"}, {"c", "d"}}), two);
     EXPECT_EQ((Properties{{a, "b"}, {"c", d}}), two);
     EXPECT_EQ((Properties{std::make_pair("a", "b"), Properties::value_type("c", d), {"a", "later"}}), two);

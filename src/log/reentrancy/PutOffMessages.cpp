@@ -55,8 +55,8 @@ void PutOffMessages::showDiscarded(const Messages& discarded) noexcept {
         return;
     }
     thread.showsDiscarded = true;
-    for (const PutOffMessage& putOff : discarded) {
-        showOnStandardError(SHOWN_WHEN_DISCARDED, putOff.message);
+    for (const PutOffMessage& message : discarded) {
+        showOnStandardError(SHOWN_WHEN_DISCARDED, message.message);
     }
     thread.showsDiscarded = false;
 }

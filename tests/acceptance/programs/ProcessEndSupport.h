@@ -6,13 +6,13 @@
 
 #include <string>
 
-// What the programs that end have in common.
+// Shared by the programs that end.
 
 namespace ZAV::TestSupport {
 
-/// Sets the library up with a synchronous appender, and with asynchronous ones that write nothing before the
-/// process ends, unless the waiting period is a shorter one. One of these fails; it writes the messages of
-/// the logger "broken" alone.
+/// Initialises the library with a synchronous appender, and with asynchronous ones that write nothing before
+/// the process ends, unless the waiting period is shorter. One of these fails; it takes only messages of the
+/// logger "broken".
 inline bool initForEnd(const std::string& directory, const std::string& waitingPeriod = "3600") {
     Util::Properties properties;
     properties["appender.sync"] = "FileAppender";

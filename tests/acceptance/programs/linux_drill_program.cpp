@@ -1,5 +1,5 @@
-// Logs from four threads while the process is hurt in the way that the first argument names. The second
-// argument is the directory of the logs.
+// Logs from four threads while the fault named by the first argument occurs. The second argument is the log
+// directory.
 
 #include "ProcessEndSupport.h"
 
@@ -31,7 +31,7 @@ std::atomic<bool> hasMemory{true};
 
 } // namespace
 
-// These stand in the place of the system's; the array forms call them.
+// These replace the standard library's operators; the array forms call them.
 
 void* operator new(std::size_t size) {
     void* const memory = hasMemory ? std::malloc(size) : nullptr;
@@ -41,7 +41,7 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-// Not inlined: the compiler would take its call of free for a mistake.
+// Not inlined: the compiler would warn of a mismatched call to free.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -52,7 +52,7 @@ void* operator new(std::size_t size) {
 
 namespace {
 
-/// The number of the last message of each thread for which the call has returned.
+/// For each thread, the number of the last message whose call has returned.
 using Returned = std::atomic<int>[THREADS];
 
 void logTo(Returned& returned, const std::atomic<bool>& stopped) {
@@ -75,7 +75,7 @@ void logTo(Returned& returned, const std::atomic<bool>& stopped) {
     }
 }
 
-/// The numbers are in a file that the process shares with whoever reads it later.
+/// The numbers are in a shared file mapping, which the test reads later.
 int killWhileThreadsLog(const std::string& directory) {
     const int file = open((directory + "/returned").c_str(), O_RDWR | O_CREAT, 0600);
     if (ftruncate(file, sizeof(Returned)) != 0) {
@@ -93,7 +93,7 @@ int killWhileThreadsLog(const std::string& directory) {
     return EXIT_FAILURE; // it was not killed
 }
 
-/// A type of the application, which needs a stream.
+/// A type of the application that needs a stream.
 struct Price {
     int value;
 };
@@ -106,7 +106,7 @@ struct Grouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// Spends as much time as it can in locks of the standard libraries, which nobody frees in a child.
+/// Spends as much time as possible in locks of the standard libraries, which are never released in a child.
 void lockStandardLibraries(const std::atomic<bool>& stopped) {
     while (!stopped) {
         const std::time_t now = std::time(nullptr);
@@ -116,7 +116,7 @@ void lockStandardLibraries(const std::atomic<bool>& stopped) {
     }
 }
 
-/// What a forked child may do: log at once, to all appenders, or set the library up for files of its own.
+/// What a forked child may do: log at once, to all appenders, or initialise the library with its own files.
 int live(int child, const std::string& directory) {
     const bool hasOwnFiles = child % 2 == 0;
     if (hasOwnFiles) {
@@ -129,7 +129,7 @@ int live(int child, const std::string& directory) {
     ZAV_LOG_ERROR(LoggerFactory::getLogger("net"), "child " << 1000 << ' ' << Price{2000});
     const bool isFlushed = LogManager::flush(); // a hang here is a failure
     if (hasOwnFiles && !isFlushed) {
-        return EXIT_FAILURE; // another child may have come while the parent had no consumer
+        return EXIT_FAILURE; // others may have been forked while the parent had no consumer
     }
     if (child % 3 == 0) {
         LogManager::finish();
@@ -146,8 +146,8 @@ bool forkChild(int child, const std::string& directory) {
     return waitpid(process, &status, 0) == process && status == 0; // a hang here is a failure
 }
 
-/// Other threads log, make loggers, deliver, lower levels and look at them, and take the library down and set
-/// it up again.
+/// Other threads log, create loggers, deliver, lower and read levels, and repeatedly shut down and initialise
+/// the library.
 int forkWhileThreadsLog(const std::string& directory) {
     Returned returned{};
     std::ofstream(directory + "/properties") << "logger.net.level = DEBUG\n";
@@ -181,7 +181,7 @@ int forkWhileThreadsLog(const std::string& directory) {
     return endedWell ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-/// The child only ends, and so does one of its own.
+/// The child only ends, and so does a child of its own.
 int forkWithoutMemory() {
     LoggerFactory::getLogger("net").error("queued", 0, "");
     hasMemory = false;

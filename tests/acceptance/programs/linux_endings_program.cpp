@@ -1,6 +1,5 @@
-// Ends in the way that the first argument names, with the exit code 0, at a moment that is hard for the log.
-// The second argument is the directory of the logs. What it has logged is in the file "accepted", a word a
-// message.
+// Ends in the way named by the first argument, with exit code 0, at a difficult moment for the library. The
+// second argument is the log directory. What it has logged is in the file "accepted", one word per message.
 
 #include "Calling.h"
 #include "ProcessEndSupport.h"
@@ -30,14 +29,14 @@ using namespace ZAV::TestSupport;
 namespace {
 
 constexpr int NOT_ENDED = 1;
-std::atomic<int> untilPause{0}; ///< locks that other threads than the first still take before they pause
+std::atomic<int> untilPause{0}; ///< locks that threads other than the first still take before they pause
 std::atomic<bool> isPaused{false};
 thread_local bool isFirstThread = false;
 std::string directory;
 
 } // namespace
 
-// It stands in the place of the system's, and makes one moment between two steps of the consumer a long one.
+// Replaces the system's function, to prolong the moment between two steps of the consumer.
 extern "C" __attribute__((visibility("default"))) int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     using Lock = int (*)(pthread_mutex_t*);
     static const Lock lock = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
@@ -74,7 +73,7 @@ CallingListener exiting([](const std::string&) { std::exit(EXIT_SUCCESS); });
 // exit inside an appender or a listener
 
 int exitInAppender() {
-    logger().error("delivered", 0, ""); // main has attached an appender that exits, in front of the others
+    logger().error("delivered", 0, ""); // main has attached an appender that exits, before the others
     return NOT_ENDED;
 }
 
@@ -107,7 +106,7 @@ int returnWhileTheConsumerExits() {
     return EXIT_SUCCESS;
 }
 
-/// The consumer pauses before its lock of that number, so that in some run it has taken a batch and not begun
+/// The consumer pauses before its lock of that number, so that in some run it has taken a batch but not begun
 /// it.
 int exitWhileTheConsumerPauses(int lock) {
     LogManager::registerCommandListener("exit", &exiting);
@@ -143,7 +142,7 @@ int returnWhileAListenerWaitsForMain() {
     std::exit(EXIT_SUCCESS);
 }
 
-/// Another thread is stuck in a listener, which the end destroys, and holds the command bus.
+/// Another thread is stuck in a listener, which is destroyed at the end, and holds the command bus.
 int returnWhileACommandWaitsForMain() {
     static std::promise<void> waits;
     static CallingListener waiting([](const std::string&) {
@@ -177,7 +176,7 @@ int endTheMainThread() {
     pthread_exit(nullptr);
 }
 
-/// The system then calls the process, which it names by its first thread, a zombie.
+/// The system then reports the process as a zombie, since it identifies it by its first thread.
 void waitUntilMainHasEnded() {
     for (std::string line; line.find(") Z ") == std::string::npos; std::this_thread::yield()) {
         std::getline(std::ifstream("/proc/self/stat"), line);
@@ -207,8 +206,8 @@ int returnFromTheThreadOfAChild() {
     return status == 0 ? EXIT_SUCCESS : NOT_ENDED;
 }
 
-/// A listener forks in the consumer's thread and returns in both processes: the batch is the parent's, and
-/// the child ends when it is through with what it logs itself.
+/// A listener forks in the consumer thread and returns in both processes: the batch is the parent's, and the
+/// child ends after delivering what it logs itself.
 int forkInConsumer() {
     std::promise<int> ended;
     CallingListener forking([&ended](const std::string&) {
@@ -246,7 +245,8 @@ int blockProducers() {
             for (int message = 0; message < MESSAGES; ++message) {
                 logger().error("produced", 0, "");
                 if (message % 100 == 0) {
-                    LoggerFactory::getLogger("broken").error("produced", 0, ""); // whose report is answered
+                    LoggerFactory::getLogger("broken").error("produced", 0,
+                                                             ""); // the listener answers its report
                 }
             }
             --running;
@@ -261,7 +261,7 @@ int blockProducers() {
         producer.join();
     }
     LogManager::finish();
-    // The batch that is being delivered waits, too. Answers do not wait for room.
+    // The batch being delivered counts as waiting, too. Answers do not wait for room.
     std::printf("most waiting: %llu\n", static_cast<unsigned long long>(mostWaiting));
     return mostWaiting <= 3 * LIMIT ? EXIT_SUCCESS : NOT_ENDED;
 }

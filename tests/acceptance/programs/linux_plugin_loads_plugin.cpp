@@ -1,4 +1,4 @@
-// Logs from places of every kind, for a program that unloads it with the messages in the queue.
+// Logs from call sites of every kind, for a program that unloads it while the messages are queued.
 
 #include "log/LogFormat.h"
 #include "log/LogMacros.h"
@@ -24,7 +24,7 @@ inline void logInline(Logger& logger, int number) {
 
 extern "C" void logFromPlugin(int number) {
     Logger& logger = LoggerFactory::getLogger("plugin");
-    char buffer[32]; // std::to_string would keep the plugin from being unloaded
+    char buffer[32]; // std::to_string would prevent the plugin from being unloaded
     std::snprintf(buffer, sizeof buffer, "text %d", number);
     const std::string text = buffer;
     ZAV_LOGF_ERROR(logger, "format {} {} {:.2f}", "literal", text, 0.5 * number);

@@ -1,4 +1,4 @@
-// Loads a plugin again and again, which logs and is unloaded before its messages are delivered.
+// Repeatedly loads a plugin, which logs and is unloaded before its messages are delivered.
 // usage: PLUGIN DIRECTORY
 
 #include "Module.h"
@@ -20,7 +20,7 @@ int fail(const char* what) {
     return EXIT_FAILURE;
 }
 
-/// \return null if the plugin was loaded, logged and is gone again
+/// \return null if the plugin was loaded, has logged and was unloaded; otherwise what went wrong
 const char* logOnce(const char* path, int number) {
     void* const plugin = TestSupport::loadModule(path);
     if (plugin == nullptr) {
@@ -56,7 +56,7 @@ int main(int, char** arguments) {
             bytesBefore = mallinfo2().uordblks;
         }
     }
-    // What a round of the consumer, or a text that has grown, keeps.
+    // Memory kept by a round of the consumer, or by a text buffer that has grown.
     constexpr std::size_t SLACK = 64 * 1024;
     const std::size_t bytes = mallinfo2().uordblks;
     LogManager::finish();

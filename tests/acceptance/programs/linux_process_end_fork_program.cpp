@@ -1,5 +1,5 @@
-// Forks while messages are queued. The child logs too, and exits; the first argument is "finish" if it takes
-// the library down before. The second argument is the directory of the logs.
+// Forks while messages are queued. The child logs too, and exits; if the first argument is "finish", it shuts
+// the library down before. The second argument is the log directory.
 
 #include "ProcessEndSupport.h"
 
@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__)
-// The check may come while the consumer is still about to end, and takes what that has in hand for lost.
+// The leak check may run while the consumer is still ending, and report what that still holds as leaked.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "detect_leaks=0";
 }

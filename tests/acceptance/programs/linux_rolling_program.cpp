@@ -1,6 +1,6 @@
-// Logs into a file that is rolled all the time and packed, until it kills itself at a random moment.
-// Arguments: the number of the run, after how many microseconds it is killed, and the directory. With 0 it is
-// not, but ends when all is packed.
+// Logs into a file that is constantly rolled and compressed, until it kills itself at a random moment.
+// Arguments: the number of the run, the microseconds until it is killed, and the directory. With 0 it is not
+// killed, but ends when everything is compressed.
 
 #include "log/LogManager.h"
 #include "log/Logger.h"
@@ -23,7 +23,7 @@ using namespace ZAV::Log;
 
 namespace {
 
-/// How many calls have returned, in a file that outlives the process.
+/// How many calls have returned, in a memory-mapped file, which outlives the process.
 std::atomic<int>& returnedCalls(const std::string& directory, const std::string& run) {
     const int file = open((directory + "/returned." + run).c_str(), O_RDWR | O_CREAT, 0600);
     if (ftruncate(file, sizeof(std::atomic<int>)) != 0) {
@@ -33,7 +33,7 @@ std::atomic<int>& returnedCalls(const std::string& directory, const std::string&
     return *static_cast<std::atomic<int>*>(memory);
 }
 
-/// Rolled files that are not packed end in a time or a number.
+/// The names of uncompressed rolled files end in a time or a number.
 bool isAllPacked(const std::string& directory) {
     for (const auto& entry : std::filesystem::directory_iterator(directory + "/logs")) {
         const std::string extension = entry.path().extension().string();
@@ -72,17 +72,17 @@ int main(int, char** arguments) {
     LogManager::init(properties);
     Logger& logger = LoggerFactory::getLogger("net");
     if (life == life.zero()) {
-        awaitPacking(directory); // by the start alone
+        awaitPacking(directory); // of what the start has begun
         logger.info(run + ":1", 0, "");
         returned = 1;
         awaitPacking(
-            directory); // of the file that this line may have rolled, which `finish` would leave plain
+            directory); // of the file that this line may have rolled; `finish` would leave it uncompressed
         LogManager::finish();
         return EXIT_SUCCESS;
     }
     for (int number = 1;; ++number) {
         logger.info(run + ":" + std::to_string(number), 0, "");
         returned = number;
-        std::this_thread::sleep_for(std::chrono::microseconds(20)); // so that there are not too many files
+        std::this_thread::sleep_for(std::chrono::microseconds(20)); // to limit the number of files
     }
 }

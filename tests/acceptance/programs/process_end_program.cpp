@@ -1,5 +1,5 @@
-// Ends in the way that its first argument names, with the exit code 0. The second argument is the directory
-// of the logs. A way that fails to end the process gives another code.
+// Ends in the way named by its first argument, with exit code 0. The second argument is the log directory. A
+// way that fails to end the process gives another code.
 
 #include "Calling.h"
 #include "ProcessEndSupport.h"
@@ -14,7 +14,7 @@
 #include <thread>
 
 #if defined(__SANITIZE_ADDRESS__)
-// A thread that ends the process from inside an appender leaves what its frames hold.
+// A thread that ends the process from inside an appender leaks what its stack frames own.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "detect_leaks=0";
 }
@@ -51,7 +51,7 @@ int exitWhileThreadsLog() {
     std::exit(EXIT_SUCCESS);
 }
 
-/// Of static storage duration, it logs when the process is well on its way to the end.
+/// Has static storage duration, so it logs late during the end of the process.
 class LastWord {
 public:
     ~LastWord() {
@@ -69,9 +69,9 @@ int logFromStaticObject() {
     return EXIT_SUCCESS;
 }
 
-/// The appender fails when the listener is gone.
+/// The appender fails after the listener was destroyed.
 int loseListener() {
-    std::string lastReport; // shows a call after its end to a sanitizer
+    std::string lastReport; // lets a sanitizer detect a call after its destruction
     const auto listener = std::make_unique<CallingListener>(
         [lastReport](const std::string& report) mutable { lastReport = report; });
     LogManager::registerCommandListener("EXCEPTION", listener.get());
@@ -94,7 +94,7 @@ int exitInAppender() {
     return NOT_ENDED;
 }
 
-/// The listener logs through a logger that another thread holds to the end.
+/// The listener logs through a logger that another thread holds until the process ends.
 int exitWithMessagePutOff() {
     std::promise<void> held;
     CallingAppender holding([&held](const LogMessage&) {
@@ -114,7 +114,7 @@ int exitWithMessagePutOff() {
     return NOT_ENDED;
 }
 
-/// A thread is writing then what its listener had to put off.
+/// Meanwhile a thread is writing what its listener had to defer.
 int exitWhilePutOffIsWritten() {
     std::promise<void> held;
     std::promise<void> released;
@@ -138,7 +138,8 @@ int exitWhilePutOffIsWritten() {
     std::exit(EXIT_SUCCESS);
 }
 
-/// Here the consumer thread itself ends the process, since a report of its failing appender comes in it.
+/// Here the consumer thread itself ends the process, since the report of its failing appender is delivered in
+/// it.
 int exitInConsumerThread() {
     CallingListener listener([](const std::string&) { std::exit(EXIT_SUCCESS); });
     LogManager::registerCommandListener("EXCEPTION", &listener);

@@ -1,5 +1,5 @@
 // Loads the plugin given as the second argument, logs through it and unloads it, twice. The first argument is
-// "finish" if the plugin is to take the library down each time, the third the directory of the logs.
+// "finish" if the plugin is to shut the library down each time, the third is the log directory.
 
 #include "Module.h"
 

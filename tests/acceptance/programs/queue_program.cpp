@@ -1,5 +1,5 @@
-// Logs from four threads, as fast as it can, into a queue that is kept in a file, and through two appenders.
-// Arguments: the number of the run, `line` or `batch`, the way in which it ends, after how many microseconds,
+// Logs from four threads, as fast as it can, into a queue kept in a file, and through two appenders.
+// Arguments: the number of the run, `line` or `batch`, the way in which it ends, the microseconds until then,
 // and the directory. A line is RUN:THREAD:NUMBER and a full stop.
 
 #include "KilledProcess.h"
@@ -40,7 +40,7 @@ void end(const std::string& way) {
     }
     if (way == "memory") {
         limitMemory();
-        // In pieces so large that the other threads find memory until this one ends the process.
+        // In blocks so large that the other threads still get memory until this one ends the process.
         for (std::vector<std::unique_ptr<char[]>> used;;) {
             used.push_back(std::make_unique<char[]>(std::size_t{8} << 20U));
         }

@@ -13,7 +13,7 @@
 
 namespace ZAV::TestSupport {
 
-/// By which a program can be told to end, and the exit code then, as a shell tells of it.
+/// The ways in which a program can be told to end, and the resulting exit code as a shell reports it.
 constexpr struct {
     const char* name;
     int exitCode;
@@ -27,7 +27,7 @@ constexpr struct {
     std::abort();
 }
 
-/// Has the system refuse the process more memory than it has now and a little.
+/// Limits the process's memory to its current size and a little more.
 inline void limitMemory() {
     constexpr rlim_t MORE = rlim_t{32} << 20U;
     rlim_t pages = 0;
@@ -42,7 +42,7 @@ inline int exitCodeOf(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-/// Numbers in a file that outlive the process.
+/// Numbers in a memory-mapped file, which outlive the process.
 inline std::atomic<int>* numbersIn(const std::string& path, int count) {
     const std::size_t size = static_cast<std::size_t>(count) * sizeof(std::atomic<int>);
     const int file = open(path.c_str(), O_RDWR | O_CREAT, 0600);

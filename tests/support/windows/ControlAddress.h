@@ -5,7 +5,7 @@
 namespace ZAV {
 namespace TestSupport {
 
-/// A pipe with the name of the test's directory, which no other test has.
+/// A pipe named after the test's directory, which is unique.
 inline std::string controlAddress(const TemporaryDirectory& directory) {
     return directory.path().substr(directory.path().rfind('/') + 1);
 }

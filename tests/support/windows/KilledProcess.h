@@ -9,7 +9,7 @@ namespace ZAV::TestSupport {
 
 constexpr int CODE_OF_KILLED = 137;
 
-/// By which a program can be told to end, and the exit code then.
+/// The ways in which a program can be told to end, and the resulting exit code.
 constexpr struct {
     const char* name;
     int exitCode;
@@ -20,7 +20,7 @@ constexpr struct {
     std::abort();
 }
 
-/// Nobody is told to end by that here.
+/// No program is told to end in this way here.
 inline void limitMemory() {}
 
 /// \param status what `std::system` has returned
@@ -28,7 +28,7 @@ inline int exitCodeOf(int status) {
     return status;
 }
 
-/// Numbers in a file that outlive the process.
+/// Numbers in a memory-mapped file, which outlive the process.
 inline std::atomic<int>* numbersIn(const std::string& path, int count) {
     const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
