@@ -26,15 +26,11 @@ function(set_library_kind library name)
     else()
         # The same for anyone's shared library that this one is linked into.
         target_link_options(${library} INTERFACE -Wl,-z,nodelete)
-<<<<<<< HEAD
-        # The archive holds one object, so that what is made at load is made in the order of the sources, as in a shared
-        # library, and not in the order in which the linker needs the parts. It is made before the program's own
-        # objects, which may log when they are destroyed: the end of the process has to come to the dispatcher after them.
+        # The archive holds one object, so that static objects are initialised in the order of the sources, as in a
+        # shared library, and not in the order in which the linker needs the parts. They are initialised before the
+        # program's own, which may log when they are destroyed: the end of the process must reach the dispatcher after
+        # them.
         set(whole ${CMAKE_CURRENT_BINARY_DIR}/${library}-whole.o)
-=======
-        # The library's static objects are initialised before the program's own, as if the library were a shared one:
-        # these may log when they are destroyed, and the end of the process must reach the dispatcher after them.
->>>>>>> en5
         add_custom_command(TARGET ${library} POST_BUILD
             COMMAND ${CMAKE_CXX_COMPILER} -r -o ${whole}
                 -Wl,--whole-archive $<TARGET_FILE:${library}> -Wl,--no-whole-archive

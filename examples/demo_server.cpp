@@ -50,8 +50,8 @@ public:
 
     /// \return nothing on timeout
     std::optional<std::string> next() {
-        constexpr std::chrono::seconds PATIENCE(20);
-        return requests_.receive(PATIENCE);
+        constexpr std::chrono::seconds TIMEOUT(20);
+        return requests_.receive(TIMEOUT);
     }
 
 private:
@@ -145,9 +145,9 @@ void serve(int firstNumber, int ordersPerConnection) {
 /// Waits until no appender's level is lowered by a command any more, up to a timeout.
 /// \return false on timeout
 bool awaitUsualLevels() {
-    constexpr std::chrono::seconds PATIENCE(2);
+    constexpr std::chrono::seconds TIMEOUT(2);
     constexpr std::chrono::milliseconds PAUSE(10);
-    const auto end = std::chrono::steady_clock::now() + PATIENCE;
+    const auto end = std::chrono::steady_clock::now() + TIMEOUT;
     const auto isLowered = [](const Log::AppenderStatus& appender) {
         return appender.until != Util::TimeUtils::Time();
     };

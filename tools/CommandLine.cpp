@@ -29,7 +29,7 @@ const char* const EXIT_STATUS = "exit status:\n"
                                 "  2  wrong usage";
 
 ExitCode endWith(ExitCode code, const std::string& text) {
-    complain(text);
+    reportError(text);
     return code;
 }
 
@@ -57,11 +57,11 @@ ExitCode CommandLine::run(int argc, const char* const* argv) {
         output_.flush();
         return code;
     } catch (const OutputClosed&) {
-        return EXIT_AS_WISHED;
+        return EXIT_OK;
     } catch (const UsageError& error) {
         return endWith(EXIT_USAGE, error.what());
     } catch (const std::exception& error) {
-        return endWith(EXIT_COMPLAINT, error.what());
+        return endWith(EXIT_PROBLEM, error.what());
     }
 }
 
@@ -71,10 +71,10 @@ ExitCode CommandLine::parseAndRun(int argc, const char* const* argv) {
         app_.parse(VerbatimWords::marked(argc, argv));
     } catch (const CLI::CallForHelp&) {
         output_.write(app_.help());
-        return EXIT_AS_WISHED;
+        return EXIT_OK;
     } catch (const CLI::CallForVersion& version) {
         output_.write(std::string(version.what()) + '\n');
-        return EXIT_AS_WISHED;
+        return EXIT_OK;
     } catch (const CLI::ParseError& error) {
         return endWith(EXIT_USAGE, std::string(error.what()) + "\nRun with --help for more information.");
     }

@@ -7,7 +7,7 @@ namespace ZAV {
 namespace Tools {
 
 /// Reports a problem on standard error, prefixed with the program's name.
-inline void complain(const std::string& text) {
+inline void reportError(const std::string& text) {
     std::cerr << "zav-log: " << text << '\n';
 }
 

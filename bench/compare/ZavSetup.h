@@ -66,12 +66,8 @@ inline std::string liveFile(const Task& task) {
     return task.file() + "0";
 }
 
-<<<<<<< HEAD
-/// With the queue kept in a file, which is made large enough for all messages. One that a killed run has left
-/// is removed: its messages would be delivered first.
-=======
-/// With the queue kept in a file that is large enough for all messages.
->>>>>>> en5
+/// Keeps the queue in a file with room for all messages. A file left by a killed run is removed: its messages
+/// would be delivered first.
 inline Properties keptIn(const std::string& path, Properties properties) {
     std::filesystem::remove(path);
     properties["zav.log.AsynchronousDispatcher.queueFile"] = path;

@@ -44,8 +44,8 @@ struct ClientSession {
     using Clock = std::chrono::steady_clock;
 
     LineBuffer lines;
-    Clock::time_point silentSince; ///< when a request was last carried out or an answer completely received
-    bool isRefused = false;        ///< whether the last request was refused, which does not count as activity
+    Clock::time_point idleSince; ///< when a request was last carried out or an answer completely received
+    bool isRefused = false;      ///< whether the last request was refused, which does not count as activity
 
     bool isFlushing = false; ///< answered when the queue is written, or at `flushUntil`
     Clock::time_point flushUntil;

@@ -28,13 +28,13 @@ const Util::TimeUtils::Time FLUSH_STEP(50, Util::TimeUtils::MSEC);
 constexpr std::chrono::seconds SLOW_LISTENER(1);
 
 /// How soon a process ends that has only service threads left.
-constexpr std::chrono::seconds TIME_BETWEEN_LOOKS(2);
+constexpr std::chrono::seconds POLL_INTERVAL(2);
 
 } // namespace
 
 ControlLoop::ControlLoop(const std::string& address, const Limits& limits)
     : limits_(limits), process_(Platform::processId()), server_(address, limits.clients),
-      sessions_(static_cast<std::size_t>(limits.clients)), nextLook_(Clock::now() + TIME_BETWEEN_LOOKS) {}
+      sessions_(static_cast<std::size_t>(limits.clients)), nextLivenessCheck_(Clock::now() + POLL_INTERVAL) {}
 
 /// A listener or an appender may fork in this thread, and return in both processes. The child serves nobody:
 /// the clients and the address are its parent's.
@@ -42,7 +42,7 @@ void ControlLoop::run() noexcept {
     Platform::markAsServing();
     bool isWanted = true;
     while (isWanted && isInOwnProcess()) {
-        isWanted = runOnce() && hasCompany();
+        isWanted = runOnce() && hasOtherThreads();
     }
     if (!isInOwnProcess()) {
         closeInherited();
@@ -52,12 +52,12 @@ void ControlLoop::run() noexcept {
 
 /// While this thread runs, the process would neither end by itself nor react to a signal, since all are
 /// blocked here.
-bool ControlLoop::hasCompany() {
+bool ControlLoop::hasOtherThreads() {
     const Clock::time_point now = Clock::now();
-    if (now < nextLook_) {
+    if (now < nextLivenessCheck_) {
         return true;
     }
-    nextLook_ = now + TIME_BETWEEN_LOOKS;
+    nextLivenessCheck_ = now + POLL_INTERVAL;
     return !Platform::isOnlyThread();
 }
 
@@ -79,9 +79,9 @@ bool ControlLoop::runOnce() {
         if (!isInOwnProcess()) {
             return false;
         }
-        excuseSilenceSince(begin);
-        goOnFlushing();
-        goOnReloading();
+        extendIdleDeadlines(begin);
+        continueFlush();
+        continueReload();
     } catch (...) {
         // Out of memory. The application may recover, so this must not end it.
         if (client >= 0) {
@@ -98,7 +98,7 @@ void ControlLoop::handle(const Event& event) {
     switch (event.kind) {
     case LocalServer::JOINED:
         session(event.client).emplace();
-        session(event.client)->silentSince = Clock::now();
+        session(event.client)->idleSince = Clock::now();
         server_.receive(event.client);
         break;
     case LocalServer::RECEIVED:
@@ -107,7 +107,7 @@ void ControlLoop::handle(const Event& event) {
         break;
     case LocalServer::SENT:
         if (!session(event.client)->isRefused) {
-            session(event.client)->silentSince = Clock::now();
+            session(event.client)->idleSince = Clock::now();
         }
         serveNextLine(event.client);
         break;
@@ -166,7 +166,7 @@ void ControlLoop::answerOrRefuse(int client, const std::string& text) {
 
 void ControlLoop::answer(int client, const std::string& text) {
     session(client)->isRefused = false;
-    session(client)->silentSince = Clock::now();
+    session(client)->idleSince = Clock::now();
     server_.send(client, text);
 }
 
@@ -187,7 +187,7 @@ void ControlLoop::startFlushing(int client) {
 }
 
 /// Flushes the queue for one step, on behalf of all clients that wait for it.
-void ControlLoop::goOnFlushing() {
+void ControlLoop::continueFlush() {
     if (!isAnyoneFlushing()) {
         return;
     }
@@ -212,7 +212,7 @@ void ControlLoop::endFlushing(int client, const std::string& text) {
 }
 
 /// One reload runs at a time, even if the client that asked for it disconnects.
-void ControlLoop::goOnReloading() {
+void ControlLoop::continueReload() {
     if (reload_ != nullptr && !reload_->isOver()) {
         return;
     }
@@ -246,14 +246,14 @@ bool ControlLoop::isAnyoneFlushing() const {
 }
 
 /// After a slow listener: what the other clients sent meanwhile has not been read.
-void ControlLoop::excuseSilenceSince(Clock::time_point begin) {
+void ControlLoop::extendIdleDeadlines(Clock::time_point begin) {
     const Clock::time_point now = Clock::now();
     if (now - begin < SLOW_LISTENER) {
         return; // many short ones must not excuse a client forever
     }
     for (std::optional<ClientSession>& session : sessions_) {
         if (session) {
-            session->silentSince = std::min(now, session->silentSince + (now - begin));
+            session->idleSince = std::min(now, session->idleSince + (now - begin));
         }
     }
 }
@@ -262,7 +262,7 @@ void ControlLoop::dropSilentClients() {
     const Clock::time_point now = Clock::now();
     for (int client = 0; client < limits_.clients; ++client) {
         const std::optional<ClientSession>& silent = session(client);
-        if (silent && !silent->isWaiting() && now - silent->silentSince >= limits_.silence) {
+        if (silent && !silent->isWaiting() && now - silent->idleSince >= limits_.silence) {
             drop(client);
         }
     }
@@ -282,7 +282,7 @@ std::optional<ControlLoop::Milliseconds> ControlLoop::untilNextDeadline() const 
     std::optional<Milliseconds> shortest;
     for (const auto& session : sessions_) {
         if (session) {
-            const auto left = std::chrono::ceil<Milliseconds>(session->silentSince + limits_.silence - now);
+            const auto left = std::chrono::ceil<Milliseconds>(session->idleSince + limits_.silence - now);
             shortest = shortest ? std::min(*shortest, left) : left;
         }
     }

@@ -48,7 +48,7 @@ private:
     using Event = Platform::LocalServer::Event;
 
     bool runOnce();
-    bool hasCompany();
+    bool hasOtherThreads();
     void handle(const Event& event);
     void serveNextLine(int client);
     void serve(int client, const LineBuffer::Line& line);
@@ -57,12 +57,12 @@ private:
     void refuse(int client, const std::string& text);
     void startFlushing(int client);
     void startReloading(int client, const ControlRequest& request);
-    void goOnFlushing();
+    void continueFlush();
     void endFlushing(int client, const std::string& text);
-    void excuseSilenceSince(Clock::time_point begin);
+    void extendIdleDeadlines(Clock::time_point begin);
     void dropSilentClients();
     void drop(int client);
-    void goOnReloading();
+    void continueReload();
     bool isAnyoneFlushing() const;
     bool isAnyoneReloading() const;
     bool isAnyoneWaiting() const;
@@ -73,8 +73,8 @@ private:
     const int process_; ///< id of the process that it serves in
     Platform::LocalServer server_;
     std::vector<std::optional<ClientSession>> sessions_; ///< indexed by client number
-    std::shared_ptr<ReloadCall> reload_; ///< the one in progress, or null; its client may have disconnected
-    Clock::time_point nextLook_;         ///< when to check next whether other threads are left
+    std::shared_ptr<ReloadCall> reload_;  ///< the one in progress, or null; its client may have disconnected
+    Clock::time_point nextLivenessCheck_; ///< when to check next whether other threads are left
     std::atomic<bool> hasEnded_{false};
 };
 

@@ -160,7 +160,7 @@ void FormattedMessage::logTagged(const Logger& logger, const Place& place, const
                                  std::size_t count) {
     if (logger.inside_->takesValues()) {
         const KnownPlace& known = knownPlace(place);
-        if (!known.needsCall) {
+        if (!known.mustFormatInCall) {
             logger.inside_->logFrom(known, ValuesOnStack(values, count).view(), TextForm::FORMATTED);
             return;
         }

@@ -10,8 +10,8 @@
 #include "log/commands/FailureReport.h"
 #include "log/layout/UndeliveredMessage.h"
 #include "log/lifecycle/Reload.h"
+#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "log/reentrancy/PutOffMessages.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/TreeChange.h"
 #include "platform/CriticalSection.h"
@@ -51,7 +51,7 @@ struct LifeCycle : Platform::NeverDestroyed<LifeCycle> {
 const LifeCycle& madeAtLoad = LifeCycle::instance();
 
 /// \throw LogException in a thread that is making an appender
-void refuseWhileMaking(const char* call) {
+void rejectWhileCreatingAppenders(const char* call) {
     if (threadRecord().isMaking) {
         throw LogException("LogManager::" + std::string(call) +
                            " must not be called while an appender is made.");
@@ -70,7 +70,7 @@ bool initFrom(const Util::Properties& properties, const std::string& fileName) {
     if (cycle.isInitialised) {
         return false;
     }
-    refuseWhileMaking("init");
+    rejectWhileCreatingAppenders("init");
     try {
         configure(properties);
         cycle.fileName = fileName;
@@ -153,7 +153,7 @@ void finish() {
     const Platform::NoCancellation noCancellation; // it must not be left half done
     LifeCycle& cycle = LifeCycle::instance();
     const ScopedLock lock(cycle.lock);
-    refuseWhileMaking("finish");
+    rejectWhileCreatingAppenders("finish");
     CommandBus::instance().clearCommandListeners();
     AsynchronousDispatcher::instance().finishConfigured();
     AppenderRegistry::instance().destroyAppenders();
@@ -166,7 +166,7 @@ bool flush(const Util::TimeUtils::Time& timeout) {
 
 LogStatistics statistics() {
     LogStatistics statistics = AsynchronousDispatcher::instance().statistics();
-    const std::uint64_t neverQueued = PutOffMessages::instance().discarded();
+    const std::uint64_t neverQueued = DeferredMessages::instance().discarded();
     statistics.queued += neverQueued;
     statistics.discarded += neverQueued;
     statistics.failed = FailureCount::get();
@@ -218,20 +218,20 @@ namespace {
 
 /// Enables failure notices before `init`, since an appender may already fail while it is set up. A session
 /// that finds them enabled leaves them so.
-class WantedNotices {
+class FailureNoticeScope {
 public:
-    WantedNotices() {
+    FailureNoticeScope() {
         if (!wereWanted_) {
-            FailureNotice::setWanted(true);
+            FailureNotice::setEnabled(true);
         }
     }
-    ~WantedNotices() {
+    ~FailureNoticeScope() {
         if (!isKept_ && !wereWanted_) {
-            FailureNotice::setWanted(false);
+            FailureNotice::setEnabled(false);
         }
     }
-    WantedNotices(const WantedNotices&) = delete;
-    WantedNotices& operator=(const WantedNotices&) = delete;
+    FailureNoticeScope(const FailureNoticeScope&) = delete;
+    FailureNoticeScope& operator=(const FailureNoticeScope&) = delete;
 
     bool keepIf(bool isKept) { return isKept_ = isKept; }
 
@@ -241,16 +241,16 @@ private:
 };
 
 template <typename Configuration>
-bool beginWith(const Configuration& configuration) {
-    WantedNotices notices;
+bool initSession(const Configuration& configuration) {
+    FailureNoticeScope notices;
     return notices.keepIf(LogManager::init(configuration));
 }
 
 } // namespace
 
-LogSession::LogSession(const std::string& fileName) : hasInitialised_(beginWith(fileName)) {}
+LogSession::LogSession(const std::string& fileName) : hasInitialised_(initSession(fileName)) {}
 
-LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(beginWith(properties)) {}
+LogSession::LogSession(const Util::Properties& properties) : hasInitialised_(initSession(properties)) {}
 
 LogSession::~LogSession() {
     if (!hasInitialised_) {
@@ -260,7 +260,7 @@ LogSession::~LogSession() {
     try {
         LogManager::flush();
         LogManager::finish();
-        FailureNotice::setWanted(false);
+        FailureNotice::setEnabled(false);
     } catch (const std::exception& exception) {
         Util::writeErrorLine(exception.what());
     }

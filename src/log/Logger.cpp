@@ -92,7 +92,7 @@ Logger::Logger(Logger* parent, const std::string& shortName)
 Logger::~Logger() = default;
 
 Logger& Logger::getLogger(const std::string& path) {
-    requireAcceptableName(path); // before any logger is created
+    checkName(path); // before any logger is created
     const ScopedLock lock(treeLock());
     Logger* logger = this;
     std::string_view rest = path;

@@ -30,9 +30,9 @@ std::int64_t yearOf(std::int64_t days) {
 } // namespace
 
 std::int64_t toSeconds(const CalendarTime& time) {
-    const bool isNewYear = time.month > 2;
-    const std::int64_t year = isNewYear ? time.year : time.year - 1;
-    const std::int64_t month = isNewYear ? time.month - 3 : time.month + 9;
+    const bool isMarchOrLater = time.month > 2;
+    const std::int64_t year = isMarchOrLater ? time.year : time.year - 1;
+    const std::int64_t month = isMarchOrLater ? time.month - 3 : time.month + 9;
     const std::int64_t days = daysBeforeYear(year) + daysBeforeMonth(month) + time.day - 1 - EPOCH;
     return ((days * 24 + time.hour) * 60 + time.minute) * 60 + time.second;
 }
@@ -44,9 +44,9 @@ CalendarTime toCalendarTime(std::int64_t seconds) {
     const std::int64_t year = yearOf(days);
     const std::int64_t dayOfYear = days - daysBeforeYear(year);
     const std::int64_t month = (5 * dayOfYear + 2) / 153;
-    const bool isNewYear = month < 10;
-    return {static_cast<int>(isNewYear ? year : year + 1),
-            static_cast<int>(isNewYear ? month + 3 : month - 9),
+    const bool isMarchOrLater = month < 10;
+    return {static_cast<int>(isMarchOrLater ? year : year + 1),
+            static_cast<int>(isMarchOrLater ? month + 3 : month - 9),
             static_cast<int>(dayOfYear - daysBeforeMonth(month) + 1),
             second / 3600,
             second / 60 % 60,

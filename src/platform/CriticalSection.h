@@ -50,7 +50,7 @@ public:
     bool isHeldOnce() const ZAV_LOG_REQUIRES(this) { return native_.isHeldOnce(); }
 
 private:
-    friend class UnchangedInScope;
+    friend class BlockingIoScope;
 
     NativeLock native_;
 };
@@ -58,15 +58,15 @@ private:
 /// Marks a scope in which the caller holds the lock but does not change what it guards, and may block
 /// indefinitely: on a full pipe or a slow disk. A fork does not wait for the end of the scope; in the child
 /// the lock is free.
-class UnchangedInScope {
+class BlockingIoScope {
 public:
-    explicit UnchangedInScope(CriticalSection& criticalSection) ZAV_LOG_REQUIRES(criticalSection)
+    explicit BlockingIoScope(CriticalSection& criticalSection) ZAV_LOG_REQUIRES(criticalSection)
         : native_(criticalSection.native_) {
-        native_.beginUnchanged();
+        native_.beginBlockingSection();
     }
-    ~UnchangedInScope() { native_.endUnchanged(); }
-    UnchangedInScope(const UnchangedInScope&) = delete;
-    UnchangedInScope& operator=(const UnchangedInScope&) = delete;
+    ~BlockingIoScope() { native_.endBlockingSection(); }
+    BlockingIoScope(const BlockingIoScope&) = delete;
+    BlockingIoScope& operator=(const BlockingIoScope&) = delete;
 
 private:
     NativeLock& native_;

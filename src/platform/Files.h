@@ -33,7 +33,7 @@ struct FileStatus {
 };
 
 /// \return nothing if the path is not a regular file; symbolic links are not followed
-std::optional<FileStatus> lookAtFile(const std::string& path);
+std::optional<FileStatus> statFile(const std::string& path);
 
 /// \return whether the path exists, even as a dangling symbolic link
 bool isTaken(const std::string& path);

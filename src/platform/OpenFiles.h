@@ -171,7 +171,7 @@ public:
 
     /// \param path of the open file
     /// \return whether the open file's last line lacks its line end; false if it cannot be read
-    bool endsInTornLine(const std::string& path, const FileRules& rules = FileRules()) const noexcept;
+    bool endsInPartialLine(const std::string& path, const FileRules& rules = FileRules()) const noexcept;
 
 private:
     static constexpr int NONE = -1;

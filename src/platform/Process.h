@@ -53,7 +53,7 @@ enum ForkRule {
     /// The fork takes the lock, so that what it guards is consistent in the child. For a lock whose holders
     /// wait only for other locks of this kind, in any order, and for the system: a slow file delays the fork,
     /// but other threads only briefly, since a fork holds no lock while it waits for one. A holder that may
-    /// block indefinitely uses `UnchangedInScope`.
+    /// block indefinitely uses `BlockingIoScope`.
     AWAITED_BY_FORK
 };
 

@@ -12,7 +12,7 @@ unsigned byteAt(std::string_view text, std::size_t index) {
 }
 
 /// \return the size in bytes of a character with that first byte; 0 if no character begins with it
-std::size_t sizeBehind(unsigned first) {
+std::size_t sequenceLength(unsigned first) {
     if (first < 0x80) {
         return 1;
     }
@@ -56,7 +56,7 @@ std::size_t validBytes(std::string_view text, std::size_t size) {
 
 CodePoint firstCodePoint(std::string_view text) {
     const unsigned first = byteAt(text, 0);
-    const std::size_t size = sizeBehind(first);
+    const std::size_t size = sequenceLength(first);
     if (size == 0 || validBytes(text, size) != size) {
         return {};
     }
@@ -68,12 +68,12 @@ CodePoint firstCodePoint(std::string_view text) {
     return character;
 }
 
-bool isCutCharacter(std::string_view text) {
-    const std::size_t size = text.empty() ? 0 : sizeBehind(byteAt(text, 0));
+bool isTruncatedCharacter(std::string_view text) {
+    const std::size_t size = text.empty() ? 0 : sequenceLength(byteAt(text, 0));
     return text.size() < size && validBytes(text, size) == text.size();
 }
 
-bool steersTerminal(char32_t character) {
+bool affectsTerminalDisplay(char32_t character) {
     return (character >= 0x80 && character <= 0x9f) || (character >= 0x202a && character <= 0x202e) ||
            (character >= 0x2066 && character <= 0x2069);
 }

@@ -17,11 +17,11 @@ struct CodePoint {
 CodePoint firstCodePoint(std::string_view text);
 
 /// \return whether a text is an incomplete character that more bytes may complete
-bool isCutCharacter(std::string_view text);
+bool isTruncatedCharacter(std::string_view text);
 
 /// \return whether a non-ASCII character changes how a terminal shows the text around it: the control
 ///         characters from U+0080 to U+009F, and those that embed, override or isolate the text direction
-bool steersTerminal(char32_t character);
+bool affectsTerminalDisplay(char32_t character);
 
 /// Appends a byte as `\xHH`.
 void appendByteEscape(std::string& text, char byte);

@@ -37,9 +37,9 @@ class DrillInProcess : public Application {};
 
 /// Limits a directory to a few dozen lines: by a separate file system, or, if the test may not mount one, by
 /// a limit on the size of each file.
-class LittleRoom {
+class LimitedSpace {
 public:
-    explicit LittleRoom(const std::string& directory) {
+    explicit LimitedSpace(const std::string& directory) {
         std::signal(SIGXFSZ, SIG_IGN);
         const bool mounted = unshare(CLONE_NEWNS) == 0 &&
                              mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
@@ -49,15 +49,15 @@ public:
         const rlimit limit = {mounted ? RLIM_INFINITY : 8192, RLIM_INFINITY};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~LittleRoom() {
+    ~LimitedSpace() {
         const rlimit none = {RLIM_INFINITY, RLIM_INFINITY};
         setrlimit(RLIMIT_FSIZE, &none);
         if (!directory_.empty()) {
             umount(directory_.c_str());
         }
     }
-    LittleRoom(const LittleRoom&) = delete;
-    LittleRoom& operator=(const LittleRoom&) = delete;
+    LimitedSpace(const LimitedSpace&) = delete;
+    LimitedSpace& operator=(const LimitedSpace&) = delete;
 
 private:
     std::string directory_;
@@ -192,7 +192,7 @@ TEST_F(DrillInProcess, AFullDiskCostsOnlyWhatIsReported) {
     CallingListener listener([&reports](const std::string&) { ++reports; });
     const std::string room = directory_ / "room";
     std::filesystem::create_directory(room);
-    const LittleRoom little(room);
+    const LimitedSpace little(room);
     const std::uint64_t failedBefore = LogManager::statistics().failed;
     const std::string lines = "appender.file = FileAppender\nappender.file.dir = DIR/room\n";
     ASSERT_TRUE(init(lines));

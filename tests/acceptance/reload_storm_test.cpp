@@ -15,8 +15,8 @@ using namespace testing;
 namespace {
 
 constexpr int PRODUCERS = 4;
-constexpr int LOGGERS = 2 * PRODUCERS;       ///< the producers', and those that an appender logs to
-constexpr std::size_t MOST_MESSAGES = 5'000; ///< per logger and change
+constexpr int LOGGERS = 2 * PRODUCERS;      ///< the producers', and those that an appender logs to
+constexpr std::size_t MAX_MESSAGES = 5'000; ///< per logger and change
 
 /// How often each message of each logger has reached each appender of both configurations.
 class Arrivals {
@@ -123,7 +123,7 @@ protected:
     }
 
     const int changes_ = changesOfStorm();
-    const std::size_t messagesAtMost_ = MOST_MESSAGES * static_cast<std::size_t>(changes_);
+    const std::size_t messagesAtMost_ = MAX_MESSAGES * static_cast<std::size_t>(changes_);
     Arrivals arrivals_{messagesAtMost_};
     std::array<std::atomic<std::size_t>, LOGGERS> messages_{};
     std::atomic<bool> isOver_{false};

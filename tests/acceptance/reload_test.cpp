@@ -25,14 +25,14 @@ public:
     /// Signals the arrival of a thread, and blocks it.
     void enter() {
         std::unique_lock<std::mutex> lock(mutex_);
-        hasComer_ = true;
+        hasArrived_ = true;
         change_.notify_all();
         change_.wait(lock, [this] { return isOpen_; });
     }
 
-    void awaitComer() {
+    void awaitArrival() {
         std::unique_lock<std::mutex> lock(mutex_);
-        change_.wait(lock, [this] { return hasComer_; });
+        change_.wait(lock, [this] { return hasArrived_; });
     }
 
     void open() {
@@ -44,7 +44,7 @@ public:
 private:
     std::mutex mutex_;
     std::condition_variable change_;
-    bool hasComer_ = false;
+    bool hasArrived_ = false;
     bool isOpen_ = false;
 };
 
@@ -339,7 +339,7 @@ TEST_P(ReloadOfStuckAppender, KeepsNoOtherLoggerWaiting) {
     };
     ASSERT_TRUE(init(calling + file("before")));
     std::thread stuck([] { LoggerFactory::getLogger("stuck").error("stuck"); });
-    door.awaitComer();
+    door.awaitArrival();
     writeProperties(file("after"));
     std::thread reloading([] { LogManager::reload(); });
     Logger& other = LoggerFactory::getLogger("other");

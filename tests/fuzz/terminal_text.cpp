@@ -35,7 +35,7 @@ void expectHarmless(std::string_view shown) {
         const Util::CodePoint character = Util::firstCodePoint(shown);
         EXPECT(character.size > 0);
         EXPECT(character.value >= 0x20 || character.value == '\n' || character.value == '\t');
-        EXPECT(character.value != 0x7f && !Util::steersTerminal(character.value));
+        EXPECT(character.value != 0x7f && !Util::affectsTerminalDisplay(character.value));
         shown.remove_prefix(character.size);
     }
 }

@@ -200,7 +200,7 @@ protected:
     }
 
     /// What `init` throws, or the first line that it reports.
-    static std::string complaintOfInit() {
+    static std::string initError() {
         const StreamCapture reports(std::cerr);
         try {
             Log::LogManager::init(FILE_NAME);
@@ -235,7 +235,7 @@ TEST_F(CheckTest, CallsErrorExactlyWhatInitComplainsOf) {
                 errors.push_back(finding);
             }
         }
-        const std::string complaint = complaintOfInit();
+        const std::string complaint = initError();
         EXPECT_EQ(complaint.empty(), errors.empty()) << example.content << complaint;
         const bool isNamed = std::any_of(errors.begin(), errors.end(), [&complaint](const Finding& error) {
             return testing::Value(error.text, EndsWith(complaint));

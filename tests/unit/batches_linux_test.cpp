@@ -272,14 +272,14 @@ TEST_F(Batches, AreToldOfOnceWhenTheirFileBeginsToFail) {
     LogManager::unregisterCommandListener("EXCEPTION");
     for (const bool batch : {false, true}) {
         const StreamCapture errors(std::cerr);
-        FailureNotice::setWanted(true);
+        FailureNotice::setEnabled(true);
         makeRotating(batch, {250, Time(30, SEC), "."});
         limitFileSize(0);
         for (int rounds = 0; rounds < 3; ++rounds) {
             round(numbered(8));
             setClock(Time::now() + Time(31, SEC));
         }
-        FailureNotice::setWanted(false);
+        FailureNotice::setEnabled(false);
         limitFileSize(RLIM_INFINITY);
         end();
         EXPECT_EQ(errors.text(), "zav-log: appender x: outputFileStream_.fail()\n") << batch;

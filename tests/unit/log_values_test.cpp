@@ -7,7 +7,7 @@
 #include "log/LogLine.h"
 #include "log/LogValues.h"
 #include "log/MessageFilter.h"
-#include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/DeferredMessages.h"
 #include "log/text/ValueText.h"
 #include "platform/Threads.h"
 
@@ -281,7 +281,7 @@ TEST_F(LogValues, GoWithMessagesThatArePutOffAndAreShownOfThoseThatAreDiscarded)
     entered.get_future().wait();
     CallingListener listener([&](const std::string&) {
         const LogContext context("request", "r1");
-        for (int number = 0; number <= PutOffMessages::MOST_OF_A_THREAD; ++number) {
+        for (int number = 0; number <= DeferredMessages::MAX_OF_A_THREAD; ++number) {
             ZAV_LOGV_ERROR(logger_, "text", "number", number, "n", "a b");
         }
         released.set_value();

@@ -2,7 +2,7 @@
 #include "TestSupport.h"
 
 #include "log/LogException.h"
-#include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/DeferredMessages.h"
 
 #include <future>
 #include <thread>
@@ -65,7 +65,7 @@ TEST(Reentrancy, AListenerThatLogsTooMuchThroughABusyLoggerLosesTheOldestMessage
     logger.addAppender(&holding);
     std::thread writer([&] { logger.error("held", 0, ""); });
     entered.get_future().wait();
-    constexpr int MOST = PutOffMessages::MOST_OF_A_THREAD;
+    constexpr int MOST = DeferredMessages::MAX_OF_A_THREAD;
     CallingListener listener([&](const std::string&) {
         for (int number = 1; number <= MOST + 2; ++number) {
             logger.error(std::to_string(number), 0, "");

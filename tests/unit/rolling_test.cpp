@@ -192,10 +192,10 @@ TEST_F(RolledSeries, OldestFilesGoUntilAllLimitsHold) {
     }
     EXPECT_EQ(liveTexts(), "j");
     const auto atStart = make({{"keepFiles", "1"}});
-    static_cast<RollingFileAppender&>(*atStart).tidyUp();
+    static_cast<RollingFileAppender&>(*atStart).cleanUpOldFiles();
     EXPECT_EQ(contentOfRolled(), "i");
     const auto tiny = make({{"keepSize", "1 B"}});
-    static_cast<RollingFileAppender&>(*tiny).tidyUp();
+    static_cast<RollingFileAppender&>(*tiny).cleanUpOldFiles();
     EXPECT_EQ(contentOfRolled() + liveTexts(), "j");
 }
 
@@ -232,7 +232,7 @@ TEST_F(RolledSeries, AFileThatCannotBeDeletedKeepsNoOtherOne) {
         writeFile(file(suffix), "a\n");
     }
     const auto appender = make({{"keepFiles", "2"}});
-    static_cast<RollingFileAppender&>(*appender).tidyUp();
+    static_cast<RollingFileAppender&>(*appender).cleanUpOldFiles();
     EXPECT_THAT(suffixes(), ElementsAre("20270101T000000Z.gz", "20270102T000000Z.gz", "20270104T000000Z",
                                         "20270105T000000Z"));
     EXPECT_THAT(report.await(),
@@ -248,7 +248,7 @@ TEST_F(RolledSeries, FilesArePackedAndWhatWasInterruptedIsDoneAnew) {
     writeFile(file("20270101T000000Z-1.gz"), "killed before the source was removed");
     writeFile(file("20260101T000000Z.gz.part"), "its source is gone");
     auto appender = makeRollingAlways({{"compress", "gzip"}});
-    static_cast<RollingFileAppender&>(*appender).tidyUp();
+    static_cast<RollingFileAppender&>(*appender).cleanUpOldFiles();
     await([this] { return isPacked("20270102T000000Z"); });
     EXPECT_THAT(suffixes(),
                 ElementsAre("20270101T000000Z-1.gz", "20270101T000000Z.gz", "20270102T000000Z.gz"));
@@ -282,7 +282,7 @@ TEST_F(RolledSeries, TheNextAppenderOfTheFilesHasThePackingGoOn) {
     appender->output(makeMessage("a"));
     await([&] { return fileExists(file(suffix + ".gz.part")); });
     auto next = make({{"compress", "gzip"}, {"keepFiles", "9"}});
-    static_cast<RollingFileAppender&>(*next).tidyUp();
+    static_cast<RollingFileAppender&>(*next).cleanUpOldFiles();
     make({{"compress", "none"}})->output(makeMessage("b")); // while a compression is under way
     appender.reset();
     await([&] { return isPacked(suffix); });

@@ -17,7 +17,7 @@ void checkClass(const Configuration& configuration, const DeclaredAppender& appe
     Util::Properties trial;
     trial[place.key] = place.value;
     const std::string guess = meant.empty() ? meant : "did you mean '" + meant + "'? ";
-    findings.addError(place, "unknown-class", guess + complaintOfInit(trial));
+    findings.addError(place, "unknown-class", guess + initError(trial));
 }
 
 } // namespace
@@ -40,7 +40,7 @@ void checkDeclarations(const Configuration& configuration, Findings& findings) {
             trial[first.key] = Log::AppenderClass::STDOUT;
             trial[line.key] = Log::AppenderClass::STDOUT;
             findings.addError(line, "duplicate-appender",
-                              "'" + first.key + "' declares it too: " + complaintOfInit(trial));
+                              "'" + first.key + "' declares it too: " + initError(trial));
         }
     }
 }

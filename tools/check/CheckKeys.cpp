@@ -112,7 +112,7 @@ void checkPartner(const Configuration& configuration, const PropertyLine& line, 
     if (partner == nullptr) {
         return;
     }
-    const bool isPair = partner->neededKey != nullptr;
+    const bool isPair = partner->requiredKey != nullptr;
     findings.addWarning(line, isPair ? "lonely-pair" : "ignored-key",
                         "has no effect without '" + Configuration::keyBeside(meaning, partner->name) + "'");
 }

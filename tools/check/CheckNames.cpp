@@ -9,7 +9,7 @@ void checkNames(const Configuration& configuration, Findings& findings) {
         if (configuration.meaningOf(line.key).kind == KeyMeaning::REFUSED_LOGGER) {
             Util::Properties trial;
             trial[line.key] = line.value;
-            findings.addError(line, "bad-name", complaintOfInit(trial));
+            findings.addError(line, "bad-name", initError(trial));
         }
     }
 }

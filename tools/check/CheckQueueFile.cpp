@@ -55,7 +55,7 @@ void checkBounds(const PropertyLine& line, std::uint64_t bytes, Findings& findin
         findings.addWarning(line, "out-of-range",
                             line.value + " counts as 64 KB, the least that a queue file has");
     }
-    if (bytes > Log::QueueFile::MOST_SIZE && bytes != std::numeric_limits<std::uint64_t>::max()) {
+    if (bytes > Log::QueueFile::MAX_SIZE && bytes != std::numeric_limits<std::uint64_t>::max()) {
         findings.addWarning(line, "out-of-range",
                             line.value + " counts as 64 GB, the most that a queue file has");
     }

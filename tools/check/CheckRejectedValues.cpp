@@ -42,15 +42,15 @@ const char* idOf(ValueForm form) {
 
 /// \return what `init` says about one line; empty if nothing. No appender is made for this: it might already
 ///         find the program's files.
-std::string complaintAbout(const Configuration& configuration, const PropertyLine& line,
-                           const KeyMeaning& meaning) {
+std::string errorFor(const Configuration& configuration, const PropertyLine& line,
+                     const KeyMeaning& meaning) {
     Util::Properties trial;
     trial[line.key] = line.value;
     if (meaning.row->section != Log::KeySection::APPENDER) {
-        return complaintOfInit(trial);
+        return initError(trial);
     }
-    if (meaning.row->neededKey != nullptr) {
-        trial[Log::appenderKey(meaning.owner, meaning.row->neededKey)] = "AUDIT"; // all take a level
+    if (meaning.row->requiredKey != nullptr) {
+        trial[Log::appenderKey(meaning.owner, meaning.row->requiredKey)] = "AUDIT"; // all take a level
     }
     try {
         Log::AppenderValues values(meaning.owner);
@@ -87,7 +87,7 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
         if (!isRead) {
             continue;
         }
-        const std::string complaint = complaintAbout(configuration, line, meaning);
+        const std::string complaint = errorFor(configuration, line, meaning);
         if (!complaint.empty()) {
             findings.addError(line, id, suggestion(line, *meaning.row) + complaint);
         }

@@ -1,7 +1,7 @@
 #include "check/Configuration.h"
 
+#include "config/CustomAppenderClasses.h"
 #include "config/LoggerLevels.h"
-#include "config/OwnClasses.h"
 #include "log/config/KeyNames.h"
 #include "log/config/LoggerKeys.h"
 
@@ -20,7 +20,7 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 }
 
 unsigned readerOf(const std::string& className) {
-    const bool isOwn = OwnClasses::registered().count(className) != 0;
+    const bool isOwn = CustomAppenderClasses::registered().count(className) != 0;
     return isOwn ? Log::READ_BY_REGISTERED_CLASS : Log::readerOfClass(className);
 }
 
@@ -111,7 +111,7 @@ KeyMeaning Configuration::meaningOfAppenderKey(const std::string& key) const {
     }
     const bool isRead = meaning.row != nullptr && (meaning.row->readers & appender->reader) != 0;
     if (appender->reader == Log::READ_BY_REGISTERED_CLASS && !isRead) {
-        meaning.kind = KeyMeaning::OWN_SETTING;
+        meaning.kind = KeyMeaning::CUSTOM_SETTING;
     } else if (meaning.row != nullptr && appender->reader != 0 && !isRead) {
         meaning.kind = KeyMeaning::FOREIGN_SETTING;
     }
@@ -119,11 +119,11 @@ KeyMeaning Configuration::meaningOfAppenderKey(const std::string& key) const {
 }
 
 const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& meaning) const {
-    if (meaning.kind != KeyMeaning::SETTING || meaning.row->neededKey == nullptr ||
-        file_.find(keyBeside(meaning, meaning.row->neededKey)) != nullptr) {
+    if (meaning.kind != KeyMeaning::SETTING || meaning.row->requiredKey == nullptr ||
+        file_.find(keyBeside(meaning, meaning.row->requiredKey)) != nullptr) {
         return nullptr;
     }
-    return Log::findKey(meaning.row->section, meaning.row->neededKey);
+    return Log::findKey(meaning.row->section, meaning.row->requiredKey);
 }
 
 std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::string& name) {

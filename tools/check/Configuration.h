@@ -25,7 +25,7 @@ struct KeyMeaning {
         DECLARATION,         ///< of an appender
         SETTING,             ///< something reads it
         REFUSED_LOGGER,      ///< of a logger whose name is rejected, whatever the attribute
-        OWN_SETTING,         ///< of a class that the program registers, which may read any key
+        CUSTOM_SETTING,      ///< of a class that the program registers, which may read any key
         FOREIGN_SETTING,     ///< only other appender classes read it
         UNDECLARED_APPENDER, ///< a setting of an appender that is not declared
         UNKNOWN

@@ -1,6 +1,6 @@
 #include "check/KeyTable.h"
 
-#include "config/OwnClasses.h"
+#include "config/CustomAppenderClasses.h"
 #include "log/config/KeyNames.h"
 
 #include <algorithm>
@@ -45,7 +45,7 @@ std::vector<std::string> wordsOf(const ConfigurationKey& key) {
 
 std::vector<std::string> appenderClasses() {
     std::vector<std::string> classes = wordsOf(*Log::findKey(KeySection::APPENDER, std::string()));
-    const std::set<std::string>& own = OwnClasses::registered();
+    const std::set<std::string>& own = CustomAppenderClasses::registered();
     classes.insert(classes.end(), own.begin(), own.end());
     return classes;
 }

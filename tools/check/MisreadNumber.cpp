@@ -32,7 +32,7 @@ std::string meaningOfNegative(const ConfigurationKey& row, std::int64_t number) 
     if (row.form == ValueForm::LEADING_SIGNED) {
         return "for ever, like 0";
     }
-    const bool isRecovery = row.form == ValueForm::PERIOD && row.neededKey == nullptr;
+    const bool isRecovery = row.form == ValueForm::PERIOD && row.requiredKey == nullptr;
     return isRecovery ? "never, like 0" : "a period that is over at once";
 }
 

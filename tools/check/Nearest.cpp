@@ -37,7 +37,7 @@ bool isTooLong(const std::string& word) {
 }
 
 /// Removes the common prefix and suffix, which most keys have and which cost nothing.
-void cutWhatIsCommon(std::string_view& a, std::string_view& b) {
+void stripCommonAffixes(std::string_view& a, std::string_view& b) {
     const auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     a.remove_prefix(static_cast<std::size_t>(begin.first - a.begin()));
     b.remove_prefix(static_cast<std::size_t>(begin.second - b.begin()));
@@ -48,7 +48,7 @@ void cutWhatIsCommon(std::string_view& a, std::string_view& b) {
 
 /// The edit distance, in which swapping two neighbouring characters is one edit.
 std::size_t distance(std::string_view from, std::string_view to) {
-    cutWhatIsCommon(from, to);
+    stripCommonAffixes(from, to);
     if (from.empty() || to.empty()) {
         return (from.size() + to.size()) * LETTER_COST;
     }

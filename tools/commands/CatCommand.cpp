@@ -3,7 +3,7 @@
 #include "Complaint.h"
 #include "commands/OrderOfRecords.h"
 #include "inputs/LogFiles.h"
-#include "printers/RecordShower.h"
+#include "printers/RecordPresenter.h"
 #include "records/Merger.h"
 
 #include <cstddef>
@@ -27,7 +27,7 @@ bool openStreams(const std::vector<InputSpec>& inputs, std::deque<RecordStream>&
         }
     }
     for (const std::string& problem : problems) {
-        complain(problem);
+        reportError(problem);
     }
     return problems.empty();
 }
@@ -40,7 +40,7 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
     return Merger(pointers, RecordStream::Ending::FINAL);
 }
 
-void showAll(std::deque<RecordStream>& streams, RecordShower& shower, Output& output) {
+void showAll(std::deque<RecordStream>& streams, RecordPresenter& shower, Output& output) {
     Merger merger = mergerOf(streams);
     for (int next = merger.next(); next >= 0; next = merger.next()) {
         const auto input = static_cast<std::size_t>(next);
@@ -67,7 +67,7 @@ ExitCode CatCommand::run(Output& output) {
     const std::unique_ptr<Printer> printer = printing_.printer();
     std::deque<RecordStream> streams;
     bool isComplete = openStreams(inputs_.inputs(), streams);
-    RecordShower shower(filter, *printer, streams.size());
+    RecordPresenter shower(filter, *printer, streams.size());
     printing_.applyTo(shower);
     showAll(streams, shower, output);
     std::vector<std::string> problems = {filter.problem(), shower.problem()};
@@ -76,11 +76,11 @@ ExitCode CatCommand::run(Output& output) {
     }
     for (const std::string& problem : problems) {
         if (!problem.empty()) {
-            complain(problem);
+            reportError(problem);
             isComplete = false;
         }
     }
-    return isComplete ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+    return isComplete ? EXIT_OK : EXIT_PROBLEM;
 }
 
 } // namespace Tools

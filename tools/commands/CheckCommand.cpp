@@ -32,7 +32,7 @@ ExitCode CheckCommand::run(Output& output) {
         const bool isEmpty = separator == "[\n";
         output.write(isEmpty ? "[]\n" : "\n]\n");
     }
-    return hasComplaint ? EXIT_COMPLAINT : EXIT_AS_WISHED;
+    return hasComplaint ? EXIT_PROBLEM : EXIT_OK;
 }
 
 bool CheckCommand::isComplaint(const Finding& finding) const {

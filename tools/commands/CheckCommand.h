@@ -2,7 +2,7 @@
 
 #include "Command.h"
 #include "check/Finding.h"
-#include "config/OwnClasses.h"
+#include "config/CustomAppenderClasses.h"
 #include "options/ColorOption.h"
 
 #include <CLI/CLI.hpp>
@@ -26,7 +26,7 @@ private:
     std::vector<std::string> files_;
     bool isJson_ = false;
     bool isStrict_ = false;
-    OwnClasses classes_;
+    CustomAppenderClasses classes_;
     ColorOption color_;
 };
 

@@ -84,14 +84,14 @@ ExitCode CtlCommand::run(Output& output) {
     const ControlClient::Answer answer = client.ask(line);
     if (!answer.refusal.empty()) {
         std::cerr << refusalText(answer.refusal) << '\n';
-        return EXIT_COMPLAINT;
+        return EXIT_PROBLEM;
     }
     if (isCommand && !answer.lines.empty()) {
-        complain(answer.lines.substr(0, answer.lines.size() - 1)); // a remark on the command, no answer
+        reportError(answer.lines.substr(0, answer.lines.size() - 1)); // a remark on the command, no answer
     } else {
         show(answer.lines, output);
     }
-    return EXIT_AS_WISHED;
+    return EXIT_OK;
 }
 
 void CtlCommand::show(const std::string& lines, Output& output) const {

@@ -38,12 +38,12 @@ ExitCode ExplainCommand::run(Output& output) {
     }
     output.write(isGraph_ ? describeAsGraph(explanation) : describe(explanation));
     if (!hasLevel()) {
-        return EXIT_AS_WISHED;
+        return EXIT_OK;
     }
     const std::vector<Delivery> deliveries = explanation.deliveriesOf(logger_, level_);
     const bool isWritten = std::any_of(deliveries.begin(), deliveries.end(),
                                        [](const Delivery& delivery) { return delivery.refusal.empty(); });
-    return isWritten ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+    return isWritten ? EXIT_OK : EXIT_PROBLEM;
 }
 
 std::string ExplainCommand::describe(const Explanation& explanation) const {

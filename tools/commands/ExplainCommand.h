@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Command.h"
-#include "config/OwnClasses.h"
+#include "config/CustomAppenderClasses.h"
 #include "explain/Explanation.h"
 #include "log/Level.h"
 #include "options/ColorOption.h"
@@ -34,7 +34,7 @@ private:
     std::string type_ = "LOG";
     std::string address_;
     bool isGraph_ = false;
-    OwnClasses classes_;
+    CustomAppenderClasses classes_;
     ColorOption color_;
 };
 

@@ -50,7 +50,7 @@ ExitCode FollowCommand::run(Output& output) {
         follower.keepState(state_);
     }
     follower.run();
-    return EXIT_AS_WISHED;
+    return EXIT_OK;
 }
 
 } // namespace Tools

@@ -29,14 +29,14 @@ namespace Tools {
 namespace {
 
 /// Reports only the first failure of an appender, which explains the others.
-class FailureWord : public Log::CommandListener {
+class FirstFailureReporter : public Log::CommandListener {
 public:
-    FailureWord() { Log::LogManager::registerCommandListener("EXCEPTION", this); }
-    ~FailureWord() override { Log::LogManager::unregisterCommandListener("EXCEPTION"); }
+    FirstFailureReporter() { Log::LogManager::registerCommandListener("EXCEPTION", this); }
+    ~FirstFailureReporter() override { Log::LogManager::unregisterCommandListener("EXCEPTION"); }
 
     void onCommand(const std::string& argument) override {
         if (!isSaid_) {
-            complain(argument);
+            reportError(argument);
         }
         isSaid_ = true;
     }
@@ -66,7 +66,7 @@ Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE));
     properties.erase(Log::dispatcherKey(Log::DispatcherOption::QUEUE_FILE_SIZE));
     Log::LogManager::init(properties);
-    const FailureWord failureWord;
+    const FirstFailureReporter failureWord;
     const Log::Recovery recovery = Log::AsynchronousDispatcher::instance().recover(file);
     Log::LogManager::finish();
     return recovery;
@@ -76,13 +76,14 @@ Log::Recovery deliverAll(Log::QueueFile& file, Util::Properties properties) {
 /// \return false if anything was not
 bool checkThatAllIsThere(const Log::Recovery& recovery, const std::string& configuration) {
     if (!recovery.hasAppenders) {
-        complain(configuration + " has no asynchronous appender");
+        reportError(configuration + " has no asynchronous appender");
     }
     for (const std::string& name : recovery.failed) {
-        complain("appender " + name + " could not write all; the file keeps the rest");
+        reportError("appender " + name + " could not write all; the file keeps the rest");
     }
     if (recovery.lost != 0) {
-        complain(std::to_string(recovery.lost) + " of the messages could not be written for want of memory");
+        reportError(std::to_string(recovery.lost) +
+                    " of the messages could not be written for want of memory");
     }
     return recovery.isAllGiven() && recovery.lost == 0;
 }
@@ -121,12 +122,12 @@ ExitCode RecoverCommand::run(Output& output) {
     try {
         isAllThere = deliver(file, properties, output, recovery);
     } catch (const std::exception& exception) {
-        complain(exception.what());
+        reportError(exception.what());
     } catch (const OutputClosed&) {
         isAllThere = false; // nobody reads the rest
     }
     std::cerr << recovery.messages << (recovery.messages == 1 ? " message\n" : " messages\n");
-    return isAllThere ? EXIT_AS_WISHED : EXIT_COMPLAINT;
+    return isAllThere ? EXIT_OK : EXIT_PROBLEM;
 }
 
 /// \param recovery receives what has become of the messages, also if not all of them can be written
@@ -147,8 +148,8 @@ bool RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& prope
     if (damage.empty() && (isEmpty || recovery.isAllGiven())) {
         file.forgetEarlier();
     } else if (!damage.empty()) {
-        complain(path_ + ": " + damage + "; " + (isEmpty ? "none" : "not all") +
-                 " of its messages can be read, and it was left as it is");
+        reportError(path_ + ": " + damage + "; " + (isEmpty ? "none" : "not all") +
+                    " of its messages can be read, and it was left as it is");
     }
     return isAllThere && damage.empty();
 }

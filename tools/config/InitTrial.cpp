@@ -22,7 +22,7 @@ Util::Properties withoutFolders(const Util::Properties& properties) {
     return harmless;
 }
 
-std::string complaintOfInit(const Util::Properties& properties) {
+std::string initError(const Util::Properties& properties) {
     const ReportCapture reports;
     try {
         Log::LogManager::init(withoutFolders(properties));

@@ -14,7 +14,7 @@ Util::Properties withoutFolders(const Util::Properties& properties);
 /// Has the library itself judge a configuration, by an `init` and a `finish` in this process.
 /// \return the text that `init` throws or, if it does not, the first line that it reports on the standard error stream;
 ///         empty if there is neither
-std::string complaintOfInit(const Util::Properties& properties);
+std::string initError(const Util::Properties& properties);
 
 } // namespace Tools
 } // namespace ZAV

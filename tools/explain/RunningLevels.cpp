@@ -14,12 +14,12 @@ namespace Tools {
 
 namespace {
 
-constexpr int BEHIND_LOGGER = 2;   ///< its level and its minutes
-constexpr int BEHIND_APPENDER = 4; ///< class, sync or async, level and seconds
+constexpr int WORDS_AFTER_LOGGER = 2; ///< its level and its minutes
+constexpr int BEHIND_APPENDER = 4;    ///< class, sync or async, level and seconds
 
 /// Limits the memory for the names in an answer. Each logger is made here, with its ancestors and their full
 /// names, so that an answer of a few megabytes could demand gigabytes.
-constexpr std::size_t MOST_MEMORY = 16 * 1024 * 1024;
+constexpr std::size_t MAX_MEMORY = 16 * 1024 * 1024;
 
 /// \return the approximate memory for a name that follows another one in tree order
 std::size_t memoryOf(const std::string& name, const std::string& previous) {
@@ -49,13 +49,13 @@ std::string ask(ControlClient& client, const std::string& request) {
 
 RunningLevels::RunningLevels(const std::string& address) : address_(address) {
     ControlClient client(address);
-    loggers_ = read(client, "loggers", BEHIND_LOGGER);
+    loggers_ = read(client, "loggers", WORDS_AFTER_LOGGER);
     appenders_ = read(client, "appenders", BEHIND_APPENDER);
 }
 
 /// Parses from the end, since a name may contain blanks; the level is the last word but one.
 std::vector<RunningLevels::Named> RunningLevels::read(ControlClient& client, const std::string& request,
-                                                      int wordsBehindName) const {
+                                                      int wordsAfterName) const {
     const std::string answer = ask(client, request);
     std::vector<Named> all;
     std::size_t memory = 0;
@@ -64,13 +64,13 @@ std::vector<RunningLevels::Named> RunningLevels::read(ControlClient& client, con
         std::string line = answer.substr(begin, end - begin);
         takeLastWord(line);
         const std::string level = takeLastWord(line);
-        for (int taken = 2; taken < wordsBehindName; ++taken) {
+        for (int taken = 2; taken < wordsAfterName; ++taken) {
             takeLastWord(line);
         }
         memory += memoryOf(line, all.empty() ? std::string() : all.back().name);
-        if (memory > MOST_MEMORY) {
-            complain("the program at " + address_ + " has too many " + request + "; all but the first " +
-                     std::to_string(all.size()) + " are left out");
+        if (memory > MAX_MEMORY) {
+            reportError("the program at " + address_ + " has too many " + request + "; all but the first " +
+                        std::to_string(all.size()) + " are left out");
             break;
         }
         all.push_back({line, findLevel(level)});
@@ -95,8 +95,8 @@ void RunningLevels::applyTo(Util::Properties& properties) const {
         }
         const Named* const running = findAppender(*name);
         if (running == nullptr) {
-            complain("the program at " + address_ + " has no appender '" + *name +
-                     "'; its level is that of the file");
+            reportError("the program at " + address_ + " has no appender '" + *name +
+                        "'; its level is that of the file");
             continue;
         }
         const std::string level = Log::appenderKey(*name, Log::AppenderSetting::LEVEL);

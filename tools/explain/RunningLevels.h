@@ -33,7 +33,7 @@ private:
         std::optional<Log::Level::LogLevel> level; ///< nothing for an appender without one
     };
 
-    std::vector<Named> read(ControlClient& client, const std::string& request, int wordsBehindName) const;
+    std::vector<Named> read(ControlClient& client, const std::string& request, int wordsAfterName) const;
     const Named* findAppender(const std::string& name) const;
 
     const std::string address_;

@@ -21,7 +21,7 @@ std::string describe(int error) {
     return reinterpret_cast<const char*>(text);
 }
 
-struct Freer {
+struct Pcre2Deleter {
     void operator()(pcre2_code* code) const { pcre2_code_free(code); }
     void operator()(pcre2_compile_context* context) const { pcre2_compile_context_free(context); }
     void operator()(pcre2_match_context* context) const { pcre2_match_context_free(context); }
@@ -30,7 +30,7 @@ struct Freer {
 };
 
 template <typename Object>
-using Owner = std::unique_ptr<Object, Freer>;
+using Owner = std::unique_ptr<Object, Pcre2Deleter>;
 
 Owner<pcre2_code> compile(const std::string& expression) {
     const Owner<pcre2_compile_context> context(pcre2_compile_context_create(nullptr));

@@ -133,15 +133,15 @@ bool Follower::isAnyPending() const {
 /// Also reports new problems of the filter and of the shower.
 void Follower::reportNotices(const std::vector<std::string>& notices) {
     for (const std::string& notice : notices) {
-        complain(notice);
+        reportError(notice);
     }
     if (filter_.problem() != filterProblem_) {
         filterProblem_ = filter_.problem();
-        complain(filterProblem_);
+        reportError(filterProblem_);
     }
-    if (shower_.problem() != showerProblem_) {
-        showerProblem_ = shower_.problem();
-        complain(showerProblem_);
+    if (shower_.problem() != presenterProblem_) {
+        presenterProblem_ = shower_.problem();
+        reportError(presenterProblem_);
     }
 }
 
@@ -183,7 +183,7 @@ void Follower::preparePlaces() {
 /// Failing to save the state does not stop the output: it is saved later, or the records come again.
 void Follower::reportState() {
     if (!state_->problem().empty() && state_->problem() != stateProblem_) {
-        complain(state_->problem());
+        reportError(state_->problem());
     }
     stateProblem_ = state_->problem();
 }

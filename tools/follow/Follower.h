@@ -5,7 +5,7 @@
 #include "follow/FollowedInput.h"
 #include "follow/StateFile.h"
 #include "inputs/InputSpec.h"
-#include "printers/RecordShower.h"
+#include "printers/RecordPresenter.h"
 
 #include <chrono>
 #include <cstddef>
@@ -25,7 +25,7 @@ public:
              Output& output);
 
     /// \return the shower, which may be told to show more or less before `run`
-    RecordShower& shower() { return shower_; }
+    RecordPresenter& shower() { return shower_; }
 
     /// Shows only the last `count` records of what is there at the start; of standard input, all.
     void showLast(std::size_t count);
@@ -52,14 +52,14 @@ private:
     void reportState();
 
     const RecordFilter& filter_;
-    RecordShower shower_;
+    RecordPresenter shower_;
     Output& output_;
     std::deque<FollowedInput> inputs_;
     bool isBeginning_ = false; ///< still looking for the last of the existing records
     std::optional<StateFile> state_;
     std::string stateProblem_;      ///< why the state could not be written when that was last tried
     std::string filterProblem_;     ///< what was reported of the filter last
-    std::string showerProblem_;     ///< what was reported of the records last
+    std::string presenterProblem_;  ///< what was reported of the records last
     std::size_t sinceLastLook_ = 0; ///< records since the clock and the signals were checked
     std::chrono::steady_clock::time_point savedAt_;
     std::chrono::steady_clock::duration savePause_ = {}; ///< the least time from then to the next save

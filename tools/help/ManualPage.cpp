@@ -43,7 +43,7 @@ void writeFooter(std::ostringstream& page, const std::string& footer) {
     page << ".SH " << escape(heading) << "\n.nf\n" << escape(footer.substr(colon + 2)) << "\n.fi\n";
 }
 
-std::string withSmallInitial(std::string text) {
+std::string decapitalised(std::string text) {
     text.at(0) = static_cast<char>(std::tolower(static_cast<unsigned char>(text.at(0))));
     return text;
 }
@@ -73,7 +73,7 @@ void ManualPage::writeHead(std::ostringstream& page) const {
         &app_, program_.get_name() + (&app_ == &program_ ? "" : " " + app_.get_name()));
     page << ".TH \"" << escape(name_) << "\" 1 \"\" \"ZAV Log " ZAV_LOG_VERSION "\" \"User Commands\"\n"
          << ".SH NAME\n"
-         << escape(name_) << " \\- " << escape(withSmallInitial(app_.get_description())) << '\n'
+         << escape(name_) << " \\- " << escape(decapitalised(app_.get_description())) << '\n'
          << ".SH SYNOPSIS\n"
          << escape(usage.substr(std::string("Usage: ").size())) << ".SH DESCRIPTION\n"
          << escape(app_.get_description()) << ".\n";

@@ -138,14 +138,14 @@ LogContent& LogContent::operator=(LogContent&& other) noexcept = default;
 
 bool LogContent::open(const std::string& path, std::string& problem, Links links) {
     close();
-    if (!file_.open(path, problem, links) || !lookAtBeginning(problem)) {
+    if (!file_.open(path, problem, links) || !detectFormat(problem)) {
         return false;
     }
-    lookForQueue();
+    detectQueue();
     return true;
 }
 
-void LogContent::lookForQueue() {
+void LogContent::detectQueue() {
     char beginning[QUEUE_BEGINNING];
     std::string ignored;
     const std::int64_t count = file_.readAt(0, beginning, sizeof beginning, ignored);
@@ -156,20 +156,20 @@ void LogContent::lookForQueue() {
 
 bool LogContent::openStandardInput(std::string& problem) {
     close();
-    return file_.openStandardInput(problem) && (!file_.isSeekable() || lookAtBeginning(problem));
+    return file_.openStandardInput(problem) && (!file_.isSeekable() || detectFormat(problem));
 }
 
 LogContent LogContent::duplicate() const {
     LogContent copy;
     copy.file_ = file_.duplicate();
-    copy.knowsForm_ = knowsForm_;
+    copy.formatKnown_ = formatKnown_;
     copy.unpacker_ = unpacker_ != nullptr ? std::make_unique<Unpacker>("") : nullptr;
     copy.queue_ = queue_;
     return copy;
 }
 
 /// \return false if the form cannot be told yet, or if reading fails
-bool LogContent::lookAtBeginning(std::string& problem) const {
+bool LogContent::detectFormat(std::string& problem) const {
     const bool isPipe = !file_.isSeekable();
     bool mayBePacked = isPipe || file_.position() == 0;
     std::int64_t count = 1;
@@ -182,7 +182,7 @@ bool LogContent::lookAtBeginning(std::string& problem) const {
     if (count < 0 || (isPipe && mayBePacked && count == 0 && !file_.hasEnded())) {
         return false;
     }
-    knowsForm_ = true;
+    formatKnown_ = true;
     if (beginning_ == GZIP_BEGINNING) {
         unpacker_ = std::make_unique<Unpacker>(isPipe ? beginning_ : "");
     }
@@ -194,7 +194,7 @@ bool LogContent::lookAtBeginning(std::string& problem) const {
 
 std::int64_t LogContent::readAt(std::uint64_t offset, char* buffer, std::size_t size,
                                 std::string& problem) const {
-    if (!knowsForm_ && size > 0 && !lookAtBeginning(problem)) {
+    if (!formatKnown_ && size > 0 && !detectFormat(problem)) {
         return problem.empty() ? 0 : -1;
     }
     if (isQueue()) {
@@ -233,7 +233,7 @@ void LogContent::close() noexcept {
     unpacker_.reset();
     queue_.reset();
     beginning_.clear();
-    knowsForm_ = false;
+    formatKnown_ = false;
 }
 
 } // namespace Tools

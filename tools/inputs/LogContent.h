@@ -48,15 +48,15 @@ public:
     void close() noexcept;
 
 private:
-    bool lookAtBeginning(std::string& problem) const;
-    void lookForQueue();
+    bool detectFormat(std::string& problem) const;
+    void detectQueue();
     std::int64_t readQueue(std::uint64_t offset, char* buffer, std::size_t size, std::string& problem) const;
 
     Platform::InputFile file_;
     mutable std::unique_ptr<Unpacker> unpacker_;
     std::shared_ptr<const QueueLines> queue_;
     mutable std::string beginning_; ///< of a pipe, read already and not yet handed out
-    mutable bool knowsForm_ = false;
+    mutable bool formatKnown_ = false;
 };
 
 } // namespace Tools

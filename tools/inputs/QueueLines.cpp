@@ -43,9 +43,9 @@ std::uint64_t wordAt(const std::string& bytes, std::size_t place) {
 /// A block of messages counts if the first read has found it, so that the blocks before it are full in the
 /// second one. Its records are those common to the second and the third read; notes about processes are those
 /// common to the last two.
-class CommonContent {
+class ConsistentReads {
 public:
-    explicit CommonContent(std::array<std::string, 4> looks) : looks_(std::move(looks)) {
+    explicit ConsistentReads(std::array<std::string, 4> looks) : looks_(std::move(looks)) {
         std::size_t size = looks_[0].size();
         for (const std::string& look : looks_) {
             size = std::min(size, look.size());
@@ -73,15 +73,15 @@ private:
             clear(place, end); // it is new, or has replaced another one
         } else if (holdsMessages) {
             looks_[3].replace(place, end - place, looks_[2], place, end - place);
-            clearBehindCommon(looks_[1], place, end);
+            clearAfterMismatch(looks_[1], place, end);
         } else if (isBlock(word) && kindIn(word) == NOTES) {
-            clearBehindCommon(looks_[2], place, end);
+            clearAfterMismatch(looks_[2], place, end);
         }
         return end - place;
     }
 
     /// A record that was incomplete in one of the reads is dropped, with all that follow it.
-    void clearBehindCommon(const std::string& other, std::size_t place, std::size_t end) {
+    void clearAfterMismatch(const std::string& other, std::size_t place, std::size_t end) {
         std::size_t common = place;
         while (common < end && looks_[3][common] == other[common]) {
             ++common;
@@ -107,7 +107,7 @@ QueueLines::QueueLines(const Platform::InputFile& file) {
             return;
         }
     }
-    const Log::StoredQueue queue(CommonContent(std::move(looks)).take());
+    const Log::StoredQueue queue(ConsistentReads(std::move(looks)).take());
     const auto layout = Log::makeLayout(Log::LayoutName::JSON, {}, false);
     problem = queue.problem();
     for (const Log::StoredQueue::Message& message : queue.messages()) {
@@ -122,7 +122,7 @@ QueueLines::QueueLines(const Platform::InputFile& file) {
 
 std::optional<std::string> lineOf(const Log::StoredQueue::Message& message, const Log::LineLayout& layout) {
     const Log::StoredQueue::Run& run = *message.run;
-    const Log::ShownProcess shown({run.program, run.processId, run.host});
+    const Log::ProcessOverride shown({run.program, run.processId, run.host});
     const std::optional<Log::LogMessage> made = message.make();
     if (!made) {
         return std::nullopt;

@@ -47,7 +47,7 @@ std::unique_ptr<Printer> PrintOptions::printer() const {
     return std::make_unique<LinePrinter>(color_.isOn(), source_);
 }
 
-void PrintOptions::applyTo(RecordShower& shower) const {
+void PrintOptions::applyTo(RecordPresenter& shower) const {
     shower.showContext(context_);
     if (unique_) {
         shower.leaveOutRepetitions();

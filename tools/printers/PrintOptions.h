@@ -2,7 +2,7 @@
 
 #include "options/ColorOption.h"
 #include "printers/Printer.h"
-#include "printers/RecordShower.h"
+#include "printers/RecordPresenter.h"
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
@@ -26,7 +26,7 @@ public:
     std::unique_ptr<Printer> printer() const;
 
     /// Applies the options to a shower.
-    void applyTo(RecordShower& shower) const;
+    void applyTo(RecordPresenter& shower) const;
 
 private:
     bool json_ = false;

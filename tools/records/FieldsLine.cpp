@@ -31,7 +31,7 @@ bool takeNumber(std::string& place, std::string_view word) {
 }
 
 /// A point in time from the column `utc` takes precedence over a local time from `time`.
-bool takeTime(MachineRecord& record, std::string_view time) {
+bool takeTime(StructuredRecord& record, std::string_view time) {
     if (!startsWithTime(time)) {
         return false;
     }
@@ -41,7 +41,7 @@ bool takeTime(MachineRecord& record, std::string_view time) {
     return true;
 }
 
-bool takeUtc(MachineRecord& record, std::string_view word) {
+bool takeUtc(StructuredRecord& record, std::string_view word) {
     const std::optional<std::int64_t> time = readIsoTime(word);
     if (time) {
         record.setTime(*time);
@@ -49,12 +49,12 @@ bool takeUtc(MachineRecord& record, std::string_view word) {
     return time.has_value();
 }
 
-bool takeLevel(MachineRecord& record, std::string_view word) {
+bool takeLevel(StructuredRecord& record, std::string_view word) {
     record.isTypeKnown = true;
     return word == "-" || record.setLevel(word);
 }
 
-bool takePlace(MachineRecord& record, std::string_view word) {
+bool takePlace(StructuredRecord& record, std::string_view word) {
     if (word != "-") {
         Fields place;
         parseLocation(word, place);
@@ -65,7 +65,7 @@ bool takePlace(MachineRecord& record, std::string_view word) {
 }
 
 /// \return false if the word is invalid for the column
-bool takeColumn(MachineRecord& record, Column column, std::string_view word) {
+bool takeColumn(StructuredRecord& record, Column column, std::string_view word) {
     switch (column) {
     case Column::TIME:
         return takeTime(record, word);
@@ -100,8 +100,8 @@ bool isWord(Column column) {
            column != Column::TEXT;
 }
 
-std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::vector<Column>& columns) {
-    auto record = std::make_shared<MachineRecord>();
+std::shared_ptr<StructuredRecord> readFieldsLine(std::string_view line, const std::vector<Column>& columns) {
+    auto record = std::make_shared<StructuredRecord>();
     std::string_view rest = line;
     for (const Column column : columns) {
         if (!isWord(column)) {

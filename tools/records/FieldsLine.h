@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/layout/LineLayout.h"
-#include "records/MachineRecord.h"
+#include "records/StructuredRecord.h"
 
 #include <memory>
 #include <string_view>
@@ -17,7 +17,8 @@ bool isWord(Log::Column column);
 /// for the time; all that follows is the text.
 /// \return the record, which the caller alone owns; null if a word is invalid for its column, or if no column before
 ///         the text is a time
-std::shared_ptr<MachineRecord> readFieldsLine(std::string_view line, const std::vector<Log::Column>& columns);
+std::shared_ptr<StructuredRecord> readFieldsLine(std::string_view line,
+                                                 const std::vector<Log::Column>& columns);
 
 } // namespace Tools
 } // namespace ZAV

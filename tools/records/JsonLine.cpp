@@ -20,16 +20,17 @@ using Json = nlohmann::json;
 /// A member that is stored unchanged.
 struct Member {
     std::string_view name;
-    std::string MachineRecord::*place;
+    std::string StructuredRecord::*place;
 };
 
-constexpr Member TEXTS[] = {{"logger", &MachineRecord::logger},
-                            {"file", &MachineRecord::file},
-                            {"program", &MachineRecord::program},
-                            {"host", &MachineRecord::host},
-                            {"text", &MachineRecord::message}};
-constexpr Member NUMBERS[] = {
-    {"line", &MachineRecord::line}, {"thread", &MachineRecord::thread}, {"pid", &MachineRecord::pid}};
+constexpr Member TEXTS[] = {{"logger", &StructuredRecord::logger},
+                            {"file", &StructuredRecord::file},
+                            {"program", &StructuredRecord::program},
+                            {"host", &StructuredRecord::host},
+                            {"text", &StructuredRecord::message}};
+constexpr Member NUMBERS[] = {{"line", &StructuredRecord::line},
+                              {"thread", &StructuredRecord::thread},
+                              {"pid", &StructuredRecord::pid}};
 
 template <std::size_t SIZE>
 const Member* findMember(const Member (&members)[SIZE], std::string_view name) {
@@ -46,7 +47,7 @@ const Member* findMember(const Member (&members)[SIZE], std::string_view name) {
 class JsonLineReader : public nlohmann::json_sax<Json> {
 public:
     /// \return the record; null if a mandatory member is missing
-    std::shared_ptr<MachineRecord> take() {
+    std::shared_ptr<StructuredRecord> take() {
         const bool isTyped =
             record_->isTypeKnown ? isConfiguration_ != record_->hasLevel : hasSource_ && !record_->hasLevel;
         return hasTime_ && hasText_ && isTyped ? std::move(record_) : nullptr;
@@ -139,7 +140,7 @@ private:
         return true;
     }
 
-    std::shared_ptr<MachineRecord> record_ = std::make_shared<MachineRecord>();
+    std::shared_ptr<StructuredRecord> record_ = std::make_shared<StructuredRecord>();
     std::string key_;              ///< of the current member of the line
     std::string pairKey_;          ///< of the current member within that one
     RecordPairs* pairs_ = nullptr; ///< where the member's pairs go; null if it has none
@@ -152,12 +153,12 @@ private:
 
 } // namespace
 
-std::shared_ptr<MachineRecord> readJsonLine(std::string_view line) {
+std::shared_ptr<StructuredRecord> readJsonLine(std::string_view line) {
     JsonLineReader reader;
     if (line.empty() || line.front() != '{' || !Json::sax_parse(line.begin(), line.end(), &reader)) {
         return nullptr;
     }
-    std::shared_ptr<MachineRecord> record = reader.take();
+    std::shared_ptr<StructuredRecord> record = reader.take();
     if (record != nullptr) {
         record->show();
     }

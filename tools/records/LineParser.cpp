@@ -12,7 +12,7 @@ namespace Tools {
 namespace {
 
 /// Program, process id, host, logger, location and level.
-constexpr std::size_t MOST_WORDS = 6;
+constexpr std::size_t MAX_WORDS = 6;
 constexpr std::size_t PROCESS_WORDS = 3;
 constexpr std::size_t LONGEST_NUMBER = 10;
 
@@ -22,7 +22,7 @@ public:
     explicit Words(std::string_view lines)
         : lines_(lines), lineEnd_(std::min(lines.find('\n'), lines.size())) {
         std::size_t begin = TIME_STAMP_LENGTH + 1;
-        while (count_ < MOST_WORDS && begin <= lineEnd_) {
+        while (count_ < MAX_WORDS && begin <= lineEnd_) {
             const std::size_t end = std::min(lines_.find(' ', begin), lineEnd_);
             begins_[count_] = begin;
             ends_[count_] = end;
@@ -48,8 +48,8 @@ public:
 private:
     std::string_view lines_;
     std::size_t lineEnd_;
-    std::array<std::size_t, MOST_WORDS> begins_;
-    std::array<std::size_t, MOST_WORDS> ends_;
+    std::array<std::size_t, MAX_WORDS> begins_;
+    std::array<std::size_t, MAX_WORDS> ends_;
     std::size_t count_ = 0;
 };
 

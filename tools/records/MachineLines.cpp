@@ -10,11 +10,11 @@ MachineLines::MachineLines(LineForm form)
     : form_(std::move(form)),
       mayBeJson_(form_.hasJson && (form_.columns.empty() || isWord(form_.columns.front()))) {}
 
-std::shared_ptr<MachineRecord> MachineLines::read(std::string_view line, std::uint64_t offset) {
+std::shared_ptr<StructuredRecord> MachineLines::read(std::string_view line, std::uint64_t offset) {
     return find(line, offset).record;
 }
 
-std::shared_ptr<MachineRecord> MachineLines::take(std::string_view line, std::uint64_t offset) {
+std::shared_ptr<StructuredRecord> MachineLines::take(std::string_view line, std::uint64_t offset) {
     Known& known = find(line, offset);
     known.size = 0;
     return std::move(known.record);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "records/Layout.h"
-#include "records/MachineRecord.h"
+#include "records/StructuredRecord.h"
 
 #include <array>
 #include <cstddef>
@@ -31,17 +31,17 @@ public:
     /// \param line a whole line without its end, for which `mayBegin` is true
     /// \param offset of the line in its file
     /// \return null if the line cannot be parsed
-    std::shared_ptr<MachineRecord> read(std::string_view line, std::uint64_t offset);
+    std::shared_ptr<StructuredRecord> read(std::string_view line, std::uint64_t offset);
 
     /// Does the same, but removes the record from the cache and hands it over to the caller.
-    std::shared_ptr<MachineRecord> take(std::string_view line, std::uint64_t offset);
+    std::shared_ptr<StructuredRecord> take(std::string_view line, std::uint64_t offset);
 
 private:
     /// A cached line.
     struct Known {
         std::uint64_t offset = 0;
         std::size_t size = 0; ///< 0 if there is none
-        std::shared_ptr<MachineRecord> record;
+        std::shared_ptr<StructuredRecord> record;
     };
 
     Known& find(std::string_view line, std::uint64_t offset);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/MachineRecord.h"
+#include "records/StructuredRecord.h"
 #include "records/TimeStamp.h"
 
 #include <cstdint>
@@ -12,8 +12,8 @@ namespace Tools {
 /// A record as it is in a file: a line with a time and the lines without one that follow it. One of a
 /// machine-readable layout is given as `plain` would show it.
 struct Record {
-    std::string_view lines;                 ///< without the last line end; the others are single line feeds
-    const MachineRecord* machine = nullptr; ///< what the record is or belongs to; null in the text layouts
+    std::string_view lines; ///< without the last line end; the others are single line feeds
+    const StructuredRecord* machine = nullptr; ///< what the record is or belongs to; null in the text layouts
     bool hasTime = false;
     /// Belongs to the record before it: the rest of a very long one, or lines that were written later.
     bool isContinuation = false;

@@ -182,7 +182,7 @@ bool RecordReader::takeMachine(std::string_view lines, std::uint64_t offset) {
     if (!machineLines_.mayBegin(lines)) {
         return false;
     }
-    std::shared_ptr<MachineRecord> machine = machineLines_.take(lines.substr(0, lines.find('\n')), offset);
+    std::shared_ptr<StructuredRecord> machine = machineLines_.take(lines.substr(0, lines.find('\n')), offset);
     if (machine == nullptr) {
         return false;
     }
@@ -194,7 +194,7 @@ bool RecordReader::takeMachine(std::string_view lines, std::uint64_t offset) {
 std::string_view RecordReader::timeAt(std::size_t line) {
     const std::string_view ahead(buffer_.data() + line, end_ - line);
     if (machineLines_.mayBegin(ahead)) {
-        const std::shared_ptr<MachineRecord> machine = machineLines_.read(lineAt(line), offset_ + line);
+        const std::shared_ptr<StructuredRecord> machine = machineLines_.read(lineAt(line), offset_ + line);
         if (machine != nullptr) {
             return machine->time(); // still cached after the return
         }

@@ -95,7 +95,7 @@ private:
     std::uint64_t lowest_ = 0;      ///< offset of the line ahead where a run of falling times ends
     std::string lowestTime_;        ///< of that line
     MachineLines machineLines_;
-    std::shared_ptr<MachineRecord> machine_; ///< what was returned last, or what that continues
+    std::shared_ptr<StructuredRecord> machine_; ///< what was returned last, or what that continues
     std::string header_;
     std::string normalised_;
     std::string problem_;

@@ -13,7 +13,7 @@ constexpr std::array<std::string_view, 6> SEQUENCES = {"\x1b[0m",  "\x1b[1;35m",
 
 bool hasMark = false;
 
-std::string drawMark() {
+std::string makeRandomMark() {
     constexpr int RANDOM_BYTES = 16;
     std::random_device device;
     std::string mark = "\xff"; // in no valid UTF-8, so that it is found quickly
@@ -26,7 +26,7 @@ std::string drawMark() {
 
 /// \return the mark, which is followed by a byte for the paint
 const std::string& mark() {
-    static const std::string mark = drawMark();
+    static const std::string mark = makeRandomMark();
     return mark;
 }
 

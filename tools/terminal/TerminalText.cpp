@@ -18,8 +18,8 @@ bool isLineEnd(std::string_view text) {
     return text.size() > 1 && text[0] == '\r' && text[1] == '\n';
 }
 
-bool isBegun(std::string_view text) {
-    return text == "\r" || Util::isCutCharacter(text);
+bool isIncomplete(std::string_view text) {
+    return text == "\r" || Util::isTruncatedCharacter(text);
 }
 
 /// Appends the first character of a text as a terminal is to show it.
@@ -31,7 +31,7 @@ std::size_t appendFirst(std::string& shown, std::string_view text) {
     } else if (character.size < 2) {
         Util::appendByteEscape(shown, text[0]);
         return 1;
-    } else if (Util::steersTerminal(character.value)) {
+    } else if (Util::affectsTerminalDisplay(character.value)) {
         Util::appendCharacterEscape(shown, character.value);
     } else {
         shown += text.substr(0, character.size);
@@ -43,25 +43,25 @@ std::size_t appendFirst(std::string& shown, std::string_view text) {
 
 void TerminalText::append(std::string& shown, std::string_view text) {
     std::string joined;
-    if (!begun_.empty()) {
-        joined = begun_.append(text);
-        begun_.clear();
+    if (!incomplete_.empty()) {
+        joined = incomplete_.append(text);
+        incomplete_.clear();
         text = joined;
     }
-    while (!text.empty() && !isBegun(text)) {
+    while (!text.empty() && !isIncomplete(text)) {
         if (isLineEnd(text)) {
             text.remove_prefix(1);
         }
         text.remove_prefix(appendFirst(shown, text));
     }
-    begun_ = text;
+    incomplete_ = text;
 }
 
 void TerminalText::finish(std::string& shown) {
-    for (const char byte : begun_) {
+    for (const char byte : incomplete_) {
         Util::appendByteEscape(shown, byte);
     }
-    begun_.clear();
+    incomplete_.clear();
 }
 
 } // namespace Tools

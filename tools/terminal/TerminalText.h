@@ -19,7 +19,7 @@ public:
     void finish(std::string& shown);
 
 private:
-    std::string begun_;
+    std::string incomplete_;
 };
 
 } // namespace Tools

@@ -174,13 +174,13 @@ void AppenderRegistry::initAppenders(const Util::Properties& properties) {
             appenders.push_back(putIntoService(std::move(created)));
         }
     }
-    tidyUp(appenders);
+    cleanUpOldFiles(appenders);
 }
 
-void AppenderRegistry::tidyUp(const std::vector<Appender*>& appenders) {
+void AppenderRegistry::cleanUpOldFiles(const std::vector<Appender*>& appenders) {
     for (Appender* const appender : appenders) {
         if (auto* const rolling = dynamic_cast<RollingFileAppender*>(appender)) {
-            rolling->tidyUp();
+            rolling->cleanUpOldFiles();
         }
     }
 }

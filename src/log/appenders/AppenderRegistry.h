@@ -67,7 +67,7 @@ public:
     AppenderExchange prepareExchange(const Util::Properties& properties);
 
     /// Makes appenders that are new in service tidy up files left by earlier ones.
-    static void tidyUp(const std::vector<Appender*>& appenders);
+    static void cleanUpOldFiles(const std::vector<Appender*>& appenders);
 
     /// Puts the appenders of an exchange into the table, atomically with `apply`.
     /// \param apply makes the loggers use them; if it throws, nothing changes

@@ -125,7 +125,7 @@ std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t si
     if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
         return failure(path, "Unable to rename " + part);
     }
-    const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
+    const std::optional<Platform::FileStatus> status = Platform::statFile(path);
     if (status && status->size != size) {
         return std::nullopt;
     }
@@ -137,7 +137,7 @@ namespace {
 
 /// \return nothing if the file has grown, and must be packed again
 std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
-    const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
+    const std::optional<Platform::FileStatus> status = Platform::statFile(path);
     const auto writer = std::make_unique<GzipWriter>();
     if (!status || !writer->open(path)) {
         return Platform::isTaken(path) ? failure(path, status ? writer->problem() : "Not a regular file")

@@ -69,7 +69,7 @@ void LiveFileAppender::continueFile() {
     openLiveFile(Platform::OutputFile::APPEND);
     currentSize_ = outputFileStream_.size() + keptSize();
     lastWritten_ = Time(outputFileStream_.lastWritten(), Util::TimeUtils::USEC);
-    if (outputFileStream_.endsInTornLine(livePath_, values_.fileRules())) {
+    if (outputFileStream_.endsInPartialLine(livePath_, values_.fileRules())) {
         currentSize_ += write("\n");
         checkFile();
     }
@@ -97,7 +97,7 @@ void LiveFileAppender::writeLines(std::string_view text, std::size_t& written) {
 /// A line that does not reach the file, on a full disk for example, is a failure, which callers report by
 /// `checkFile`.
 std::size_t LiveFileAppender::write(std::string_view text) {
-    const std::size_t taken = writeUnchanged(outputFileStream_, text);
+    const std::size_t taken = writeBlocking(outputFileStream_, text);
     if (outputFileStream_.hasFailed()) {
         lastLook_ = Time::now();
     }

@@ -101,13 +101,13 @@ void Packer::forget(const Appender* user) noexcept {
         const ScopedLock lock(lock_);
         isInterrupted_ = isInterrupted_ || (isRunning_ && !jobs_.empty() && isOf(jobs_.front()));
         for (auto job = jobs_.begin(); job != jobs_.end();) {
-            const bool isBegun = isRunning_ && job == jobs_.begin();
-            job = !isBegun && isOf(*job) ? jobs_.erase(job) : std::next(job);
+            const bool isInProgress = isRunning_ && job == jobs_.begin();
+            job = !isInProgress && isOf(*job) ? jobs_.erase(job) : std::next(job);
         }
     }
-    bell_.ring();
+    waitPoint_.notifyAll();
     if (!LibraryCall::isOpen()) {
-        bell_.wait(Deadline(LONGEST_WAIT), [this, user] { return !isIn(user); });
+        waitPoint_.wait(Deadline(LONGEST_WAIT), [this, user] { return !isIn(user); });
     }
 }
 
@@ -138,7 +138,7 @@ const Packer::Job* Packer::first() {
 }
 
 void Packer::work(const Job& job) {
-    bell_.wait(job.pause, [this] { return isInterrupted_.load(); });
+    waitPoint_.wait(job.pause, [this] { return isInterrupted_.load(); });
     if (isInterrupted_) {
         return;
     }
@@ -178,12 +178,12 @@ void Packer::removeFirst() {
         jobs_.pop_front();
         isInterrupted_ = false;
     }
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 /// The thread does not exist in the child.
 void Packer::beginInChild() noexcept {
-    bell_.renewInChild();
+    waitPoint_.renewInChild();
     closePackedFilesInChild();
     const ScopedLock lock(lock_);
     jobs_.clear();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/Bell.h"
+#include "log/async/Waiting.h"
 #include "platform/CriticalSection.h"
 #include "platform/NeverDestroyed.h"
 
@@ -63,8 +63,8 @@ private:
     std::list<Job> jobs_ ZAV_LOG_GUARDED_BY(lock_); ///< while the thread runs, it works on the first
     bool isRunning_ ZAV_LOG_GUARDED_BY(lock_) = false;
     std::atomic<bool> isInterrupted_{
-        false}; ///< whether the first job is to be given up; written under the lock
-    Bell bell_; ///< rung when that is set, and when a job is over
+        false};           ///< whether the first job is to be given up; written under the lock
+    WaitPoint waitPoint_; ///< notified when that is set, and when a job is over
 };
 
 } // namespace Log

@@ -214,7 +214,7 @@ std::string RolledFiles::keep(const AppenderValues& values, std::uint64_t liveSi
 std::uint64_t RolledFiles::sizeOf(const RolledFile& file) const {
     std::uint64_t size = 0;
     for (const std::string& path : {pathOf(file), pathOf(file) + PACKED}) {
-        const std::optional<Platform::FileStatus> status = Platform::lookAtFile(path);
+        const std::optional<Platform::FileStatus> status = Platform::statFile(path);
         size += status ? status->size : 0;
     }
     return size;

@@ -24,7 +24,7 @@ namespace {
 constexpr std::int64_t MICROSECONDS = 1'000'000;
 constexpr std::int64_t HOUR = 3600;
 constexpr std::int64_t DAY = 24 * HOUR;
-constexpr int MOST_CHANGES =
+constexpr int MAX_CHANGES =
     4; ///< clock changes within a day; also ends the search if the system cannot convert a time
 
 /// \return the local time at a moment of UTC, as seconds
@@ -53,7 +53,7 @@ bool beginsPeriod(std::int64_t moment, std::int64_t length) {
 
 /// \return the first later moment at which an hour or a day of local time begins
 std::int64_t nextMoment(std::int64_t moment, std::int64_t length) {
-    for (int change = 0; change < MOST_CHANGES; ++change) {
+    for (int change = 0; change < MAX_CHANGES; ++change) {
         moment = findChange(moment, moment + length - shownAt(moment) % length);
         if (beginsPeriod(moment, length)) {
             break;
@@ -107,7 +107,7 @@ void RollingFileAppender::prepareFile(const LogMessage& message) {
         currentSize_ =
             outputFileStream_.size() + keptSize(); // including what the other processes have written
     }
-    if (!outputFileStream_.isOpen() || owner_.isNotAlone() || !fits(message)) {
+    if (!outputFileStream_.isOpen() || owner_.mustRecheckFile() || !fits(message)) {
         prepareAnew(message);
     }
 }
@@ -120,11 +120,11 @@ bool RollingFileAppender::fits(const LogMessage& message) const {
 /// If memory runs out here, the next message tries again.
 void RollingFileAppender::prepareAnew(const LogMessage& message) {
     const bool isFirst = !outputFileStream_.isOpen();
-    const bool isNotAlone = owner_.isNotAlone();
-    if (isFirst || isNotAlone) {
+    const bool mustRecheckFile = owner_.mustRecheckFile();
+    if (isFirst || mustRecheckFile) {
         rolledFiles_.forgetLast();
     }
-    if (isNotAlone) {
+    if (mustRecheckFile) {
         followFile();
     } else if (isFirst) {
         continueFile();
@@ -151,7 +151,7 @@ bool RollingFileAppender::mustRoll(const LogMessage& message) {
     if (currentSize_ == 0 || period_.isFarBehind(message.getTime())) {
         period_ = RollPeriod(values_.rollAt, message.getTime());
     }
-    const bool mayTry = !isStuck_ || since(lastTry_, Time::now()) >= RETRY_PERIOD;
+    const bool mayTry = !renameFailed_ || since(lastTry_, Time::now()) >= RETRY_PERIOD;
     return currentSize_ != 0 && !fits(message) && mayTry;
 }
 
@@ -169,7 +169,7 @@ void RollingFileAppender::roll(const LogMessage& message) {
     openLiveFile(Platform::OutputFile::CREATE);
     currentSize_ = outputFileStream_.size();
     period_ = RollPeriod(values_.rollAt, message.getTime());
-    isStuck_ = false;
+    renameFailed_ = false;
     owner_.noteRotation();
     if (isRolled) {
         tidyUpAfter(rolled);
@@ -178,20 +178,20 @@ void RollingFileAppender::roll(const LogMessage& message) {
 
 /// Continues with the file, whatever its size or age, rather than lose lines.
 void RollingFileAppender::stayWithFile(Time now) {
-    isStuck_ = true;
+    renameFailed_ = true;
     lastTry_ = now;
     continueFile();
     Packer::instance().report(this, "Unable to rename the file: " + livePath_);
 }
 
-void RollingFileAppender::tidyUp() {
+void RollingFileAppender::cleanUpOldFiles() {
     const ScopedLock lock(criticalSection_);
     tidyUpAtStart();
 }
 
 /// A child that takes over from its parent cannot know what that has left undone, so it tidies up, too.
 bool RollingFileAppender::isTidy() const noexcept {
-    return tidyIn_ == Platform::forkGeneration();
+    return tidiedGeneration_ == Platform::forkGeneration();
 }
 
 /// Tried again later if the folder cannot be listed yet.
@@ -203,7 +203,7 @@ void RollingFileAppender::tidyUpAtStart() noexcept {
         std::vector<RolledFile> files;
         std::vector<std::string> parts;
         if (rolledFiles_.list(files, parts)) {
-            tidyIn_ = Platform::forkGeneration();
+            tidiedGeneration_ = Platform::forkGeneration();
         }
         for (const std::string& path : parts) {
             if (!values_.packs || !Platform::isTaken(path)) { // otherwise packing it does so
@@ -240,7 +240,7 @@ void RollingFileAppender::tidyUpAfter(const RolledFile& rolled) noexcept {
 }
 
 void RollingFileAppender::keep(std::vector<RolledFile>& files) {
-    const std::optional<Platform::FileStatus> live = Platform::lookAtFile(livePath_);
+    const std::optional<Platform::FileStatus> live = Platform::statFile(livePath_);
     const std::string undeletable = rolledFiles_.keep(values_, live ? live->size : 0, Time::now(), files);
     if (!undeletable.empty()) {
         Packer::instance().report(this, "Unable to delete the file: " + undeletable);
@@ -251,7 +251,7 @@ void RollingFileAppender::keep(std::vector<RolledFile>& files) {
 void RollingFileAppender::pack(const std::vector<RolledFile>& files) {
     const std::string lateStamp = RolledFiles::stampOf(since(LATE_WRITES, Time::now()));
     for (const RolledFile& file : files) {
-        if (values_.packs && file.isPlain && Platform::lookAtFile(rolledFiles_.pathOf(file))) {
+        if (values_.packs && file.isPlain && Platform::statFile(rolledFiles_.pathOf(file))) {
             Packer::instance().pack(this, rolledFiles_.pathOf(file), file.stamp >= lateStamp);
         }
     }

@@ -48,7 +48,7 @@ public:
     /// Does for the files of earlier runs what is done after each roll: deletes what exceeds the limits, and
     /// has packed what is not yet completely packed. To be called once the appender is in service; otherwise
     /// done with the first line.
-    void tidyUp();
+    void cleanUpOldFiles();
 
 private:
     void prepareFile(const LogMessage& message) override ZAV_LOG_REQUIRES(criticalSection_);
@@ -67,10 +67,10 @@ private:
     RolledFiles rolledFiles_ ZAV_LOG_GUARDED_BY(criticalSection_);
     RollPeriod period_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< the period of the live file's lines
     /// The `Platform::forkGeneration` in which the files of earlier runs were tidied up.
-    std::optional<unsigned> tidyIn_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    std::optional<unsigned> tidiedGeneration_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Util::TimeUtils::Time lastTidying_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt in a child
-    bool
-        isStuck_ ZAV_LOG_GUARDED_BY(criticalSection_) = false; ///< whether the live file could not be renamed
+    bool renameFailed_ ZAV_LOG_GUARDED_BY(criticalSection_) =
+        false; ///< whether the live file could not be renamed
     Util::TimeUtils::Time lastTry_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< last attempt to rename it
 };
 

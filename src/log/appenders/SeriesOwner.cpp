@@ -83,8 +83,8 @@ struct SeriesOwner::Series {
 struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
     /// More series than related processes have, unless they keep changing names. The system allocates only
     /// the pages that are used.
-    static constexpr std::size_t MOST_SERIES = 2048;
-    using AllCommon = std::array<Common, MOST_SERIES>;
+    static constexpr std::size_t MAX_SERIES = 2048;
+    using AllCommon = std::array<Common, MAX_SERIES>;
 
     const Platform::ForkedMemory memory{sizeof(AllCommon)};
     Platform::CriticalSection lock{Platform::AWAITED_BY_FORK};
@@ -107,8 +107,8 @@ struct SeriesOwner::Table : Platform::NeverDestroyed<Table> {
     /// entry with this process.
     void find(Series& entered, std::uint64_t key) {
         AllCommon& all = *static_cast<AllCommon*>(memory.get());
-        for (std::size_t step = 0; step < MOST_SERIES; ++step) {
-            Common& common = all[(key + step) % MOST_SERIES];
+        for (std::size_t step = 0; step < MAX_SERIES; ++step) {
+            Common& common = all[(key + step) % MAX_SERIES];
             std::uint64_t found = 0;
             if (common.key.compare_exchange_strong(found, key) || found == key) {
                 entered.common = &common;
@@ -178,7 +178,7 @@ bool SeriesOwner::isBehind() const {
     return series_.common->rotations != rotationsSeen_ && !series_.common->isOwn();
 }
 
-bool SeriesOwner::isNotAlone() const {
+bool SeriesOwner::mustRecheckFile() const {
     return !series_.common->isOwn() || series_.common->rotations != rotationsSeen_;
 }
 

@@ -40,7 +40,7 @@ public:
 
     /// \return whether another process owns the series, or the live file has been moved by another object. Makes no
     ///         system call.
-    bool isNotAlone() const;
+    bool mustRecheckFile() const;
 
 private:
     struct Common;

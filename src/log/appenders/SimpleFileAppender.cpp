@@ -38,12 +38,12 @@ void SimpleFileAppender::writeLines(std::string_view text, std::size_t& written)
 void SimpleFileAppender::write(std::string_view text) {
     Platform::OutputFile file;
     open(file);
-    if (mayBeTorn_ && file.endsInTornLine(path_, values_.fileRules())) {
-        writeUnchanged(file, "\n");
+    if (mayEndInPartialLine_ && file.endsInPartialLine(path_, values_.fileRules())) {
+        writeBlocking(file, "\n");
     }
-    writeUnchanged(file, text);
+    writeBlocking(file, text);
     file.close();
-    mayBeTorn_ = file.hasFailed();
+    mayEndInPartialLine_ = file.hasFailed();
     threadRecord().failedWrites += file.hasFailed() ? 1 : 0;
 }
 

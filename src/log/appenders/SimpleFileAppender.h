@@ -34,7 +34,7 @@ private:
     const AppenderValues values_;
     const std::shared_ptr<const LineLayout> layout_;
     const std::string path_; ///< absolute
-    bool mayBeTorn_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
+    bool mayEndInPartialLine_ ZAV_LOG_GUARDED_BY(criticalSection_) = true;
 };
 
 } // namespace Log

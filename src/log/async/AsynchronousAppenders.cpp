@@ -158,7 +158,7 @@ bool AsynchronousAppenders::isEmpty() {
     return !hasEntry([](const Entry& entry) { return entry.appender != nullptr; });
 }
 
-bool AsynchronousAppenders::hasOwnOfApplication() {
+bool AsynchronousAppenders::hasApplicationAppender() {
     return hasEntry(
         [](const Entry& entry) { return entry.appender != nullptr && entry.isListed != nullptr; });
 }
@@ -171,16 +171,16 @@ bool AsynchronousAppenders::deliver(MessageBatch& batch, QueueFile* file) noexce
          ++entry) {
         const bool isLast = std::next(entry) == asynchronousAppenders_.end();
         if (entry->batching != nullptr) {
-            deliverTogether(*entry, batch, isLast, file);
+            deliverBatched(*entry, batch, isLast, file);
         } else {
-            deliverTo(*entry, batch, isLast, file);
+            deliverOneByOne(*entry, batch, isLast, file);
         }
     }
     return !asynchronousAppenders_.empty();
 }
 
-void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, bool isLast,
-                                      QueueFile* file) noexcept {
+void AsynchronousAppenders::deliverOneByOne(const Entry& entry, MessageBatch& batch, bool isLast,
+                                            QueueFile* file) noexcept {
     ThreadRecord& thread = threadRecord();
     QueueFileMark mark = entry.markIn(file);
     for (batch.rewind(); !isAbandoned_ && batch.hasNext();) {
@@ -197,8 +197,8 @@ void AsynchronousAppenders::deliverTo(const Entry& entry, MessageBatch& batch, b
 
 /// Messages count as delivered once their lines are written. A failure is reported before the next message is
 /// delivered, so that reports come in the order of their messages.
-void AsynchronousAppenders::deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast,
-                                            QueueFile* file) noexcept {
+void AsynchronousAppenders::deliverBatched(const Entry& entry, MessageBatch& batch, bool isLast,
+                                           QueueFile* file) noexcept {
     QueueFileMark mark = entry.markIn(file);
     if (BatchAppender* const appender = entry.batchAppender()) {
         appender->beginRound();

@@ -46,7 +46,7 @@ public:
     void exchangeConfigured();
 
     /// \return whether there is an appender that gets only the messages of the loggers that list it
-    bool hasOwnOfApplication();
+    bool hasApplicationAppender();
 
     /// Delivers every message of the batch to the first appender, then to the next, and so on. The caller
     /// must be in a `LibraryCall`. An exception that a command listener throws for a report is shown on the
@@ -87,9 +87,9 @@ private:
         BatchAppender* const batching; ///< the same appender if it batches the lines of a round; else null
     };
 
-    void deliverTo(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
+    void deliverOneByOne(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
         ZAV_LOG_REQUIRES(appendersLock_);
-    void deliverTogether(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
+    void deliverBatched(const Entry& entry, MessageBatch& batch, bool isLast, QueueFile* file) noexcept
         ZAV_LOG_REQUIRES(appendersLock_);
     void reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept;
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,

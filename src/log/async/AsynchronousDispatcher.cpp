@@ -131,7 +131,8 @@ bool AsynchronousDispatcher::drain(const Deadline& deadline) {
 void AsynchronousDispatcher::awaitHold() {
     startIfWanted(true);
     queue_.awaitHold();
-    stateBell_.wait(Deadline(), [this] { return end_ == DONE || (end_ == NOT_BEGUN && state_ != ENDING); });
+    stateWaitPoint_.wait(Deadline(),
+                         [this] { return end_ == DONE || (end_ == NOT_BEGUN && state_ != ENDING); });
 }
 
 void AsynchronousDispatcher::exchangeConfigured(bool needsNewConsumer) {
@@ -206,13 +207,13 @@ void AsynchronousDispatcher::stop() {
         consumerThread_.reset();
     }
     change({WANTED, ENDED}, ABSENT);
-    if (appenders_.hasOwnOfApplication()) {
+    if (appenders_.hasApplicationAppender()) {
         change({ABSENT}, WANTED);
     }
 }
 
 void AsynchronousDispatcher::finishConfigured() {
-    if (state_ == RUNNING && appenders_.hasOwnOfApplication()) {
+    if (state_ == RUNNING && appenders_.hasApplicationAppender()) {
         queue_.flush(Util::TimeUtils::Time());
     } else {
         stop();
@@ -236,7 +237,7 @@ void AsynchronousDispatcher::runConsumer() {
         dispatcher.change({RUNNING}, ENDING);
         { const LibraryCall call; } // writes what is still put off: nothing waits for this thread any more
         dispatcher.change({ENDING}, ENDED);
-        dispatcher.stateBell_.ring();
+        dispatcher.stateWaitPoint_.notifyAll();
     }
 }
 
@@ -247,13 +248,13 @@ void AsynchronousDispatcher::makeRounds() {
     MessageBatch batch;
     int priority = DEFAULT_PRIORITY_MARK;
     queue_.prepareMemory();
-    bool hasCompany = true; // false: the process ends when this thread does
+    bool hasOtherThreads = true; // false: the process ends when this thread does
     do {
         applyPriority(priority);
-        hasCompany = queue_.wait();
+        hasOtherThreads = queue_.wait();
         applyPriority(priority);
         deliverRound(batch);
-    } while (hasCompany && state_ == RUNNING && generation == Platform::forkGeneration());
+    } while (hasOtherThreads && state_ == RUNNING && generation == Platform::forkGeneration());
 }
 
 /// The priority may be configured after the thread has started, and is in force when messages are written. It

@@ -137,7 +137,7 @@ private:
     AsynchronousAppenders appenders_;
     Platform::CriticalSection stateLock_{Platform::AWAITED_BY_FORK}; ///< held to change the state
     std::atomic<State> state_{ABSENT};                               ///< read without the lock
-    Bell stateBell_; ///< rung when the consumer has ended, and when the end is done
+    WaitPoint stateWaitPoint_; ///< notified when the consumer has ended, and when the end is done
     std::atomic<End> end_{NOT_BEGUN};
     std::atomic<std::thread::id> endingThread_{std::thread::id()};
 

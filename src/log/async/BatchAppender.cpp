@@ -70,8 +70,8 @@ void BatchAppender::doOutput(const LogMessage& message) {
     }
 }
 
-std::size_t BatchAppender::writeUnchanged(Platform::OutputFile& file, std::string_view text) {
-    const Platform::UnchangedInScope unchanged(criticalSection_);
+std::size_t BatchAppender::writeBlocking(Platform::OutputFile& file, std::string_view text) {
+    const Platform::BlockingIoScope unchanged(criticalSection_);
     return file.write(text);
 }
 

@@ -85,7 +85,7 @@ protected:
     /// Writes to a file, which may block for any time: a fork does not wait for it, and finds only the file
     /// changed.
     /// \return the number of bytes written
-    std::size_t writeUnchanged(Platform::OutputFile& file, std::string_view text)
+    std::size_t writeBlocking(Platform::OutputFile& file, std::string_view text)
         ZAV_LOG_REQUIRES(criticalSection_);
 
     /// Closes a file that is kept open between two lines.

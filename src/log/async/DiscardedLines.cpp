@@ -13,7 +13,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-constexpr std::size_t MOST_WAITING_BYTES = std::size_t{1024} * 1024;
+constexpr std::size_t MAX_WAITING_BYTES = std::size_t{1024} * 1024;
 
 /// Whatever reads standard error may log what is written, and so discard the next message, and so on. A
 /// message at this depth is only counted, to end such a chain.
@@ -25,8 +25,8 @@ constexpr std::chrono::seconds LONGEST_WRITE{2};
 } // namespace
 
 void DiscardedLines::waitForRoom() {
-    if (waitingBytes() >= MOST_WAITING_BYTES && threadRecord().writtenLines == 0) {
-        bell_.wait(Deadline(), [this] { return waitingBytes() < MOST_WAITING_BYTES; });
+    if (waitingBytes() >= MAX_WAITING_BYTES && threadRecord().writtenLines == 0) {
+        waitPoint_.wait(Deadline(), [this] { return waitingBytes() < MAX_WAITING_BYTES; });
     }
 }
 
@@ -59,12 +59,12 @@ void DiscardedLines::write() {
     }
     Line line{};
     while (takeNext(line)) {
-        bell_.ring(); // there is room again
+        waitPoint_.notifyAll(); // there is room again
         depth = line.depth + 1;
         showLine(line.text, line.reason);
         depth = 0;
     }
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 /// \return false if another thread is writing
@@ -101,7 +101,7 @@ void DiscardedLines::finish() {
             before = taken_;
             return isChanged;
         };
-        goesOn = bell_.wait(Deadline(LONGEST_WRITE), hasChanged) && [this] {
+        goesOn = waitPoint_.wait(Deadline(LONGEST_WRITE), hasChanged) && [this] {
             const ScopedLock lock(lock_);
             return isWriting_;
         }();
@@ -109,7 +109,7 @@ void DiscardedLines::finish() {
 }
 
 void DiscardedLines::renewInChild() noexcept {
-    bell_.renewInChild();
+    waitPoint_.renewInChild();
     const ScopedLock lock(lock_);
     lines_.clear();
     bytes_ = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/Bell.h"
+#include "log/async/Waiting.h"
 #include "platform/CriticalSection.h"
 
 #include <cstddef>
@@ -53,7 +53,7 @@ private:
     const char* theirReason_ ZAV_LOG_GUARDED_BY(lock_) = "";
     bool isWriting_ ZAV_LOG_GUARDED_BY(lock_) = false;
     std::uint64_t taken_ ZAV_LOG_GUARDED_BY(lock_) = 0; ///< number of lines written or being written
-    Bell bell_;                                         ///< rung for every line, and when writing ends
+    WaitPoint waitPoint_;                               ///< notified for every line, and when writing ends
 };
 
 } // namespace Log

@@ -3,8 +3,8 @@
 #include "log/async/AsynchronousDispatcher.h"
 
 #include "log/commands/CommandBus.h"
+#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "log/reentrancy/PutOffMessages.h"
 #include "platform/Threads.h"
 
 #include <thread>
@@ -17,7 +17,7 @@ using Platform::ScopedLock;
 namespace {
 
 /// How long the end of the process waits for a consumer that makes no progress.
-constexpr std::chrono::seconds LONGEST_STANDSTILL{2};
+constexpr std::chrono::seconds MAX_BLOCK_TIME{2};
 
 } // namespace
 
@@ -50,11 +50,11 @@ void AsynchronousDispatcher::endWithProcess() noexcept {
     queue_.close();
     queue_.showRestOfDelivery();
     queue_.showAll();
-    PutOffMessages::instance().showAll();
+    DeferredMessages::instance().showAll();
     queue_.finishShowing();
     abandonConsumer();
     end_ = DONE;
-    stateBell_.ring();
+    stateWaitPoint_.notifyAll();
 }
 
 /// Two threads may end the process at once, for example the consumer from inside an appender. The system runs
@@ -70,10 +70,10 @@ void AsynchronousDispatcher::awaitEnd() noexcept {
     bool isDone = false;
     do {
         progress = appenders_.progress() + statistics().waiting;
-        isDone = stateBell_.wait(Deadline(2 * LONGEST_STANDSTILL), [this] { return end_ == DONE; });
+        isDone = stateWaitPoint_.wait(Deadline(2 * MAX_BLOCK_TIME), [this] { return end_ == DONE; });
     } while (!isDone && progress != appenders_.progress() + statistics().waiting);
     queue_.finishShowing();
-    std::this_thread::sleep_for(LONGEST_STANDSTILL);
+    std::this_thread::sleep_for(MAX_BLOCK_TIME);
 }
 
 /// Detaches the consumer instead of joining it: it may be stuck, or be this thread, the last of the process.
@@ -99,7 +99,7 @@ bool AsynchronousDispatcher::endConsumer(bool waitsForThread) {
     }
     do {
         progress = appenders_.progress();
-        if (stateBell_.wait(Deadline(LONGEST_STANDSTILL), hasEnded)) {
+        if (stateWaitPoint_.wait(Deadline(MAX_BLOCK_TIME), hasEnded)) {
             return true;
         }
     } while (progress != appenders_.progress());
@@ -113,12 +113,12 @@ void AsynchronousDispatcher::beginInChild() noexcept {
     const bool isExchanging = queue_.hasHold();
     queue_.renewInChild();
     files_.forgetInChild();
-    stateBell_.renewInChild();
+    stateWaitPoint_.renewInChild();
     appenders_.endDeliveryInChild();
     if (isExchanging) {
         appenders_.exchangeEntries();
     }
-    PutOffMessages::instance().forgetInChild();
+    DeferredMessages::instance().forgetInChild();
     const ScopedLock lock(threadLock_);
     if (consumerThread_) {
         parentsConsumer_ = consumerThread_.release();

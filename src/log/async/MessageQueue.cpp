@@ -69,7 +69,7 @@ void MessageQueue::append(const MessageFields& message, bool mayWaitForRoom) {
     const bool waits = mayWaitForRoom && overflowBlocks_.load(std::memory_order_relaxed);
     std::uint64_t number = waits ? appendWithRoom(message) : store_.append(message);
     if (number == MessageStore::FILE_FULL) {
-        number = store_.fits(message) ? appendToFullFile(message) : discardUnfit(message);
+        number = store_.fits(message) ? appendToFullFile(message) : discardOversized(message);
     }
     if (number != DISCARDED) {
         hasAppended(number);
@@ -97,9 +97,9 @@ std::uint64_t MessageQueue::appendWithRoom(const MessageFields& message) {
     return store_.append(message);
 }
 
-std::uint64_t MessageQueue::discardUnfit(const MessageFields& message) {
+std::uint64_t MessageQueue::discardOversized(const MessageFields& message) {
     lines_.waitForRoom();
-    store_.discardUnfit(message, lines_, SHOWN_WHEN_DISCARDED);
+    store_.discardOversized(message, lines_, SHOWN_WHEN_DISCARDED);
     lines_.write();
     return DISCARDED;
 }
@@ -111,7 +111,7 @@ std::uint64_t MessageQueue::appendToFullFile(const MessageFields& message) {
     while (number == MessageStore::FILE_FULL) {
         lines_.waitForRoom();
         const MessageStore::Taken taken = store_.discardOldest(1, lines_, SHOWN_WHEN_DISCARDED);
-        if (taken == MessageStore::NOT_YET_HERE) {
+        if (taken == MessageStore::NOT_PUBLISHED) {
             std::this_thread::yield();
         }
         number = store_.append(message);
@@ -135,14 +135,14 @@ bool MessageQueue::discardIfNoneWaits(const MessageFields& message) {
 /// \param done value of `lastDone` before the file was found full
 void MessageQueue::waitForDelivery(std::uint64_t done) {
     callConsumer();
-    bell_.wait(Deadline(),
-               [this, done] { return !isAwaited_ || !willBeServed() || store_.lastDone() != done; });
+    waitPoint_.wait(Deadline(),
+                    [this, done] { return !isAwaited_ || !willBeServed() || store_.lastDone() != done; });
 }
 
 void MessageQueue::waitForRoom() {
     callConsumer();
-    bell_.wait(Deadline(),
-               [this] { return !isAwaited_ || !willBeServed() || store_.size() + 1 < maxQueueSize_; });
+    waitPoint_.wait(Deadline(),
+                    [this] { return !isAwaited_ || !willBeServed() || store_.size() + 1 < maxQueueSize_; });
 }
 
 /// Only the message that fills the first half wakes the consumer, not every later one. At the limit each call
@@ -170,7 +170,7 @@ void MessageQueue::discardOldest() {
         return;
     }
     lines_.waitForRoom();
-    while (store_.discardOldest(maxQueueSize_, lines_, SHOWN_WHEN_DISCARDED) == MessageStore::NOT_YET_HERE) {
+    while (store_.discardOldest(maxQueueSize_, lines_, SHOWN_WHEN_DISCARDED) == MessageStore::NOT_PUBLISHED) {
         std::this_thread::yield();
     }
     lines_.write();
@@ -209,7 +209,7 @@ bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const
         const auto mayBeDone = [this, last, &isServed] {
             return store_.lastDone() >= last || !isServed() || (store_.lastTaken() < last && !isAwaited_);
         };
-        if (!bell_.wait(deadline, mayBeDone)) {
+        if (!waitPoint_.wait(deadline, mayBeDone)) {
             return false;
         }
     }
@@ -219,14 +219,14 @@ bool MessageQueue::awaitDone(std::uint64_t last, const Deadline& deadline, const
 /// One call is enough until the consumer has taken the messages.
 void MessageQueue::callConsumer() {
     if (!isAwaited_.exchange(true)) {
-        bell_.ring();
+        waitPoint_.notifyAll();
     }
 }
 
 // In a forked child
 
 void MessageQueue::renewInChild() noexcept {
-    bell_.renewInChild();
+    waitPoint_.renewInChild();
     lines_.renewInChild();
     store_.renewInChild();
     service_ = 0;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "log/async/Bell.h"
 #include "log/async/DiscardedLines.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageStore.h"
+#include "log/async/Waiting.h"
 
 #include <atomic>
 #include <cstdint>
@@ -126,7 +126,7 @@ private:
 
     std::uint64_t appendWithRoom(const MessageFields& message);
     std::uint64_t appendToFullFile(const MessageFields& message);
-    std::uint64_t discardUnfit(const MessageFields& message);
+    std::uint64_t discardOversized(const MessageFields& message);
     void waitForRoom();
     void waitForDelivery(std::uint64_t done);
     bool discardIfNoneWaits(const MessageFields& message);
@@ -134,7 +134,7 @@ private:
     void callConsumer();
     void discardOldest();
     Deadline endOfWait() const;
-    bool lookForCompany();
+    bool checkForOtherThreads();
 
     MessageStore store_;
 
@@ -145,7 +145,7 @@ private:
     std::atomic<bool> overflowBlocks_;
 
     // Waiting and waking.
-    Bell bell_;
+    WaitPoint waitPoint_;
     /// Flags of `Service`, in one word, so that a reader sees either the hold or a consumer while one
     /// consumer is replaced by another.
     std::atomic<unsigned> service_{0};
@@ -153,7 +153,7 @@ private:
     std::atomic<bool> isWoken_{false};   ///< the consumer must end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
     std::atomic<bool> isClosed_{false};
-    Deadline nextLook_{std::chrono::seconds(0)}; ///< for other threads; used by the consumer
+    Deadline nextLivenessCheck_{std::chrono::seconds(0)}; ///< for other threads; used by the consumer
 
     DiscardedLines lines_;
 };

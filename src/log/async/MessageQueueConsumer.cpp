@@ -18,7 +18,7 @@ using Util::TimeUtils::Time;
 namespace {
 
 /// How often an idle consumer checks whether the process still has another thread.
-constexpr std::chrono::seconds TIME_BETWEEN_LOOKS{2};
+constexpr std::chrono::seconds POLL_INTERVAL{2};
 
 } // namespace
 
@@ -28,12 +28,12 @@ void MessageQueue::setServed(bool isServed) {
     } else {
         service_ &= ~unsigned{SERVED};
     }
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 void MessageQueue::wake() {
     isWoken_ = true;
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 /// Waits before it checks the queue, so that messages are written in batches. Only prompt delivery checks
@@ -56,42 +56,42 @@ bool MessageQueue::wait() {
     }
     isOnCall_ = isPrompt;
     const Deadline end = endOfWait();
-    bool hasCompany = true;
+    bool hasOtherThreads = true;
     bool isOver = false;
-    while (!isOver && !bell_.wait(end.orEarlier(nextLook_), isDue)) {
-        hasCompany = lookForCompany();
-        isOver = !hasCompany || end.isOver();
+    while (!isOver && !waitPoint_.wait(end.orEarlier(nextLivenessCheck_), isDue)) {
+        hasOtherThreads = checkForOtherThreads();
+        isOver = !hasOtherThreads || end.isOver();
     }
     isOnCall_ = false;
-    return hasCompany;
+    return hasOtherThreads;
 }
 
-bool MessageQueue::lookForCompany() {
-    if (!nextLook_.isOver()) {
+bool MessageQueue::checkForOtherThreads() {
+    if (!nextLivenessCheck_.isOver()) {
         return true;
     }
-    nextLook_ = Deadline(TIME_BETWEEN_LOOKS);
+    nextLivenessCheck_ = Deadline(POLL_INTERVAL);
     return !Platform::isOnlyThread();
 }
 
 /// Messages that the consumer has put off are retried soon, as it does not wait for loggers.
 Deadline MessageQueue::endOfWait() const {
-    return threadRecord().putOffMessages > 0 ? Deadline(std::chrono::milliseconds(10))
-                                             : Deadline::after(Time(waitingPeriod_, Util::TimeUtils::USEC));
+    return threadRecord().deferredMessages > 0 ? Deadline(std::chrono::milliseconds(10))
+                                               : Deadline::after(Time(waitingPeriod_, Util::TimeUtils::USEC));
 }
 
 void MessageQueue::take(MessageBatch& batch) {
     isAwaited_ = false;
     if (store_.isHeld()) {
-        bell_.ring(); // for `awaitHold`: the last message before the hold may have been discarded
-        bell_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed(); });
+        waitPoint_.notifyAll(); // for `awaitHold`: the last message before the hold may have been discarded
+        waitPoint_.wait(Deadline(), [this] { return !store_.isHeld() || !isServed(); });
     }
     try {
         store_.take(batch);
     } catch (const std::bad_alloc&) {
         // retried in the next round
     }
-    bell_.ring(); // for threads that wait for room
+    waitPoint_.notifyAll(); // for threads that wait for room
 }
 
 void MessageQueue::hold() noexcept {
@@ -102,12 +102,12 @@ void MessageQueue::hold() noexcept {
 void MessageQueue::endHold() {
     store_.endHold();
     service_ &= ~unsigned{HELD};
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
     store_.release(batch, isDelivered);
-    bell_.ring();
+    waitPoint_.notifyAll();
 }
 
 // The end of the process
@@ -122,7 +122,7 @@ void MessageQueue::showAll() {
     MessageStore::Taken taken = MessageStore::TAKEN;
     while (taken != MessageStore::NOTHING) {
         taken = store_.discardOldest(1, lines_, SHOWN_AT_PROCESS_END);
-        if (taken == MessageStore::NOT_YET_HERE) {
+        if (taken == MessageStore::NOT_PUBLISHED) {
             std::this_thread::yield();
         }
     }

@@ -116,7 +116,7 @@ std::uint64_t MessageStore::appendToSharedRing(const MessageFields& message, std
     if (number != FILE_FULL || sharedRing_->lastKept() != nullptr || sharedRing_->findFront(lastTaken_ + 1)) {
         return number;
     }
-    sharedRing_->giveLastBlockBack();
+    sharedRing_->releaseLastBlock();
     return append(*sharedRing_, message, limit, file);
 }
 
@@ -126,8 +126,8 @@ LogStatistics MessageStore::statistics() const noexcept {
     LogStatistics statistics;
     const ScopedLock lock(storeLock_);
     statistics.delivered = deliveredCount_;
-    statistics.discarded = discardedCount_ + unfitCount_;
-    statistics.queued = lastNumber_ + unfitCount_;
+    statistics.discarded = discardedCount_ + oversizedCount_;
+    statistics.queued = lastNumber_ + oversizedCount_;
     statistics.waiting = statistics.queued - statistics.delivered - statistics.discarded;
     return statistics;
 }

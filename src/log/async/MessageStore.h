@@ -70,9 +70,10 @@ public:
     // Called by readers
 
     enum Taken {
-        TAKEN,       ///< the oldest message
-        NOTHING,     ///< fewer than `least` messages wait
-        NOT_YET_HERE ///< the oldest message is not published yet; its thread will publish it without blocking
+        TAKEN,        ///< the oldest message
+        NOTHING,      ///< fewer than `least` messages wait
+        NOT_PUBLISHED ///< the oldest message is not published yet; its thread will publish it without
+                      ///< blocking
     };
 
     /// Takes the oldest message out if at least `least` messages wait, and adds its line to `lines`.
@@ -81,15 +82,15 @@ public:
 
     /// If no other message waits, appends a message and takes it out at once, so that no batch holds it. It
     /// counts as discarded.
-    /// \param isLastWay whether there is no other way to handle it, even if the queue is closed. A message
+    /// \param isLastResort whether there is no other way to handle it, even if the queue is closed. A message
     ///        logged while another discarded one is being rendered is then shown without being counted
     /// \return false if others wait; it is then not appended
     bool discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
-                 bool isLastWay = false);
+                 bool isLastResort = false);
 
     /// Adds the line of a message that does not fit into the file to `lines`. The message counts as queued
     /// and discarded, but gets no number.
-    void discardUnfit(const MessageFields& message, DiscardedLines& lines, const char* reason);
+    void discardOversized(const MessageFields& message, DiscardedLines& lines, const char* reason);
 
     /// From now on, `take` leaves newly appended messages in the queue.
     void hold() noexcept;
@@ -184,7 +185,8 @@ private:
     /// One of `rings_`, for threads that get no ring of their own, or no block of the file for it.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
     std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_); ///< of every file used so far
-    std::uint64_t unfitCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0; ///< messages that did not fit into the file
+    std::uint64_t
+        oversizedCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0; ///< messages that did not fit into the file
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< taken and not yet released
     bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false;          ///< a discarded message; may allocate
     bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;

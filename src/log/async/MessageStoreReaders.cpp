@@ -22,7 +22,7 @@ MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLi
     }
     Ring* const ring = ringWithOldest();
     if (ring == nullptr) {
-        return NOT_YET_HERE;
+        return NOT_PUBLISHED;
     }
     isRendering_ = true; // allocating may run application code that logs
     lines.add(shownLine(reason, ring->front().next().fields), reason);
@@ -52,15 +52,15 @@ void MessageStore::markDone() noexcept {
 }
 
 bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
-                           bool isLastWay) {
+                           bool isLastResort) {
     std::string line = shownLine(reason, message);
     const ScopedLock lock(storeLock_);
-    if (isLastWay && isRendering_) {
+    if (isLastResort && isRendering_) {
         lines.add(std::move(line), reason);
         return true;
     }
     std::uint64_t last = lastTaken_;
-    if ((isClosed_ && !isLastWay) || !lastNumber_.compare_exchange_strong(last, last + 1)) {
+    if ((isClosed_ && !isLastResort) || !lastNumber_.compare_exchange_strong(last, last + 1)) {
         return false;
     }
     lines.add(std::move(line), reason);
@@ -68,11 +68,11 @@ bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, 
     return true;
 }
 
-void MessageStore::discardUnfit(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+void MessageStore::discardOversized(const MessageFields& message, DiscardedLines& lines, const char* reason) {
     std::string line = shownLine(reason, message);
     const ScopedLock lock(storeLock_);
     lines.add(std::move(line), reason);
-    ++unfitCount_;
+    ++oversizedCount_;
 }
 
 /// \return null if the oldest message is not published yet

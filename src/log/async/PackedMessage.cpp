@@ -26,7 +26,7 @@ enum OwnPart : unsigned {
 constexpr unsigned OWN_PART_BITS = 9;
 
 /// Parts that most messages do not contain.
-constexpr unsigned SELDOM_OWN = OWN_NUMBER | OWN_LENGTH | OWN_FILE | OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
+constexpr unsigned RARE_PARTS = OWN_NUMBER | OWN_LENGTH | OWN_FILE | OWN_THREAD | OWN_CONTEXT | OWN_VALUES;
 
 struct PackedLogger {
     std::string_view name;
@@ -52,9 +52,9 @@ unsigned findOwnParts(const MessageFields& message, const SharedFields& before, 
     const bool needsNumber = nextNumber - before.number > LARGEST_STEP / 2;
     return (needsNumber ? OWN_NUMBER : 0U) | (message.text.size() > LARGEST_STEP ? OWN_LENGTH : 0U) |
            (message.time == before.time ? 0U : OWN_TIME) |
-           (isSamePlace(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
+           (refersToSameMemory(message.loggerName, before.loggerName) ? 0U : OWN_LOGGER_NAME) |
            (message.thread == before.thread ? 0U : OWN_THREAD) |
-           (isAlike(message.context, before.context) ? 0U : OWN_CONTEXT) |
+           (equalTexts(message.context, before.context) ? 0U : OWN_CONTEXT) |
            (message.values.empty() ? 0U : OWN_VALUES) | findOwnPlace(message, before);
 }
 
@@ -142,7 +142,7 @@ bool isLevel(Level::LogLevel level) {
 
 /// \return the values
 template <typename Bytes>
-std::string_view readSeldom(Bytes& bytes, unsigned ownParts, SharedFields& shared) {
+std::string_view readRareParts(Bytes& bytes, unsigned ownParts, SharedFields& shared) {
     if ((ownParts & OWN_FILE) != 0) {
         shared.file = bytes.sizedText();
     }
@@ -175,10 +175,10 @@ PackedMessage::Header PackedMessage::header(std::uint64_t numberBefore, std::uin
 /// Counts the common parts without checking whether this message has them.
 std::size_t PackedMessage::measure() const noexcept {
     return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(PackedPlace) +
-           (has(SELDOM_OWN) ? measureSeldom() : 0) + message_.text.size();
+           (has(RARE_PARTS) ? measureRareParts() : 0) + message_.text.size();
 }
 
-std::size_t PackedMessage::measureSeldom() const noexcept {
+std::size_t PackedMessage::measureRareParts() const noexcept {
     return (has(OWN_NUMBER) ? sizeof(std::uint64_t) : 0) + (has(OWN_LENGTH) ? sizeof(std::size_t) : 0) +
            (has(OWN_FILE) ? sizeWithText(message_.file) : 0) + (has(OWN_THREAD) ? sizeof(std::uint64_t) : 0) +
            (has(OWN_CONTEXT) ? sizeWithText(message_.context) : 0) +
@@ -208,13 +208,13 @@ char* PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& be
         before.place = message_.place;
         before.file = message_.file; // the place's file
     }
-    if (has(SELDOM_OWN)) {
-        next = writeSeldom(next, before);
+    if (has(RARE_PARTS)) {
+        next = writeRareParts(next, before);
     }
     return writeText(next, message_.text);
 }
 
-char* PackedMessage::writeSeldom(char* next, SharedFields& before) const noexcept {
+char* PackedMessage::writeRareParts(char* next, SharedFields& before) const noexcept {
     if (has(OWN_FILE)) {
         next = writeSizedText(next, message_.file);
         before.file = std::string_view(next - message_.file.size(), message_.file.size());
@@ -265,7 +265,7 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
         shared.file = Bytes::fileOf(shared.place);
     }
     const std::string_view values =
-        (header.parts & SELDOM_OWN) != 0 ? readSeldom(bytes, header.parts, shared) : std::string_view();
+        (header.parts & RARE_PARTS) != 0 ? readRareParts(bytes, header.parts, shared) : std::string_view();
     const std::string_view text = bytes.text(textLength);
     const unsigned kind = unsigned{header.parts} >> OWN_PART_BITS;
     MessageFields fields(shared.loggerName, shared.time, static_cast<Level::LogLevel>(header.level), text,

@@ -83,8 +83,8 @@ private:
     bool has(unsigned part) const noexcept { return (ownParts_ & part) != 0; }
     Header header(std::uint64_t numberBefore, std::uint64_t number) const noexcept;
     std::size_t measure() const noexcept;
-    std::size_t measureSeldom() const noexcept;
-    char* writeSeldom(char* next, SharedFields& before) const noexcept;
+    std::size_t measureRareParts() const noexcept;
+    char* writeRareParts(char* next, SharedFields& before) const noexcept;
 
     const MessageFields& message_;
     const int answeredReports_;

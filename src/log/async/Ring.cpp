@@ -276,7 +276,7 @@ void Ring::freeToFront() noexcept {
     }
 }
 
-void Ring::giveLastBlockBack() {
+void Ring::releaseLastBlock() {
     link(pool_.take(0));
     passBlock();
 }

@@ -100,7 +100,7 @@ public:
     /// Returns the last block of a ring that holds no message and keeps nothing. No thread may append
     /// meanwhile.
     /// \throw std::bad_alloc
-    void giveLastBlockBack();
+    void releaseLastBlock();
 
     /// Marks that no thread appends any more.
     void end() noexcept { hasEnded_ = true; }

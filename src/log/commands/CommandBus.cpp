@@ -19,7 +19,7 @@ namespace {
 const CommandBus& madeAtLoad = CommandBus::instance();
 
 /// Polling is rare: only while another thread is calling the very listener that is removed.
-constexpr std::chrono::milliseconds TIME_BETWEEN_LOOKS{1};
+constexpr std::chrono::milliseconds POLL_INTERVAL{1};
 
 } // namespace
 
@@ -88,7 +88,7 @@ void CommandBus::unregisterListener(const CommandListener* listener,
     const Platform::NoCancellation noCancellation; // the caller may be a destructor
     const auto begin = std::chrono::steady_clock::now();
     while (isCalledElsewhere(listener) && (!limit || std::chrono::steady_clock::now() - begin < *limit)) {
-        std::this_thread::sleep_for(TIME_BETWEEN_LOOKS);
+        std::this_thread::sleep_for(POLL_INTERVAL);
     }
 }
 
@@ -178,13 +178,13 @@ bool CommandBus::isStillRegistered(const std::string& name, const Entry& entry) 
 namespace {
 
 /// The destructor may run while the process ends, which a call that never returns must not prevent.
-constexpr std::chrono::seconds LONGEST_CALL_AT_END{2};
+constexpr std::chrono::seconds MAX_WAIT_AT_EXIT{2};
 
 } // namespace
 
 CommandListener::~CommandListener() {
     if (wasRegistered_) {
-        CommandBus::instance().unregisterListener(this, LONGEST_CALL_AT_END);
+        CommandBus::instance().unregisterListener(this, MAX_WAIT_AT_EXIT);
     }
 }
 

@@ -21,15 +21,15 @@ namespace FailureReport {
 
 namespace {
 
-constexpr int MOST_ANSWERED_REPORTS = 8;
+constexpr int MAX_ANSWERED_REPORTS = 8;
 /// Each listener and each failing appender multiplies the reports at every depth.
-constexpr int MOST_NESTED_REPORTS = 1024;
+constexpr int MAX_NESTED_REPORTS = 1024;
 
 bool isDelivered(ThreadRecord& thread) {
     if (thread.answeredReports == 0) {
         return true;
     }
-    return thread.answeredReports <= MOST_ANSWERED_REPORTS && ++thread.nestedReports <= MOST_NESTED_REPORTS;
+    return thread.answeredReports <= MAX_ANSWERED_REPORTS && ++thread.nestedReports <= MAX_NESTED_REPORTS;
 }
 
 } // namespace
@@ -70,7 +70,7 @@ const Failing& madeAtLoad = Failing::instance();
 
 } // namespace
 
-void FailureNotice::setWanted(bool isWanted) noexcept {
+void FailureNotice::setEnabled(bool isWanted) noexcept {
     Failing& known = Failing::instance();
     const ScopedLock lock(known.lock);
     wanted = isWanted;

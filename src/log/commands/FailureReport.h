@@ -40,7 +40,7 @@ class Appender;
 class FailureNotice {
 public:
     /// Enables or disables the notices, which are disabled by default, and forgets which appenders fail.
-    static void setWanted(bool isWanted) noexcept;
+    static void setEnabled(bool isWanted) noexcept;
     static bool isWanted() noexcept { return wanted.load(std::memory_order_relaxed); }
 
     /// Notes that an appender could not write a message.

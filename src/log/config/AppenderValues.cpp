@@ -43,7 +43,7 @@ void AppenderValues::read(const ConfigurationKey& key, const Util::Properties& p
     std::string text;
     std::string needed;
     if (key.read == nullptr || !properties.getProperty(appenderKey(name, key.name), text) ||
-        (key.neededKey != nullptr && !properties.getProperty(appenderKey(name, key.neededKey), needed))) {
+        (key.requiredKey != nullptr && !properties.getProperty(appenderKey(name, key.requiredKey), needed))) {
         return;
     }
     try {

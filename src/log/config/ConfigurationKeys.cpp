@@ -129,8 +129,8 @@ constexpr DefaultValue means(const char* text) {
 template <ValueForm form, auto member>
 constexpr ConfigurationKey setting(const char* name, unsigned readers, const char* values,
                                    DefaultValue byDefault, const char* meaning,
-                                   const char* neededKey = nullptr) {
-    return {KeySection::APPENDER,  name, readers, form, neededKey, values, byDefault, meaning,
+                                   const char* requiredKey = nullptr) {
+    return {KeySection::APPENDER,  name, readers, form, requiredKey, values, byDefault, meaning,
             readInto<form, member>};
 }
 
@@ -142,8 +142,8 @@ constexpr ConfigurationKey unitOf(const char* number, const char* name, ValueFor
 
 constexpr ConfigurationKey option(const char* name, ValueForm form, const char* values,
                                   DefaultValue byDefault, const char* meaning,
-                                  const char* neededKey = nullptr) {
-    return {KeySection::DISPATCHER, name, READ_BY_DISPATCHER, form, neededKey, values, byDefault, meaning};
+                                  const char* requiredKey = nullptr) {
+    return {KeySection::DISPATCHER, name, READ_BY_DISPATCHER, form, requiredKey, values, byDefault, meaning};
 }
 
 constexpr ConfigurationKey KEYS[] = {

@@ -69,8 +69,8 @@ struct ConfigurationKey {
     const char* name; ///< the end of the key; empty for the key that declares an appender
     unsigned readers; ///< of `KeyReaders`
     ValueForm form;
-    const char* neededKey; ///< the key of the same section without which this one has no effect, or nullptr
-    const char* values;    ///< what the value may be
+    const char* requiredKey; ///< the key of the same section without which this one has no effect, or nullptr
+    const char* values;      ///< what the value may be
     DefaultValue byDefault;
     const char* meaning; ///< one sentence
 

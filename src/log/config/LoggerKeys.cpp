@@ -85,10 +85,10 @@ void forEachLoggerKey(const Util::Properties& properties, const std::function<vo
     }
 }
 
-void requireAcceptableName(std::string_view path) {
-    constexpr std::ptrdiff_t MOST_COMPONENTS = 1000;
+void checkName(std::string_view path) {
+    constexpr std::ptrdiff_t MAX_COMPONENTS = 1000;
     const std::ptrdiff_t components = std::count(path.begin(), path.end(), '.') + 1;
-    if (components > MOST_COMPONENTS) {
+    if (components > MAX_COMPONENTS) {
         throw LogException("Logger name has too many components: " + std::to_string(components));
     }
 }

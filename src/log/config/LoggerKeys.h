@@ -46,7 +46,7 @@ void forEachLoggerKey(const Util::Properties& properties, const std::function<vo
 /// so the memory for a long name of many components grows with the square of its length.
 /// \param path as `Logger::getLogger` splits it: at each dot, empty components included
 /// \throw LogException for more than 1,000 components
-void requireAcceptableName(std::string_view path);
+void checkName(std::string_view path);
 
 } // namespace Log
 } // namespace ZAV

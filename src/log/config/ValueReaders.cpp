@@ -167,12 +167,12 @@ std::optional<Time> readTimeLimit(const std::string& text) {
 
 std::optional<unsigned> readFileMode(const std::string& text) {
     constexpr unsigned ALL_PERMISSIONS = 0777;
-    constexpr std::size_t MOST_DIGITS = 4;
+    constexpr std::size_t MAX_DIGITS = 4;
     unsigned mode = 0;
     const char* const end = text.data() + text.size();
     const std::from_chars_result result = std::from_chars(text.data(), end, mode, 8);
-    const bool isMode = result.ec == std::errc() && result.ptr == end && text.size() <= MOST_DIGITS &&
-                        mode <= ALL_PERMISSIONS;
+    const bool isMode =
+        result.ec == std::errc() && result.ptr == end && text.size() <= MAX_DIGITS && mode <= ALL_PERMISSIONS;
     return isMode ? std::optional<unsigned>(mode) : std::nullopt;
 }
 

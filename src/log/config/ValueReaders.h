@@ -13,7 +13,7 @@ namespace ZAV {
 namespace Log {
 
 // Parsers for the values of the configuration. They report what they cannot parse, so that the library can
-// fall back silently, and a checker can complain.
+// fall back silently, and a checker can report an error.
 
 /// A number at the beginning of a text.
 template <typename Number>

@@ -10,7 +10,7 @@ using Platform::ScopedLock;
 namespace {
 
 /// How many levels whose time is over are kept for messages that are still queued.
-constexpr std::ptrdiff_t MOST_KEPT = 32;
+constexpr std::ptrdiff_t MAX_KEPT = 32;
 
 const TemporaryLevels& madeAtLoad = TemporaryLevels::instance();
 
@@ -27,8 +27,8 @@ void TemporaryLevels::set(const Logger* logger, Level::LogLevel level, Time now,
             end(earlier, now);
         }
     }
-    forgetOldest(now);
-    renewBounds();
+    pruneExpired(now);
+    updateBounds();
 }
 
 void TemporaryLevels::end(TemporaryLevel& temporary, Time now) {
@@ -36,18 +36,18 @@ void TemporaryLevels::end(TemporaryLevel& temporary, Time now) {
     temporary.isEnded = true;
 }
 
-void TemporaryLevels::forgetOldest(Time now) {
+void TemporaryLevels::pruneExpired(Time now) {
     const auto isOver = [now](const TemporaryLevel& temporary) {
         return temporary.isEnded || temporary.until < now;
     };
-    std::ptrdiff_t surplus = std::count_if(levels_.begin(), levels_.end(), isOver) - MOST_KEPT;
+    std::ptrdiff_t surplus = std::count_if(levels_.begin(), levels_.end(), isOver) - MAX_KEPT;
     const auto isSurplus = [&](const TemporaryLevel& temporary) {
         return surplus > 0 && isOver(temporary) && surplus-- > 0;
     };
     levels_.erase(std::remove_if(levels_.begin(), levels_.end(), isSurplus), levels_.end());
 }
 
-void TemporaryLevels::renewBounds() {
+void TemporaryLevels::updateBounds() {
     std::int32_t lowest = std::numeric_limits<std::int32_t>::max();
     Time latest;
     for (const TemporaryLevel& temporary : levels_) {

@@ -54,7 +54,7 @@ std::size_t appendFirst(std::string& escaped, std::string_view text) {
         return 1;
     }
     const Util::CodePoint character = isAscii ? Util::CodePoint() : Util::firstCodePoint(text);
-    if (character.size > 1 && Util::steersTerminal(character.value)) {
+    if (character.size > 1 && Util::affectsTerminalDisplay(character.value)) {
         Util::appendCharacterEscape(escaped, character.value);
         return character.size;
     }

@@ -48,11 +48,11 @@ std::string_view hostName(Util::TimeUtils::Time time) {
 
 } // namespace
 
-ShownProcess::ShownProcess(const ProcessDescription& process) noexcept : process_(process) {
+ProcessOverride::ProcessOverride(const ProcessDescription& process) noexcept : process_(process) {
     shownProcess = &process_;
 }
 
-ShownProcess::~ShownProcess() {
+ProcessOverride::~ProcessOverride() {
     shownProcess = nullptr;
 }
 

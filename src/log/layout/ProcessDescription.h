@@ -16,13 +16,13 @@ struct ProcessDescription {
 
 /// Makes the calling thread's lines show another process during the object's lifetime, such as the one that
 /// left messages in a queue file.
-class ShownProcess {
+class ProcessOverride {
 public:
     /// \param process its texts must outlive the object
-    explicit ShownProcess(const ProcessDescription& process) noexcept;
-    ~ShownProcess();
-    ShownProcess(const ShownProcess&) = delete;
-    ShownProcess& operator=(const ShownProcess&) = delete;
+    explicit ProcessOverride(const ProcessDescription& process) noexcept;
+    ~ProcessOverride();
+    ProcessOverride(const ProcessOverride&) = delete;
+    ProcessOverride& operator=(const ProcessOverride&) = delete;
 
 private:
     const ProcessDescription process_;

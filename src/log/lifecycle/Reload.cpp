@@ -18,11 +18,11 @@ namespace Log {
 namespace {
 
 /// How long logging calls are blocked for the change before it is retried because some appender is slow.
-constexpr std::chrono::milliseconds SHORTEST_STANDSTILL{20};
-constexpr std::chrono::milliseconds LONGEST_STANDSTILL{5000};
+constexpr std::chrono::milliseconds MIN_BLOCK_TIME{20};
+constexpr std::chrono::milliseconds MAX_BLOCK_TIME{5000};
 
 /// How long they are blocked at most to drain the queue, which is also drained before that, without blocking.
-constexpr std::chrono::milliseconds LONGEST_DRAINING{100};
+constexpr std::chrono::milliseconds MAX_DRAIN_TIME{100};
 
 AsynchronousDispatcher& dispatcher() {
     return AsynchronousDispatcher::instance();
@@ -55,11 +55,11 @@ Reload::Reload(const Util::Properties& properties)
       appenders_(AppenderRegistry::instance().prepareExchange(properties)),
       settings_(dispatcher().settingsBy(properties)),
       needsNewConsumer_(settings_.priority != dispatcher().settings().priority),
-      concernsConsumer_(concernsConsumer()), takesFilesOver_(takesFilesOver()) {}
+      concernsConsumer_(concernsConsumer()), takesFilesOver_(reusesFiles()) {}
 
 /// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
 ///         may still be queued
-bool Reload::takesFilesOver() const {
+bool Reload::reusesFiles() const {
     const std::set<std::string> heirs = filesOf(appenders_.coming, true);
     const std::set<std::string> left = filesOf(appenders_.leaving, false);
     if (heirs.empty() || left.empty()) {
@@ -85,7 +85,8 @@ void Reload::run() {
     if (concernsConsumer_) {
         changeConsumer();
     }
-    AppenderRegistry::tidyUp(appenders_.coming); // before others are destroyed, so that packing goes on
+    AppenderRegistry::cleanUpOldFiles(
+        appenders_.coming); // before others are destroyed, so that packing goes on
     appenders_.created.clear();
 }
 
@@ -94,8 +95,8 @@ void Reload::run() {
 /// attempt, for appenders that are always slow.
 void Reload::changePlaces() {
     bool hasChanged = false;
-    for (std::chrono::milliseconds standstill = SHORTEST_STANDSTILL; !hasChanged;
-         standstill = std::min(2 * standstill, LONGEST_STANDSTILL)) {
+    for (std::chrono::milliseconds standstill = MIN_BLOCK_TIME; !hasChanged;
+         standstill = std::min(2 * standstill, MAX_BLOCK_TIME)) {
         awaitAppenders();
         const DispatchGate::Closed gate;
         if (awaitAppenders(standstill)) {
@@ -113,7 +114,7 @@ void Reload::awaitAppenders() const {
 }
 
 bool Reload::awaitAppenders(std::chrono::milliseconds limit) const {
-    const Deadline deadline(std::min(limit, LONGEST_DRAINING));
+    const Deadline deadline(std::min(limit, MAX_DRAIN_TIME));
     return tree_.awaitMessages(std::chrono::steady_clock::now() + limit) &&
            (!takesFilesOver_ || dispatcher().drain(deadline));
 }

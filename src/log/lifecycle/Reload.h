@@ -31,7 +31,7 @@ public:
 private:
     using Appenders = std::vector<Appender*>;
 
-    bool takesFilesOver() const;
+    bool reusesFiles() const;
     bool concernsConsumer() const;
 
     void changePlaces();

@@ -23,8 +23,8 @@ thread_local const KnownPlace* recent[16];
 /// The level is compared last. Next to the line, both would be compared with a single load, which stalls
 /// until the call's two stores have left the store buffer.
 bool isSame(const Place& place, const Place& other) {
-    return place.line == other.line && isAlike(place.format, other.format) &&
-           isAlike(place.file, other.file) && place.level == other.level;
+    return place.line == other.line && equalTexts(place.format, other.format) &&
+           equalTexts(place.file, other.file) && place.level == other.level;
 }
 
 std::size_t hash(const Place& place) {
@@ -47,7 +47,7 @@ std::string_view copyTo(char* characters, std::string_view text) {
 /// \return whether a field of the format needs more than copied values: the address of a text ("p"), the
 ///         current global locale ("L"), or a width or precision that is a value and may be out of range. A
 ///         fill character may be mistaken for one of these, which is harmless.
-bool needsCall(std::string_view format) {
+bool mustFormatInCall(std::string_view format) {
     int depth = 0;
     bool isForm = false;
     for (std::size_t i = 0; i < format.size(); ++i) {
@@ -81,7 +81,7 @@ std::unique_ptr<KnownPlace, Deleter> makeCopy(const Place& place) {
     char* const texts = reinterpret_cast<char*>(copy.get() + 1);
     copy->file = copyTo(texts, place.file);
     copy->format = copyTo(texts + place.file.size(), place.format);
-    copy->needsCall = needsCall(place.format);
+    copy->mustFormatInCall = mustFormatInCall(place.format);
     return copy;
 }
 

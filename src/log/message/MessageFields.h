@@ -19,7 +19,7 @@ struct KnownPlace : Place {
     explicit KnownPlace(const Place& place) : Place(place) {}
 
     /// Whether the text must be formatted during the call, since copied values do not suffice.
-    bool needsCall = false;
+    bool mustFormatInCall = false;
     KnownPlace* next = nullptr; ///< used to look it up
 };
 
@@ -31,12 +31,12 @@ const KnownPlace& knownPlace(const Place& place);
 class Logger;
 
 /// \return whether two views refer to the same memory, not only to equal texts
-inline bool isSamePlace(std::string_view text, std::string_view other) {
+inline bool refersToSameMemory(std::string_view text, std::string_view other) {
     return text.data() == other.data() && text.size() == other.size();
 }
 
 /// The same as `==`, but faster: that also determines which of the texts is less.
-inline bool isAlike(std::string_view text, std::string_view other) {
+inline bool equalTexts(std::string_view text, std::string_view other) {
     return text.size() == other.size() &&
            (text.empty() || std::memcmp(text.data(), other.data(), text.size()) == 0);
 }

@@ -30,9 +30,9 @@ struct ReusedMessage::Kept {
     void fill(const MessageFields& fields);
 
     LogMessage message;
-    MessageFields shownFields;   ///< refer to `message`; set by `keptFields`
-    std::string_view loggerName; ///< the logger's own string
-    bool isThreads = false;      ///< whether it is kept until its thread ends
+    MessageFields shownFields;    ///< refer to `message`; set by `keptFields`
+    std::string_view loggerName;  ///< the logger's own string
+    bool isOwnedByThread = false; ///< whether it is kept until its thread ends
     bool isTaken = true;
 
     /// Never destroyed, since threads may still log while the process ends.
@@ -68,7 +68,7 @@ void ReusedMessage::take() {
         return;
     }
     kept_ = new Kept(fields_);
-    kept_->isThreads = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
+    kept_->isOwnedByThread = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
 }
 
 /// Allocating may run a function of the application, which may log.
@@ -83,7 +83,7 @@ void ReusedMessage::fillTaken(Kept& kept) const {
 }
 
 void ReusedMessage::giveBack() noexcept {
-    if (!kept_->isThreads) {
+    if (!kept_->isOwnedByThread) {
         delete kept_;
         return;
     }
@@ -96,11 +96,11 @@ void ReusedMessage::giveBack() noexcept {
 
 /// A message often has the same logger, file and context as the one before.
 void ReusedMessage::Kept::fill(const MessageFields& fields) {
-    if (!isSamePlace(loggerName, fields.loggerName)) {
+    if (!refersToSameMemory(loggerName, fields.loggerName)) {
         message.loggerName_.assign(fields.loggerName);
         loggerName = fields.loggerName;
     }
-    if (!isAlike(message.file_, fields.file)) {
+    if (!equalTexts(message.file_, fields.file)) {
         message.file_.assign(fields.file);
     }
     message.text_.clear(); // faster than assigning
@@ -110,7 +110,7 @@ void ReusedMessage::Kept::fill(const MessageFields& fields) {
         appendPairs(message.text_, fields.values, message.text_.empty());
         message.values_.assign(fields.values);
     }
-    if (!isAlike(message.context_, fields.context)) {
+    if (!equalTexts(message.context_, fields.context)) {
         message.context_.assign(fields.context);
     }
     message.thread_ = fields.thread;

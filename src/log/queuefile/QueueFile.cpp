@@ -29,7 +29,7 @@ constexpr std::size_t MAPPED_AT_ONCE = std::size_t{64} << 20U;
 
 /// \return the size clamped and rounded down to whole slots, in bytes
 std::size_t slotSize(std::uint64_t size) {
-    return static_cast<std::size_t>(std::clamp(size, QueueFile::LEAST_SIZE, QueueFile::MOST_SIZE)) / SLOT *
+    return static_cast<std::size_t>(std::clamp(size, QueueFile::LEAST_SIZE, QueueFile::MAX_SIZE)) / SLOT *
            SLOT;
 }
 
@@ -92,7 +92,7 @@ QueueFile::QueueFile(const std::string& path, std::uint64_t size, Damage damage)
 /// \return whether it is a queue file, damaged or not
 bool QueueFile::readEarlier(std::string& problem) {
     std::string content;
-    if (file_.size() > MOST_SIZE) {
+    if (file_.size() > MAX_SIZE) {
         problem = "It is larger than any";
         return false;
     }

@@ -84,8 +84,8 @@ public:
 
     // Smallest and largest size of a file in bytes; other sizes are clamped.
     static constexpr std::uint64_t LEAST_SIZE = std::uint64_t{16} * QueueFileFormat::SLOT;
-    static constexpr std::uint64_t MOST_SIZE =
-        std::uint64_t{QueueFileFormat::MOST_SLOTS} * QueueFileFormat::SLOT;
+    static constexpr std::uint64_t MAX_SIZE =
+        std::uint64_t{QueueFileFormat::MAX_SLOTS} * QueueFileFormat::SLOT;
 
     /// \return approximate number of messages that a file can hold
     /// \param size of the file in bytes

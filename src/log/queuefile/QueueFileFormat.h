@@ -57,7 +57,7 @@ constexpr std::uint64_t blockWord(std::uint32_t kind, std::uint64_t slots, std::
     return (content * 0x9E3779B97F4A7C15U & 0xFFF0000000000000U) | content;
 }
 
-constexpr std::size_t MOST_SLOTS = 0xFFFFFF;
+constexpr std::size_t MAX_SLOTS = 0xFFFFFF;
 
 constexpr std::uint32_t kindIn(std::uint64_t word) {
     return static_cast<std::uint32_t>(word >> 24U & 0xFU);

@@ -87,7 +87,7 @@ void giveToAll(StoredQueue::Message& stored, std::vector<Recovered>& appenders, 
         return;
     }
     const StoredQueue::Run& run = *stored.run;
-    const ShownProcess shown({run.program, run.processId, run.host});
+    const ProcessOverride shown({run.program, run.processId, run.host});
     const std::optional<LogMessage> message = stored.make();
     if (!message) {
         FailureCount::add(); // there is no message to report

@@ -21,7 +21,7 @@ constexpr std::size_t LARGEST_SEARCHED = std::size_t{64} * 1024;
 
 /// Limits the bytes checked in vain to this multiple of the file size, so that a file crafted to look full of
 /// records is read in bounded time.
-constexpr std::size_t MOST_SEARCHES = 64;
+constexpr std::size_t MAX_SEARCHES = 64;
 
 template <typename Value>
 Value valueAt(std::string_view bytes, std::size_t place) {
@@ -135,7 +135,7 @@ bool StoredQueue::readRecord(std::size_t place, std::size_t end, std::uint64_t b
     const std::size_t size = sizeIn(frame.word);
     const bool isPlausible = frame.word != 0 && size <= end - place - sizeof(Frame) &&
                              (!isBehindGap || size <= LARGEST_SEARCHED) &&
-                             scanned_ / MOST_SEARCHES <= bytes_.size();
+                             scanned_ / MAX_SEARCHES <= bytes_.size();
     const std::string_view payload =
         isPlausible ? bytes_.substr(place + sizeof(Frame), size) : std::string_view();
     if (!isPlausible || frame.check != checkOf(block, frame.word, payload)) {

@@ -2,7 +2,7 @@
 
 #include "log/layout/UndeliveredMessage.h"
 #include "log/message/ReusedMessage.h"
-#include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/DeferredMessages.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
 
@@ -22,13 +22,13 @@ ThreadRecord& threadRecord() noexcept {
     return record;
 }
 
-void askSystemId(ThreadRecord& thread) noexcept {
+void querySystemId(ThreadRecord& thread) noexcept {
     thread.systemId = Platform::currentThreadId();
 }
 
 void LibraryCall::end() noexcept {
-    if (hasPutOffMessages()) {
-        PutOffMessages::instance().writeOwn();
+    if (hasDeferredMessages()) {
+        DeferredMessages::instance().writeOwn();
     }
     record_.nestedReports = 0;
 }

@@ -12,13 +12,14 @@ class ThreadContext;
 
 /// The library's state for one thread. Trivially destructible, so that a thread may log until its very end.
 struct ThreadRecord {
-    int calls;           ///< nesting depth of open `LibraryCall`s
-    int answeredReports; ///< length of the chain of failure reports that the thread is answering, each an
-                         ///< answer to the one before
-    int nestedReports;   ///< reports delivered in answer to others, since the outermost call began
-    int putOffMessages;  ///< messages of this thread that `PutOffMessages` keeps and has not begun to write
-    bool showsDiscarded; ///< it is showing a message discarded because it had put off too many
-    int writtenLines;    ///< nesting depth of the lines of discarded messages that the thread is writing
+    int calls;            ///< nesting depth of open `LibraryCall`s
+    int answeredReports;  ///< length of the chain of failure reports that the thread is answering, each an
+                          ///< answer to the one before
+    int nestedReports;    ///< reports delivered in answer to others, since the outermost call began
+    int deferredMessages; ///< messages of this thread that `DeferredMessages` keeps and has not begun to
+                          ///< write
+    bool showsDiscarded;  ///< it is showing a message discarded because it had put off too many
+    int writtenLines;     ///< nesting depth of the lines of discarded messages that the thread is writing
     const Dispatch* dispatch;   ///< the innermost one that is open; null if none is
     std::uint64_t failedWrites; ///< by appenders in this thread, reported or not
     const Appender* keptLineOf; ///< the appender that has buffered the line of its last message
@@ -36,13 +37,13 @@ ThreadRecord& threadRecord() noexcept;
 
 /// Queries the operating system's ID of the calling thread.
 /// \param thread the calling thread's record
-void askSystemId(ThreadRecord& thread) noexcept;
+void querySystemId(ThreadRecord& thread) noexcept;
 
 /// \return the operating system's ID of the calling thread; cached, and queried again in a forked child
 /// \param thread the calling thread's record
 inline std::uint64_t systemIdOf(ThreadRecord& thread) noexcept {
     if (thread.systemId == 0) {
-        askSystemId(thread);
+        querySystemId(thread);
     }
     return thread.systemId;
 }
@@ -99,7 +100,7 @@ public:
     bool isNested() const noexcept { return isNested_; }
 
     /// \return true if a message of this call must be put off to preserve order, because earlier ones were
-    bool hasPutOffMessages() const noexcept { return record_.putOffMessages > 0; }
+    bool hasDeferredMessages() const noexcept { return record_.deferredMessages > 0; }
 
     /// \return true if the calling thread is inside such a call
     static bool isOpen() noexcept { return threadRecord().calls > 0; }

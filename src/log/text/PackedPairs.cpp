@@ -36,7 +36,7 @@ std::size_t sizeOfControl(std::string_view text) {
         return first < 0x20 || first == 0x7f ? 1 : 0;
     }
     const Util::CodePoint character = Util::firstCodePoint(text);
-    return character.size > 1 && Util::steersTerminal(character.value) ? character.size : 0;
+    return character.size > 1 && Util::affectsTerminalDisplay(character.value) ? character.size : 0;
 }
 
 /// A table, since it is used for every byte of every text logged as a value.

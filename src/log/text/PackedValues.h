@@ -23,7 +23,7 @@ using Kind = TaggedValue::Kind;
 constexpr unsigned KIND_BITS = 4;
 constexpr unsigned KIND_MASK = (1U << KIND_BITS) - 1;
 constexpr unsigned NULL_TEXT = 15; ///< used as the size
-constexpr std::size_t MOST_BYTES_OF_NUMBER = 1 + sizeof(std::uint64_t);
+constexpr std::size_t MAX_BYTES_OF_NUMBER = 1 + sizeof(std::uint64_t);
 
 inline char headOf(Kind kind, unsigned size) {
     return static_cast<char>(static_cast<unsigned>(kind) | size << KIND_BITS);
@@ -48,12 +48,12 @@ inline std::uint64_t readNumber(const char*& bytes, unsigned size) {
 }
 
 /// Zigzag encoding: a number of small magnitude is short, whatever its sign.
-inline std::uint64_t withSignLast(long long number) {
+inline std::uint64_t zigzagEncode(long long number) {
     const auto bits = static_cast<std::uint64_t>(number);
     return number < 0 ? ~(bits << 1U) : bits << 1U;
 }
 
-inline long long withSignFirst(std::uint64_t number) {
+inline long long zigzagDecode(std::uint64_t number) {
     return static_cast<long long>((number & 1U) != 0 ? ~(number >> 1U) : number >> 1U);
 }
 
@@ -102,7 +102,7 @@ inline char* writeCString(char* place, const TaggedValue& value) {
 ///        but nothing worse happens
 /// \return upper bound of the bytes that the value takes, whatever its kind
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
-    return Packing::MOST_BYTES_OF_NUMBER + value.size + 1; // the NUL of a C string
+    return Packing::MAX_BYTES_OF_NUMBER + value.size + 1; // the NUL of a C string
 }
 
 /// Always inline: where the kind is known, it compiles to a few instructions.
@@ -117,7 +117,7 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     case Kind::C_STRING:
         return writeCString(place, value);
     case Kind::SIGNED:
-        return writeNumber(place, value.kind, withSignLast(value.signedNumber));
+        return writeNumber(place, value.kind, zigzagEncode(value.signedNumber));
     case Kind::UNSIGNED:
         return writeNumber(place, value.kind, value.unsignedNumber);
     case Kind::DOUBLE:
@@ -146,7 +146,7 @@ inline TaggedValue unpackValue(const char*& bytes) noexcept {
     case Kind::C_STRING:
         return size == NULL_TEXT ? nullptr : readText(bytes, size).data();
     case Kind::SIGNED:
-        return withSignFirst(readNumber(bytes, size));
+        return zigzagDecode(readNumber(bytes, size));
     case Kind::UNSIGNED:
         return static_cast<unsigned long long>(readNumber(bytes, size));
     case Kind::DOUBLE:

@@ -32,11 +32,11 @@ bool hasExactProducts(double number) {
 /// \return false if exact arithmetic is needed
 bool toDecimal(double number, Decimal& decimal) {
     static constexpr double BOUNDS[] = {0.001, 0.01, 0.1, 1, 10, 100, 1000, 10000, 100000};
-    constexpr int MOST_DECIMALS = 9;
+    constexpr int MAX_DECIMALS = 9;
     // Far above the multiplication's rounding error.
     constexpr double DOUBT = 1e-6;
-    decimal.decimals = MOST_DECIMALS;
-    while (decimal.decimals > 0 && number >= BOUNDS[MOST_DECIMALS - decimal.decimals]) {
+    decimal.decimals = MAX_DECIMALS;
+    while (decimal.decimals > 0 && number >= BOUNDS[MAX_DECIMALS - decimal.decimals]) {
         --decimal.decimals;
     }
     const double scaled = number * POWERS_OF_TEN[decimal.decimals];

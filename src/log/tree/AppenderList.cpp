@@ -47,7 +47,7 @@ void AppenderList::copyFrom(const AppenderList& other) {
     ++version_;
 }
 
-AppenderList::Outcome AppenderList::giveToSynchronous(ReusedMessage& message, bool isOutermost) {
+AppenderList::Outcome AppenderList::deliverToSynchronous(ReusedMessage& message, bool isOutermost) {
     const bool hasChanged = copiedVersion_ != version_.load(std::memory_order_acquire);
     if (hasChanged && !isOutermost) {
         std::uint64_t version = 0;

@@ -52,7 +52,7 @@ public:
     ///
     /// If a filter or a command listener throws for one appender, the others still get the message.
     /// \param isOutermost whether this thread has no other dispatch through this list in progress
-    Outcome giveToSynchronous(ReusedMessage& message, bool isOutermost);
+    Outcome deliverToSynchronous(ReusedMessage& message, bool isOutermost);
 
     /// \return whether the last dispatch that saw a change of the list found only asynchronous appenders;
     ///         read without a lock

@@ -2,8 +2,8 @@
 
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/message/ReusedMessage.h"
+#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "log/reentrancy/PutOffMessages.h"
 #include "log/reentrancy/ThreadContext.h"
 #include "log/tree/TreeLock.h"
 #include "platform/Threads.h"
@@ -61,7 +61,7 @@ void Logger::Inside::log(MessageFields& message) {
     message.time = Time::now();
     if (!isLocked) {
         if (message.type == CFG || passes(message.level, message.time)) {
-            putOff(message);
+            defer(message);
         }
         return;
     }
@@ -81,7 +81,7 @@ bool Logger::Inside::lockFor(const LibraryCall& call) {
         lock();
         return true;
     }
-    return !call.hasPutOffMessages() && tryLock();
+    return !call.hasDeferredMessages() && tryLock();
 }
 
 /// Takes the lock to dispatch a message. Not held while waiting for the gate: the thread that closed the gate
@@ -145,7 +145,7 @@ bool Logger::Inside::needsTemporaryLevel(Level::LogLevel level) const {
 /// \param mayWaitForRoom whether the call may block while the queue is full
 void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWaitForRoom) {
     const AppenderList::Outcome outcome =
-        appenders_.giveToSynchronous(message, criticalSection_.isHeldOnce());
+        appenders_.deliverToSynchronous(message, criticalSection_.isHeldOnce());
     if (outcome.hasAsynchronous) {
         AsynchronousDispatcher::instance().enqueue(message.fields(), mayWaitForRoom);
     }
@@ -154,11 +154,11 @@ void Logger::Inside::dispatchMessage(ReusedMessage& message, bool mayWaitForRoom
     }
 }
 
-void Logger::Inside::putOff(const MessageFields& message) {
-    PutOffMessages::instance().keep(logger_, message, dispatchPutOff);
+void Logger::Inside::defer(const MessageFields& message) {
+    DeferredMessages::instance().keep(logger_, message, dispatchDeferred);
 }
 
-bool Logger::Inside::dispatchPutOff(Logger& logger, bool waitsForLogger) {
+bool Logger::Inside::dispatchDeferred(Logger& logger, bool waitsForLogger) {
     Inside& inside = *logger.inside_;
     if (waitsForLogger) {
         inside.lock();
@@ -166,7 +166,7 @@ bool Logger::Inside::dispatchPutOff(Logger& logger, bool waitsForLogger) {
         return false;
     }
     const ScopedLock lock(inside.criticalSection_, ADOPT_LOCK);
-    const PutOffMessages::First first;
+    const DeferredMessages::First first;
     if (first.get() != nullptr) {
         const ReportAnswer answer(threadRecord(), first.get()->answeredReports);
         MessageFields fields(first.get()->message);

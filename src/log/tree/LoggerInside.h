@@ -113,8 +113,8 @@ private:
     bool isExpired(Util::TimeUtils::Time now) const;
     bool needsTemporaryLevel(Level::LogLevel level) const;
     void dispatchMessage(ReusedMessage& message, bool mayWaitForRoom) ZAV_LOG_REQUIRES(criticalSection_);
-    void putOff(const MessageFields& message);
-    static bool dispatchPutOff(Logger& logger, bool waitsForLogger);
+    void defer(const MessageFields& message);
+    static bool dispatchDeferred(Logger& logger, bool waitsForLogger);
 
     /// One step of a traversal without allocation or recursion, however deep the tree is.
     /// \return the logger after this one in the subtree of `top`, children first; null at the end

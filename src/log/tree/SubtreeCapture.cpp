@@ -21,7 +21,7 @@ SubtreeCapture::SubtreeCapture(Logger& logger, Level::LogLevel level, bool passe
         newest = this;
         renewSubtree();
     }
-    awaitWalks();
+    awaitDispatches();
 }
 
 /// The level is reset first: messages that passed only because of it must be dispatched before the other
@@ -32,7 +32,7 @@ SubtreeCapture::~SubtreeCapture() {
         level_ = Level::LEVEL_AUDIT;
         renewSubtree();
     }
-    awaitWalks();
+    awaitDispatches();
     {
         const ScopedLock lock(treeLock());
         SubtreeCapture** link = &newest;
@@ -46,7 +46,7 @@ SubtreeCapture::~SubtreeCapture() {
 }
 
 /// Waits for dispatches in progress, unless called from inside an appender or a listener.
-void SubtreeCapture::awaitWalks() {
+void SubtreeCapture::awaitDispatches() {
     if (!passesOn_ && !LibraryCall::isOpen()) {
         logger_.inside_->waitForSubtree();
     }

@@ -29,7 +29,7 @@ public:
 
 private:
     void renewSubtree() ZAV_LOG_REQUIRES(treeLock());
-    void awaitWalks();
+    void awaitDispatches();
     static bool isMuted(const Logger& logger) ZAV_LOG_REQUIRES(treeLock());
 
     static SubtreeCapture* newest ZAV_LOG_GUARDED_BY(treeLock());

@@ -23,7 +23,7 @@ TreeChange::TreeChange(Logger& root, const Util::Properties& properties) : root_
     forEachLoggerKey(properties, [&](const LoggerKey& key) {
         const bool isRoot = key.loggerName == "root";
         const std::string path = Util::FileUtils::baseName(key.loggerName);
-        requireAcceptableName(path);
+        checkName(path);
         settings_.push_back({path, isRoot, key.attribute, LoggerValue()});
         settings_.back().value = readLoggerValue(key, properties);
     });

@@ -29,7 +29,7 @@ bool waitUntilWritable(int descriptor) {
 
 /// Pipes, sockets and terminals are not seekable. Checked at each write, since the target may change; that
 /// costs a tenth of blocking a signal.
-bool hasPlace(int descriptor) {
+bool canSeek(int descriptor) {
     return lseek(descriptor, 0, SEEK_CUR) >= 0;
 }
 
@@ -64,7 +64,7 @@ bool isFileSizeLimited() noexcept {
 }
 
 WriteSignalGuard::WriteSignalGuard(int descriptor, bool isSizeLimited) noexcept
-    : error_(errno), mayRaise_(isSizeLimited || !hasPlace(descriptor)) {
+    : error_(errno), mayRaise_(isSizeLimited || !canSeek(descriptor)) {
     if (mayRaise_) {
         block();
     }

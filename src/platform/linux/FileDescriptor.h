@@ -20,9 +20,9 @@ namespace Platform {
 ///
 /// No other such scope in the same library may end meanwhile. What the program itself opens gets a higher
 /// number.
-class KeptStandardNumbers {
+class ReservedStandardDescriptors {
 public:
-    KeptStandardNumbers() noexcept {
+    ReservedStandardDescriptors() noexcept {
         int number = openNothing();
         while (number >= 0 && number <= STDERR_FILENO) {
             isKept_[number] = true;
@@ -32,7 +32,7 @@ public:
             close(number);
         }
     }
-    ~KeptStandardNumbers() {
+    ~ReservedStandardDescriptors() {
         const int error = errno;
         for (int number = 0; number <= STDERR_FILENO; ++number) {
             if (isKept_[number] && isNothing(number)) {
@@ -41,8 +41,8 @@ public:
         }
         errno = error;
     }
-    KeptStandardNumbers(const KeptStandardNumbers&) = delete;
-    KeptStandardNumbers& operator=(const KeptStandardNumbers&) = delete;
+    ReservedStandardDescriptors(const ReservedStandardDescriptors&) = delete;
+    ReservedStandardDescriptors& operator=(const ReservedStandardDescriptors&) = delete;
 
     bool areAny() const noexcept { return isKept_[0] || isKept_[1] || isKept_[2]; }
 
@@ -64,11 +64,11 @@ inline std::atomic<bool> isStandardStreamClosed{fcntl(STDIN_FILENO, F_GETFD) < 0
                                                 fcntl(STDERR_FILENO, F_GETFD) < 0};
 
 /// Moves a descriptor out of the range of the standard streams: if the program has closed one, what it or a
-/// `StdoutAppender` writes there would go into the library's file. See `KeptStandardNumbers` for the time
-/// before this call.
+/// `StdoutAppender` writes there would go into the library's file. See `ReservedStandardDescriptors` for the
+/// time before this call.
 /// \param number an open descriptor, or -1
 /// \return the same, or a duplicate above the standard streams that replaces it; -1 on failure
-inline int beyondStandardStreams(int number) noexcept {
+inline int moveAboveStandardStreams(int number) noexcept {
     if (number < 0 || number > STDERR_FILENO) {
         return number;
     }
@@ -85,7 +85,7 @@ inline int beyondStandardStreams(int number) noexcept {
 class FileDescriptor {
 public:
     FileDescriptor() noexcept = default;
-    explicit FileDescriptor(int opened) noexcept : number_(beyondStandardStreams(opened)) {
+    explicit FileDescriptor(int opened) noexcept : number_(moveAboveStandardStreams(opened)) {
         struct stat status;
         if (isOpen() && fstat(number_, &status) == 0) {
             device_ = status.st_dev;

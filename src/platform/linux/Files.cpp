@@ -80,7 +80,7 @@ std::string absolutePath(const std::string& folder) {
     return isReachable ? (here / folder).native() : folder;
 }
 
-std::optional<FileStatus> lookAtFile(const std::string& path) {
+std::optional<FileStatus> statFile(const std::string& path) {
     struct stat status;
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return std::nullopt;
@@ -155,7 +155,7 @@ FileLock::Result FileLock::acquire(const std::string& path, std::string& problem
     if (handle_ != NONE) {
         return HELD;
     }
-    const int opened = beyondStandardStreams(
+    const int opened = moveAboveStandardStreams(
         open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644));
     if (opened >= 0 && flock(opened, LOCK_EX | LOCK_NB) == 0) {
         handle_ = opened;

@@ -67,7 +67,7 @@ void* map(std::size_t size) {
 
 } // namespace
 
-void haveForksDealWithLocks(void (*take)(), void (*releaseInParent)(), void (*renewInChild)()) {
+void registerForkLockHandlers(void (*take)(), void (*releaseInParent)(), void (*renewInChild)()) {
     rememberedId.store(getpid(), std::memory_order_relaxed);
     takeLocks = take;
     renewLocks = renewInChild;

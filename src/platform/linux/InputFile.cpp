@@ -31,7 +31,7 @@ int descriptor(std::intptr_t handle) {
 }
 
 /// \return why it cannot be read as a file; empty if it can
-std::string whyNoFile(const struct stat& status) {
+std::string reasonNotReadable(const struct stat& status) {
     if (S_ISREG(status.st_mode)) {
         return "";
     }
@@ -69,18 +69,18 @@ InputFile& InputFile::operator=(InputFile&& other) noexcept {
 bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
     struct stat status;
-    if (stat(path.c_str(), &status) == 0 && !(problem = whyNoFile(status)).empty()) {
+    if (stat(path.c_str(), &status) == 0 && !(problem = reasonNotReadable(status)).empty()) {
         return false;
     }
     const int noLink = links == Links::REFUSED ? O_NOFOLLOW : 0;
     const int opened =
-        beyondStandardStreams(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | noLink));
+        moveAboveStandardStreams(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | noLink));
     if (opened < 0) {
         problem = describe(errno);
         return false;
     }
     handle_ = opened;
-    problem = fstat(opened, &status) == 0 ? whyNoFile(status) : describe(errno);
+    problem = fstat(opened, &status) == 0 ? reasonNotReadable(status) : describe(errno);
     if (!problem.empty()) {
         close();
     }
@@ -158,7 +158,7 @@ void InputFile::close() noexcept {
 
 bool SequentialFile::open(const std::string& path, std::string& problem) {
     const NoCancellation guard;
-    const int opened = beyondStandardStreams(
+    const int opened = moveAboveStandardStreams(
         ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (opened >= 0 && fstat(opened, &status) == 0 && S_ISREG(status.st_mode)) {

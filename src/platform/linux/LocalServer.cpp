@@ -91,7 +91,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 FileDescriptor makeStopSignal() {
-    const KeptStandardNumbers kept;
+    const ReservedStandardDescriptors kept;
     FileDescriptor signal(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!signal.isOpen()) {
         throw systemFailure();
@@ -207,7 +207,7 @@ LocalServer::Event LocalServer::Inside::proceed(int number) {
 
 LocalServer::Event LocalServer::Inside::accept() {
     const Milliseconds pause(100);
-    const KeptStandardNumbers kept; // or a client gets what the program writes to a closed stream
+    const ReservedStandardDescriptors kept; // or a client gets what the program writes to a closed stream
     FileDescriptor connection(accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!connection.isOpen()) {
         acceptNotBefore = Clock::now() + pause;

@@ -28,7 +28,7 @@ SocketAddress::SocketAddress(const std::string& path) {
 namespace {
 
 FileDescriptor makeSocket() {
-    const KeptStandardNumbers kept;
+    const ReservedStandardDescriptors kept;
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket.isOpen()) {
         throw systemFailure();

@@ -22,7 +22,7 @@ namespace {
 constexpr mode_t FOR_ITS_USER = 0600;
 
 /// How often another process may replace the file while it is being opened.
-constexpr int MOST_ATTEMPTS = 10;
+constexpr int MAX_ATTEMPTS = 10;
 
 MappedFile::Result failure(std::string& problem, int error = errno) {
     problem = std::generic_category().message(error);
@@ -30,21 +30,21 @@ MappedFile::Result failure(std::string& problem, int error = errno) {
 }
 
 int openFile(const std::string& path, int flags) {
-    return beyondStandardStreams(
+    return moveAboveStandardStreams(
         ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, FOR_ITS_USER));
 }
 
 /// An open-file-description lock, so that the process may also open and close the file elsewhere. A forked
 /// child closes its copy; retried, since one forked just before its parent died may not have done so yet.
 bool lock(int file) {
-    constexpr int MOST_LOOKS = 20;
+    constexpr int MAX_LOOKS = 20;
     constexpr timespec BETWEEN_LOOKS = {0, 10'000'000};
     struct flock whole = {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
     int look = 0;
     while (fcntl(file, F_OFD_SETLK, &whole) != 0) {
-        if ((errno != EACCES && errno != EAGAIN) || ++look == MOST_LOOKS) {
+        if ((errno != EACCES && errno != EAGAIN) || ++look == MAX_LOOKS) {
             return false;
         }
         nanosleep(&BETWEEN_LOOKS, nullptr);
@@ -78,7 +78,7 @@ bool writeBeginning(int file, std::string_view text) {
 }
 
 /// \return false, with the reason, if the file is not an unfinished one left by a killed process
-bool isLeftOver(int file, const struct stat& status, std::string_view beginning, std::string& problem) {
+bool isAbandonedPart(int file, const struct stat& status, std::string_view beginning, std::string& problem) {
     constexpr std::size_t TELLING = 8; // bytes, which are the same in all beginnings
     char bytes[TELLING] = {};
     const auto size = static_cast<std::size_t>(std::max<ssize_t>(pread(file, bytes, TELLING, 0), 0));
@@ -117,7 +117,7 @@ MappedFile::~MappedFile() {
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
     const NoCancellation noCancellation;
-    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
+    for (int attempt = 0; attempt < MAX_ATTEMPTS; ++attempt) {
         const Result result = size != 0 && isEmptyOrMissing(path)
                                   ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
                                   : openExisting(path, size == 0, problem);
@@ -159,7 +159,7 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     if (!file.isOpen() || fstat(file.number(), &status) != 0) {
         return failure(problem);
     }
-    if (!isOwnFile(status, false, problem) || !isLeftOver(file.number(), status, beginning, problem)) {
+    if (!isOwnFile(status, false, problem) || !isAbandonedPart(file.number(), status, beginning, problem)) {
         problem = unfinished + ": " + problem;
         return FAILED;
     }

@@ -16,7 +16,7 @@ constexpr std::uint64_t LONGEST_HOLD_UP = 64 * SHORTEST_HOLD_UP;
 
 /// Nanoseconds a fork waits for a lock before it bypasses one whose holder changes nothing. Most writes have
 /// finished by then, so the child inherits no partial line and no open file from them.
-constexpr std::uint64_t PATIENCE = 20'000'000;
+constexpr std::uint64_t BYPASS_TIMEOUT = 20'000'000;
 
 /// \return nanoseconds of the monotonic clock
 std::uint64_t now() {
@@ -49,8 +49,8 @@ class ForkLocks : public NeverDestroyed<ForkLocks> {
 public:
     ForkLocks() {
         initCondition();
-        haveForksDealWithLocks([] { instance().takeAll(); }, [] { instance().releaseAll(); },
-                               [] { instance().renewAll(); });
+        registerForkLockHandlers([] { instance().takeAll(); }, [] { instance().releaseAll(); },
+                                 [] { instance().renewAll(); });
     }
 
     void add(NativeLock& lock) {
@@ -68,7 +68,7 @@ public:
     void remove(NativeLock& lock) {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
-        waitForThoseOf(lock);
+        waitForWaitersOf(lock);
         (lock.previous_ == nullptr ? first_ : lock.previous_->next_) = lock.next_;
         if (lock.next_ != nullptr) {
             lock.next_->previous_ = lock.previous_;
@@ -87,7 +87,7 @@ public:
     }
 
     /// A fork holds the mutex until it is over.
-    void awaitPassingFork() {
+    void awaitBypassingFork() {
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
         pthread_mutex_unlock(&mutex_);
@@ -95,7 +95,7 @@ public:
 
     /// Called before a thread takes a lock while a fork or an `awaitHolder` is delayed. The lock that these
     /// wait for is busy anyway, so giving them precedence delays nobody further.
-    void letDelayedFirst(const NativeLock& lock) {
+    void yieldToWaitingForks(const NativeLock& lock) {
         const bool isHeldUp = holdsUp_.load(std::memory_order_relaxed) && lock.rule_ == AWAITED_BY_FORK;
         const bool mayGoOn = lock.waiting_.load(std::memory_order_relaxed) == 0 && !isHeldUp;
         if (mayGoOn || lock.isHeldBy(pthread_self())) {
@@ -103,7 +103,7 @@ public:
         }
         const NoCancellation noCancellation;
         pthread_mutex_lock(&mutex_);
-        waitForThoseOf(lock);
+        waitForWaitersOf(lock);
         if (isHeldUp && holdsUp_.load(std::memory_order_relaxed) && !isAnyHeldBy(pthread_self())) {
             waitWhileHeldUp();
         }
@@ -126,9 +126,9 @@ private:
     void releaseAll() {
         release();
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            lock->isPassed_ = false;
+            lock->isBypassed_ = false;
         }
-        NativeLock::isAnyPassed_ = false;
+        NativeLock::isAnyBypassed_ = false;
         pthread_mutex_unlock(&mutex_);
     }
 
@@ -150,7 +150,7 @@ private:
         for (std::uint64_t wait = SHORTEST_HOLD_UP; busy != nullptr;
              wait = std::min(2 * wait, LONGEST_HOLD_UP)) {
             NativeLock* const held = waitFor(*busy, true) ? busy : nullptr;
-            busy->isPassed_ = held == nullptr;
+            busy->isBypassed_ = held == nullptr;
             busy = tryAllBut(held);
             if (busy != nullptr) {
                 heldUpUntil_ = now() + wait;
@@ -169,14 +169,14 @@ private:
     bool waitFor(NativeLock& lock, bool mayPass) {
         ++lock.waiting_;
         pthread_mutex_unlock(&mutex_);
-        const bool isTaken = mayPass ? lock.lockOrPass() : lock.lockAtOnce();
+        const bool isTaken = mayPass ? lock.lockOrBypass() : lock.lockAtOnce();
         pthread_mutex_lock(&mutex_);
         --lock.waiting_;
         pthread_cond_broadcast(&forkGoesOn_);
         return isTaken;
     }
 
-    void waitForThoseOf(const NativeLock& lock) {
+    void waitForWaitersOf(const NativeLock& lock) {
         while (lock.waiting_.load(std::memory_order_relaxed) > 0) {
             pthread_cond_wait(&forkGoesOn_, &mutex_);
         }
@@ -216,7 +216,7 @@ private:
     /// \return a lock that another thread holds; null if all were taken
     NativeLock* tryAllBut(const NativeLock* held) {
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            if (lock->rule_ == AWAITED_BY_FORK && lock != held && !goesBy(*lock) && !lock->tryLock()) {
+            if (lock->rule_ == AWAITED_BY_FORK && lock != held && !mayBypass(*lock) && !lock->tryLock()) {
                 release(lock, held);
                 return lock;
             }
@@ -224,11 +224,11 @@ private:
         return nullptr;
     }
 
-    static bool goesBy(const NativeLock& lock) {
-        if (!lock.isPassed_) {
+    static bool mayBypass(const NativeLock& lock) {
+        if (!lock.isBypassed_) {
             return false;
         }
-        NativeLock::isAnyPassed_ = true; // before the lock is read, see `endUnchanged`
+        NativeLock::isAnyBypassed_ = true; // before the lock is read, see `endBlockingSection`
         return lock.isUnchangedByOther();
     }
 
@@ -264,27 +264,27 @@ NativeLock::~NativeLock() {
 }
 
 std::atomic<unsigned> NativeLock::delayed_{0};
-std::atomic<bool> NativeLock::isAnyPassed_{false};
+std::atomic<bool> NativeLock::isAnyBypassed_{false};
 
-void NativeLock::letDelayedFirst() {
-    ForkLocks::instance().letDelayedFirst(*this);
+void NativeLock::yieldToWaitingForks() {
+    ForkLocks::instance().yieldToWaitingForks(*this);
 }
 
-void NativeLock::awaitPassingFork() {
-    ForkLocks::instance().awaitPassingFork();
+void NativeLock::awaitBypassingFork() {
+    ForkLocks::instance().awaitBypassingFork();
 }
 
 /// Waits for the lock, but gives up after a timeout if its holder changes nothing.
 /// \return whether the caller holds it now
-bool NativeLock::lockOrPass() {
+bool NativeLock::lockOrBypass() {
     do {
-        const timespec end = timeOf(now() + PATIENCE);
+        const timespec end = timeOf(now() + BYPASS_TIMEOUT);
         if (pthread_mutex_clocklock(&mutex_, CLOCK_MONOTONIC, &end) == 0) {
             holder_.store(pthread_self(), std::memory_order_relaxed);
             ++count_;
             return true;
         }
-    } while (!isUnchanged_);
+    } while (!mayBeBypassed_);
     return false;
 }
 

@@ -21,7 +21,7 @@ public:
 
     void lock() {
         if (delayed_.load(std::memory_order_relaxed) > 0) {
-            letDelayedFirst();
+            yieldToWaitingForks();
         }
         lockAtOnce();
     }
@@ -49,14 +49,14 @@ public:
 
     bool isHeldOnce() const { return count_ == 1; }
 
-    void beginUnchanged() { isUnchanged_ = true; }
+    void beginBlockingSection() { mayBeBypassed_ = true; }
 
-    /// A fork that bypasses this lock sets `isAnyPassed_` before it reads `isUnchanged_`; here the order is
-    /// reversed, so at least one side sees the other's write.
-    void endUnchanged() {
-        isUnchanged_ = false;
-        if (isAnyPassed_) {
-            awaitPassingFork();
+    /// A fork that bypasses this lock sets `isAnyBypassed_` before it reads `mayBeBypassed_`; here the order
+    /// is reversed, so at least one side sees the other's write.
+    void endBlockingSection() {
+        mayBeBypassed_ = false;
+        if (isAnyBypassed_) {
+            awaitBypassingFork();
         }
     }
 
@@ -72,14 +72,14 @@ private:
         pthread_mutex_init(&mutex_, nullptr);
         holder_.store(NOBODY, std::memory_order_relaxed);
         count_ = 0;
-        isUnchanged_ = false;
+        mayBeBypassed_ = false;
     }
-    void letDelayedFirst();
-    static void awaitPassingFork();
+    void yieldToWaitingForks();
+    static void awaitBypassingFork();
 
-    bool isUnchangedByOther() const { return isUnchanged_ && !isHeldBy(pthread_self()); }
+    bool isUnchangedByOther() const { return mayBeBypassed_ && !isHeldBy(pthread_self()); }
 
-    bool lockOrPass();
+    bool lockOrBypass();
 
     /// \return always true: the caller holds it
     bool lockAtOnce() {
@@ -92,26 +92,26 @@ private:
         return true;
     }
 
-    static std::atomic<unsigned> delayed_; ///< forks and `awaitHolder`s that wait for a busy lock
-    static std::atomic<bool> isAnyPassed_; ///< a fork is bypassing a lock whose holder changes nothing
+    static std::atomic<unsigned> delayed_;   ///< forks and `awaitHolder`s that wait for a busy lock
+    static std::atomic<bool> isAnyBypassed_; ///< a fork is bypassing a lock whose holder changes nothing
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
-    unsigned count_ = 0;                   ///< accessed by the holder only
-    std::atomic<bool> isUnchanged_{false}; ///< whether the holder is in an `UnchangedInScope`
+    unsigned count_ = 0;                     ///< accessed by the holder only
+    std::atomic<bool> mayBeBypassed_{false}; ///< whether the holder is in an `BlockingIoScope`
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
     std::atomic<unsigned> waiting_{
-        0};                 ///< threads that wait for this lock in order to fork, or in `awaitHolder`
-    bool isPassed_ = false; ///< a fork has waited for it and may bypass it while its holder changes nothing
+        0};                   ///< threads that wait for this lock in order to fork, or in `awaitHolder`
+    bool isBypassed_ = false; ///< a fork has waited for it and may bypass it while its holder changes nothing
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };
 
 /// Registers the handling of all locks around a fork: after the `before` functions of `atFork`, and before
 /// its `inChild` functions.
-void haveForksDealWithLocks(void (*take)(), void (*releaseInParent)(), void (*renewInChild)());
+void registerForkLockHandlers(void (*take)(), void (*releaseInParent)(), void (*renewInChild)());
 
 } // namespace Platform
 } // namespace ZAV

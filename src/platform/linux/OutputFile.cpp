@@ -21,7 +21,7 @@ namespace {
 constexpr mode_t READABLE_AND_WRITABLE = 0666; // minus the umask
 
 /// The kernel's own limit.
-constexpr int MOST_LINKS = 40;
+constexpr int MAX_LINKS = 40;
 
 /// A path in a fixed-size buffer, since opening a file must not fail for lack of memory.
 class LinkedPath {
@@ -70,7 +70,7 @@ int makeFile(const char* path, int flags, const FileRules& rules) {
 /// another process is faster and does not follow a dangling link.
 int openWithPermissions(const char* path, int flags, const FileRules& rules) {
     LinkedPath linked(path);
-    for (int attempt = 0; attempt < MOST_LINKS; ++attempt) {
+    for (int attempt = 0; attempt < MAX_LINKS; ++attempt) {
         const int existing = ::open(linked.text(), flags);
         if (existing >= 0 || errno != ENOENT) {
             return existing;
@@ -86,21 +86,21 @@ int openWithPermissions(const char* path, int flags, const FileRules& rules) {
     return -1;
 }
 
-int openKept(const char* path, int flags, const FileRules& rules) {
+int openOrCreate(const char* path, int flags, const FileRules& rules) {
     return rules.permissions ? openWithPermissions(path, flags, rules)
                              : ::open(path, flags | O_CREAT, READABLE_AND_WRITABLE);
 }
 
 /// Opening a pipe without a reader would block, hence `O_NONBLOCK`. Nothing is truncated yet, since the
 /// file's type is not known.
-int openUnseen(const char* path, OutputFile::Mode mode, const FileRules& rules) {
+int openWithoutTypeCheck(const char* path, OutputFile::Mode mode, const FileRules& rules) {
     const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK;
     if (mode != OutputFile::CREATE) {
-        return openKept(path, flags | (rules.followLinks ? 0 : O_NOFOLLOW), rules);
+        return openOrCreate(path, flags | (rules.followLinks ? 0 : O_NOFOLLOW), rules);
     }
     const int made = makeFile(path, flags, rules);
     const bool mayBeThere = made < 0 && errno == EEXIST && rules.followLinks;
-    return mayBeThere ? openKept(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
+    return mayBeThere ? openOrCreate(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
 }
 
 /// Held while the numbers of closed standard streams are reserved. Never destroyed, since threads may still
@@ -117,12 +117,12 @@ const CriticalSection& madeAtLoad = numbersLock();
 /// known to be closed. That may first be noticed by a file that was given the number.
 int openBeyondStandardStreams(const char* path, OutputFile::Mode mode, const FileRules& rules) {
     if (!isStandardStreamClosed.load(std::memory_order_relaxed)) {
-        return beyondStandardStreams(openUnseen(path, mode, rules));
+        return moveAboveStandardStreams(openWithoutTypeCheck(path, mode, rules));
     }
     const ScopedLock lock(numbersLock());
-    const KeptStandardNumbers kept;
+    const ReservedStandardDescriptors kept;
     isStandardStreamClosed.store(kept.areAny(), std::memory_order_relaxed);
-    return beyondStandardStreams(openUnseen(path, mode, rules));
+    return moveAboveStandardStreams(openWithoutTypeCheck(path, mode, rules));
 }
 
 bool isLink(const char* path) {
@@ -144,8 +144,8 @@ bool isAcceptable(const struct statx& file, const char* path, OutputFile::Mode m
            (S_ISFIFO(file.stx_mode) && mayBeLinked && isLink(path));
 }
 
-/// Prepares a file opened by `openUnseen` for writing. `O_NONBLOCK` has no effect on regular files, so it may
-/// stay.
+/// Prepares a file opened by `openWithoutTypeCheck` for writing. `O_NONBLOCK` has no effect on regular files,
+/// so it may stay.
 bool makeReady(int descriptor, const struct statx& file, OutputFile::Mode mode) {
     if (!S_ISREG(file.stx_mode)) {
         return fcntl(descriptor, F_SETFL, O_APPEND) == 0;
@@ -229,7 +229,7 @@ std::uint64_t OutputFile::lastWritten() const noexcept {
            static_cast<std::uint64_t>(opened.st_mtim.tv_nsec) / 1000;
 }
 
-bool OutputFile::endsInTornLine(const std::string& path, const FileRules& rules) const noexcept {
+bool OutputFile::endsInPartialLine(const std::string& path, const FileRules& rules) const noexcept {
     const NoCancellation guard;
     struct stat opened;
     const bool hasLines = fstat(descriptor_, &opened) == 0 && S_ISREG(opened.st_mode) && opened.st_size > 0;

@@ -88,7 +88,7 @@ using ThreadName = char[16];
 constexpr long NUMBERS = 10'000'000;
 
 /// A process hardly has more service threads, and checking many threads takes long.
-constexpr int MOST_SERVING = 8;
+constexpr int MAX_SERVING = 8;
 
 void writeServingName(ThreadName& name, long thread) {
     std::snprintf(name, sizeof name, "zav-log %u", static_cast<unsigned>(thread % NUMBERS));
@@ -166,7 +166,7 @@ bool isOnlyThread() noexcept {
     const NoCancellation guard;
     const Threads threads = lookAtThreads();
     return threads.left == 1 ||
-           (threads.left > 1 && threads.left <= MOST_SERVING + 1 && doAllOthersServe(threads.firstHasEnded));
+           (threads.left > 1 && threads.left <= MAX_SERVING + 1 && doAllOthersServe(threads.firstHasEnded));
 }
 
 void markAsServing() noexcept {

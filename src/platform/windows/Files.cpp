@@ -33,7 +33,7 @@ std::string absolutePath(const std::string& folder) {
     return absolute.empty() ? folder : absolute;
 }
 
-std::optional<FileStatus> lookAtFile(const std::string& path) {
+std::optional<FileStatus> statFile(const std::string& path) {
     WIN32_FILE_ATTRIBUTE_DATA file;
     constexpr DWORD OTHERS = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
     if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &file) ||

@@ -30,7 +30,7 @@ HANDLE openShared(const std::string& path, DWORD access, DWORD flags = 0) {
 }
 
 /// \return why it cannot be read as a file; empty if it can
-std::string whyNoFile(HANDLE handle, InputFile::Links links) {
+std::string reasonNotReadable(HANDLE handle, InputFile::Links links) {
     BY_HANDLE_FILE_INFORMATION information;
     if (GetFileType(handle) != FILE_TYPE_DISK || !GetFileInformationByHandle(handle, &information)) {
         return "Not a regular file";
@@ -90,7 +90,7 @@ bool InputFile::open(const std::string& path, std::string& problem, Links links)
         return false;
     }
     handle_ = reinterpret_cast<std::intptr_t>(handle);
-    problem = whyNoFile(handle, links);
+    problem = reasonNotReadable(handle, links);
     if (!problem.empty()) {
         close();
     }
@@ -172,7 +172,7 @@ void InputFile::close() noexcept {
 
 namespace {
 
-constexpr std::size_t MOST_AT_ONCE = std::size_t{1024} * 1024;
+constexpr std::size_t MAX_AT_ONCE = std::size_t{1024} * 1024;
 
 bool isRegularFile(HANDLE handle) {
     BY_HANDLE_FILE_INFORMATION file;
@@ -211,7 +211,7 @@ bool SequentialFile::reserve() noexcept {
 
 std::int64_t SequentialFile::read(char* buffer, std::size_t size, std::string& problem) {
     DWORD count = 0;
-    const auto wanted = static_cast<DWORD>(std::min(size, MOST_AT_ONCE));
+    const auto wanted = static_cast<DWORD>(std::min(size, MAX_AT_ONCE));
     if (!ReadFile(reinterpret_cast<HANDLE>(handle_), buffer, wanted, &count, nullptr)) {
         problem = systemFailure().what();
         return -1;

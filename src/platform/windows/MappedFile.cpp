@@ -21,7 +21,7 @@ MappedFile::Result failure(std::string& problem, DWORD error = GetLastError()) {
 }
 
 /// How often another process may replace the file while it is being opened.
-constexpr int MOST_ATTEMPTS = 10;
+constexpr int MAX_ATTEMPTS = 10;
 
 constexpr std::size_t LARGEST_READ = std::size_t{64} * 1024 * 1024;
 
@@ -59,7 +59,7 @@ MappedFile::~MappedFile() {
 
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
                                     std::string& problem) {
-    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
+    for (int attempt = 0; attempt < MAX_ATTEMPTS; ++attempt) {
         const Result result = size != 0 && isEmptyOrMissing(path)
                                   ? make(path, size, beginning, EMPTY_OR_MISSING, problem)
                                   : openExisting(path, size == 0, problem);

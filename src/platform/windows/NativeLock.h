@@ -29,8 +29,8 @@ public:
         unlock();
     }
     bool isHeldOnce() const { return section_.RecursionCount == 1; }
-    void beginUnchanged() {} // no process forks here
-    void endUnchanged() {}
+    void beginBlockingSection() {} // no process forks here
+    void endBlockingSection() {}
 
 private:
     CRITICAL_SECTION section_;

@@ -113,9 +113,9 @@ std::size_t OutputFile::write(std::string_view text) noexcept {
 std::size_t OutputFile::writeBytes(std::string_view bytes) noexcept {
     std::size_t taken = 0;
     while (taken < bytes.size()) {
-        constexpr std::size_t MOST_AT_ONCE = std::size_t{1024} * 1024;
+        constexpr std::size_t MAX_AT_ONCE = std::size_t{1024} * 1024;
         const int count = _write(descriptor_, bytes.data() + taken,
-                                 static_cast<unsigned>(std::min(bytes.size() - taken, MOST_AT_ONCE)));
+                                 static_cast<unsigned>(std::min(bytes.size() - taken, MAX_AT_ONCE)));
         if (count <= 0) {
             failed_ = true;
             break;
@@ -153,7 +153,7 @@ std::uint64_t OutputFile::lastWritten() const noexcept {
     return tenths / 10 < FROM_1601_TO_1970 ? 0 : tenths / 10 - FROM_1601_TO_1970;
 }
 
-bool OutputFile::endsInTornLine(const std::string& path, const FileRules&) const noexcept {
+bool OutputFile::endsInPartialLine(const std::string& path, const FileRules&) const noexcept {
     const Handle file = openExisting(path.c_str(), GENERIC_READ);
     if (!file.isOpen() || !isSameFile(file.get(), descriptor_)) {
         return false;

@@ -15,7 +15,7 @@ namespace {
 
 // The journal drops a field with a longer name, and an entry with more fields than 1024.
 constexpr std::size_t LONGEST_NAME = 64;
-constexpr std::size_t MOST_FIELDS = 1000;
+constexpr std::size_t MAX_FIELDS = 1000;
 
 char upperOrUnderscore(char character) {
     if (character >= 'a' && character <= 'z') {
@@ -46,7 +46,7 @@ public:
 
     void addPairs(const LogMessage::Pairs& pairs) {
         for (const auto& [key, value] : pairs) {
-            if (all.size() == MOST_FIELDS) {
+            if (all.size() == MAX_FIELDS) {
                 return;
             }
             const std::string name = freeName(nameOf(key));

@@ -42,7 +42,7 @@ public:
         }
         const Inside inside(*this);
         openlog(ident, LOG_PID, facility);
-        const Platform::UnchangedInScope unchanged(lock_);
+        const Platform::BlockingIoScope unchanged(lock_);
         syslog(severity, "%s", line);
     }
 

@@ -52,14 +52,14 @@ private:
 };
 
 /// Lets threads wait until a condition holds. It guards no data: the condition reads atomics or takes a lock
-/// itself. Ring the bell after the change, without holding a lock that the condition takes.
-class Bell {
+/// itself. Notify after the change, without holding a lock that the condition takes.
+class WaitPoint {
 public:
-    Bell() = default;
-    Bell(const Bell&) = delete;
-    Bell& operator=(const Bell&) = delete;
+    WaitPoint() = default;
+    WaitPoint(const WaitPoint&) = delete;
+    WaitPoint& operator=(const WaitPoint&) = delete;
 
-    /// Waits until the condition holds; it is checked now and whenever the bell is rung.
+    /// Waits until the condition holds; it is checked now and on each notification.
     /// \return false if it does not hold at the deadline
     template <typename Condition>
     bool wait(const Deadline& deadline, Condition condition) {
@@ -78,7 +78,7 @@ public:
     }
 
     /// Makes all waiting threads check their condition.
-    void ring() {
+    void notifyAll() {
         const Locked locked(monitor_);
         monitor_.notifyAll();
     }

@@ -1,4 +1,4 @@
-#include "printers/RecordShower.h"
+#include "printers/RecordPresenter.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,11 +10,11 @@ namespace {
 
 /// Bytes of the records that are held or kept, beyond which their later parts are dropped: a few without an
 /// end must not fill the memory.
-constexpr std::size_t MOST_KEPT = 16 * 1024 * 1024;
+constexpr std::size_t MAX_KEPT = 16 * 1024 * 1024;
 
 } // namespace
 
-const std::string& RecordShower::show(std::size_t input, RecordStream& stream) {
+const std::string& RecordPresenter::show(std::size_t input, RecordStream& stream) {
     text_.clear();
     Fate& fate = fates_[input];
     if (stream.record().isContinuation) {
@@ -33,7 +33,7 @@ const std::string& RecordShower::show(std::size_t input, RecordStream& stream) {
 }
 
 /// \return whether the record is wanted; its fate says whether it is shown
-bool RecordShower::judge(std::size_t input, RecordStream& stream) {
+bool RecordPresenter::judge(std::size_t input, RecordStream& stream) {
     Fate& fate = fates_[input];
     fate = Fate();
     if (repetitions_ && repetitions_->isRepeated(input, stream)) {
@@ -54,7 +54,7 @@ bool RecordShower::judge(std::size_t input, RecordStream& stream) {
     return isWanted;
 }
 
-std::string& RecordShower::hold() {
+std::string& RecordPresenter::hold() {
     held_.push_back({number_, false, std::string()});
     if (held_.size() > context_) {
         held_.pop_front();
@@ -62,14 +62,14 @@ std::string& RecordShower::hold() {
     return held_.back().text;
 }
 
-void RecordShower::showHeld() {
+void RecordPresenter::showHeld() {
     for (; !held_.empty(); held_.pop_front()) {
         placeFor(held_.front().number, false) += held_.front().text;
     }
 }
 
 /// \return where to append the text of a record that is to be shown
-std::string& RecordShower::placeFor(std::uint64_t number, bool isWanted) {
+std::string& RecordPresenter::placeFor(std::uint64_t number, bool isWanted) {
     if (limit_) {
         dropBeyondLimit();
         kept_.push_back({number, isWanted, std::string()});
@@ -81,7 +81,7 @@ std::string& RecordShower::placeFor(std::uint64_t number, bool isWanted) {
 }
 
 /// \return where to append the text that continues a record
-std::string& RecordShower::placeOf(const Fate& fate) {
+std::string& RecordPresenter::placeOf(const Fate& fate) {
     for (std::deque<Entry>* const entries : {&held_, &kept_}) {
         const auto found = std::find_if(entries->rbegin(), entries->rend(),
                                         [&fate](const Entry& entry) { return entry.number == fate.number; });
@@ -100,18 +100,18 @@ std::string& RecordShower::placeOf(const Fate& fate) {
     return isDropped ? nowhere_ : text_;
 }
 
-bool RecordShower::isFull() const {
+bool RecordPresenter::isFull() const {
     std::size_t size = 0;
     for (const std::deque<Entry>* const entries : {&held_, &kept_}) {
         for (const Entry& entry : *entries) {
             size += entry.text.size();
         }
     }
-    return size >= MOST_KEPT;
+    return size >= MAX_KEPT;
 }
 
 /// A surplus wanted record is kept only as long as it is context of the next one.
-void RecordShower::dropBeyondLimit() {
+void RecordPresenter::dropBeyondLimit() {
     const auto isWanted = [](const Entry& entry) { return entry.isWanted; };
     while (keptWanted_ > *limit_) {
         std::find_if(kept_.begin(), kept_.end(), isWanted)->isWanted = false;
@@ -127,14 +127,14 @@ void RecordShower::dropBeyondLimit() {
 }
 
 /// Separates records that do not directly follow one another.
-void RecordShower::addGap(std::uint64_t number) {
+void RecordPresenter::addGap(std::uint64_t number) {
     if (context_ > 0 && lastShown_ != 0 && number > lastShown_ + 1) {
         printer_.printGap(text_);
     }
     lastShown_ = number;
 }
 
-const std::string& RecordShower::release() {
+const std::string& RecordPresenter::release() {
     text_.clear();
     if (limit_) {
         dropBeyondLimit();
@@ -150,7 +150,7 @@ const std::string& RecordShower::release() {
     return text_;
 }
 
-const std::string& RecordShower::end() {
+const std::string& RecordPresenter::end() {
     text_.clear();
     printer_.printEnd(text_);
     return text_;

@@ -14,7 +14,7 @@ namespace Tools {
 
 /// A line of one of the machine-readable layouts, `json` or `fields`. It is shown as the layout `plain` would
 /// show it; what is not known is left out.
-class MachineRecord {
+class StructuredRecord {
 public:
     /// Sets the time, which is shown in the zone of the process.
     /// \param microseconds since 1970-01-01 00:00:00 UTC

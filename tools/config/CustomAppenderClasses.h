@@ -10,7 +10,7 @@ namespace Tools {
 
 /// The option "--class": appender classes that programs register themselves, and that would otherwise look
 /// misspelt.
-class OwnClasses {
+class CustomAppenderClasses {
 public:
     void addTo(CLI::App& command);
 

@@ -1,4 +1,4 @@
-#include "log/reentrancy/PutOffMessages.h"
+#include "log/reentrancy/DeferredMessages.h"
 
 #include "log/layout/UndeliveredMessage.h"
 #include "log/message/MessageFields.h"
@@ -14,11 +14,11 @@ using Platform::ScopedLock;
 
 namespace {
 
-const PutOffMessages& madeAtLoad = PutOffMessages::instance();
+const DeferredMessages& madeAtLoad = DeferredMessages::instance();
 
 } // namespace
 
-void PutOffMessages::keep(Logger& logger, const MessageFields& message, Write write) {
+void DeferredMessages::keep(Logger& logger, const MessageFields& message, Write write) {
     ThreadRecord& thread = threadRecord();
     Messages one;
     one.push_back({&thread, thread.answeredReports, &logger, message.makeMessage(), write, false});
@@ -27,21 +27,21 @@ void PutOffMessages::keep(Logger& logger, const MessageFields& message, Write wr
         const ScopedLock lock(messagesLock_);
         if (!closed_) {
             messages_.splice(messages_.end(), one);
-            ++thread.putOffMessages;
+            ++thread.deferredMessages;
             discarded = takeBeyondLimit(thread);
         }
     }
-    for (const PutOffMessage& late : one) {
+    for (const DeferredMessage& late : one) {
         showOnStandardError(SHOWN_AT_PROCESS_END, late.message);
     }
     showDiscarded(discarded);
 }
 
-PutOffMessages::Messages PutOffMessages::takeBeyondLimit(ThreadRecord& thread) noexcept {
+DeferredMessages::Messages DeferredMessages::takeBeyondLimit(ThreadRecord& thread) noexcept {
     Messages taken;
-    if (thread.putOffMessages > MOST_OF_A_THREAD) {
+    if (thread.deferredMessages > MAX_OF_A_THREAD) {
         taken.splice(taken.end(), messages_, findFirst(thread));
-        --thread.putOffMessages;
+        --thread.deferredMessages;
         discarded_.fetch_add(1, std::memory_order_relaxed);
     }
     return taken;
@@ -49,26 +49,26 @@ PutOffMessages::Messages PutOffMessages::takeBeyondLimit(ThreadRecord& thread) n
 
 /// Whatever reads standard error may log what is shown, and so discard the next message while this one is
 /// being shown. That one is only counted, to prevent endless recursion.
-void PutOffMessages::showDiscarded(const Messages& discarded) noexcept {
+void DeferredMessages::showDiscarded(const Messages& discarded) noexcept {
     ThreadRecord& thread = threadRecord();
     if (thread.showsDiscarded) {
         return;
     }
     thread.showsDiscarded = true;
-    for (const PutOffMessage& message : discarded) {
+    for (const DeferredMessage& message : discarded) {
         showOnStandardError(SHOWN_WHEN_DISCARDED, message.message);
     }
     thread.showsDiscarded = false;
 }
 
-void PutOffMessages::writeOwn() noexcept {
+void DeferredMessages::writeOwn() noexcept {
     const Platform::NoCancellation noCancellation;
     ThreadRecord& thread = threadRecord();
-    while (thread.putOffMessages > 0) {
+    while (thread.deferredMessages > 0) {
         Logger* logger = nullptr;
         const Write write = nextWrite(thread, logger);
         if (write == nullptr) {
-            thread.putOffMessages = 0; // another thread has shown them at the end of the process
+            thread.deferredMessages = 0; // another thread has shown them at the end of the process
             return;
         }
         try {
@@ -83,7 +83,7 @@ void PutOffMessages::writeOwn() noexcept {
     }
 }
 
-PutOffMessages::Write PutOffMessages::nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept {
+DeferredMessages::Write DeferredMessages::nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept {
     const ScopedLock lock(messagesLock_);
     const auto first = findFirst(thread);
     if (closed_ || first == messages_.end()) {
@@ -93,7 +93,7 @@ PutOffMessages::Write PutOffMessages::nextWrite(const ThreadRecord& thread, Logg
     return first->write;
 }
 
-const PutOffMessages::PutOffMessage* PutOffMessages::beginFirst() noexcept {
+const DeferredMessages::DeferredMessage* DeferredMessages::beginFirst() noexcept {
     ThreadRecord& thread = threadRecord();
     const ScopedLock lock(messagesLock_);
     const auto first = findFirst(thread);
@@ -101,11 +101,11 @@ const PutOffMessages::PutOffMessage* PutOffMessages::beginFirst() noexcept {
         return nullptr;
     }
     first->isBeingWritten = true;
-    --thread.putOffMessages;
+    --thread.deferredMessages;
     return &*first;
 }
 
-void PutOffMessages::endFirst() noexcept {
+void DeferredMessages::endFirst() noexcept {
     const ScopedLock lock(messagesLock_);
     const auto written = findFirst(threadRecord(), true);
     if (!closed_ && written != messages_.end()) {
@@ -113,31 +113,31 @@ void PutOffMessages::endFirst() noexcept {
     }
 }
 
-PutOffMessages::Messages::iterator PutOffMessages::findFirst(const ThreadRecord& thread,
-                                                             bool isBeingWritten) {
-    return std::find_if(messages_.begin(), messages_.end(), [&](const PutOffMessage& putOff) {
-        return putOff.thread == &thread && putOff.isBeingWritten == isBeingWritten;
+DeferredMessages::Messages::iterator DeferredMessages::findFirst(const ThreadRecord& thread,
+                                                                 bool isBeingWritten) {
+    return std::find_if(messages_.begin(), messages_.end(), [&](const DeferredMessage& message) {
+        return message.thread == &thread && message.isBeingWritten == isBeingWritten;
     });
 }
 
-void PutOffMessages::showAll() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
+void DeferredMessages::showAll() noexcept ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS {
     {
         const ScopedLock lock(messagesLock_);
         closed_ = true;
     }
-    for (const PutOffMessage& putOff : messages_) {
-        showOnStandardError(SHOWN_AT_PROCESS_END, putOff.message);
+    for (const DeferredMessage& message : messages_) {
+        showOnStandardError(SHOWN_AT_PROCESS_END, message.message);
     }
 }
 
 /// The forking thread may be writing one, which has to stay.
-void PutOffMessages::forgetInChild() noexcept {
+void DeferredMessages::forgetInChild() noexcept {
     ThreadRecord& thread = threadRecord();
     const ScopedLock lock(messagesLock_);
-    messages_.remove_if([&thread](const PutOffMessage& putOff) {
-        return putOff.thread != &thread || !putOff.isBeingWritten;
+    messages_.remove_if([&thread](const DeferredMessage& message) {
+        return message.thread != &thread || !message.isBeingWritten;
     });
-    thread.putOffMessages = 0;
+    thread.deferredMessages = 0;
 }
 
 } // namespace Log

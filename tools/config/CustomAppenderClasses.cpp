@@ -1,4 +1,4 @@
-#include "config/OwnClasses.h"
+#include "config/CustomAppenderClasses.h"
 
 #include "UsageError.h"
 #include "log/AppenderOptions.h"
@@ -25,13 +25,13 @@ std::set<std::string>& classes() {
 
 } // namespace
 
-void OwnClasses::addTo(CLI::App& command) {
+void CustomAppenderClasses::addTo(CLI::App& command) {
     command.add_option("--class", names_, "A class of appenders that the program registers; may be repeated")
         ->allow_extra_args(false)
         ->type_name("NAME");
 }
 
-void OwnClasses::registerAll() const {
+void CustomAppenderClasses::registerAll() const {
     for (const std::string& name : names_) {
         if (name.empty()) {
             throw UsageError("--class: A class has a name.");
@@ -49,7 +49,7 @@ void OwnClasses::registerAll() const {
     }
 }
 
-const std::set<std::string>& OwnClasses::registered() {
+const std::set<std::string>& CustomAppenderClasses::registered() {
     return classes();
 }
 

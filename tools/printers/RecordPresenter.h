@@ -15,10 +15,10 @@ namespace ZAV {
 namespace Tools {
 
 /// Makes the text of the wanted records and of those around them. A continuation is shown if its record was.
-class RecordShower {
+class RecordPresenter {
 public:
     /// The references must outlive this object.
-    RecordShower(const RecordFilter& filter, Printer& printer, std::size_t inputs)
+    RecordPresenter(const RecordFilter& filter, Printer& printer, std::size_t inputs)
         : filter_(filter), printer_(printer), fates_(inputs) {}
 
     /// Also shows `count` records before and after each wanted one.

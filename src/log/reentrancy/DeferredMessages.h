@@ -18,20 +18,20 @@ struct MessageFields;
 /// Messages that appenders and listeners logged while another thread held the logger. Each is complete, and
 /// its thread writes it as soon as it has left the library; it is kept here, not with the thread, so that it
 /// can be shown if the process ends first. As a thread that stays in the library may put off any number, at
-/// most `MOST_OF_A_THREAD` are kept for each thread. Thread-safe.
-class PutOffMessages : public Platform::NeverDestroyed<PutOffMessages> {
+/// most `MAX_OF_A_THREAD` are kept for each thread. Thread-safe.
+class DeferredMessages : public Platform::NeverDestroyed<DeferredMessages> {
 public:
-    struct PutOffMessage;
-    using Messages = std::list<PutOffMessage>;
+    struct DeferredMessage;
+    using Messages = std::list<DeferredMessage>;
 
-    static constexpr int MOST_OF_A_THREAD = 10'000;
+    static constexpr int MAX_OF_A_THREAD = 10'000;
 
     /// Delivers the calling thread's first message to the appenders under the logger's lock.
     /// \param waitsForLogger whether to wait for that lock
     /// \return false if another thread holds the lock; the message is then kept
     using Write = bool (*)(Logger& logger, bool waitsForLogger);
 
-    struct PutOffMessage {
+    struct DeferredMessage {
         ThreadRecord* thread; ///< that logged the message
         int answeredReports;  ///< the chain of reports that it was logged in answer to
         Logger* logger;
@@ -51,10 +51,10 @@ public:
         First& operator=(const First&) = delete;
 
         /// \return null if the messages have been shown
-        const PutOffMessage* get() const noexcept { return message_; }
+        const DeferredMessage* get() const noexcept { return message_; }
 
     private:
-        const PutOffMessage* const message_;
+        const DeferredMessage* const message_;
     };
 
     /// Keeps a message of the calling thread, after the earlier ones. If there are too many, the oldest is
@@ -79,11 +79,11 @@ public:
 
 private:
     friend NeverDestroyed;
-    PutOffMessages() = default;
+    DeferredMessages() = default;
 
     static void showDiscarded(const Messages& discarded) noexcept;
     Messages takeBeyondLimit(ThreadRecord& thread) noexcept ZAV_LOG_REQUIRES(messagesLock_);
-    const PutOffMessage* beginFirst() noexcept;
+    const DeferredMessage* beginFirst() noexcept;
     void endFirst() noexcept;
     Write nextWrite(const ThreadRecord& thread, Logger*& logger) noexcept;
     Messages::iterator findFirst(const ThreadRecord& thread, bool isBeingWritten = false)

@@ -1,4 +1,4 @@
-#include "records/MachineRecord.h"
+#include "records/StructuredRecord.h"
 
 #include "log/text/PackedPairs.h"
 #include "platform/Clock.h"
@@ -20,7 +20,7 @@ bool isControl(char character) {
 
 } // namespace
 
-void MachineRecord::setTime(std::int64_t microseconds) {
+void StructuredRecord::setTime(std::int64_t microseconds) {
     constexpr std::int64_t MICROSECONDS_PER_SECOND = 1000000;
     const std::int64_t offset = Platform::utcOffset(microseconds / MICROSECONDS_PER_SECOND);
     const std::int64_t local = microseconds + offset * MICROSECONDS_PER_SECOND;
@@ -28,14 +28,14 @@ void MachineRecord::setTime(std::int64_t microseconds) {
     instant_ = microseconds;
 }
 
-bool MachineRecord::setLevel(std::string_view word) {
+bool StructuredRecord::setLevel(std::string_view word) {
     hasLevel = findLevelNamed(word, level_);
     return hasLevel;
 }
 
 /// Only the message may contain line feeds: neither what precedes it nor the keys after it may look like
 /// another record.
-void MachineRecord::show() {
+void StructuredRecord::show() {
     const auto add = [this](std::string_view word) {
         shown_ += ' ';
         std::replace_copy_if(word.begin(), word.end(), std::back_inserter(shown_), isControl, '?');
@@ -64,12 +64,12 @@ void MachineRecord::show() {
     }
 }
 
-void MachineRecord::addLines(std::string_view lines) {
+void StructuredRecord::addLines(std::string_view lines) {
     shown_.append("\n").append(lines);
     message.append("\n").append(lines);
 }
 
-Fields MachineRecord::fields() const {
+Fields StructuredRecord::fields() const {
     Fields fields;
     fields.program = program;
     fields.pid = pid;
