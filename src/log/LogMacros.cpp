@@ -14,6 +14,7 @@
 #include "log/text/PackedValues.h"
 #include "log/tree/LoggerInside.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -130,29 +131,29 @@ void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
 namespace {
 
 /// Packed values, on the stack unless they are long.
-class ValuesOnStack {
+class PackedOnStack {
 public:
-    ValuesOnStack(const TaggedValue* values, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            append(values[i]);
-        }
+    /// \return room for so many bytes, of which `commit` keeps those that were written
+    char* room(std::size_t size) {
+        const std::size_t begin = bytes_.size();
+        bytes_.resize(begin + size);
+        return bytes_.data() + begin;
     }
+    void commit(const char* end) { bytes_.resize(static_cast<std::size_t>(end - bytes_.data())); }
 
     std::string_view view() const { return {bytes_.data(), bytes_.size()}; }
 
 private:
-    /// A C string is not read before this: some formats show only its address.
-    void append(TaggedValue value) {
-        if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
-            value.size = std::strlen(value.text);
-        }
-        const std::size_t begin = bytes_.size();
-        bytes_.resize(begin + packedSize(value));
-        bytes_.resize(static_cast<std::size_t>(packValue(bytes_.data() + begin, value) - bytes_.data()));
-    }
-
     fmt::memory_buffer bytes_;
 };
+
+/// A C string is not read before this: some formats show only its address.
+void append(PackedOnStack& packed, TaggedValue value) {
+    if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
+        value.size = std::strlen(value.text);
+    }
+    packed.commit(packValue(packed.room(packedSize(value)), value));
+}
 
 } // namespace
 
@@ -161,7 +162,9 @@ void FormattedMessage::logTagged(const Logger& logger, const Place& place, const
     if (logger.inside_->takesValues()) {
         const KnownPlace& known = knownPlace(place);
         if (!known.mustFormatInCall) {
-            logger.inside_->logFrom(known, ValuesOnStack(values, count).view(), TextForm::FORMATTED);
+            PackedOnStack packed;
+            std::for_each(values, values + count, [&](const TaggedValue& value) { append(packed, value); });
+            logger.inside_->logFrom(known, packed.view(), TextForm::FORMATTED);
             return;
         }
     }
@@ -191,16 +194,15 @@ LongDoubleText::LongDoubleText(long double value) noexcept
     }
 }
 
-/// Packs the pairs into the thread's buffer, from which they are copied into the queue or the message.
 void MessageWithValues::logTagged(const Logger& logger, const Place& place, std::string_view text,
                                   const TaggedValue* keysAndValues, std::size_t count) {
-    const TakenText pairs;
+    PackedOnStack pairs;
     const TaggedValue* const end = keysAndValues + 2 * count;
     for (const TaggedValue* key = keysAndValues; key != end; key += 2) {
         const std::string_view name(key->text, key->size);
-        pairs.text.commit(packPair(pairs.text.room(packedPairSize(name, key[1])), name, key[1]));
+        pairs.commit(packPair(pairs.room(packedPairSize(name, key[1])), name, key[1]));
     }
-    logger.inside_->logFrom(place, text, TextForm::READY, pairs.text.view());
+    logger.inside_->logFrom(place, text, TextForm::READY, pairs.view());
 }
 
 ContextEntry& LogContext::begin(std::string_view key, const TaggedValue& value) {
