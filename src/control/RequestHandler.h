@@ -9,8 +9,6 @@
 namespace ZAV {
 namespace Log {
 
-class ControlRequest;
-
 /// Carries out requests through the library's public API, in the calling thread, and formats the answers.
 namespace RequestHandler {
 

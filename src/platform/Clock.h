@@ -51,8 +51,8 @@ std::int64_t toSeconds(const CalendarTime& time);
 /// The inverse of `toSeconds`.
 CalendarTime toCalendarTime(std::int64_t seconds);
 
-/// Sets this process's time zone for `utcOffset`. On a system with its own list of zones (Windows), the name
-/// is from that list.
+/// Sets this process's time zone for `utcOffset`, on Linux for all local times. On a system with its own list
+/// of zones (Windows), the name is from that list.
 /// \return false, and nothing is changed, if the system does not know the zone
 bool useZone(const std::string& name);
 

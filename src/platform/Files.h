@@ -8,8 +8,8 @@
 namespace ZAV {
 namespace Platform {
 
-/// Appends the whole content of a file, a pipe or a device. Uses no stream, so a forked child may call it
-/// even if another thread held the global locale's lock during the fork.
+/// Appends the whole content of a file, a pipe or a device. On Linux it uses no stream, so a forked child may
+/// call it even if another thread held the global locale's lock during the fork.
 /// \return false if it cannot be opened or read (a directory, for example); `text` may then hold part of the content
 bool readFile(const std::string& path, std::string& text);
 

@@ -45,7 +45,7 @@ public:
     /// \throw std::bad_alloc
     bool read(std::string& content, std::string& problem) const;
 
-    /// Restricts access to the file to its owner.
+    /// Restricts access to the file to its owner; on Windows the folder's rights apply, and nothing is done.
     /// \param problem receives the system's error text on failure
     /// \return false on failure
     bool makePrivate(std::string& problem);

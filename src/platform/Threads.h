@@ -97,7 +97,7 @@ private:
 
 /// Runs a function before a signal or an uncaught exception takes its usual effect. The function runs in a
 /// thread of its own, since the interrupted code may hold any lock; the interrupted thread waits meanwhile.
-/// Nothing runs in a forked child.
+/// Nothing runs in a forked child. There may be one hook at a time.
 ///
 /// On Linux it handles the given signals; on Windows, regardless of these, console events and system
 /// exceptions.

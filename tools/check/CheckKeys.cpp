@@ -117,7 +117,7 @@ void checkPartner(const Configuration& configuration, const PropertyLine& line, 
                         "has no effect without '" + Configuration::keyBeside(meaning, partner->name) + "'");
 }
 
-/// Warns of columns given together with another layout.
+/// Warns of columns given together with another layout; that a layout is unknown is warned of elsewhere.
 void checkColumns(const Configuration& configuration, const PropertyLine& line, const KeyMeaning& meaning,
                   Findings& findings) {
     if (meaning.row == nullptr || meaning.row->form != Log::ValueForm::COLUMNS) {

@@ -28,7 +28,7 @@ void warn(Findings& findings, const PropertyLine& line, const std::string& text)
     findings.addWarning(line, "queue-file", text);
 }
 
-/// \return whether a file is empty or begins like a queue file
+/// \return whether a file is empty or begins like a queue file; true if it cannot be read
 bool mayHoldQueue(const fs::path& path) {
     std::string beginning(Log::StoredQueue::BEGINNING, ' ');
     std::ifstream file(path, std::ios::binary);

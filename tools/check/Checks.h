@@ -26,7 +26,7 @@ void checkRejectedValues(const Configuration& configuration, Findings& findings)
 /// Values that the library accepts, but reads as something else.
 void checkMisreadValues(const Configuration& configuration, Findings& findings);
 
-/// A queue without room.
+/// A queue without room, and batches of an appender that has no queue.
 void checkQueue(const Configuration& configuration, Findings& findings);
 
 /// The queue files named by the property files checked so far, each with the first of these that names it.

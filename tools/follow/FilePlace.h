@@ -11,7 +11,7 @@ namespace Tools {
 /// A place in a file that can be found again after the file was renamed, and by a later process.
 ///
 /// The system's identity of a file is not enough: it is reused once the file is deleted, and may change when
-/// a machine or a container restarts. So the place also keeps a hash of the content before it.
+/// a machine or a container restarts. So the place also keeps a hash of samples of the content before it.
 class FilePlace {
 public:
     FilePlace() = default;

@@ -26,8 +26,8 @@ std::vector<LogFile>::iterator findRolledPlace(std::vector<LogFile>& files, cons
     return files.end();
 }
 
-/// \return the file of a place, found by its content or, where that is not enough, by its identity; the end if it is
-///         not there
+/// \return the file of a place, found by its identity and content or else by its content alone; the end if it is not
+///         there
 std::vector<LogFile>::iterator findPlace(std::vector<LogFile>& files, const FilePlace& place) {
     const auto isSame = [&place](const LogFile& file) { return file.file.identity() == place.identity(); };
     const auto holds = [&place](const LogFile& file) { return place.offset() > 0 && place.isIn(file.file); };

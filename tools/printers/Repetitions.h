@@ -12,7 +12,7 @@ namespace Tools {
 
 /// Recognises records that several inputs hold, as when two appenders of one program wrote the same message.
 ///
-/// It keeps the latest records, up to a few MiB. In the order of time, equal ones are close together.
+/// It keeps the latest records, up to 16 MiB. In the order of time, equal ones are close together.
 class Repetitions {
 public:
     /// Takes the next record of any input.

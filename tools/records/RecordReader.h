@@ -62,7 +62,7 @@ public:
     /// Treats what was read as the whole file.
     void stopReading() { isStopped_ = true; }
 
-    /// \return why the file could not be read to its end, in the system's words; empty if it could
+    /// \return what of the file could not be read, and why; empty if all could
     const std::string& problem() const { return problem_; }
 
 private:

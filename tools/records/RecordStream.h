@@ -37,7 +37,8 @@ public:
     /// grown by the next call of `next`.
     void settle() { settledAt_ = bytesSeen(); }
 
-    /// Stops reading the current file, which has changed under its reader, and goes to the next one.
+    /// Stops reading the current file, which has changed under its reader, so that `next` goes to the next
+    /// one.
     void leaveFile();
 
     /// \return the record that `next` advanced to, valid until it is called again

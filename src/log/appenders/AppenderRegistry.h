@@ -79,8 +79,8 @@ public:
     /// \return whether a command has lowered the level of an appender
     static bool hasLoweredLevel(const Appender& appender);
 
-    /// \return the current status of the appenders in service, in the order of their creation. Does not block, so an
-    ///         appender or a listener may call it.
+    /// \return the current status of the appenders in service, in the order of their creation. Waits for no delivery, so
+    ///         an appender or a listener may call it.
     std::vector<AppenderStatus> statuses() const;
 
     /// Takes all appenders out of service and destroys them.

@@ -33,7 +33,8 @@ public:
     void report(const Appender* user, const std::string& problem);
 
     /// Removes that user's jobs, and interrupts one that is in progress. Once it returns, none of them runs
-    /// any more; but inside an appender or a listener it does not wait for that.
+    /// any more; but inside an appender or a listener it does not wait for that, and nowhere for more than
+    /// seconds.
     void forget(const Appender* user) noexcept;
 
 private:

@@ -22,7 +22,8 @@ struct MessageBlock {
 };
 
 /// Allocates blocks, and caches a few that were returned: first touching new memory costs as much as packing
-/// the messages into it. Thread-safe; takes no lock.
+/// the messages into it. Thread-safe; takes no
+/// lock, except that of the file for blocks in a file.
 class BlockPool {
 public:
     static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;

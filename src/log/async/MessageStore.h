@@ -21,7 +21,8 @@ struct ThreadRecord;
 /// The queued messages of all threads, and their order.
 ///
 /// Each thread appends to its own ring; one counter assigns every message of the process its number, which is
-/// its position in the order, counted from 1. Appending takes no lock, except for a thread's first message.
+/// its position in the order, counted from 1. Appending takes no lock, except for a
+/// thread's first message, for a new block in a file, and in the ring that threads share at their end.
 /// The process has one store, which is never destroyed, since threads may still log while the process ends.
 /// Thread-safe.
 class MessageStore {

@@ -160,18 +160,18 @@ constexpr ConfigurationKey KEYS[] = {
      means(""), "declares the appender"},
     setting<ValueForm::BOOLEAN, &Values::asynchronous>(
         AppenderSetting::ASYNCHRONOUS, READ_BY_APPENDERS, "`true` or `false`", value("false"),
-        "whether the consumer thread writes it, not the thread that logs"),
+        "whether the consumer thread writes the messages, instead of the thread that logs them"),
     setting<ValueForm::PREFIXES, &Values::prefixes>(
         AppenderSetting::FILTERS, READ_BY_APPENDERS, "prefixes of logger names, separated by spaces",
         means("all loggers"),
         "writes only messages of loggers whose names begin with one of them: `net` takes `network` as well"),
     setting<ValueForm::LEVEL, &Values::level>(AppenderSetting::LEVEL, READ_BY_APPENDERS, "a level, as above",
                                               means("all levels"),
-                                              "writes only messages of that level and more severe ones"),
+                                              "writes only messages of that level or above"),
     setting<ValueForm::PERIOD, &Values::expiration>(
         AppenderSetting::EXPIRATION, READ_BY_APPENDERS,
-        "number, blank and unit: `msec`, `sec`, `min`, `hour`, `day`", means("the level is fixed"),
-        "a command may lower `level` for that long; 0: for good; without `level` it is not read",
+        "number, space and unit: `msec`, `sec`, `min`, `hour`, `day`", means("the level is fixed"),
+        "how long a command may lower `level`; 0: for good; not read without `level`",
         AppenderSetting::LEVEL),
     setting<ValueForm::MESSAGE_TYPE, &Values::messageType>(
         AppenderSetting::MESSAGE_TYPE, READ_BY_APPENDERS, "`LOG` or `CFG`", means("both"),
@@ -184,7 +184,7 @@ constexpr ConfigurationKey KEYS[] = {
                                                 means("`process` for `SimpleFileAppender`, else `plain`"),
                                                 "the form of a line, see [Layouts](#layouts)"),
     setting<ValueForm::COLUMNS, &Values::columns>(
-        AppenderSetting::FIELDS, READ_BY_APPENDERS, "names of columns, separated by spaces", means("none"),
+        AppenderSetting::FIELDS, READ_BY_APPENDERS, "column names, separated by spaces", means("none"),
         "what a line of the layout `fields` shows, see [Layouts](#layouts)", AppenderSetting::LAYOUT),
 
     setting<ValueForm::STREAM, &Values::stream>(AppenderSetting::OSTREAM, READ_BY_STDOUT_APPENDER,
@@ -192,48 +192,45 @@ constexpr ConfigurationKey KEYS[] = {
                                                 "the standard stream"),
     setting<ValueForm::TEXT, &Values::dir>(AppenderSetting::DIR, READ_BY_FILE_APPENDERS, "path", value("."),
                                            "the folder, which must exist"),
-    setting<ValueForm::TEXT, &Values::file>(
-        AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, "text",
-        means("`A`; for `RollingFileAppender` `A.log`"),
-        "the file; for `FileAppender` the name to which a digit is added"),
+    setting<ValueForm::TEXT, &Values::file>(AppenderSetting::FILE_NAME, READ_BY_FILE_APPENDERS, "text",
+                                            means("`A`; for `RollingFileAppender` `A.log`"),
+                                            "the file name; `FileAppender` adds a digit to it"),
     setting<ValueForm::LEADING_UNSIGNED, &Values::fileNumber>(
         AppenderSetting::FILE_NUMBER, READ_BY_FILE_APPENDER, "number", value("3"),
         "the highest digit, so how many older files are kept; above 9 it counts as 9. **Each start begins a "
         "new file**, see [Rotated files](#rotated-files)"),
     setting<ValueForm::LEADING_UNSIGNED, &Values::fileMaxSize>(
         AppenderSetting::FILE_MAX_SIZE, READ_BY_FILE_APPENDER, "number", value("10 MB"),
-        "the size that a live file may have. **With its unit or not at all**",
+        "the maximum size of a live file. **With its unit or not at all**",
         AppenderSetting::FILE_MAX_SIZE_UNIT),
     unitOf(AppenderSetting::FILE_MAX_SIZE, AppenderSetting::FILE_MAX_SIZE_UNIT, ValueForm::SIZE_UNIT,
            "`B`, `KB`, `MB` or `GB`", "the unit of `fileMaxSize`"),
     setting<ValueForm::LEADING_SIGNED, &Values::fileMaxLifetime>(
         "fileMaxLifetime", READ_BY_FILE_APPENDER, "number", value("1 d"),
-        "how long a live file may be open; 0 or below: for ever. **With its unit or not at all**",
+        "how long a live file stays open; 0 or below: for ever. **With its unit or not at all**",
         "fileMaxLifetimeUnit"),
     unitOf("fileMaxLifetime", "fileMaxLifetimeUnit", ValueForm::LIFETIME_UNIT, "`m`, `h` or `d`",
            "the unit of `fileMaxLifetime`"),
-    setting<ValueForm::PERIOD, &Values::recovery>("recovery", READ_BY_LIVE_FILE_APPENDERS,
-                                                  "number and unit, as for `expiration`", means("never"),
-                                                  "how often a failed or vanished live file is checked for "
-                                                  "and reopened, see [Recovery](#recovery); 0 or "
-                                                  "below: never"),
+    setting<ValueForm::PERIOD, &Values::recovery>(
+        "recovery", READ_BY_LIVE_FILE_APPENDERS, "number and unit, as for `expiration`", means("never"),
+        "how often a failed or vanished live file is checked for and reopened, see [Recovery](#recovery); 0 "
+        "or below: never"),
     setting<ValueForm::FILE_MODE, &Values::fileMode>(
-        "fileMode", READ_BY_FILE_APPENDERS, "octal number up to 777", means("666 less the process's mask"),
-        "the permissions of files that are made, see [Who may read the files](#who-may-read-the-files)"),
+        "fileMode", READ_BY_FILE_APPENDERS, "octal number up to 777", means("666 minus the process's umask"),
+        "the permissions of new files, see [Who may read the files](#who-may-read-the-files)"),
     setting<ValueForm::BOOLEAN, &Values::followLinks>(
         "followLinks", READ_BY_FILE_APPENDERS, "`true` or `false`", value("true"),
-        "whether a symbolic link in the place of the file is followed, or never written through, see [Who "
-        "may read the files](#who-may-read-the-files)"),
+        "whether a symbolic link in place of the file is followed, or never written through, see [Who may "
+        "read the files](#who-may-read-the-files)"),
     setting<ValueForm::FLUSH_RULE, &Values::writesBatches>(
         AppenderSetting::FLUSH, READ_BY_FILE_APPENDERS, "`line` or `batch`", value("line"),
         "whether an asynchronous appender makes one write for each line, or one for all lines of a round, "
-        "see "
-        "[One write for many lines](#one-write-for-many-lines)"),
+        "see [One write for many lines](#one-write-for-many-lines)"),
 
     setting<ValueForm::SIZE_LIMIT, &Values::rollSize>(
-        "rollSize", READ_BY_ROLLING_FILE_APPENDER, "number, blank and unit: `B`, `KB`, `MB`, `GB`",
+        "rollSize", READ_BY_ROLLING_FILE_APPENDER, "number, space and unit: `B`, `KB`, `MB`, `GB`",
         means("no limit"),
-        "the size that a live file may have, see [Rolled files](#rolled-files); 0 or below: no limit"),
+        "the maximum size of a live file, see [Rolled files](#rolled-files); 0 or below: no limit"),
     setting<ValueForm::ROLL_MOMENT, &Values::rollAt>("rollAt", READ_BY_ROLLING_FILE_APPENDER,
                                                      "`hour` or `midnight`", means("never"),
                                                      "begins a new file with each hour or day of local time"),
@@ -242,29 +239,28 @@ constexpr ConfigurationKey KEYS[] = {
         "how many rolled files are kept; 0 or below: no limit"),
     setting<ValueForm::SIZE_LIMIT, &Values::keepSize>(
         "keepSize", READ_BY_ROLLING_FILE_APPENDER, "number and unit, as for `rollSize`", means("no limit"),
-        "the size that the live file and all rolled ones may have together; 0 or below: no limit"),
+        "the maximum total size of the live file and all rolled ones; 0 or below: no limit"),
     setting<ValueForm::TIME_LIMIT, &Values::keepTime>(
         "keepTime", READ_BY_ROLLING_FILE_APPENDER, "number and unit, as for `expiration`", means("no limit"),
         "how long a rolled file is kept; 0 or below: no limit"),
     setting<ValueForm::COMPRESSION, &Values::packs>(
         "compress", READ_BY_ROLLING_FILE_APPENDER, "`none` or `gzip`", value("none"),
-        "whether rolled files are packed, by a thread of its own"),
+        "whether rolled files are compressed, in a thread of its own"),
 
     option(DispatcherOption::MAX_QUEUE_SIZE, ValueForm::WHOLE_NUMBER, "number", value("1024"),
-           "the limit of the queue: at most one message fewer waits; below 0: no limit"),
+           "the size at which the queue is full: at most one message fewer waits; below 0: no limit"),
     option(DispatcherOption::WAITING_PERIOD, ValueForm::WHOLE_NUMBER, "number of seconds", value("2"),
            "how long the consumer thread waits between two rounds; 0 or below: each message wakes it"),
     option(DispatcherOption::PRIORITY, ValueForm::WHOLE_NUMBER, "number", means("as the thread was created"),
            "the consumer thread's priority: below 25 low, 25 normal, above 25 high"),
     option(DispatcherOption::OVERFLOW_RULE, ValueForm::OVERFLOW_RULE, "`discard` or `block`",
            value("discard"),
-           "what a full queue does: push the oldest message out, or let the thread that logs wait"),
+           "what a full queue does: discard the oldest message, or make the logging thread wait"),
     option(DispatcherOption::QUEUE_FILE, ValueForm::TEXT, "path", means("the queue is in memory"),
            "a file in which the queue outlives the process, until the next start or `zav-log recover` "
            "delivers it, see [A queue that survives](#a-queue-that-survives)"),
     option(DispatcherOption::QUEUE_FILE_SIZE, ValueForm::BYTE_SIZE, "number and unit, as for `rollSize`",
-           value("16 MB"), "how much `queueFile` may hold, 64 KB at least and 64 GB at most",
-           DispatcherOption::QUEUE_FILE),
+           value("16 MB"), "the capacity of `queueFile`, from 64 KB to 64 GB", DispatcherOption::QUEUE_FILE),
 };
 
 } // namespace

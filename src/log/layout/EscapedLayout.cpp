@@ -45,7 +45,7 @@ void appendEscape(std::string& text, char character) {
     }
 }
 
-/// Appends the first character of a text, or the first byte where none is whole.
+/// Appends the first character of a text if it is escaped, else its first byte.
 /// \return its size in the text
 std::size_t appendFirst(std::string& escaped, std::string_view text) {
     const bool isAscii = static_cast<unsigned char>(text[0]) < 0x80;

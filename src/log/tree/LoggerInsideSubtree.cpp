@@ -86,7 +86,7 @@ void Logger::Inside::waitForSubtree() {
     }
 }
 
-/// Threads waiting for the lock take it in turn, so this delays none of them for long.
+/// It only tries the lock, so no thread waits for it in turn.
 bool Logger::Inside::waitForSubtree(std::chrono::steady_clock::time_point end) {
     for (Inside* inside = this; inside != nullptr;) {
         while (!inside->criticalSection_.tryLock()) {
