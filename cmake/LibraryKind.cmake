@@ -7,6 +7,12 @@ else()
     set(no_undefined -Wl,--no-undefined)
 endif()
 
+# The options that say for which processor the compiler is to link.
+string(REGEX MATCHALL "-m32|-m64|-mabi=[^ ]+" compiler_target "${CMAKE_CXX_COMPILER_ARG1} ${CMAKE_CXX_FLAGS}")
+if(CMAKE_CXX_COMPILER_TARGET)
+    list(APPEND compiler_target --target=${CMAKE_CXX_COMPILER_TARGET})
+endif()
+
 # usage: set_library_kind(LIBRARY EXPORT_NAME), for a library that add_library has made without naming a kind
 function(set_library_kind library name)
     set_target_properties(${library} PROPERTIES
@@ -30,13 +36,14 @@ function(set_library_kind library name)
         # shared library, and not in the order in which the linker needs the parts. They are initialised before the
         # program's own, which may log when they are destroyed: the end of the process must reach the dispatcher after
         # them.
-        set(whole ${CMAKE_CURRENT_BINARY_DIR}/${library}-whole.o)
+        set(whole $<TARGET_FILE:${library}>.o)
         add_custom_command(TARGET ${library} POST_BUILD
-            COMMAND ${CMAKE_CXX_COMPILER} -r -o ${whole}
+            COMMAND ${CMAKE_CXX_COMPILER} ${compiler_target} -nostdlib -r -o ${whole}
                 -Wl,--whole-archive $<TARGET_FILE:${library}> -Wl,--no-whole-archive
             COMMAND ${CMAKE_OBJCOPY} --rename-section .init_array=.init_array.00200 ${whole}
             COMMAND ${CMAKE_COMMAND} -E rm $<TARGET_FILE:${library}>
             COMMAND ${CMAKE_AR} qcs $<TARGET_FILE:${library}> ${whole}
+            COMMAND ${CMAKE_COMMAND} -E rm ${whole}
             VERBATIM)
     endif()
 endfunction()

@@ -33,8 +33,8 @@ class Logger;
 ///
 /// It records every message of a logger and of all loggers below it, including loggers that are created
 /// meanwhile and configuration messages. Messages of a given level pass these loggers meanwhile, even if
-/// their own level is higher, is raised or expires, and `Logger::getLevel` returns the given one. The levels
-/// and expirations themselves are not changed and take effect again afterwards, including those that
+/// their own level is higher, is raised or expires, and `Logger::getLevel` returns the lower of the two. The
+/// levels and expirations themselves are not changed and take effect again afterwards, including those that
 /// `Logger::setLevel` or the command for it has set meanwhile. The levels of appenders are not changed
 /// either. A message is recorded when it is given to the appenders, or if they are asynchronous, when it is
 /// queued, whatever happens to it then.

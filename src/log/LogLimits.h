@@ -14,7 +14,7 @@
 ///         ZAV_LOG_ONCE(logger.warning("the old protocol is still in use", __LINE__, __FILE__));
 ///     }
 ///
-/// Any statement will do; it may contain commas. When it is left out, it is not evaluated. A macro is a
+/// Any statement will do; it may contain commas. When it is suppressed, it is not evaluated. A macro is a
 /// single statement, even in an unbraced `if` with an `else`. Limits may be nested: the outer one decides
 /// first, and the inner one counts the calls that the outer one lets through.
 ///
@@ -30,8 +30,8 @@
 #include <optional>
 #include <type_traits>
 
-/// In the statement of a limit: how many calls were left out at this place since the last one that was not, a
-/// `std::uint64_t`. With nested limits it is the count of the innermost one.
+/// In the statement of a limit: how many calls were suppressed at this place since the last one that was not,
+/// a `std::uint64_t`. With nested limits it is the count of the innermost one.
 #define ZAV_LOG_SUPPRESSED (*zavLogSuppressed)
 
 /// Executes the first call, and every nth after it.
@@ -81,7 +81,7 @@ namespace Log {
 /// `pass` at once. Each call either passes, or is counted for exactly one that does.
 namespace Limits {
 
-/// Has a value if the call passes: how many were left out before it.
+/// Has a value if the call passes: how many were suppressed before it.
 using Passed = std::optional<std::uint64_t>;
 
 /// Lets the first call pass, and every nth after it.

@@ -130,10 +130,11 @@ void MessageStream::logTo(const Logger& logger, Level::LogLevel level, int line,
 
 namespace {
 
-/// Packed values, on the stack unless they are long.
+/// Packed values, on the stack unless they are long: those of more than 500 bytes take memory in each call.
 class PackedOnStack {
 public:
     /// \return room for so many bytes, of which `commit` keeps those that were written
+    /// \throw std::bad_alloc
     char* room(std::size_t size) {
         const std::size_t begin = bytes_.size();
         bytes_.resize(begin + size);

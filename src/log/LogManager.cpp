@@ -221,12 +221,12 @@ namespace {
 class FailureNoticeScope {
 public:
     FailureNoticeScope() {
-        if (!wereWanted_) {
+        if (!wereEnabled_) {
             FailureNotice::setEnabled(true);
         }
     }
     ~FailureNoticeScope() {
-        if (!isKept_ && !wereWanted_) {
+        if (!isKept_ && !wereEnabled_) {
             FailureNotice::setEnabled(false);
         }
     }
@@ -236,7 +236,7 @@ public:
     bool keepIf(bool isKept) { return isKept_ = isKept; }
 
 private:
-    const bool wereWanted_ = FailureNotice::isWanted();
+    const bool wereEnabled_ = FailureNotice::isEnabled();
     bool isKept_ = false;
 };
 

@@ -51,7 +51,7 @@ namespace LogManager {
 /// \return false if the library is initialised already; the properties are then ignored
 /// \throw LogException for an invalid setting of an appender, and for a queue file that is in use by another
 ///        process, is damaged or cannot be created. If configuring fails, `finish` runs before the exception
-///        is thrown on, so a later `init` may succeed.
+///        is rethrown, which also unregisters all command listeners; a later `init` may succeed.
 ZAV_LOG_API bool init(const Util::Properties& properties);
 
 /// Initialises the library from a property file. The file is read and checked even if the library is
@@ -61,9 +61,9 @@ ZAV_LOG_API bool init(const Util::Properties& properties);
 ZAV_LOG_API bool init(const std::string& fileName);
 
 /// Registers an appender class of the application, so that the configuration can name it. If it says
-/// "appender.A = KafkaAppender", the thread that calls `init` or `reload` calls the maker. It then holds no
-/// lock that any call other than these and `finish` takes. The registration takes effect with the next `init`
-/// or `reload`, and lasts until the process ends.
+/// "appender.A = KafkaAppender", the thread that calls `init` or `reload` calls the maker. Meanwhile that
+/// thread holds no lock that any call other than `init`, `reload` and `finish` takes. The registration takes
+/// effect with the next `init` or `reload`, and lasts until the process ends.
 ///
 /// An exception from the maker is thrown by `init` or `reload`, as for an invalid setting. Within the maker,
 /// `init` (unless the library is initialised), `reload` and `finish` throw LogException "LogManager::<name>
@@ -146,7 +146,7 @@ ZAV_LOG_API std::vector<AppenderStatus> appenders();
 /// loggers. It never makes anything less verbose. When the time is over, each returns to its own level
 /// automatically. A message is judged by when it was logged, even if it is delivered later.
 ///
-/// Another call for the same logger replaces the first one; with a duration of 0 it ends it.
+/// Another call for the same logger replaces the first one; a duration of 0 ends the first one.
 /// `Logger::setLevel` ends it for the loggers that it sets, and for the appenders if the logger of this call
 /// is one of those. The expiration of a logger's level does not end it. If several levels apply, the lowest
 /// wins. `finish` does not end it, as it does not change the levels of loggers; `reload` does.

@@ -21,9 +21,9 @@ namespace Log {
 ///         // ...
 ///     }
 ///
-/// Without a session or `LogManager::init` there are no appenders, and whatever the program logs is lost,
-/// even errors. If the library is initialised already, a session neither changes its configuration nor shuts
-/// it down.
+/// Without a session or `LogManager::init` there are no appenders but those that the program adds itself, and
+/// whatever it logs is lost, even errors. If the library is initialised already, a session neither changes
+/// its configuration nor shuts it down.
 ///
 /// During the lifetime of a session that has initialised the library, a failing appender is reported on
 /// standard error as "zav-log: appender NAME: REASON": once when it begins to fail, and again when it fails

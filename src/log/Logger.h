@@ -44,7 +44,7 @@ public:
     const std::string& getName() const noexcept { return name_; }
 
     /// \return the current level, read without a lock; an expired level is returned until the next message is
-    ///         logged, one of `LogManager::setLevelFor` until its time is over
+    ///         logged; a level set by `LogManager::setLevelFor` only until its time is over
     Level::LogLevel getLevel() const noexcept {
         return isTemporary_.load(std::memory_order_relaxed) ? temporaryLevel() : storedLevel();
     }
@@ -60,8 +60,8 @@ public:
     /// Synchronous appenders write it before the call returns. Only a message that an appender or a command
     /// listener logs may be written later: it gets its time, and is checked against the level, at once, and
     /// is written in order when the call of that appender or listener ends. Failures of appenders become the
-    /// command "EXCEPTION" and do not reach the caller; an exception from a listener for that command does,
-    /// and so does `std::bad_alloc`.
+    /// command "EXCEPTION" and do not reach the caller; an exception from a filter or from a listener for
+    /// that command does, and so does `std::bad_alloc`.
     /// \param text written unchanged
     /// \param line source line; 0 or less if there is none
     /// \param file source file; empty if there is none

@@ -56,8 +56,8 @@ private:
 };
 
 /// Marks a scope in which the caller holds the lock but does not change what it guards, and may block
-/// indefinitely: on a full pipe or a slow disk. A fork does not wait for the end of the scope; in the child
-/// the lock is free.
+/// indefinitely: on a full pipe or a slow disk. A fork waits only briefly for the end of the scope; in the
+/// child the lock is free.
 class BlockingIoScope {
 public:
     explicit BlockingIoScope(CriticalSection& criticalSection) ZAV_LOG_REQUIRES(criticalSection)

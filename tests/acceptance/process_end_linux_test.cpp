@@ -66,8 +66,8 @@ TEST_F(QueueAtProcessEnd, IsShownWhenAListenerOrAnAppenderExits) {
     }
 }
 
-TEST_F(QueueAtProcessEnd, IsShownWithTheMessagesThatAListenerHadToPutOff) {
-    for (const char* way : {"exit-with-message-put-off", "exit-while-put-off-is-written"}) {
+TEST_F(QueueAtProcessEnd, IsShownWithTheMessagesThatAListenerHadToDefer) {
+    for (const char* way : {"exit-with-deferred-message", "exit-while-deferred-is-written"}) {
         end(way);
         EXPECT_THAT(lastWordsIn(errors()), testing::Contains("11")) << way;
     }

@@ -266,7 +266,7 @@ TEST_F(LogValues, AreThereForFiltersAndInWhatIsReportedOfAFailedAppender) {
 }
 
 /// A listener logs too much while another thread holds the logger.
-TEST_F(LogValues, GoWithMessagesThatArePutOffAndAreShownOfThoseThatAreDiscarded) {
+TEST_F(LogValues, GoWithMessagesThatAreDeferredAndAreShownOfThoseThatAreDiscarded) {
     LogManager::init(ZAV::Util::Properties{{"zav.log.AsynchronousDispatcher.maxQueueSize", "-1"}});
     std::promise<void> entered;
     std::promise<void> released;

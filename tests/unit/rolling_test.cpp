@@ -299,12 +299,12 @@ TEST_F(RolledSeries, WhatAnotherProcessPacksIsLeftToIt) {
     {
         Platform::SequentialFile other;
         ASSERT_TRUE(other.open(file(AT_NOON), problem) && other.reserve()) << problem;
-        EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+        EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, PackingResult::DONE);
         removeAbandonedPart(file(AT_NOON));
         EXPECT_EQ(readFile(file(AT_NOON + ".gz")) + ", " + readFile(file(AT_NOON + ".gz.part")),
                   "its file, its next one");
     }
-    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, PackingResult::DONE);
     EXPECT_THAT(suffixes(), ElementsAre(AT_NOON + ".gz"));
     EXPECT_EQ(unpacked(AT_NOON + ".gz"), "a\n");
 }
@@ -315,10 +315,10 @@ TEST_F(RolledSeries, APlainFileThatHasGrownStaysAndOneThatIsGoneStaysGone) {
     EXPECT_FALSE(replaceByPacked(file(AT_NOON), 2).has_value());
     EXPECT_TRUE(fileExists(file(AT_NOON)));
     const std::atomic<bool> isInterrupted{false};
-    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, Packing::DONE);
+    EXPECT_EQ(packFile(file(AT_NOON), isInterrupted).result, PackingResult::DONE);
     EXPECT_EQ(unpacked(AT_NOON + ".gz"), "a\nlate\n");
     writeFile(file(AT_NOON + "-1.gz.part"), "what the limits have deleted");
-    EXPECT_EQ(replaceByPacked(file(AT_NOON + "-1"), 2)->result, Packing::DONE);
+    EXPECT_EQ(replaceByPacked(file(AT_NOON + "-1"), 2)->result, PackingResult::DONE);
     EXPECT_THAT(suffixes(), ElementsAre(AT_NOON + ".gz"));
 }
 

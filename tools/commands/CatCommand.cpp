@@ -40,14 +40,14 @@ Merger mergerOf(std::deque<RecordStream>& streams) {
     return Merger(pointers, RecordStream::Ending::FINAL);
 }
 
-void showAll(std::deque<RecordStream>& streams, RecordPresenter& shower, Output& output) {
+void showAll(std::deque<RecordStream>& streams, RecordPresenter& presenter, Output& output) {
     Merger merger = mergerOf(streams);
     for (int next = merger.next(); next >= 0; next = merger.next()) {
         const auto input = static_cast<std::size_t>(next);
-        output.write(shower.show(input, streams[input]));
+        output.write(presenter.show(input, streams[input]));
     }
-    output.write(shower.release());
-    output.write(shower.end());
+    output.write(presenter.release());
+    output.write(presenter.end());
 }
 
 } // namespace
@@ -67,10 +67,10 @@ ExitCode CatCommand::run(Output& output) {
     const std::unique_ptr<Printer> printer = printing_.printer();
     std::deque<RecordStream> streams;
     bool isComplete = openStreams(inputs_.inputs(), streams);
-    RecordPresenter shower(filter, *printer, streams.size());
-    printing_.applyTo(shower);
-    showAll(streams, shower, output);
-    std::vector<std::string> problems = {filter.problem(), shower.problem()};
+    RecordPresenter presenter(filter, *printer, streams.size());
+    printing_.applyTo(presenter);
+    showAll(streams, presenter, output);
+    std::vector<std::string> problems = {filter.problem(), presenter.problem()};
     for (RecordStream& stream : streams) {
         problems.push_back(stream.takeProblem());
     }

@@ -42,7 +42,7 @@ ExitCode FollowCommand::run(Output& output) {
         throw UsageError("--state cannot keep a place in standard input");
     }
     Follower follower(filter, *printer, inputs, output);
-    printing_.applyTo(follower.shower());
+    printing_.applyTo(follower.presenter());
     if (!fromStart_ && (!keepsState || linesOption_->count() > 0)) {
         follower.showLast(lines_);
     }

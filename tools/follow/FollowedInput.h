@@ -27,7 +27,7 @@ public:
     void resumeAt(const FilePlace& place) { resumedPlace_ = place; }
 
     /// Skips, of what is there at the first `poll`, what precedes the last `count` wanted records.
-    /// \param filter must live until a `poll` has found a file
+    /// \param filter must outlive the first `poll` that finds a file
     void beginNearEnd(const RecordFilter& filter, std::size_t count) {
         tailFilter_ = &filter;
         tailLength_ = count;

@@ -23,14 +23,14 @@ constexpr std::size_t RECORDS_PER_LOOK = 256;
 
 Follower::Follower(const RecordFilter& filter, Printer& printer, const std::vector<InputSpec>& inputs,
                    Output& output)
-    : filter_(filter), shower_(filter, printer, inputs.size()), output_(output),
+    : filter_(filter), presenter_(filter, printer, inputs.size()), output_(output),
       inputs_(inputs.begin(), inputs.end()) {
     Platform::catchStopSignals(); // before the first input is opened, which may be a pipe
 }
 
 void Follower::showLast(std::size_t count) {
     isBeginning_ = true;
-    shower_.keepLast(count);
+    presenter_.keepLast(count);
     for (FollowedInput& input : inputs_) {
         input.beginNearEnd(filter_, count);
     }
@@ -107,12 +107,12 @@ bool Follower::readRound() {
 }
 
 void Follower::show(std::size_t input) {
-    output_.write(shower_.show(input, inputs_[input].stream()));
+    output_.write(presenter_.show(input, inputs_[input].stream()));
     inputs_[input].commit();
 }
 
 void Follower::endBeginning() {
-    output_.write(shower_.release());
+    output_.write(presenter_.release());
     isBeginning_ = false;
 }
 
@@ -130,7 +130,7 @@ bool Follower::isAnyPending() const {
     return false;
 }
 
-/// Also reports new problems of the filter and of the shower.
+/// Also reports new problems of the filter and of the presenter.
 void Follower::reportNotices(const std::vector<std::string>& notices) {
     for (const std::string& notice : notices) {
         reportError(notice);
@@ -139,8 +139,8 @@ void Follower::reportNotices(const std::vector<std::string>& notices) {
         filterProblem_ = filter_.problem();
         reportError(filterProblem_);
     }
-    if (shower_.problem() != presenterProblem_) {
-        presenterProblem_ = shower_.problem();
+    if (presenter_.problem() != presenterProblem_) {
+        presenterProblem_ = presenter_.problem();
         reportError(presenterProblem_);
     }
 }

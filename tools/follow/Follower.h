@@ -24,8 +24,8 @@ public:
     Follower(const RecordFilter& filter, Printer& printer, const std::vector<InputSpec>& inputs,
              Output& output);
 
-    /// \return the shower, which may be told to show more or less before `run`
-    RecordPresenter& shower() { return shower_; }
+    /// \return the presenter, which may be told to show more or less before `run`
+    RecordPresenter& presenter() { return presenter_; }
 
     /// Shows only the last `count` records of what is there at the start; of standard input, all.
     void showLast(std::size_t count);
@@ -52,7 +52,7 @@ private:
     void reportState();
 
     const RecordFilter& filter_;
-    RecordPresenter shower_;
+    RecordPresenter presenter_;
     Output& output_;
     std::deque<FollowedInput> inputs_;
     bool isBeginning_ = false; ///< still looking for the last of the existing records

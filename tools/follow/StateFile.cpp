@@ -102,7 +102,7 @@ std::string StateFile::read() const {
     }
     if (!problem.empty()) {
         throw Failure(path_ + ": the state cannot be read: " + problem +
-                      "; mend that, or remove the file to begin anew");
+                      "; fix that, or remove the file to start over");
     }
     return content;
 }
@@ -113,13 +113,13 @@ void StateFile::load() {
         const Json json = Json::parse(content);
         if (json.at("version") != VERSION) {
             throw Failure(path_ +
-                          ": the state is of another version of this program; remove the file to begin anew");
+                          ": the state is of another version of this program; remove the file to start over");
         }
         for (const auto& [input, place] : json.at("inputs").items()) {
             places_[input] = toPlace(place);
         }
     } catch (const Json::exception&) {
-        throw Failure(path_ + ": this is no state of zav-log follow; remove the file to begin anew");
+        throw Failure(path_ + ": this is no state of zav-log follow; remove the file to start over");
     }
 }
 

@@ -18,12 +18,12 @@ constexpr std::size_t COLUMN_WIDTH = 10;
 constexpr std::size_t LARGEST_WIDTH = 80; ///< of the names; a longer one shifts only its own row
 
 std::size_t columnOf(const Fields& fields) {
-    static constexpr int MAX_SEVERE = Log::Level::LEVEL_AUDIT;
-    static constexpr int STEP = MAX_SEVERE - Log::Level::LEVEL_ERROR;
+    static constexpr int HIGHEST_LEVEL = Log::Level::LEVEL_AUDIT;
+    static constexpr int STEP = HIGHEST_LEVEL - Log::Level::LEVEL_ERROR;
     if (!fields.isTypeKnown) {
         return COLUMN_OF_UNKNOWN;
     }
-    return fields.hasLevel ? static_cast<std::size_t>((MAX_SEVERE - fields.level) / STEP) : COLUMN_OF_CFG;
+    return fields.hasLevel ? static_cast<std::size_t>((HIGHEST_LEVEL - fields.level) / STEP) : COLUMN_OF_CFG;
 }
 
 /// \return the name with control characters escaped: one from a line of `json` may have line feeds, which would start a

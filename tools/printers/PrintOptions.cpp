@@ -15,7 +15,7 @@ void PrintOptions::addTo(CLI::App& command) {
     command.add_flag("--source", source_, "Show the path of its file before each record");
     command.add_flag("--unique", unique_, "Of equal records from different inputs, show the first alone");
     contextOption_ =
-        addRecordCount(command, "--context", context_, "Also show so many records before and behind each");
+        addRecordCount(command, "--context", context_, "Also show so many records before and after each");
     zoneOption_ = command.add_option("--zone", zone_,
                                      "The time zone that the files were written in, if it is not "
                                      "that of this process");
@@ -47,13 +47,13 @@ std::unique_ptr<Printer> PrintOptions::printer() const {
     return std::make_unique<LinePrinter>(color_.isOn(), source_);
 }
 
-void PrintOptions::applyTo(RecordPresenter& shower) const {
-    shower.showContext(context_);
+void PrintOptions::applyTo(RecordPresenter& presenter) const {
+    presenter.showContext(context_);
     if (unique_) {
-        shower.leaveOutRepetitions();
+        presenter.leaveOutRepetitions();
     }
     if (tailOption_ != nullptr && tailOption_->count() > 0) {
-        shower.keepLast(tail_);
+        presenter.keepLast(tail_);
     }
 }
 

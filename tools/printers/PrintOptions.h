@@ -25,8 +25,8 @@ public:
 
     std::unique_ptr<Printer> printer() const;
 
-    /// Applies the options to a shower.
-    void applyTo(RecordPresenter& shower) const;
+    /// Applies the options to a presenter.
+    void applyTo(RecordPresenter& presenter) const;
 
 private:
     bool json_ = false;

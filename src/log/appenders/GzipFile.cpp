@@ -100,8 +100,8 @@ private:
 
 GzipWriter* GzipWriter::active = nullptr;
 
-Packing failure(const std::string& path, const std::string& problem) {
-    return {Packing::FAILED, "Unable to pack the file: " + path + ": " + problem};
+PackingResult failure(const std::string& path, const std::string& problem) {
+    return {PackingResult::FAILED, "Unable to pack the file: " + path + ": " + problem};
 }
 
 } // namespace
@@ -116,11 +116,11 @@ void removeAbandonedPart(const std::string& path) {
 
 /// A packed file in place is never deleted here: another process may have deleted the plain file in its
 /// favour.
-std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size) {
+std::optional<PackingResult> replaceByPacked(const std::string& path, std::uint64_t size) {
     const std::string part = path + RolledFiles::PART;
     if (!Platform::isTaken(path)) {
         Platform::removeFile(part); // the plain file was meanwhile deleted for the limits of the series
-        return Packing{Packing::DONE, ""};
+        return PackingResult{PackingResult::DONE, ""};
     }
     if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
         return failure(path, "Unable to rename " + part);
@@ -130,44 +130,46 @@ std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t si
         return std::nullopt;
     }
     const bool isGone = Platform::removeFile(path) || !Platform::isTaken(path);
-    return isGone ? Packing{Packing::DONE, ""} : failure(path, "Unable to delete it");
+    return isGone ? PackingResult{PackingResult::DONE, ""} : failure(path, "Unable to delete it");
 }
 
 namespace {
 
 /// \return nothing if the file has grown, and must be packed again
-std::optional<Packing> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
+std::optional<PackingResult> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
     const std::optional<Platform::FileStatus> status = Platform::statFile(path);
     const auto writer = std::make_unique<GzipWriter>();
     if (!status || !writer->open(path)) {
         return Platform::isTaken(path) ? failure(path, status ? writer->problem() : "Not a regular file")
-                                       : Packing{Packing::DONE, ""};
+                                       : PackingResult{PackingResult::DONE, ""};
     }
     if (!writer->reserve()) {
-        return Packing{Packing::DONE, ""};
+        return PackingResult{PackingResult::DONE, ""};
     }
     const std::string part = path + RolledFiles::PART;
     Platform::removeFile(part);
-    std::optional<Packing> packing;
+    std::optional<PackingResult> packing;
     if (writer->write(part, {status->permissions, false}, isInterrupted)) {
         packing = replaceByPacked(path, writer->size());
     } else if (writer->problem().empty()) {
-        packing = Packing{Packing::INTERRUPTED, ""};
+        packing = PackingResult{PackingResult::INTERRUPTED, ""};
     } else {
         packing = failure(path, writer->problem());
     }
-    if (packing && packing->result != Packing::DONE) {
+    if (packing && packing->result != PackingResult::DONE) {
         Platform::removeFile(part);
     }
     const bool isGone = !Platform::isTaken(path); // deleted for the limits of the series
-    return packing && packing->result == Packing::FAILED && isGone ? Packing{Packing::DONE, ""} : packing;
+    return packing && packing->result == PackingResult::FAILED && isGone
+               ? PackingResult{PackingResult::DONE, ""}
+               : packing;
 }
 
 } // namespace
 
-Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted) {
+PackingResult packFile(const std::string& path, const std::atomic<bool>& isInterrupted) {
     for (;;) {
-        if (const std::optional<Packing> packing = tryToPack(path, isInterrupted)) {
+        if (const std::optional<PackingResult> packing = tryToPack(path, isInterrupted)) {
             return *packing;
         }
     }

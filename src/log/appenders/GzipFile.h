@@ -9,7 +9,7 @@ namespace ZAV {
 namespace Log {
 
 /// Result of packing a file.
-struct Packing {
+struct PackingResult {
     enum Result {
         DONE,
         INTERRUPTED, ///< no part of it is left on disk
@@ -26,7 +26,7 @@ struct Packing {
 /// Called by one thread of the process at a time.
 /// \param path the plain file, which is deleted at the end
 /// \param isInterrupted polled every few milliseconds
-Packing packFile(const std::string& path, const std::atomic<bool>& isInterrupted);
+PackingResult packFile(const std::string& path, const std::atomic<bool>& isInterrupted);
 
 /// Deletes the partial output of an aborted packing, unless one is in progress.
 /// \param path the plain file, which may be gone
@@ -36,7 +36,7 @@ void removeAbandonedPart(const std::string& path);
 /// older version, which is not read while the plain file exists.
 /// \param size size of the plain file when it was packed
 /// \return nothing if it has grown since, and must be packed again
-std::optional<Packing> replaceByPacked(const std::string& path, std::uint64_t size);
+std::optional<PackingResult> replaceByPacked(const std::string& path, std::uint64_t size);
 
 /// For a forked child, which does not have the packing thread: closes that thread's open files.
 void closePackedFilesInChild() noexcept;

@@ -143,9 +143,9 @@ void Packer::work(const Job& job) {
         return;
     }
     try {
-        const Packing packing =
-            job.problem.empty() ? packFile(job.path, isInterrupted_) : Packing{Packing::FAILED, job.problem};
-        if (packing.result == Packing::FAILED) {
+        const PackingResult packing = job.problem.empty() ? packFile(job.path, isInterrupted_)
+                                                          : PackingResult{PackingResult::FAILED, job.problem};
+        if (packing.result == PackingResult::FAILED) {
             deliver(job, packing.problem);
         }
     } catch (const std::exception&) {

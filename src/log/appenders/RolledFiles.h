@@ -24,8 +24,8 @@ struct RolledFile {
 
 /// The rolled files of a live file. They are never renamed, so their names give their order.
 ///
-/// A file being packed has a name that is not a rolled file's, see `PART`. The object belongs to one
-/// appender, whose lock guards it.
+/// A packed file that is not complete yet has a name that is not a rolled file's, see `PART`. The object
+/// belongs to one appender, whose lock guards it.
 class RolledFiles {
 public:
     static constexpr char PACKED[] = ".gz";

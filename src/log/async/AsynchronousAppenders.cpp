@@ -19,7 +19,7 @@ using Platform::ScopedLock;
 
 namespace {
 
-/// Calls a function with the message object. The object is created again for each appender: each appender
+/// Calls a function with the message object. The object is filled again for each appender: each appender
 /// gets the whole batch before the next one does, and keeping all objects would take several times the
 /// memory.
 template <typename Use>

@@ -235,7 +235,7 @@ void AsynchronousDispatcher::runConsumer() {
     threadRecord().isConsumer = false;
     if (generation == Platform::forkGeneration()) {
         dispatcher.change({RUNNING}, ENDING);
-        { const LibraryCall call; } // writes what is still put off: nothing waits for this thread any more
+        { const LibraryCall call; } // writes what is still deferred: nothing waits for this thread any more
         dispatcher.change({ENDING}, ENDED);
         dispatcher.stateWaitPoint_.notifyAll();
     }
@@ -274,7 +274,7 @@ void AsynchronousDispatcher::applyPriority(int& applied) const {
 
 /// If an appender or a listener forks, the batch belongs to the parent, and the child does not finish the
 /// delivery. At the end of the `LibraryCall`, and so of the round, the thread writes the messages that its
-/// appenders and listeners put off.
+/// appenders and listeners deferred.
 void AsynchronousDispatcher::deliverRound(MessageBatch& batch) {
     const unsigned generation = Platform::forkGeneration();
     const LibraryCall call; // a message logged during allocation must not wait for a logger either

@@ -17,7 +17,7 @@ using Platform::ScopedLock;
 namespace {
 
 /// How long the end of the process waits for a consumer that makes no progress.
-constexpr std::chrono::seconds MAX_BLOCK_TIME{2};
+constexpr std::chrono::seconds MAX_STALL_TIME{2};
 
 } // namespace
 
@@ -70,10 +70,10 @@ void AsynchronousDispatcher::awaitEnd() noexcept {
     bool isDone = false;
     do {
         progress = appenders_.progress() + statistics().waiting;
-        isDone = stateWaitPoint_.wait(Deadline(2 * MAX_BLOCK_TIME), [this] { return end_ == DONE; });
+        isDone = stateWaitPoint_.wait(Deadline(2 * MAX_STALL_TIME), [this] { return end_ == DONE; });
     } while (!isDone && progress != appenders_.progress() + statistics().waiting);
     queue_.finishShowing();
-    std::this_thread::sleep_for(MAX_BLOCK_TIME);
+    std::this_thread::sleep_for(MAX_STALL_TIME);
 }
 
 /// Detaches the consumer instead of joining it: it may be stuck, or be this thread, the last of the process.
@@ -99,7 +99,7 @@ bool AsynchronousDispatcher::endConsumer(bool waitsForThread) {
     }
     do {
         progress = appenders_.progress();
-        if (stateWaitPoint_.wait(Deadline(MAX_BLOCK_TIME), hasEnded)) {
+        if (stateWaitPoint_.wait(Deadline(MAX_STALL_TIME), hasEnded)) {
             return true;
         }
     } while (progress != appenders_.progress());

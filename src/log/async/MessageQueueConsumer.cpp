@@ -74,7 +74,7 @@ bool MessageQueue::checkForOtherThreads() {
     return !Platform::isOnlyThread();
 }
 
-/// Messages that the consumer has put off are retried soon, as it does not wait for loggers.
+/// Messages that the consumer has deferred are retried soon, as it does not wait for loggers.
 Deadline MessageQueue::endOfWait() const {
     return threadRecord().deferredMessages > 0 ? Deadline(std::chrono::milliseconds(10))
                                                : Deadline::after(Time(waitingPeriod_, Util::TimeUtils::USEC));

@@ -33,7 +33,7 @@ public:
     static std::size_t storedSize(const MessageFields& message);
 
     /// Reserves room for a message; the `append` that must follow cannot fail.
-    /// \param message must live until then
+    /// \param message must outlive that call
     /// \param nextNumber lower bound of the message's own number
     /// \param file where to keep the message, never destroyed; null for memory
     /// \return empty if the file has no room for it

@@ -70,10 +70,10 @@ const Failing& madeAtLoad = Failing::instance();
 
 } // namespace
 
-void FailureNotice::setEnabled(bool isWanted) noexcept {
+void FailureNotice::setEnabled(bool enable) noexcept {
     Failing& known = Failing::instance();
     const ScopedLock lock(known.lock);
-    wanted = isWanted;
+    wanted = enable;
     known.appenders.clear();
     failing = 0;
 }

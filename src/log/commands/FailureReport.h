@@ -40,12 +40,12 @@ class Appender;
 class FailureNotice {
 public:
     /// Enables or disables the notices, which are disabled by default, and forgets which appenders fail.
-    static void setEnabled(bool isWanted) noexcept;
-    static bool isWanted() noexcept { return wanted.load(std::memory_order_relaxed); }
+    static void setEnabled(bool enable) noexcept;
+    static bool isEnabled() noexcept { return wanted.load(std::memory_order_relaxed); }
 
     /// Notes that an appender could not write a message.
     static void noteFailed(const Appender* appender, const std::string& name, const char* reason) noexcept {
-        if (isWanted()) {
+        if (isEnabled()) {
             tell(appender, name, reason);
         }
     }

@@ -27,7 +27,7 @@ void TemporaryLevels::set(const Logger* logger, Level::LogLevel level, Time now,
             end(earlier, now);
         }
     }
-    pruneExpired(now);
+    limitExpired(now);
     updateBounds();
 }
 
@@ -36,7 +36,7 @@ void TemporaryLevels::end(TemporaryLevel& temporary, Time now) {
     temporary.isEnded = true;
 }
 
-void TemporaryLevels::pruneExpired(Time now) {
+void TemporaryLevels::limitExpired(Time now) {
     const auto isOver = [now](const TemporaryLevel& temporary) {
         return temporary.isEnded || temporary.until < now;
     };

@@ -87,7 +87,7 @@ private:
     Time latest() const { return Time(latest_.load(std::memory_order_relaxed), Util::TimeUtils::USEC); }
     bool covers(Level::LogLevel level, Time time) const;
     void end(TemporaryLevel& temporary, Time now) ZAV_LOG_REQUIRES(lock_);
-    void pruneExpired(Time now) ZAV_LOG_REQUIRES(lock_);
+    void limitExpired(Time now) ZAV_LOG_REQUIRES(lock_);
     void updateBounds() ZAV_LOG_REQUIRES(lock_);
 
     mutable Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};

@@ -55,7 +55,7 @@ Reload::Reload(const Util::Properties& properties)
       appenders_(AppenderRegistry::instance().prepareExchange(properties)),
       settings_(dispatcher().settingsBy(properties)),
       needsNewConsumer_(settings_.priority != dispatcher().settings().priority),
-      concernsConsumer_(concernsConsumer()), takesFilesOver_(reusesFiles()) {}
+      concernsConsumer_(concernsConsumer()), mustDrain_(reusesFiles()) {}
 
 /// \return whether a synchronous appender may write to the file of an asynchronous one, for which messages
 ///         may still be queued
@@ -108,7 +108,7 @@ void Reload::changePlaces() {
 
 void Reload::awaitAppenders() const {
     tree_.awaitMessages();
-    if (takesFilesOver_) {
+    if (mustDrain_) {
         dispatcher().drain(Deadline());
     }
 }
@@ -116,7 +116,7 @@ void Reload::awaitAppenders() const {
 bool Reload::awaitAppenders(std::chrono::milliseconds limit) const {
     const Deadline deadline(std::min(limit, MAX_DRAIN_TIME));
     return tree_.awaitMessages(std::chrono::steady_clock::now() + limit) &&
-           (!takesFilesOver_ || dispatcher().drain(deadline));
+           (!mustDrain_ || dispatcher().drain(deadline));
 }
 
 /// Called with the gate closed. A forked child sees all of it or nothing, except for what `changeConsumer`
@@ -136,7 +136,7 @@ void Reload::changeAtOnce() {
     dispatcher().use(settings_);
     closeFiles(true);
     restoreLevels(true);
-    if (takesFilesOver_) {
+    if (mustDrain_) {
         closeFiles(false);
     }
     tree_.awaitLaterTime();

@@ -47,7 +47,7 @@ private:
     const DispatcherSettings settings_;
     const bool needsNewConsumer_; ///< because its priority changes
     const bool concernsConsumer_; ///< whether queued messages must be told apart from later ones
-    const bool takesFilesOver_;   ///< whether the queue must be empty before the change
+    const bool mustDrain_;        ///< whether the queue must be empty before the change
 };
 
 } // namespace Log

@@ -17,7 +17,7 @@ struct MessageFields;
 
 /// Messages that appenders and listeners logged while another thread held the logger. Each is complete, and
 /// its thread writes it as soon as it has left the library; it is kept here, not with the thread, so that it
-/// can be shown if the process ends first. As a thread that stays in the library may put off any number, at
+/// can be shown if the process ends first. As a thread that stays in the library may defer any number, at
 /// most `MAX_OF_A_THREAD` are kept for each thread. Thread-safe.
 class DeferredMessages : public Platform::NeverDestroyed<DeferredMessages> {
 public:
@@ -62,10 +62,10 @@ public:
     /// \throw std::bad_alloc; the message is then not kept
     void keep(Logger& logger, const MessageFields& message, Write write);
 
-    /// Writes the messages of the calling thread in order, including those put off meanwhile. The thread must
-    /// hold no lock of the library. The consumer, for which the holder of a logger's lock may be waiting,
-    /// leaves the rest if a logger is locked. An exception thrown for a message is dropped: its logging call
-    /// has returned.
+    /// Writes the messages of the calling thread in order, including those deferred meanwhile. The thread
+    /// must hold no lock of the library. The consumer, for which the holder of a logger's lock may be
+    /// waiting, leaves the rest if a logger is locked. An exception thrown for a message is dropped: its
+    /// logging call has returned.
     void writeOwn() noexcept;
 
     /// Shows the messages of all threads on the standard error stream, at the end of the process.
@@ -74,7 +74,7 @@ public:
     /// Discards all messages in a forked child: the parent writes them.
     void forgetInChild() noexcept;
 
-    /// \return the number of messages discarded because a thread had put off too many
+    /// \return the number of messages discarded because a thread had deferred too many
     std::uint64_t discarded() const noexcept { return discarded_.load(std::memory_order_relaxed); }
 
 private:

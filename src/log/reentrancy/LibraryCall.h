@@ -18,7 +18,7 @@ struct ThreadRecord {
     int nestedReports;    ///< reports delivered in answer to others, since the outermost call began
     int deferredMessages; ///< messages of this thread that `DeferredMessages` keeps and has not begun to
                           ///< write
-    bool showsDiscarded;  ///< it is showing a message discarded because it had put off too many
+    bool showsDiscarded;  ///< it is showing a message discarded because it had deferred too many
     int writtenLines;     ///< nesting depth of the lines of discarded messages that the thread is writing
     const Dispatch* dispatch;   ///< the innermost one that is open; null if none is
     std::uint64_t failedWrites; ///< by appenders in this thread, reported or not
@@ -76,7 +76,7 @@ class ReusedMessage;
 /// may log themselves.
 ///
 /// A nested logging call must not wait for another logger: the holder of its lock may be waiting for a lock
-/// that this thread holds. Such a message is put off until the thread leaves its outermost call, when it no
+/// that this thread holds. Such a message is deferred until the thread leaves its outermost call, when it no
 /// longer holds any lock of the library.
 class LibraryCall {
 public:
@@ -85,7 +85,7 @@ public:
     explicit LibraryCall(ThreadRecord& record = threadRecord()) noexcept
         : record_(record), isNested_(record_.calls++ > 0) {}
 
-    /// The outermost call first writes the messages that were put off.
+    /// The outermost call first writes the messages that were deferred.
     ~LibraryCall() {
         if (!isNested_) {
             end();
@@ -99,7 +99,7 @@ public:
     /// \return true if this call comes from an appender, a filter or a listener run by another call
     bool isNested() const noexcept { return isNested_; }
 
-    /// \return true if a message of this call must be put off to preserve order, because earlier ones were
+    /// \return true if a message of this call must be deferred to preserve order, because earlier ones were
     bool hasDeferredMessages() const noexcept { return record_.deferredMessages > 0; }
 
     /// \return true if the calling thread is inside such a call

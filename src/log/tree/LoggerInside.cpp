@@ -74,8 +74,8 @@ void Logger::Inside::log(MessageFields& message) {
 }
 
 /// Takes the lock; a call from inside an appender or a listener does not wait for it.
-/// \return false if the message must be put off: another thread holds the lock, the gate is closed, or
-///         earlier messages of this thread were put off
+/// \return false if the message must be deferred: another thread holds the lock, the gate is closed, or
+///         earlier messages of this thread were deferred
 bool Logger::Inside::lockFor(const LibraryCall& call) {
     if (!call.isNested()) {
         lock();

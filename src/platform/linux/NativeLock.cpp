@@ -126,7 +126,7 @@ private:
     void releaseAll() {
         release();
         for (NativeLock* lock = first_; lock != nullptr; lock = lock->next_) {
-            lock->isBypassed_ = false;
+            lock->mayBeBypassed_ = false;
         }
         NativeLock::isAnyBypassed_ = false;
         pthread_mutex_unlock(&mutex_);
@@ -150,7 +150,7 @@ private:
         for (std::uint64_t wait = SHORTEST_HOLD_UP; busy != nullptr;
              wait = std::min(2 * wait, LONGEST_HOLD_UP)) {
             NativeLock* const held = waitFor(*busy, true) ? busy : nullptr;
-            busy->isBypassed_ = held == nullptr;
+            busy->mayBeBypassed_ = held == nullptr;
             busy = tryAllBut(held);
             if (busy != nullptr) {
                 heldUpUntil_ = now() + wait;
@@ -164,12 +164,12 @@ private:
 
     /// Other locks may be created and destroyed meanwhile, but not this one. It yields to no other fork: two
     /// forks that did would deadlock.
-    /// \param mayPass whether to give up after a timeout if the holder changes nothing
+    /// \param mayBypass whether to give up after a timeout if the holder changes nothing
     /// \return whether the lock is held now
-    bool waitFor(NativeLock& lock, bool mayPass) {
+    bool waitFor(NativeLock& lock, bool mayBypass) {
         ++lock.waiting_;
         pthread_mutex_unlock(&mutex_);
-        const bool isTaken = mayPass ? lock.lockOrBypass() : lock.lockAtOnce();
+        const bool isTaken = mayBypass ? lock.lockOrBypass() : lock.lockAtOnce();
         pthread_mutex_lock(&mutex_);
         --lock.waiting_;
         pthread_cond_broadcast(&forkGoesOn_);
@@ -225,11 +225,11 @@ private:
     }
 
     static bool mayBypass(const NativeLock& lock) {
-        if (!lock.isBypassed_) {
+        if (!lock.mayBeBypassed_) {
             return false;
         }
         NativeLock::isAnyBypassed_ = true; // before the lock is read, see `endBlockingSection`
-        return lock.isUnchangedByOther();
+        return lock.isInBlockingSectionOfOther();
     }
 
     /// \param end the first lock that was not taken; null if all were
@@ -284,7 +284,7 @@ bool NativeLock::lockOrBypass() {
             ++count_;
             return true;
         }
-    } while (!mayBeBypassed_);
+    } while (!isInBlockingSection_);
     return false;
 }
 

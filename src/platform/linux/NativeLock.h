@@ -49,12 +49,12 @@ public:
 
     bool isHeldOnce() const { return count_ == 1; }
 
-    void beginBlockingSection() { mayBeBypassed_ = true; }
+    void beginBlockingSection() { isInBlockingSection_ = true; }
 
-    /// A fork that bypasses this lock sets `isAnyBypassed_` before it reads `mayBeBypassed_`; here the order
-    /// is reversed, so at least one side sees the other's write.
+    /// A fork that bypasses this lock sets `isAnyBypassed_` before it reads `isInBlockingSection_`; here the
+    /// order is reversed, so at least one side sees the other's write.
     void endBlockingSection() {
-        mayBeBypassed_ = false;
+        isInBlockingSection_ = false;
         if (isAnyBypassed_) {
             awaitBypassingFork();
         }
@@ -72,12 +72,12 @@ private:
         pthread_mutex_init(&mutex_, nullptr);
         holder_.store(NOBODY, std::memory_order_relaxed);
         count_ = 0;
-        mayBeBypassed_ = false;
+        isInBlockingSection_ = false;
     }
     void yieldToWaitingForks();
     static void awaitBypassingFork();
 
-    bool isUnchangedByOther() const { return mayBeBypassed_ && !isHeldBy(pthread_self()); }
+    bool isInBlockingSectionOfOther() const { return isInBlockingSection_ && !isHeldBy(pthread_self()); }
 
     bool lockOrBypass();
 
@@ -97,14 +97,15 @@ private:
 
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<pthread_t> holder_{NOBODY};
-    unsigned count_ = 0;                     ///< accessed by the holder only
-    std::atomic<bool> mayBeBypassed_{false}; ///< whether the holder is in an `BlockingIoScope`
+    unsigned count_ = 0;                           ///< accessed by the holder only
+    std::atomic<bool> isInBlockingSection_{false}; ///< whether the holder is in a `BlockingIoScope`
     const ForkRule rule_;
 
     // Under the mutex over the list of all locks
     std::atomic<unsigned> waiting_{
-        0};                   ///< threads that wait for this lock in order to fork, or in `awaitHolder`
-    bool isBypassed_ = false; ///< a fork has waited for it and may bypass it while its holder changes nothing
+        0}; ///< threads that wait for this lock in order to fork, or in `awaitHolder`
+    bool mayBeBypassed_ =
+        false; ///< a fork has waited for it and may bypass it while its holder changes nothing
     NativeLock* previous_ = nullptr;
     NativeLock* next_ = nullptr;
 };

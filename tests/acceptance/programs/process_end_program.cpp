@@ -95,7 +95,7 @@ int exitInAppender() {
 }
 
 /// The listener logs through a logger that another thread holds until the process ends.
-int exitWithMessagePutOff() {
+int exitWithDeferredMessage() {
     std::promise<void> held;
     CallingAppender holding([&held](const LogMessage&) {
         held.set_value();
@@ -115,7 +115,7 @@ int exitWithMessagePutOff() {
 }
 
 /// Meanwhile a thread is writing what its listener had to defer.
-int exitWhilePutOffIsWritten() {
+int exitWhileDeferredIsWritten() {
     std::promise<void> held;
     std::promise<void> released;
     std::promise<void> written;
@@ -161,8 +161,8 @@ int main(int, char** arguments) {
         {"lost-listener", loseListener},
         {"exit-in-listener", exitInListener},
         {"exit-in-appender", exitInAppender},
-        {"exit-with-message-put-off", exitWithMessagePutOff},
-        {"exit-while-put-off-is-written", exitWhilePutOffIsWritten},
+        {"exit-with-deferred-message", exitWithDeferredMessage},
+        {"exit-while-deferred-is-written", exitWhileDeferredIsWritten},
         {"exit-in-consumer-thread", exitInConsumerThread}};
     const std::string waitingPeriod = way == "exit-in-consumer-thread" ? "0" : "3600";
     if (!initForEnd(arguments[2], waitingPeriod)) {
