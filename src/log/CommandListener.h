@@ -14,8 +14,8 @@
 ///
 ///     int main() {
 ///         FailureListener failures; // outlives the session, whose last flush may still call it
-///         const ZAV::Log::LogSession session("app.properties");
 ///         ZAV::Log::LogManager::registerCommandListener("EXCEPTION", &failures);
+///         const ZAV::Log::LogSession session("app.properties");
 ///         // ...
 ///     }
 
