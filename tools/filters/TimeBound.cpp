@@ -145,7 +145,8 @@ bool TimeBound::readTimeOfToday(const std::string& text, std::int64_t now) {
 
 bool TimeBound::readAge(const std::string& text, std::int64_t now) {
     static constexpr std::pair<std::string_view, std::int64_t> UNITS[] = {
-        {"sec", 1}, {"min", 60}, {"m", 60}, {"h", 3600}, {"d", 86400}};
+        {"sec", 1},     {"s", 1},    {"min", 60},    {"m", 60},
+        {"hour", 3600}, {"h", 3600}, {"day", 86400}, {"d", 86400}};
     std::uint32_t count = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
     std::string_view unit(end, static_cast<std::size_t>(text.data() + text.size() - end));
