@@ -2,11 +2,12 @@
 
 # Gets the sources of a Debian package into the current folder, from the mirrors of the machine's binary packages; the
 # machine's own lists of packages and sources are not changed. The current folder must be empty. Further arguments are
-# options of "apt-get source".
+# options of "apt-get source". The mirrors of updates come first and those of security updates last: if both have a version, the
+# latter may lack its files.
 get_debian_source() {
     mkdir -p lists/partial cache/archives/partial
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
-        'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u >sources.list
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' | LC_ALL=C sort -ru >sources.list
     if [ ! -s sources.list ]; then
         echo "The machine's package lists name no Debian mirror. Please run: apt-get update" >&2
         return 1
