@@ -2,8 +2,8 @@
 
 # Gets the sources of a Debian package into the current folder, from the mirrors of the machine's binary packages; the
 # machine's own lists of packages and sources are not changed. The current folder must be empty. Further arguments are
-# options of "apt-get source". The mirrors of updates come first and those of security updates last: if both have a version, the
-# latter may lack its files.
+# options of "apt-get source". The mirror of security updates comes last: if the release has the same version, it may lack
+# the files.
 get_debian_source() {
     mkdir -p lists/partial cache/archives/partial
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
