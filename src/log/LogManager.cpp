@@ -8,7 +8,6 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
-#include "log/layout/UndeliveredMessage.h"
 #include "log/lifecycle/Reload.h"
 #include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"

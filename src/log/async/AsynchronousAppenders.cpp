@@ -2,7 +2,6 @@
 
 #include "log/LogException.h"
 #include "log/commands/FailureReport.h"
-#include "log/layout/UndeliveredMessage.h"
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "zav-util/StandardError.h"

@@ -2,18 +2,36 @@
 
 #include "log/LogLine.h"
 #include "log/commands/CommandBus.h"
-#include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
 #include "platform/NeverDestroyed.h"
 #include "zav-util/StandardError.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <vector>
 
 namespace ZAV {
 namespace Log {
+
+namespace FailureCount {
+
+namespace {
+
+std::atomic<std::uint64_t> failures{0};
+
+} // namespace
+
+void add() noexcept {
+    failures.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::uint64_t get() noexcept {
+    return failures.load(std::memory_order_relaxed);
+}
+
+} // namespace FailureCount
 
 using Platform::ScopedLock;
 

@@ -5,7 +5,6 @@
 #include "log/text/PackedPairs.h"
 #include "zav-util/StandardError.h"
 
-#include <atomic>
 #include <exception>
 
 namespace ZAV {
@@ -38,24 +37,6 @@ void showLine(const std::string& line, const char* reason) noexcept {
 void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
     showLine(shownLine(reason, message), reason);
 }
-
-namespace FailureCount {
-
-namespace {
-
-std::atomic<std::uint64_t> failures{0};
-
-} // namespace
-
-void add() noexcept {
-    failures.fetch_add(1, std::memory_order_relaxed);
-}
-
-std::uint64_t get() noexcept {
-    return failures.load(std::memory_order_relaxed);
-}
-
-} // namespace FailureCount
 
 } // namespace Log
 } // namespace ZAV

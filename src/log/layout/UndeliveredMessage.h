@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 namespace ZAV {
@@ -24,16 +23,6 @@ void showLine(const std::string& line, const char* reason) noexcept;
 /// throws; if there is no memory for the line, only the reason is written.
 /// \param reason the beginning of the line
 void showOnStandardError(const char* reason, const MessageFields& message) noexcept;
-
-/// How many messages an appender has failed to write since the library was loaded, and how often it could not
-/// roll, pack or delete a file, whether or not the failure could be reported.
-namespace FailureCount {
-
-void add() noexcept;
-
-std::uint64_t get() noexcept;
-
-} // namespace FailureCount
 
 } // namespace Log
 } // namespace ZAV

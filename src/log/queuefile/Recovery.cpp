@@ -2,8 +2,8 @@
 
 #include "log/Appender.h"
 #include "log/LogMessage.h"
+#include "log/commands/FailureReport.h"
 #include "log/layout/ProcessDescription.h"
-#include "log/layout/UndeliveredMessage.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"

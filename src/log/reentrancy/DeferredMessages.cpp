@@ -1,5 +1,6 @@
 #include "log/reentrancy/DeferredMessages.h"
 
+#include "log/commands/FailureReport.h"
 #include "log/layout/UndeliveredMessage.h"
 #include "log/message/MessageFields.h"
 #include "platform/Threads.h"
