@@ -100,15 +100,27 @@ private:
 
 } // namespace
 
+/// If blocks are reused faster than they are read, even what the reads agree on may be of two times. That is
+/// not damage, so a file that changes is read again.
 QueueLines::QueueLines(const Platform::InputFile& file) {
-    std::array<std::string, 4> looks;
-    for (std::string& look : looks) {
-        if (!readWhole(file, look, problem)) {
-            return;
+    constexpr int MAX_ATTEMPTS = 20;
+    int attempts = 0;
+    bool isChanging = false;
+    do {
+        std::array<std::string, 4> looks;
+        for (std::string& look : looks) {
+            if (!readWhole(file, look, problem)) {
+                return;
+            }
         }
-    }
-    const Log::StoredQueue queue(ConsistentReads(std::move(looks)).take());
+        isChanging = looks.front() != looks.back();
+        show(Log::StoredQueue(ConsistentReads(std::move(looks)).take()));
+    } while (isChanging && !problem.empty() && ++attempts < MAX_ATTEMPTS);
+}
+
+void QueueLines::show(const Log::StoredQueue& queue) {
     const auto layout = Log::makeLayout(Log::LayoutName::JSON, {}, false);
+    text.clear();
     problem = queue.problem();
     for (const Log::StoredQueue::Message& message : queue.messages()) {
         const std::optional<std::string> line = lineOf(message, *layout);

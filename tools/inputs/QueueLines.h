@@ -29,6 +29,9 @@ struct QueueLines {
 
     std::string text;
     std::string problem; ///< why lines are missing; empty if none are
+
+private:
+    void show(const Log::StoredQueue& queue);
 };
 
 /// \return the line of a message, with its end, showing the process that logged it; nothing if memory is exhausted
