@@ -63,10 +63,16 @@ bool needsQuotes(std::string_view text) {
     return text.empty();
 }
 
-/// \return whether a value needs quotes; values of other kinds are only a few letters and digits
-bool isQuoted(const Pair& pair, std::string_view value) {
-    const TaggedValue::Kind kind = pair.value.kind;
-    return (kind == TaggedValue::Kind::TEXT || kind == TaggedValue::Kind::CHARACTER) && needsQuotes(value);
+/// \return whether a value needs quotes; numbers and booleans are only a few letters and digits
+bool isQuoted(const TaggedValue& value) {
+    switch (value.kind) {
+    case TaggedValue::Kind::TEXT:
+        return needsQuotes({value.text, value.size});
+    case TaggedValue::Kind::CHARACTER:
+        return needsQuotes({&value.character, 1});
+    default:
+        return false;
+    }
 }
 
 /// Collects short pairs and appends them to a string at once: appending each part would take longer than
@@ -76,16 +82,19 @@ public:
     explicit ShortPairs(std::string& text) : text_(text) {}
 
     /// \return false if there is no room; there may be after `flush`
-    bool add(std::string_view key, std::string_view value, bool needsBlank) {
-        if (key.size() + value.size() + 2 > static_cast<std::size_t>(pairs_ + sizeof pairs_ - next_)) {
+    bool add(const Pair& pair, bool needsBlank) {
+        const TaggedValue& value = pair.value;
+        const std::size_t mostBytes = pair.key.size() + 2 + (isText(value) ? value.size : NUMBER_SIZE);
+        if (mostBytes > static_cast<std::size_t>(pairs_ + sizeof pairs_ - next_)) {
             return false;
         }
         if (needsBlank) {
             *next_++ = ' ';
         }
-        next_ += key.copy(next_, key.size());
+        next_ += pair.key.copy(next_, pair.key.size());
         *next_++ = '=';
-        next_ += value.copy(next_, value.size());
+        next_ = isText(value) ? next_ + std::string_view(value.text, value.size).copy(next_, value.size)
+                              : writeNumber(next_, value);
         return true;
     }
 
@@ -147,7 +156,7 @@ void appendPair(std::string& text, const Pair& pair) {
     const ValueText value(pair.value);
     text.append(pair.key);
     text += '=';
-    if (!isQuoted(pair, value.view())) {
+    if (!isQuoted(pair.value)) {
         text.append(value.view());
         return;
     }
@@ -162,8 +171,7 @@ void appendPairs(std::string& text, std::string_view packed, bool isTextEmpty) {
     ShortPairs shortPairs(text);
     bool needsBlank = !isTextEmpty;
     forEachPair(packed, [&](const Pair& pair) {
-        const ValueText value(pair.value);
-        if (isQuoted(pair, value.view()) || !shortPairs.add(pair.key, value.view(), needsBlank)) {
+        if (isQuoted(pair.value) || !shortPairs.add(pair, needsBlank)) {
             shortPairs.flush();
             text.append(needsBlank ? " " : "");
             appendPair(text, pair);

@@ -30,13 +30,19 @@ inline std::size_t packedPairSize(std::string_view key, const TaggedValue& value
 /// \return the end of what was written
 char* packPair(char* place, std::string_view key, const TaggedValue& value) noexcept;
 
+/// Reads a packed pair and advances to the next one. Its key is a text, so its kind is not looked at.
+inline Pair unpackPair(const char*& bytes) noexcept {
+    const unsigned head = static_cast<unsigned char>(*bytes++);
+    const std::string_view key = Packing::readText(bytes, head >> Packing::KIND_BITS);
+    return {key, unpackValue(bytes)};
+}
+
 /// Calls a function for each of the pairs, in their order.
 template <typename Function>
 void forEachPair(std::string_view packed, const Function& function) {
     const char* next = packed.data();
     for (const char* const end = next + packed.size(); next != end;) {
-        const TaggedValue key = unpackValue(next);
-        function(Pair{{key.text, key.size}, unpackValue(next)});
+        function(unpackPair(next));
     }
 }
 
@@ -59,8 +65,7 @@ void forEachLastPair(std::string_view packed, const Function& function) {
     }
     const char* next = packed.data();
     for (const char* const end = next + packed.size(); next != end;) {
-        const TaggedValue key = unpackValue(next);
-        const Pair pair{{key.text, key.size}, unpackValue(next)};
+        const Pair pair = unpackPair(next);
         bool isHidden = false;
         forEachPair({next, static_cast<std::size_t>(end - next)},
                     [&](const Pair& later) { isHidden = isHidden || later.key == pair.key; });

@@ -122,39 +122,32 @@ char* writeShortestFloat(char* text, float number) {
     return writeShortest(text, number);
 }
 
-ValueText::ValueText(const TaggedValue& value) noexcept {
-    const auto takeUpTo = [this](const char* end) {
-        view_ = {number_, static_cast<std::size_t>(end - number_)};
-    };
-    char* const numberEnd = number_ + sizeof number_;
+char* writeNumber(char* text, const TaggedValue& value) noexcept {
+    using Kind = TaggedValue::Kind;
+    char* const end = text + NUMBER_SIZE;
     switch (value.kind) {
-    case TaggedValue::Kind::TEXT:
-    case TaggedValue::Kind::C_STRING:
-    case TaggedValue::Kind::NUMBER:
-        view_ = {value.text, value.size};
-        break;
-    case TaggedValue::Kind::SIGNED:
-        takeUpTo(std::to_chars(number_, numberEnd, value.signedNumber).ptr);
-        break;
-    case TaggedValue::Kind::UNSIGNED:
-        takeUpTo(std::to_chars(number_, numberEnd, value.unsignedNumber).ptr);
-        break;
-    case TaggedValue::Kind::DOUBLE:
-        takeUpTo(writeShortestFloat(number_, value.doubleNumber));
-        break;
-    case TaggedValue::Kind::FLOAT:
-        takeUpTo(writeShortestFloat(number_, value.floatNumber));
-        break;
-    case TaggedValue::Kind::CHARACTER:
-        number_[0] = value.character;
-        view_ = {number_, 1};
-        break;
-    case TaggedValue::Kind::BOOLEAN:
-        view_ = value.boolean ? "true" : "false";
-        break;
-    case TaggedValue::Kind::ADDRESS:
-        break; // pairs contain no addresses
+    case Kind::SIGNED:
+        return std::to_chars(text, end, value.signedNumber).ptr;
+    case Kind::UNSIGNED:
+        return std::to_chars(text, end, value.unsignedNumber).ptr;
+    case Kind::DOUBLE:
+        return writeShortestFloat(text, value.doubleNumber);
+    case Kind::FLOAT:
+        return writeShortestFloat(text, value.floatNumber);
+    case Kind::CHARACTER:
+        *text = value.character;
+        return text + 1;
+    case Kind::BOOLEAN: {
+        const std::string_view word = value.boolean ? "true" : "false";
+        return text + word.copy(text, word.size());
     }
+    case Kind::TEXT:
+    case Kind::C_STRING:
+    case Kind::NUMBER:
+    case Kind::ADDRESS: // pairs contain none
+        break;
+    }
+    return text;
 }
 
 } // namespace Log

@@ -25,18 +25,37 @@ constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
 char* writeShortestFloat(char* text, double number);
 char* writeShortestFloat(char* text, float number);
 
+/// Room for any value that is no text.
+constexpr std::size_t NUMBER_SIZE = 32;
+
+/// Writes a number, a boolean or a character, as pairs show it.
+/// \param text room for `NUMBER_SIZE` characters
+/// \return the end of what was written
+char* writeNumber(char* text, const TaggedValue& value) noexcept;
+
+/// \return whether a value is made of characters elsewhere
+inline bool isText(const TaggedValue& value) noexcept {
+    using Kind = TaggedValue::Kind;
+    return value.kind == Kind::TEXT || value.kind == Kind::C_STRING || value.kind == Kind::NUMBER;
+}
+
 /// The text of a value, unquoted.
 class ValueText {
 public:
     /// \param value its text must outlive this object
-    explicit ValueText(const TaggedValue& value) noexcept;
+    explicit ValueText(const TaggedValue& value) noexcept
+        : view_(isText(value) ? std::string_view(value.text, value.size) : numberText(value)) {}
     ValueText(const ValueText&) = delete;
     ValueText& operator=(const ValueText&) = delete;
 
     std::string_view view() const noexcept { return view_; }
 
 private:
-    char number_[32];
+    std::string_view numberText(const TaggedValue& value) noexcept {
+        return {number_, static_cast<std::size_t>(writeNumber(number_, value) - number_)};
+    }
+
+    char number_[NUMBER_SIZE];
     std::string_view view_;
 };
 
