@@ -3,7 +3,7 @@
 #include "log/async/DiscardedLines.h"
 #include "log/async/DispatcherSettings.h"
 #include "log/async/MessageStore.h"
-#include "log/async/Waiting.h"
+#include "log/async/Threading.h"
 
 #include <atomic>
 #include <cstdint>
