@@ -3,8 +3,8 @@
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/async/DispatcherSettings.h"
-#include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
+#include "log/async/Ring.h"
 
 #include <atomic>
 #include <future>
@@ -298,7 +298,7 @@ TEST(MessageQueue, ShowsAtTheEndOfTheProcessWhatADeliveryHasNotGivenToAllAppende
     queue.append(fields("4"));
     batch.rewind();
     batch.next();
-    batch.setGiven();
+    batch.setGivenTo(1);
     batch.next();
     TestSupport::StreamCapture errors(std::cerr);
     queue.close();

@@ -188,7 +188,7 @@ void AsynchronousAppenders::deliverOneByOne(const Entry& entry, MessageBatch& ba
             mark.set(batch.nextNumber() - 1);
         }
         if (isLast) {
-            batch.setGiven();
+            batch.setGivenTo(batch.nextNumber() - 1);
         }
         countProgress();
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/async/BatchAppender.h"
-#include "log/async/MessageBatch.h"
+#include "log/async/Ring.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/Recovery.h"
 #include "platform/CriticalSection.h"
