@@ -2,9 +2,9 @@
 
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/async/DispatcherSettings.h"
 #include "log/async/MessageQueue.h"
 #include "log/async/Ring.h"
+#include "log/config/DispatcherSettings.h"
 
 #include <atomic>
 #include <future>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "log/appenders/BatchAppender.h"
 #include "log/appenders/SeriesOwner.h"
-#include "log/async/BatchAppender.h"
 #include "log/config/AppenderValues.h"
 #include "platform/OpenFiles.h"
 #include "zav-util/TimeUtils.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/BatchAppender.h"
+#include "log/appenders/BatchAppender.h"
 #include "log/config/AppenderValues.h"
 #include "platform/OpenFiles.h"
 #include "zav-util/FileUtils.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/BatchAppender.h"
+#include "log/appenders/BatchAppender.h"
 #include "log/async/Ring.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/Recovery.h"

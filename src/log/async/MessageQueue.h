@@ -1,9 +1,9 @@
 #pragma once
 
 #include "log/async/DiscardedLines.h"
-#include "log/async/DispatcherSettings.h"
 #include "log/async/MessageStore.h"
 #include "log/async/Threading.h"
+#include "log/config/DispatcherSettings.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/DispatcherSettings.h"
+#include "log/config/DispatcherSettings.h"
 #include "log/queuefile/QueueFile.h"
 
 #include <memory>
