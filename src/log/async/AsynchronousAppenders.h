@@ -3,7 +3,6 @@
 #include "log/appenders/BatchAppender.h"
 #include "log/async/Ring.h"
 #include "log/queuefile/QueueFile.h"
-#include "log/queuefile/Recovery.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "log/queuefile/Recovery.h"
+// Delivering what earlier processes have left in a queue file.
 
 #include "log/Appender.h"
 #include "log/LogMessage.h"
