@@ -41,10 +41,6 @@ void withMessage(const MessageFields& fields, Use use) noexcept {
     }
 }
 
-void give(Appender& appender, const MessageFields& fields) noexcept {
-    withMessage(fields, [&appender](const LogMessage& message) { appender.output(message); });
-}
-
 /// Reports a failed message as `Appender::output` does.
 void report(const Appender& appender, const MessageFields& fields,
             const std::exception_ptr& reason) noexcept {
@@ -257,12 +253,8 @@ void AsynchronousAppenders::giveTo(const Entry& entry, const PackedMessage::Unpa
                                    ThreadRecord& thread) noexcept {
     const ReportAnswer answer = answerOf(message, thread);
     if (Appender* const appender = entry.appenderOf(message.fields)) {
-        give(*appender, message.fields);
+        withMessage(message.fields, [appender](const LogMessage& whole) { appender->output(whole); });
     }
-}
-
-void AsynchronousAppenders::countProgress() noexcept {
-    progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
 /// \return null if the appender was removed or must not get the message
@@ -296,10 +288,6 @@ Recovery AsynchronousAppenders::recover(QueueFile& file) {
         }
     }
     return Log::recover(file, appenders);
-}
-
-void AsynchronousAppenders::endDeliveryInChild() noexcept {
-    isAbandoned_ = true;
 }
 
 } // namespace Log

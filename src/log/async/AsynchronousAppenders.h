@@ -68,7 +68,7 @@ public:
 
     /// In a forked child: aborts a delivery that the forking thread may be in. The parent delivers the
     /// messages.
-    void endDeliveryInChild() noexcept;
+    void endDeliveryInChild() noexcept { isAbandoned_ = true; }
 
     /// Replaces the entries for `exchangeConfigured`, at most once per preparation, since a fork may follow.
     /// Called alone in a forked child, where no delivery runs.
@@ -93,7 +93,9 @@ private:
     void reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept;
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
                        ThreadRecord& thread) noexcept;
-    void countProgress() noexcept;
+    void countProgress() noexcept {
+        progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
     bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // either lock is enough to read
