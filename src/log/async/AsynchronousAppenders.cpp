@@ -2,7 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/commands/FailureReport.h"
-#include "log/message/ReusedMessage.h"
+#include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "zav-util/StandardError.h"
 
