@@ -2,7 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/async/PackedMessage.h"
-#include "log/layout/ProcessDescription.h"
+#include "log/layout/LineLayout.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
 #include "platform/Process.h"

@@ -3,7 +3,7 @@
 #include "log/Appender.h"
 #include "log/LogMessage.h"
 #include "log/commands/FailureReport.h"
-#include "log/layout/ProcessDescription.h"
+#include "log/layout/LineLayout.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"

@@ -1,6 +1,6 @@
 #include "log/reentrancy/LibraryCall.h"
 
-#include "log/layout/UndeliveredMessage.h"
+#include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/reentrancy/DeferredMessages.h"
 #include "platform/Process.h"
