@@ -2,8 +2,7 @@
 
 #include "log/appenders/FileAppender.h"
 #include "log/appenders/RollingFileAppender.h"
-#include "log/appenders/SimpleFileAppender.h"
-#include "log/appenders/StdoutAppender.h"
+#include "log/appenders/SimpleAppenders.h"
 #include "log/filters/MessageFilters.h"
 
 namespace ZAV {
