@@ -10,6 +10,7 @@
 #include <exception>
 #include <iterator>
 #include <new>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -97,13 +98,12 @@ bool AsynchronousAppenders::remove(Appender* appender) {
 }
 
 void AsynchronousAppenders::prepareExchange(const std::vector<Appender*>& configured) {
-    std::list<Entry> prepared;
+    std::optional<std::list<Entry>> prepared(std::in_place);
     for (Appender* const appender : configured) {
-        prepared.emplace_back(appender, nullptr);
+        prepared->emplace_back(appender, nullptr);
     }
     const ScopedLock listLock(listLock_);
     prepared_.swap(prepared);
-    isPrepared_ = true;
 }
 
 void AsynchronousAppenders::exchangeConfigured() {
@@ -116,17 +116,17 @@ void AsynchronousAppenders::exchangeConfigured() {
 
 void AsynchronousAppenders::exchangeEntries() noexcept {
     const ScopedLock listLock(listLock_);
-    if (!isPrepared_) {
+    if (!prepared_) {
         return;
     }
-    isPrepared_ = false;
     hasEntry([](Entry& entry) {
         if (entry.isListed == nullptr) {
             entry.appender = nullptr;
         }
         return false; // all of them
     });
-    added_.splice(added_.end(), prepared_);
+    added_.splice(added_.end(), *prepared_);
+    prepared_.reset();
 }
 
 void AsynchronousAppenders::renewList() {

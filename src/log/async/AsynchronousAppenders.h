@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <vector>
 
 namespace ZAV {
@@ -106,9 +107,8 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Modified under both locks; either one is enough to read it.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_);    ///< since the last delivery began
-    std::list<Entry> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
-    bool isPrepared_ ZAV_LOG_GUARDED_BY(listLock_) = false;
+    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
+    std::optional<std::list<Entry>> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
     std::atomic<std::uint64_t> progress_{0}; ///< written by the delivering thread
     std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not continue
 };

@@ -113,7 +113,6 @@ void MessageQueue::release(MessageBatch& batch, bool isDelivered) {
 // The end of the process
 
 void MessageQueue::close() {
-    isClosed_ = true;
     store_.close();
     setServed(false);
 }

@@ -155,6 +155,7 @@ public:
         const Platform::ScopedLock lock(storeLock_);
         isClosed_ = true;
     }
+    bool isClosed() const noexcept { return isClosed_; }
 
     /// In a forked child: discards everything. Does not allocate.
     void renewInChild() noexcept;
@@ -186,6 +187,7 @@ private:
     Number lastTaken_{0};
     Number lastDone_{0};
     Number lastToTake_{NO_LIMIT}; ///< last message before a hold
+    std::atomic<bool> isClosed_{false};
 
     /// Held briefly: to take messages out or release them, and to add or remove a ring.
     mutable Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
@@ -201,7 +203,6 @@ private:
     std::uint64_t oversizedCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0;
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< taken and not yet released
     bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false;          ///< a discarded message; may allocate
-    bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;
 };
 
 } // namespace Log
