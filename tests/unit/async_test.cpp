@@ -2,9 +2,8 @@
 
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/async/DispatcherSettings.h"
-#include "log/async/MessageBatch.h"
 #include "log/async/MessageQueue.h"
+#include "log/async/Ring.h"
 
 #include <atomic>
 #include <future>
@@ -25,12 +24,10 @@ using Util::Properties;
 
 namespace {
 
-const std::string PREFIX = "zav.log.AsynchronousDispatcher.";
-
 Properties tuning(const std::string& maxQueueSize, const std::string& waitingPeriod) {
     Properties properties;
-    properties[PREFIX + "maxQueueSize"] = maxQueueSize;
-    properties[PREFIX + "waitingPeriod"] = waitingPeriod;
+    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = maxQueueSize;
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = waitingPeriod;
     return properties;
 }
 
@@ -69,31 +66,6 @@ std::vector<std::string> takeTexts(MessageQueue& queue) {
 }
 
 } // namespace
-
-TEST(DispatcherSettings, KeepTheirValuesWithoutAKeyAndForABadOne) {
-    DispatcherSettings settings;
-    const TestSupport::StreamCapture errors(std::cerr);
-    settings.read(tuning("abc", "7"));
-    EXPECT_THAT(errors.text(), EndsWith("maxQueueSize. Exception: Can't convert abc to integer\n"));
-    EXPECT_EQ(settings.maxQueueSize, 1024U);
-    settings.read(Properties());
-    EXPECT_EQ(settings.waitingPeriod, Time(7, SEC));
-    EXPECT_EQ(DispatcherSettings().waitingPeriod, Time(2, SEC));
-    settings.read(tuning("1", "-5"));
-    EXPECT_EQ(settings.waitingPeriod, Time());
-}
-
-TEST(DispatcherSettings, MapThePriorityScaleToThreePriorities) {
-    const std::pair<const char*, int> priorities[] = {
-        {"25", 0}, {"24", -2}, {"-3", -2}, {"26", 2}, {"1000", 2}};
-    for (const auto& priority : priorities) {
-        Properties properties;
-        properties[PREFIX + "priority"] = priority.first;
-        DispatcherSettings settings;
-        settings.read(properties);
-        EXPECT_EQ(settings.priority, priority.second) << priority.first;
-    }
-}
 
 TEST(MessageQueue, PushesTheOldestOutAtItsLimit) {
     MessageQueue& queue = makeQueue("4");
@@ -298,7 +270,7 @@ TEST(MessageQueue, ShowsAtTheEndOfTheProcessWhatADeliveryHasNotGivenToAllAppende
     queue.append(fields("4"));
     batch.rewind();
     batch.next();
-    batch.setGiven();
+    batch.setGivenTo(1);
     batch.next();
     TestSupport::StreamCapture errors(std::cerr);
     queue.close();

@@ -3,8 +3,12 @@
 #include "log/LogException.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
+#include "log/config/DispatcherSettings.h"
 #include "log/config/LoggerKeys.h"
 #include "log/config/ValueReaders.h"
+
+#include <iostream>
+#include <utility>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -86,4 +90,35 @@ TEST(ValueReaders, TellWhatOfANumberCounts) {
     EXPECT_TRUE(cut.isNumber && cut.isWhole && cut.isCut);
     const auto zero = readLeadingSigned("0");
     EXPECT_TRUE(zero.isNumber && zero.isWhole && !zero.isCut);
+}
+
+TEST(DispatcherSettings, KeepTheirValuesWithoutAKeyAndForABadOne) {
+    const auto keys = [](const char* maxQueueSize, const char* waitingPeriod) {
+        Util::Properties properties;
+        properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = maxQueueSize;
+        properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = waitingPeriod;
+        return properties;
+    };
+    DispatcherSettings settings;
+    const TestSupport::StreamCapture errors(std::cerr);
+    settings.read(keys("abc", "7"));
+    EXPECT_THAT(errors.text(), EndsWith("maxQueueSize. Exception: Can't convert abc to integer\n"));
+    EXPECT_EQ(settings.maxQueueSize, 1024U);
+    settings.read(Util::Properties());
+    EXPECT_EQ(settings.waitingPeriod, Time(7, Util::TimeUtils::SEC));
+    EXPECT_EQ(DispatcherSettings().waitingPeriod, Time(2, Util::TimeUtils::SEC));
+    settings.read(keys("1", "-5"));
+    EXPECT_EQ(settings.waitingPeriod, Time());
+}
+
+TEST(DispatcherSettings, MapThePriorityScaleToThreePriorities) {
+    const std::pair<const char*, int> priorities[] = {
+        {"25", 0}, {"24", -2}, {"-3", -2}, {"26", 2}, {"1000", 2}};
+    for (const auto& priority : priorities) {
+        Util::Properties properties;
+        properties["zav.log.AsynchronousDispatcher.priority"] = priority.first;
+        DispatcherSettings settings;
+        settings.read(properties);
+        EXPECT_EQ(settings.priority, priority.second) << priority.first;
+    }
 }

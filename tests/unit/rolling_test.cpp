@@ -6,7 +6,7 @@
 #include "log/LogException.h"
 #include "log/LogLine.h"
 #include "log/appenders/AppenderFactory.h"
-#include "log/appenders/GzipFile.h"
+#include "log/appenders/Packer.h"
 #include "log/appenders/RollingFileAppender.h"
 #include "platform/OpenFiles.h"
 

@@ -2,7 +2,7 @@
 
 #include "TestSupport.h"
 
-#include "log/appenders/StdoutAppender.h"
+#include "log/appenders/SimpleAppenders.h"
 #include "platform/Terminal.h"
 
 #include <algorithm>

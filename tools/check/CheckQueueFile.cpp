@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "log/async/DispatcherSettings.h"
+#include "log/config/DispatcherSettings.h"
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "log/queuefile/QueueFile.h"

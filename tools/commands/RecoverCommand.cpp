@@ -12,7 +12,6 @@
 #include "log/config/ValueReaders.h"
 #include "log/layout/LineLayout.h"
 #include "log/queuefile/QueueFile.h"
-#include "log/queuefile/Recovery.h"
 #include "log/queuefile/StoredQueue.h"
 #include "zav-util/Properties.h"
 

@@ -2,7 +2,6 @@
 
 #include "log/LogMessage.h"
 #include "log/layout/LineLayout.h"
-#include "log/layout/ProcessDescription.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,12 @@
 #include "log/Appender.h"
 #include "log/AppenderOptions.h"
 #include "log/LogException.h"
+#include "log/appenders/FileAppender.h"
+#include "log/appenders/RollingFileAppender.h"
+#include "log/appenders/SimpleAppenders.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
+#include "log/filters/MessageFilters.h"
 
 #include <functional>
 #include <memory>
@@ -68,7 +72,11 @@ public:
     virtual Appender* build() = 0;
 
     /// \throw LogException for a value that is rejected
-    virtual AppenderBuilder& configure(const Util::Properties& properties);
+    AppenderBuilder& configure(const Util::Properties& properties) {
+        values_ = AppenderValues(values_.name, reader_, properties);
+        filters_ = makeFilters(values_);
+        return *this;
+    }
 
 protected:
     /// \param reader the bit of `KeyReaders` of the class
@@ -81,32 +89,19 @@ private:
     const unsigned reader_;
 };
 
-class StdoutAppenderBuilder : public AppenderBuilder {
+/// Builds appenders of one class.
+template <typename Built, unsigned READER>
+class BuilderOf : public AppenderBuilder {
 public:
-    explicit StdoutAppenderBuilder(const std::string& name)
-        : AppenderBuilder(name, READ_BY_STDOUT_APPENDER) {}
-    Appender* build() override;
+    explicit BuilderOf(const std::string& name) : AppenderBuilder(name, READER) {}
+
+    Appender* build() override { return new Built(values_, filters_); }
 };
 
-class FileAppenderBuilder : public AppenderBuilder {
-public:
-    explicit FileAppenderBuilder(const std::string& name) : AppenderBuilder(name, READ_BY_FILE_APPENDER) {}
-    Appender* build() override;
-};
-
-class SimpleFileAppenderBuilder : public AppenderBuilder {
-public:
-    explicit SimpleFileAppenderBuilder(const std::string& name)
-        : AppenderBuilder(name, READ_BY_SIMPLE_FILE_APPENDER) {}
-    Appender* build() override;
-};
-
-class RollingFileAppenderBuilder : public AppenderBuilder {
-public:
-    explicit RollingFileAppenderBuilder(const std::string& name)
-        : AppenderBuilder(name, READ_BY_ROLLING_FILE_APPENDER) {}
-    Appender* build() override;
-};
+using StdoutAppenderBuilder = BuilderOf<StdoutAppender, READ_BY_STDOUT_APPENDER>;
+using FileAppenderBuilder = BuilderOf<FileAppender, READ_BY_FILE_APPENDER>;
+using SimpleFileAppenderBuilder = BuilderOf<SimpleFileAppender, READ_BY_SIMPLE_FILE_APPENDER>;
+using RollingFileAppenderBuilder = BuilderOf<RollingFileAppender, READ_BY_ROLLING_FILE_APPENDER>;
 
 } // namespace Log
 } // namespace ZAV

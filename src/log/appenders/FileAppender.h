@@ -1,13 +1,75 @@
 #pragma once
 
-#include "log/appenders/LiveFileAppender.h"
+#include "log/appenders/BatchAppender.h"
+#include "log/appenders/SeriesOwner.h"
+#include "log/config/AppenderValues.h"
+#include "platform/OpenFiles.h"
+#include "zav-util/TimeUtils.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
+#include <string_view>
 
 namespace ZAV {
 namespace Log {
+
+/// Writes each message as one flushed line to the live file of a series, which stays open until it is
+/// replaced by a new one. When that is, and how, its heirs decide: `FileAppender` and `RollingFileAppender`.
+///
+/// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. The
+/// directory is never created; a relative path is resolved when the appender is created.
+class LiveFileAppender : public BatchAppender {
+public:
+    ~LiveFileAppender() override;
+
+protected:
+    /// \param liveName the name of the live file in the configured directory
+    LiveFileAppender(const AppenderValues& values, const Filters& filters, const std::string& liveName);
+
+    /// \throw LogException if the live file cannot be opened or written; later messages then fail, too, until a
+    ///        recovery
+    void outputLine(const LogMessage& message) final ZAV_LOG_REQUIRES(criticalSection_);
+    void writeLines(std::string_view text, std::size_t& written) final ZAV_LOG_REQUIRES(criticalSection_);
+    void closeFile() override ZAV_LOG_REQUIRES(criticalSection_) { outputFileStream_.close(); }
+    std::string fileName() const override { return liveName_; }
+
+    /// Ensures that the live file is open and has room for the line.
+    /// \throw LogException on failure
+    virtual void prepareFile(const LogMessage& message) ZAV_LOG_REQUIRES(criticalSection_) = 0;
+
+    /// Opens the live file for appending; existing content is kept, whoever wrote it.
+    virtual void continueFile() ZAV_LOG_REQUIRES(criticalSection_);
+
+    /// For a process that may not rotate: switches to the current live file.
+    void followFile() ZAV_LOG_REQUIRES(criticalSection_);
+
+    void openLiveFile(Platform::OutputFile::Mode mode) ZAV_LOG_REQUIRES(criticalSection_);
+    void checkFile() const ZAV_LOG_REQUIRES(criticalSection_);
+    std::string pathOf(const std::string& fileName) const;
+
+    const AppenderValues values_;
+    const std::shared_ptr<const LineLayout> layout_;
+    const std::string folder_; ///< the configured directory, as an absolute path
+    const std::string livePath_;
+    SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    /// Includes lines not yet written. Each line end counts as one byte.
+    std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;
+    /// Time of the last write before the live file was continued, if it was.
+    Util::TimeUtils::Time lastWritten_ ZAV_LOG_GUARDED_BY(criticalSection_);
+    Util::TimeUtils::Time openTime_ ZAV_LOG_GUARDED_BY(criticalSection_);
+
+private:
+    void recover() ZAV_LOG_REQUIRES(criticalSection_);
+    bool isTimeToLook() const ZAV_LOG_REQUIRES(criticalSection_);
+    std::size_t write(std::string_view text) ZAV_LOG_REQUIRES(criticalSection_);
+
+    const std::string liveName_;
+    Util::TimeUtils::Time lastLook_ ZAV_LOG_GUARDED_BY(criticalSection_); ///< of the last check or failure
+};
 
 /// Writes each message as one flushed line to a live file and keeps a limited series of older files.
 ///

@@ -1,7 +1,6 @@
 #include "log/appenders/Packer.h"
 
 #include "log/Appender.h"
-#include "log/appenders/GzipFile.h"
 #include "log/commands/FailureReport.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"

@@ -1,7 +1,6 @@
 #include "log/appenders/RollingFileAppender.h"
 
 #include "log/LogMessage.h"
-#include "log/appenders/GzipFile.h"
 #include "log/appenders/Packer.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/appenders/LiveFileAppender.h"
+#include "log/appenders/FileAppender.h"
 #include "log/appenders/RolledFiles.h"
 #include "log/config/AppenderValues.h"
 #include "zav-util/TimeUtils.h"

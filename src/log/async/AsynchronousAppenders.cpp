@@ -2,7 +2,7 @@
 
 #include "log/LogException.h"
 #include "log/commands/FailureReport.h"
-#include "log/message/ReusedMessage.h"
+#include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "zav-util/StandardError.h"
 
@@ -10,6 +10,7 @@
 #include <exception>
 #include <iterator>
 #include <new>
+#include <utility>
 
 namespace ZAV {
 namespace Log {
@@ -39,10 +40,6 @@ void withMessage(const MessageFields& fields, Use use) noexcept {
     } catch (...) {
         Util::writeErrorLine(UNCAUGHT_IN_CONSUMER, "unknown exception");
     }
-}
-
-void give(Appender& appender, const MessageFields& fields) noexcept {
-    withMessage(fields, [&appender](const LogMessage& message) { appender.output(message); });
 }
 
 /// Reports a failed message as `Appender::output` does.
@@ -101,13 +98,12 @@ bool AsynchronousAppenders::remove(Appender* appender) {
 }
 
 void AsynchronousAppenders::prepareExchange(const std::vector<Appender*>& configured) {
-    std::list<Entry> prepared;
+    std::optional<std::list<Entry>> prepared(std::in_place);
     for (Appender* const appender : configured) {
-        prepared.emplace_back(appender, nullptr);
+        prepared->emplace_back(appender, nullptr);
     }
     const ScopedLock listLock(listLock_);
     prepared_.swap(prepared);
-    isPrepared_ = true;
 }
 
 void AsynchronousAppenders::exchangeConfigured() {
@@ -120,17 +116,17 @@ void AsynchronousAppenders::exchangeConfigured() {
 
 void AsynchronousAppenders::exchangeEntries() noexcept {
     const ScopedLock listLock(listLock_);
-    if (!isPrepared_) {
+    if (!prepared_) {
         return;
     }
-    isPrepared_ = false;
     hasEntry([](Entry& entry) {
         if (entry.isListed == nullptr) {
             entry.appender = nullptr;
         }
         return false; // all of them
     });
-    added_.splice(added_.end(), prepared_);
+    added_.splice(added_.end(), *prepared_);
+    prepared_.reset();
 }
 
 void AsynchronousAppenders::renewList() {
@@ -188,7 +184,7 @@ void AsynchronousAppenders::deliverOneByOne(const Entry& entry, MessageBatch& ba
             mark.set(batch.nextNumber() - 1);
         }
         if (isLast) {
-            batch.setGiven();
+            batch.setGivenTo(batch.nextNumber() - 1);
         }
         countProgress();
     }
@@ -257,12 +253,8 @@ void AsynchronousAppenders::giveTo(const Entry& entry, const PackedMessage::Unpa
                                    ThreadRecord& thread) noexcept {
     const ReportAnswer answer = answerOf(message, thread);
     if (Appender* const appender = entry.appenderOf(message.fields)) {
-        give(*appender, message.fields);
+        withMessage(message.fields, [appender](const LogMessage& whole) { appender->output(whole); });
     }
-}
-
-void AsynchronousAppenders::countProgress() noexcept {
-    progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
 /// \return null if the appender was removed or must not get the message
@@ -296,10 +288,6 @@ Recovery AsynchronousAppenders::recover(QueueFile& file) {
         }
     }
     return Log::recover(file, appenders);
-}
-
-void AsynchronousAppenders::endDeliveryInChild() noexcept {
-    isAbandoned_ = true;
 }
 
 } // namespace Log

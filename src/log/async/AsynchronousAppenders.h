@@ -1,14 +1,14 @@
 #pragma once
 
-#include "log/async/BatchAppender.h"
-#include "log/async/MessageBatch.h"
+#include "log/appenders/BatchAppender.h"
+#include "log/async/Ring.h"
 #include "log/queuefile/QueueFile.h"
-#include "log/queuefile/Recovery.h"
 #include "platform/CriticalSection.h"
 
 #include <atomic>
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <vector>
 
 namespace ZAV {
@@ -69,7 +69,7 @@ public:
 
     /// In a forked child: aborts a delivery that the forking thread may be in. The parent delivers the
     /// messages.
-    void endDeliveryInChild() noexcept;
+    void endDeliveryInChild() noexcept { isAbandoned_ = true; }
 
     /// Replaces the entries for `exchangeConfigured`, at most once per preparation, since a fork may follow.
     /// Called alone in a forked child, where no delivery runs.
@@ -94,7 +94,9 @@ private:
     void reportFailed(const Entry& entry, MessageBatch& batch, bool isLast) noexcept;
     static void giveTo(const Entry& entry, const PackedMessage::Unpacked& message,
                        ThreadRecord& thread) noexcept;
-    void countProgress() noexcept;
+    void countProgress() noexcept {
+        progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
     bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // either lock is enough to read
@@ -105,9 +107,8 @@ private:
     Platform::CriticalSection listLock_{Platform::AWAITED_BY_FORK};
     /// Modified under both locks; either one is enough to read it.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
-    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_);    ///< since the last delivery began
-    std::list<Entry> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
-    bool isPrepared_ ZAV_LOG_GUARDED_BY(listLock_) = false;
+    std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
+    std::optional<std::list<Entry>> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
     std::atomic<std::uint64_t> progress_{0}; ///< written by the delivering thread
     std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not continue
 };

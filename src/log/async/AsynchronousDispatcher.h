@@ -2,7 +2,6 @@
 
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
-#include "log/async/QueueFiles.h"
 #include "platform/CriticalSection.h"
 #include "platform/NeverDestroyed.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/async/Waiting.h"
+#include "log/async/Threading.h"
 #include "platform/CriticalSection.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "log/async/MessageQueue.h"
 
-#include "log/layout/UndeliveredMessage.h"
+#include "log/layout/LineLayout.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
@@ -159,7 +159,7 @@ void MessageQueue::hasAppended(std::uint64_t number) {
     if (store_.size() >= limit) {
         discardOldest();
     }
-    if (isClosed_) {
+    if (store_.isClosed()) {
         showAll();
     }
 }
@@ -181,7 +181,7 @@ void MessageQueue::discardOldest() {
 /// Also true while a reload holds the queue, when one consumer may be replaced by another.
 bool MessageQueue::willBeServed() const noexcept {
     const unsigned service = service_;
-    return (service & SERVED) != 0 || ((service & HELD) != 0 && !isClosed_);
+    return (service & SERVED) != 0 || ((service & HELD) != 0 && !store_.isClosed());
 }
 
 bool MessageQueue::flush(Time timeout) {
@@ -232,7 +232,6 @@ void MessageQueue::renewInChild() noexcept {
     service_ = 0;
     isAwaited_ = false;
     isOnCall_ = false;
-    isClosed_ = false;
 }
 
 } // namespace Log

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "log/async/DiscardedLines.h"
-#include "log/async/DispatcherSettings.h"
 #include "log/async/MessageStore.h"
-#include "log/async/Waiting.h"
+#include "log/async/Threading.h"
+#include "log/config/DispatcherSettings.h"
 
 #include <atomic>
 #include <cstdint>
@@ -152,7 +152,6 @@ private:
     std::atomic<bool> isAwaited_{false}; ///< a thread waits for the consumer to take what is queued
     std::atomic<bool> isWoken_{false};   ///< the consumer must end its wait
     std::atomic<bool> isOnCall_{false};  ///< the consumer sleeps until there is a message
-    std::atomic<bool> isClosed_{false};
     Deadline nextLivenessCheck_{std::chrono::seconds(0)}; ///< for other threads; used by the consumer
 
     DiscardedLines lines_;

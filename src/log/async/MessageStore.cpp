@@ -1,9 +1,8 @@
 #include "log/async/MessageStore.h"
 
 #include "log/async/DiscardedLines.h"
-#include "log/layout/UndeliveredMessage.h"
+#include "log/layout/LineLayout.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>
@@ -28,9 +27,8 @@ std::uint64_t MessageStore::append(const MessageFields& message, std::uint64_t l
 /// Nothing may fail once the message has its number, since readers wait for it before all later ones.
 std::uint64_t MessageStore::append(Ring& ring, const MessageFields& message, std::uint64_t limit,
                                    QueueFile* file) {
-    const int answeredReports = threadRecord().answeredReports;
-    const std::optional<PackedMessage> packed =
-        ring.reserve(message, answeredReports, lastNumber_.load(std::memory_order_relaxed), file);
+    const std::optional<PackedMessage> packed = ring.reserve(
+        message, threadRecord().answeredReports, lastNumber_.load(std::memory_order_relaxed), file);
     if (!packed) {
         return FILE_FULL;
     }
@@ -71,10 +69,9 @@ bool MessageStore::addRing(ThreadRecord& thread) {
         return false;
     }
     auto ring = std::make_unique<Ring>(pool_);
-    Ring* const added = ring.get();
     const ScopedLock lock(storeLock_);
     rings_.push_back(std::move(ring));
-    thread.ring = added;
+    thread.ring = rings_.back().get();
     return true;
 }
 
@@ -96,11 +93,6 @@ void MessageStore::removeEndedRings() noexcept {
         return ring->hasEnded() && ring->lastKept() == nullptr && !ring->findFront(lowest);
     };
     rings_.erase(std::remove_if(rings_.begin(), rings_.end(), isOver), rings_.end());
-}
-
-bool MessageStore::fits(const MessageFields& message) const {
-    const QueueFile* const file = this->file();
-    return file == nullptr || file->fits(Ring::storedSize(message));
 }
 
 /// Once the shared ring is empty its last block is returned, so that it can hold messages again; other rings
@@ -132,6 +124,138 @@ LogStatistics MessageStore::statistics() const noexcept {
     return statistics;
 }
 
+// Called by readers
+
+MessageStore::Taken MessageStore::discardOldest(std::uint64_t least, DiscardedLines& lines,
+                                                const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (size() == 0 || size() < least || isRendering_) {
+        return NOTHING;
+    }
+    Ring* const ring = ringWithOldest();
+    if (ring == nullptr) {
+        return NOT_PUBLISHED;
+    }
+    isRendering_ = true; // allocating may run application code that logs
+    lines.add(shownLine(reason, ring->front().next().fields), reason);
+    isRendering_ = false;
+    countDiscarded();
+    return TAKEN;
+}
+
+void MessageStore::countDiscarded() noexcept {
+    ++lastTaken_;
+    ++discardedCount_;
+    if (delivered_ == nullptr) {
+        markDone();
+        lastDone_.store(lastTaken_);
+    } else {
+        for (FileMarks& marks : marks_) {
+            marks.taken.set(lastTaken_);
+        }
+    }
+}
+
+/// To be called when everything taken out was delivered or discarded.
+void MessageStore::markDone() noexcept {
+    for (FileMarks& marks : marks_) {
+        marks.done.set(lastTaken_);
+    }
+}
+
+bool MessageStore::discard(const MessageFields& message, DiscardedLines& lines, const char* reason,
+                           bool isLastResort) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    if (isLastResort && isRendering_) {
+        lines.add(std::move(line), reason);
+        return true;
+    }
+    std::uint64_t last = lastTaken_;
+    if ((isClosed_ && !isLastResort) || !lastNumber_.compare_exchange_strong(last, last + 1)) {
+        return false;
+    }
+    lines.add(std::move(line), reason);
+    countDiscarded();
+    return true;
+}
+
+void MessageStore::discardOversized(const MessageFields& message, DiscardedLines& lines, const char* reason) {
+    std::string line = shownLine(reason, message);
+    const ScopedLock lock(storeLock_);
+    lines.add(std::move(line), reason);
+    ++oversizedCount_;
+}
+
+/// \return null if the oldest message is not published yet
+Ring* MessageStore::ringWithOldest() noexcept {
+    const std::uint64_t number = lastTaken_ + 1;
+    const auto ring = std::find_if(rings_.begin(), rings_.end(), [number](const std::unique_ptr<Ring>& any) {
+        return any->findFront(number) && any->front().nextNumber() == number;
+    });
+    return ring == rings_.end() ? nullptr : ring->get();
+}
+
+/// The number of the last message is read before the rings: each ring holds the messages numbered by then, or
+/// is about to. Discarding is not limited by a hold.
+void MessageStore::take(MessageBatch& batch) {
+    const ScopedLock lock(storeLock_);
+    batch.streams_.reserve(rings_.size());
+    const std::uint64_t taken = lastTaken_;
+    const std::uint64_t last = std::min<std::uint64_t>(lastNumber_, lastToTake_);
+    batch.begin(taken + 1, isClosed_ ? taken : std::max(last, taken));
+    if (batch.size() == 0 || delivered_ != nullptr) {
+        batch.begin(1, 0); // another thread is still delivering one
+        return;
+    }
+    for (const std::unique_ptr<Ring>& ring : rings_) {
+        ring->findFront(batch.first_);
+        ring->keep();
+        batch.streams_.push_back({ring.get(), ring->lastKept(), ring->front(), ring->front(), 0});
+    }
+    lastTaken_ = batch.last_;
+    delivered_ = &batch;
+    for (FileMarks& marks : marks_) {
+        marks.batchEnd.set(lastTaken_); // first, or the batch would appear discarded
+        marks.taken.set(lastTaken_);
+    }
+}
+
+void MessageStore::release(MessageBatch& batch, bool isDelivered) {
+    if (batch.size() == 0) {
+        return;
+    }
+    const ScopedLock lock(storeLock_);
+    (isDelivered ? deliveredCount_ : discardedCount_) += batch.size();
+    delivered_ = nullptr;
+    // The marks are set before the memory is released: without them, what remains of the batch would be
+    // delivered again. `lastDone_` is set after it, since threads that wait for memory check it.
+    markDone();
+    for (const MessageBatch::Stream& stream : batch.streams_) {
+        stream.ring->release(stream.cursor);
+    }
+    lastDone_.store(lastTaken_);
+    batch.begin(1, 0);
+    removeEndedRings();
+}
+
+/// Batches are released under the lock, so this one stays valid meanwhile.
+void MessageStore::showRestOfDelivery(DiscardedLines& lines, const char* reason) noexcept {
+    const ScopedLock lock(storeLock_);
+    if (delivered_ == nullptr) {
+        return;
+    }
+    try {
+        MessageBatch rest;
+        delivered_->copyRestTo(rest);
+        while (rest.hasNext()) {
+            lines.add(shownLine(reason, rest.next().fields), reason);
+        }
+    } catch (const std::bad_alloc&) {
+        lines.add(std::string(), reason);
+    }
+}
+
 // The queue's file
 
 /// Messages may still wait in a file used before. New marks are set at once to the queue's progress.
@@ -152,11 +276,6 @@ void MessageStore::keepIn(QueueFile* file) {
         marks.done.set(lastDone_);
     }
     file_.store(file, std::memory_order_release);
-}
-
-void MessageStore::close() noexcept {
-    const ScopedLock lock(storeLock_);
-    isClosed_ = true;
 }
 
 // In a forked child

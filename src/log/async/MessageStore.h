@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/LogStatistics.h"
-#include "log/async/MessageBatch.h"
+#include "log/async/Ring.h"
 #include "log/queuefile/QueueFile.h"
 #include "platform/CriticalSection.h"
 #include "platform/Threads.h"
@@ -21,10 +21,9 @@ struct ThreadRecord;
 /// The queued messages of all threads, and their order.
 ///
 /// Each thread appends to its own ring; one counter assigns every message of the process its number, which is
-/// its position in the order, counted from 1. Appending takes no lock, except for a
-/// thread's first message, for a new block in a file, and in the ring that threads share at their end.
-/// The process has one store, which is never destroyed, since threads may still log while the process ends.
-/// Thread-safe.
+/// its position in the order, counted from 1. Appending takes no lock, except for a thread's first message,
+/// for a new block in a file, and in the ring that threads share at their end. The process has one store,
+/// which is never destroyed, since threads may still log while the process ends. Thread-safe.
 class MessageStore {
 public:
     MessageStore();
@@ -47,7 +46,10 @@ public:
     std::uint64_t append(const MessageFields& message, std::uint64_t limit = NO_LIMIT);
 
     /// \return whether the queue's file, if there is one, could hold the message when empty
-    bool fits(const MessageFields& message) const;
+    bool fits(const MessageFields& message) const {
+        const QueueFile* const file = this->file();
+        return file == nullptr || file->fits(Ring::storedSize(message));
+    }
 
     // Progress. Sequentially consistent, for callers that read other atomics as well.
 
@@ -94,8 +96,14 @@ public:
     void discardOversized(const MessageFields& message, DiscardedLines& lines, const char* reason);
 
     /// From now on, `take` leaves newly appended messages in the queue.
-    void hold() noexcept;
-    void endHold() noexcept;
+    void hold() noexcept {
+        const Platform::ScopedLock lock(storeLock_);
+        lastToTake_.store(lastNumber_);
+    }
+    void endHold() noexcept {
+        const Platform::ScopedLock lock(storeLock_);
+        lastToTake_.store(NO_LIMIT);
+    }
 
     /// \return whether a hold is active
     bool hasHold() const noexcept { return lastToTake_ != NO_LIMIT; }
@@ -143,7 +151,11 @@ public:
     }
 
     /// From now on, `take` returns empty batches.
-    void close() noexcept;
+    void close() noexcept {
+        const Platform::ScopedLock lock(storeLock_);
+        isClosed_ = true;
+    }
+    bool isClosed() const noexcept { return isClosed_; }
 
     /// In a forked child: discards everything. Does not allocate.
     void renewInChild() noexcept;
@@ -175,8 +187,7 @@ private:
     Number lastTaken_{0};
     Number lastDone_{0};
     Number lastToTake_{NO_LIMIT}; ///< last message before a hold
-    Number deliveredCount_{0};
-    Number discardedCount_{0};
+    std::atomic<bool> isClosed_{false};
 
     /// Held briefly: to take messages out or release them, and to add or remove a ring.
     mutable Platform::CriticalSection storeLock_{Platform::AWAITED_BY_FORK};
@@ -186,11 +197,12 @@ private:
     /// One of `rings_`, for threads that get no ring of their own, or no block of the file for it.
     Ring* sharedRing_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr;
     std::vector<FileMarks> marks_ ZAV_LOG_GUARDED_BY(storeLock_); ///< of every file used so far
-    std::uint64_t
-        oversizedCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0; ///< messages that did not fit into the file
+    // Messages that were delivered, that were discarded, and that did not fit into the file:
+    std::uint64_t deliveredCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0;
+    std::uint64_t discardedCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0;
+    std::uint64_t oversizedCount_ ZAV_LOG_GUARDED_BY(storeLock_) = 0;
     MessageBatch* delivered_ ZAV_LOG_GUARDED_BY(storeLock_) = nullptr; ///< taken and not yet released
     bool isRendering_ ZAV_LOG_GUARDED_BY(storeLock_) = false;          ///< a discarded message; may allocate
-    bool isClosed_ ZAV_LOG_GUARDED_BY(storeLock_) = false;
 };
 
 } // namespace Log

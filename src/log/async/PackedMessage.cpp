@@ -33,10 +33,6 @@ struct PackedLogger {
     const Logger* logger;
 };
 
-struct PackedPlace {
-    const KnownPlace* place;
-};
-
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
 /// The file is written again after a message with a place, since readers then hold that place's file.
@@ -80,19 +76,14 @@ std::size_t sizeWithText(std::string_view text) {
     return sizeof(std::size_t) + text.size();
 }
 
-template <typename Value>
-Value readNext(const char*& bytes) {
-    Value value;
-    std::memcpy(&value, bytes, sizeof value);
-    bytes += sizeof value;
-    return value;
-}
-
 /// Reads messages packed by this process.
 struct TrustedBytes {
     template <typename Value>
     Value read() {
-        return readNext<Value>(next);
+        Value value;
+        std::memcpy(&value, next, sizeof value);
+        next += sizeof value;
+        return value;
     }
 
     std::string_view text(std::size_t length) {
@@ -114,11 +105,9 @@ struct TrustedBytes {
 struct UntrustedBytes {
     template <typename Value>
     Value read() {
-        const std::string_view bytes = text(sizeof(Value));
-        char copy[sizeof(Value)] = {};
-        bytes.copy(copy, sizeof copy);
-        const char* next = copy;
-        return readNext<Value>(next);
+        Value value{};
+        text(sizeof value).copy(reinterpret_cast<char*>(&value), sizeof value);
+        return value;
     }
 
     std::string_view text(std::size_t length) {
@@ -174,7 +163,7 @@ PackedMessage::Header PackedMessage::header(std::uint64_t numberBefore, std::uin
 
 /// Counts the common parts without checking whether this message has them.
 std::size_t PackedMessage::measure() const noexcept {
-    return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(PackedPlace) +
+    return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(const KnownPlace*) +
            (has(RARE_PARTS) ? measureRareParts() : 0) + message_.text.size();
 }
 
@@ -204,7 +193,7 @@ char* PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& be
         before.logger = message_.logger;
     }
     if (has(OWN_PLACE)) {
-        next = write(next, PackedPlace{message_.place});
+        next = write(next, message_.place);
         before.place = message_.place;
         before.file = message_.file; // the place's file
     }
@@ -231,8 +220,9 @@ char* PackedMessage::writeRareParts(char* next, SharedFields& before) const noex
 }
 
 std::uint64_t PackedMessage::readNumber(const char* bytes, const SharedFields& before) noexcept {
-    const auto header = readNext<Header>(bytes);
-    return (header.parts & OWN_NUMBER) != 0 ? readNext<std::uint64_t>(bytes)
+    TrustedBytes trusted{bytes};
+    const auto header = trusted.read<Header>();
+    return (header.parts & OWN_NUMBER) != 0 ? trusted.read<std::uint64_t>()
                                             : before.number + header.numberStep;
 }
 
@@ -261,7 +251,7 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
         shared.logger = logger.logger;
     }
     if ((header.parts & OWN_PLACE) != 0) {
-        shared.place = bytes.template read<PackedPlace>().place;
+        shared.place = bytes.template read<const KnownPlace*>();
         shared.file = Bytes::fileOf(shared.place);
     }
     const std::string_view values =
@@ -280,19 +270,15 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
 
 // Reading untrusted bytes
 
-StoredMessage::StoredMessage(std::string_view packed) noexcept : unpacked_(unpack(packed, isWhole_)) {
-    const MessageFields& fields = unpacked_.fields;
-    isWhole_ = isWhole_ && isLevel(fields.level) && (fields.type == LOG || fields.type == CFG) &&
-               fields.form <= TextForm::FORMATTED &&
-               (fields.form == TextForm::READY || arePackedValues(fields.text)) &&
-               arePackedPairs(fields.values) && arePackedPairs(fields.context);
-}
-
-PackedMessage::Unpacked StoredMessage::unpack(std::string_view packed, bool& isWhole) noexcept {
+std::optional<StoredMessage> StoredMessage::read(std::string_view packed) noexcept {
     UntrustedBytes bytes{packed};
     const PackedMessage::Unpacked message = PackedMessage::readParts(bytes, SharedFields());
-    isWhole = bytes.isWhole && bytes.rest.empty();
-    return message;
+    const MessageFields& fields = message.fields;
+    const bool isWhole = bytes.isWhole && bytes.rest.empty() && isLevel(fields.level) &&
+                         (fields.type == LOG || fields.type == CFG) && fields.form <= TextForm::FORMATTED &&
+                         (fields.form == TextForm::READY || arePackedValues(fields.text)) &&
+                         arePackedPairs(fields.values) && arePackedPairs(fields.context);
+    return isWhole ? std::optional<StoredMessage>(StoredMessage(message)) : std::nullopt;
 }
 
 MessageFields StoredMessage::fields(std::string_view loggerName, const KnownPlace* place) const noexcept {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace ZAV {
@@ -96,11 +97,9 @@ private:
 /// it are never dereferenced.
 class StoredMessage {
 public:
-    /// \param packed must outlive this object
-    explicit StoredMessage(std::string_view packed) noexcept;
-
-    /// \return false if the bytes are not a valid message; nothing else may be called then
-    bool isWhole() const noexcept { return isWhole_; }
+    /// \param packed must outlive the result
+    /// \return empty if the bytes are not a valid message
+    static std::optional<StoredMessage> read(std::string_view packed) noexcept;
 
     std::uint64_t number() const noexcept { return unpacked_.number; }
 
@@ -118,9 +117,8 @@ public:
     MessageFields fields(std::string_view loggerName, const KnownPlace* place) const noexcept;
 
 private:
-    static PackedMessage::Unpacked unpack(std::string_view packed, bool& isWhole) noexcept;
+    explicit StoredMessage(const PackedMessage::Unpacked& unpacked) noexcept : unpacked_(unpacked) {}
 
-    bool isWhole_ = false;
     PackedMessage::Unpacked unpacked_;
 };
 

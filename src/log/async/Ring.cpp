@@ -3,12 +3,91 @@
 #include "log/queuefile/QueueFileChecks.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <type_traits>
 
 namespace ZAV {
 namespace Log {
+
+// The memory of the blocks
+
+BlockPool::~BlockPool() {
+    for (const auto& place : kept_) {
+        ::operator delete(place.load(std::memory_order_acquire));
+    }
+}
+
+namespace {
+
+/// \throw std::bad_alloc
+MessageBlock* makeBlock(std::size_t capacity) {
+    auto* const block = new (::operator new(sizeof(MessageBlock) + capacity)) MessageBlock;
+    block->bytes = reinterpret_cast<char*>(block + 1);
+    block->capacity = capacity;
+    return block;
+}
+
+} // namespace
+
+void BlockPool::fill() noexcept {
+    try {
+        for (std::size_t count = 0; count < std::size(kept_); ++count) {
+            MessageBlock* const block = makeBlock(USUAL_CAPACITY);
+            std::memset(block->bytes, 0, block->capacity);
+            giveBack(block);
+        }
+    } catch (const std::bad_alloc&) {
+        return; // blocks are allocated on demand
+    }
+}
+
+MessageBlock* BlockPool::take(std::size_t capacity) {
+    for (auto& place : kept_) {
+        MessageBlock* const kept =
+            capacity == USUAL_CAPACITY ? place.exchange(nullptr, std::memory_order_acquire) : nullptr;
+        if (kept != nullptr) {
+            kept->next.store(nullptr, std::memory_order_relaxed);
+            kept->published.store(0, std::memory_order_relaxed);
+            return kept;
+        }
+    }
+    return makeBlock(capacity);
+}
+
+MessageBlock* BlockPool::takeStored(QueueFile& file, std::size_t wanted, std::size_t least,
+                                    QueueFile::Room room) {
+    MessageBlock* const block = makeBlock(0);
+    const QueueFile::Memory memory = file.take(wanted, least, room);
+    if (memory.bytes == nullptr) {
+        ::operator delete(block);
+        return nullptr;
+    }
+    block->bytes = memory.bytes;
+    block->capacity = memory.size;
+    block->word = memory.word;
+    block->file = &file;
+    return block;
+}
+
+void BlockPool::giveBack(MessageBlock* block) noexcept {
+    if (block->file != nullptr) {
+        block->file->giveBack({block->bytes, block->capacity, block->word});
+    }
+    for (auto& place : kept_) {
+        MessageBlock* empty = nullptr;
+        if (block->capacity == USUAL_CAPACITY && block->file == nullptr &&
+            place.compare_exchange_strong(empty, block, std::memory_order_release,
+                                          std::memory_order_relaxed)) {
+            return;
+        }
+    }
+    ::operator delete(block);
+}
+
+// The messages of a thread
 
 namespace {
 
@@ -181,117 +260,6 @@ void Ring::append(const PackedMessage& message, std::uint64_t number) noexcept {
                                     {payload, size}, block.capacity - used_ < sizeof(QueueFileFormat::Frame));
     }
     block.published.store(used_, std::memory_order_release);
-}
-
-// Called by readers
-
-/// The last message of a block is published before the next block is linked, so `published` must be read
-/// again once a link was seen.
-bool Ring::Cursor::findNext(const MessageBlock* last) noexcept {
-    while (!isAtMessage()) {
-        MessageBlock* const next = block_ == last ? nullptr : block_->next.load(std::memory_order_acquire);
-        if (next == nullptr) {
-            return false;
-        }
-        if (!isAtMessage()) {
-            *this = Cursor(next, passed_);
-        }
-    }
-    return true;
-}
-
-/// Skips notes, each of which is followed by a message.
-bool Ring::Cursor::isAtMessage() noexcept {
-    const std::size_t published = block_->published.load(std::memory_order_acquire);
-    while (block_->file != nullptr && offset_ != published) {
-        const std::uint64_t word =
-            reinterpret_cast<const QueueFileFormat::Frame*>(block_->bytes + offset_)->word;
-        if (!QueueFileFormat::isNote(word)) {
-            break;
-        }
-        offset_ += QueueFileFormat::recordSize(QueueFileFormat::sizeIn(word));
-    }
-    return offset_ != published;
-}
-
-std::size_t Ring::Cursor::frameSize() const noexcept {
-    return block_->file == nullptr ? 0 : sizeof(QueueFileFormat::Frame);
-}
-
-std::uint64_t Ring::Cursor::nextNumber() const noexcept {
-    return PackedMessage::readNumber(block_->bytes + offset_ + frameSize(), before_);
-}
-
-PackedMessage::Unpacked Ring::Cursor::next() noexcept {
-    const PackedMessage::Unpacked message =
-        PackedMessage::read(block_->bytes + offset_ + frameSize(), before_);
-    if (block_->file == nullptr) {
-        before_ = message.sharedFields();
-        offset_ += message.size;
-    } else {
-        offset_ += QueueFileFormat::recordSize(message.size);
-    }
-    passed_ = message.number;
-    return message;
-}
-
-bool Ring::findFront(std::uint64_t lowest) noexcept {
-    do {
-        while (front_.findNext(front_.block())) {
-            if (front_.nextNumber() >= lowest) {
-                return true;
-            }
-            front_.next();
-        }
-    } while (passBlock());
-    return false;
-}
-
-/// Moves the front from the end of its block to the next one, if there is one, and frees the block just left,
-/// unless it is kept.
-/// \return whether there may be another message
-bool Ring::passBlock() noexcept {
-    MessageBlock* const passed = front_.block();
-    MessageBlock* const next = passed->next.load(std::memory_order_acquire);
-    if (next == nullptr || front_.findNext(passed)) {
-        return next != nullptr;
-    }
-    front_ = Cursor(next, front_.passed());
-    if (lastKept_ == nullptr) {
-        freeToFront();
-    } else if (isFrontBeyondKept_) {
-        lastKept_->next.store(next, std::memory_order_relaxed);
-        pool_.giveBack(passed);
-    } else {
-        isFrontBeyondKept_ = passed == lastKept_;
-    }
-    return true;
-}
-
-void Ring::freeToFront() noexcept {
-    while (oldest_ != front_.block()) {
-        MessageBlock* const passed = oldest_;
-        oldest_ = passed->next.load(std::memory_order_relaxed);
-        pool_.giveBack(passed);
-    }
-}
-
-void Ring::releaseLastBlock() {
-    link(pool_.take(0));
-    passBlock();
-}
-
-void Ring::keep() noexcept {
-    lastKept_ = lastBlock_.load(std::memory_order_acquire);
-    isFrontBeyondKept_ = false;
-}
-
-void Ring::release(const Cursor& read) noexcept {
-    lastKept_ = nullptr;
-    if (front_.passed() < read.passed()) {
-        front_ = read;
-    }
-    freeToFront();
 }
 
 } // namespace Log

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "log/async/BlockPool.h"
 #include "log/async/PackedMessage.h"
 #include "log/queuefile/QueueFile.h"
 
@@ -9,9 +8,53 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
+
+/// Memory for packed messages, directly after this header or in a file. The header itself is private to the
+/// process, so that a forked child finds the chain as it was at the fork.
+struct MessageBlock {
+    char* bytes = nullptr;
+    std::atomic<MessageBlock*> next{
+        nullptr}; ///< set once, by the appending thread when it has filled this block
+    std::atomic<std::size_t> published{0}; ///< bytes that readers may read
+    std::size_t capacity = 0;              ///< in bytes
+    QueueFile* file = nullptr; ///< the file that holds it, with each message a record; null if in memory
+    std::uint64_t word = 0;    ///< first word of the block in the file
+};
+
+/// Allocates blocks, and caches a few that were returned: first touching new memory costs as much as packing
+/// the messages into it. Thread-safe; takes no lock, except that of the file for blocks in a file.
+class BlockPool {
+public:
+    static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;
+
+    BlockPool() = default;
+    ~BlockPool();
+    BlockPool(const BlockPool&) = delete;
+    BlockPool& operator=(const BlockPool&) = delete;
+
+    /// Fills the cache and touches the memory of its blocks, so that logging calls need not.
+    void fill() noexcept;
+
+    /// \return a block in memory
+    /// \throw std::bad_alloc
+    MessageBlock* take(std::size_t capacity);
+
+    /// \return a block in a file; null if the file is full
+    /// \param wanted the preferred capacity
+    /// \param least the minimum capacity
+    /// \throw std::bad_alloc
+    static MessageBlock* takeStored(QueueFile& file, std::size_t wanted, std::size_t least,
+                                    QueueFile::Room room);
+
+    void giveBack(MessageBlock* block) noexcept;
+
+private:
+    std::atomic<MessageBlock*> kept_[16] = {}; ///< all of the usual capacity
+};
 
 /// The queued messages of one thread, packed into a chain of blocks.
 ///
@@ -139,6 +182,52 @@ private:
     MessageBlock* lastKept_ = nullptr;
     bool isFrontBeyondKept_ = false;
     bool hasEnded_ = false;
+};
+
+/// A contiguous run of messages taken out of the queue, kept by the rings of their threads and read in the
+/// order of their numbers. Has no lock: one thread reads it.
+class MessageBatch {
+public:
+    std::uint64_t size() const noexcept { return last_ - first_ + 1; }
+
+    /// Marks the messages up to a number as delivered to all appenders.
+    void setGivenTo(std::uint64_t number) noexcept {
+        given_.store(number + 1 - first_, std::memory_order_relaxed);
+    }
+
+    /// Restarts reading from the first message.
+    void rewind() noexcept;
+
+    bool hasNext() const noexcept { return number_ <= last_; }
+
+    /// \return the number of the next message
+    std::uint64_t nextNumber() const noexcept { return number_; }
+
+    /// \return the next message; its texts are views into the batch
+    PackedMessage::Unpacked next() noexcept;
+
+private:
+    friend class MessageStore; // fills it
+
+    /// The part of the batch in one ring.
+    struct Stream {
+        Ring* ring;
+        const MessageBlock* end; ///< the last block
+        Ring::Cursor begin;
+        Ring::Cursor cursor;
+        std::uint64_t nextNumber; ///< of the message at the cursor; 0 if none was found
+    };
+
+    void begin(std::uint64_t first, std::uint64_t last) noexcept;
+    void lookForMore() noexcept;
+    void copyRestTo(MessageBatch& rest) const;
+
+    std::uint64_t first_ = 1;
+    std::uint64_t last_ = 0;
+    std::uint64_t number_ = 1; ///< of the next message
+    std::vector<Stream> streams_;
+    std::size_t stream_ = 0;              ///< index of the one that the last message came from
+    std::atomic<std::uint64_t> given_{0}; ///< number of messages delivered to all appenders
 };
 
 } // namespace Log

@@ -2,7 +2,14 @@
 
 #include "log/LogLine.h"
 #include "log/message/MessageFields.h"
+#include "log/text/PackedPairs.h"
+#include "platform/Process.h"
+#include "zav-util/StandardError.h"
+#include "zav-util/SystemInformation.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <utility>
 
 namespace ZAV {
@@ -45,6 +52,91 @@ std::string formatLogLineWithProcess(const LogMessage& message) {
     std::string line;
     appendLogLineWithProcess(line, message);
     return line;
+}
+
+// The process that lines show
+
+namespace {
+
+/// Read once, since the name cannot change and reading it costs as much as opening a file. Never destroyed,
+/// since threads may still log while the process ends.
+const std::string& programName() {
+    static const std::string& name = *new std::string(Util::getProgramName());
+    return name;
+}
+
+/// Initialised at load, so that no thread does it while another one forks.
+const std::string& madeAtLoad = programName();
+
+/// The host's name, as a thread last read it.
+struct KnownHost {
+    std::uint64_t second; ///< of the message it was read for, since 1970; 0 if it was never read
+    std::size_t length;
+    char name[256];
+};
+
+thread_local KnownHost knownHost{};
+
+thread_local const ProcessDescription* shownProcess = nullptr;
+
+/// The host may be renamed while the program runs, but reading its name costs a good part of what rendering a
+/// line does, so it is read once a second.
+std::string_view hostName(Util::TimeUtils::Time time) {
+    KnownHost& host = knownHost;
+    const std::uint64_t second = time.microseconds() / 1000000;
+    if (host.second != second || second == 0) {
+        const std::string name = Util::getHostName();
+        host.length = name.copy(host.name, sizeof host.name);
+        host.second = second;
+    }
+    return std::string_view(host.name, host.length);
+}
+
+} // namespace
+
+ProcessOverride::ProcessOverride(const ProcessDescription& process) noexcept : process_(process) {
+    shownProcess = &process_;
+}
+
+ProcessOverride::~ProcessOverride() {
+    shownProcess = nullptr;
+}
+
+ProcessDescription describeProcess(Util::TimeUtils::Time time) {
+    if (shownProcess != nullptr) {
+        return *shownProcess;
+    }
+    return {programName(), Platform::rememberedProcessId(), hostName(time)};
+}
+
+// Lines on the standard error stream
+
+std::string shownLine(const char* reason, const MessageFields& message) noexcept {
+    try {
+        const ReadyText text(message);
+        MessageFields shown(message);
+        shown.text = text.view();
+        std::string pairs;
+        appendPairs(pairs, message.values, text.view().empty());
+        shown.pairsText = pairs;
+        std::string line = reason;
+        appendLogLine(line, shown);
+        return line;
+    } catch (const std::exception&) {
+        return std::string();
+    }
+}
+
+void showLine(const std::string& line, const char* reason) noexcept {
+    if (line.empty()) {
+        Util::writeErrorLine(reason);
+    } else {
+        Util::writeErrorLine(line);
+    }
+}
+
+void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
+    showLine(shownLine(reason, message), reason);
 }
 
 } // namespace Log

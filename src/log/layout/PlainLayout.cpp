@@ -1,6 +1,5 @@
 #include "log/layout/LineLayout.h"
 
-#include "log/layout/ProcessDescription.h"
 #include "log/message/MessageFields.h"
 #include "zav-util/TimeText.h"
 

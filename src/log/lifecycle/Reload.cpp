@@ -2,8 +2,8 @@
 
 #include "log/Appender.h"
 #include "log/LoggerFactory.h"
+#include "log/appenders/BatchAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/async/BatchAppender.h"
 #include "log/tree/TreeLock.h"
 #include "platform/Threads.h"
 

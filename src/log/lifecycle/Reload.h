@@ -1,7 +1,7 @@
 #pragma once
 
 #include "log/appenders/AppenderRegistry.h"
-#include "log/async/DispatcherSettings.h"
+#include "log/config/DispatcherSettings.h"
 #include "log/tree/TreeChange.h"
 
 #include <chrono>

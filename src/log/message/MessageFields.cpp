@@ -2,6 +2,7 @@
 
 #include "log/text/MessageText.h"
 #include "log/text/PackedPairs.h"
+#include "platform/Threads.h"
 
 #include <cstddef>
 #include <string>
@@ -45,6 +46,119 @@ ReadyText::ReadyText(const MessageFields& message) : view_(message.text) {
         appendFormattedValues(text, message.place->format, message.text);
     }
     view_ = text.view();
+}
+
+// The message that appenders get
+
+namespace {
+
+/// A thread keeps the memory of texts up to this length.
+constexpr std::size_t LONGEST_KEPT_TEXT = 4096;
+
+void dropUnusualMemory(std::string& text) {
+    if (text.capacity() > LONGEST_KEPT_TEXT) {
+        std::string().swap(text);
+    }
+}
+
+} // namespace
+
+/// A message and its owner.
+struct ReusedMessage::Kept {
+    explicit Kept(const MessageFields& fields)
+        : message(fields.makeMessage()), shownFields(fields), loggerName(fields.loggerName) {}
+
+    void fill(const MessageFields& fields);
+
+    LogMessage message;
+    MessageFields shownFields;    ///< refer to `message`; set by `keptFields`
+    std::string_view loggerName;  ///< the logger's own string
+    bool isOwnedByThread = false; ///< whether it is kept until its thread ends
+    bool isTaken = true;
+
+    /// Never destroyed, since threads may still log while the process ends.
+    static Platform::ThreadSlot& slot() {
+        static Platform::ThreadSlot& slot =
+            *new Platform::ThreadSlot([](void* kept) { delete static_cast<Kept*>(kept); });
+        return slot;
+    }
+};
+
+/// Initialised at load, so that no thread makes the slot while another one forks.
+const bool ReusedMessage::hasSlotFromLoad = (Kept::slot(), true);
+
+const LogMessage& ReusedMessage::get() {
+    if (kept_ == nullptr) {
+        take();
+    }
+    return kept_->message;
+}
+
+const MessageFields& ReusedMessage::keptFields() const noexcept {
+    MessageFields& fields = kept_->shownFields;
+    fields = fields_;
+    fields.takeTexts(kept_->message);
+    return fields;
+}
+
+void ReusedMessage::take() {
+    auto* const threads = static_cast<Kept*>(Kept::slot().get());
+    if (threads != nullptr && !threads->isTaken) {
+        fillTaken(*threads);
+        kept_ = threads;
+        return;
+    }
+    kept_ = new Kept(fields_);
+    kept_->isOwnedByThread = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
+}
+
+/// Allocating may run a function of the application, which may log.
+void ReusedMessage::fillTaken(Kept& kept) const {
+    kept.isTaken = true;
+    try {
+        kept.fill(fields_);
+    } catch (...) {
+        kept.isTaken = false;
+        throw;
+    }
+}
+
+void ReusedMessage::giveBack() noexcept {
+    if (!kept_->isOwnedByThread) {
+        delete kept_;
+        return;
+    }
+    dropUnusualMemory(kept_->message.text_);
+    dropUnusualMemory(kept_->message.file_);
+    dropUnusualMemory(kept_->message.values_);
+    dropUnusualMemory(kept_->message.context_);
+    kept_->isTaken = false;
+}
+
+/// A message often has the same logger, file and context as the one before.
+void ReusedMessage::Kept::fill(const MessageFields& fields) {
+    if (!refersToSameMemory(loggerName, fields.loggerName)) {
+        message.loggerName_.assign(fields.loggerName);
+        loggerName = fields.loggerName;
+    }
+    if (!equalTexts(message.file_, fields.file)) {
+        message.file_.assign(fields.file);
+    }
+    message.text_.clear(); // faster than assigning
+    message.text_.append(ReadyText(fields).view());
+    message.messageSize_ = message.text_.size();
+    if (!fields.values.empty() || !message.values_.empty()) {
+        appendPairs(message.text_, fields.values, message.text_.empty());
+        message.values_.assign(fields.values);
+    }
+    if (!equalTexts(message.context_, fields.context)) {
+        message.context_.assign(fields.context);
+    }
+    message.thread_ = fields.thread;
+    message.time_ = fields.time;
+    message.level_ = fields.level;
+    message.line_ = fields.line;
+    message.type_ = fields.type;
 }
 
 } // namespace Log

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log/config/DispatcherSettings.h"
 #include "log/message/MessageFields.h"
 #include "log/queuefile/QueueFileFormat.h"
 #include "log/queuefile/StoredQueue.h"
@@ -17,6 +18,8 @@
 
 namespace ZAV {
 namespace Log {
+
+class Appender;
 
 /// Tracks which slots of a queue file are in use. Not thread-safe.
 class Slots {
@@ -197,6 +200,44 @@ private:
 /// \throw std::bad_alloc
 std::string loggerNote(const MessageFields& message);
 std::string placeNote(const KnownPlace& place);
+
+/// The queue files of this process. Each stays open until the process ends, since the queue may still have
+/// messages in it. Not thread-safe.
+class QueueFiles {
+public:
+    /// \return the file that the properties name, opened or created, and never destroyed; null if they name
+    ///         none
+    /// \throw LogException if it cannot be used
+    QueueFile* open(const Util::Properties& properties);
+
+    /// \throw LogException if the properties name another file than those of the last `open`
+    void refuseChange(const Util::Properties& properties) const;
+
+    /// In a forked child: gives up the files, which the parent owns.
+    void forgetInChild() noexcept;
+
+private:
+    std::vector<std::unique_ptr<QueueFile>> files_;
+    QueueFileSettings settings_; ///< of the last `open`
+};
+
+/// Result of recovering the messages that earlier processes have left.
+struct Recovery {
+    bool hasAppenders = false;
+    std::uint64_t messages = 0;      ///< written by at least one appender, for the first time in this process
+    std::uint64_t lost = 0;          ///< messages for which there was no memory
+    std::vector<std::string> failed; ///< names of the appenders that failed to write a message
+
+    /// \return whether no message waits any more
+    bool isAllGiven() const noexcept { return hasAppenders && failed.empty(); }
+};
+
+/// Delivers to each appender, in order, the messages that it has not got yet, and marks its progress in the
+/// file. An appender that fails gets no more messages: those that it has not written wait for the next
+/// recovery. The caller must be in a `LibraryCall`. An exception that a command listener throws for a report
+/// is shown on the standard error stream.
+/// \param file must contain something of earlier processes
+Recovery recover(QueueFile& file, const std::vector<Appender*>& appenders);
 
 } // namespace Log
 } // namespace ZAV

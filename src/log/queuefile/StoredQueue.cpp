@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -224,23 +225,23 @@ void StoredQueue::readMessages() {
 
 void StoredQueue::readMessage(const Record& record) {
     Run& run = runOf(record.run);
-    StoredMessage stored(record.payload);
-    if (!stored.isWhole()) {
+    const std::optional<StoredMessage> stored = StoredMessage::read(record.payload);
+    if (!stored) {
         damage();
         return;
     }
-    if (!run.isWaiting(stored.number())) {
+    if (!run.isWaiting(stored->number())) {
         return;
     }
-    const auto logger = loggers_.find({record.run, stored.loggerAddress()});
-    const auto place = places_.find({record.run, stored.placeAddress()});
-    if ((stored.loggerAddress() != 0 && logger == loggers_.end()) ||
-        (stored.placeAddress() != 0 && place == places_.end())) {
+    const auto logger = loggers_.find({record.run, stored->loggerAddress()});
+    const auto place = places_.find({record.run, stored->placeAddress()});
+    if ((stored->loggerAddress() != 0 && logger == loggers_.end()) ||
+        (stored->placeAddress() != 0 && place == places_.end())) {
         damage();
     }
-    messages_.push_back({&run, stored.number(),
-                         stored.fields(logger == loggers_.end() ? std::string_view() : logger->second,
-                                       place == places_.end() ? nullptr : &place->second)});
+    messages_.push_back({&run, stored->number(),
+                         stored->fields(logger == loggers_.end() ? std::string_view() : logger->second,
+                                        place == places_.end() ? nullptr : &place->second)});
 }
 
 } // namespace Log

@@ -1,7 +1,7 @@
 #include "log/tree/AppenderList.h"
 
 #include "log/Appender.h"
-#include "log/message/ReusedMessage.h"
+#include "log/message/MessageFields.h"
 #include "log/tree/SubtreeCapture.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"

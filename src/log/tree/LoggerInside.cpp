@@ -1,7 +1,7 @@
 #include "log/tree/LoggerInside.h"
 
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/message/ReusedMessage.h"
+#include "log/message/MessageFields.h"
 #include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ThreadContext.h"

@@ -21,7 +21,6 @@ namespace ZAV {
 namespace Log {
 
 class LibraryCall;
-class ReusedMessage;
 
 /// Implementation of a logger, hidden from applications.
 struct Logger::Inside {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Threading.h" // from `ice/` or `standard/`, as built
 #include "platform/Threads.h"
 #include "zav-util/TimeUtils.h"
 
@@ -9,8 +8,126 @@
 #include <cstdint>
 #include <new>
 
+#ifdef ZAV_LOG_WITH_ICE
+#include <IceUtil/Handle.h>
+#include <IceUtil/Monitor.h>
+#include <IceUtil/Mutex.h>
+#include <IceUtil/Thread.h>
+#include <IceUtil/ThreadException.h>
+#include <IceUtil/Time.h>
+#else
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#endif
+
 namespace ZAV {
 namespace Log {
+
+// Threads and monitors, based on IceUtil or on the standard library, as built. Nothing else depends on which.
+
+#ifdef ZAV_LOG_WITH_ICE
+
+/// A lock with a condition variable. A notified thread wakes once the monitor is unlocked.
+class Monitor {
+public:
+    void lock() { monitor_.lock(); }
+    void unlock() { monitor_.unlock(); }
+    void notifyAll() { monitor_.notifyAll(); }
+
+    /// Unlocks, waits for a notification, and locks again. May wake spuriously.
+    void wait() { monitor_.wait(); }
+
+    /// The same with a timeout.
+    void waitFor(std::chrono::microseconds duration) {
+        monitor_.timedWait(IceUtil::Time::microSeconds(duration.count()));
+    }
+
+private:
+    IceUtil::Monitor<IceUtil::Mutex> monitor_;
+};
+
+/// A thread of the library.
+class Worker {
+public:
+    /// Starts the thread.
+    /// \throw std::exception if it cannot be started
+    explicit Worker(void (*function)()) : thread_(new Thread(function)) { thread_->start(); }
+
+    /// Waits until the function has returned.
+    void join() { thread_->getThreadControl().join(); }
+
+    /// Detaches the thread, which then must not be joined.
+    void detach() { thread_->getThreadControl().detach(); }
+
+    /// \return the exception to throw if setting a thread's priority fails
+    static IceUtil::ThreadSyscallException priorityFailure(int error) { return {__FILE__, __LINE__, error}; }
+
+private:
+    class Thread : public IceUtil::Thread {
+    public:
+        explicit Thread(void (*function)()) : function_(function) {}
+        void run() override { function_(); }
+
+    private:
+        void (*const function_)();
+    };
+
+    const IceUtil::Handle<Thread> thread_;
+};
+
+#else
+
+/// A lock with a condition variable.
+class Monitor {
+public:
+    void lock() { mutex_.lock(); }
+    void unlock() { mutex_.unlock(); }
+    void notifyAll() { condition_.notify_all(); }
+
+    /// Unlocks, waits for a notification, and locks again. May wake spuriously.
+    void wait() {
+        std::unique_lock<std::mutex> lock(mutex_, std::adopt_lock);
+        condition_.wait(lock);
+        lock.release();
+    }
+
+    /// The same with a timeout.
+    void waitFor(std::chrono::microseconds duration) {
+        std::unique_lock<std::mutex> lock(mutex_, std::adopt_lock);
+        condition_.wait_for(lock, duration);
+        lock.release();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable condition_;
+};
+
+/// A thread of the library.
+class Worker {
+public:
+    /// Starts the thread.
+    /// \throw std::exception if it cannot be started
+    explicit Worker(void (*function)()) : thread_(function) {}
+
+    /// Waits until the function has returned.
+    void join() { thread_.join(); }
+
+    /// Detaches the thread, which then must not be joined.
+    void detach() { thread_.detach(); }
+
+    /// \return the exception to throw if setting a thread's priority fails
+    static std::system_error priorityFailure(int error) { return {error, std::generic_category()}; }
+
+private:
+    std::thread thread_;
+};
+
+#endif
+
+// Waiting, based on the monitor.
 
 /// The end of a wait, on the monotonic clock.
 class Deadline {

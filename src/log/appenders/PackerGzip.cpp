@@ -1,5 +1,6 @@
-#include "log/appenders/GzipFile.h"
+// Packing one file.
 
+#include "log/appenders/Packer.h"
 #include "log/appenders/RolledFiles.h"
 #include "platform/Files.h"
 #include "platform/OpenFiles.h"

@@ -1,4 +1,4 @@
-#include "log/async/DispatcherSettings.h"
+#include "log/config/DispatcherSettings.h"
 
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"

@@ -1,4 +1,4 @@
-#include "log/async/BatchAppender.h"
+#include "log/appenders/BatchAppender.h"
 
 #include "log/LogException.h"
 #include "log/commands/FailureReport.h"

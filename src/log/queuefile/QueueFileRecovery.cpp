@@ -1,9 +1,9 @@
-#include "log/queuefile/Recovery.h"
+// Delivering what earlier processes have left in a queue file.
 
 #include "log/Appender.h"
 #include "log/LogMessage.h"
 #include "log/commands/FailureReport.h"
-#include "log/layout/ProcessDescription.h"
+#include "log/layout/LineLayout.h"
 #include "log/queuefile/QueueFile.h"
 #include "log/queuefile/QueueFileChecks.h"
 #include "log/queuefile/StoredQueue.h"
