@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExitCode.h"
+#include "Outcome.h"
 #include "Output.h"
 
 #include <CLI/CLI.hpp>

@@ -1,9 +1,6 @@
 #include "CommandLine.h"
 
-#include "Complaint.h"
-#include "Failure.h"
-#include "OutputClosed.h"
-#include "UsageError.h"
+#include "Outcome.h"
 #include "check/Nearest.h"
 #include "commands/CatCommand.h"
 #include "commands/CheckCommand.h"

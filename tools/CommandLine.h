@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Command.h"
-#include "ExitCode.h"
+#include "Outcome.h"
 #include "Output.h"
 #include "terminal/TerminalErrors.h"
 

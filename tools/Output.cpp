@@ -1,7 +1,6 @@
 #include "Output.h"
 
-#include "Failure.h"
-#include "OutputClosed.h"
+#include "Outcome.h"
 #include "platform/Terminal.h"
 #include "terminal/Paint.h"
 

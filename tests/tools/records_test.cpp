@@ -1,5 +1,5 @@
+#include "Outcome.h"
 #include "TestSupport.h"
-#include "UsageError.h"
 #include "filters/TimeBound.h"
 #include "platform/Clock.h"
 #include "records/CivilTime.h"

@@ -1,6 +1,6 @@
 #include "commands/CatCommand.h"
 
-#include "Complaint.h"
+#include "Outcome.h"
 #include "commands/OrderOfRecords.h"
 #include "inputs/LogFiles.h"
 #include "printers/RecordPresenter.h"

@@ -1,7 +1,6 @@
 #include "commands/CtlCommand.h"
 
-#include "Complaint.h"
-#include "UsageError.h"
+#include "Outcome.h"
 #include "control/ClientSession.h"
 #include "control/ControlRequest.h"
 #include "ctl/ControlClient.h"

@@ -1,6 +1,6 @@
 #include "commands/FollowCommand.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "commands/OrderOfRecords.h"
 #include "follow/Follower.h"
 #include "options/RecordCount.h"

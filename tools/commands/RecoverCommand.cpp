@@ -1,8 +1,6 @@
 #include "commands/RecoverCommand.h"
 
-#include "Complaint.h"
-#include "OutputClosed.h"
-#include "UsageError.h"
+#include "Outcome.h"
 #include "config/PropertySource.h"
 #include "inputs/QueueLines.h"
 #include "log/CommandListener.h"

@@ -1,6 +1,6 @@
 #include "explain/Explanation.h"
 
-#include "Failure.h"
+#include "Outcome.h"
 #include "config/InitTrial.h"
 #include "config/PropertySource.h"
 #include "explain/RunningLevels.h"

@@ -1,6 +1,6 @@
 #include "filters/Pattern.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>

@@ -1,6 +1,6 @@
 #include "filters/TimeBound.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "platform/Clock.h"
 #include "records/CivilTime.h"
 

@@ -1,7 +1,6 @@
 #include "inputs/InputOptions.h"
 
-#include "Failure.h"
-#include "UsageError.h"
+#include "Outcome.h"
 #include "inputs/ConfiguredFiles.h"
 #include "log/appenders/RolledFiles.h"
 #include "log/config/ValueReaders.h"

@@ -1,6 +1,6 @@
 #include "printers/PrintOptions.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "options/RecordCount.h"
 #include "platform/Clock.h"
 #include "printers/CountPrinter.h"
