@@ -3,7 +3,6 @@
 #include "Command.h"
 #include "Outcome.h"
 #include "Output.h"
-#include "terminal/TerminalErrors.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
