@@ -2,12 +2,6 @@
 
 #include "Outcome.h"
 #include "check/Nearest.h"
-#include "commands/CatCommand.h"
-#include "commands/CheckCommand.h"
-#include "commands/CtlCommand.h"
-#include "commands/ExplainCommand.h"
-#include "commands/FollowCommand.h"
-#include "commands/RecoverCommand.h"
 #include "help/HelpFormatter.h"
 #include "options/VerbatimWords.h"
 
@@ -39,12 +33,12 @@ CommandLine::CommandLine()
     app_.set_version_flag("--version", "zav-log " ZAV_LOG_VERSION);
     app_.require_subcommand(1);
     // In the order in which --help shows them.
-    commands_.push_back(std::make_unique<CheckCommand>(app_));
-    commands_.push_back(std::make_unique<ExplainCommand>(app_));
-    commands_.push_back(std::make_unique<CatCommand>(app_));
-    commands_.push_back(std::make_unique<FollowCommand>(app_));
-    commands_.push_back(std::make_unique<CtlCommand>(app_));
-    commands_.push_back(std::make_unique<RecoverCommand>(app_));
+    commands_.push_back(makeCheckCommand(app_));
+    commands_.push_back(makeExplainCommand(app_));
+    commands_.push_back(makeCatCommand(app_));
+    commands_.push_back(makeFollowCommand(app_));
+    commands_.push_back(makeCtlCommand(app_));
+    commands_.push_back(makeRecoverCommand(app_));
     VerbatimWords::acceptMarked(app_);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Command.h"
 #include "Outcome.h"
 #include "Output.h"
+#include "commands/Command.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

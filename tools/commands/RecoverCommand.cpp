@@ -1,4 +1,4 @@
-#include "commands/RecoverCommand.h"
+#include "commands/Command.h"
 
 #include "Outcome.h"
 #include "config/PropertySource.h"
@@ -25,6 +25,24 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+/// `zav-log recover`: delivers the messages that a program has left in its queue file.
+class RecoverCommand : public Command {
+public:
+    explicit RecoverCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    bool deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output,
+                 Log::Recovery& recovery);
+
+    std::string path_;
+    std::string configuration_;
+    std::string layout_ = "plain";
+    CLI::Option* configurationOption_ = nullptr;
+    CLI::Option* layoutOption_ = nullptr;
+};
 
 /// Reports only the first failure of an appender, which explains the others.
 class FirstFailureReporter : public Log::CommandListener {
@@ -85,8 +103,6 @@ bool checkThatAllIsThere(const Log::Recovery& recovery, const std::string& confi
     }
     return recovery.isAllGiven() && recovery.lost == 0;
 }
-
-} // namespace
 
 RecoverCommand::RecoverCommand(CLI::App& program)
     : Command(*program.add_subcommand("recover",
@@ -150,6 +166,12 @@ bool RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& prope
                     " of its messages can be read, and it was left as it is");
     }
     return isAllThere && damage.empty();
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeRecoverCommand(CLI::App& program) {
+    return std::make_unique<RecoverCommand>(program);
 }
 
 } // namespace Tools

@@ -4,6 +4,7 @@
 #include "Output.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
 
 namespace ZAV {
 namespace Tools {
@@ -29,6 +30,21 @@ public:
 protected:
     CLI::App& command_;
 };
+
+// Each makes one command of the program; the class is in a source file of its own.
+std::unique_ptr<Command> makeCheckCommand(CLI::App& program);
+std::unique_ptr<Command> makeExplainCommand(CLI::App& program);
+std::unique_ptr<Command> makeCatCommand(CLI::App& program);
+std::unique_ptr<Command> makeFollowCommand(CLI::App& program);
+std::unique_ptr<Command> makeCtlCommand(CLI::App& program);
+std::unique_ptr<Command> makeRecoverCommand(CLI::App& program);
+
+/// A section of the help of the commands that merge files.
+constexpr const char* ORDER_OF_RECORDS =
+    "order of the records:\n"
+    "  Files are merged in the order of time; within a file or a series the order stays.\n"
+    "  A record whose time is later than that of the next one in its file comes in the\n"
+    "  next one's place, so that a clock that was wrong once holds nothing up.";
 
 } // namespace Tools
 } // namespace ZAV
