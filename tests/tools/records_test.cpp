@@ -2,9 +2,8 @@
 #include "TestSupport.h"
 #include "filters/TimeBound.h"
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
 #include "records/JsonLine.h"
-#include "records/LineParser.h"
+#include "records/Layout.h"
 #include "records/RecordReader.h"
 #include "records/TimeStamp.h"
 

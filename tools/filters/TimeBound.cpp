@@ -2,7 +2,7 @@
 
 #include "Outcome.h"
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
+#include "records/TimeStamp.h"
 
 #include <algorithm>
 #include <array>

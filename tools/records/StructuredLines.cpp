@@ -1,12 +1,9 @@
-#include "records/FieldsLine.h"
+#include "records/StructuredLines.h"
 
-#include "records/IsoTime.h"
-#include "records/LineParser.h"
+#include "records/JsonLine.h"
 #include "records/TimeStamp.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 namespace ZAV {
@@ -93,13 +90,16 @@ bool takeColumn(StructuredRecord& record, Column column, std::string_view word) 
     }
 }
 
-} // namespace
-
+/// \return whether a column is one word, or two for the time
 bool isWord(Column column) {
     return column != Column::CONTEXT && column != Column::VALUES && column != Column::MESSAGE &&
            column != Column::TEXT;
 }
 
+/// Reads a line of the layout `fields`. Up to the first column of pairs or of text, each is one word, or two
+/// for the time; all that follows is the text.
+/// \return the record, which the caller alone owns; null if a word is invalid for its column, or if no column before
+///         the text is a time
 std::shared_ptr<StructuredRecord> readFieldsLine(std::string_view line, const std::vector<Column>& columns) {
     auto record = std::make_shared<StructuredRecord>();
     std::string_view rest = line;
@@ -120,6 +120,45 @@ std::shared_ptr<StructuredRecord> readFieldsLine(std::string_view line, const st
     record->message = rest;
     record->show();
     return record;
+}
+
+} // namespace
+
+StructuredLines::StructuredLines(LineForm form)
+    : form_(std::move(form)),
+      mayBeJson_(form_.hasJson && (form_.columns.empty() || isWord(form_.columns.front()))) {}
+
+std::shared_ptr<StructuredRecord> StructuredLines::read(std::string_view line, std::uint64_t offset) {
+    return find(line, offset).record;
+}
+
+std::shared_ptr<StructuredRecord> StructuredLines::take(std::string_view line, std::uint64_t offset) {
+    Known& known = find(line, offset);
+    known.size = 0;
+    return std::move(known.record);
+}
+
+StructuredLines::Known& StructuredLines::find(std::string_view line, std::uint64_t offset) {
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    for (Known& known : known_) {
+        if (known.size == line.size() && known.offset == offset && known.size != 0) {
+            return known;
+        }
+    }
+    Known& known = known_[next_];
+    next_ = 1 - next_;
+    known.offset = offset;
+    known.size = line.size();
+    known.record.reset();
+    if (mayBeJson_ && line.size() <= LONGEST) {
+        known.record = readJsonLine(line);
+    }
+    if (known.record == nullptr && !form_.columns.empty() && line.size() <= LONGEST) {
+        known.record = readFieldsLine(line, form_.columns);
+    }
+    return known;
 }
 
 } // namespace Tools

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "records/Layout.h"
-#include "records/StructuredRecord.h"
+#include "records/Record.h"
 
 #include <array>
 #include <cstddef>
@@ -15,12 +15,12 @@ namespace Tools {
 
 /// Reads the lines of one file that may have a machine-readable layout. Results are cached, since a line is
 /// requested more than once: as the end of the record before it, for its time, and as a record.
-class MachineLines {
+class StructuredLines {
 public:
     /// A longer line is not parsed, since it may come in parts.
     static constexpr std::size_t LONGEST = 4 * 1024 * 1024;
 
-    explicit MachineLines(LineForm form);
+    explicit StructuredLines(LineForm form);
 
     /// \param line a line or its beginning
     /// \return false if it certainly has a text layout

@@ -1,10 +1,8 @@
-#include "records/StructuredRecord.h"
+#include "records/Record.h"
 
 #include "log/text/PackedPairs.h"
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
-#include "records/IsoTime.h"
-#include "records/LineParser.h"
+#include "records/Layout.h"
 
 #include <algorithm>
 #include <iterator>

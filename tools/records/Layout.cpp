@@ -1,6 +1,4 @@
-#include "records/LineParser.h"
-
-#include "records/TimeStamp.h"
+#include "records/Layout.h"
 
 #include <algorithm>
 #include <array>
