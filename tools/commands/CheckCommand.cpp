@@ -1,8 +1,7 @@
 #include "commands/Command.h"
 
 #include "check/Checker.h"
-#include "check/Finding.h"
-#include "check/FindingText.h"
+#include "check/Findings.h"
 #include "config/CustomAppenderClasses.h"
 #include "options/ColorOption.h"
 

@@ -1,7 +1,7 @@
 #include "commands/Command.h"
 
 #include "Outcome.h"
-#include "config/PropertySource.h"
+#include "config/PropertyFile.h"
 #include "inputs/QueueLines.h"
 #include "log/CommandListener.h"
 #include "log/LogManager.h"

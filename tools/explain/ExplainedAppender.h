@@ -1,7 +1,6 @@
 #pragma once
 
-#include "config/AppenderFilters.h"
-#include "config/AppenderPlace.h"
+#include "config/ConfiguredAppender.h"
 #include "log/LogMessage.h"
 #include "zav-util/Properties.h"
 

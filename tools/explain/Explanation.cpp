@@ -2,7 +2,7 @@
 
 #include "Outcome.h"
 #include "config/InitTrial.h"
-#include "config/PropertySource.h"
+#include "config/PropertyFile.h"
 #include "explain/RunningLevels.h"
 #include "log/LogManager.h"
 #include "log/config/KeyNames.h"

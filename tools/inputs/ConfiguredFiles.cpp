@@ -1,7 +1,7 @@
 #include "inputs/ConfiguredFiles.h"
 
-#include "config/AppenderPlace.h"
-#include "config/PropertySource.h"
+#include "config/ConfiguredAppender.h"
+#include "config/PropertyFile.h"
 #include "log/LogException.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"

@@ -1,5 +1,4 @@
-#include "check/MisreadNumber.h"
-
+#include "check/Checks.h"
 #include "log/appenders/FileAppender.h"
 #include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
@@ -113,8 +112,6 @@ void checkEnd(const LeadingNumber<Number>& number, const PropertyLine& line, con
     }
 }
 
-} // namespace
-
 void checkNumber(const PropertyLine& line, const ConfigurationKey& row, Findings& findings) {
     switch (row.form) {
     case ValueForm::WHOLE_NUMBER:
@@ -137,11 +134,38 @@ void checkNumber(const PropertyLine& line, const ConfigurationKey& row, Findings
     }
 }
 
+/// \return true if the size in bytes does not fit into 64 bits
 bool isProductTooLarge(const std::string& size, const std::string& unit) {
     const LeadingNumber<std::uint64_t> count = Log::readLeadingUnsigned(size);
     const std::uint64_t factor = Log::readSizeUnit(unit).value_or(Log::DEFAULT_SIZE_UNIT);
     const bool isNamedAlready = count.isCut || size.front() == '-';
     return !isNamedAlready && count.value > std::numeric_limits<std::uint64_t>::max() / factor;
+}
+
+/// Size and unit may each be valid, and their product too large.
+void checkProduct(const Configuration& configuration, const DeclaredAppender& appender, Findings& findings) {
+    const PropertyLine* const size = configuration.setting(appender, Log::AppenderSetting::FILE_MAX_SIZE);
+    const PropertyLine* const unit =
+        configuration.setting(appender, Log::AppenderSetting::FILE_MAX_SIZE_UNIT);
+    const bool isRead = appender.reader == Log::READ_BY_FILE_APPENDER && size != nullptr && unit != nullptr;
+    if (isRead && isProductTooLarge(size->value, unit->value)) {
+        findings.addWarning(later(*size, *unit), "out-of-range",
+                            "the size " + size->value + ' ' + unit->value +
+                                " does not fit into 64 bits of bytes and counts as the largest that does");
+    }
+}
+
+} // namespace
+
+void checkMisreadNumbers(const Configuration& configuration, Findings& findings) {
+    for (const PropertyLine& line : configuration.file().lines()) {
+        if (const Log::ConfigurationKey* const row = configuration.settingInEffect(line.key)) {
+            checkNumber(line, *row, findings);
+        }
+    }
+    for (const DeclaredAppender& appender : configuration.appenders()) {
+        checkProduct(configuration, appender, findings);
+    }
 }
 
 } // namespace Tools

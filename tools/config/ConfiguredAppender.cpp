@@ -1,8 +1,10 @@
-#include "config/AppenderPlace.h"
+#include "config/ConfiguredAppender.h"
 
 #include "log/appenders/FileAppender.h"
+#include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/config/KeyNames.h"
+#include "log/filters/MessageFilters.h"
 
 #include <algorithm>
 #include <iostream>
@@ -55,6 +57,16 @@ AppenderPlace::AppenderPlace(const std::string& appenderName, const Util::Proper
 
 std::string AppenderPlace::describe() const {
     return kind == NO_FILE ? other : folder + '/' + file + (kind == SERIES ? "0" : "");
+}
+
+AppenderFilters::AppenderFilters(const std::string& appenderName, const Util::Properties& properties)
+    : filters_(
+          Log::makeFilters(Log::AppenderValues(appenderName, Log::READ_BY_REGISTERED_CLASS, properties))) {}
+
+Log::MessageFilter* AppenderFilters::rejecting(const Log::LogMessage& message) const {
+    const auto filter = std::find_if(filters_.begin(), filters_.end(),
+                                     [&message](const auto& f) { return !f->accept(message); });
+    return filter == filters_.end() ? nullptr : filter->get();
 }
 
 } // namespace Tools

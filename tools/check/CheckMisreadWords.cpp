@@ -1,6 +1,4 @@
-#include "check/MisreadWord.h"
-
-#include "check/KeyTable.h"
+#include "check/Checks.h"
 #include "check/Nearest.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Conversions.h"
@@ -70,8 +68,6 @@ void Words::checkEnd() const {
     }
 }
 
-} // namespace
-
 void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Findings& findings) {
     const Words words(line, row, findings);
     switch (row.form) {
@@ -96,6 +92,16 @@ void checkWords(const PropertyLine& line, const Log::ConfigurationKey& row, Find
         return words.checkEnd();
     default:
         return;
+    }
+}
+
+} // namespace
+
+void checkMisreadWords(const Configuration& configuration, Findings& findings) {
+    for (const PropertyLine& line : configuration.file().lines()) {
+        if (const Log::ConfigurationKey* const row = configuration.settingInEffect(line.key)) {
+            checkWords(line, *row, findings);
+        }
     }
 }
 

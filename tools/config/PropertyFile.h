@@ -28,7 +28,8 @@ struct RejectedLine {
 /// A property file. Lines after those that the parser rejects are read as well.
 class PropertyFile {
 public:
-    /// \throw Util::UtilException if the file cannot be read
+    /// \throw Util::UtilException if it cannot be read, is a device, which may be endless, or holds more than 16 MB,
+    ///        also from a pipe
     explicit PropertyFile(const std::string& name);
 
     /// \return the accepted pairs, in the order of the file
@@ -50,6 +51,10 @@ private:
     std::vector<RejectedLine> rejectedLines_;
     Util::Properties properties_;
 };
+
+/// Reads a property file as the library would.
+/// \throw Util::UtilException as the constructor of `PropertyFile` does, and for the first malformed line
+Util::Properties readProperties(const std::string& fileName);
 
 } // namespace Tools
 } // namespace ZAV

@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "config/AppenderFilters.h"
+#include "config/ConfiguredAppender.h"
 #include "config/LoggerLevels.h"
 #include "log/LogException.h"
 #include "log/LogMessage.h"
@@ -58,8 +58,6 @@ void checkLevel(const Configuration& configuration, const DeclaredAppender& appe
     }
 }
 
-} // namespace
-
 void checkLevels(const Configuration& configuration, Findings& findings) {
     const LoggerLevels levels(configuration.file().properties());
     for (const DeclaredAppender& appender : configuration.appenders()) {
@@ -74,6 +72,48 @@ void checkLevels(const Configuration& configuration, Findings& findings) {
             continue; // a setting that the library rejects is a finding of its own
         }
     }
+}
+
+bool takes(const std::string& prefix, const std::string& logger) {
+    return logger.compare(0, prefix.size(), prefix) == 0;
+}
+
+/// \return true if the prefix, read as a logger's name, denotes this logger or one above it
+bool means(const std::string& prefix, const std::string& logger) {
+    return takes(prefix, logger) &&
+           (logger.size() == prefix.size() || prefix.back() == '.' || logger[prefix.size()] == '.');
+}
+
+void checkPrefixes(const PropertyLine& filters, const Configuration& configuration, Findings& findings) {
+    const std::vector<std::string> prefixes = Util::split(filters.value, ' ');
+    for (const auto& [logger, line] : configuration.loggers()) {
+        const std::string& name = logger;
+        const bool isMeant = std::any_of(prefixes.begin(), prefixes.end(),
+                                         [&name](const std::string& prefix) { return means(prefix, name); });
+        const auto prefix = std::find_if(prefixes.begin(), prefixes.end(),
+                                         [&name](const std::string& p) { return takes(p, name); });
+        if (!isMeant && prefix != prefixes.end()) {
+            findings.addWarning(later(filters, *line), "prefix-surprise",
+                                "the prefix '" + *prefix + "' of '" + filters.key +
+                                    "' also takes the logger '" + logger + "', which is not below it");
+        }
+    }
+}
+
+void checkPrefixes(const Configuration& configuration, Findings& findings) {
+    for (const DeclaredAppender& appender : configuration.appenders()) {
+        const PropertyLine* const filters = configuration.setting(appender, Setting::FILTERS);
+        if (filters != nullptr) {
+            checkPrefixes(*filters, configuration, findings);
+        }
+    }
+}
+
+} // namespace
+
+void checkFilters(const Configuration& configuration, Findings& findings) {
+    checkLevels(configuration, findings);
+    checkPrefixes(configuration, findings);
 }
 
 } // namespace Tools

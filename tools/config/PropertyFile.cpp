@@ -1,12 +1,11 @@
-#include "config/PropertySource.h"
+#include "config/PropertyFile.h"
 
 #include "zav-util/FileUtils.h"
-#include "zav-util/PropertyParser.h"
 #include "zav-util/UtilException.h"
 
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <system_error>
 
@@ -46,8 +45,7 @@ std::string readBounded(const std::string& fileName) {
     return text;
 }
 
-} // namespace
-
+/// \return the lines without their line ends
 std::vector<std::string> readPropertyLines(const std::string& fileName) {
     if (isDevice(fileName)) {
         refuse(fileName, " is a device");
@@ -62,6 +60,42 @@ std::vector<std::string> readPropertyLines(const std::string& fileName) {
         lines.push_back(line);
     }
     return lines;
+}
+
+} // namespace
+
+PropertyFile::PropertyFile(const std::string& name) {
+    const Util::PropertyParser parser(name);
+    std::size_t number = 0;
+    for (const std::string& line : readPropertyLines(name)) {
+        read(parser, line, ++number);
+    }
+}
+
+void PropertyFile::read(const Util::PropertyParser& parser, const std::string& line, std::size_t number) {
+    try {
+        if (const std::optional<Util::Property> property = parser.parseLine(line, number)) {
+            add(parser, *property, number);
+        }
+    } catch (const Util::UtilException& exception) {
+        rejectedLines_.push_back({number, std::string(), exception.what()});
+    }
+}
+
+void PropertyFile::add(const Util::PropertyParser& parser, const Util::Property& property,
+                       std::size_t number) {
+    try {
+        parser.add(property, number, properties_);
+        indices_.emplace(property.key, lines_.size());
+        lines_.push_back({number, property.key, property.value});
+    } catch (const Util::UtilException& exception) {
+        rejectedLines_.push_back({number, property.key, exception.what()});
+    }
+}
+
+const PropertyLine* PropertyFile::find(const std::string& key) const {
+    const auto index = indices_.find(key);
+    return index == indices_.end() ? nullptr : &lines_[index->second];
 }
 
 Util::Properties readProperties(const std::string& fileName) {

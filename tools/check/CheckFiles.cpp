@@ -1,5 +1,7 @@
 #include "check/Checks.h"
-#include "config/AppenderPlace.h"
+#include "config/ConfiguredAppender.h"
+#include "log/config/KeyNames.h"
+#include "platform/Files.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,6 +17,39 @@ namespace Tools {
 namespace {
 
 namespace fs = std::filesystem;
+namespace Setting = Log::AppenderSetting;
+
+/// \return false, after adding a warning, if no files can be made in a folder
+bool checkFolder(const std::string& folder, const PropertyLine& line, Findings& findings) {
+    std::error_code problem;
+    if (!fs::is_directory(folder, problem)) {
+        findings.addWarning(line, "missing-directory", "there is no directory '" + folder + "'");
+        return false;
+    }
+    if (!Platform::isWritableDirectory(folder)) {
+        findings.addWarning(line, "unwritable-directory",
+                            "no file can be made in the directory '" + folder + "'");
+        return false;
+    }
+    return true;
+}
+
+void checkFolders(const Configuration& configuration, Findings& findings) {
+    for (const DeclaredAppender& appender : configuration.appenders()) {
+        const AppenderPlace place(appender.name, configuration.file().properties());
+        if (place.kind == AppenderPlace::NO_FILE) {
+            continue;
+        }
+        const PropertyLine* const dir = configuration.setting(appender, Setting::DIR);
+        const bool isFine =
+            checkFolder(place.folder, dir != nullptr ? *dir : *appender.declaration, findings);
+        const PropertyLine* const file = configuration.setting(appender, Setting::FILE_NAME);
+        const bool namesAFolder = file != nullptr && fs::path(place.file).has_parent_path();
+        if (isFine && namesAFolder) {
+            checkFolder(fs::path(place.describe()).parent_path().string(), *file, findings);
+        }
+    }
+}
 
 /// The place of a file appender, with its canonical path.
 struct FilePlace {
@@ -81,8 +116,6 @@ private:
     ByPath files_;
 };
 
-} // namespace
-
 void checkSharedFiles(const Configuration& configuration, Findings& findings) {
     FilePlaces earlier;
     for (const DeclaredAppender& appender : configuration.appenders()) {
@@ -98,6 +131,13 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings) {
         }
         earlier.add(own);
     }
+}
+
+} // namespace
+
+void checkFiles(const Configuration& configuration, Findings& findings) {
+    checkFolders(configuration, findings);
+    checkSharedFiles(configuration, findings);
 }
 
 } // namespace Tools

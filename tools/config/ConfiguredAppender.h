@@ -1,8 +1,11 @@
 #pragma once
 
+#include "log/Appender.h"
 #include "zav-util/Properties.h"
 
 #include <string>
+
+// An appender of a configuration: where it writes, and which messages it takes.
 
 namespace ZAV {
 namespace Tools {
@@ -23,6 +26,19 @@ struct AppenderPlace {
     std::string file;  ///< of a series, the base name
     char highestDigit; ///< of a series, the highest last digit of a name
     std::string other; ///< what `describe` returns without a file
+};
+
+/// The filters of a configured appender, created by the library itself.
+class AppenderFilters {
+public:
+    /// \throw LogException for a setting that `init` would reject too
+    AppenderFilters(const std::string& appenderName, const Util::Properties& properties);
+
+    /// \return the first filter that rejects a message; nullptr if all accept it
+    Log::MessageFilter* rejecting(const Log::LogMessage& message) const;
+
+private:
+    Log::Appender::Filters filters_;
 };
 
 } // namespace Tools
