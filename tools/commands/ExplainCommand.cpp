@@ -1,7 +1,6 @@
 #include "commands/Command.h"
 
 #include "config/CustomAppenderClasses.h"
-#include "explain/DotGraph.h"
 #include "explain/Explanation.h"
 #include "explain/ExplanationText.h"
 #include "log/Level.h"
