@@ -2,9 +2,6 @@
 
 #include "Outcome.h"
 #include "platform/Clock.h"
-#include "printers/CountPrinter.h"
-#include "printers/JsonPrinter.h"
-#include "printers/LinePrinter.h"
 
 #include <charconv>
 #include <system_error>
@@ -61,12 +58,12 @@ void PrintOptions::useZone() const {
 
 std::unique_ptr<Printer> PrintOptions::printer() const {
     if (count_) {
-        return std::make_unique<CountPrinter>();
+        return makeCountPrinter();
     }
     if (json_) {
-        return std::make_unique<JsonPrinter>();
+        return makeJsonPrinter();
     }
-    return std::make_unique<LinePrinter>(color_.isOn(), source_);
+    return makeLinePrinter(color_.isOn(), source_);
 }
 
 void PrintOptions::applyTo(RecordPresenter& presenter) const {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "inputs/LogContent.h"
-#include "inputs/LogFile.h"
+#include "inputs/LogFiles.h"
 #include "records/Layout.h"
 #include "records/Record.h"
 #include "records/RecordReader.h"
