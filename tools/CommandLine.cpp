@@ -1,6 +1,5 @@
 #include "CommandLine.h"
 
-#include "Outcome.h"
 #include "check/Nearest.h"
 #include "help/HelpFormatter.h"
 

@@ -5,7 +5,6 @@
 #include "terminal/Paint.h"
 
 #include <iostream>
-#include <string>
 
 namespace ZAV {
 namespace Tools {

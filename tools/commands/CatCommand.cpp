@@ -1,6 +1,5 @@
 #include "commands/Command.h"
 
-#include "Outcome.h"
 #include "filters/FilterOptions.h"
 #include "inputs/InputOptions.h"
 #include "inputs/LogFiles.h"

@@ -1,6 +1,5 @@
 #include "commands/Command.h"
 
-#include "Outcome.h"
 #include "control/ClientSession.h"
 #include "control/ControlRequest.h"
 #include "ctl/ControlClient.h"

@@ -1,6 +1,5 @@
 #include "commands/Command.h"
 
-#include "Outcome.h"
 #include "filters/FilterOptions.h"
 #include "follow/Follower.h"
 #include "inputs/InputOptions.h"

@@ -1,6 +1,5 @@
 #include "commands/Command.h"
 
-#include "Outcome.h"
 #include "config/PropertyFile.h"
 #include "inputs/QueueLines.h"
 #include "log/CommandListener.h"
@@ -17,7 +16,6 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <string>
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <string>
 #include <string_view>
 
 namespace ZAV {

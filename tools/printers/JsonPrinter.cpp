@@ -3,7 +3,6 @@
 #include "log/text/JsonText.h"
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 #include <utility>
 
