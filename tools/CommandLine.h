@@ -1,9 +1,8 @@
 #pragma once
 
-#include "Command.h"
-#include "ExitCode.h"
+#include "Outcome.h"
 #include "Output.h"
-#include "terminal/TerminalErrors.h"
+#include "commands/Command.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

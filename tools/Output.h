@@ -3,6 +3,8 @@
 #include "terminal/TerminalText.h"
 
 #include <cstddef>
+#include <memory>
+#include <streambuf>
 #include <string>
 #include <string_view>
 
@@ -36,6 +38,20 @@ private:
     TerminalText terminalText_;
     std::string shown_; ///< scratch: one text as the terminal gets it
     std::string pending_;
+};
+
+/// While it exists, escapes for a terminal what is written to `std::cerr`, including what the library
+/// reports, if standard error is one.
+class TerminalErrors {
+public:
+    TerminalErrors();
+    ~TerminalErrors();
+    TerminalErrors(const TerminalErrors&) = delete;
+    TerminalErrors& operator=(const TerminalErrors&) = delete;
+
+private:
+    std::unique_ptr<std::streambuf> filter_; ///< null if standard error is no terminal
+    std::streambuf* original_ = nullptr;
 };
 
 } // namespace Tools

@@ -1,10 +1,10 @@
 // What a log file may hold: any bytes. Cut into records they must make up the file again but for the CR of a
-// CR LF, and a record's parts must lie within it, whichever layout it is read with. Read as lines for
-// machines, where there are some, each begins a record that is shown with its time. What begins as a packed
-// file does is unpacked, or refused.
+// CR LF, and a record's parts must lie within it, whichever layout it is read with. Each
+// structured line begins a record that is shown with its time. What begins as a packed file does is unpacked,
+// or refused.
 
 #include "inputs/LogContent.h"
-#include "records/LineParser.h"
+#include "records/Layout.h"
 #include "records/RecordReader.h"
 
 #include <cstddef>
@@ -68,7 +68,7 @@ std::string readAll(const LogContent& file) {
     return whole;
 }
 
-void readMachineLines(const LogContent& file) {
+void readStructuredLines(const LogContent& file) {
     LineForm form;
     form.columns = {Log::Column::UTC, Log::Column::LEVEL, Log::Column::PLACE, Log::Column::TEXT};
     for (const LineForm& known : {LineForm(), form}) {
@@ -78,8 +78,8 @@ void readMachineLines(const LogContent& file) {
             if (record.hasTime) {
                 require(startsWithTime(record.lines) && reader.lowestFrom(record.time()) <= record.time());
             }
-            if (record.hasTime && record.machine != nullptr) {
-                const Fields fields = record.machine->fields();
+            if (record.hasTime && record.structured != nullptr) {
+                const Fields fields = record.structured->fields();
                 require(liesIn(fields.text, record.lines));
             }
         }
@@ -105,6 +105,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expected += '\n';
     }
     require(readAll(file) == expected);
-    readMachineLines(file);
+    readStructuredLines(file);
     return 0;
 }

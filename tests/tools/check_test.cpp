@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 #include "check/Checker.h"
-#include "check/FindingText.h"
+#include "check/Findings.h"
 
 #include <algorithm>
 #include <filesystem>

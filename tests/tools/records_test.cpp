@@ -1,10 +1,9 @@
+#include "Outcome.h"
 #include "TestSupport.h"
-#include "UsageError.h"
 #include "filters/TimeBound.h"
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
 #include "records/JsonLine.h"
-#include "records/LineParser.h"
+#include "records/Layout.h"
 #include "records/RecordReader.h"
 #include "records/TimeStamp.h"
 
@@ -103,7 +102,7 @@ TEST(TimeStamp, TakesWhatTheLibraryWritesAndNothingElse) {
     }
 }
 
-TEST(LineParser, TellsTheLayoutsApart) {
+TEST(Layout, TellsTheLayoutsApart) {
     const auto layoutOfWords = [](const std::string& words) { return layoutOf(TIME + " " + words); };
     EXPECT_EQ(Layout::PLAIN, layoutOfWords("net INFO text"));
     EXPECT_EQ(Layout::PLAIN, layoutOfWords("net a.cpp:5 INFO"));
@@ -117,7 +116,7 @@ TEST(LineParser, TellsTheLayoutsApart) {
     EXPECT_EQ(Layout::UNKNOWN, layoutOf(TIME));
 }
 
-TEST(LineParser, ReadsEveryFormOfALocation) {
+TEST(Layout, ReadsEveryFormOfALocation) {
     struct Case {
         std::string word, file, line;
     };
@@ -138,7 +137,7 @@ TEST(LineParser, ReadsEveryFormOfALocation) {
     }
 }
 
-TEST(LineParser, ReadsTornLines) {
+TEST(Layout, ReadsTornLines) {
     for (const std::string words : {"", " ", " server", " server 42", " server 42 alpha"}) {
         const std::string line = TIME + words;
         const Fields fields = parseRecord(line, Layout::PROCESS);
@@ -151,7 +150,7 @@ TEST(LineParser, ReadsTornLines) {
     EXPECT_EQ("net", parseRecord(ofAnother, Layout::PROCESS).logger);
 }
 
-TEST(CivilTime, CountsDaysAsTheCalendarDoes) {
+TEST(TimeStamp, CountsDaysAsTheCalendarDoes) {
     for (const char* text :
          {"1970.01.01 00:00:00:000000", "2000.02.29 23:59:59:999999", "2013.12.31 14:03:27:123000",
           "2024.03.01 00:00:00:000001", "2025.01.01 00:00:00:000000", "2100.03.01 12:00:00:000000"}) {

@@ -1,5 +1,4 @@
 #include "check/Checks.h"
-#include "check/KeyTable.h"
 #include "check/Nearest.h"
 #include "config/InitTrial.h"
 #include "log/config/AppenderValues.h"

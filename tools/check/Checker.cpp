@@ -18,17 +18,14 @@ void checkAll(const std::string& fileName, QueueFilesOfOthers& queueFiles, Findi
     const PropertyFile file(fileName);
     checkGrammar(file, findings);
     const Configuration configuration(file);
-    checkDeclarations(configuration, findings);
-    checkKeys(configuration, findings);
     checkNames(configuration, findings);
+    checkKeys(configuration, findings);
     checkRejectedValues(configuration, findings);
-    checkMisreadValues(configuration, findings);
-    checkQueue(configuration, findings);
-    checkQueueFile(configuration, fileName, queueFiles, findings);
-    checkFolders(configuration, findings);
-    checkSharedFiles(configuration, findings);
-    checkLevels(configuration, findings);
-    checkPrefixes(configuration, findings);
+    checkMisreadWords(configuration, findings);
+    checkMisreadNumbers(configuration, findings);
+    checkQueue(configuration, fileName, queueFiles, findings);
+    checkFiles(configuration, findings);
+    checkFilters(configuration, findings);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "check/Finding.h"
+#include "check/Findings.h"
 
 #include <map>
 #include <string>

@@ -126,6 +126,12 @@ const Log::ConfigurationKey* Configuration::missingPartner(const KeyMeaning& mea
     return Log::findKey(meaning.row->section, meaning.row->requiredKey);
 }
 
+const Log::ConfigurationKey* Configuration::settingInEffect(const std::string& key) const {
+    const KeyMeaning meaning = meaningOf(key);
+    const bool hasEffect = meaning.kind == KeyMeaning::SETTING && missingPartner(meaning) == nullptr;
+    return hasEffect ? meaning.row : nullptr;
+}
+
 std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::string& name) {
     return meaning.row->section == Log::KeySection::APPENDER ? Log::appenderKey(meaning.owner, name)
                                                              : Log::dispatcherKey(name);
@@ -133,6 +139,44 @@ std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::strin
 
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {
     return a.number < b.number ? b : a;
+}
+
+namespace {
+
+/// The table is Markdown, with words between backticks.
+std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
+    std::vector<std::string> words;
+    std::string::size_type begin = markdown.find('`');
+    while (begin != std::string::npos) {
+        const std::string::size_type end = markdown.find('`', begin + 1);
+        words.push_back(markdown.substr(begin + 1, end - begin - 1));
+        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
+    }
+    return words;
+}
+
+/// Some rows refer to another one for their words.
+const Log::ConfigurationKey& rowWithWords(const Log::ConfigurationKey& key) {
+    const Log::ConfigurationKey* row = &key;
+    if (key.form == Log::ValueForm::PERIOD) {
+        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+    } else if (key.form == Log::ValueForm::LEVEL) {
+        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
+    }
+    return row != nullptr ? *row : key;
+}
+
+} // namespace
+
+std::vector<std::string> wordsOf(const Log::ConfigurationKey& key) {
+    return wordsBetweenBackticks(rowWithWords(key).values);
+}
+
+std::vector<std::string> appenderClasses() {
+    std::vector<std::string> classes = wordsOf(*Log::findKey(KeySection::APPENDER, std::string()));
+    const std::set<std::string>& own = CustomAppenderClasses::registered();
+    classes.insert(classes.end(), own.begin(), own.end());
+    return classes;
 }
 
 } // namespace Tools

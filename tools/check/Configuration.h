@@ -1,6 +1,6 @@
 #pragma once
 
-#include "check/PropertyFile.h"
+#include "config/PropertyFile.h"
 #include "log/config/ConfigurationKeys.h"
 
 #include <cstddef>
@@ -58,6 +58,9 @@ public:
     /// \return the key that a setting needs to have an effect; nullptr if the file has it, or if it needs none
     const Log::ConfigurationKey* missingPartner(const KeyMeaning& meaning) const;
 
+    /// \return the row of the library's table for a setting that has an effect; nullptr for any other key
+    const Log::ConfigurationKey* settingInEffect(const std::string& key) const;
+
     /// \return the full key of another setting of the same appender or of the dispatcher
     static std::string keyBeside(const KeyMeaning& meaning, const std::string& name);
 
@@ -77,6 +80,12 @@ private:
 
 /// \return the later one of two lines
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b);
+
+/// \return the words that a key's value may be or hold, for example "KB"
+std::vector<std::string> wordsOf(const Log::ConfigurationKey& key);
+
+/// \return the names of all appender classes, including those given with "--class"
+std::vector<std::string> appenderClasses();
 
 } // namespace Tools
 } // namespace ZAV

@@ -1,13 +1,30 @@
 #pragma once
 
-#include "check/Finding.h"
-#include "check/PropertyFile.h"
+#include "config/PropertyFile.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
+
+/// Something in a property file that its author cannot have intended.
+struct Finding {
+    enum Severity { AN_ERROR, A_WARNING };
+
+    std::size_t line; ///< counted from 1; 0 for the file as a whole
+    Severity severity;
+    std::string id;  ///< the name of its kind, for example "unknown-key"
+    std::string key; ///< the key in the line; empty if there is none
+    std::string text;
+};
+
+/// \return a finding in the form of a compiler message, without a line end
+std::string toText(const std::string& fileName, const Finding& finding, bool withColors);
+
+/// \return a finding as a JSON object, without a line end
+std::string toJson(const std::string& fileName, const Finding& finding);
 
 /// Collects the findings in one property file.
 class Findings {

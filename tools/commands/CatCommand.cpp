@@ -1,8 +1,9 @@
-#include "commands/CatCommand.h"
+#include "commands/Command.h"
 
-#include "Complaint.h"
-#include "commands/OrderOfRecords.h"
+#include "filters/FilterOptions.h"
+#include "inputs/InputOptions.h"
 #include "inputs/LogFiles.h"
+#include "printers/PrintOptions.h"
 #include "printers/RecordPresenter.h"
 #include "records/Merger.h"
 
@@ -16,6 +17,19 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+/// `zav-log cat`: merges log files and shows them as one log.
+class CatCommand : public Command {
+public:
+    explicit CatCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    InputOptions inputs_;
+    FilterOptions filters_;
+    PrintOptions printing_;
+};
 
 /// \return false if some inputs cannot be read; each of them is reported on standard error
 bool openStreams(const std::vector<InputSpec>& inputs, std::deque<RecordStream>& streams) {
@@ -50,8 +64,6 @@ void showAll(std::deque<RecordStream>& streams, RecordPresenter& presenter, Outp
     output.write(presenter.end());
 }
 
-} // namespace
-
 CatCommand::CatCommand(CLI::App& program)
     : Command(*program.add_subcommand("cat", "Merge log files into one log, in the order of time")) {
     inputs_.addTo(command_);
@@ -81,6 +93,12 @@ ExitCode CatCommand::run(Output& output) {
         }
     }
     return isComplete ? EXIT_OK : EXIT_PROBLEM;
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeCatCommand(CLI::App& program) {
+    return std::make_unique<CatCommand>(program);
 }
 
 } // namespace Tools

@@ -1,10 +1,35 @@
-#include "commands/CheckCommand.h"
+#include "commands/Command.h"
 
 #include "check/Checker.h"
-#include "check/FindingText.h"
+#include "check/Findings.h"
+#include "config/CustomAppenderClasses.h"
+#include "options/ColorOption.h"
+
+#include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+/// `zav-log check`: reports what the library would do with property files that their authors cannot have
+/// intended.
+class CheckCommand : public Command {
+public:
+    explicit CheckCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    bool isComplaint(const Finding& finding) const;
+
+    std::vector<std::string> files_;
+    bool isJson_ = false;
+    bool isStrict_ = false;
+    CustomAppenderClasses classes_;
+    ColorOption color_;
+};
 
 CheckCommand::CheckCommand(CLI::App& program)
     : Command(*program.add_subcommand("check", "Find what is wrong with property files")) {
@@ -37,6 +62,12 @@ ExitCode CheckCommand::run(Output& output) {
 
 bool CheckCommand::isComplaint(const Finding& finding) const {
     return isStrict_ || finding.severity == Finding::AN_ERROR;
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeCheckCommand(CLI::App& program) {
+    return std::make_unique<CheckCommand>(program);
 }
 
 } // namespace Tools

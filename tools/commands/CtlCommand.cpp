@@ -1,10 +1,9 @@
-#include "commands/CtlCommand.h"
+#include "commands/Command.h"
 
-#include "Complaint.h"
-#include "UsageError.h"
 #include "control/ClientSession.h"
 #include "control/ControlRequest.h"
 #include "ctl/ControlClient.h"
+#include "options/ColorOption.h"
 #include "options/LevelName.h"
 #include "terminal/Paint.h"
 
@@ -12,11 +11,33 @@
 #include <iostream>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace ZAV {
 namespace Tools {
 
 namespace {
+
+/// `zav-log ctl`: sends one request to a running program and shows its answer.
+class CtlCommand : public Command {
+public:
+    explicit CtlCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::vector<std::string> requestWords() const;
+    std::string requestLine() const;
+    std::string refusalText(const std::string& refusal) const;
+    void show(const std::string& lines, Output& output) const;
+
+    std::string address_;
+    std::vector<std::string> request_; ///< with its arguments
+    std::string duration_;
+    CLI::Option* durationOption_ = nullptr;
+    ColorOption color_;
+};
 
 const char* const REQUESTS =
     "requests:\n"
@@ -60,8 +81,6 @@ void checkThatNameIsWhole(const Log::ControlRequest& request, const std::vector<
         throw UsageError("too many arguments, or blanks where there can be none, in '" + words[0] + "'");
     }
 }
-
-} // namespace
 
 CtlCommand::CtlCommand(CLI::App& program)
     : Command(*program.add_subcommand("ctl", "Ask a running program that has opened a control server")) {
@@ -150,6 +169,12 @@ std::string CtlCommand::refusalText(const std::string& refusal) const {
     const bool isBadLevel = request_[0] == "level" && request_.size() > 2 &&
                             refusal == "There is no '" + levelName(request_[2]) + "' LogLevel defined.";
     return isBadLevel ? refusal + ' ' + LIST_OF_LEVELS : refusal;
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeCtlCommand(CLI::App& program) {
+    return std::make_unique<CtlCommand>(program);
 }
 
 } // namespace Tools

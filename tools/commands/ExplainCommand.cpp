@@ -1,13 +1,45 @@
-#include "commands/ExplainCommand.h"
+#include "commands/Command.h"
 
-#include "explain/DotGraph.h"
+#include "config/CustomAppenderClasses.h"
+#include "explain/Explanation.h"
 #include "explain/ExplanationText.h"
+#include "log/Level.h"
+#include "options/ColorOption.h"
 #include "options/LevelName.h"
 
 #include <algorithm>
+#include <string>
 
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+/// `zav-log explain`: shows where the messages of a logger would go.
+class ExplainCommand : public Command {
+public:
+    explicit ExplainCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    std::string describe(const Explanation& explanation) const;
+    std::string describeAsGraph(const Explanation& explanation) const;
+    bool hasLogger() const { return loggerOption_->count() > 0; }
+    bool hasLevel() const { return levelOption_->count() > 0; }
+
+    std::string file_;
+    std::string logger_;
+    CLI::Option* loggerOption_ = nullptr;
+    std::string levelName_;
+    CLI::Option* levelOption_ = nullptr;
+    Log::Level::LogLevel level_ = Log::Level::LEVEL_AUDIT;
+    std::string type_ = "LOG";
+    std::string address_;
+    bool isGraph_ = false;
+    CustomAppenderClasses classes_;
+    ColorOption color_;
+};
 
 ExplainCommand::ExplainCommand(CLI::App& program)
     : Command(*program.add_subcommand("explain", "Say where messages would go with a property file")) {
@@ -63,6 +95,12 @@ std::string ExplainCommand::describeAsGraph(const Explanation& explanation) cons
         graph.addTable();
     }
     return graph.text();
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeExplainCommand(CLI::App& program) {
+    return std::make_unique<ExplainCommand>(program);
 }
 
 } // namespace Tools

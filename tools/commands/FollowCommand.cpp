@@ -1,16 +1,39 @@
-#include "commands/FollowCommand.h"
+#include "commands/Command.h"
 
-#include "UsageError.h"
-#include "commands/OrderOfRecords.h"
+#include "filters/FilterOptions.h"
 #include "follow/Follower.h"
-#include "options/RecordCount.h"
+#include "inputs/InputOptions.h"
+#include "printers/PrintOptions.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+/// `zav-log follow`: shows the records of log files, and new ones as the files grow.
+class FollowCommand : public Command {
+public:
+    explicit FollowCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    static constexpr std::size_t DEFAULT_LINES = 10;
+
+    InputOptions inputs_;
+    FilterOptions filters_;
+    PrintOptions printing_;
+    std::size_t lines_ = DEFAULT_LINES;
+    bool fromStart_ = false;
+    std::string state_;
+    CLI::Option* linesOption_ = nullptr;
+    CLI::Option* stateOption_ = nullptr;
+};
 
 FollowCommand::FollowCommand(CLI::App& program)
     : Command(*program.add_subcommand("follow",
@@ -51,6 +74,12 @@ ExitCode FollowCommand::run(Output& output) {
     }
     follower.run();
     return EXIT_OK;
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeFollowCommand(CLI::App& program) {
+    return std::make_unique<FollowCommand>(program);
 }
 
 } // namespace Tools

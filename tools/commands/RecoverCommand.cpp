@@ -1,9 +1,6 @@
-#include "commands/RecoverCommand.h"
+#include "commands/Command.h"
 
-#include "Complaint.h"
-#include "OutputClosed.h"
-#include "UsageError.h"
-#include "config/PropertySource.h"
+#include "config/PropertyFile.h"
 #include "inputs/QueueLines.h"
 #include "log/CommandListener.h"
 #include "log/LogManager.h"
@@ -18,7 +15,6 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -26,6 +22,24 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+/// `zav-log recover`: delivers the messages that a program has left in its queue file.
+class RecoverCommand : public Command {
+public:
+    explicit RecoverCommand(CLI::App& program);
+
+    ExitCode run(Output& output) override;
+
+private:
+    bool deliver(Log::QueueFile& file, const Util::Properties& properties, Output& output,
+                 Log::Recovery& recovery);
+
+    std::string path_;
+    std::string configuration_;
+    std::string layout_ = "plain";
+    CLI::Option* configurationOption_ = nullptr;
+    CLI::Option* layoutOption_ = nullptr;
+};
 
 /// Reports only the first failure of an appender, which explains the others.
 class FirstFailureReporter : public Log::CommandListener {
@@ -86,8 +100,6 @@ bool checkThatAllIsThere(const Log::Recovery& recovery, const std::string& confi
     }
     return recovery.isAllGiven() && recovery.lost == 0;
 }
-
-} // namespace
 
 RecoverCommand::RecoverCommand(CLI::App& program)
     : Command(*program.add_subcommand("recover",
@@ -151,6 +163,12 @@ bool RecoverCommand::deliver(Log::QueueFile& file, const Util::Properties& prope
                     " of its messages can be read, and it was left as it is");
     }
     return isAllThere && damage.empty();
+}
+
+} // namespace
+
+std::unique_ptr<Command> makeRecoverCommand(CLI::App& program) {
+    return std::make_unique<RecoverCommand>(program);
 }
 
 } // namespace Tools

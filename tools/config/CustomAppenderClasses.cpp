@@ -1,6 +1,6 @@
 #include "config/CustomAppenderClasses.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "log/AppenderOptions.h"
 #include "log/LogException.h"
 #include "log/LogManager.h"

@@ -1,11 +1,11 @@
 #include "config/InitTrial.h"
 
-#include "config/ReportCapture.h"
 #include "log/LogManager.h"
 #include "log/config/KeyNames.h"
 #include "platform/Process.h"
 
 #include <exception>
+#include <iostream>
 
 namespace ZAV {
 namespace Tools {
@@ -31,6 +31,17 @@ std::string initError(const Util::Properties& properties) {
         return exception.what();
     }
     return reports.firstLine();
+}
+
+ReportCapture::ReportCapture() : shown_(std::cerr.rdbuf(reports_.rdbuf())) {}
+
+ReportCapture::~ReportCapture() {
+    std::cerr.rdbuf(shown_);
+}
+
+std::string ReportCapture::firstLine() const {
+    const std::string text = reports_.str();
+    return text.substr(0, text.find('\n'));
 }
 
 } // namespace Tools

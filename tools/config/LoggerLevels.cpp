@@ -1,6 +1,6 @@
 #include "config/LoggerLevels.h"
 
-#include "config/ReportCapture.h"
+#include "config/InitTrial.h"
 #include "log/LogException.h"
 #include "log/LoggerFactory.h"
 #include "log/config/LoggerKeys.h"

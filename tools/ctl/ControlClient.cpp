@@ -1,6 +1,6 @@
 #include "ctl/ControlClient.h"
 
-#include "Failure.h"
+#include "Outcome.h"
 
 namespace ZAV {
 namespace Tools {

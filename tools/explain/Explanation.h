@@ -1,17 +1,59 @@
 #pragma once
 
+#include "config/ConfiguredAppender.h"
 #include "config/LoggerLevels.h"
-#include "explain/ExplainedAppender.h"
-#include "explain/Route.h"
+#include "log/Level.h"
+#include "log/LogMessage.h"
 #include "log/MessageType.h"
 #include "zav-util/Properties.h"
 
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
+
+/// What becomes of the messages of one logger at one appender.
+struct Route {
+    std::string appender;
+    std::string place;                          ///< where the appender writes
+    std::string layout;                         ///< the layout of its lines, if the configuration names one
+    std::optional<Log::Level::LogLevel> lowest; ///< the lowest level that is written; nothing if none is
+    std::string reason;                         ///< why not more is written, or nothing at all
+};
+
+/// What becomes of one message at one appender.
+struct Delivery {
+    std::string appender;
+    std::string place;
+    std::string refusal; ///< why it is not written; empty if it is
+};
+
+/// A configured appender, with the filters that the library gives it.
+class ExplainedAppender {
+public:
+    /// \param properties must outlive this object
+    ExplainedAppender(const std::string& name, const Util::Properties& properties);
+
+    const std::string& name() const { return name_; }
+    std::string place() const { return place_.describe(); }
+
+    /// \return the layout that the configuration names; empty if it leaves the choice to the appender's class
+    std::string layout() const;
+
+    /// \return why a message is not written; empty if it is
+    std::string refusal(const Log::LogMessage& message) const;
+
+private:
+    std::string setting(const std::string& setting) const;
+
+    std::string name_;
+    const Util::Properties& properties_;
+    AppenderFilters filters_;
+    AppenderPlace place_;
+};
 
 /// Where a configuration sends messages of one type, according to the library's own loggers and filters. Only
 /// one object may exist at a time, since the loggers are those of the process.

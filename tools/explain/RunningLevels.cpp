@@ -1,7 +1,6 @@
 #include "explain/RunningLevels.h"
 
-#include "Complaint.h"
-#include "Failure.h"
+#include "Outcome.h"
 #include "ctl/ControlClient.h"
 #include "log/LoggerFactory.h"
 #include "log/config/KeyNames.h"

@@ -1,6 +1,6 @@
 #include "filters/FilterOptions.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "options/LevelName.h"
 #include "zav-util/TimeUtils.h"
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "filters/Pattern.h"
 #include "filters/TimeBound.h"
 #include "log/Level.h"
 #include "log/MessageType.h"
@@ -16,9 +15,16 @@
 namespace ZAV {
 namespace Tools {
 
+class Pattern;
+
 /// Decides which records are wanted: those that meet every requirement, or all others.
 class RecordFilter {
 public:
+    RecordFilter();
+    ~RecordFilter();
+    RecordFilter(RecordFilter&& other) noexcept;
+    RecordFilter& operator=(RecordFilter&& other) noexcept;
+
     /// Configuration messages have no level in their lines and count as the most severe.
     void requireLevel(Log::Level::LogLevel level) { level_ = level; }
 
@@ -33,8 +39,10 @@ public:
     void requireSince(const TimeBound& bound) { since_ = bound; }
     void requireUntil(const TimeBound& bound) { until_ = bound; }
 
+    /// Requires that a regular expression, in the syntax that Perl and ECMAScript have in common, matches
+    /// somewhere in the text.
     /// \throw UsageError if the expression is invalid
-    void requirePattern(const std::string& expression) { pattern_ = std::make_unique<Pattern>(expression); }
+    void requirePattern(const std::string& expression);
 
     /// From now on, the records that do not meet the requirements are wanted.
     void invert() { isInverted_ = true; }

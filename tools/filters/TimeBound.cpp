@@ -1,8 +1,8 @@
 #include "filters/TimeBound.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
+#include "records/TimeStamp.h"
 
 #include <algorithm>
 #include <array>

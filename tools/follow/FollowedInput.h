@@ -2,8 +2,7 @@
 
 #include "filters/RecordFilter.h"
 #include "follow/FilePlace.h"
-#include "inputs/InputSpec.h"
-#include "inputs/LogFile.h"
+#include "inputs/LogFiles.h"
 #include "records/RecordStream.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "follow/Follower.h"
 
-#include "Complaint.h"
+#include "Outcome.h"
 #include "platform/Terminal.h"
 #include "records/Merger.h"
 

@@ -4,7 +4,7 @@
 #include "filters/RecordFilter.h"
 #include "follow/FollowedInput.h"
 #include "follow/StateFile.h"
-#include "inputs/InputSpec.h"
+#include "inputs/LogFiles.h"
 #include "printers/RecordPresenter.h"
 
 #include <chrono>

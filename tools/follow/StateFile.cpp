@@ -1,6 +1,6 @@
 #include "follow/StateFile.h"
 
-#include "Failure.h"
+#include "Outcome.h"
 #include "platform/Files.h"
 #include "platform/OpenFiles.h"
 #include "zav-util/Utf8.h"

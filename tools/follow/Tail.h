@@ -1,7 +1,7 @@
 #pragma once
 
 #include "filters/RecordFilter.h"
-#include "inputs/LogFile.h"
+#include "inputs/LogFiles.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "inputs/InputSpec.h"
+#include "inputs/LogFiles.h"
 
 #include <CLI/CLI.hpp>
 #include <optional>

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -19,6 +20,12 @@ using namespace std::literals;
 constexpr int GZIP_FORMAT = 16; ///< added to zlib's window bits to select gzip
 constexpr std::size_t BLOCK = std::size_t{64} * 1024;
 constexpr std::string_view GZIP_BEGINNING = "\x1f\x8b"sv;
+
+/// The first bytes of files of bzip2, xz, Zstandard, LZ4 and ZIP.
+constexpr std::string_view OTHER_BEGINNINGS[] = {"BZh"sv,
+                                                 "\xfd"
+                                                 "7zXZ\0"sv,
+                                                 "\x28\xb5\x2f\xfd"sv, "\x04\x22\x4d\x18"sv, "PK\x03\x04"sv};
 
 } // namespace
 
@@ -190,6 +197,23 @@ bool LogContent::detectFormat(std::string& problem) const {
         beginning_.clear();
     }
     return true;
+}
+
+bool LogContent::isPackedOtherwise(std::string& problem) const {
+    if (!isSeekable() || isPacked()) {
+        return false;
+    }
+    char bytes[8];
+    std::string ignored;
+    const std::int64_t count = readAt(0, bytes, sizeof bytes, ignored);
+    const std::string_view beginning(bytes, static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
+    const bool isKnown = std::any_of(
+        std::begin(OTHER_BEGINNINGS), std::end(OTHER_BEGINNINGS),
+        [beginning](std::string_view known) { return beginning.substr(0, known.size()) == known; });
+    if (isKnown) {
+        problem = "Is a packed file; unpack it first, or read what its unpacker writes from standard input";
+    }
+    return isKnown;
 }
 
 std::int64_t LogContent::readAt(std::uint64_t offset, char* buffer, std::size_t size,

@@ -39,6 +39,11 @@ public:
     /// \return whether it is a queue file, whose lines are of `json`
     bool isQueue() const { return queue_ != nullptr; }
 
+    /// Recognises a file packed by anything but gzip from its first bytes: its content is no log until it is
+    /// unpacked. Pipes are not examined.
+    /// \param problem receives what to do about it
+    bool isPackedOtherwise(std::string& problem) const;
+
     bool isSeekable() const { return file_.isSeekable(); }
     bool hasEnded() const noexcept;
     std::uint64_t position() const { return isPacked() ? 0 : file_.position(); }

@@ -1,6 +1,5 @@
 #include "inputs/LogFiles.h"
 
-#include "inputs/PackedFile.h"
 #include "log/appenders/RolledFiles.h"
 #include "platform/Files.h"
 
@@ -82,7 +81,7 @@ bool isReadable(LogFile& file, std::string& problem) {
     if (file.file.isQueue()) {
         file.layout = LineForm(); // its lines have their own form
     }
-    return !isPacked(file, problem);
+    return !file.file.isPackedOtherwise(problem);
 }
 
 bool openFound(LogFile& file, std::string& problem) {
@@ -181,33 +180,6 @@ InputSpec::Kind resolve(const InputSpec& input) {
     return isThereAsFile ? InputSpec::FILE : InputSpec::FILE_OR_SERIES;
 }
 
-/// From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file that is
-/// renamed meanwhile is met twice rather than not at all. If it is renamed while it is being opened, its name
-/// goes to the next file, or to none, which is no error.
-std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems) {
-    std::vector<LogFile> files;
-    for (char digit = NEWEST; digit <= OLDEST; ++digit) {
-        LogFile member;
-        member.path = input.path + digit;
-        member.layout = input.layout;
-        if (!isThere(member.path)) {
-            continue;
-        }
-        std::string problem;
-        const bool isOpen = openFound(member, problem) || openFound(member, problem);
-        if (isOpen && !isAmong(files, member)) {
-            files.push_back(std::move(member));
-        } else if (!isOpen && isThere(member.path)) {
-            problems.push_back(member.path + ": " + problem);
-        }
-    }
-    std::reverse(files.begin(), files.end());
-    if (input.kind == InputSpec::FILE_OR_SERIES) {
-        addFileOfBaseName(files, input, problems);
-    }
-    return files;
-}
-
 /// The packed file appears before the plain one is removed.
 bool openRolled(LogFile& file, std::string& problem) {
     if (file.file.isOpen()) {
@@ -235,6 +207,39 @@ void closeRolled(LogFile& file) {
 }
 
 namespace {
+
+/// Opens the files of a series, the oldest first. A regular file of exactly the base name comes before them,
+/// if the input may also name a file.
+///
+/// A file that a concurrent rotation shows under two names is returned once; none is missed.
+/// \param problems receives a line for each member that cannot be read, is no regular file, or is a symbolic link out
+/// of its folder, and for such a link of the base name
+std::vector<LogFile> openSeries(const InputSpec& input, std::vector<std::string>& problems) {
+    std::vector<LogFile> files;
+    // From the newest to the oldest, as a rotation renames files from the oldest to the newest: a file that
+    // is renamed meanwhile is met twice rather than not at all. If it is renamed while it is being opened,
+    // its name goes to the next file, or to none, which is no error.
+    for (char digit = NEWEST; digit <= OLDEST; ++digit) {
+        LogFile member;
+        member.path = input.path + digit;
+        member.layout = input.layout;
+        if (!isThere(member.path)) {
+            continue;
+        }
+        std::string problem;
+        const bool isOpen = openFound(member, problem) || openFound(member, problem);
+        if (isOpen && !isAmong(files, member)) {
+            files.push_back(std::move(member));
+        } else if (!isOpen && isThere(member.path)) {
+            problems.push_back(member.path + ": " + problem);
+        }
+    }
+    std::reverse(files.begin(), files.end());
+    if (input.kind == InputSpec::FILE_OR_SERIES) {
+        addFileOfBaseName(files, input, problems);
+    }
+    return files;
+}
 
 /// Opens the file at a path, after those that were rolled away from it. Tries twice, since a rotation may put
 /// the next file there after the first attempt.

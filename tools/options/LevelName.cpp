@@ -1,6 +1,6 @@
 #include "options/LevelName.h"
 
-#include "UsageError.h"
+#include "Outcome.h"
 #include "log/LogException.h"
 
 #include <algorithm>

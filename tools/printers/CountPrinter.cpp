@@ -1,14 +1,31 @@
-#include "printers/CountPrinter.h"
+#include "printers/Printer.h"
 
 #include "zav-util/Utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <functional>
+#include <map>
+#include <string_view>
 
 namespace ZAV {
 namespace Tools {
 
 namespace {
+
+class CountPrinter : public Printer {
+public:
+    void print(RecordStream& stream, std::string& text) override;
+    void printEnd(std::string& text) override;
+
+private:
+    static constexpr std::size_t COLUMNS = 8; ///< the six levels, configuration messages, and what is neither
+
+    using Counts = std::array<std::uint64_t, COLUMNS>;
+
+    std::map<std::string, Counts, std::less<>> counts_;
+};
 
 constexpr std::array<const char*, 8> TITLES = {"AUDIT", "ERROR", "WARNING", "INFO",
                                                "DEBUG", "TRACE", "CFG",     "-"};
@@ -52,8 +69,6 @@ void appendRight(std::string& text, const std::string& cell) {
     text += cell;
 }
 
-} // namespace
-
 void CountPrinter::print(RecordStream& stream, std::string&) {
     if (!stream.record().hasTime) {
         return;
@@ -86,6 +101,12 @@ void CountPrinter::printEnd(std::string& text) {
         }
         text += '\n';
     }
+}
+
+} // namespace
+
+std::unique_ptr<Printer> makeCountPrinter() {
+    return std::make_unique<CountPrinter>();
 }
 
 } // namespace Tools

@@ -1,9 +1,8 @@
-#include "printers/JsonPrinter.h"
+#include "printers/Printer.h"
 
 #include "log/text/JsonText.h"
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -11,6 +10,11 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+class JsonPrinter : public Printer {
+public:
+    void print(RecordStream& stream, std::string& text) override;
+};
 
 /// \param member with the separator before it and the colon after it
 void addText(std::string& object, std::string_view member, std::string_view value) {
@@ -47,8 +51,6 @@ void addPairs(std::string& object, std::string_view member, const RecordPairs* p
     object += '}';
 }
 
-} // namespace
-
 void JsonPrinter::print(RecordStream& stream, std::string& text) {
     const bool belongsToARecord = stream.record().hasTime || stream.hasHeader();
     if (!belongsToARecord) {
@@ -74,6 +76,12 @@ void JsonPrinter::print(RecordStream& stream, std::string& text) {
     addPairs(text, ",\"context\":", fields.context);
     Log::appendJsonText(text += ",\"source\":", stream.source());
     text += "}\n";
+}
+
+} // namespace
+
+std::unique_ptr<Printer> makeJsonPrinter() {
+    return std::make_unique<JsonPrinter>();
 }
 
 } // namespace Tools

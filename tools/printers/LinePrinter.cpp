@@ -1,4 +1,4 @@
-#include "printers/LinePrinter.h"
+#include "printers/Printer.h"
 
 #include "terminal/Paint.h"
 
@@ -7,11 +7,21 @@ namespace Tools {
 
 namespace {
 
+class LinePrinter : public Printer {
+public:
+    LinePrinter(bool hasColors, bool hasSources) : hasColors_(hasColors), hasSources_(hasSources) {}
+
+    void print(RecordStream& stream, std::string& text) override;
+    void printGap(std::string& text) override;
+
+private:
+    bool hasColors_;
+    bool hasSources_;
+};
+
 Paint paintOfRecord(const Fields& fields) {
     return fields.hasLevel ? paintOf(fields.level) : Paint::PLAIN;
 }
-
-} // namespace
 
 void LinePrinter::print(RecordStream& stream, std::string& text) {
     const Record& record = stream.record();
@@ -32,6 +42,12 @@ void LinePrinter::print(RecordStream& stream, std::string& text) {
 
 void LinePrinter::printGap(std::string& text) {
     text += "--\n";
+}
+
+} // namespace
+
+std::unique_ptr<Printer> makeLinePrinter(bool hasColors, bool hasSources) {
+    return std::make_unique<LinePrinter>(hasColors, hasSources);
 }
 
 } // namespace Tools

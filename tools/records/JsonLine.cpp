@@ -1,6 +1,6 @@
 #include "records/JsonLine.h"
 
-#include "records/IsoTime.h"
+#include "records/TimeStamp.h"
 
 #include <cstddef>
 #include <cstdint>

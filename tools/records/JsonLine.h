@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/StructuredRecord.h"
+#include "records/Record.h"
 
 #include <memory>
 #include <string_view>

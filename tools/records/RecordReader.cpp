@@ -24,7 +24,7 @@ LineForm textLines() {
 RecordReader::RecordReader(const LogContent& file) : RecordReader(file, 0, textLines()) {}
 
 RecordReader::RecordReader(const LogContent& file, std::uint64_t offset, LineForm form)
-    : file_(file), offset_(offset), buffer_(BLOCK), machineLines_(std::move(form)) {}
+    : file_(file), offset_(offset), buffer_(BLOCK), structuredLines_(std::move(form)) {}
 
 bool RecordReader::next(Record& record) {
     while (!findEnd()) {
@@ -44,8 +44,8 @@ bool RecordReader::takeRest(Record& record, bool withUnfinishedLine) {
     const std::string_view unfinished(buffer_.data() + line_, end_ - line_);
     const bool isRecord =
         withUnfinishedLine && line_ != begin_ &&
-        (startsWithTime(unfinished) ||
-         (machineLines_.mayBegin(unfinished) && machineLines_.read(unfinished, offset_ + line_) != nullptr));
+        (startsWithTime(unfinished) || (structuredLines_.mayBegin(unfinished) &&
+                                        structuredLines_.read(unfinished, offset_ + line_) != nullptr));
     const std::size_t end = withUnfinishedLine && !isRecord ? end_ : line_;
     if (end == begin_) {
         return false;
@@ -86,8 +86,8 @@ bool RecordReader::beginsRecord() {
     if (startsWithTime(ahead) && ahead.size() > TIME_STAMP_LENGTH) {
         return true;
     }
-    return machineLines_.mayBegin(ahead) && findLineFeed() &&
-           machineLines_.read(lineAt(line_), offset_ + line_) != nullptr;
+    return structuredLines_.mayBegin(ahead) && findLineFeed() &&
+           structuredLines_.read(lineAt(line_), offset_ + line_) != nullptr;
 }
 
 /// \return the line without its end, as far as it has been read
@@ -131,14 +131,14 @@ void RecordReader::makeRoom() {
 
 void RecordReader::emit(Record& record, std::size_t end) {
     std::string_view lines(buffer_.data() + begin_, end - begin_);
-    const bool isMachine = !isInLine_ && takeMachine(lines, offset_ + begin_);
-    record.hasTime = isMachine || (!isInLine_ && startsWithTime(lines));
+    const bool isStructured = !isInLine_ && takeStructured(lines, offset_ + begin_);
+    record.hasTime = isStructured || (!isInLine_ && startsWithTime(lines));
     record.isContinuation = !record.hasTime && continues_;
     noteUnreadable(lines);
-    if (!isMachine && !record.isContinuation) {
-        machine_.reset();
+    if (!isStructured && !record.isContinuation) {
+        structured_.reset();
     }
-    record.machine = machine_.get();
+    record.structured = structured_.get();
     record.isPart = false;
     record.isCutInLine = false;
     record.end = offset_ + end;
@@ -149,12 +149,12 @@ void RecordReader::emit(Record& record, std::size_t end) {
             lines.remove_suffix(1);
         }
     }
-    if (isMachine) {
+    if (isStructured) {
         const std::size_t first = std::min(lines.find('\n'), lines.size());
         if (first != lines.size()) {
-            machine_->addLines(withoutCarriageReturns(lines.substr(first + 1)));
+            structured_->addLines(withoutCarriageReturns(lines.substr(first + 1)));
         }
-        record.lines = machine_->shown();
+        record.lines = structured_->shown();
     } else {
         record.lines = withoutCarriageReturns(lines);
     }
@@ -169,7 +169,7 @@ void RecordReader::noteUnreadable(std::string_view lines) {
     for (std::string_view rest = lines; rest.size() >= LONGEST_RECORD - 1;) {
         const std::size_t size = std::min(rest.find('\n'), rest.size());
         const bool isFirst = rest.size() == lines.size();
-        if (size >= LONGEST_RECORD - 1 && machineLines_.mayBegin(rest) && !(isFirst && isInLine_) &&
+        if (size >= LONGEST_RECORD - 1 && structuredLines_.mayBegin(rest) && !(isFirst && isInLine_) &&
             !startsWithTime(rest)) {
             problem_ = "A line of more than 4 MiB is shown as it stands, whatever its layout";
         }
@@ -177,33 +177,35 @@ void RecordReader::noteUnreadable(std::string_view lines) {
     }
 }
 
-/// \return whether the lines begin with a machine-readable one, which `machine_` then holds
-bool RecordReader::takeMachine(std::string_view lines, std::uint64_t offset) {
-    if (!machineLines_.mayBegin(lines)) {
+/// \return whether the lines begin with a machine-readable one, which `structured_` then holds
+bool RecordReader::takeStructured(std::string_view lines, std::uint64_t offset) {
+    if (!structuredLines_.mayBegin(lines)) {
         return false;
     }
-    std::shared_ptr<StructuredRecord> machine = machineLines_.take(lines.substr(0, lines.find('\n')), offset);
-    if (machine == nullptr) {
+    std::shared_ptr<StructuredRecord> structured =
+        structuredLines_.take(lines.substr(0, lines.find('\n')), offset);
+    if (structured == nullptr) {
         return false;
     }
-    machine_ = std::move(machine);
+    structured_ = std::move(structured);
     return true;
 }
 
 /// \return the time of a line in the buffer; empty if it has none
 std::string_view RecordReader::timeAt(std::size_t line) {
     const std::string_view ahead(buffer_.data() + line, end_ - line);
-    if (machineLines_.mayBegin(ahead)) {
-        const std::shared_ptr<StructuredRecord> machine = machineLines_.read(lineAt(line), offset_ + line);
-        if (machine != nullptr) {
-            return machine->time(); // still cached after the return
+    if (structuredLines_.mayBegin(ahead)) {
+        const std::shared_ptr<StructuredRecord> structured =
+            structuredLines_.read(lineAt(line), offset_ + line);
+        if (structured != nullptr) {
+            return structured->time(); // still cached after the return
         }
     }
     return startsWithTime(ahead) ? ahead.substr(0, TIME_STAMP_LENGTH) : std::string_view();
 }
 
 std::string_view RecordReader::lowestFrom(std::string_view time) {
-    const bool isText = !machineLines_.mayBegin(ahead());
+    const bool isText = !structuredLines_.mayBegin(ahead());
     if (isText && ahead().substr(0, TIME_STAMP_LENGTH) >= time) { // the usual case
         return time;
     }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "inputs/LogContent.h"
-#include "records/MachineLines.h"
 #include "records/Record.h"
+#include "records/StructuredLines.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ namespace Tools {
 class RecordReader {
 public:
     static constexpr std::size_t BLOCK = 128 * 1024;
-    static constexpr std::size_t LONGEST_RECORD = MachineLines::LONGEST;
+    static constexpr std::size_t LONGEST_RECORD = StructuredLines::LONGEST;
 
     /// Reads lines of the text layouts.
     /// \param file must outlive the reader
@@ -74,7 +74,7 @@ private:
     void makeRoom();
     void emit(Record& record, std::size_t end);
     void emitPart(Record& record);
-    bool takeMachine(std::string_view lines, std::uint64_t offset);
+    bool takeStructured(std::string_view lines, std::uint64_t offset);
     void noteUnreadable(std::string_view lines);
     std::string_view timeAt(std::size_t line);
     void rememberHeader(const Record& record);
@@ -94,8 +94,8 @@ private:
     std::size_t sinceLastLook_ = 0; ///< bytes since the signals were checked
     std::uint64_t lowest_ = 0;      ///< offset of the line ahead where a run of falling times ends
     std::string lowestTime_;        ///< of that line
-    MachineLines machineLines_;
-    std::shared_ptr<StructuredRecord> machine_; ///< what was returned last, or what that continues
+    StructuredLines structuredLines_;
+    std::shared_ptr<StructuredRecord> structured_; ///< what was returned last, or what that continues
     std::string header_;
     std::string normalised_;
     std::string problem_;

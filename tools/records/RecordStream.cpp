@@ -1,12 +1,56 @@
 #include "records/RecordStream.h"
 
-#include "records/LineParser.h"
+#include "records/TimeStamp.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace ZAV {
 namespace Tools {
+
+namespace {
+
+Layout scan(const LogContent& file) {
+    RecordReader reader(file);
+    Record record;
+    while (reader.next(record) || reader.takeRest(record, true)) {
+        const Layout layout = record.hasTime ? layoutOf(record.lines) : Layout::UNKNOWN;
+        if (layout != Layout::UNKNOWN) {
+            return layout;
+        }
+    }
+    return Layout::UNKNOWN;
+}
+
+Layout scanLines(std::string_view lines) {
+    while (!lines.empty()) {
+        const Layout layout = startsWithTime(lines) ? layoutOf(lines) : Layout::UNKNOWN;
+        if (layout != Layout::UNKNOWN) {
+            return layout;
+        }
+        lines.remove_prefix(std::min(lines.find('\n'), lines.size() - 1) + 1);
+    }
+    return Layout::UNKNOWN;
+}
+
+} // namespace
+
+LayoutDetector::LayoutDetector(const LogContent& file, Layout given) : file_(file), layout_(given) {}
+
+Layout LayoutDetector::layoutFor(const Record& record, const RecordReader& reader) {
+    if (layout_ == Layout::UNKNOWN && !hasScanned_ && file_.isSeekable()) {
+        layout_ = scan(file_);
+        hasScanned_ = true;
+    }
+    if (layout_ == Layout::UNKNOWN && record.hasTime) {
+        layout_ = layoutOf(record.lines); // of a line that was written after the scan
+    }
+    if (layout_ == Layout::UNKNOWN && !file_.isSeekable() && reader.bytesSeen() != scannedTo_) {
+        layout_ = scanLines(reader.ahead());
+        scannedTo_ = reader.bytesSeen();
+    }
+    return layout_;
+}
 
 void RecordStream::append(LogFile file) {
     waiting_.push_back(std::move(file));
@@ -44,8 +88,8 @@ void RecordStream::observeTime() {
 }
 
 void RecordStream::observe(const Record& record) {
-    if (record.machine != nullptr && record.machine->instant()) {
-        clock_.observe(record.time(), *record.machine->instant());
+    if (record.structured != nullptr && record.structured->instant()) {
+        clock_.observe(record.time(), *record.structured->instant());
     } else {
         clock_.observe(record.time());
     }
@@ -100,8 +144,8 @@ const Fields& RecordStream::fields() {
     }
     hasFields_ = true;
     fields_ = Fields();
-    if (record_.machine != nullptr) {
-        fields_ = record_.machine->fields();
+    if (record_.structured != nullptr) {
+        fields_ = record_.structured->fields();
     } else if (record_.hasTime || hasHeader()) {
         const std::string_view lines = record_.hasTime ? record_.lines : current_->reader.header();
         fields_ = parseRecord(lines, current_->detector.layoutFor(record_, current_->reader));

@@ -1,7 +1,6 @@
 #include "records/ZonedClock.h"
 
 #include "platform/Clock.h"
-#include "records/CivilTime.h"
 
 #include <cstdio>
 #include <cstdlib>
