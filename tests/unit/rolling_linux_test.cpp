@@ -324,6 +324,23 @@ TEST_F(RollingFork, ProcessesThatComeToAFileOnlyAfterTheForkHaveItInCommon) {
     EXPECT_EQ(content(names[0]) + "," + content("f"), line("a") + line("b") + "," + line("c") + line("d"));
 }
 
+/// Related processes share only the files that both of them write.
+TEST_F(RollingFork, AChildRollsFilesOfItsOwnWhileItsParentRollsOthers) {
+    const TemporaryDirectory childs;
+    const auto appender = make(directory_.path(), {{"rollSize", "1 B"}});
+    appender->output(makeMessage("a"));
+    const pid_t child = fork();
+    if (child == 0) {
+        const auto own = make(childs.path(), {{"rollSize", "1 B"}});
+        own->output(makeMessage("b"));
+        own->output(makeMessage("c"));
+        _exit(0);
+    }
+    expectSuccessOf(child);
+    EXPECT_THAT(filesIn(childs.path()), SizeIs(2));
+    EXPECT_EQ(readFile(childs / "f"), line("c"));
+}
+
 TEST_F(RollingFork, AListenerThatForksInTheThreadThatPacksLeavesNothingOfItInTheChild) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizers do not follow forks of a process with threads";
