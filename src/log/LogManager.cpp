@@ -17,8 +17,8 @@
 #include "platform/Files.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/Threads.h"
+#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
-#include "zav-util/StandardError.h"
 
 #include <exception>
 #include <utility>

@@ -5,7 +5,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
 #include "platform/NeverDestroyed.h"
-#include "zav-util/StandardError.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "log/layout/ProcessDescription.h"
 
 #include "platform/Process.h"
-#include "zav-util/SystemInformation.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/text/PackedPairs.h"
-#include "zav-util/StandardError.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <exception>
 
