@@ -2,7 +2,6 @@
 
 #include "Complaint.h"
 #include "UsageError.h"
-#include "control/ClientSession.h"
 #include "control/ControlRequest.h"
 #include "ctl/ControlClient.h"
 #include "options/LevelName.h"
