@@ -2,7 +2,7 @@
 #include "check/KeyTable.h"
 #include "check/Nearest.h"
 #include "config/InitTrial.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 namespace ZAV {
 namespace Tools {

@@ -1,7 +1,7 @@
 #include "check/Checks.h"
 #include "check/MisreadNumber.h"
 #include "check/MisreadWord.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <optional>
 

@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "zav-util/Conversions.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 
 namespace ZAV {

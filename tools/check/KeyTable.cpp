@@ -1,7 +1,7 @@
 #include "check/KeyTable.h"
 
 #include "config/CustomAppenderClasses.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "check/MisreadNumber.h"
 
 #include "log/appenders/FileAppender.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Conversions.h"
 

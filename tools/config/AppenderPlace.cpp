@@ -2,7 +2,6 @@
 
 #include "log/appenders/FileAppender.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 
 #include <algorithm>
 #include <iostream>

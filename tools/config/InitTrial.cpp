@@ -2,7 +2,7 @@
 
 #include "config/ReportCapture.h"
 #include "log/LogManager.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "platform/Process.h"
 
 #include <exception>

@@ -1,6 +1,6 @@
 #include "explain/ExplainedAppender.h"
 
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/filters/MessageFilters.h"
 
 namespace ZAV {

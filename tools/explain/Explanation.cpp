@@ -5,7 +5,7 @@
 #include "config/PropertySource.h"
 #include "explain/RunningLevels.h"
 #include "log/LogManager.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <exception>
 #include <optional>

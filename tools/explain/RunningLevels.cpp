@@ -4,7 +4,7 @@
 #include "Failure.h"
 #include "ctl/ControlClient.h"
 #include "log/LoggerFactory.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "options/LevelName.h"
 
 #include <algorithm>

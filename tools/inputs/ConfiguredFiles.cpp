@@ -5,7 +5,6 @@
 #include "log/LogException.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 
 #include <algorithm>

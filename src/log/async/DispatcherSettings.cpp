@@ -1,6 +1,6 @@
 #include "log/async/DispatcherSettings.h"
 
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 #include "platform/Files.h"
 #include "platform/Threads.h"

@@ -1,7 +1,7 @@
 #include "log/config/LoggerKeys.h"
 
 #include "log/LogException.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"

@@ -1,7 +1,7 @@
 #include "log/tree/TreeChange.h"
 
 #include "log/Logger.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/LoggerKeys.h"
 #include "log/filters/TemporaryLevels.h"
 #include "log/tree/LoggerInside.h"
