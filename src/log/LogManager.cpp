@@ -9,7 +9,6 @@
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
 #include "log/lifecycle/Reload.h"
-#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/TreeChange.h"

@@ -2,7 +2,6 @@
 
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/message/ReusedMessage.h"
-#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ThreadContext.h"
 #include "platform/NeverDestroyed.h"
