@@ -1,5 +1,6 @@
 #include "log/layout/ProcessDescription.h"
 
+#include "platform/NeverDestroyed.h"
 #include "platform/Process.h"
 #include "zav-util/ProcessUtils.h"
 
@@ -12,15 +13,12 @@ namespace Log {
 
 namespace {
 
-/// Read once, since the name cannot change and reading it costs as much as opening a file. Never destroyed,
-/// since threads may still log while the process ends.
-const std::string& programName() {
-    static const std::string& name = *new std::string(Util::getProgramName());
-    return name;
-}
+/// Read once, since the name cannot change and reading it costs as much as opening a file.
+struct ProgramName : Platform::NeverDestroyed<ProgramName> {
+    const std::string text = Util::getProgramName();
+};
 
-/// Initialised at load, so that no thread does it while another one forks.
-const std::string& madeAtLoad = programName();
+const ProgramName& madeAtLoad = ProgramName::instance();
 
 /// The host's name, as a thread last read it.
 struct KnownHost {
@@ -60,7 +58,7 @@ ProcessDescription describeProcess(Util::TimeUtils::Time time) {
     if (shownProcess != nullptr) {
         return *shownProcess;
     }
-    return {programName(), Platform::rememberedProcessId(), hostName(time)};
+    return {ProgramName::instance().text, Platform::rememberedProcessId(), hostName(time)};
 }
 
 } // namespace Log
