@@ -14,7 +14,7 @@
 #include "log/tree/TreeChange.h"
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 #include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"

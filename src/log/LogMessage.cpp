@@ -7,7 +7,7 @@
 #include "log/MessageFilter.h"
 #include "log/MessageType.h"
 #include "log/text/PackedPairs.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <array>
 #include <utility>

@@ -4,7 +4,7 @@
 #include "log/async/MessageQueue.h"
 #include "log/async/QueueFiles.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <functional>

@@ -3,7 +3,7 @@
 #include "log/async/DiscardedLines.h"
 #include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

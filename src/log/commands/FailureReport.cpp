@@ -4,7 +4,7 @@
 #include "log/commands/CommandBus.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "zav-util/ProcessUtils.h"
 
 #include <algorithm>

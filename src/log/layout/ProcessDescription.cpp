@@ -1,6 +1,5 @@
 #include "log/layout/ProcessDescription.h"
 
-#include "platform/NeverDestroyed.h"
 #include "platform/Process.h"
 #include "zav-util/ProcessUtils.h"
 

@@ -1,7 +1,7 @@
 #include "log/message/ReusedMessage.h"
 
 #include "log/text/PackedPairs.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "log/reentrancy/LibraryCall.h"
 #include "log/text/PackedPairs.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "log/text/MessageText.h"
 
 #include "log/text/SpareStreams.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -4,7 +4,6 @@
 #include "log/message/ReusedMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ThreadContext.h"
-#include "platform/NeverDestroyed.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
 

@@ -2,8 +2,6 @@
 
 #include "NativeLock.h"
 
-#include "platform/NeverDestroyed.h"
-
 #include <atomic>
 #include <list>
 #include <new>

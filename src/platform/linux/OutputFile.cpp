@@ -1,7 +1,7 @@
 #include "platform/OpenFiles.h"
 
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 

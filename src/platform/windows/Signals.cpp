@@ -1,6 +1,6 @@
 #include "platform/Threads.h"
 
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -3,7 +3,7 @@
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "system/VisibleText.h"
 
 #include <cerrno>
