@@ -1,7 +1,5 @@
 #include "control/ControlLoop.h"
 
-#include "control/ControlRequest.h"
-#include "control/RequestHandler.h"
 #include "log/LogManager.h"
 #include "log/LogStatistics.h"
 #include "platform/Process.h"

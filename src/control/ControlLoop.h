@@ -1,9 +1,12 @@
 #pragma once
 
-#include "control/ClientSession.h"
+#include "control/ControlRequest.h"
+#include "control/RequestHandler.h"
 #include "platform/LocalSocket.h"
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +14,24 @@
 
 namespace ZAV {
 namespace Log {
+
+/// The state of a connected client.
+struct ClientSession {
+    using Clock = std::chrono::steady_clock;
+
+    LineBuffer lines;
+    Clock::time_point idleSince; ///< when a request was last carried out or an answer completely received
+    bool isRefused = false;      ///< whether the last request was refused, which does not count as activity
+
+    bool isFlushing = false; ///< answered when the queue is written, or at `flushUntil`
+    Clock::time_point flushUntil;
+    std::uint64_t flushTarget = 0; ///< delivery count at which all messages queued at the request are written
+
+    std::shared_ptr<ReloadCall> reload; ///< answered when that is over; null if none was requested
+
+    /// \return whether an answer is pending
+    bool isWaiting() const { return isFlushing || reload != nullptr; }
+};
 
 /// Serves all clients in one thread, one request at a time, without blocking on any client.
 class ControlLoop {

@@ -2,10 +2,39 @@
 
 #include "zav-util/TimeUtils.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace ZAV {
 namespace Log {
+
+/// Splits the bytes of one client into lines. Buffers at most one overlong line plus the bytes appended last.
+class LineBuffer {
+public:
+    /// The longest line, without its line end.
+    static constexpr std::size_t MAX_LENGTH = 4096;
+
+    struct Line {
+        std::string text; ///< without LF or CR LF
+        bool isTooLong;   ///< the text is then dropped; reported as soon as the limit is exceeded
+    };
+
+    void append(const std::string& bytes);
+
+    /// \return the next line, if it is complete or too long
+    std::optional<Line> next();
+
+private:
+    std::optional<Line> nextEnded(std::size_t end);
+
+    std::string bytes_;
+    bool isSkipping_ = false; ///< discarding the rest of an overlong line
+};
+
+/// \return the text with control characters escaped as `\n`, `\x1b` and the like: on one line, and harmless to a
+///         terminal
+std::string toPrintable(const std::string& text);
 
 /// A parsed request to a running program. Parsing does not check whether it can be carried out.
 class ControlRequest {

@@ -1,7 +1,5 @@
 #include "control/RequestHandler.h"
 
-#include "control/ClientSession.h"
-#include "control/ControlRequest.h"
 #include "log/LogException.h"
 #include "log/LogManager.h"
 #include "log/LogStatistics.h"

@@ -7,7 +7,6 @@
 #include "log/commands/FailureReport.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "log/filters/MessageFilters.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"

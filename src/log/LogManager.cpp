@@ -9,16 +9,15 @@
 #include "log/commands/CommandBus.h"
 #include "log/commands/FailureReport.h"
 #include "log/lifecycle/Reload.h"
-#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/tree/LoggerInside.h"
 #include "log/tree/TreeChange.h"
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
+#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
-#include "zav-util/StandardError.h"
 
 #include <exception>
 #include <utility>

@@ -7,6 +7,7 @@
 #include "log/MessageFilter.h"
 #include "log/MessageType.h"
 #include "log/text/PackedPairs.h"
+#include "platform/Process.h"
 
 #include <array>
 #include <utility>
@@ -23,37 +24,32 @@ struct NamedLevel {
     std::string name;
 };
 
-using NamedLevels = std::array<NamedLevel, 6>;
+struct NamedLevels : Platform::NeverDestroyed<NamedLevels> {
+    const std::array<NamedLevel, 6> all{{{LEVEL_AUDIT, "AUDIT"},
+                                         {LEVEL_ERROR, "ERROR"},
+                                         {LEVEL_WARNING, "WARNING"},
+                                         {LEVEL_INFO, "INFO"},
+                                         {LEVEL_DEBUG, "DEBUG"},
+                                         {LEVEL_TRACE, "TRACE"}}};
+};
 
-/// Never destroyed, since threads may still log while the process ends.
-const NamedLevels& namedLevels() {
-    static const NamedLevels& levels = *new NamedLevels{{{LEVEL_AUDIT, "AUDIT"},
-                                                         {LEVEL_ERROR, "ERROR"},
-                                                         {LEVEL_WARNING, "WARNING"},
-                                                         {LEVEL_INFO, "INFO"},
-                                                         {LEVEL_DEBUG, "DEBUG"},
-                                                         {LEVEL_TRACE, "TRACE"}}};
-    return levels;
-}
-
-/// Initialised at load, so that no thread does it while another one forks.
-const NamedLevels& madeAtLoad = namedLevels();
+const NamedLevels& madeAtLoad = NamedLevels::instance();
 
 constexpr std::size_t INDEX_OF_ERROR = 1;
 
 } // namespace
 
 const std::string& toString(LogLevel level) {
-    for (const NamedLevel& named : namedLevels()) {
+    for (const NamedLevel& named : NamedLevels::instance().all) {
         if (named.level == level) {
             return named.name;
         }
     }
-    return namedLevels()[INDEX_OF_ERROR].name;
+    return NamedLevels::instance().all[INDEX_OF_ERROR].name;
 }
 
 LogLevel fromString(const std::string& name) {
-    for (const NamedLevel& named : namedLevels()) {
+    for (const NamedLevel& named : NamedLevels::instance().all) {
         if (named.name == name) {
             return named.level;
         }

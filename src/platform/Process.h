@@ -71,6 +71,20 @@ unsigned forkGeneration() noexcept;
 ///         without the C library's `fork` gets its parent's.
 int rememberedProcessId() noexcept;
 
+/// Base class of a singleton that is created on first use and never destroyed: threads may still log while
+/// the process ends.
+///
+/// The class's source file defines `const Object& madeAtLoad = Object::instance();`, so that it is never
+/// created while another thread forks: in the child the initialisation would never complete.
+template <typename Object>
+class NeverDestroyed {
+public:
+    static Object& instance() {
+        static Object& object = *new Object;
+        return object;
+    }
+};
+
 /// Zeroed memory shared between a forked child and its parent. Its content must work without locks, since a
 /// process may die at any moment, and must be position-independent.
 class ForkedMemory {

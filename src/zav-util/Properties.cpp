@@ -1,3 +1,5 @@
+// Properties, the parser of their files, and the exception for malformed ones.
+
 #include "zav-util/Properties.h"
 
 #include "zav-util/Conversions.h"
@@ -133,6 +135,13 @@ std::vector<std::string> Properties::getKeys() const {
     }
     return keys;
 }
+
+UtilException::UtilException(const std::string& message) : std::runtime_error(message) {}
+
+UtilException::UtilException(const std::string& message, const std::string& file, int line)
+    : std::runtime_error(message + " from " + file + ":" + toString(std::int64_t{line})) {}
+
+UtilException::~UtilException() = default;
 
 } // namespace Util
 } // namespace ZAV

@@ -4,7 +4,6 @@
 
 #include "Expect.h"
 
-#include "control/ClientSession.h"
 #include "control/ControlRequest.h"
 #include "control/RequestHandler.h"
 

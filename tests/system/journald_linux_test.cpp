@@ -3,7 +3,7 @@
 #include "log/LogContext.h"
 #include "log/LogValues.h"
 #include "log/SystemAppenders.h"
-#include "system/linux/JournalFields.h"
+#include "system/linux/LinuxAppenders.h"
 
 using namespace ZAV;
 using namespace ZAV::Log;

@@ -7,6 +7,7 @@
 #include "log/config/LoggerKeys.h"
 #include "log/config/ValueReaders.h"
 
+#include <cctype>
 #include <iostream>
 #include <utility>
 
@@ -43,6 +44,46 @@ TEST(LoggerFactory, AppliesKeysAndTellsTheDynamicFilters) {
 }
 
 namespace {
+
+/// The whole key, with `L` for the name of the logger and `A` for that of the appender.
+std::string genericKey(const ConfigurationKey& key) {
+    const std::string name = key.name;
+    if (key.section == KeySection::LOGGER) {
+        return std::string(LOGGER_KEY_PREFIX) + "L." + name;
+    }
+    if (key.section == KeySection::DISPATCHER) {
+        return dispatcherKey(name);
+    }
+    return name.empty() ? appenderKey("A") : appenderKey("A", name);
+}
+
+std::string describeReaders(const ConfigurationKey& key) {
+    switch (key.readers) {
+    case READ_BY_LOGGERS:
+        return "the loggers";
+    case READ_BY_DISPATCHER:
+        return "the dispatcher";
+    case READ_BY_APPENDERS:
+        return "all appenders";
+    default:
+        break;
+    }
+    std::string readers;
+    for (const char* const name : {AppenderClass::STDOUT, AppenderClass::FILE_SERIES,
+                                   AppenderClass::SINGLE_FILE, AppenderClass::ROLLED_FILE}) {
+        if ((key.readers & readerOfClass(name)) != 0) {
+            readers += (readers.empty() ? "`" : ", `") + std::string(name) + "`";
+        }
+    }
+    return readers;
+}
+
+/// Numbers are shown as they are, other values as code.
+std::string describeDefault(const ConfigurationKey& key) {
+    const std::string text = key.byDefault.text;
+    const bool isWord = key.byDefault.isValue && std::isdigit(static_cast<unsigned char>(text.front())) == 0;
+    return isWord ? "`" + text + "`" : text;
+}
 
 std::string tableOfKeys() {
     std::string table = "| Key | Read by | Value | Default | Effect |\n|---|---|---|---|---|\n";

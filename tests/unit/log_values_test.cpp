@@ -7,7 +7,7 @@
 #include "log/LogLine.h"
 #include "log/LogValues.h"
 #include "log/MessageFilter.h"
-#include "log/reentrancy/DeferredMessages.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "log/text/ValueText.h"
 #include "platform/Threads.h"
 

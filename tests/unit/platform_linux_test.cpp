@@ -10,8 +10,7 @@
 #include "platform/Files.h"
 #include "platform/OpenFiles.h"
 #include "platform/Process.h"
-#include "zav-util/StandardError.h"
-#include "zav-util/SystemInformation.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <algorithm>
 #include <atomic>

@@ -2,7 +2,7 @@
 #include "TestSupport.h"
 
 #include "log/LogException.h"
-#include "log/reentrancy/DeferredMessages.h"
+#include "log/reentrancy/LibraryCall.h"
 
 #include <future>
 #include <thread>

@@ -2,8 +2,8 @@
 #include "TimeZone.h"
 
 #include "zav-util/Conversions.h"
+#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
-#include "zav-util/SystemInformation.h"
 #include "zav-util/TimeUtils.h"
 #include "zav-util/UtilException.h"
 
@@ -30,7 +30,7 @@ TEST(Conversions, RejectsWhatIsNoWholeNumber) {
     }
 }
 
-TEST(SystemInformation, NamesProgramAndHostWithoutPathAndDomain) {
+TEST(ProcessUtils, NamesProgramAndHostWithoutPathAndDomain) {
     EXPECT_THAT(getProgramName(), AnyOf("zav-log-unit-tests", "zav-log-unit-tests.exe"));
     EXPECT_THAT(getHostName(), AllOf(Not(IsEmpty()), Not(HasSubstr("."))));
 }

@@ -1,6 +1,6 @@
 #include "check/Checks.h"
 #include "config/ConfiguredAppender.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "platform/Files.h"
 
 #include <algorithm>

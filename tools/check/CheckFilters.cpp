@@ -3,7 +3,7 @@
 #include "config/LoggerLevels.h"
 #include "log/LogException.h"
 #include "log/LogMessage.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "zav-util/Conversions.h"
 
 #include <algorithm>

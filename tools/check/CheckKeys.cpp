@@ -1,6 +1,6 @@
 #include "check/Checks.h"
 #include "check/Nearest.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <cstddef>
 #include <set>

@@ -1,6 +1,6 @@
 #include "check/Checks.h"
 #include "log/appenders/FileAppender.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Conversions.h"
 

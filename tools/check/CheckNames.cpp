@@ -1,7 +1,7 @@
 #include "check/Checks.h"
 #include "check/Nearest.h"
 #include "config/InitTrial.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 namespace ZAV {
 namespace Tools {

@@ -1,6 +1,6 @@
 #include "check/Checks.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/DispatcherSettings.h"
-#include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "log/queuefile/QueueFile.h"
 

@@ -2,7 +2,7 @@
 #include "check/Nearest.h"
 #include "config/InitTrial.h"
 #include "log/config/AppenderValues.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 
 #include <exception>
 

@@ -2,7 +2,7 @@
 
 #include "config/CustomAppenderClasses.h"
 #include "config/LoggerLevels.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/LoggerKeys.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "commands/Command.h"
 
-#include "control/ClientSession.h"
+#include "Outcome.h"
 #include "control/ControlRequest.h"
 #include "ctl/ControlClient.h"
 #include "options/ColorOption.h"

@@ -5,7 +5,7 @@
 #include "log/CommandListener.h"
 #include "log/LogManager.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 #include "log/layout/LineLayout.h"
 #include "log/queuefile/QueueFile.h"

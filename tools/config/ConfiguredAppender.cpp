@@ -3,7 +3,6 @@
 #include "log/appenders/FileAppender.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "log/filters/MessageFilters.h"
 
 #include <algorithm>

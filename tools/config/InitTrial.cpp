@@ -1,7 +1,7 @@
 #include "config/InitTrial.h"
 
 #include "log/LogManager.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "platform/Process.h"
 
 #include <exception>

@@ -5,7 +5,7 @@
 #include "config/PropertyFile.h"
 #include "explain/RunningLevels.h"
 #include "log/LogManager.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/filters/MessageFilters.h"
 
 #include <exception>

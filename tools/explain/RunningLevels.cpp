@@ -3,7 +3,7 @@
 #include "Outcome.h"
 #include "ctl/ControlClient.h"
 #include "log/LoggerFactory.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "options/LevelName.h"
 
 #include <algorithm>

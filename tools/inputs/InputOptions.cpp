@@ -7,7 +7,6 @@
 #include "log/appenders/RolledFiles.h"
 #include "log/config/AppenderValues.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Properties.h"
 #include "zav-util/UtilException.h"

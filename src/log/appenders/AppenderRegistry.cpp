@@ -7,7 +7,6 @@
 #include "log/appenders/RollingFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "log/filters/MessageFilters.h"
 #include "zav-util/Properties.h"
 

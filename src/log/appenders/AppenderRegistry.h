@@ -3,7 +3,7 @@
 #include "log/AppenderStatus.h"
 #include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include "zav-util/Properties.h"
 

@@ -2,7 +2,7 @@
 
 #include "log/async/Threading.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <cstdint>

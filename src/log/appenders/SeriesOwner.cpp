@@ -1,7 +1,6 @@
 #include "log/appenders/SeriesOwner.h"
 
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
 #include "platform/Process.h"
 
 #include <array>

@@ -4,7 +4,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
-#include "zav-util/StandardError.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <algorithm>
 #include <exception>

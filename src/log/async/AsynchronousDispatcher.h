@@ -3,7 +3,7 @@
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <atomic>
 #include <functional>

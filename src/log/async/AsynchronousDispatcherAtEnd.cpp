@@ -3,7 +3,6 @@
 #include "log/async/AsynchronousDispatcher.h"
 
 #include "log/commands/CommandBus.h"
-#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Threads.h"
 

@@ -3,6 +3,8 @@
 #include "log/async/DiscardedLines.h"
 #include "log/layout/LineLayout.h"
 #include "log/reentrancy/LibraryCall.h"
+#include "platform/Process.h"
+#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>
@@ -55,12 +57,12 @@ MessageStore::MessageStore() {
     slotOfThread();
 }
 
-/// Its destructor function ends the ring of an exiting thread. Never destroyed, since threads may still log
-/// while the process ends.
+/// Its destructor function ends the ring of an exiting thread.
 Platform::ThreadSlot& MessageStore::slotOfThread() {
-    static Platform::ThreadSlot& slot =
-        *new Platform::ThreadSlot([](void* store) { static_cast<MessageStore*>(store)->endRing(); });
-    return slot;
+    struct Slot : Platform::ThreadSlot, Platform::NeverDestroyed<Slot> {
+        Slot() : ThreadSlot([](void* store) { static_cast<MessageStore*>(store)->endRing(); }) {}
+    };
+    return Slot::instance();
 }
 
 /// \return false if the thread gets none, because it is ending and would leak the ring

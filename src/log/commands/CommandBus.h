@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <chrono>
 #include <cstdint>

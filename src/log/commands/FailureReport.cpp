@@ -4,8 +4,8 @@
 #include "log/commands/CommandBus.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
-#include "zav-util/StandardError.h"
+#include "platform/Process.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <algorithm>
 #include <atomic>

@@ -2,7 +2,6 @@
 
 #include "log/LogException.h"
 #include "log/config/ConfigurationKeys.h"
-#include "log/config/KeyNames.h"
 #include "zav-util/Properties.h"
 #include "zav-util/UtilException.h"
 

@@ -2,6 +2,7 @@
 
 #include "log/Level.h"
 #include "log/MessageType.h"
+#include "log/config/ValueReaders.h"
 #include "log/layout/LineLayout.h"
 #include "platform/OpenFiles.h"
 #include "zav-util/TimeUtils.h"
@@ -21,9 +22,6 @@ class Properties;
 namespace Log {
 
 struct ConfigurationKey;
-
-/// When a file is rolled regardless of its size, in local time.
-enum class RollMoment { NEVER, HOUR, MIDNIGHT };
 
 /// The values of the keys "appender.<name>.*" of one appender. Only the table of keys defines their meanings
 /// and defaults.

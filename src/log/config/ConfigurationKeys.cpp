@@ -1,15 +1,14 @@
 #include "log/config/ConfigurationKeys.h"
 
 #include "log/config/AppenderValues.h"
-#include "log/config/KeyNames.h"
 #include "log/config/ValueReaders.h"
 #include "zav-util/Conversions.h"
 #include "zav-util/UtilException.h"
 
-#include <iostream>
+#include <algorithm>
 #include <iterator>
-#include <limits>
 #include <optional>
+#include <vector>
 
 namespace ZAV {
 namespace Log {
@@ -17,45 +16,6 @@ namespace Log {
 namespace {
 
 using Values = AppenderValues;
-using Util::TimeUtils::Time;
-
-std::ostream* streamNamed(const std::string& name) {
-    if (name == "cerr") {
-        return &std::cerr;
-    }
-    return name == "clog" ? &std::clog : &std::cout;
-}
-
-/// \return a count times its unit; on overflow the largest number, which is the nearest limit
-std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName) {
-    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text);
-    const std::uint64_t unit = readSizeUnit(unitName).value_or(DEFAULT_SIZE_UNIT);
-    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
-    const std::uint64_t size = count.value > LARGEST / unit ? LARGEST : count.value * unit;
-    return count.isNumber ? std::optional<std::uint64_t>(size) : std::nullopt;
-}
-
-/// With a count of 0 or below the lifetime has no limit.
-std::optional<Time> readLifetime(const std::string& text, const std::string& unitName) {
-    const LeadingNumber<std::int32_t> count = readLeadingSigned(text);
-    const Time lifetime(count.value > 0 ? static_cast<std::uint64_t>(count.value) : 0,
-                        readLifetimeUnit(unitName).value_or(DEFAULT_LIFETIME_UNIT));
-    return count.isNumber ? std::optional<Time>(lifetime) : std::nullopt;
-}
-
-std::optional<RollMoment> readRollMoment(const std::string& text) {
-    if (text == "hour") {
-        return RollMoment::HOUR;
-    }
-    return text == "midnight" ? std::optional<RollMoment>(RollMoment::MIDNIGHT) : std::nullopt;
-}
-
-std::optional<bool> readCompression(const std::string& text) {
-    if (text == "gzip") {
-        return true;
-    }
-    return text == "none" ? std::optional<bool>(false) : std::nullopt;
-}
 
 /// \throw UtilException with the text if it has no value
 template <typename Value>
@@ -78,7 +38,7 @@ auto readAs(const std::string& text, [[maybe_unused]] const std::string& needed)
     } else if constexpr (form == ValueForm::BOOLEAN) {
         return readBoolean(text);
     } else if constexpr (form == ValueForm::STREAM) {
-        return streamNamed(text);
+        return readStream(text);
     } else if constexpr (form == ValueForm::FLUSH_RULE) {
         return text == "batch";
     } else if constexpr (form == ValueForm::PERIOD) {
@@ -263,6 +223,17 @@ constexpr ConfigurationKey KEYS[] = {
            value("16 MB"), "the capacity of `queueFile`, from 64 KB to 64 GB", DispatcherOption::QUEUE_FILE),
 };
 
+/// The library's own classes of appenders.
+constexpr struct {
+    const char* name;
+    unsigned reader;
+} CLASSES[] = {
+    {AppenderClass::STDOUT, READ_BY_STDOUT_APPENDER},
+    {AppenderClass::FILE_SERIES, READ_BY_FILE_APPENDER},
+    {AppenderClass::SINGLE_FILE, READ_BY_SIMPLE_FILE_APPENDER},
+    {AppenderClass::ROLLED_FILE, READ_BY_ROLLING_FILE_APPENDER},
+};
+
 } // namespace
 
 const ConfigurationKey* ConfigurationKeys::begin() const {
@@ -271,6 +242,39 @@ const ConfigurationKey* ConfigurationKeys::begin() const {
 
 const ConfigurationKey* ConfigurationKeys::end() const {
     return std::end(KEYS);
+}
+
+const ConfigurationKey* findKey(KeySection section, const std::string& name) {
+    const ConfigurationKeys keys = configurationKeys();
+    const auto* const found = std::find_if(keys.begin(), keys.end(), [&](const ConfigurationKey& key) {
+        return key.section == section && key.name == name;
+    });
+    return found == keys.end() ? nullptr : found;
+}
+
+unsigned readerOfClass(const std::string& className) {
+    const auto* const found =
+        std::find_if(std::begin(CLASSES), std::end(CLASSES),
+                     [&className](const auto& known) { return known.name == className; });
+    return found == std::end(CLASSES) ? 0U : found->reader;
+}
+
+std::optional<std::string> declaredAppender(const std::string& key) {
+    const std::vector<std::string> tokens = Util::split(key, '.');
+    const bool declaresAppender = tokens.size() == 2 && tokens[0] == "appender";
+    return declaresAppender ? std::optional<std::string>(tokens[1]) : std::nullopt;
+}
+
+std::string appenderKey(const std::string& appenderName) {
+    return APPENDER_KEY_PREFIX + appenderName;
+}
+
+std::string appenderKey(const std::string& appenderName, const std::string& setting) {
+    return appenderKey(appenderName) + "." + setting;
+}
+
+std::string dispatcherKey(const std::string& option) {
+    return DISPATCHER_KEY_PREFIX + option;
 }
 
 } // namespace Log

@@ -1,12 +1,12 @@
 #include "log/config/DispatcherSettings.h"
 
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "log/config/ValueReaders.h"
 #include "platform/Files.h"
 #include "platform/Threads.h"
 #include "zav-util/Conversions.h"
+#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
-#include "zav-util/StandardError.h"
 #include "zav-util/UtilException.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 #include "log/config/LoggerKeys.h"
 
 #include "log/LogException.h"
-#include "log/config/KeyNames.h"
+#include "log/config/ConfigurationKeys.h"
 #include "zav-util/Conversions.h"
+#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
-#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <cstddef>

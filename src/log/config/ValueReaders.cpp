@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <iostream>
 #include <iterator>
 #include <limits>
 #include <string_view>
@@ -165,6 +166,21 @@ std::optional<Time> readTimeLimit(const std::string& text) {
     return microseconds ? std::optional<Time>(Time(*microseconds, USEC)) : std::nullopt;
 }
 
+std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName) {
+    const LeadingNumber<std::uint64_t> count = readLeadingUnsigned(text);
+    const std::uint64_t unit = readSizeUnit(unitName).value_or(DEFAULT_SIZE_UNIT);
+    constexpr std::uint64_t LARGEST = std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t size = count.value > LARGEST / unit ? LARGEST : count.value * unit;
+    return count.isNumber ? std::optional<std::uint64_t>(size) : std::nullopt;
+}
+
+std::optional<Time> readLifetime(const std::string& text, const std::string& unitName) {
+    const LeadingNumber<std::int32_t> count = readLeadingSigned(text);
+    const Time lifetime(count.value > 0 ? static_cast<std::uint64_t>(count.value) : 0,
+                        readLifetimeUnit(unitName).value_or(DEFAULT_LIFETIME_UNIT));
+    return count.isNumber ? std::optional<Time>(lifetime) : std::nullopt;
+}
+
 std::optional<unsigned> readFileMode(const std::string& text) {
     constexpr unsigned ALL_PERMISSIONS = 0777;
     constexpr std::size_t MAX_DIGITS = 4;
@@ -181,6 +197,13 @@ std::optional<bool> readBoolean(const std::string& text) {
         return true;
     }
     return text == "false" ? std::optional<bool>(false) : std::nullopt;
+}
+
+std::ostream* readStream(const std::string& text) {
+    if (text == "cerr") {
+        return &std::cerr;
+    }
+    return text == "clog" ? &std::clog : &std::cout;
 }
 
 LayoutName readLayout(const std::string& text) {
@@ -210,6 +233,20 @@ std::vector<Column> readColumns(const std::string& text) {
         throw Util::UtilException(text);
     }
     return columns;
+}
+
+std::optional<RollMoment> readRollMoment(const std::string& text) {
+    if (text == "hour") {
+        return RollMoment::HOUR;
+    }
+    return text == "midnight" ? std::optional<RollMoment>(RollMoment::MIDNIGHT) : std::nullopt;
+}
+
+std::optional<bool> readCompression(const std::string& text) {
+    if (text == "gzip") {
+        return true;
+    }
+    return text == "none" ? std::optional<bool>(false) : std::nullopt;
 }
 
 } // namespace Log

@@ -4,6 +4,7 @@
 #include "zav-util/TimeUtils.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -59,11 +60,22 @@ std::optional<Util::TimeUtils::Time> readTimeLimit(const std::string& text);
 /// \return nothing if the text is not a whole number
 std::optional<std::uint64_t> readCountLimit(const std::string& text);
 
+// The numbers of a series of files, of which the unit has a key of its own.
+
+/// \return a count times its unit; on overflow the largest number, which is the nearest limit. Nothing without a number.
+std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName);
+
+/// \return a count times its unit; no limit, which is 0, if the count is 0 or below. Nothing without a number.
+std::optional<Util::TimeUtils::Time> readLifetime(const std::string& text, const std::string& unitName);
+
 /// \return the permissions that up to four octal digits name, from 0 to 777; nothing for another text
 std::optional<unsigned> readFileMode(const std::string& text);
 
 /// \return the value of "true" or "false"; nothing for another text
 std::optional<bool> readBoolean(const std::string& text);
+
+/// \return the standard stream that "cout", "cerr" or "clog" names; the first one for another text
+std::ostream* readStream(const std::string& text);
 
 /// \throw UtilException with the text if it names no layout
 LayoutName readLayout(const std::string& text);
@@ -74,6 +86,15 @@ std::vector<std::string_view> columnNames();
 /// Reads names of columns, separated by spaces.
 /// \throw UtilException with the text if it names no column, or if a name is unknown
 std::vector<Column> readColumns(const std::string& text);
+
+/// When a file is rolled regardless of its size, in local time.
+enum class RollMoment { NEVER, HOUR, MIDNIGHT };
+
+/// \return the moment that "hour" or "midnight" names; nothing for another text
+std::optional<RollMoment> readRollMoment(const std::string& text);
+
+/// \return whether "gzip" or "none" asks for compression; nothing for another text
+std::optional<bool> readCompression(const std::string& text);
 
 } // namespace Log
 } // namespace ZAV

@@ -2,7 +2,7 @@
 
 #include "log/Level.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "zav-util/TimeUtils.h"
 
 #include <atomic>

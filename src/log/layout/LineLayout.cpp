@@ -4,8 +4,7 @@
 #include "log/message/MessageFields.h"
 #include "log/text/PackedPairs.h"
 #include "platform/Process.h"
-#include "zav-util/StandardError.h"
-#include "zav-util/SystemInformation.h"
+#include "zav-util/ProcessUtils.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -58,15 +57,13 @@ std::string formatLogLineWithProcess(const LogMessage& message) {
 
 namespace {
 
-/// Read once, since the name cannot change and reading it costs as much as opening a file. Never destroyed,
-/// since threads may still log while the process ends.
-const std::string& programName() {
-    static const std::string& name = *new std::string(Util::getProgramName());
-    return name;
-}
+/// Read once, since the name cannot change and reading it costs as much as opening a file.
+struct ProgramName : Platform::NeverDestroyed<ProgramName> {
+    const std::string text = Util::getProgramName();
+};
 
 /// Initialised at load, so that no thread does it while another one forks.
-const std::string& madeAtLoad = programName();
+const ProgramName& madeAtLoad = ProgramName::instance();
 
 /// The host's name, as a thread last read it.
 struct KnownHost {
@@ -106,7 +103,7 @@ ProcessDescription describeProcess(Util::TimeUtils::Time time) {
     if (shownProcess != nullptr) {
         return *shownProcess;
     }
-    return {programName(), Platform::rememberedProcessId(), hostName(time)};
+    return {ProgramName::instance().text, Platform::rememberedProcessId(), hostName(time)};
 }
 
 // Lines on the standard error stream

@@ -4,7 +4,7 @@
 #include "log/LoggerFactory.h"
 #include "log/appenders/BatchAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
-#include "log/tree/TreeLock.h"
+#include "log/tree/LoggerInside.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 
 #include "log/text/MessageText.h"
 #include "log/text/PackedPairs.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <cstddef>
@@ -76,16 +77,13 @@ struct ReusedMessage::Kept {
     bool isOwnedByThread = false; ///< whether it is kept until its thread ends
     bool isTaken = true;
 
-    /// Never destroyed, since threads may still log while the process ends.
-    static Platform::ThreadSlot& slot() {
-        static Platform::ThreadSlot& slot =
-            *new Platform::ThreadSlot([](void* kept) { delete static_cast<Kept*>(kept); });
-        return slot;
-    }
+    struct Slot : Platform::ThreadSlot, Platform::NeverDestroyed<Slot> {
+        Slot() : ThreadSlot([](void* kept) { delete static_cast<Kept*>(kept); }) {}
+    };
 };
 
 /// Initialised at load, so that no thread makes the slot while another one forks.
-const bool ReusedMessage::hasSlotFromLoad = (Kept::slot(), true);
+const bool ReusedMessage::hasSlotFromLoad = (Kept::Slot::instance(), true);
 
 const LogMessage& ReusedMessage::get() {
     if (kept_ == nullptr) {
@@ -102,14 +100,14 @@ const MessageFields& ReusedMessage::keptFields() const noexcept {
 }
 
 void ReusedMessage::take() {
-    auto* const threads = static_cast<Kept*>(Kept::slot().get());
+    auto* const threads = static_cast<Kept*>(Kept::Slot::instance().get());
     if (threads != nullptr && !threads->isTaken) {
         fillTaken(*threads);
         kept_ = threads;
         return;
     }
     kept_ = new Kept(fields_);
-    kept_->isOwnedByThread = Kept::slot().get() == nullptr && Kept::slot().set(kept_);
+    kept_->isOwnedByThread = Kept::Slot::instance().get() == nullptr && Kept::Slot::instance().set(kept_);
 }
 
 /// Allocating may run a function of the application, which may log.

@@ -2,6 +2,7 @@
 
 #include "log/reentrancy/LibraryCall.h"
 #include "log/text/PackedPairs.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <cstring>
@@ -13,14 +14,11 @@ namespace Log {
 
 namespace {
 
-/// Never destroyed, since threads may log while the process ends.
-Platform::ThreadSlot& slot() {
-    static Platform::ThreadSlot& slot = *new Platform::ThreadSlot(ThreadContext::end);
-    return slot;
-}
+struct Slot : Platform::ThreadSlot, Platform::NeverDestroyed<Slot> {
+    Slot() : ThreadSlot(ThreadContext::end) {}
+};
 
-/// Created at load time, so that no thread creates it while another one forks.
-const Platform::ThreadSlot& madeAtLoad = slot();
+const Slot& madeAtLoad = Slot::instance();
 
 constexpr std::size_t KEPT_SIZE = std::size_t{64} * 1024;
 
@@ -30,7 +28,7 @@ ThreadContext& ThreadContext::own() {
     ThreadRecord& thread = threadRecord();
     if (thread.context == nullptr) {
         auto made = std::make_unique<ThreadContext>();
-        slot().set(made.get());
+        Slot::instance().set(made.get());
         thread.context = made.release();
     }
     return *thread.context;

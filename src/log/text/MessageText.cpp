@@ -1,6 +1,7 @@
 #include "log/text/MessageText.h"
 
 #include "log/text/SpareStreams.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <algorithm>
@@ -18,37 +19,29 @@ constexpr std::size_t FIRST_CAPACITY = 512;
 /// text.
 constexpr std::size_t MAX_KEPT_CAPACITY = 16384;
 
-/// Never destroyed, since threads may still log while the process ends.
-Platform::ThreadSlot& keptText() {
-    static Platform::ThreadSlot& slot =
-        *new Platform::ThreadSlot([](void* text) { delete static_cast<MessageText*>(text); });
-    return slot;
-}
+struct KeptText : Platform::ThreadSlot, Platform::NeverDestroyed<KeptText> {
+    KeptText() : ThreadSlot([](void* text) { delete static_cast<MessageText*>(text); }) {}
+};
 
 /// With a global locale set, constructing a stream buffer takes a lock, which a forked child must not do (see
 /// `SpareStreams`). Copying one does not.
-const std::streambuf& emptyBuffer() {
-    class Empty : public std::streambuf {};
-    static const std::streambuf& buffer = *new Empty;
-    return buffer;
-}
+struct EmptyBuffer : std::streambuf, Platform::NeverDestroyed<EmptyBuffer> {};
 
-/// Initialised at load, so that no thread does it while another one forks.
-const Platform::ThreadSlot& slotMadeAtLoad = keptText();
-const std::streambuf& bufferMadeAtLoad = emptyBuffer();
+const KeptText& slotMadeAtLoad = KeptText::instance();
+const EmptyBuffer& bufferMadeAtLoad = EmptyBuffer::instance();
 
 } // namespace
 
-MessageText::MessageText() : std::streambuf(emptyBuffer()) {}
+MessageText::MessageText() : std::streambuf(EmptyBuffer::instance()) {}
 
 MessageText& MessageText::take() {
-    auto* const kept = static_cast<MessageText*>(keptText().get());
+    auto* const kept = static_cast<MessageText*>(KeptText::instance().get());
     if (kept != nullptr && !kept->isTaken_) {
         kept->isTaken_ = true;
         return *kept;
     }
     auto* const made = new MessageText;
-    made->isKept_ = kept == nullptr && keptText().set(made);
+    made->isKept_ = kept == nullptr && KeptText::instance().set(made);
     made->isTaken_ = true;
     return *made;
 }
@@ -60,7 +53,7 @@ void MessageText::giveBack(MessageText& text) noexcept {
         return;
     }
     if (text.isKept_) {
-        keptText().set(nullptr);
+        KeptText::instance().set(nullptr);
     }
     delete &text;
 }

@@ -2,10 +2,9 @@
 
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/message/MessageFields.h"
-#include "log/reentrancy/DeferredMessages.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "log/reentrancy/ThreadContext.h"
-#include "log/tree/TreeLock.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <exception>
@@ -181,6 +180,51 @@ bool Logger::Inside::dispatchDeferred(Logger& logger, bool waitsForLogger) {
 bool isListed(const Logger& logger, const Appender* appender) {
     const ScopedLock lock(treeLock());
     return logger.inside_->appenders_.contains(appender);
+}
+
+// The lock of the tree, and the gate
+
+namespace {
+
+struct TreeLock : Platform::CriticalSection, Platform::NeverDestroyed<TreeLock> {
+    TreeLock() : CriticalSection(Platform::AWAITED_BY_FORK) {}
+};
+
+/// Held while the gate is closed.
+struct GateLock : Platform::CriticalSection, Platform::NeverDestroyed<GateLock> {};
+
+const TreeLock& treeLockMadeAtLoad = TreeLock::instance();
+const GateLock& gateLockMadeAtLoad = GateLock::instance();
+
+} // namespace
+
+Platform::CriticalSection& treeLock() {
+    return TreeLock::instance();
+}
+
+Platform::CriticalSection& DispatchGate::gateLock() {
+    return GateLock::instance();
+}
+
+/// The thread that had closed it does not exist in the child.
+void DispatchGate::openInChild() {
+    closed = false;
+}
+
+const bool DispatchGate::isForked = (Platform::atFork(nullptr, openInChild), true);
+
+void DispatchGate::awaitOpen() {
+    const ScopedLock lock(gateLock());
+}
+
+DispatchGate::Closed::Closed() {
+    gateLock().lock();
+    closed = true;
+}
+
+DispatchGate::Closed::~Closed() {
+    closed = false;
+    gateLock().unlock();
 }
 
 } // namespace Log

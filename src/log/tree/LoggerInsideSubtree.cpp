@@ -4,7 +4,7 @@
 #include "log/tree/LoggerInside.h"
 
 #include "log/filters/TemporaryLevels.h"
-#include "log/tree/SubtreeCapture.h"
+#include "log/tree/TreeChange.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

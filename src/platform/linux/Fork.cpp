@@ -30,14 +30,13 @@ struct Handlers {
     void (*inChild)();
 };
 
-/// Complete once the library is loaded. Never destroyed, since threads may still fork while the process ends.
-std::list<Handlers>& allHandlers() {
-    static std::list<Handlers>& handlers = *new std::list<Handlers>;
-    return handlers;
-}
+/// Complete once the library is loaded.
+struct AllHandlers : NeverDestroyed<AllHandlers> {
+    std::list<Handlers> list;
+};
 
 void prepareFork() {
-    for (const Handlers& handlers : allHandlers()) {
+    for (const Handlers& handlers : AllHandlers::instance().list) {
         if (handlers.before != nullptr) {
             handlers.before();
         }
@@ -49,13 +48,12 @@ void becomeChild() {
     generation.store(forkGeneration() + 1, std::memory_order_relaxed);
     rememberedId.store(getpid(), std::memory_order_relaxed);
     renewLocks();
-    for (const Handlers& handlers : allHandlers()) {
+    for (const Handlers& handlers : AllHandlers::instance().list) {
         handlers.inChild();
     }
 }
 
-/// Initialised at load, so that no thread does it while another one forks.
-const std::list<Handlers>& madeAtLoad = allHandlers();
+const AllHandlers& madeAtLoad = AllHandlers::instance();
 
 void* map(std::size_t size) {
     void* const mapped = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -75,7 +73,7 @@ void registerForkLockHandlers(void (*take)(), void (*releaseInParent)(), void (*
 }
 
 void atFork(void (*before)(), void (*inChild)()) {
-    allHandlers().push_back({before, inChild});
+    AllHandlers::instance().list.push_back({before, inChild});
 }
 
 unsigned forkGeneration() noexcept {

@@ -2,7 +2,7 @@
 
 #include "platform/CriticalSection.h"
 #include "platform/Files.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "NativeLock.h"
 
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "platform/OpenFiles.h"
 
 #include "platform/CriticalSection.h"
+#include "platform/Process.h"
 #include "platform/Threads.h"
 #include "platform/linux/FileDescriptor.h"
 
@@ -103,15 +104,12 @@ int openWithoutTypeCheck(const char* path, OutputFile::Mode mode, const FileRule
     return mayBeThere ? openOrCreate(path, flags | O_NOFOLLOW, {rules.permissions, false}) : made;
 }
 
-/// Held while the numbers of closed standard streams are reserved. Never destroyed, since threads may still
-/// log while the process ends.
-CriticalSection& numbersLock() {
-    static CriticalSection& lock = *new CriticalSection(AWAITED_BY_FORK);
-    return lock;
-}
+/// Held while the numbers of closed standard streams are reserved.
+struct NumbersLock : CriticalSection, NeverDestroyed<NumbersLock> {
+    NumbersLock() : CriticalSection(AWAITED_BY_FORK) {}
+};
 
-/// Initialised at load, so that no thread does it while another one forks.
-const CriticalSection& madeAtLoad = numbersLock();
+const NumbersLock& madeAtLoad = NumbersLock::instance();
 
 /// Another thread may write to a closed standard stream at any moment, so its number is reserved while it is
 /// known to be closed. That may first be noticed by a file that was given the number.
@@ -119,7 +117,7 @@ int openBeyondStandardStreams(const char* path, OutputFile::Mode mode, const Fil
     if (!isStandardStreamClosed.load(std::memory_order_relaxed)) {
         return moveAboveStandardStreams(openWithoutTypeCheck(path, mode, rules));
     }
-    const ScopedLock lock(numbersLock());
+    const ScopedLock lock(NumbersLock::instance());
     const ReservedStandardDescriptors kept;
     isStandardStreamClosed.store(kept.areAny(), std::memory_order_relaxed);
     return moveAboveStandardStreams(openWithoutTypeCheck(path, mode, rules));

@@ -22,8 +22,9 @@ constexpr int ONE_SHOT = static_cast<int>(SA_RESETHAND);
 constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
 
 /// State shared with the signal handlers, which take no lock. Never destroyed: a handler may be running when
-/// its hook is destroyed, and other code may have saved a handler to chain to it later.
-struct Requests {
+/// its hook is destroyed, and other code may have saved a handler to chain to it later. Made with
+/// the first hook.
+struct Requests : NeverDestroyed<Requests> {
     Requests() { sem_init(&wanted, 0, 0); }
 
     sem_t wanted;                    ///< posted once per request
@@ -37,11 +38,6 @@ struct Requests {
     struct sigaction before[SIGNAL_COUNT] = {};
     std::terminate_handler terminateBefore = nullptr;
 };
-
-Requests& requests() {
-    static Requests& made = *new Requests;
-    return made;
-}
 
 timespec now() {
     timespec time = {};
@@ -57,7 +53,7 @@ long millisecondsSince(const timespec& begin) {
 
 /// Requests a run of the function and waits for it. Async-signal-safe.
 void runFunction() {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     if (!state.isActive || state.generation != forkGeneration()) {
         return;
     }
@@ -84,10 +80,10 @@ void endBySignal(int signal, const siginfo_t* info) {
 
 void onSignal(int signal, siginfo_t* info, void* context) {
     const int error = errno;
-    const struct sigaction before = requests().before[signal];
+    const struct sigaction before = Requests::instance().before[signal];
     if ((before.sa_flags & ONE_SHOT) != 0) {
-        requests().before[signal].sa_handler = SIG_DFL;
-        requests().before[signal].sa_flags = 0;
+        Requests::instance().before[signal].sa_handler = SIG_DFL;
+        Requests::instance().before[signal].sa_flags = 0;
     }
     if ((before.sa_flags & SA_SIGINFO) != 0) {
         runFunction();
@@ -104,9 +100,9 @@ void onSignal(int signal, siginfo_t* info, void* context) {
 
 [[noreturn]] void onTerminate() {
     runFunction();
-    requests().isActive = false; // the signal that follows need not wait again
-    if (requests().terminateBefore != nullptr) {
-        requests().terminateBefore();
+    Requests::instance().isActive = false; // the signal that follows need not wait again
+    if (Requests::instance().terminateBefore != nullptr) {
+        Requests::instance().terminateBefore();
     }
     std::abort();
 }
@@ -117,11 +113,11 @@ bool awaitRequest() {
     timespec end = {};
     clock_gettime(CLOCK_MONOTONIC, &end);
     end.tv_sec += SECONDS;
-    return sem_clockwait(&requests().wanted, CLOCK_MONOTONIC, &end) == 0;
+    return sem_clockwait(&Requests::instance().wanted, CLOCK_MONOTONIC, &end) == 0;
 }
 
 void serveRequests() {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     const unsigned last = state.asked;
     if (last != state.served) {
         state.function(std::chrono::milliseconds(state.timeout));
@@ -132,7 +128,7 @@ void serveRequests() {
 /// Ends when all other threads have ended, so as not to keep the process alive.
 void serve() {
     markAsServing();
-    while (!requests().isEnding && (awaitRequest() || !isOnlyThread())) {
+    while (!Requests::instance().isEnding && (awaitRequest() || !isOnlyThread())) {
         serveRequests();
     }
     serveRequests(); // those that came while the hook was being destroyed
@@ -150,19 +146,19 @@ struct SignalHook::Handlers {
     ~Handlers() {
         for (const int signal : signals) {
             if (isOurs(signal)) {
-                sigaction(signal, &requests().before[signal], nullptr);
+                sigaction(signal, &Requests::instance().before[signal], nullptr);
             }
         }
         if (std::get_terminate() == onTerminate) {
-            std::set_terminate(requests().terminateBefore);
+            std::set_terminate(Requests::instance().terminateBefore);
         }
-        requests().isActive = false;
+        Requests::instance().isActive = false;
         const bool isOwn =
-            requests().generation == forkGeneration() &&   // otherwise it is the parent's
+            Requests::instance().generation == forkGeneration() && // otherwise it is the parent's
             thread.get_id() != std::this_thread::get_id(); // which is ending the process, as its last thread
         if (thread.joinable() && isOwn) {
-            requests().isEnding = true;
-            sem_post(&requests().wanted);
+            Requests::instance().isEnding = true;
+            sem_post(&Requests::instance().wanted);
             thread.join();
         } else if (thread.joinable()) {
             thread.detach();
@@ -179,7 +175,7 @@ struct SignalHook::Handlers {
         if (isIgnored || isOurs(signal)) {
             return; // programs started meanwhile must keep ignoring it; or it was given twice
         }
-        requests().before[signal] = ours;
+        Requests::instance().before[signal] = ours;
         ours.sa_sigaction = onSignal;
         ours.sa_flags = (ours.sa_flags & ~ONE_SHOT) | SA_SIGINFO | SA_ONSTACK;
         if (sigaction(signal, &ours, nullptr) != 0) {
@@ -195,7 +191,7 @@ struct SignalHook::Handlers {
 SignalHook::SignalHook(const std::vector<int>& signals, void (*function)(std::chrono::milliseconds timeout),
                        std::chrono::milliseconds timeout)
     : handlers_(std::make_unique<Handlers>()) {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     state.function = function;
     state.timeout = static_cast<long>(timeout.count());
     state.generation = forkGeneration();

@@ -6,6 +6,14 @@
 namespace ZAV {
 namespace Platform {
 
+Handle makeEvent() {
+    Handle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    if (!event.isOpen()) {
+        throw systemFailure();
+    }
+    return event;
+}
+
 std::string identifierText(PSID identifier) {
     char* text = nullptr;
     if (!ConvertSidToStringSidA(identifier, &text)) {

@@ -46,6 +46,10 @@ inline std::runtime_error systemFailure(DWORD error = GetLastError()) {
     return std::runtime_error(length == 0 ? "Error " + std::to_string(error) : std::string(text, length));
 }
 
+/// \return a manual-reset event
+/// \throw std::runtime_error if the system refuses
+Handle makeEvent();
+
 /// \return the full pipe name for an address
 /// \throw std::runtime_error if the name is not valid for a pipe
 inline std::string pipeName(const std::string& address) {

@@ -74,15 +74,6 @@ private:
     std::size_t sent_ = 0; ///< bytes of `outgoing_` sent so far
 };
 
-/// \return a manual-reset event
-Handle makeEvent() {
-    Handle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-    if (!event.isOpen()) {
-        throw systemFailure();
-    }
-    return event;
-}
-
 /// \return whether a request was started, whether or not it has finished yet
 bool isUnderWay(BOOL result) {
     return result || GetLastError() == ERROR_IO_PENDING;

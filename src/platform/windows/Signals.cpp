@@ -1,5 +1,7 @@
 #include "platform/Threads.h"
 
+#include "platform/Process.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <exception>
@@ -11,8 +13,9 @@ namespace Platform {
 
 namespace {
 
-/// Never destroyed: other code may have saved one of the handlers to chain to it later.
-struct Requests {
+/// Never destroyed: other code may have saved one of the handlers to chain to it later. Made with the first
+/// hook.
+struct Requests : NeverDestroyed<Requests> {
     HANDLE wanted = CreateEventA(nullptr, FALSE, FALSE, nullptr);
     std::atomic<unsigned> asked{0};  ///< number of requests made
     std::atomic<unsigned> served{0}; ///< number of these for which the function has run
@@ -24,14 +27,9 @@ struct Requests {
     std::terminate_handler terminateBefore = nullptr;
 };
 
-Requests& requests() {
-    static Requests& made = *new Requests;
-    return made;
-}
-
 /// Requests a run of the function and waits for it.
 void runFunction() {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     if (!state.isActive) {
         return;
     }
@@ -50,21 +48,21 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 
 LONG WINAPI onException(EXCEPTION_POINTERS* exception) {
     runFunction();
-    const LPTOP_LEVEL_EXCEPTION_FILTER before = requests().filterBefore;
+    const LPTOP_LEVEL_EXCEPTION_FILTER before = Requests::instance().filterBefore;
     return before != nullptr ? before(exception) : EXCEPTION_CONTINUE_SEARCH;
 }
 
 [[noreturn]] void onTerminate() {
     runFunction();
-    requests().isActive = false;
-    if (requests().terminateBefore != nullptr) {
-        requests().terminateBefore();
+    Requests::instance().isActive = false;
+    if (Requests::instance().terminateBefore != nullptr) {
+        Requests::instance().terminateBefore();
     }
     std::abort();
 }
 
 void serve() {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     while (!state.isEnding) {
         WaitForSingleObject(state.wanted, INFINITE);
         if (!state.isEnding) {
@@ -80,16 +78,17 @@ void serve() {
 struct SignalHook::Handlers {
     ~Handlers() {
         SetConsoleCtrlHandler(onConsoleEvent, FALSE);
-        const LPTOP_LEVEL_EXCEPTION_FILTER last = SetUnhandledExceptionFilter(requests().filterBefore);
+        const LPTOP_LEVEL_EXCEPTION_FILTER last =
+            SetUnhandledExceptionFilter(Requests::instance().filterBefore);
         if (last != onException) {
             SetUnhandledExceptionFilter(last); // set by somebody else later
         }
         if (std::get_terminate() == onTerminate) {
-            std::set_terminate(requests().terminateBefore);
+            std::set_terminate(Requests::instance().terminateBefore);
         }
-        requests().isActive = false;
-        requests().isEnding = true;
-        SetEvent(requests().wanted);
+        Requests::instance().isActive = false;
+        Requests::instance().isEnding = true;
+        SetEvent(Requests::instance().wanted);
         if (thread.joinable()) {
             thread.join();
         }
@@ -101,7 +100,7 @@ struct SignalHook::Handlers {
 SignalHook::SignalHook(const std::vector<int>&, void (*function)(std::chrono::milliseconds timeout),
                        std::chrono::milliseconds timeout)
     : handlers_(std::make_unique<Handlers>()) {
-    Requests& state = requests();
+    Requests& state = Requests::instance();
     state.function = function;
     state.timeout = static_cast<ULONGLONG>(timeout.count() < 0 ? 0 : timeout.count());
     state.isEnding = false;

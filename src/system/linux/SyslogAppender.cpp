@@ -1,11 +1,10 @@
-#include "system/linux/SyslogAppender.h"
+#include "system/linux/LinuxAppenders.h"
 
 #include "log/LogException.h"
 #include "log/LogMessage.h"
 #include "platform/CriticalSection.h"
-#include "platform/NeverDestroyed.h"
+#include "platform/Process.h"
 #include "system/VisibleText.h"
-#include "system/linux/Severity.h"
 
 #include <cerrno>
 #include <map>
@@ -15,6 +14,21 @@
 
 namespace ZAV {
 namespace Log {
+
+int severityOf(Level::LogLevel level) {
+    switch (level) {
+    case Level::LEVEL_AUDIT:
+        return LOG_NOTICE;
+    case Level::LEVEL_ERROR:
+        return LOG_ERR;
+    case Level::LEVEL_WARNING:
+        return LOG_WARNING;
+    case Level::LEVEL_INFO:
+        return LOG_INFO;
+    default:
+        return LOG_DEBUG;
+    }
+}
 
 namespace {
 

@@ -1,8 +1,7 @@
 #include "log/SystemAppenders.h"
 
 #include "log/LogManager.h"
-#include "system/linux/JournaldAppender.h"
-#include "system/linux/SyslogAppender.h"
+#include "system/linux/LinuxAppenders.h"
 
 namespace ZAV {
 namespace Log {

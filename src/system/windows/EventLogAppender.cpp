@@ -1,7 +1,9 @@
 #include "system/windows/EventLogAppender.h"
 
 #include "log/LogException.h"
+#include "log/LogManager.h"
 #include "log/LogMessage.h"
+#include "log/SystemAppenders.h"
 #include "system/VisibleText.h"
 
 // Leaves out the headers that define ERROR and other common words as macros.
@@ -104,6 +106,12 @@ void EventLogAppender::doOutput(const LogMessage& message) {
     if (ReportEventW(source_, typeOf(message.getLevel()), 0, EVENT_ID, nullptr, 1, 0, texts, nullptr) == 0) {
         throw LogException(std::string("Cannot write to the event log: ") + Platform::systemFailure().what());
     }
+}
+
+void registerSystemAppenders() {
+    LogManager::registerAppenderClass("EventLogAppender", [](const AppenderOptions& options) {
+        return std::make_unique<EventLogAppender>(options);
+    });
 }
 
 } // namespace Log

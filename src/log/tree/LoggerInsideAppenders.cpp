@@ -1,8 +1,10 @@
-#include "log/tree/AppenderList.h"
+// The appenders of a logger: changes of the list, and the delivery of a message to those listed.
+
+#include "log/tree/LoggerInside.h"
 
 #include "log/Appender.h"
 #include "log/message/MessageFields.h"
-#include "log/tree/SubtreeCapture.h"
+#include "log/tree/TreeChange.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
 
