@@ -3,8 +3,6 @@
 #include "log/async/DiscardedLines.h"
 #include "log/layout/LineLayout.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "platform/Process.h"
-#include "platform/Threads.h"
 
 #include <algorithm>
 #include <new>
