@@ -2,7 +2,7 @@
 
 #include "log/Appender.h"
 #include "log/LogLine.h"
-#include "log/tree/TreeChange.h"
+#include "log/tree/LoggerInside.h"
 #include "platform/CriticalSection.h"
 
 #include <algorithm>

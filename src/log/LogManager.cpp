@@ -16,8 +16,8 @@
 #include "platform/Files.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
-#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
+#include "zav-util/StandardError.h"
 
 #include <exception>
 #include <utility>

@@ -75,7 +75,8 @@ int rememberedProcessId() noexcept;
 /// the process ends.
 ///
 /// The class's source file defines `const Object& madeAtLoad = Object::instance();`, so that it is never
-/// created while another thread forks: in the child the initialisation would never complete.
+/// created while another thread forks: in the child the initialisation would never complete. An object that
+/// is created while no other thread can fork needs none.
 template <typename Object>
 class NeverDestroyed {
 public:

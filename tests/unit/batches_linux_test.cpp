@@ -5,7 +5,7 @@
 
 #include "log/LogException.h"
 #include "log/appenders/FileAppender.h"
-#include "log/appenders/SimpleAppenders.h"
+#include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousAppenders.h"
 #include "log/async/MessageQueue.h"
 #include "log/commands/FailureReport.h"

@@ -6,7 +6,7 @@
 #include "log/LogLine.h"
 #include "log/LogValues.h"
 #include "platform/Process.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/SystemInformation.h"
 
 #include <cmath>
 #include <gmock/gmock.h>

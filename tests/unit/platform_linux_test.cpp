@@ -10,7 +10,8 @@
 #include "platform/Files.h"
 #include "platform/OpenFiles.h"
 #include "platform/Process.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
+#include "zav-util/SystemInformation.h"
 
 #include <algorithm>
 #include <atomic>

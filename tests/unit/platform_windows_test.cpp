@@ -4,7 +4,7 @@
 
 #include "log/LogLine.h"
 #include "log/appenders/FileAppender.h"
-#include "log/appenders/SimpleAppenders.h"
+#include "log/appenders/SimpleFileAppender.h"
 #include "log/async/AsynchronousDispatcher.h"
 #include "platform/OpenFiles.h"
 

@@ -2,7 +2,7 @@
 
 #include "TestSupport.h"
 
-#include "log/appenders/SimpleAppenders.h"
+#include "log/appenders/StdoutAppender.h"
 #include "platform/Terminal.h"
 
 #include <algorithm>

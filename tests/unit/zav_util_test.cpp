@@ -2,8 +2,8 @@
 #include "TimeZone.h"
 
 #include "zav-util/Conversions.h"
-#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
+#include "zav-util/SystemInformation.h"
 #include "zav-util/TimeUtils.h"
 #include "zav-util/UtilException.h"
 

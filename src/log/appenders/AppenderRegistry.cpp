@@ -8,9 +8,9 @@
 #include "log/async/AsynchronousDispatcher.h"
 #include "log/config/ConfigurationKeys.h"
 #include "log/filters/MessageFilters.h"
+#include "log/reentrancy/LibraryCall.h"
 #include "zav-util/Properties.h"
 
-#include "log/reentrancy/LibraryCall.h"
 #include <boost/make_shared.hpp>
 
 #include <algorithm>

@@ -4,7 +4,6 @@
 #include "log/appenders/AppenderFactory.h"
 #include "platform/CriticalSection.h"
 #include "platform/Process.h"
-
 #include "zav-util/Properties.h"
 
 #include <boost/shared_ptr.hpp>

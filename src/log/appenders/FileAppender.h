@@ -17,7 +17,7 @@ namespace ZAV {
 namespace Log {
 
 /// Writes each message as one flushed line to the live file of a series, which stays open until it is
-/// replaced by a new one. When that is, and how, its heirs decide: `FileAppender` and `RollingFileAppender`.
+/// replaced by a new one. Derived classes decide when and how: `FileAppender` and `RollingFileAppender`.
 ///
 /// A forked child only appends to the live file of the process that rotates it, see `SeriesOwner`. The
 /// directory is never created; a relative path is resolved when the appender is created.

@@ -4,7 +4,7 @@
 #include "log/commands/FailureReport.h"
 #include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <exception>

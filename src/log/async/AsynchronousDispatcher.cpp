@@ -4,7 +4,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <exception>
@@ -63,6 +63,8 @@ DispatcherSettings AsynchronousDispatcher::settingsBy(const Util::Properties& pr
     files_.refuseChange(properties);
     return queue_.settings().renewedBy(properties);
 }
+
+// Called by loggers and the application
 
 LogStatistics AsynchronousDispatcher::statistics() const {
     LogStatistics statistics = queue_.statistics();

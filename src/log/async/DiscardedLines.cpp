@@ -1,6 +1,6 @@
 #include "log/async/DiscardedLines.h"
 
-#include "log/layout/LineLayout.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 
 #include <exception>

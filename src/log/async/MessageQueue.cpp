@@ -1,8 +1,6 @@
 #include "log/async/MessageQueue.h"
 
-#include "log/layout/LineLayout.h"
-#include "log/reentrancy/LibraryCall.h"
-#include "platform/Process.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "platform/Threads.h"
 
 #include <algorithm>

@@ -62,6 +62,22 @@ public:
     /// \return false if the calling thread is the only one left in the process, so that nothing else can log
     bool wait();
 
+    /// Preallocates memory for the next messages.
+    void prepareMemory() noexcept { store_.prepareMemory(); }
+
+    /// Takes out everything queued, up to a hold; it counts as waiting until `release`. If out of memory, it
+    /// takes nothing.
+    void take(MessageBatch& batch);
+
+    /// Releases the memory of a batch.
+    /// \param isDelivered false if there was no appender to deliver it to
+    void release(MessageBatch& batch, bool isDelivered);
+
+    /// \return the consumer's configured priority, or `DEFAULT_PRIORITY_MARK`
+    int priority() const noexcept { return priority_.load(std::memory_order_relaxed); }
+
+    // Called to control the consumer
+
     /// Ends the consumer's wait before its waiting period is over; no effect if it is not waiting.
     void wake();
 
@@ -78,20 +94,6 @@ public:
     /// consumer will take it.
     /// \return false on timeout
     bool drain(const Deadline& deadline);
-
-    /// Preallocates memory for the next messages.
-    void prepareMemory() noexcept { store_.prepareMemory(); }
-
-    /// Takes out everything queued, up to a hold; it counts as waiting until `release`. If out of memory, it
-    /// takes nothing.
-    void take(MessageBatch& batch);
-
-    /// Releases the memory of a batch.
-    /// \param isDelivered false if there was no appender to deliver it to
-    void release(MessageBatch& batch, bool isDelivered);
-
-    /// \return the consumer's configured priority, or `DEFAULT_PRIORITY_MARK`
-    int priority() const noexcept { return priority_.load(std::memory_order_relaxed); }
 
     // The end of the process
 

@@ -1,7 +1,7 @@
 // Queue operations for the consumer, and for the end of the process.
 
 #include "log/async/MessageQueue.h"
-#include "log/layout/LineLayout.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"

@@ -1,7 +1,7 @@
 #include "log/async/MessageStore.h"
 
 #include "log/async/DiscardedLines.h"
-#include "log/layout/LineLayout.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
 
 #include <algorithm>

@@ -22,8 +22,9 @@ struct ThreadRecord;
 ///
 /// Each thread appends to its own ring; one counter assigns every message of the process its number, which is
 /// its position in the order, counted from 1. Appending takes no lock, except for a thread's first message,
-/// for a new block in a file, and in the ring that threads share at their end. The process has one store,
-/// which is never destroyed, since threads may still log while the process ends. Thread-safe.
+/// for a new block in a file, and in the ring that threads share at their end or while the file has no block
+/// for theirs. The process has one store, which is never destroyed, since threads may still log while the
+/// process ends. Thread-safe.
 class MessageStore {
 public:
     MessageStore();

@@ -5,7 +5,7 @@
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/CriticalSection.h"
 #include "platform/Process.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <atomic>
@@ -14,6 +14,8 @@
 
 namespace ZAV {
 namespace Log {
+
+using Platform::ScopedLock;
 
 namespace FailureCount {
 
@@ -32,8 +34,6 @@ std::uint64_t get() noexcept {
 }
 
 } // namespace FailureCount
-
-using Platform::ScopedLock;
 
 namespace FailureReport {
 

@@ -100,7 +100,8 @@ enum class ValueForm {
     FLUSH_RULE,       ///< `line` or `batch`; anything else counts as the first
     PERIOD,           ///< `readPeriod`; a bad count is an error
     WHOLE_NUMBER,     ///< `Util::toInteger`; anything else is reported and left out
-    LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. The needed key is its unit
+    LEADING_UNSIGNED, ///< `readLeadingUnsigned`; no number counts as the default. The required key is its
+                      ///< unit
     LEADING_SIGNED,   ///< `readLeadingSigned`; otherwise the same
     SIZE_UNIT,        ///< `readSizeUnit`
     BYTE_SIZE,        ///< `readSizeLimit`; anything else, and 0 or less, is reported and left out
@@ -133,8 +134,8 @@ struct ConfigurationKey {
     DefaultValue byDefault;
     const char* meaning; ///< one sentence
 
-    /// Parses and stores a value of an appender, given the value of the needed key; nullptr for a key without
-    /// a member of its own.
+    /// Parses and stores a value of an appender, given the value of the required key; nullptr for a key
+    /// without a member of its own.
     /// \throw LogException or UtilException if the value is rejected
     void (*read)(AppenderValues& values, const std::string& text, const std::string& needed) = nullptr;
 };

@@ -5,8 +5,8 @@
 #include "platform/Files.h"
 #include "platform/Threads.h"
 #include "zav-util/Conversions.h"
-#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
+#include "zav-util/StandardError.h"
 #include "zav-util/UtilException.h"
 
 #include <optional>

@@ -3,8 +3,8 @@
 #include "log/LogException.h"
 #include "log/config/ConfigurationKeys.h"
 #include "zav-util/Conversions.h"
-#include "zav-util/ProcessUtils.h"
 #include "zav-util/Properties.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,13 +2,11 @@
 
 #include "log/LogLine.h"
 #include "log/message/MessageFields.h"
-#include "log/text/PackedPairs.h"
 #include "platform/Process.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/SystemInformation.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <utility>
 
 namespace ZAV {
@@ -104,36 +102,6 @@ ProcessDescription describeProcess(Util::TimeUtils::Time time) {
         return *shownProcess;
     }
     return {ProgramName::instance().text, Platform::rememberedProcessId(), hostName(time)};
-}
-
-// Lines on the standard error stream
-
-std::string shownLine(const char* reason, const MessageFields& message) noexcept {
-    try {
-        const ReadyText text(message);
-        MessageFields shown(message);
-        shown.text = text.view();
-        std::string pairs;
-        appendPairs(pairs, message.values, text.view().empty());
-        shown.pairsText = pairs;
-        std::string line = reason;
-        appendLogLine(line, shown);
-        return line;
-    } catch (const std::exception&) {
-        return std::string();
-    }
-}
-
-void showLine(const std::string& line, const char* reason) noexcept {
-    if (line.empty()) {
-        Util::writeErrorLine(reason);
-    } else {
-        Util::writeErrorLine(line);
-    }
-}
-
-void showOnStandardError(const char* reason, const MessageFields& message) noexcept {
-    showLine(shownLine(reason, message), reason);
 }
 
 } // namespace Log

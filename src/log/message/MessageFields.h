@@ -12,6 +12,8 @@
 namespace ZAV {
 namespace Log {
 
+class Logger;
+
 /// The library's own copy of a place, which is never freed: the code that contains the place may be unloaded
 /// before its messages are delivered. There is one for each place, so that its address identifies what all
 /// messages from there have in common.
@@ -27,8 +29,6 @@ struct KnownPlace : Place {
 ///         loaded again has the same ones. It takes no lock.
 /// \throw std::bad_alloc
 const KnownPlace& knownPlace(const Place& place);
-
-class Logger;
 
 /// \return whether two views refer to the same memory, not only to equal texts
 inline bool refersToSameMemory(std::string_view text, std::string_view other) {

@@ -9,7 +9,7 @@
 #include "log/queuefile/StoredQueue.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Process.h"
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
 
 #include <algorithm>
 #include <exception>

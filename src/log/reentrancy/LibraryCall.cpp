@@ -1,7 +1,7 @@
 #include "log/reentrancy/LibraryCall.h"
 
 #include "log/commands/FailureReport.h"
-#include "log/layout/LineLayout.h"
+#include "log/layout/UndeliveredMessage.h"
 #include "log/message/MessageFields.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"

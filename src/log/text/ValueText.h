@@ -33,7 +33,7 @@ constexpr std::size_t NUMBER_SIZE = 32;
 /// \return the end of what was written
 char* writeNumber(char* text, const TaggedValue& value) noexcept;
 
-/// \return whether a value is made of characters elsewhere
+/// \return whether a value refers to its characters: a text, or a number that is given as text
 inline bool isText(const TaggedValue& value) noexcept {
     using Kind = TaggedValue::Kind;
     return value.kind == Kind::TEXT || value.kind == Kind::C_STRING || value.kind == Kind::NUMBER;

@@ -4,7 +4,6 @@
 
 #include "log/Appender.h"
 #include "log/message/MessageFields.h"
-#include "log/tree/TreeChange.h"
 #include "platform/Process.h"
 #include "platform/Threads.h"
 

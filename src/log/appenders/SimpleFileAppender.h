@@ -1,37 +1,16 @@
 #pragma once
 
-#include "log/Appender.h"
 #include "log/appenders/BatchAppender.h"
 #include "log/config/AppenderValues.h"
 #include "platform/OpenFiles.h"
 #include "zav-util/FileUtils.h"
 
-#include <iosfwd>
 #include <memory>
-#include <string>
-#include <string_view>
 
 namespace ZAV {
 namespace Log {
 
-// The appenders that hold no file open: to a standard stream, and to a single file.
-
-/// Writes each message as one flushed line to a standard stream. Relies on the streams to serialise writes,
-/// which they do as long as they are synchronised with C's (`sync_with_stdio`).
-class StdoutAppender : public Appender {
-public:
-    StdoutAppender(const AppenderValues& values, const Filters& filters);
-
-protected:
-    /// A write that fails is not reported.
-    void doOutput(const LogMessage& message) override;
-
-private:
-    std::ostream* const stream_;
-    const std::shared_ptr<const LineLayout> layout_;
-};
-
-/// Appends each message, with process details, to a single file. The file is opened and closed for every
+/// Appends each message, by default with process details, to a single file. The file is opened and closed for every
 /// write, so that other programs may move or delete it in between. Its directory is never created; a relative
 /// path is resolved when the appender is created.
 class SimpleFileAppender : public BatchAppender {

@@ -1,23 +1,12 @@
-#include "zav-util/ProcessUtils.h"
+#include "zav-util/StandardError.h"
 
-#include "platform/Process.h"
 #include "platform/Terminal.h"
-#include "zav-util/FileUtils.h"
 
 #include <iostream>
+#include <string>
 
 namespace ZAV {
 namespace Util {
-
-std::string getHostName() {
-    std::string name = "UNKNOWN";
-    Platform::readHostName(name);
-    return name.substr(0, name.find('.'));
-}
-
-std::string getProgramName() {
-    return FileUtils::baseName(Platform::executablePath());
-}
 
 void writeErrorLine(std::string_view begin, std::string_view rest) noexcept {
     try {

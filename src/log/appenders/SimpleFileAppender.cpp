@@ -1,25 +1,13 @@
-#include "log/appenders/SimpleAppenders.h"
+#include "log/appenders/SimpleFileAppender.h"
 
 #include "log/LogException.h"
 #include "log/layout/LineLayout.h"
 #include "log/message/MessageFields.h"
 #include "log/reentrancy/LibraryCall.h"
 #include "platform/Files.h"
-#include "platform/Terminal.h"
 
 namespace ZAV {
 namespace Log {
-
-StdoutAppender::StdoutAppender(const AppenderValues& values, const Filters& filters)
-    : Appender(values.name, !values.asynchronous, filters), stream_(values.stream),
-      layout_(values.layoutOr(LayoutName::PLAIN)) {}
-
-/// The line and its line end are one write, so that lines of different threads never interleave.
-void StdoutAppender::doOutput(const LogMessage& message) {
-    std::string line;
-    appendWholeLine(line, message, *layout_);
-    threadRecord().failedWrites += Platform::writeToStream(*stream_, line) ? 0 : 1;
-}
 
 SimpleFileAppender::SimpleFileAppender(const AppenderValues& values, const Filters& filters)
     : BatchAppender(values.name, !values.asynchronous, filters, values.writesBatches), values_(values),
