@@ -157,6 +157,10 @@ TEST_F(RolledSeries, NamesAreGivenForGoodAndInTheOrderOfTheFiles) {
     appender = makeRollingAlways();
     write(*appender, "f");
     EXPECT_EQ(texts("20270115T120010Z-1") + texts("20270115T120010Z-2") + liveTexts(), "def");
+    setClock(NOON + Time(20, SEC));
+    writeFile(file("20270115T120020Z"), "by another process\n"); // which the appender has not looked for
+    write(*appender, "g");
+    EXPECT_EQ(texts("20270115T120020Z-1") + liveTexts(), "fg");
     EXPECT_EQ(readFile(file("20270115T120007Z-1.gz")), "packed\n");
     EXPECT_THAT(failures_.arguments, IsEmpty());
 }

@@ -135,7 +135,7 @@ ExitCode RecoverCommand::run(Output& output) {
     } catch (const std::exception& exception) {
         reportError(exception.what());
     } catch (const OutputClosed&) {
-        isAllThere = false; // nobody reads the rest
+        // Nobody reads the rest, which stays in the file.
     }
     std::cerr << recovery.messages << (recovery.messages == 1 ? " message\n" : " messages\n");
     return isAllThere ? EXIT_OK : EXIT_PROBLEM;
