@@ -198,16 +198,11 @@ LongDoubleText::LongDoubleText(long double value) noexcept
 void MessageWithValues::logTagged(const Logger& logger, const Place& place, std::string_view text,
                                   const TaggedValue* keysAndValues, std::size_t count) {
     const TaggedValue* const end = keysAndValues + 2 * count;
-    std::size_t mostBytes = 0;
-    for (const TaggedValue* key = keysAndValues; key != end; key += 2) {
-        mostBytes += packedPairSize({key->text, key->size}, key[1]);
-    }
     PackedOnStack pairs;
-    char* next = pairs.room(mostBytes);
     for (const TaggedValue* key = keysAndValues; key != end; key += 2) {
-        next = packPair(next, {key->text, key->size}, key[1]);
+        const std::string_view name(key->text, key->size);
+        pairs.commit(packPair(pairs.room(packedPairSize(name, key[1])), name, key[1]));
     }
-    pairs.commit(next);
     logger.inside_->logFrom(place, text, TextForm::READY, pairs.view());
 }
 

@@ -75,8 +75,7 @@ int rememberedProcessId() noexcept;
 /// the process ends.
 ///
 /// The class's source file defines `const Object& madeAtLoad = Object::instance();`, so that it is never
-/// created while another thread forks: in the child the initialisation would never complete. An object that
-/// is created while no other thread can fork needs none.
+/// created while another thread forks: in the child the initialisation would never complete.
 template <typename Object>
 class NeverDestroyed {
 public:

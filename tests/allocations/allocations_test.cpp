@@ -112,6 +112,9 @@ TEST_F(LoggingCost, NoAllocationForAMessageWithContextAndValues) {
         const LogContext request("request", LONG);
         const LogContext user("user", 7);
         ZAV_LOGV_INFO(logger_, LONG, "order", 17, "amount", 4.25, "name", LONG);
+        ZAV_LOGV_INFO(logger_, LONG, "a", 1, "b", 2, "c", 3, "d", 4, "e", 5, "f", 6, "g", 7, "h", 8, "i", 9,
+                      "j", 10, "k", 11, "l", 12, "m", 13, "n", 14, "o", 15, "p", 16, "q", 17, "r", 18, "s",
+                      19, "t", 20, "u", 21, "v", 22, "w", 23, "x", 24, "y", 25, "z", 26);
     };
     log();
     EXPECT_EQ(allocationsOf(log), 0U);

@@ -30,7 +30,7 @@ TEST(Conversions, RejectsWhatIsNoWholeNumber) {
     }
 }
 
-TEST(ProcessUtils, NamesProgramAndHostWithoutPathAndDomain) {
+TEST(SystemInformation, NamesProgramAndHostWithoutPathAndDomain) {
     EXPECT_THAT(getProgramName(), AnyOf("zav-log-unit-tests", "zav-log-unit-tests.exe"));
     EXPECT_THAT(getHostName(), AllOf(Not(IsEmpty()), Not(HasSubstr("."))));
 }

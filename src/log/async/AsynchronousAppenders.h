@@ -108,7 +108,8 @@ private:
     /// Modified under both locks; either one is enough to read it.
     std::list<Entry> asynchronousAppenders_ ZAV_LOG_GUARDED_BY(appendersLock_);
     std::list<Entry> added_ ZAV_LOG_GUARDED_BY(listLock_); ///< since the last delivery began
-    std::optional<std::list<Entry>> prepared_ ZAV_LOG_GUARDED_BY(listLock_); ///< for `exchangeConfigured`
+    /// For `exchangeConfigured`; none if nothing is prepared or it has been exchanged. The list may be empty.
+    std::optional<std::list<Entry>> prepared_ ZAV_LOG_GUARDED_BY(listLock_);
     std::atomic<std::uint64_t> progress_{0}; ///< written by the delivering thread
     std::atomic<bool> isAbandoned_{false};   ///< in a forked child: the delivery must not continue
 };

@@ -3,6 +3,7 @@
 #include "log/async/DiscardedLines.h"
 #include "log/layout/UndeliveredMessage.h"
 #include "log/reentrancy/LibraryCall.h"
+#include "platform/Process.h"
 
 #include <algorithm>
 #include <new>
@@ -48,11 +49,6 @@ std::uint64_t MessageStore::takeNumber(std::uint64_t limit) noexcept {
         }
     }
     return AT_LIMIT;
-}
-
-/// Creates the slot with the store, so that no thread creates it while another one forks.
-MessageStore::MessageStore() {
-    slotOfThread();
 }
 
 /// Its destructor function ends the ring of an exiting thread.

@@ -27,7 +27,8 @@ struct ThreadRecord;
 /// process ends. Thread-safe.
 class MessageStore {
 public:
-    MessageStore();
+    /// Creates the slot as well, so that no thread creates it while another one forks.
+    MessageStore() { slotOfThread(); }
 
     static constexpr std::uint64_t NO_LIMIT = std::numeric_limits<std::uint64_t>::max();
 

@@ -8,7 +8,10 @@
 #include <cstdint>
 #include <new>
 
-#ifdef ZAV_LOG_WITH_ICE
+#ifndef ZAV_LOG_WITH_ICE
+#error "link zav-log-threading: the classes below differ with the build"
+#endif
+#if ZAV_LOG_WITH_ICE
 #include <IceUtil/Handle.h>
 #include <IceUtil/Monitor.h>
 #include <IceUtil/Mutex.h>
@@ -27,7 +30,7 @@ namespace Log {
 
 // Threads and monitors, based on IceUtil or on the standard library, as built. Nothing else depends on which.
 
-#ifdef ZAV_LOG_WITH_ICE
+#if ZAV_LOG_WITH_ICE
 
 /// A lock with a condition variable. A notified thread wakes once the monitor is unlocked.
 class Monitor {

@@ -65,14 +65,10 @@ bool needsQuotes(std::string_view text) {
 
 /// \return whether a value needs quotes; numbers and booleans are only a few letters and digits
 bool isQuoted(const TaggedValue& value) {
-    switch (value.kind) {
-    case TaggedValue::Kind::TEXT:
-        return needsQuotes({value.text, value.size});
-    case TaggedValue::Kind::CHARACTER:
+    if (value.kind == TaggedValue::Kind::CHARACTER) {
         return needsQuotes({&value.character, 1});
-    default:
-        return false;
     }
+    return isText(value) && value.kind != TaggedValue::Kind::NUMBER && needsQuotes({value.text, value.size});
 }
 
 /// Collects short pairs and appends them to a string at once: appending each part would take longer than

@@ -36,7 +36,21 @@ char* writeNumber(char* text, const TaggedValue& value) noexcept;
 /// \return whether a value refers to its characters: a text, or a number that is given as text
 inline bool isText(const TaggedValue& value) noexcept {
     using Kind = TaggedValue::Kind;
-    return value.kind == Kind::TEXT || value.kind == Kind::C_STRING || value.kind == Kind::NUMBER;
+    switch (value.kind) {
+    case Kind::TEXT:
+    case Kind::C_STRING:
+    case Kind::NUMBER:
+        return true;
+    case Kind::SIGNED:
+    case Kind::UNSIGNED:
+    case Kind::DOUBLE:
+    case Kind::FLOAT:
+    case Kind::CHARACTER:
+    case Kind::BOOLEAN:
+    case Kind::ADDRESS:
+        break;
+    }
+    return false;
 }
 
 /// The text of a value, unquoted.

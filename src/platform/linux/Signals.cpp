@@ -22,8 +22,7 @@ constexpr int ONE_SHOT = static_cast<int>(SA_RESETHAND);
 constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
 
 /// State shared with the signal handlers, which take no lock. Never destroyed: a handler may be running when
-/// its hook is destroyed, and other code may have saved a handler to chain to it later. Made with the first
-/// hook.
+/// its hook is destroyed, and other code may have saved a handler to chain to it later.
 struct Requests : NeverDestroyed<Requests> {
     Requests() { sem_init(&wanted, 0, 0); }
 
@@ -38,6 +37,8 @@ struct Requests : NeverDestroyed<Requests> {
     struct sigaction before[SIGNAL_COUNT] = {};
     std::terminate_handler terminateBefore = nullptr;
 };
+
+const Requests& madeAtLoad = Requests::instance();
 
 timespec now() {
     timespec time = {};

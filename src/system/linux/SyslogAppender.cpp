@@ -103,18 +103,19 @@ std::string identOf(const AppenderOptions& options) {
 
 /// `kern` is left out, since it is reserved for the kernel.
 int facilityOf(const AppenderOptions& options) {
-    static const std::map<std::string, int> facilities = {
+    static constexpr std::pair<std::string_view, int> FACILITIES[] = {
         {"auth", LOG_AUTH},     {"authpriv", LOG_AUTHPRIV}, {"cron", LOG_CRON},     {"daemon", LOG_DAEMON},
         {"ftp", LOG_FTP},       {"local0", LOG_LOCAL0},     {"local1", LOG_LOCAL1}, {"local2", LOG_LOCAL2},
         {"local3", LOG_LOCAL3}, {"local4", LOG_LOCAL4},     {"local5", LOG_LOCAL5}, {"local6", LOG_LOCAL6},
         {"local7", LOG_LOCAL7}, {"lpr", LOG_LPR},           {"mail", LOG_MAIL},     {"news", LOG_NEWS},
         {"syslog", LOG_SYSLOG}, {"user", LOG_USER},         {"uucp", LOG_UUCP}};
     const std::string name = options.value("facility", "user");
-    const auto facility = facilities.find(name);
-    if (facility == facilities.end()) {
-        refuse(options, "facility", name);
+    for (const auto& [known, facility] : FACILITIES) {
+        if (known == name) {
+            return facility;
+        }
     }
-    return facility->second;
+    refuse(options, "facility", name);
 }
 
 /// Truncates a line that is too long, but not within a UTF-8 character.
