@@ -31,6 +31,29 @@ KeyMeaning settingOf(KeySection section, const std::string& name) {
     return meaning;
 }
 
+/// The table is Markdown, with words between backticks.
+std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
+    std::vector<std::string> words;
+    std::string::size_type begin = markdown.find('`');
+    while (begin != std::string::npos) {
+        const std::string::size_type end = markdown.find('`', begin + 1);
+        words.push_back(markdown.substr(begin + 1, end - begin - 1));
+        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
+    }
+    return words;
+}
+
+/// Some rows refer to another one for their words.
+const Log::ConfigurationKey& rowWithWords(const Log::ConfigurationKey& key) {
+    const Log::ConfigurationKey* row = &key;
+    if (key.form == Log::ValueForm::PERIOD) {
+        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+    } else if (key.form == Log::ValueForm::LEVEL) {
+        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
+    }
+    return row != nullptr ? *row : key;
+}
+
 } // namespace
 
 Configuration::Configuration(const PropertyFile& file) : file_(file) {
@@ -140,33 +163,6 @@ std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::strin
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {
     return a.number < b.number ? b : a;
 }
-
-namespace {
-
-/// The table is Markdown, with words between backticks.
-std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
-    std::vector<std::string> words;
-    std::string::size_type begin = markdown.find('`');
-    while (begin != std::string::npos) {
-        const std::string::size_type end = markdown.find('`', begin + 1);
-        words.push_back(markdown.substr(begin + 1, end - begin - 1));
-        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
-    }
-    return words;
-}
-
-/// Some rows refer to another one for their words.
-const Log::ConfigurationKey& rowWithWords(const Log::ConfigurationKey& key) {
-    const Log::ConfigurationKey* row = &key;
-    if (key.form == Log::ValueForm::PERIOD) {
-        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
-    } else if (key.form == Log::ValueForm::LEVEL) {
-        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
-    }
-    return row != nullptr ? *row : key;
-}
-
-} // namespace
 
 std::vector<std::string> wordsOf(const Log::ConfigurationKey& key) {
     return wordsBetweenBackticks(rowWithWords(key).values);
