@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "log/config/ConfigurationKeys.h"
 #include "platform/Files.h"
 

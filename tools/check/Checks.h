@@ -1,7 +1,7 @@
 #pragma once
 
-#include "check/Configuration.h"
 #include "check/Findings.h"
+#include "config/Configuration.h"
 
 #include <map>
 #include <string>

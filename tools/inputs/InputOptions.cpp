@@ -1,7 +1,7 @@
 #include "inputs/InputOptions.h"
 
 #include "Outcome.h"
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "config/PropertyFile.h"
 #include "log/LogException.h"
 #include "log/appenders/RolledFiles.h"

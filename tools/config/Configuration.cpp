@@ -1,4 +1,4 @@
-#include "check/Configuration.h"
+#include "config/Configuration.h"
 
 #include "config/CustomAppenderClasses.h"
 #include "config/LoggerLevels.h"
