@@ -3,8 +3,8 @@
 // begins a record that is shown with its time. What begins as a packed file does is unpacked, or refused.
 
 #include "inputs/LogContent.h"
-#include "records/Layout.h"
 #include "records/RecordReader.h"
+#include "records/TextLines.h"
 
 #include <cstddef>
 #include <cstdint>
