@@ -1,7 +1,6 @@
 #include "records/RecordStream.h"
 
 #include "records/TextLines.h"
-#include "records/TimeStamp.h"
 
 #include <algorithm>
 #include <utility>
