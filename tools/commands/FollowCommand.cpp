@@ -3,6 +3,7 @@
 #include "filters/FilterOptions.h"
 #include "follow/Follower.h"
 #include "inputs/InputOptions.h"
+#include "options/RecordCount.h"
 #include "printers/PrintOptions.h"
 
 #include <algorithm>
