@@ -11,10 +11,12 @@
 namespace ZAV {
 namespace Tools {
 
+// The program's standard output and standard error, neither of which lets foreign text control a terminal.
+
 /// Buffered standard output. Call `flush` for what the user must see at once, and at the end.
 ///
-/// All output of the commands goes through it. On a terminal, control characters in foreign text are escaped
-/// (`TerminalText`); a pipe or a file gets the bytes unchanged.
+/// All that the commands write there goes through it. On a terminal, control characters in foreign text are
+/// escaped (`TerminalText`); a pipe or a file gets the bytes unchanged.
 class Output {
 public:
     Output();

@@ -1,11 +1,10 @@
 // What a log file may hold: any bytes. Cut into records they must make up the file again but for the CR of a
-// CR LF, and a record's parts must lie within it, whichever layout it is read with. Each
-// structured line begins a record that is shown with its time. What begins as a packed file does is unpacked,
-// or refused.
+// CR LF, and a record's parts must lie within it, whichever layout it is read with. Each structured line
+// begins a record that is shown with its time. What begins as a packed file does is unpacked, or refused.
 
 #include "inputs/LogContent.h"
-#include "records/Layout.h"
 #include "records/RecordReader.h"
+#include "records/TextLines.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -28,7 +28,7 @@ std::vector<std::string> namesOfPairs(const LogMessage& message) {
 
 } // namespace
 
-TEST(JournalFields, HaveNamesThatTheJournalTakesAndThatNoOtherFieldHas) {
+TEST(JournaldAppender, GivesPairsNamesThatTheJournalTakesAndThatNoOtherFieldHas) {
     const LogCapture capture;
     Logger& net = LoggerFactory::getLogger("net");
     const LogContext context("order-id", "outer");

@@ -3,8 +3,8 @@
 #include "filters/TimeBound.h"
 #include "platform/Clock.h"
 #include "records/JsonLine.h"
-#include "records/Layout.h"
 #include "records/RecordReader.h"
+#include "records/TextLines.h"
 #include "records/TimeStamp.h"
 
 #include <algorithm>
@@ -102,7 +102,7 @@ TEST(TimeStamp, TakesWhatTheLibraryWritesAndNothingElse) {
     }
 }
 
-TEST(Layout, TellsTheLayoutsApart) {
+TEST(TextLines, TellsTheLayoutsApart) {
     const auto layoutOfWords = [](const std::string& words) { return layoutOf(TIME + " " + words); };
     EXPECT_EQ(Layout::PLAIN, layoutOfWords("net INFO text"));
     EXPECT_EQ(Layout::PLAIN, layoutOfWords("net a.cpp:5 INFO"));
@@ -116,7 +116,7 @@ TEST(Layout, TellsTheLayoutsApart) {
     EXPECT_EQ(Layout::UNKNOWN, layoutOf(TIME));
 }
 
-TEST(Layout, ReadsEveryFormOfALocation) {
+TEST(TextLines, ReadsEveryFormOfALocation) {
     struct Case {
         std::string word, file, line;
     };
@@ -137,7 +137,7 @@ TEST(Layout, ReadsEveryFormOfALocation) {
     }
 }
 
-TEST(Layout, ReadsTornLines) {
+TEST(TextLines, ReadsTornLines) {
     for (const std::string words : {"", " ", " server", " server 42", " server 42 alpha"}) {
         const std::string line = TIME + words;
         const Fields fields = parseRecord(line, Layout::PROCESS);

@@ -87,7 +87,7 @@ TEST(Properties, TakePairsInBracesHoweverTheyAreWritten) {
 
 namespace {
 
-class PropertyFile : public Test {
+class PropertyParser : public Test {
 protected:
     Properties parse(const std::string& content) {
         TestSupport::writeFile(name_, content);
@@ -100,7 +100,7 @@ protected:
 
 } // namespace
 
-TEST_F(PropertyFile, GivesTrimmedPairsInKeyOrder) {
+TEST_F(PropertyParser, GivesTrimmedPairsInKeyOrder) {
     Properties properties =
         parse("# comment\n\nb = C:\\logs\\app\n  a.x-y_z\t=\t some  value  \r\n\r\na==1=");
     EXPECT_THAT(properties.getKeys(), ElementsAre("a", "a.x-y_z", "b"));
@@ -114,7 +114,7 @@ TEST_F(PropertyFile, GivesTrimmedPairsInKeyOrder) {
     EXPECT_TRUE(parse("").empty());
 }
 
-TEST_F(PropertyFile, RejectsTheFirstOffendingLine) {
+TEST_F(PropertyParser, RejectsTheFirstOffendingLine) {
     const std::string valueSymbols = ". Allowed symbols are letters, digits and -_.:/\\ ";
     const std::pair<std::string, std::string> problems[] = {
         {"# c\n\nx=1\nx=2\ny\n", "a property redefinition on line 4; key = 'x'"},

@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "log/config/ConfigurationKeys.h"
 #include "platform/Files.h"
 
@@ -51,52 +51,45 @@ void checkFolders(const Configuration& configuration, Findings& findings) {
     }
 }
 
-/// The place of a file appender, with its canonical path.
-struct FilePlace {
+/// What a file appender writes to, by its canonical path.
+struct WrittenFile {
     const DeclaredAppender* appender;
     AppenderPlace::Kind kind;
     std::string path;
     char highestDigit; ///< of a series
 };
 
-/// Components that do not exist yet are kept as they are.
-std::string commonForm(const AppenderPlace& place) {
-    std::error_code problem;
-    const fs::path path = fs::weakly_canonical(fs::absolute(place.folder) / place.file, problem);
-    return problem ? place.folder + '/' + place.file : path.string();
-}
-
-/// Indexes the appenders' places by path, so that they need not be compared pairwise.
-class FilePlaces {
+/// Indexes the appenders' files by path, so that they need not be compared pairwise.
+class WrittenFiles {
 public:
-    void add(const FilePlace& place) {
-        (place.kind == AppenderPlace::SERIES ? series_ : files_)[place.path].push_back(places_.size());
-        places_.push_back(place);
+    void add(const WrittenFile& file) {
+        (file.kind == AppenderPlace::SERIES ? series_ : single_)[file.path].push_back(files_.size());
+        files_.push_back(file);
     }
 
     /// \return those that share a file with this one, in the order in which they were added
-    std::vector<const FilePlace*> sharing(const FilePlace& other) const {
+    std::vector<const WrittenFile*> sharing(const WrittenFile& other) const {
         std::vector<std::size_t> found;
         if (other.kind == AppenderPlace::SERIES) {
             append(found, series_, other.path);
             for (char digit = '0'; digit <= other.highestDigit; ++digit) {
-                append(found, files_, other.path + digit);
+                append(found, single_, other.path + digit);
             }
         } else {
-            append(found, files_, other.path);
+            append(found, single_, other.path);
             const std::size_t own = found.size();
             append(found, series_, other.path.substr(0, other.path.size() - 1));
             const char digit = other.path.back();
             found.erase(std::remove_if(found.begin() + static_cast<std::ptrdiff_t>(own), found.end(),
                                        [this, digit](std::size_t index) {
-                                           return digit < '0' || digit > places_[index].highestDigit;
+                                           return digit < '0' || digit > files_[index].highestDigit;
                                        }),
                         found.end());
         }
         std::sort(found.begin(), found.end());
-        std::vector<const FilePlace*> result;
+        std::vector<const WrittenFile*> result;
         for (const std::size_t index : found) {
-            result.push_back(&places_[index]);
+            result.push_back(&files_[index]);
         }
         return result;
     }
@@ -104,27 +97,28 @@ public:
 private:
     using ByPath = std::map<std::string, std::vector<std::size_t>>;
 
-    static void append(std::vector<std::size_t>& found, const ByPath& places, const std::string& path) {
-        const auto entry = places.find(path);
-        if (entry != places.end()) {
+    static void append(std::vector<std::size_t>& found, const ByPath& files, const std::string& path) {
+        const auto entry = files.find(path);
+        if (entry != files.end()) {
             found.insert(found.end(), entry->second.begin(), entry->second.end());
         }
     }
 
-    std::vector<FilePlace> places_;
+    std::vector<WrittenFile> files_;
     ByPath series_;
-    ByPath files_;
+    ByPath single_;
 };
 
 void checkSharedFiles(const Configuration& configuration, Findings& findings) {
-    FilePlaces earlier;
+    WrittenFiles earlier;
     for (const DeclaredAppender& appender : configuration.appenders()) {
         const AppenderPlace place(appender.name, configuration.file().properties());
         if (place.kind == AppenderPlace::NO_FILE) {
             continue;
         }
-        const FilePlace own{&appender, place.kind, commonForm(place), place.highestDigit};
-        for (const FilePlace* const other : earlier.sharing(own)) {
+        const WrittenFile own{&appender, place.kind, canonicalPath(fs::path(place.folder) / place.file),
+                              place.highestDigit};
+        for (const WrittenFile* const other : earlier.sharing(own)) {
             findings.addWarning(later(*appender.declaration, *other->appender->declaration), "shared-file",
                                 "the appenders '" + other->appender->name + "' and '" + appender.name +
                                     "' write to one file, " + place.describe());
@@ -134,6 +128,12 @@ void checkSharedFiles(const Configuration& configuration, Findings& findings) {
 }
 
 } // namespace
+
+std::string canonicalPath(const fs::path& path) {
+    std::error_code problem;
+    const fs::path canonical = fs::weakly_canonical(fs::absolute(path), problem);
+    return problem ? path.string() : canonical.string();
+}
 
 void checkFiles(const Configuration& configuration, Findings& findings) {
     checkFolders(configuration, findings);

@@ -1,5 +1,5 @@
 #include "check/Checks.h"
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "config/LoggerLevels.h"
 #include "log/LogException.h"
 #include "log/LogMessage.h"

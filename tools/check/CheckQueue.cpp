@@ -133,13 +133,6 @@ void checkSize(const Configuration& configuration, Findings& findings) {
     }
 }
 
-/// \return the canonical path; components that do not exist yet are kept as they are
-std::string commonForm(const std::string& path) {
-    std::error_code problem;
-    const fs::path common = fs::weakly_canonical(fs::absolute(path), problem);
-    return problem ? path : common.string();
-}
-
 void checkFile(const Configuration& configuration, const std::string& fileName, QueueFilesOfOthers& others,
                Findings& findings) {
     const PropertyLine* const line = lineOf(configuration, Option::QUEUE_FILE);
@@ -148,7 +141,7 @@ void checkFile(const Configuration& configuration, const std::string& fileName, 
     }
     checkPlace(*line, findings);
     checkSize(configuration, findings);
-    const auto [other, isNew] = others.try_emplace(commonForm(line->value), fileName);
+    const auto [other, isNew] = others.try_emplace(canonicalPath(line->value), fileName);
     if (!isNew && other->second != fileName) {
         warn(findings, *line,
              "'" + other->second + "' names this file, too; one program at a time can have it");

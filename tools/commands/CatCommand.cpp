@@ -70,7 +70,7 @@ CatCommand::CatCommand(CLI::App& program)
     filters_.addTo(command_);
     printing_.addTo(command_);
     printing_.addEndTo(command_);
-    command_.footer(std::string(ORDER_OF_RECORDS) + "\n\n" + program.get_footer());
+    command_.footer(std::string(InputOptions::ORDER_OF_RECORDS) + "\n\n" + program.get_footer());
 }
 
 ExitCode CatCommand::run(Output& output) {

@@ -9,8 +9,8 @@
 namespace ZAV {
 namespace Tools {
 
-/// One command of the program. Its constructor takes the program's `CLI::App` and adds a subcommand with the
-/// command's options to it.
+/// One command of the program. The class derived from it for that command adds a subcommand with the
+/// command's options to the program's `CLI::App`, and hands it over.
 class Command {
 public:
     /// \param command the subcommand, which lives as long as the program's `CLI::App`
@@ -38,13 +38,6 @@ std::unique_ptr<Command> makeCatCommand(CLI::App& program);
 std::unique_ptr<Command> makeFollowCommand(CLI::App& program);
 std::unique_ptr<Command> makeCtlCommand(CLI::App& program);
 std::unique_ptr<Command> makeRecoverCommand(CLI::App& program);
-
-/// A section of the help of the commands that merge files.
-constexpr const char* ORDER_OF_RECORDS =
-    "order of the records:\n"
-    "  Files are merged in the order of time; within a file or a series the order stays.\n"
-    "  A record whose time is later than that of the next one in its file comes in the\n"
-    "  next one's place, so that a clock that was wrong once holds nothing up.";
 
 } // namespace Tools
 } // namespace ZAV

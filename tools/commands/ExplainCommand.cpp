@@ -2,7 +2,7 @@
 
 #include "config/CustomAppenderClasses.h"
 #include "explain/Explanation.h"
-#include "explain/ExplanationText.h"
+#include "explain/ExplanationForms.h"
 #include "log/Level.h"
 #include "options/ColorOption.h"
 #include "options/LevelName.h"

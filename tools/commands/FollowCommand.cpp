@@ -3,6 +3,7 @@
 #include "filters/FilterOptions.h"
 #include "follow/Follower.h"
 #include "inputs/InputOptions.h"
+#include "options/RecordCount.h"
 #include "printers/PrintOptions.h"
 
 #include <algorithm>
@@ -49,7 +50,7 @@ FollowCommand::FollowCommand(CLI::App& program)
     stateOption_->type_name("FILE");
     filters_.addTo(command_);
     printing_.addTo(command_);
-    command_.footer(std::string(ORDER_OF_RECORDS) + "\n\n" + program.get_footer());
+    command_.footer(std::string(InputOptions::ORDER_OF_RECORDS) + "\n\n" + program.get_footer());
 }
 
 ExitCode FollowCommand::run(Output& output) {

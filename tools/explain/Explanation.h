@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "config/LoggerLevels.h"
 #include "log/Level.h"
 #include "log/LogMessage.h"

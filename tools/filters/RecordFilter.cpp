@@ -48,6 +48,17 @@ Owner<pcre2_code> compile(const std::string& expression) {
     return code;
 }
 
+bool isAtOrBelow(std::string_view logger, const std::string& ancestor) {
+    const bool begins = logger.substr(0, ancestor.size()) == ancestor;
+    return begins && (logger.size() == ancestor.size() || logger[ancestor.size()] == '.');
+}
+
+bool has(const RecordPairs* pairs, const std::pair<std::string, std::string>& wanted) {
+    return pairs != nullptr && std::any_of(pairs->begin(), pairs->end(), [&wanted](const RecordPair& pair) {
+               return pair.key == wanted.first && pair.text == wanted.second;
+           });
+}
+
 } // namespace
 
 /// A regular expression, in the syntax that Perl and ECMAScript have in common.
@@ -91,21 +102,6 @@ bool Pattern::matches(std::string_view text) {
     }
     return result != PCRE2_ERROR_NOMATCH;
 }
-
-namespace {
-
-bool isAtOrBelow(std::string_view logger, const std::string& ancestor) {
-    const bool begins = logger.substr(0, ancestor.size()) == ancestor;
-    return begins && (logger.size() == ancestor.size() || logger[ancestor.size()] == '.');
-}
-
-bool has(const RecordPairs* pairs, const std::pair<std::string, std::string>& wanted) {
-    return pairs != nullptr && std::any_of(pairs->begin(), pairs->end(), [&wanted](const RecordPair& pair) {
-               return pair.key == wanted.first && pair.text == wanted.second;
-           });
-}
-
-} // namespace
 
 RecordFilter::RecordFilter() = default;
 RecordFilter::~RecordFilter() = default;

@@ -1,7 +1,7 @@
 #include "inputs/InputOptions.h"
 
 #include "Outcome.h"
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 #include "config/PropertyFile.h"
 #include "log/LogException.h"
 #include "log/appenders/RolledFiles.h"
@@ -29,62 +29,6 @@ std::string namesOfColumns() {
     return names;
 }
 
-} // namespace
-
-void InputOptions::addTo(CLI::App& command) {
-    command
-        .add_option("PATH", paths_,
-                    "A log file, with those that were rolled away from it, the base name of a rotated series "
-                    "(logs/server.log.), or - for standard input")
-        ->type_name("");
-    command
-        .add_option("--config", configuration_,
-                    "Read the files of all file appenders of a property file instead")
-        ->type_name("FILE");
-    CLI::Option* const layoutOption = command.add_option(
-        "--layout", layout_, "The layout of all files; otherwise each file shows its own, json too");
-    layoutOption->check(CLI::IsMember({"plain", "process"}))->type_name("plain|process");
-    fieldsOption_ = command.add_option(
-        "--fields", fields_,
-        "The columns of all files of the layout fields, as in their property file: \"utc level text\"");
-    fieldsOption_->excludes(layoutOption)->type_name("NAMES");
-}
-
-std::vector<InputSpec> InputOptions::inputs() const {
-    if (paths_.empty() == configuration_.empty()) {
-        throw UsageError("give either files to read or --config FILE");
-    }
-    const std::optional<LineForm> form = givenForm();
-    std::vector<InputSpec> inputs = paths_.empty() ? inputsOfConfiguration() : inputsOfPaths();
-    if (form) {
-        for (InputSpec& input : inputs) {
-            input.layout = *form;
-        }
-    }
-    return inputs;
-}
-
-/// \return the form that the command line sets for all files; nothing if it sets none
-std::optional<LineForm> InputOptions::givenForm() const {
-    LineForm form;
-    if (fieldsOption_->count() > 0) {
-        try {
-            form.columns = Log::readColumns(fields_);
-        } catch (const Util::UtilException&) {
-            throw UsageError("--fields: '" + fields_ + "' are no columns: name some of " + namesOfColumns());
-        }
-        return form;
-    }
-    if (layout_.empty()) {
-        return std::nullopt;
-    }
-    form.layout = layout_ == "plain" ? Layout::PLAIN : Layout::PROCESS;
-    form.hasJson = false;
-    return form;
-}
-
-namespace {
-
 /// \return whether a path is read along with another one, as when a shell expands a pattern to all files of a folder
 bool isReadWithAnother(const std::string& path, const std::set<std::string>& named) {
     const std::string plain = Log::RolledFiles::plainPathOf(path);
@@ -93,29 +37,6 @@ bool isReadWithAnother(const std::string& path, const std::set<std::string>& nam
                               (path != plain && named.count(plain) != 0) ||
                               (path != plain && path != packed && named.count(packed) != 0));
 }
-
-} // namespace
-
-std::vector<InputSpec> InputOptions::inputsOfPaths() const {
-    std::vector<InputSpec> inputs;
-    const std::set<std::string> named(paths_.begin(), paths_.end());
-    for (const std::string& path : paths_) {
-        if (isReadWithAnother(path, named)) {
-            continue;
-        }
-        InputSpec input;
-        input.path = path;
-        input.mayBeLink = path.empty() || path.back() != '.'; // as the base name of a series ends
-        input.kind = path == STANDARD_INPUT ? InputSpec::STANDARD_INPUT : InputSpec::FILE_OR_SERIES;
-        inputs.push_back(input);
-    }
-    if (std::count(paths_.begin(), paths_.end(), STANDARD_INPUT) > 1) {
-        throw UsageError("standard input can be read only once");
-    }
-    return inputs;
-}
-
-namespace {
 
 /// The appender's current layout. Lines of `json` are recognised in any case, since it may have had that
 /// before.
@@ -180,6 +101,77 @@ std::vector<InputSpec> configuredFiles(const std::string& propertyFile) {
 }
 
 } // namespace
+
+void InputOptions::addTo(CLI::App& command) {
+    command
+        .add_option("PATH", paths_,
+                    "A log file, with those that were rolled away from it, the base name of a rotated series "
+                    "(logs/server.log.), or - for standard input")
+        ->type_name("");
+    command
+        .add_option("--config", configuration_,
+                    "Read the files of all file appenders of a property file instead")
+        ->type_name("FILE");
+    CLI::Option* const layoutOption = command.add_option(
+        "--layout", layout_, "The layout of all files; otherwise each file shows its own, json too");
+    layoutOption->check(CLI::IsMember({"plain", "process"}))->type_name("plain|process");
+    fieldsOption_ = command.add_option(
+        "--fields", fields_,
+        "The columns of all files of the layout fields, as in their property file: \"utc level text\"");
+    fieldsOption_->excludes(layoutOption)->type_name("NAMES");
+}
+
+std::vector<InputSpec> InputOptions::inputs() const {
+    if (paths_.empty() == configuration_.empty()) {
+        throw UsageError("give either files to read or --config FILE");
+    }
+    const std::optional<LineForm> form = givenForm();
+    std::vector<InputSpec> inputs = paths_.empty() ? inputsOfConfiguration() : inputsOfPaths();
+    if (form) {
+        for (InputSpec& input : inputs) {
+            input.layout = *form;
+        }
+    }
+    return inputs;
+}
+
+/// \return the form that the command line sets for all files; nothing if it sets none
+std::optional<LineForm> InputOptions::givenForm() const {
+    LineForm form;
+    if (fieldsOption_->count() > 0) {
+        try {
+            form.columns = Log::readColumns(fields_);
+        } catch (const Util::UtilException&) {
+            throw UsageError("--fields: '" + fields_ + "' are no columns: name some of " + namesOfColumns());
+        }
+        return form;
+    }
+    if (layout_.empty()) {
+        return std::nullopt;
+    }
+    form.layout = layout_ == "plain" ? Layout::PLAIN : Layout::PROCESS;
+    form.hasJson = false;
+    return form;
+}
+
+std::vector<InputSpec> InputOptions::inputsOfPaths() const {
+    std::vector<InputSpec> inputs;
+    const std::set<std::string> named(paths_.begin(), paths_.end());
+    for (const std::string& path : paths_) {
+        if (isReadWithAnother(path, named)) {
+            continue;
+        }
+        InputSpec input;
+        input.path = path;
+        input.mayBeLink = path.empty() || path.back() != '.'; // as the base name of a series ends
+        input.kind = path == STANDARD_INPUT ? InputSpec::STANDARD_INPUT : InputSpec::FILE_OR_SERIES;
+        inputs.push_back(input);
+    }
+    if (std::count(paths_.begin(), paths_.end(), STANDARD_INPUT) > 1) {
+        throw UsageError("standard input can be read only once");
+    }
+    return inputs;
+}
 
 std::vector<InputSpec> InputOptions::inputsOfConfiguration() const {
     std::vector<InputSpec> inputs;

@@ -12,11 +12,6 @@
 namespace ZAV {
 namespace Tools {
 
-/// Adds an option that takes a number of records, always read as decimal.
-/// \param count receives the number; must outlive the command
-CLI::Option* addRecordCount(CLI::App& command, const std::string& name, std::size_t& count,
-                            const std::string& meaning);
-
 /// The part of a command line that says how records are shown: `--json`, `--source`, `--unique`, `--context`,
 /// `--zone`, `--color` and, where records have an end, `--tail` and `--count`.
 class PrintOptions {

@@ -10,8 +10,13 @@ namespace Tools {
 
 namespace {
 
+/// Of the records that are kept to recognise others by.
 constexpr std::size_t LARGEST_SIZE = 16 * 1024 * 1024;
 constexpr std::size_t OVERHEAD = 160; ///< per entry, approximately
+
+/// Bytes of the records that are held or kept, beyond which their later parts are dropped: a few without an
+/// end must not fill the memory.
+constexpr std::size_t MAX_KEPT = 16 * 1024 * 1024;
 
 std::string joined(std::initializer_list<std::string_view> parts) {
     std::string text;
@@ -60,14 +65,6 @@ void Repetitions::keep(std::string record, Seen seen) {
         seen_.erase(oldest);
     }
 }
-
-namespace {
-
-/// Bytes of the records that are held or kept, beyond which their later parts are dropped: a few without an
-/// end must not fill the memory.
-constexpr std::size_t MAX_KEPT = 16 * 1024 * 1024;
-
-} // namespace
 
 const std::string& RecordPresenter::show(std::size_t input, RecordStream& stream) {
     text_.clear();

@@ -22,8 +22,8 @@ class Repetitions {
 public:
     /// Takes the next record of any input.
     /// \param stream at a record that is no continuation
-    /// \return true if another input had an equal one before. Records of the two layouts are compared by what both
-    ///         show.
+    /// \return true if another input had an equal one before: with the same time, logger, level, location and text,
+    ///         and of the same process if both show it
     bool isRepeated(std::size_t input, RecordStream& stream);
 
 private:

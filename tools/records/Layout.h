@@ -1,13 +1,16 @@
 #pragma once
 
 #include "log/layout/LineLayout.h"
-#include "records/Record.h"
 
-#include <string_view>
+#include <cstdint>
 #include <vector>
 
 namespace ZAV {
 namespace Tools {
+
+class LogContent;
+class RecordReader;
+struct Record;
 
 /// Which of the library's two text layouts the lines of a file have.
 enum class Layout {
@@ -25,21 +28,25 @@ struct LineForm {
     bool hasJson = true;              ///< a line of `json` is a record, whatever the others are
 };
 
-/// Determines the layout of a line from its level.
-/// \param line a line that begins with a time; what follows its end is ignored
-/// \return `UNKNOWN` if it has no level where one of the layouts puts it
-Layout layoutOf(std::string_view line);
+/// Determines the layout of one file from its first line with a level, wherever in the file that is. Of a
+/// pipe, only what has been read is considered.
+class LayoutDetector {
+public:
+    /// \param file must outlive the detector
+    /// \param given a layout that is known beforehand, or `UNKNOWN`
+    LayoutDetector(const LogContent& file, Layout given);
 
-/// \return false if the word is no level
-bool findLevelNamed(std::string_view word, Log::Level::LogLevel& level);
+    /// \param record a record of the file; the records of a growing file must be passed in order
+    /// \param reader has returned the record
+    /// \return the file's layout; `UNKNOWN` if no line of the file has a level yet
+    Layout layoutFor(const Record& record, const RecordReader& reader);
 
-/// Sets file and line of a record from one word, as in "app.cpp:8".
-void parseLocation(std::string_view location, Fields& fields);
-
-/// Splits a record into its fields.
-/// \param lines a record that begins with a time
-/// \param layout of its file; `UNKNOWN` counts as `PLAIN`
-Fields parseRecord(std::string_view lines, Layout layout);
+private:
+    const LogContent& file_;
+    Layout layout_;
+    bool hasScanned_ = false;
+    std::uint64_t scannedTo_ = 0; ///< of a pipe
+};
 
 } // namespace Tools
 } // namespace ZAV

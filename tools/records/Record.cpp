@@ -2,7 +2,7 @@
 
 #include "log/text/PackedPairs.h"
 #include "platform/Clock.h"
-#include "records/Layout.h"
+#include "records/TextLines.h"
 
 #include <algorithm>
 #include <iterator>

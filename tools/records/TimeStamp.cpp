@@ -8,6 +8,8 @@ namespace Tools {
 
 namespace {
 
+// The time stamps of the text layouts.
+
 /// The lowest and the highest character at each position.
 constexpr char LEAST[] = "0000.00.00 00:00:00:000000";
 constexpr char GREATEST[] = "9999.19.39 29:59:69:999999";
@@ -40,15 +42,7 @@ bool isEndOfWord(char character) {
     return character == ' ' || character == '\n' || character == '\r';
 }
 
-} // namespace
-
-bool startsWithTime(std::string_view line) {
-    return line.size() >= TIME_STAMP_LENGTH &&
-           (line.size() == TIME_STAMP_LENGTH || isEndOfWord(line[TIME_STAMP_LENGTH])) &&
-           hasShapeOfTime(line.data()) && isOnCalendar(line.data());
-}
-
-namespace {
+// The calendar.
 
 constexpr std::int64_t SECONDS_PER_DAY = 86400;
 constexpr std::int64_t MICROSECONDS_PER_SECOND = 1000000;
@@ -78,43 +72,7 @@ std::int64_t daysSinceEpoch(int year, int month, int day) {
     return days + day - 1;
 }
 
-} // namespace
-
-int daysOfMonth(int year, int month) {
-    static constexpr int DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return DAYS[month - 1] + (month == 2 && isLeapYear(year) ? 1 : 0);
-}
-
-std::int64_t civilSeconds(std::string_view time) {
-    const std::int64_t days = daysSinceEpoch(number(time, 0, 4), number(time, 5, 2), number(time, 8, 2));
-    return days * SECONDS_PER_DAY + number(time, 11, 2) * 3600 + number(time, 14, 2) * 60 +
-           number(time, 17, 2);
-}
-
-std::int64_t civilFraction(std::string_view time) {
-    return number(time, 20, 6);
-}
-
-std::string civilText(std::int64_t microseconds) {
-    const std::int64_t seconds = microseconds / MICROSECONDS_PER_SECOND;
-    std::int64_t days = seconds / SECONDS_PER_DAY;
-    int year = 1970;
-    for (; days >= 365 + (isLeapYear(year) ? 1 : 0); ++year) {
-        days -= 365 + (isLeapYear(year) ? 1 : 0);
-    }
-    int month = 1;
-    for (; days >= daysOfMonth(year, month); ++month) {
-        days -= daysOfMonth(year, month);
-    }
-    const int ofDay = static_cast<int>(seconds % SECONDS_PER_DAY);
-    char text[80];
-    std::snprintf(text, sizeof text, "%04d.%02d.%02d %02d:%02d:%02d:%06d", year, month,
-                  static_cast<int>(days) + 1, ofDay / 3600, ofDay / 60 % 60, ofDay % 60,
-                  static_cast<int>(microseconds % MICROSECONDS_PER_SECOND));
-    return text;
-}
-
-namespace {
+// The points in time of `json` and of the column `utc`.
 
 constexpr std::size_t SECONDS_LENGTH = 19; // of "2026-05-07T12:03:27"
 constexpr std::size_t OFFSET_LENGTH = 6;   // of "+02:00"
@@ -174,6 +132,46 @@ std::string stampOf(std::string_view seconds, const std::string& fraction) {
 
 } // namespace
 
+bool startsWithTime(std::string_view line) {
+    return line.size() >= TIME_STAMP_LENGTH &&
+           (line.size() == TIME_STAMP_LENGTH || isEndOfWord(line[TIME_STAMP_LENGTH])) &&
+           hasShapeOfTime(line.data()) && isOnCalendar(line.data());
+}
+
+int daysOfMonth(int year, int month) {
+    static constexpr int DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return DAYS[month - 1] + (month == 2 && isLeapYear(year) ? 1 : 0);
+}
+
+std::int64_t civilSeconds(std::string_view time) {
+    const std::int64_t days = daysSinceEpoch(number(time, 0, 4), number(time, 5, 2), number(time, 8, 2));
+    return days * SECONDS_PER_DAY + number(time, 11, 2) * 3600 + number(time, 14, 2) * 60 +
+           number(time, 17, 2);
+}
+
+std::int64_t civilFraction(std::string_view time) {
+    return number(time, 20, 6);
+}
+
+std::string civilText(std::int64_t microseconds) {
+    const std::int64_t seconds = microseconds / MICROSECONDS_PER_SECOND;
+    std::int64_t days = seconds / SECONDS_PER_DAY;
+    int year = 1970;
+    for (; days >= 365 + (isLeapYear(year) ? 1 : 0); ++year) {
+        days -= 365 + (isLeapYear(year) ? 1 : 0);
+    }
+    int month = 1;
+    for (; days >= daysOfMonth(year, month); ++month) {
+        days -= daysOfMonth(year, month);
+    }
+    const int ofDay = static_cast<int>(seconds % SECONDS_PER_DAY);
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d.%02d.%02d %02d:%02d:%02d:%06d", year, month,
+                  static_cast<int>(days) + 1, ofDay / 3600, ofDay / 60 % 60, ofDay % 60,
+                  static_cast<int>(microseconds % MICROSECONDS_PER_SECOND));
+    return text;
+}
+
 std::optional<std::int64_t> readIsoTime(std::string_view text) {
     if (text.size() <= SECONDS_LENGTH) {
         return std::nullopt;
@@ -185,7 +183,8 @@ std::optional<std::int64_t> readIsoTime(std::string_view text) {
     if (stamp.empty() || !offset) {
         return std::nullopt;
     }
-    const std::int64_t microseconds = (civilSeconds(stamp) - *offset) * 1000000 + civilFraction(stamp);
+    const std::int64_t microseconds =
+        (civilSeconds(stamp) - *offset) * MICROSECONDS_PER_SECOND + civilFraction(stamp);
     return microseconds < 0 || microseconds > LATEST_TIME ? std::nullopt
                                                           : std::optional<std::int64_t>(microseconds);
 }

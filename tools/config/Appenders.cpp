@@ -1,4 +1,4 @@
-#include "config/ConfiguredAppender.h"
+#include "config/Appenders.h"
 
 #include "log/appenders/FileAppender.h"
 #include "log/config/AppenderValues.h"

@@ -1,4 +1,4 @@
-#include "explain/ExplanationText.h"
+#include "explain/ExplanationForms.h"
 
 #include "terminal/Paint.h"
 
@@ -10,6 +10,8 @@ namespace ZAV {
 namespace Tools {
 
 namespace {
+
+// For the text.
 
 using Row = std::vector<std::string>;
 
@@ -41,6 +43,32 @@ std::vector<std::size_t> columnWidths(const std::vector<Row>& table) {
 
 std::string green(const std::string& text, bool withColors) {
     return withColors ? painted(Paint::GREEN, text) : text;
+}
+
+// For the graph.
+
+/// \return the text as a quoted DOT string, in which only line feeds keep a special meaning
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            result += '\\';
+        }
+        result += c == '\n' ? "\\n" : std::string(1, c);
+    }
+    return result + '"';
+}
+
+std::string loggerNode(const std::string& logger) {
+    return quoted("logger " + logger);
+}
+
+std::string appenderNode(const std::string& appender) {
+    return quoted("appender " + appender);
+}
+
+std::string join(const std::string& first, const std::string& second) {
+    return second.empty() ? first : first + '\n' + second;
 }
 
 } // namespace
@@ -83,34 +111,6 @@ std::string messageText(const Explanation& explanation, const std::string& logge
     }
     return text;
 }
-
-namespace {
-
-/// \return the text as a quoted DOT string, in which only line feeds keep a special meaning
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            result += '\\';
-        }
-        result += c == '\n' ? "\\n" : std::string(1, c);
-    }
-    return result + '"';
-}
-
-std::string loggerNode(const std::string& logger) {
-    return quoted("logger " + logger);
-}
-
-std::string appenderNode(const std::string& appender) {
-    return quoted("appender " + appender);
-}
-
-std::string join(const std::string& first, const std::string& second) {
-    return second.empty() ? first : first + '\n' + second;
-}
-
-} // namespace
 
 DotGraph::DotGraph(const Explanation& explanation)
     : explanation_(explanation), text_("digraph explanation {\n    rankdir=LR;\n") {

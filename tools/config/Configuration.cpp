@@ -1,4 +1,4 @@
-#include "check/Configuration.h"
+#include "config/Configuration.h"
 
 #include "config/CustomAppenderClasses.h"
 #include "config/LoggerLevels.h"
@@ -29,6 +29,29 @@ KeyMeaning settingOf(KeySection section, const std::string& name) {
     meaning.row = Log::findKey(section, name);
     meaning.kind = meaning.row != nullptr ? KeyMeaning::SETTING : KeyMeaning::UNKNOWN;
     return meaning;
+}
+
+/// The table is Markdown, with words between backticks.
+std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
+    std::vector<std::string> words;
+    std::string::size_type begin = markdown.find('`');
+    while (begin != std::string::npos) {
+        const std::string::size_type end = markdown.find('`', begin + 1);
+        words.push_back(markdown.substr(begin + 1, end - begin - 1));
+        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
+    }
+    return words;
+}
+
+/// Some rows refer to another one for their words.
+const Log::ConfigurationKey& rowWithWords(const Log::ConfigurationKey& key) {
+    const Log::ConfigurationKey* row = &key;
+    if (key.form == Log::ValueForm::PERIOD) {
+        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
+    } else if (key.form == Log::ValueForm::LEVEL) {
+        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
+    }
+    return row != nullptr ? *row : key;
 }
 
 } // namespace
@@ -140,33 +163,6 @@ std::string Configuration::keyBeside(const KeyMeaning& meaning, const std::strin
 const PropertyLine& later(const PropertyLine& a, const PropertyLine& b) {
     return a.number < b.number ? b : a;
 }
-
-namespace {
-
-/// The table is Markdown, with words between backticks.
-std::vector<std::string> wordsBetweenBackticks(const std::string& markdown) {
-    std::vector<std::string> words;
-    std::string::size_type begin = markdown.find('`');
-    while (begin != std::string::npos) {
-        const std::string::size_type end = markdown.find('`', begin + 1);
-        words.push_back(markdown.substr(begin + 1, end - begin - 1));
-        begin = markdown.find('`', std::min(end, markdown.size() - 1) + 1);
-    }
-    return words;
-}
-
-/// Some rows refer to another one for their words.
-const Log::ConfigurationKey& rowWithWords(const Log::ConfigurationKey& key) {
-    const Log::ConfigurationKey* row = &key;
-    if (key.form == Log::ValueForm::PERIOD) {
-        row = Log::findKey(KeySection::APPENDER, Log::AppenderSetting::EXPIRATION);
-    } else if (key.form == Log::ValueForm::LEVEL) {
-        row = Log::findKey(KeySection::LOGGER, Log::LoggerAttribute::LEVEL);
-    }
-    return row != nullptr ? *row : key;
-}
-
-} // namespace
 
 std::vector<std::string> wordsOf(const Log::ConfigurationKey& key) {
     return wordsBetweenBackticks(rowWithWords(key).values);

@@ -5,7 +5,7 @@
 
 #include <string>
 
-// An appender of a configuration: where it writes, and which messages it takes.
+// The appenders of a configuration: where each writes, and which messages it takes.
 
 namespace ZAV {
 namespace Tools {
