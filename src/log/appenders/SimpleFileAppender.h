@@ -10,9 +10,9 @@
 namespace ZAV {
 namespace Log {
 
-/// Appends each message, by default with process details, to a single file. The file is opened and closed for every
-/// write, so that other programs may move or delete it in between. Its directory is never created; a relative
-/// path is resolved when the appender is created.
+/// Appends each message, by default with process details, to a single file. The file is opened and closed for
+/// every write, so that other programs may move or delete it in between. Its directory is never created; a
+/// relative path is resolved when the appender is created.
 class SimpleFileAppender : public BatchAppender {
 public:
     SimpleFileAppender(const AppenderValues& values, const Filters& filters);
