@@ -33,6 +33,10 @@ struct PackedLogger {
     const Logger* logger;
 };
 
+struct PackedPlace {
+    const KnownPlace* place;
+};
+
 constexpr std::uint64_t LARGEST_STEP = std::numeric_limits<std::uint32_t>::max();
 
 /// The file is written again after a message with a place, since readers then hold that place's file.
@@ -163,7 +167,7 @@ PackedMessage::Header PackedMessage::header(std::uint64_t numberBefore, std::uin
 
 /// Counts the common parts without checking whether this message has them.
 std::size_t PackedMessage::measure() const noexcept {
-    return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(const KnownPlace*) +
+    return sizeof(Header) + sizeof(Util::TimeUtils::Time) + sizeof(PackedLogger) + sizeof(PackedPlace) +
            (has(RARE_PARTS) ? measureRareParts() : 0) + message_.text.size();
 }
 
@@ -193,7 +197,7 @@ char* PackedMessage::writeTo(char* place, std::uint64_t number, SharedFields& be
         before.logger = message_.logger;
     }
     if (has(OWN_PLACE)) {
-        next = write(next, message_.place);
+        next = write(next, PackedPlace{message_.place});
         before.place = message_.place;
         before.file = message_.file; // the place's file
     }
@@ -251,7 +255,7 @@ PackedMessage::Unpacked PackedMessage::readParts(Bytes& bytes, const SharedField
         shared.logger = logger.logger;
     }
     if ((header.parts & OWN_PLACE) != 0) {
-        shared.place = bytes.template read<const KnownPlace*>();
+        shared.place = bytes.template read<PackedPlace>().place;
         shared.file = Bytes::fileOf(shared.place);
     }
     const std::string_view values =
