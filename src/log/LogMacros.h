@@ -46,10 +46,13 @@
         }                                                                                                    \
     } while (false)
 
+// In parentheses, the values of "a << b" would be evaluated together before any is streamed.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define ZAV_LOG_MESSAGE(logger, level, expression)                                                           \
     ZAV_LOG_IF_LOGGABLE(logger, level, ::ZAV::Log::MessageStream zavLogMessage(zavLogLogger);                \
                         ::ZAV::Log::MessageInserter{zavLogMessage} << expression;                            \
                         zavLogMessage.logTo(zavLogLogger, zavLogLevel, __LINE__, __FILE__);)
+// NOLINTEND(bugprone-macro-parentheses)
 
 #define ZAV_LOG_AUDIT(logger, expression) ZAV_LOG_MESSAGE(logger, 60, expression)
 #define ZAV_LOG_ERROR(logger, expression) ZAV_LOG_MESSAGE(logger, 50, expression)

@@ -26,18 +26,18 @@ constexpr bool isOneOf = (std::is_same_v<Type, Types> || ...);
 
 /// Whether a stream accepts such an argument at all.
 template <typename Argument, typename = void>
-constexpr bool isStreamable = false;
+inline constexpr bool isStreamable = false;
 template <typename Argument>
-constexpr bool
+inline constexpr bool
     isStreamable<Argument, std::void_t<decltype(std::declval<std::ostream&>() << std::declval<Argument>())>> =
         true;
 
 /// Whether there is a non-member "<<" for the type. It is written as a call, to exclude the member operators
 /// of the stream, which convert many types to a number or a pointer.
 template <typename Argument, typename = void>
-constexpr bool hasOperator = false;
+inline constexpr bool hasOperator = false;
 template <typename Argument>
-constexpr bool hasOperator<
+inline constexpr bool hasOperator<
     Argument, std::void_t<decltype(operator<<(std::declval<std::ostream&>(), std::declval<Argument>()))>> =
     true;
 
@@ -65,10 +65,10 @@ template <typename Type>
 constexpr bool isForeign = !isBuiltIn<std::decay_t<Type>> && !isString<Type> && hasOperator<const Type&>;
 
 template <typename Type, bool = std::is_enum_v<Type>>
-constexpr bool isPlainEnumeration = false;
+inline constexpr bool isPlainEnumeration = false;
 /// An enumeration that a stream writes as a number.
 template <typename Type>
-constexpr bool isPlainEnumeration<Type, true> =
+inline constexpr bool isPlainEnumeration<Type, true> =
     isNumber<std::underlying_type_t<Type>>&& isStreamable<const Type&> && !hasOperator<const Type&>;
 
 } // namespace Streaming

@@ -105,37 +105,6 @@ PackingResult failure(const std::string& path, const std::string& problem) {
     return {PackingResult::FAILED, "Unable to pack the file: " + path + ": " + problem};
 }
 
-} // namespace
-
-void removeAbandonedPart(const std::string& path) {
-    Platform::SequentialFile plain;
-    std::string problem;
-    if (!plain.open(path, problem) || plain.reserve()) {
-        Platform::removeFile(path + RolledFiles::PART);
-    }
-}
-
-/// A packed file in place is never deleted here: another process may have deleted the plain file in its
-/// favour.
-std::optional<PackingResult> replaceByPacked(const std::string& path, std::uint64_t size) {
-    const std::string part = path + RolledFiles::PART;
-    if (!Platform::isTaken(path)) {
-        Platform::removeFile(part); // the plain file was meanwhile deleted for the limits of the series
-        return PackingResult{PackingResult::DONE, ""};
-    }
-    if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
-        return failure(path, "Unable to rename " + part);
-    }
-    const std::optional<Platform::FileStatus> status = Platform::statFile(path);
-    if (status && status->size != size) {
-        return std::nullopt;
-    }
-    const bool isGone = Platform::removeFile(path) || !Platform::isTaken(path);
-    return isGone ? PackingResult{PackingResult::DONE, ""} : failure(path, "Unable to delete it");
-}
-
-namespace {
-
 /// \return nothing if the file has grown, and must be packed again
 std::optional<PackingResult> tryToPack(const std::string& path, const std::atomic<bool>& isInterrupted) {
     const std::optional<Platform::FileStatus> status = Platform::statFile(path);
@@ -167,6 +136,33 @@ std::optional<PackingResult> tryToPack(const std::string& path, const std::atomi
 }
 
 } // namespace
+
+void removeAbandonedPart(const std::string& path) {
+    Platform::SequentialFile plain;
+    std::string problem;
+    if (!plain.open(path, problem) || plain.reserve()) {
+        Platform::removeFile(path + RolledFiles::PART);
+    }
+}
+
+/// A packed file in place is never deleted here: another process may have deleted the plain file in its
+/// favour.
+std::optional<PackingResult> replaceByPacked(const std::string& path, std::uint64_t size) {
+    const std::string part = path + RolledFiles::PART;
+    if (!Platform::isTaken(path)) {
+        Platform::removeFile(part); // the plain file was meanwhile deleted for the limits of the series
+        return PackingResult{PackingResult::DONE, ""};
+    }
+    if (!Platform::renameOver(part, path + RolledFiles::PACKED)) {
+        return failure(path, "Unable to rename " + part);
+    }
+    const std::optional<Platform::FileStatus> status = Platform::statFile(path);
+    if (status && status->size != size) {
+        return std::nullopt;
+    }
+    const bool isGone = Platform::removeFile(path) || !Platform::isTaken(path);
+    return isGone ? PackingResult{PackingResult::DONE, ""} : failure(path, "Unable to delete it");
+}
 
 PackingResult packFile(const std::string& path, const std::atomic<bool>& isInterrupted) {
     for (;;) {

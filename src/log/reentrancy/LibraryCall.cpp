@@ -46,6 +46,8 @@ void Dispatch::showOpen() noexcept {
     }
 }
 
+// Deferred messages
+
 void DeferredMessages::keep(Logger& logger, const MessageFields& message, Write write) {
     ThreadRecord& thread = threadRecord();
     Messages one;

@@ -243,7 +243,8 @@ void MappedFile::closeInChild() noexcept {
     }
     handle_ = NONE;
     const int kind = MAP_PRIVATE | MAP_FIXED | MAP_NORESERVE | (reopened < 0 ? MAP_ANONYMOUS : 0);
-    mmap(bytes_, size_, PROT_READ | PROT_WRITE, kind, reopened, 0);
+    // If this fails, the old mapping stays.
+    static_cast<void>(mmap(bytes_, size_, PROT_READ | PROT_WRITE, kind, reopened, 0));
     if (reopened >= 0) {
         close(reopened);
     }
