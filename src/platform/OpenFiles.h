@@ -64,7 +64,7 @@ public:
     bool hasEnded() const noexcept { return hasEnded_; }
 
     /// \return the offset at which a previous reader left standard input; 0 for a pipe
-    std::uint64_t position() const;
+    std::uint64_t position() const noexcept { return position_; }
 
     std::uint64_t size() const;
     FileIdentity identity() const;
@@ -75,6 +75,7 @@ private:
     static constexpr std::intptr_t NONE = -1;
 
     std::intptr_t handle_ = NONE;
+    std::uint64_t position_ = 0; ///< as it was when the file was opened: on Windows reading changes it
     mutable bool hasEnded_ = false;
 };
 

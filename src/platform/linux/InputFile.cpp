@@ -45,6 +45,12 @@ bool wouldWait(int number) {
     return catchesStopSignals() && poll(&input, 1, 0) == 0;
 }
 
+/// \return the current offset of an open file; 0 for a pipe
+std::uint64_t positionOf(int number) {
+    const off_t place = lseek(number, 0, SEEK_CUR);
+    return place < 0 ? 0 : static_cast<std::uint64_t>(place);
+}
+
 } // namespace
 
 bool identifyFile(const std::string& path, FileIdentity& identity) {
@@ -57,10 +63,11 @@ bool identifyFile(const std::string& path, FileIdentity& identity) {
 }
 
 InputFile::InputFile(InputFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, NONE)), hasEnded_(other.hasEnded_) {}
+    : handle_(std::exchange(other.handle_, NONE)), position_(other.position_), hasEnded_(other.hasEnded_) {}
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(position_, other.position_);
     std::swap(hasEnded_, other.hasEnded_);
     return *this;
 }
@@ -68,6 +75,7 @@ InputFile& InputFile::operator=(InputFile&& other) noexcept {
 /// Checks the type before opening, since opening a pipe would unblock its writer, and again afterwards.
 bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
+    position_ = 0;
     struct stat status;
     if (stat(path.c_str(), &status) == 0 && !(problem = reasonNotReadable(status)).empty()) {
         return false;
@@ -90,6 +98,7 @@ bool InputFile::open(const std::string& path, std::string& problem, Links links)
 bool InputFile::openStandardInput(std::string& problem) {
     close();
     handle_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    position_ = positionOf(STDIN_FILENO);
     struct stat status;
     if (!isOpen() || fstat(descriptor(handle_), &status) != 0) {
         problem = describe(errno);
@@ -133,11 +142,6 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
 
 bool InputFile::isSeekable() const {
     return lseek(descriptor(handle_), 0, SEEK_CUR) >= 0;
-}
-
-std::uint64_t InputFile::position() const {
-    const off_t place = lseek(descriptor(handle_), 0, SEEK_CUR);
-    return place < 0 ? 0 : static_cast<std::uint64_t>(place);
 }
 
 std::uint64_t InputFile::size() const {

@@ -55,6 +55,14 @@ bool identify(HANDLE handle, FileIdentity& identity) {
     return true;
 }
 
+/// \return the current offset of an open file; 0 for a pipe
+std::uint64_t positionOf(HANDLE handle) {
+    LARGE_INTEGER place = {};
+    return GetFileType(handle) == FILE_TYPE_DISK && SetFilePointerEx(handle, {}, &place, FILE_CURRENT)
+               ? static_cast<std::uint64_t>(place.QuadPart)
+               : 0;
+}
+
 } // namespace
 
 bool identifyFile(const std::string& path, FileIdentity& identity) {
@@ -68,16 +76,18 @@ bool identifyFile(const std::string& path, FileIdentity& identity) {
 }
 
 InputFile::InputFile(InputFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, NONE)), hasEnded_(other.hasEnded_) {}
+    : handle_(std::exchange(other.handle_, NONE)), position_(other.position_), hasEnded_(other.hasEnded_) {}
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(position_, other.position_);
     std::swap(hasEnded_, other.hasEnded_);
     return *this;
 }
 
 bool InputFile::open(const std::string& path, std::string& problem, Links links) {
     close();
+    position_ = 0;
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         problem = "Is a directory";
@@ -106,6 +116,7 @@ bool InputFile::openStandardInput(std::string& problem) {
         return false;
     }
     handle_ = reinterpret_cast<std::intptr_t>(handle);
+    position_ = positionOf(handle);
     return true;
 }
 
@@ -144,13 +155,6 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
 
 bool InputFile::isSeekable() const {
     return GetFileType(toHandle(handle_)) == FILE_TYPE_DISK;
-}
-
-std::uint64_t InputFile::position() const {
-    LARGE_INTEGER place = {};
-    return isSeekable() && SetFilePointerEx(toHandle(handle_), {}, &place, FILE_CURRENT)
-               ? static_cast<std::uint64_t>(place.QuadPart)
-               : 0;
 }
 
 std::uint64_t InputFile::size() const {
