@@ -136,9 +136,8 @@ public:
     /// \return room for so many bytes, of which `commit` keeps those that were written
     /// \throw std::bad_alloc
     char* room(std::size_t size) {
-        const std::size_t begin = bytes_.size();
-        bytes_.resize(begin + size);
-        return bytes_.data() + begin;
+        bytes_.reserve(bytes_.size() + size);
+        return bytes_.end();
     }
     void commit(const char* end) { bytes_.resize(static_cast<std::size_t>(end - bytes_.data())); }
 
@@ -149,11 +148,13 @@ private:
 };
 
 /// A C string is not read before this: some formats show only its address.
-void append(PackedOnStack& packed, TaggedValue value) {
-    if (value.kind == TaggedValue::Kind::C_STRING && value.text != nullptr) {
-        value.size = std::strlen(value.text);
+void append(PackedOnStack& packed, const TaggedValue& value) {
+    if (value.kind == TaggedValue::Kind::C_STRING) {
+        const std::size_t length = value.text == nullptr ? 0 : std::strlen(value.text);
+        packed.commit(packCString(packed.room(packedCStringSize(length)), value.text, length));
+    } else {
+        packed.commit(packValue(packed.room(packedSize(value)), value));
     }
-    packed.commit(packValue(packed.room(packedSize(value)), value));
 }
 
 } // namespace

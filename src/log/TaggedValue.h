@@ -61,7 +61,7 @@ struct TaggedValue {
         bool boolean;
         const void* address;
     };
-    std::size_t size = 0; ///< of a `TEXT` or `NUMBER`; of a `C_STRING` only where it is packed; else 0
+    std::size_t size = 0; ///< of a `TEXT` or `NUMBER`, else 0
     Kind kind;
 };
 

@@ -22,7 +22,7 @@ struct Pair {
 
 /// \return how many bytes a pair may take
 inline std::size_t packedPairSize(std::string_view key, const TaggedValue& value) noexcept {
-    return packedSize(key) + 1 + packedSize(value);
+    return packedSize(key) + 1 + packedSize(value); // an empty key becomes one character
 }
 
 /// \param key bytes not allowed in a key are packed as `_`, and so is an empty key

@@ -29,14 +29,19 @@ inline char headOf(Kind kind, unsigned size) {
     return static_cast<char>(static_cast<unsigned>(kind) | size << KIND_BITS);
 }
 
-/// Writes the lowest byte first, without trailing zeros.
+inline unsigned bytesOf(std::uint64_t number) {
+    return number == 0 ? 0 : (71U - static_cast<unsigned>(__builtin_clzll(number))) / 8;
+}
+
+/// Writes the lowest byte first, without trailing zeros: these are written as well, since that is faster than
+/// a loop, but do not count.
+/// \param place has room for `MAX_BYTES_OF_NUMBER`
 inline char* writeNumber(char* place, Kind kind, std::uint64_t number) {
-    char* next = place + 1;
-    for (; number != 0; number >>= 8U) {
-        *next++ = static_cast<char>(number & 0xFFU);
-    }
-    *place = headOf(kind, static_cast<unsigned>(next - place - 1));
-    return next;
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the lowest byte must be the first");
+    const unsigned size = bytesOf(number);
+    *place = headOf(kind, size);
+    std::memcpy(place + 1, &number, sizeof number);
+    return place + 1 + size;
 }
 
 inline std::uint64_t readNumber(const char*& bytes, unsigned size) {
@@ -84,29 +89,38 @@ inline std::string_view readText(const char*& bytes, unsigned sizeOfLength) {
     return text;
 }
 
-/// Including its terminating NUL.
-inline char* writeCString(char* place, const TaggedValue& value) {
-    if (value.text == nullptr) {
-        *place = headOf(value.kind, NULL_TEXT);
-        return place + 1;
-    }
-    char* const characters = writeNumber(place, value.kind, value.size + 1);
-    std::memcpy(characters, value.text, value.size);
-    characters[value.size] = '\0';
-    return characters + value.size + 1;
-}
-
 } // namespace Packing
 
-/// \param value `size` must be set even for a C string: if the program changes that concurrently, the text is wrong,
-///        but nothing worse happens
-/// \return upper bound of the bytes that the value takes, whatever its kind
+/// \return upper bound of the bytes that `packCString` writes
+inline std::size_t packedCStringSize(std::size_t length) noexcept {
+    return Packing::MAX_BYTES_OF_NUMBER + length + 1;
+}
+
+/// Packs a C string, including its terminating NUL. If the program changes it concurrently, the text is
+/// wrong, but nothing worse happens.
+/// \param place has room for it
+/// \param text may be null; the length is then 0
+/// \return the end of what was written
+inline char* packCString(char* place, const char* text, std::size_t length) noexcept {
+    using namespace Packing;
+    if (text == nullptr) {
+        *place = headOf(Kind::C_STRING, NULL_TEXT);
+        return place + 1;
+    }
+    char* const characters = writeNumber(place, Kind::C_STRING, length + 1);
+    std::memcpy(characters, text, length);
+    characters[length] = '\0';
+    return characters + length + 1;
+}
+
+/// \return upper bound of the bytes that `packValue` writes, whatever the value's kind
 inline std::size_t packedSize(const TaggedValue& value) noexcept {
-    return Packing::MAX_BYTES_OF_NUMBER + value.size + 1; // the NUL of a C string
+    return Packing::MAX_BYTES_OF_NUMBER + value.size;
 }
 
 /// Always inline: where the kind is known, it compiles to a few instructions.
 /// \param place has room for the value
+/// \param value no C string
 /// \return the end of what was written
 [[gnu::always_inline]] inline char* packValue(char* place, const TaggedValue& value) noexcept {
     using namespace Packing;
@@ -114,8 +128,6 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     case Kind::TEXT:
     case Kind::NUMBER:
         return writeText(place, value.kind, {value.text, value.size});
-    case Kind::C_STRING:
-        return writeCString(place, value);
     case Kind::SIGNED:
         return writeNumber(place, value.kind, zigzagEncode(value.signedNumber));
     case Kind::UNSIGNED:
@@ -129,6 +141,7 @@ inline std::size_t packedSize(const TaggedValue& value) noexcept {
     case Kind::BOOLEAN:
         return writeNumber(place, value.kind, value.boolean ? 1 : 0);
     case Kind::ADDRESS:
+    case Kind::C_STRING:
         break;
     }
     return writeBytes(place, Kind::ADDRESS, value.address);
