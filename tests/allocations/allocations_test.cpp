@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <thread>
 
 using namespace ZAV;
 using namespace ZAV::Log;
@@ -17,6 +18,9 @@ using namespace ZAV::Log;
 namespace {
 
 thread_local std::size_t allocations = 0;
+
+/// Allocations of all threads that were not freed yet.
+std::atomic<long> inUse{0};
 
 /// Counts down to the allocation, of whatever thread, that fails.
 std::atomic<long> untilFailure{0};
@@ -33,6 +37,7 @@ void* operator new(std::size_t size) {
     ++allocations;
     void* const memory = fails() ? nullptr : std::malloc(size);
     if (memory != nullptr) {
+        ++inUse;
         return memory;
     }
     throw std::bad_alloc();
@@ -40,11 +45,12 @@ void* operator new(std::size_t size) {
 
 // Not inlined: the compiler would take its call of free for a mistake.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
+    inUse -= memory != nullptr ? 1 : 0;
     std::free(memory);
 }
 
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    operator delete(memory);
 }
 
 namespace {
@@ -156,6 +162,23 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     });
     // The queue takes a block for every few hundred messages.
     EXPECT_LE(taken, MESSAGES / 100);
+}
+
+TEST_F(LoggingCost, NoMemoryForThreadsThatHaveEnded) {
+    Util::Properties properties = toFile();
+    properties["appender.file.asynchronous"] = "true";
+    LogManager::init(properties);
+    const auto logFromThreads = [this](int count) {
+        for (int i = 0; i < count; ++i) {
+            std::thread([this] { logger_.info(SHORT, 1, SHORT); }).join();
+            EXPECT_TRUE(LogManager::flush());
+        }
+        LogManager::statistics(); // waits until the queue has let go of the last thread's memory
+    };
+    logFromThreads(20);
+    const long before = inUse;
+    logFromThreads(100);
+    EXPECT_LE(inUse, before);
 }
 
 namespace {
