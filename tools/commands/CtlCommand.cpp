@@ -155,10 +155,10 @@ std::string CtlCommand::requestLine() const {
     }
     try {
         const Log::ControlRequest request = Log::ControlRequest::parse(line);
-        checkThatNameIsWhole(request, words);
         if (durationOption_->count() > 0 && request.kind() != Log::ControlRequest::LEVEL_FOR) {
             throw UsageError("'" + duration_ + "' is no time, which is 90sec, 10min or 2h, for example");
         }
+        checkThatNameIsWhole(request, words);
     } catch (const std::invalid_argument& error) {
         throw UsageError(error.what());
     }
