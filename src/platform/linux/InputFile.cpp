@@ -98,7 +98,6 @@ bool InputFile::open(const std::string& path, std::string& problem, Links links)
 bool InputFile::openStandardInput(std::string& problem) {
     close();
     handle_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    position_ = positionOf(STDIN_FILENO);
     struct stat status;
     if (!isOpen() || fstat(descriptor(handle_), &status) != 0) {
         problem = describe(errno);
@@ -106,12 +105,15 @@ bool InputFile::openStandardInput(std::string& problem) {
     } else if (S_ISDIR(status.st_mode)) {
         problem = describe(EISDIR);
         close();
+    } else {
+        position_ = positionOf(descriptor(handle_));
     }
     return isOpen();
 }
 
 InputFile InputFile::duplicate() const {
     InputFile copy;
+    copy.position_ = position_;
     copy.handle_ = fcntl(descriptor(handle_), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     return copy;
 }

@@ -122,6 +122,7 @@ bool InputFile::openStandardInput(std::string& problem) {
 
 InputFile InputFile::duplicate() const {
     InputFile copy;
+    copy.position_ = position_;
     HANDLE handle = nullptr;
     if (DuplicateHandle(GetCurrentProcess(), toHandle(handle_), GetCurrentProcess(), &handle, 0, FALSE,
                         DUPLICATE_SAME_ACCESS)) {
@@ -130,27 +131,33 @@ InputFile InputFile::duplicate() const {
     return copy;
 }
 
+/// Skips empty writes to a pipe, which read as 0 bytes as well: the end of a pipe is an error of its own.
 std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t size,
                                std::string& problem) const {
     OVERLAPPED place = {};
     place.Offset = static_cast<DWORD>(offset);
     place.OffsetHigh = static_cast<DWORD>(offset >> 32);
-    DWORD count = 0;
-    if (catchesStopSignals() && isEmptyPipe(toHandle(handle_))) {
-        return 0;
-    }
     const DWORD wanted = static_cast<DWORD>(std::min(size, LARGEST_READ));
-    if (ReadFile(toHandle(handle_), buffer, wanted, &count, isSeekable() ? &place : nullptr)) {
-        hasEnded_ = hasEnded_ || (count == 0 && wanted > 0 && !isSeekable());
-        return count;
+    const bool isPipe = GetFileType(toHandle(handle_)) == FILE_TYPE_PIPE;
+    DWORD count = 0;
+    bool isEmptyWrite = true;
+    while (isEmptyWrite) {
+        if (catchesStopSignals() && isEmptyPipe(toHandle(handle_))) {
+            return 0;
+        }
+        if (!ReadFile(toHandle(handle_), buffer, wanted, &count, isSeekable() ? &place : nullptr)) {
+            const DWORD error = GetLastError();
+            if (error != ERROR_HANDLE_EOF && error != ERROR_BROKEN_PIPE) {
+                problem = describe(error);
+                return -1;
+            }
+            hasEnded_ = hasEnded_ || !isSeekable();
+            return 0;
+        }
+        isEmptyWrite = isPipe && count == 0 && wanted > 0;
     }
-    const DWORD error = GetLastError();
-    if (error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE) {
-        hasEnded_ = hasEnded_ || !isSeekable();
-        return 0;
-    }
-    problem = describe(error);
-    return -1;
+    hasEnded_ = hasEnded_ || (count == 0 && wanted > 0 && !isSeekable());
+    return count;
 }
 
 bool InputFile::isSeekable() const {
