@@ -21,7 +21,7 @@ public:
     };
 
     MappedFile() noexcept = default;
-    ~MappedFile();
+    ~MappedFile() { close(); }
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
 
@@ -36,7 +36,7 @@ public:
     /// Replaces the open file, whose content is no longer needed, with a new one.
     /// \param path the one given to `open`
     /// \param problem receives the reason on failure
-    /// \return false on failure; the previous file stays open
+    /// \return false on failure; the previous file stays open, unless on Windows another process opens it meanwhile
     bool replace(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
     /// Copies the whole content of the file.
@@ -70,6 +70,7 @@ private:
     Result make(const std::string& path, std::size_t size, std::string_view beginning, Place place,
                 std::string& problem);
     bool map(std::string& problem);
+    void close() noexcept;
     bool isStillOpen() const noexcept;
 
     static constexpr std::intptr_t NONE = -1;

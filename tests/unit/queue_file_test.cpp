@@ -150,3 +150,23 @@ TEST_F(LeftQueue, DoesNotTakeOldRecordsInReusedMemoryForItsOwn) {
     ASSERT_EQ(file.earlier()->messages().size(), 1U);
     EXPECT_EQ(file.earlier()->messages().front().fields.text, textOf(1));
 }
+
+/// A file is made under another name first.
+TEST(QueueFile, IsMadeInPlaceOfAnUnfinishedOneAndOfNothingElse) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "queue";
+    writeFile(path + ".new", "notes of a user");
+    try {
+        const QueueFile file(path, 64 * 1024);
+        FAIL() << "the user's file is gone";
+    } catch (const LogException& exception) {
+        EXPECT_THAT(exception.what(), HasSubstr(path + ".new: It is in the way"));
+    }
+    EXPECT_EQ(readFile(path + ".new"), "notes of a user");
+    EXPECT_FALSE(fileExists(path));
+
+    writeFile(path + ".new", std::string(1000, '\0')); // left by a process that was killed
+    const QueueFile file(path, 64 * 1024);
+    EXPECT_FALSE(fileExists(path + ".new"));
+    EXPECT_EQ(std::filesystem::file_size(path), 64 * 1024U);
+}

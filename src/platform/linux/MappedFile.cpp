@@ -104,13 +104,15 @@ int allocate(int file, std::size_t size) {
 
 } // namespace
 
-MappedFile::~MappedFile() {
+void MappedFile::close() noexcept {
     if (bytes_ != nullptr) {
         munmap(bytes_, size_);
+        bytes_ = nullptr;
     }
     if (isStillOpen()) {
-        close(static_cast<int>(handle_));
+        ::close(static_cast<int>(handle_));
     }
+    handle_ = NONE;
 }
 
 /// Two processes may create the file at once, so each checks the path again after it has the lock.
@@ -239,14 +241,14 @@ void MappedFile::closeInChild() noexcept {
         char name[32];
         std::snprintf(name, sizeof name, "/proc/self/fd/%d", static_cast<int>(handle_));
         reopened = ::open(name, O_RDONLY | O_CLOEXEC);
-        close(static_cast<int>(handle_));
+        ::close(static_cast<int>(handle_));
     }
     handle_ = NONE;
     const int kind = MAP_PRIVATE | MAP_FIXED | MAP_NORESERVE | (reopened < 0 ? MAP_ANONYMOUS : 0);
     // If this fails, the old mapping stays.
     static_cast<void>(mmap(bytes_, size_, PROT_READ | PROT_WRITE, kind, reopened, 0));
     if (reopened >= 0) {
-        close(reopened);
+        ::close(reopened);
     }
 }
 

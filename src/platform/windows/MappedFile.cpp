@@ -46,14 +46,46 @@ bool setSize(HANDLE file, std::size_t size) {
            SetFilePointerEx(file, begin, nullptr, FILE_BEGIN) != 0;
 }
 
+/// Deletes an unfinished file that a killed process left. One that another process is making is in use, and
+/// any other file stays.
+/// \return false, with the reason in `problem` or in `GetLastError`, if the file was not deleted
+bool deleteAbandoned(const std::string& path, std::string_view beginning, std::string& problem) {
+    constexpr std::size_t TELLING = 8; // bytes, which are the same in all beginnings
+    const Handle file(CreateFileA(path.c_str(), GENERIC_READ | DELETE, 0, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    char bytes[TELLING] = {};
+    DWORD size = 0;
+    if (!file.isOpen() || ReadFile(file.get(), bytes, TELLING, &size, nullptr) == 0) {
+        return false;
+    }
+    const bool isEmpty = std::all_of(bytes, bytes + size, [](char byte) { return byte == 0; });
+    if (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING)) {
+        problem = path + ": It is in the way";
+        return false;
+    }
+    FILE_DISPOSITION_INFO deleted = {TRUE};
+    return SetFileInformationByHandle(file.get(), FileDispositionInfo, &deleted, sizeof deleted) != 0;
+}
+
+/// \return the unfinished file, which only this process may write; not open on failure, as for `deleteAbandoned`
+Handle createUnfinished(const std::string& path, std::string_view beginning, std::string& problem) {
+    UserOnly userOnly;
+    Handle file(openFile(path, CREATE_NEW, userOnly.get()));
+    if (!file.isOpen() && GetLastError() == ERROR_FILE_EXISTS &&
+        (deleteAbandoned(path, beginning, problem) || GetLastError() == ERROR_FILE_NOT_FOUND)) {
+        file = Handle(openFile(path, CREATE_NEW, userOnly.get()));
+    }
+    return file;
+}
+
 } // namespace
 
-MappedFile::~MappedFile() {
+void MappedFile::close() noexcept {
     if (bytes_ != nullptr) {
-        UnmapViewOfFile(bytes_);
+        UnmapViewOfFile(std::exchange(bytes_, nullptr));
     }
     if (handle_ != NONE) {
-        CloseHandle(reinterpret_cast<HANDLE>(handle_));
+        CloseHandle(reinterpret_cast<HANDLE>(std::exchange(handle_, NONE)));
     }
 }
 
@@ -88,18 +120,22 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
                                     Place place, std::string& problem) {
     const std::string unfinished = path + ".new";
     try {
-        UserOnly userOnly;
-        Handle file(openFile(unfinished, CREATE_ALWAYS, userOnly.get()));
-        DWORD written = 0;
-        if (file.isOpen() && place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
+        Handle file = createUnfinished(unfinished, beginning, problem);
+        if (!file.isOpen()) {
+            return problem.empty() ? failure(problem) : FAILED;
+        }
+        if (place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
             DeleteFileA(unfinished.c_str());
             return FAILED;
         }
-        if (!file.isOpen() || !setSize(file.get(), size) ||
+        DWORD written = 0;
+        if (!setSize(file.get(), size) ||
             WriteFile(file.get(), beginning.data(), static_cast<DWORD>(beginning.size()), &written,
                       nullptr) == 0 ||
             MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING) == 0) {
-            return failure(problem);
+            const DWORD error = GetLastError();
+            DeleteFileA(unfinished.c_str());
+            return failure(problem, error);
         }
         handle_ = reinterpret_cast<std::intptr_t>(file.release());
     } catch (const std::exception& exception) {
@@ -110,16 +146,15 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
     return map(problem) ? MADE : FAILED;
 }
 
-/// A mapped file cannot be replaced, so it is unmapped first.
+/// Neither a mapped nor an open file can be replaced, so it is closed first.
 bool MappedFile::replace(const std::string& path, std::size_t size, std::string_view beginning,
                          std::string& problem) {
     MappedFile made;
-    UnmapViewOfFile(bytes_);
-    bytes_ = nullptr;
+    close();
     if (made.make(path, size, beginning, ITS_OWN, problem) != MADE) {
         problem = problem.empty() ? path + ".new is in use" : problem;
         std::string ignored;
-        map(ignored);
+        openExisting(path, true, ignored);
         return false;
     }
     std::swap(handle_, made.handle_);
