@@ -46,7 +46,7 @@
         }                                                                                                    \
     } while (false)
 
-// In parentheses, the values of "a << b" would be evaluated together before any is streamed.
+// Not in parentheses: "a << b" is meant to stream a, then b.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define ZAV_LOG_MESSAGE(logger, level, expression)                                                           \
     ZAV_LOG_IF_LOGGABLE(logger, level, ::ZAV::Log::MessageStream zavLogMessage(zavLogLogger);                \

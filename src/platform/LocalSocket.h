@@ -79,7 +79,7 @@ public:
 
 /// A connection to a `LocalServer` of another process. Not thread-safe.
 ///
-/// Only servers of the same user or of the administrator are trusted; the administrator trusts any.
+/// Only servers of the same user or of the administrator are trusted; on Linux, the administrator trusts any.
 class LocalClient {
 public:
     /// \param address the server's address

@@ -8,7 +8,8 @@
 namespace ZAV {
 namespace Platform {
 
-/// Writes a text to a stream and flushes it. If the stream is a standard stream with its original buffer:
+/// Writes a text to a stream and flushes it. On Linux, if the stream is a standard stream with its original
+/// buffer:
 /// - no part of the text is ever in the buffer, so a forked child cannot write it again;
 /// - the text is not interleaved with what other threads write to the same stream.
 ///
@@ -52,7 +53,8 @@ bool catchesStopSignals();
 /// \return true if a stop was requested since `catchStopSignals`; false if that was not called
 bool isStopRequested();
 
-/// Waits for a time, or until a stop is requested or the reader of standard output has gone.
+/// Waits for a time, or until a stop is requested or the reader of standard output has gone. On Windows only
+/// the next write can tell that the reader has.
 /// \return true if the caller should stop
 bool waitForStop(std::chrono::milliseconds time);
 

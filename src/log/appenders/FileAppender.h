@@ -56,7 +56,7 @@ protected:
     const std::string livePath_;
     SeriesOwner owner_ ZAV_LOG_GUARDED_BY(criticalSection_);
     Platform::OutputFile outputFileStream_ ZAV_LOG_GUARDED_BY(criticalSection_);
-    /// Includes lines not yet written. Each line end counts as one byte.
+    /// Includes lines not yet written. Each line end written counts as one byte.
     std::uint64_t currentSize_ ZAV_LOG_GUARDED_BY(criticalSection_) = 0;
     /// Time of the last write before the live file was continued, if it was.
     Util::TimeUtils::Time lastWritten_ ZAV_LOG_GUARDED_BY(criticalSection_);

@@ -60,8 +60,6 @@ std::optional<Util::TimeUtils::Time> readTimeLimit(const std::string& text);
 /// \return nothing if the text is not a whole number
 std::optional<std::uint64_t> readCountLimit(const std::string& text);
 
-// Numbers of a rotated series, whose unit has a key of its own.
-
 /// \return a count times its unit; on overflow the largest number, which is the nearest limit. Nothing without a number.
 std::optional<std::uint64_t> readSize(const std::string& text, const std::string& unitName);
 

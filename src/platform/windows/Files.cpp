@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -13,7 +12,10 @@ namespace Platform {
 
 bool readFile(const std::string& path, std::string& text) {
     std::ifstream file(path);
-    text.append(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    char part[4096];
+    while (file.read(part, sizeof part), file.gcount() > 0) {
+        text.append(part, static_cast<std::size_t>(file.gcount()));
+    }
     return file.is_open() && !file.bad();
 }
 
@@ -166,8 +168,12 @@ bool isWritableDirectory(const std::string& directory) {
     return isGranted(directory, FILE_ADD_FILE);
 }
 
+/// For a file, the same right is that to read it.
 bool isReadableDirectory(const std::string& directory, std::string& problem) {
-    if (isGranted(directory, FILE_LIST_DIRECTORY)) {
+    const DWORD attributes = GetFileAttributesA(directory.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+        SetLastError(ERROR_DIRECTORY);
+    } else if (isGranted(directory, FILE_LIST_DIRECTORY)) {
         return true;
     }
     problem = std::system_category().message(static_cast<int>(GetLastError()));

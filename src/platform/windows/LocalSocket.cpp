@@ -18,6 +18,10 @@ DWORD until(Clock::time_point deadline) {
     return left <= 0 ? 0 : static_cast<DWORD>(std::min<std::int64_t>(left, 24 * 3600 * 1000));
 }
 
+std::runtime_error timedOut() {
+    return std::runtime_error("No answer came in time");
+}
+
 } // namespace
 
 struct LocalClient::Inside {
@@ -63,8 +67,12 @@ Handle connectTo(const std::string& address, Clock::time_point deadline) {
     Handle pipe = openPipe(name);
     while (!pipe.isOpen() && GetLastError() == ERROR_PIPE_BUSY) {
         const DWORD left = until(deadline);
-        if (left == 0 || !WaitNamedPipeA(name.c_str(), left)) { // 0 would mean the server's default timeout
-            throw systemFailure();
+        if (left == 0) { // which would mean the server's default timeout
+            throw timedOut();
+        }
+        if (!WaitNamedPipeA(name.c_str(), left)) {
+            const DWORD error = GetLastError();
+            throw error == ERROR_SEM_TIMEOUT ? timedOut() : systemFailure(error);
         }
         pipe = openPipe(name); // another client may have been faster
     }
@@ -102,7 +110,7 @@ DWORD finish(BOOL taken, HANDLE pipe, OVERLAPPED& request, Clock::time_point dea
         return count;
     }
     if (isLate) {
-        throw std::runtime_error("No answer came in time");
+        throw timedOut();
     }
     if (GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_PIPE_NOT_CONNECTED) {
         return 0;

@@ -36,7 +36,7 @@ bool isAcceptable(HANDLE handle, OutputFile::Mode mode) {
 
 /// \return a descriptor that owns the handle, or -1
 int toDescriptor(HANDLE handle) {
-    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY | _O_NOINHERIT);
     if (descriptor < 0) {
         CloseHandle(handle);
     }

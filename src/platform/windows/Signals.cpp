@@ -65,8 +65,8 @@ void serve() {
     Requests& state = Requests::instance();
     while (!state.isEnding) {
         WaitForSingleObject(state.wanted, INFINITE);
-        if (!state.isEnding) {
-            const unsigned last = state.asked;
+        const unsigned last = state.asked;
+        if (last != state.served) { // otherwise the hook has ended, this one or the one before
             state.function(std::chrono::milliseconds(state.timeout));
             state.served = last;
         }
