@@ -319,22 +319,22 @@ TEST_P(StreamedTexts, SurviveWhatIsStreamedIntoThem) {
 }
 
 /// In one of three processes under Wine the runtime destroys thread_local objects only in the first thread,
-/// even without the library.
+/// even without the library; and it may have freed their memory by then, so these have none.
 TEST_P(StreamedTexts, AreThereUntilAThreadHasEnded) {
+    static Logger* logger;
+    static bool isDestroyed;
     struct LastWords {
-        Logger* logger = nullptr;
-        bool* isDestroyed = nullptr;
+        void make() {}
         ~LastWords() {
             ZAV_LOG_AUDIT(*logger, "last words " << 1 << std::setw(2) << 2);
-            *isDestroyed = true;
+            isDestroyed = true;
         }
     };
-    bool isDestroyed = false;
-    std::thread([this, &isDestroyed] {
-        // Created first, so destroyed after what the first message creates.
+    logger = &logger_;
+    isDestroyed = false;
+    std::thread([this] {
         thread_local LastWords lastWords;
-        lastWords.logger = &logger_;
-        lastWords.isDestroyed = &isDestroyed;
+        lastWords.make(); // first, so it is destroyed after what the first message creates
         ZAV_LOG_AUDIT(logger_, "first words");
     }).join();
     if (!isDestroyed) {
