@@ -39,10 +39,15 @@ std::string reasonNotReadable(HANDLE handle, InputFile::Links links) {
     return isLink && links == InputFile::Links::REFUSED ? "Is a symbolic link" : "";
 }
 
+/// \return whether it is a pipe that somebody can still write to, or that is not read to its end
+bool isOpenPipe(HANDLE handle, DWORD& available) {
+    return GetFileType(handle) == FILE_TYPE_PIPE &&
+           PeekNamedPipe(handle, nullptr, 0, nullptr, &available, nullptr);
+}
+
 bool isEmptyPipe(HANDLE handle) {
     DWORD available = 0;
-    return GetFileType(handle) == FILE_TYPE_PIPE &&
-           PeekNamedPipe(handle, nullptr, 0, nullptr, &available, nullptr) && available == 0;
+    return isOpenPipe(handle, available) && available == 0;
 }
 
 bool identify(HANDLE handle, FileIdentity& identity) {
@@ -131,15 +136,15 @@ InputFile InputFile::duplicate() const {
     return copy;
 }
 
-/// Skips empty writes to a pipe, which read as 0 bytes as well: the end of a pipe is an error of its own.
+/// Skips empty writes to a pipe, which read as 0 bytes like its end.
 std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t size,
                                std::string& problem) const {
     OVERLAPPED place = {};
     place.Offset = static_cast<DWORD>(offset);
     place.OffsetHigh = static_cast<DWORD>(offset >> 32);
     const DWORD wanted = static_cast<DWORD>(std::min(size, LARGEST_READ));
-    const bool isPipe = GetFileType(toHandle(handle_)) == FILE_TYPE_PIPE;
     DWORD count = 0;
+    DWORD available = 0;
     bool isEmptyWrite = true;
     while (isEmptyWrite) {
         if (catchesStopSignals() && isEmptyPipe(toHandle(handle_))) {
@@ -154,7 +159,7 @@ std::int64_t InputFile::readAt(std::uint64_t offset, char* buffer, std::size_t s
             hasEnded_ = hasEnded_ || !isSeekable();
             return 0;
         }
-        isEmptyWrite = isPipe && count == 0 && wanted > 0;
+        isEmptyWrite = count == 0 && wanted > 0 && isOpenPipe(toHandle(handle_), available);
     }
     hasEnded_ = hasEnded_ || (count == 0 && wanted > 0 && !isSeekable());
     return count;
