@@ -161,6 +161,9 @@ TEST_P(FormatMacros, WriteNumbersAsFmtDoes) {
                            static_cast<unsigned>(number), static_cast<unsigned short>(number),
                            static_cast<unsigned long>(number), static_cast<signed char>(number) & 63);
     }
+    for (const double usual : {0.25, -2.5, 1234.5, 0.00099999, 0.001, -0.0123456, 99999.9, 1e5, 0.1234567}) {
+        EXPECT_TEXT_OF_FMT("{} {} {:.2f}", usual, static_cast<float>(usual), usual);
+    }
     for (const double number :
          {0.0, -0.0, 0.1, 1.0, -2.5, 1e15, 1e16, 123456789.0, 1e-5, 5e-324, 1.7976931348623157e308,
           std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {

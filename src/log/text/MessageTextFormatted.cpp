@@ -1,6 +1,7 @@
 #include "log/text/MessageText.h"
 
 #include "log/text/PackedValues.h"
+#include "log/text/ValueText.h"
 
 #include <fmt/compile.h>
 #include <fmt/format.h>
@@ -103,7 +104,9 @@ void appendInteger(MessageText& text, Integer number) {
 template <typename Float>
 void appendFloat(MessageText& text, Float number) {
     constexpr std::size_t SIZE = 32;
-    text.commit(fmt::format_to(text.room(SIZE), FMT_COMPILE("{}"), number));
+    char* const place = text.room(SIZE);
+    char* const end = writeUsualFloat(place, number);
+    text.commit(end != nullptr ? end : fmt::format_to(place, FMT_COMPILE("{}"), number));
 }
 
 void appendAddress(MessageText& text, const void* address) {

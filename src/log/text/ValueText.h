@@ -25,6 +25,11 @@ constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
 char* writeShortestFloat(char* text, double number);
 char* writeShortestFloat(char* text, float number);
 
+/// The same, several times as fast, but only for usual numbers of at most six digits.
+/// \return the end of what was written; null for any other number
+char* writeUsualFloat(char* text, double number);
+char* writeUsualFloat(char* text, float number);
+
 /// Room for any value that is no text.
 constexpr std::size_t NUMBER_SIZE = 32;
 
