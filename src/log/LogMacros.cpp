@@ -204,7 +204,7 @@ void MessageWithValues::logTagged(const Logger& logger, const Place& place, std:
         const std::string_view name(key->text, key->size);
         pairs.commit(packPair(pairs.room(packedPairSize(name, key[1])), name, key[1]));
     }
-    logger.inside_->logFrom(place, text, TextForm::READY, pairs.view());
+    logger.inside_->logFrom(place, text, pairs.view());
 }
 
 ContextEntry& LogContext::begin(std::string_view key, const TaggedValue& value) {

@@ -28,18 +28,22 @@ void Logger::Inside::log(Level::LogLevel level, std::string_view text, int line,
 }
 
 /// The place is looked up only for the queue: other messages refer to nothing that must outlive the call.
-void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form,
-                             std::string_view pairs) {
-    if (takesValues() || form != TextForm::READY) {
-        MessageFields message(logger_.name_, Time(), knownPlace(place), text, form, &logger_);
-        message.values = pairs;
-        log(message);
-    } else {
-        MessageFields message(logger_.name_, Time(), place.level, text, place.line, place.file, LOG,
-                              &logger_);
-        message.values = pairs;
-        log(message);
-    }
+MessageFields Logger::Inside::fieldsFrom(const Place& place, std::string_view text, TextForm form) {
+    return takesValues() || form != TextForm::READY
+               ? MessageFields(logger_.name_, Time(), knownPlace(place), text, form, &logger_)
+               : MessageFields(logger_.name_, Time(), place.level, text, place.line, place.file, LOG,
+                               &logger_);
+}
+
+void Logger::Inside::logFrom(const Place& place, std::string_view text, TextForm form) {
+    MessageFields message = fieldsFrom(place, text, form);
+    log(message);
+}
+
+void Logger::Inside::logFrom(const Place& place, std::string_view text, std::string_view pairs) {
+    MessageFields message = fieldsFrom(place, text, TextForm::READY);
+    message.values = pairs;
+    log(message);
 }
 
 void Logger::Inside::logFrom(const KnownPlace& place, std::string_view text, TextForm form) {

@@ -147,10 +147,15 @@ struct Logger::Inside {
     /// level has expired.
     void log(Level::LogLevel level, std::string_view text, int line, std::string_view file, MessageType type);
 
-    /// The same for a message from a place in the program, which may carry values instead of its text.
-    /// \param pairs the message's own pairs, packed
-    void logFrom(const Place& place, std::string_view text, TextForm form, std::string_view pairs = {});
+    // The same for a message from a place in the program, which may carry values instead of its text. No
+    // function has so many parameters that a view is passed on the stack, from where it would be read as one
+    // piece before its two halves have left the store buffer.
+
+    void logFrom(const Place& place, std::string_view text, TextForm form);
     void logFrom(const KnownPlace& place, std::string_view text, TextForm form);
+
+    /// \param pairs the message's own pairs, packed
+    void logFrom(const Place& place, std::string_view text, std::string_view pairs);
 
     /// \return whether the text need not be formatted in the call because, as far as is known, all appenders
     ///         are asynchronous
@@ -212,6 +217,7 @@ struct Logger::Inside {
     Children children_ ZAV_LOG_GUARDED_BY(treeLock());
 
 private:
+    MessageFields fieldsFrom(const Place& place, std::string_view text, TextForm form);
     void log(MessageFields& message);
     bool lockFor(const LibraryCall& call) ZAV_LOG_TRY_ACQUIRE(true, criticalSection_);
     void lock() ZAV_LOG_ACQUIRE(criticalSection_);
