@@ -36,7 +36,8 @@ public:
     /// Replaces the open file, whose content is no longer needed, with a new one.
     /// \param path the one given to `open`
     /// \param problem receives the reason on failure
-    /// \return false on failure; the previous file stays open, unless on Windows another process opens it meanwhile
+    /// \return false on failure; the previous file stays open, but on Windows, where it is closed first, only if it can
+    ///         be opened again
     bool replace(const std::string& path, std::size_t size, std::string_view beginning, std::string& problem);
 
     /// Copies the whole content of the file.

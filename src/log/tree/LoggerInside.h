@@ -147,8 +147,8 @@ struct Logger::Inside {
     /// level has expired.
     void log(Level::LogLevel level, std::string_view text, int line, std::string_view file, MessageType type);
 
-    // The same for a message from a place in the program, which may carry values instead of its text. No
-    // function has so many parameters that a view is passed on the stack, from where it would be read as one
+    // The same for a message from a place in the program, which may carry values instead of its text. None of
+    // these has so many parameters that a view is passed on the stack, from where it would be read as one
     // piece before its two halves have left the store buffer.
 
     void logFrom(const Place& place, std::string_view text, TextForm form);

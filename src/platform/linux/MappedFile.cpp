@@ -113,6 +113,7 @@ void MappedFile::close() noexcept {
         ::close(static_cast<int>(handle_));
     }
     handle_ = NONE;
+    size_ = 0;
 }
 
 /// Two processes may create the file at once, so each checks the path again after it has the lock.

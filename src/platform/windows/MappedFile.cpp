@@ -28,7 +28,7 @@ constexpr std::size_t LARGEST_READ = std::size_t{64} * 1024 * 1024;
 /// Nobody else may open it for writing, which serves as the lock; reading and renaming stay possible.
 HANDLE openFile(const std::string& path, DWORD disposition, SECURITY_ATTRIBUTES* security) {
     return CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                       security, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+                       security, disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
 }
 
 bool isEmptyOrMissing(const std::string& path) {
@@ -47,33 +47,46 @@ bool setSize(HANDLE file, std::size_t size) {
 }
 
 /// Deletes an unfinished file that a killed process left. One that another process is making is in use, and
-/// any other file stays.
-/// \return false, with the reason in `problem` or in `GetLastError`, if the file was not deleted
-bool deleteAbandoned(const std::string& path, std::string_view beginning, std::string& problem) {
+/// any other file stays, as a link does.
+/// \return the system's error; none if another kind of file is there
+DWORD deleteAbandoned(const std::string& path, std::string_view beginning, std::string& problem) {
     constexpr std::size_t TELLING = 8; // bytes, which are the same in all beginnings
     const Handle file(CreateFileA(path.c_str(), GENERIC_READ | DELETE, 0, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION status;
     char bytes[TELLING] = {};
     DWORD size = 0;
-    if (!file.isOpen() || ReadFile(file.get(), bytes, TELLING, &size, nullptr) == 0) {
-        return false;
+    if (!file.isOpen() || GetFileInformationByHandle(file.get(), &status) == 0 ||
+        ReadFile(file.get(), bytes, TELLING, &size, nullptr) == 0) {
+        return GetLastError();
     }
+    const bool isLink = (status.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     const bool isEmpty = std::all_of(bytes, bytes + size, [](char byte) { return byte == 0; });
-    if (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING)) {
+    if (isLink || (!isEmpty && std::string_view(bytes, size) != beginning.substr(0, TELLING))) {
         problem = path + ": It is in the way";
-        return false;
+        return ERROR_SUCCESS;
     }
     FILE_DISPOSITION_INFO deleted = {TRUE};
-    return SetFileInformationByHandle(file.get(), FileDispositionInfo, &deleted, sizeof deleted) != 0;
+    const BOOL isDeleted =
+        SetFileInformationByHandle(file.get(), FileDispositionInfo, &deleted, sizeof deleted);
+    return isDeleted != 0 ? ERROR_SUCCESS : GetLastError();
 }
 
-/// \return the unfinished file, which only this process may write; not open on failure, as for `deleteAbandoned`
-Handle createUnfinished(const std::string& path, std::string_view beginning, std::string& problem) {
+/// \param error receives the system's error if the file is not open; none if another process has just made one
+/// \return the unfinished file, which only this process may write; not open on failure
+Handle createUnfinished(const std::string& path, std::string_view beginning, DWORD& error,
+                        std::string& problem) {
     UserOnly userOnly;
     Handle file(openFile(path, CREATE_NEW, userOnly.get()));
-    if (!file.isOpen() && GetLastError() == ERROR_FILE_EXISTS &&
-        (deleteAbandoned(path, beginning, problem) || GetLastError() == ERROR_FILE_NOT_FOUND)) {
+    error = file.isOpen() ? ERROR_SUCCESS : GetLastError();
+    if (error != ERROR_FILE_EXISTS) {
+        return file;
+    }
+    error = deleteAbandoned(path, beginning, problem);
+    if (problem.empty() && (error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND)) {
         file = Handle(openFile(path, CREATE_NEW, userOnly.get()));
+        error = file.isOpen() ? ERROR_SUCCESS : GetLastError();
+        error = error == ERROR_FILE_EXISTS ? ERROR_SUCCESS : error;
     }
     return file;
 }
@@ -87,6 +100,7 @@ void MappedFile::close() noexcept {
     if (handle_ != NONE) {
         CloseHandle(reinterpret_cast<HANDLE>(std::exchange(handle_, NONE)));
     }
+    size_ = 0;
 }
 
 MappedFile::Result MappedFile::open(const std::string& path, std::size_t size, std::string_view beginning,
@@ -120,9 +134,10 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
                                     Place place, std::string& problem) {
     const std::string unfinished = path + ".new";
     try {
-        Handle file = createUnfinished(unfinished, beginning, problem);
+        DWORD error = ERROR_SUCCESS;
+        Handle file = createUnfinished(unfinished, beginning, error, problem);
         if (!file.isOpen()) {
-            return problem.empty() ? failure(problem) : FAILED;
+            return error == ERROR_SUCCESS ? FAILED : failure(problem, error);
         }
         if (place == EMPTY_OR_MISSING && !isEmptyOrMissing(path)) {
             DeleteFileA(unfinished.c_str());
@@ -133,7 +148,7 @@ MappedFile::Result MappedFile::make(const std::string& path, std::size_t size, s
             WriteFile(file.get(), beginning.data(), static_cast<DWORD>(beginning.size()), &written,
                       nullptr) == 0 ||
             MoveFileExA(unfinished.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING) == 0) {
-            const DWORD error = GetLastError();
+            error = GetLastError();
             DeleteFileA(unfinished.c_str());
             return failure(problem, error);
         }

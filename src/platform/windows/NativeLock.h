@@ -33,6 +33,10 @@ public:
     bool tryLock() { return TryEnterCriticalSection(&section_) != 0; }
     void unlock() { LeaveCriticalSection(&section_); }
     void awaitHolder() {
+        if (tryLock()) {
+            unlock();
+            return;
+        }
         ++awaiting_;
         EnterCriticalSection(&section_);
         LeaveCriticalSection(&section_);

@@ -63,8 +63,8 @@ LONG WINAPI onException(EXCEPTION_POINTERS* exception) {
 
 void serve() {
     Requests& state = Requests::instance();
-    while (!state.isEnding) {
-        WaitForSingleObject(state.wanted, INFINITE);
+    while (!state.isEnding || state.asked != state.served) {
+        WaitForSingleObject(state.wanted, state.isEnding ? 0 : INFINITE);
         const unsigned last = state.asked;
         if (last != state.served) { // otherwise the hook has ended, this one or the one before
             state.function(std::chrono::milliseconds(state.timeout));
@@ -104,6 +104,7 @@ SignalHook::SignalHook(const std::vector<int>&, void (*function)(std::chrono::mi
     state.function = function;
     state.timeout = static_cast<ULONGLONG>(timeout.count() < 0 ? 0 : timeout.count());
     state.isEnding = false;
+    state.served = state.asked.load(); // requests too late for the hook before
     handlers_->thread = std::thread(serve);
     state.isActive = true;
     state.terminateBefore = std::set_terminate(onTerminate);
