@@ -25,7 +25,7 @@ constexpr std::size_t SHORTEST_FLOAT_SIZE = 24;
 char* writeShortestFloat(char* text, double number);
 char* writeShortestFloat(char* text, float number);
 
-/// The same, several times as fast, but only for usual numbers of at most six digits.
+/// The same without a search for the shortest form, but only for usual numbers of at most six digits.
 /// \return the end of what was written; null for any other number
 char* writeUsualFloat(char* text, double number);
 char* writeUsualFloat(char* text, float number);
