@@ -108,6 +108,9 @@ TEST_F(QueueFileOfProgram, IsUsedByOneProcessAtATime) {
     GTEST_SKIP() << "it lets no forked child of several threads start one";
 #endif
     init(lazy(QUEUE));
+    // A child that is forked while the consumer starts may find the sanitizer's allocator locked for ever.
+    logger().info("the first", 0, "");
+    LogManager::flush();
     logger().info("of the parent", 0, "");
     const int status = inProcess([&] {
         logger().info("of the child", 0, ""); // its queue is in memory
@@ -117,7 +120,7 @@ TEST_F(QueueFileOfProgram, IsUsedByOneProcessAtATime) {
     });
     EXPECT_EQ(WEXITSTATUS(status), 7);
     LogManager::flush();
-    EXPECT_EQ(lastWordsOf("a.log"), std::vector<std::string>({"child", "parent"}));
+    EXPECT_EQ(lastWordsOf("a.log"), std::vector<std::string>({"first", "child", "parent"}));
 }
 
 TEST_F(QueueFileOfProgram, IsFreeWhenItsProcessIsDeadThoughAChildOfThatLives) {
