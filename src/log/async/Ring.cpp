@@ -34,10 +34,12 @@ MessageBlock* makeBlock(std::size_t capacity) {
 
 void BlockPool::fill() noexcept {
     try {
-        for (std::size_t count = 0; count < std::size(kept_); ++count) {
-            MessageBlock* const block = makeBlock(USUAL_CAPACITY);
-            std::memset(block->bytes, 0, block->capacity);
-            giveBack(block);
+        for (const auto& place : kept_) {
+            if (place.load(std::memory_order_relaxed) == nullptr) {
+                MessageBlock* const block = makeBlock(USUAL_CAPACITY);
+                std::memset(block->bytes, 0, block->capacity);
+                giveBack(block);
+            }
         }
     } catch (const std::bad_alloc&) {
         return; // blocks are allocated on demand

@@ -36,7 +36,7 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// Fills the cache and touches the memory of its blocks, so that logging calls need not.
+    /// Fills up the cache, and touches the memory of the new blocks, so that logging calls need not.
     void fill() noexcept;
 
     /// \return a block in memory
@@ -88,6 +88,9 @@ public:
     void append(const PackedMessage& message, std::uint64_t number) noexcept;
 
     // Called by readers
+
+    /// Allocates memory for later messages of this ring and of others.
+    void prepareMemory() noexcept { pool_.fill(); }
 
     /// A position between two messages.
     class Cursor {
@@ -203,6 +206,7 @@ public:
     /// \return the number of the next message
     std::uint64_t nextNumber() const noexcept { return number_; }
 
+    /// Also allocates memory for the threads that log meanwhile, from time to time.
     /// \return the next message; its texts are views into the batch
     PackedMessage::Unpacked next() noexcept;
 
