@@ -25,11 +25,21 @@ namespace Log {
 
 namespace {
 
+/// Appends a text or a character, or stores it if values are stored.
+template <typename Text>
+void writeOrKeepText(MessageText& text, Text value) {
+    if (text.keepsValues()) {
+        text.keep(value);
+    } else {
+        appendStreamed(text, value);
+    }
+}
+
 /// Formats a value, or stores it unformatted if the text is made later.
 /// \tparam Kept the type as which a value is stored
 template <typename Kept, typename Value>
 void writeOrKeep(MessageText& text, Value value) {
-    if (text.keepsValues()) {
+    if (text.keepsNumbers()) {
         text.keep(static_cast<Kept>(value));
     } else {
         appendStreamed(text, value);
@@ -57,11 +67,11 @@ void MessageStream::settle() {
 }
 
 void MessageStream::writeText(std::string_view text) {
-    writeOrKeep<std::string_view>(text_, text);
+    writeOrKeepText(text_, text);
 }
 
 void MessageStream::write(char character) {
-    writeOrKeep<char>(text_, character);
+    writeOrKeepText(text_, character);
 }
 
 void MessageStream::write(bool number) {

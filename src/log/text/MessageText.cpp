@@ -71,15 +71,37 @@ void MessageText::clear() {
 }
 
 bool MessageText::takesNumbers() {
-    if (state_ == State::FRESH) {
+    if (state_ == State::FRESH || state_ == State::FRESH_TO_KEEP) {
         // The application may have set a global locale with other separators.
         state_ = SpareStreams::instance().isLocaleClassic() ? State::PLAIN : State::STREAMED;
     }
     return state_ == State::PLAIN;
 }
 
+/// The text so far becomes the first value.
+/// \return false if the locale does not allow values to be kept
+bool MessageText::beginValues() {
+    if (!takesNumbers()) {
+        return false;
+    }
+    const std::size_t size = view().size();
+    if (size > 0) {
+        char head[Packing::MAX_BYTES_OF_NUMBER];
+        const auto headSize =
+            static_cast<std::size_t>(Packing::writeNumber(head, TaggedValue::Kind::TEXT, size) - head);
+        char* const begin = room(headSize) - size;
+        std::memmove(begin + headSize, begin, size);
+        std::memcpy(begin, head, headSize);
+        commit(begin + headSize + size);
+    }
+    state_ = State::VALUES;
+    return true;
+}
+
 void MessageText::makeText() {
-    if (keepsValues()) {
+    if (state_ == State::FRESH_TO_KEEP) {
+        state_ = State::FRESH;
+    } else if (state_ == State::VALUES) {
         const std::string values(view());
         next_ = memory_.get();
         endBeforeSeek_ = nullptr;

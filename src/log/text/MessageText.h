@@ -35,13 +35,15 @@ public:
 
     // Values kept in packed form, from which the text is made later.
 
-    /// Keeps values from now on, if numbers may be appended; for an empty text.
-    void keepValues() {
-        if (takesNumbers()) {
-            state_ = State::VALUES;
-        }
-    }
+    /// Keeps values from the first number on, if the locale allows that; for an empty text. What is before
+    /// the number, and a text without one, is written at once.
+    void keepValues() { state_ = State::FRESH_TO_KEEP; }
     bool keepsValues() const { return state_ == State::VALUES; }
+
+    /// To be called before a number is appended.
+    /// \return whether it is to be kept
+    /// \throw std::bad_alloc
+    bool keepsNumbers() { return keepsValues() || (state_ == State::FRESH_TO_KEEP && beginValues()); }
 
     /// Keeps a value; requires `keepsValues`.
     /// \throw std::bad_alloc
@@ -95,13 +97,15 @@ public:
 
 private:
     enum class State {
-        FRESH,   ///< no stream yet; the locale of a new one is not known
-        PLAIN,   ///< a stream would write as a new one does in the classic locale
-        VALUES,  ///< as PLAIN, but what was written is kept as values
-        STREAMED ///< only the stream knows how it writes
+        FRESH,         ///< no stream yet; the locale of a new one is not known
+        FRESH_TO_KEEP, ///< as FRESH, but the first number makes it VALUES
+        PLAIN,         ///< a stream would write as a new one does in the classic locale
+        VALUES,        ///< as PLAIN, but what was written is kept as values
+        STREAMED       ///< only the stream knows how it writes
     };
 
     MessageText();
+    bool beginValues();
     const char* end() const { return next_ < endBeforeSeek_ ? endBeforeSeek_ : next_; }
     std::size_t capacity() const;
     void grow(std::size_t size);

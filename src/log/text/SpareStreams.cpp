@@ -32,7 +32,7 @@ SpareStreams::SpareStreams() {
 }
 
 bool SpareStreams::isLocaleClassic() const {
-    return !isInherited_ && std::locale() == std::locale::classic();
+    return !isInherited_ && std::locale() == classic_;
 }
 
 std::ostream* SpareStreams::take(std::streambuf& buffer) {
