@@ -54,8 +54,12 @@ private:
     const std::unique_ptr<Mask> before_; ///< the thread's previous mask
 };
 
+/// \return whether a wait of a fraction of a millisecond ends in time. On Windows every wait lasts until a tick of the
+///         system's timer.
+bool hasFineTimer() noexcept;
+
 /// Sleeps for a few dozen microseconds.
-/// \return false, without sleeping, where the system's timer is too coarse (Windows)
+/// \return false, without sleeping, where there is no fine timer
 bool sleepBriefly() noexcept;
 
 /// \return the system's id of the calling thread. Not cached: each call is a system call on Linux.

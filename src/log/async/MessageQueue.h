@@ -135,6 +135,8 @@ private:
     void hasAppended(std::uint64_t number);
     void callConsumer();
     void discardOldest();
+    template <typename Condition>
+    bool poll(const Condition& isDue);
     Deadline endOfWait() const;
     bool checkForOtherThreads();
 

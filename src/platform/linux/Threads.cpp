@@ -42,6 +42,10 @@ NoSignals::~NoSignals() {
     pthread_sigmask(SIG_SETMASK, &before_->signals, nullptr);
 }
 
+bool hasFineTimer() noexcept {
+    return true;
+}
+
 bool sleepBriefly() noexcept {
     const timespec duration = {0, 50'000}; // the default timer slack adds as much
     nanosleep(&duration, nullptr);

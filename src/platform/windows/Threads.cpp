@@ -23,8 +23,12 @@ NoSignals::NoSignals() = default;
 
 NoSignals::~NoSignals() = default;
 
+bool hasFineTimer() noexcept {
+    return false;
+}
+
 bool sleepBriefly() noexcept {
-    return false; // the shortest sleep is one tick of the system timer
+    return false;
 }
 
 std::uint64_t currentThreadId() noexcept {
