@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <future>
 #include <new>
 #include <thread>
 
@@ -162,6 +163,54 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     });
     // The queue takes a block for every few hundred messages.
     EXPECT_LE(taken, MESSAGES / 100);
+}
+
+namespace {
+
+/// Waits within its last message until it may go on.
+class WaitingAppender : public Appender {
+public:
+    explicit WaitingAppender(int messages) : Appender("waiting", false, Filters()), left_(messages) {}
+
+    std::promise<void> isReached;
+    std::promise<void> mayGoOn;
+
+private:
+    void doOutput(const LogMessage&) override {
+        if (--left_ == 0) {
+            isReached.set_value();
+            mayGoOn.get_future().wait();
+        }
+    }
+
+    int left_;
+};
+
+} // namespace
+
+TEST_F(LoggingCost, NoAllocationInABurstDuringALongDelivery) {
+    Util::Properties properties;
+    properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
+    properties["zav.log.AsynchronousDispatcher.waitingPeriod"] = "3600";
+    LogManager::init(properties);
+    const std::string text(1000, 'x');
+    const auto log = [&](int messages) {
+        for (int i = 0; i < messages; ++i) {
+            logger_.info(text, 1, SHORT);
+        }
+    };
+    constexpr int MORE_THAN_IS_CACHED = 1600;
+    WaitingAppender appender(MORE_THAN_IS_CACHED);
+    LogManager::addAsynchronousAppender(&appender);
+    logger_.addAppender(&appender);
+    log(MORE_THAN_IS_CACHED);
+    std::thread flushing([] { LogManager::flush(); });
+    appender.isReached.get_future().wait();
+    EXPECT_EQ(allocationsOf([&] { log(300); }), 0U);
+    appender.mayGoOn.set_value();
+    flushing.join();
+    logger_.removeAppender(&appender);
+    LogManager::removeAsynchronousAppender(&appender);
 }
 
 TEST_F(LoggingCost, NoMemoryForThreadsThatHaveEnded) {

@@ -182,6 +182,7 @@ void AsynchronousAppenders::deliverOneByOne(const Entry& entry, MessageBatch& ba
         giveTo(entry, batch.next(), thread);
         if (!isAbandoned_) {
             mark.set(batch.nextNumber() - 1);
+            batch.prepareMemory();
         }
         if (isLast) {
             batch.setGivenTo(batch.nextNumber() - 1);
@@ -210,6 +211,9 @@ void AsynchronousAppenders::deliverBatched(const Entry& entry, MessageBatch& bat
             mark.set(firstKept == 0 ? message.number : firstKept - 1);
         }
         reportFailed(entry, batch, isLast);
+        if (!isAbandoned_) {
+            batch.prepareMemory();
+        }
         countProgress();
     }
     BatchAppender* const appender = entry.batchAppender();

@@ -46,6 +46,15 @@ void BlockPool::fill() noexcept {
     }
 }
 
+void BlockPool::refill() noexcept {
+    const auto kept = std::count_if(std::begin(kept_), std::end(kept_), [](const auto& place) {
+        return place.load(std::memory_order_relaxed) != nullptr;
+    });
+    if (kept < static_cast<std::ptrdiff_t>(std::size(kept_) / 2)) {
+        fill();
+    }
+}
+
 MessageBlock* BlockPool::take(std::size_t capacity) {
     for (auto& place : kept_) {
         MessageBlock* const kept =

@@ -25,8 +25,9 @@ struct MessageBlock {
     std::uint64_t word = 0;    ///< first word of the block in the file
 };
 
-/// Allocates blocks, and caches a few that were returned: first touching new memory costs as much as packing
-/// the messages into it. Thread-safe; takes no lock, except that of the file for blocks in a file.
+/// Allocates blocks, and caches a few that were returned or that the consumer has touched: first touching new
+/// memory costs as much as packing the messages into it. Thread-safe; takes no lock, except that of the file
+/// for blocks in a file.
 class BlockPool {
 public:
     static constexpr std::size_t USUAL_CAPACITY = std::size_t{64} * 1024;
@@ -38,6 +39,9 @@ public:
 
     /// Fills up the cache, and touches the memory of the new blocks, so that logging calls need not.
     void fill() noexcept;
+
+    /// The same if the cache is less than half full: as long as it is not, returned blocks suffice.
+    void refill() noexcept;
 
     /// \return a block in memory
     /// \throw std::bad_alloc
@@ -89,9 +93,6 @@ public:
 
     // Called by readers
 
-    /// Allocates memory for later messages of this ring and of others.
-    void prepareMemory() noexcept { pool_.fill(); }
-
     /// A position between two messages.
     class Cursor {
     public:
@@ -125,6 +126,8 @@ public:
         SharedFields before_; ///< of the message before the cursor in the block
         std::uint64_t passed_ = 0;
     };
+
+    BlockPool& pool() const noexcept { return pool_; }
 
     // These require the lock of the queue.
 
@@ -206,9 +209,12 @@ public:
     /// \return the number of the next message
     std::uint64_t nextNumber() const noexcept { return number_; }
 
-    /// Also allocates memory for the threads that log meanwhile, from time to time.
     /// \return the next message; its texts are views into the batch
     PackedMessage::Unpacked next() noexcept;
+
+    /// Allocates memory for threads that log meanwhile, if their queue is in memory and little is left. Cheap
+    /// enough to be called after each message.
+    void prepareMemory() const noexcept;
 
 private:
     friend class MessageStore; // fills it

@@ -136,14 +136,6 @@ void MessageBatch::rewind() noexcept {
     lookForMore();
 }
 
-namespace {
-
-/// How many messages are read before the cache of blocks is filled again. One thread alone can empty it while
-/// a thousand lines are written one by one.
-constexpr std::uint64_t MESSAGES_PER_REFILL = 128;
-
-} // namespace
-
 /// The numbers have no gaps, so this searches for the ring with the next one. It is missing only while its
 /// thread is between taking the number and publishing the message, where it never blocks.
 PackedMessage::Unpacked MessageBatch::next() noexcept {
@@ -159,10 +151,16 @@ PackedMessage::Unpacked MessageBatch::next() noexcept {
     const PackedMessage::Unpacked message = stream.cursor.next();
     stream.nextNumber = stream.cursor.findNext(stream.end) ? stream.cursor.nextNumber() : 0;
     ++number_;
-    if (number_ % MESSAGES_PER_REFILL == 0 && stream.cursor.block()->file == nullptr) {
-        stream.ring->prepareMemory();
-    }
     return message;
+}
+
+/// A single thread can empty the cache of blocks in the time that it takes to write a thousand lines.
+void MessageBatch::prepareMemory() const noexcept {
+    constexpr std::uint64_t MESSAGES_PER_LOOK = 128;
+    const Stream& stream = streams_[stream_];
+    if (number_ % MESSAGES_PER_LOOK == 0 && stream.cursor.block()->file == nullptr) {
+        stream.ring->pool().refill();
+    }
 }
 
 void MessageBatch::copyRestTo(MessageBatch& rest) const {
