@@ -165,29 +165,6 @@ TEST_F(LoggingCost, NoAllocationOfItsOwnForAQueuedMessage) {
     EXPECT_LE(taken, MESSAGES / 100);
 }
 
-namespace {
-
-/// Waits within its last message until it may go on.
-class WaitingAppender : public Appender {
-public:
-    explicit WaitingAppender(int messages) : Appender("waiting", false, Filters()), left_(messages) {}
-
-    std::promise<void> isReached;
-    std::promise<void> mayGoOn;
-
-private:
-    void doOutput(const LogMessage&) override {
-        if (--left_ == 0) {
-            isReached.set_value();
-            mayGoOn.get_future().wait();
-        }
-    }
-
-    int left_;
-};
-
-} // namespace
-
 TEST_F(LoggingCost, NoAllocationInABurstDuringALongDelivery) {
     Util::Properties properties;
     properties["zav.log.AsynchronousDispatcher.maxQueueSize"] = "-1";
@@ -200,14 +177,26 @@ TEST_F(LoggingCost, NoAllocationInABurstDuringALongDelivery) {
         }
     };
     constexpr int MORE_THAN_IS_CACHED = 1600;
-    WaitingAppender appender(MORE_THAN_IS_CACHED);
+    int left = 1 + MORE_THAN_IS_CACHED;
+    std::promise<void> isAtLast;
+    std::promise<void> mayGoOn;
+    TestSupport::CallingAppender appender(
+        [&](const LogMessage&) {
+            if (--left == 0) {
+                isAtLast.set_value();
+                mayGoOn.get_future().wait();
+            }
+        },
+        false);
     LogManager::addAsynchronousAppender(&appender);
     logger_.addAppender(&appender);
+    log(1);
+    LogManager::flush(); // the consumer has filled the cache
     log(MORE_THAN_IS_CACHED);
     std::thread flushing([] { LogManager::flush(); });
-    appender.isReached.get_future().wait();
+    isAtLast.get_future().wait();
     EXPECT_EQ(allocationsOf([&] { log(300); }), 0U);
-    appender.mayGoOn.set_value();
+    mayGoOn.set_value();
     flushing.join();
     logger_.removeAppender(&appender);
     LogManager::removeAsynchronousAppender(&appender);

@@ -182,12 +182,12 @@ void AsynchronousAppenders::deliverOneByOne(const Entry& entry, MessageBatch& ba
         giveTo(entry, batch.next(), thread);
         if (!isAbandoned_) {
             mark.set(batch.nextNumber() - 1);
-            batch.prepareMemory();
         }
         if (isLast) {
             batch.setGivenTo(batch.nextNumber() - 1);
         }
         countProgress();
+        prepareMemory(batch);
     }
 }
 
@@ -211,10 +211,8 @@ void AsynchronousAppenders::deliverBatched(const Entry& entry, MessageBatch& bat
             mark.set(firstKept == 0 ? message.number : firstKept - 1);
         }
         reportFailed(entry, batch, isLast);
-        if (!isAbandoned_) {
-            batch.prepareMemory();
-        }
         countProgress();
+        prepareMemory(batch);
     }
     BatchAppender* const appender = entry.batchAppender();
     if (!isAbandoned_ && appender != nullptr) {

@@ -97,6 +97,11 @@ private:
     void countProgress() noexcept {
         progress_.store(progress_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
+    void prepareMemory(const MessageBatch& batch) const noexcept {
+        if (!isAbandoned_) { // otherwise the batch belongs to a forked child's parent
+            batch.prepareMemory();
+        }
+    }
     void renewList() ZAV_LOG_REQUIRES(appendersLock_);
     template <typename Condition>
     bool hasEntry(Condition condition) ZAV_LOG_NO_THREAD_SAFETY_ANALYSIS; // either lock is enough to read

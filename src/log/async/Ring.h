@@ -40,7 +40,7 @@ public:
     /// Fills up the cache, and touches the memory of the new blocks, so that logging calls need not.
     void fill() noexcept;
 
-    /// The same if the cache is less than half full: as long as it is not, returned blocks suffice.
+    /// The same if the cache is less than half full; otherwise returned blocks suffice.
     void refill() noexcept;
 
     /// \return a block in memory
