@@ -28,8 +28,10 @@ namespace Log {
 ///
 /// The consumer thread and a thread of this object deliver the messages, while the thread that received the
 /// signal waits. If that thread was interrupted inside the library, or holds anything else that the delivery
-/// needs, the wait ends with the timeout. Only a queue file helps against SIGKILL; see `queueFile` in the
-/// documentation of the configuration. Nothing is delivered in a forked child.
+/// needs, the wait ends with the timeout. It also does if SIGABRT or a fault's signal, such as SIGSEGV, is
+/// sent to the process with `kill` and the system picks one of these two threads to receive it, which it does
+/// only if the main thread blocks it or is slower. Only a queue file helps against SIGKILL; see `queueFile`
+/// in the documentation of the configuration. Nothing is delivered in a forked child.
 ///
 /// On Windows, console events and system exceptions are handled, whichever signals are given.
 class ZAV_LOG_API SignalFlush {
