@@ -25,7 +25,7 @@ namespace Log {
 
 namespace {
 
-/// Appends a text or a character, or stores it if values are stored.
+/// Appends a text or a character, or stores it if there was a number before.
 template <typename Text>
 void writeOrKeepText(MessageText& text, Text value) {
     if (text.keepsValues()) {
@@ -35,8 +35,8 @@ void writeOrKeepText(MessageText& text, Text value) {
     }
 }
 
-/// Formats a value, or stores it unformatted if the text is made later.
-/// \tparam Kept the type as which a value is stored
+/// Formats a number or an address, or stores it unformatted if the text is made later.
+/// \tparam Kept the type as which it is stored
 template <typename Kept, typename Value>
 void writeOrKeep(MessageText& text, Value value) {
     if (text.keepsNumbers()) {

@@ -20,7 +20,8 @@ class MessageText;
 /// Builds the text of one message for a logging macro: exactly the characters that a new stream would have
 /// written. Texts, characters and numbers bypass the stream; it is used when anything else is streamed, and
 /// from then on for as long as its format differs from that of a new one. If the text is not needed before
-/// the consumer takes the message from the queue, the values are stored unformatted until then.
+/// the consumer takes the message from the queue, the values are stored unformatted until then, from the
+/// first number on.
 ///
 /// The text is in a buffer of the calling thread, which is reused for its next message. An object is used
 /// only in the block that creates it; several may exist at once, for example if a streamed expression logs

@@ -54,7 +54,7 @@ private:
     const std::unique_ptr<Mask> before_; ///< the thread's previous mask
 };
 
-/// \return whether a wait of a fraction of a millisecond ends in time. On Windows every wait lasts until a tick of the
+/// \return whether a wait of a fraction of a millisecond ends about when it should. On Windows every wait lasts until a tick of the
 ///         system's timer.
 bool hasFineTimer() noexcept;
 

@@ -40,8 +40,8 @@ public:
     void keepValues() { state_ = State::FRESH_TO_KEEP; }
     bool keepsValues() const { return state_ == State::VALUES; }
 
-    /// To be called before a number is appended.
-    /// \return whether it is to be kept
+    /// To be called before a number is appended; the first one may turn the text so far into a value.
+    /// \return whether the number is to be kept
     /// \throw std::bad_alloc
     bool keepsNumbers() { return keepsValues() || (state_ == State::FRESH_TO_KEEP && beginValues()); }
 
@@ -98,7 +98,7 @@ public:
 private:
     enum class State {
         FRESH,         ///< no stream yet; the locale of a new one is not known
-        FRESH_TO_KEEP, ///< as FRESH, but the first number makes it VALUES
+        FRESH_TO_KEEP, ///< as FRESH, but the first number may make it VALUES
         PLAIN,         ///< a stream would write as a new one does in the classic locale
         VALUES,        ///< as PLAIN, but what was written is kept as values
         STREAMED       ///< only the stream knows how it writes

@@ -36,7 +36,8 @@ private:
     void keepLocale() ZAV_LOG_REQUIRES(lock_);
 
     Platform::CriticalSection lock_{Platform::AWAITED_BY_FORK};
-    const std::locale& classic_ = std::locale::classic(); ///< asked for in advance, which is faster
+    const std::locale& classic_ =
+        std::locale::classic(); ///< saves the check that the function makes in each call
     std::ios pristine_{nullptr};
     std::locale locale_ ZAV_LOG_GUARDED_BY(lock_) = std::locale::classic(); ///< at the last fork
     std::vector<std::unique_ptr<std::ostream>> free_ ZAV_LOG_GUARDED_BY(lock_);
