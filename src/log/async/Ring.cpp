@@ -33,25 +33,21 @@ MessageBlock* makeBlock(std::size_t capacity) {
 } // namespace
 
 void BlockPool::fill() noexcept {
+    const auto isEmpty = [](const std::atomic<MessageBlock*>& place) {
+        return place.load(std::memory_order_relaxed) == nullptr;
+    };
+    auto missing = static_cast<std::size_t>(std::count_if(std::begin(kept_), std::end(kept_), isEmpty));
+    if (missing <= std::size(kept_) / 2) {
+        return;
+    }
     try {
-        for (const auto& place : kept_) {
-            if (place.load(std::memory_order_relaxed) == nullptr) {
-                MessageBlock* const block = makeBlock(USUAL_CAPACITY);
-                std::memset(block->bytes, 0, block->capacity);
-                giveBack(block);
-            }
+        for (; missing > 0; --missing) {
+            MessageBlock* const block = makeBlock(USUAL_CAPACITY);
+            std::memset(block->bytes, 0, block->capacity);
+            giveBack(block);
         }
     } catch (const std::bad_alloc&) {
         return; // blocks are allocated on demand
-    }
-}
-
-void BlockPool::refill() noexcept {
-    const auto kept = std::count_if(std::begin(kept_), std::end(kept_), [](const auto& place) {
-        return place.load(std::memory_order_relaxed) != nullptr;
-    });
-    if (kept < static_cast<std::ptrdiff_t>(std::size(kept_) / 2)) {
-        fill();
     }
 }
 

@@ -37,11 +37,9 @@ public:
     BlockPool(const BlockPool&) = delete;
     BlockPool& operator=(const BlockPool&) = delete;
 
-    /// Fills up the cache, and touches the memory of the new blocks, so that logging calls need not.
+    /// Fills up the cache if it is less than half full; otherwise returned blocks suffice. Touches the memory
+    /// of the new blocks, so that logging calls need not.
     void fill() noexcept;
-
-    /// The same if the cache is less than half full; otherwise returned blocks suffice.
-    void refill() noexcept;
 
     /// \return a block in memory
     /// \throw std::bad_alloc

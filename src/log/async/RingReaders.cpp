@@ -159,7 +159,7 @@ void MessageBatch::prepareMemory() const noexcept {
     constexpr std::uint64_t MESSAGES_PER_LOOK = 128;
     const Stream& stream = streams_[stream_];
     if (number_ % MESSAGES_PER_LOOK == 0 && stream.cursor.block()->file == nullptr) {
-        stream.ring->pool().refill();
+        stream.ring->pool().fill();
     }
 }
 
